@@ -75,9 +75,9 @@ struct TableInfo {
 // Object types, with the values of sysobjects.xtype.
 inline namespace objectType {
 inline constexpr std::string_view kTable = "U", kView = "V", kProcedure = "P", kFunction = "FN",
-                                  kTableFunction = "IF", kPrimaryKey = "PK", kUnique = "UQ",
-                                  kForeignKey = "F", kCheck = "C", kDefault = "D", kIndex = "IX",
-                                  kTrigger = "TR", kSequence = "SO", kSchema = "SCHEMA";
+                                  kTableFunction = "IF", kRowsFunction = "TF", kPrimaryKey = "PK",
+                                  kUnique = "UQ", kForeignKey = "F", kCheck = "C", kDefault = "D",
+                                  kIndex = "IX", kTrigger = "TR", kSequence = "SO", kSchema = "SCHEMA";
 }
 
 // A row of the catalogue: a table, a module, a constraint, an index or a schema.

@@ -31,7 +31,7 @@ parent_object_id int = o.parent; type char(2) = o.type; type_desc nvarchar(60) =
 is_schema_published bit = 0)"},
     {"$KIND",
      R"(CASE o.type WHEN 'U' THEN 'USER_TABLE' WHEN 'V' THEN 'VIEW' WHEN 'P' THEN 'SQL_STORED_PROCEDURE'
-WHEN 'FN' THEN 'SQL_SCALAR_FUNCTION' WHEN 'IF' THEN 'SQL_INLINE_TABLE_VALUED_FUNCTION' WHEN 'PK' THEN
+WHEN 'FN' THEN 'SQL_SCALAR_FUNCTION' WHEN 'TF' THEN 'SQL_TABLE_VALUED_FUNCTION' WHEN 'IF' THEN 'SQL_INLINE_TABLE_VALUED_FUNCTION' WHEN 'PK' THEN
 'PRIMARY_KEY_CONSTRAINT' WHEN 'UQ' THEN 'UNIQUE_CONSTRAINT' WHEN 'TR' THEN 'SQL_TRIGGER' WHEN 'SO' THEN
 'SEQUENCE_OBJECT' WHEN 'F' THEN 'FOREIGN_KEY_CONSTRAINT' WHEN 'D'
 THEN 'DEFAULT_CONSTRAINT' ELSE 'CHECK_CONSTRAINT' END)"},
@@ -70,8 +70,8 @@ p.type IN ('IX', 'UQ') AND p.id <= o.id) END)"},
 constexpr std::string_view kSchemas =
     R"((SELECT column1 AS name, column2 AS id, column2 AS owner FROM (VALUES ('dbo', 1), ('guest', 2),
 ('INFORMATION_SCHEMA', 3), ('sys', 4)) UNION ALL SELECT name, id + 4, 1 FROM $o WHERE type = 'SCHEMA') s)";
-constexpr std::string_view kModules = "$o o WHERE o.type IN ('P', 'FN', 'IF', 'V', 'TR')";
-constexpr std::string_view kRoutines = "$o o WHERE o.type IN ('P', 'FN', 'IF')";
+constexpr std::string_view kModules = "$o o WHERE o.type IN ('P', 'FN', 'IF', 'TF', 'V', 'TR')";
+constexpr std::string_view kRoutines = "$o o WHERE o.type IN ('P', 'FN', 'IF', 'TF')";
 constexpr std::string_view kIndexes = "$o o WHERE o.type IN ('IX', 'PK', 'UQ')";
 constexpr std::string_view kAllColumns = "$c c JOIN $o o ON o.id = c.object WHERE o.type IN ('U', 'V')";
 constexpr std::string_view kColumns =
@@ -190,7 +190,7 @@ ts_type_length(c.type); colid smallint = c.ordinal; isnullable int = c.nullable)
     {"sys", "parameters",
      R"(object_id int = c.object; name sysname = c.name; parameter_id int = c.ordinal - (o.type = 'FN');
 $TYPE; is_output bit = c.output)",
-     "$c c JOIN $o o ON o.id = c.object WHERE o.type IN ('P', 'FN', 'IF')"},
+     "$c c JOIN $o o ON o.id = c.object WHERE o.type IN ('P', 'FN', 'IF', 'TF')"},
     {"sys", "sql_modules", "object_id int = o.id; definition nvarchar(max) = o.source", kModules},
     {"", "syscomments", "id int = o.id; colid smallint = 1; text nvarchar(4000) = o.source", kModules},
     {"sys", "dm_exec_sessions",
@@ -253,7 +253,7 @@ o.created)",
      R"($SPECIFIC; ORDINAL_POSITION int = c.ordinal - (o.type = 'FN'); PARAMETER_MODE nvarchar(10) = CASE WHEN c.output = 0
 THEN 'IN' WHEN c.name = '' THEN 'OUT' ELSE 'INOUT' END; IS_RESULT nvarchar(10) = CASE c.name WHEN '' THEN
 'YES' ELSE 'NO' END; PARAMETER_NAME sysname = c.name; $NAMED)",
-     "$c c JOIN $o o ON o.id = c.object WHERE o.type IN ('P', 'FN', 'IF')"},
+     "$c c JOIN $o o ON o.id = c.object WHERE o.type IN ('P', 'FN', 'IF', 'TF')"},
 };
 
 // How ODBC describes the types ($I). Kinds (k): Exact number, Float, Money, National string, other quoted

@@ -151,7 +151,7 @@ ISNULL(@table_owner, SCHEMA_NAME(o.schema_id)) ORDER BY 4, 7, 6, 8)"},
 SELECT PROCEDURE_QUALIFIER = DB_NAME(), PROCEDURE_OWNER = SCHEMA_NAME(schema_id), PROCEDURE_NAME = CAST(name + CASE
 type WHEN 'P' THEN ';1' ELSE ';0' END AS nvarchar(134)), NUM_INPUT_PARAMS = -1, NUM_OUTPUT_PARAMS = -1,
 NUM_RESULT_SETS = -1, REMARKS = CAST(NULL AS varchar(254)), PROCEDURE_TYPE = CAST(2 AS smallint) FROM sys.objects
-WHERE type IN ('P', 'FN', 'IF') AND (@sp_name IS NULL OR name = @sp_name OR @fUsePattern = 1 AND name LIKE @sp_name)
+WHERE type IN ('P', 'FN', 'IF', 'TF') AND (@sp_name IS NULL OR name = @sp_name OR @fUsePattern = 1 AND name LIKE @sp_name)
 AND (@sp_owner IS NULL OR SCHEMA_NAME(schema_id) LIKE @sp_owner) ORDER BY 1, 2, 3)"},
 };
 

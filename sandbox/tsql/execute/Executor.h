@@ -83,6 +83,8 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     std::optional<StoredModule> module(const ObjectName& name, std::string_view type) override;
     Typed nextValue(const ObjectName& sequence) override;
     void within(const StoredModule& query, const std::function<void()>& work) override;
+    TableInfo calledTable(const StoredModule& function, const std::vector<std::string>& arguments,
+                          const Translator& translator) override;
     // FunctionSession
     Value variableValue(std::string_view name) override;
     Value callFunction(std::string_view database, std::string_view key,
@@ -299,6 +301,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
                        const Frame& frame);
     void inFrame(Frame& frame, const std::function<void()>& work);
     void runFrame(const Block& body, Frame& frame);
+    void runFunction(const CreateModule& function, Frame& frame);
     bool runScope(const Block& body, Frame& frame);
     std::vector<TableColumn> viewColumns(const CreateModule& module);
 
@@ -406,6 +409,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     bool m_ownTransaction = false;     // the open transaction is the statement's own
     int m_fewestTransactions = 0;      // COMMIT is an error at this number
     bool m_insertsRows = false;        // INSERT ... EXECUTE is running
+    bool m_isCalledByQuery = false;    // a scalar function is running
     std::optional<InsertBulk> m_bulk;  // expects its rows
     int m_fetchStatus = 0;
     std::int64_t m_cursorRows = 0;

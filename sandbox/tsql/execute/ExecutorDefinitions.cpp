@@ -596,21 +596,20 @@ void Executor::dropIndex(const AlterIndex& dropped, bool ifExists) {
 
 void Executor::dropObject(const ObjectName& name, const Drop& drop) {
     struct Kind {
-        std::string_view word, type, otherType;
+        std::string_view word, types;
     };
-    constexpr Kind kKinds[] = {
-        {"table", kTable, {}},  // in the order of ObjectKind
-        {"view", kView, {}},       {"procedure", kProcedure, {}}, {"function", kFunction, kTableFunction},
-        {"trigger", kTrigger, {}}, {"sequence", kSequence, {}}};
+    constexpr Kind kKinds[] = {{"table", "U"},     {"view", "V"},
+                               {"procedure", "P"}, {"function", "FN; IF; TF"},
+                               {"trigger", "TR"},  {"sequence", "SO"}};  // in the order of ObjectKind
     const Kind& kind = kKinds[static_cast<int>(drop.kind)];
     const std::string written = asWritten(name);
     define(name, [&](Catalogue& owner) {
         const auto found = object(name);
-        if (!found || (found->type != kind.type && found->type != kind.otherType)) {
+        const auto* other = std::ranges::find_if(kKinds, [&](const Kind& each) {
+            return found && std::ranges::count(listItems(each.types), found->type) > 0;
+        });
+        if (other != &kind) {
             if (drop.ifExists) return;
-            const auto* other = std::ranges::find_if(kKinds, [&](const Kind& each) {
-                return found && (found->type == each.type || found->type == each.otherType);
-            });
             if (other == std::end(kKinds)) throw sqlError(kCannotDropMissing, {kind.word, written});
             throw sqlError(kDropOfOtherKind,
                            {toUpper(kind.word), name.name, name.name, other->word, toUpper(other->word)});

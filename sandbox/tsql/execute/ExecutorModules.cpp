@@ -20,7 +20,8 @@ bool isAlone(const Block& block) {
 
 std::vector<TableColumn> parameterColumns(const CreateModule& module) {
     std::vector<TableColumn> columns;
-    if (module.function && !module.query) columns.push_back({"", module.returns, true, false, {}, true});
+    if (module.function && !module.query && !module.rows)
+        columns.push_back({"", module.returns, true, false, {}, true});
     for (const auto& parameter : module.parameters)
         columns.push_back({parameter.name, parameter.type, true, false, {}, parameter.output});
     return columns;
@@ -34,7 +35,6 @@ void Executor::within(const StoredModule& query, const std::function<void()>& wo
             throw sqlError(kSelfReference, {query.name});
     Frame frame(query);
     frame.isQuery = true;
-    frame.declare(*query.module);
     inFrame(frame, work);
 }
 
@@ -57,6 +57,7 @@ std::vector<TableColumn> Executor::viewColumns(const CreateModule& module) {
 // Stores the whole batch as the text of the module, with CREATE instead of ALTER.
 Flow Executor::run(const CreateModule& module) try {
     const std::string_view type = module.isTrigger() ? kTrigger
+                                  : module.rows      ? kRowsFunction
                                   : module.function  ? module.query ? kTableFunction : kFunction
                                   : module.query     ? kView
                                                      : kProcedure;
@@ -65,10 +66,15 @@ Flow Executor::run(const CreateModule& module) try {
     if (table) name.schema = table->schemaName;
     const auto columns = module.query ? viewColumns(module) : std::vector<TableColumn>();
     const Firing firing{table.value_or(TableInfo()), {}, {}};
-    Frame frame(StoredModule{{}, module.name.schema, module.name.name, nullptr});
+    Frame frame;
+    frame.procedure = module.name.name;
+    frame.schemaName = module.name.schema;
     if (table) frame.firing = &firing;
     frame.declare(module);
-    inFrame(frame, [&] { check(module.body); });
+    inFrame(frame, [&] {
+        if (module.rows) declareTable(*module.rows);
+        check(module.body);
+    });
     dropTemporaryTables(frame);
     define(module.name, [&](Catalogue& owner) {
         const auto existing = owner.find(storedName(name.schema, name.name));
@@ -300,20 +306,41 @@ Value Executor::callFunction(std::string_view database, std::string_view key,
     if (!function) throw sqlError(kInvalidObjectName, {object.name});
     const CreateModule& module = *function->module;
     Frame frame(*function);
-    frame.isFunction = true;
-    frame.returnType = module.returns;
-    frame.declare(module);
     for (std::size_t i = 0; i < std::min(module.parameters.size(), arguments.size()); ++i)
         frame.variables[module.parameters[i].name].value = ownedValue(arguments[i]);
+    const Temporarily called(m_isCalledByQuery, true);
+    runFunction(module, frame);
+    return frame.returned;
+}
+
+// The table is filled before the statement that reads it: SQLite cannot create tables while one runs.
+TableInfo Executor::calledTable(const StoredModule& function, const std::vector<std::string>& arguments,
+                                const Translator& translator) {
+    const CreateModule& module = *function.module;
+    const bool runs = !m_checking && !m_settings.describeOnly;
+    if (m_isCalledByQuery) throw unsupported("a table function of several statements in a scalar function");
+    Frame frame(function);
+    auto& tables = (*std::ranges::find(m_frames.rbegin(), m_frames.rend(), false, &Frame::isQuery))->tables;
+    const Finally dropWithCaller([&, last = sqlite3_last_insert_rowid(m_connection.handle())] {
+        sqlite3_set_last_insert_rowid(m_connection.handle(), last);
+        for (const auto& [name, table] : frame.tables) tables[name + std::to_string(tables.size())] = table;
+    });
+    for (std::size_t i = 0; runs && i < arguments.size(); ++i)
+        frame.variables[module.parameters[i].name].value = compute(arguments[i], translator);
+    inFrame(frame, [&] { declareTable(*module.rows); });
+    if (runs) runFunction(module, frame);
+    return frame.tables.at(module.rows->name).info;
+}
+
+void Executor::runFunction(const CreateModule& function, Frame& frame) {
     const int line = m_line;
     try {
-        runFrame(module.body, frame);
+        runFrame(function.body, frame);
     } catch (const Raised& raised) {
         throw SqlError(raised.message.number, raised.message.text, raised.message.severity,
                        raised.message.state);
     }
     m_line = line;
-    return frame.returned;
 }
 
 }  // namespace tsql

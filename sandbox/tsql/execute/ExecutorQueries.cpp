@@ -377,7 +377,7 @@ void Executor::insertRowsOf(const TableInfo& target, const ColumnList& columns,
 
 // Returns the table that UPDATE or DELETE changes, and makes the statement's common tables known.
 TableInfo Executor::changedTable(const Change& change, Translator& translator) {
-    const ObjectName& name = Translator::targetName(change.table, change.from);
+    const ObjectName& name = targetName(change.table, change.from);
     translator.useCommonTables(change, name);
     claim(name);
     return table(name);

@@ -159,7 +159,6 @@ void Executor::fire(const ObjectInfo& trigger, const Firing& firing) {
     const auto stored = module({firing.table.database, trigger.schemaName, trigger.name, m_line}, kTrigger);
     Frame frame(*stored);
     frame.firing = &firing;
-    frame.declare(*stored->module);
     const int line = m_line;
     const Temporarily aborts(m_settings.abortOnError, true);
     const Temporarily mayCommit(m_fewestTransactions, 0);

@@ -41,7 +41,11 @@ struct Frame {
         : procedure(module.name),
           procedureId(module.id),
           database(module.database),
-          schemaName(module.schemaName) {}
+          schemaName(module.schemaName),
+          isFunction(module.module->function && !module.module->query),
+          returnType(module.module->returns) {
+        declare(*module.module);
+    }
     void declare(const std::vector<Local>& locals) {
         for (const auto& [name, type] : locals) variables[name] = {Null{}, type};
     }

@@ -11,32 +11,22 @@ SqlType ofDateType(Pieces pieces) {
     return simpleType(TypeId::Int);
 }
 
-DatePart partArgument(const SqlCall& call) {
-    return static_cast<DatePart>(call.integer(0));
-}
-
 template <DateTime Now::*clock>
 Value runNow(const SqlCall& call) {
     return toStorage(call.context().now().*clock, call.type(0));
 }
 
-// (part, number, value, type)
-Value runDateAdd(const SqlCall& call) {
-    return toStorage(dateAdd(partArgument(call), call.integer(1), call.dateTime(2), call.type(3)),
-                     call.type(3));
-}
-
 // (part, start, end)
 template <typename Number>
 Value runDateDiff(const SqlCall& call) {
-    const std::int64_t difference = dateDiff(partArgument(call), call.dateTime(1), call.dateTime(2));
+    const std::int64_t difference = dateDiff(call.datePart(), call.dateTime(1), call.dateTime(2));
     if (!std::in_range<Number>(difference)) throw sqlError(message::kDateDiffOverflow);
     return difference;
 }
 
 template <auto function>
 Value runOfDate(const SqlCall& call) {
-    return function(partArgument(call), call.dateTime(1));
+    return function(call.datePart(), call.dateTime(1));
 }
 
 template <DatePart part>
@@ -91,7 +81,11 @@ const FunctionInfo kDateTable[] = {
     {"getutcdate", "=", TypeId::DateTime, runNow<&Now::utc>, Nulls::GiveNull, Purity::Varying},
     {"sysdatetime", "=", TypeId::DateTime2, runNow<&Now::local>, Nulls::GiveNull, Purity::Varying},
     {"sysutcdatetime", "=", TypeId::DateTime2, runNow<&Now::utc>, Nulls::GiveNull, Purity::Varying},
-    {"dateadd", "PIE=", [](Pieces pieces) { return pieces.back().type; }, runDateAdd},
+    {"dateadd", "PIE=", [](Pieces pieces) { return pieces.back().type; },
+     [](const SqlCall& call) -> Value {  // (part, number, value, type)
+         const SqlType type = call.type(3);
+         return toStorage(dateAdd(call.datePart(), call.integer(1), call.dateTime(2), type), type);
+     }},
     {"datediff", "PDD", TypeId::Int, runDateDiff<std::int32_t>},
     {"datediff_big", "PDD", TypeId::BigInt, runDateDiff<std::int64_t>},
     {"datepart", "PD", TypeId::Int, runOfDate<datePart>},

@@ -81,11 +81,6 @@ Value runPower(const SqlCall& call) {
     return convertValue(checked(std::pow(std::get<double>(base), call.real(2))), real, call.resultType());
 }
 
-Value runLog(const SqlCall& call) {
-    const double base = call.count() > 1 ? std::log(call.real(1)) : 1;
-    return checked(call.real(0) > 0 ? std::log(call.real(0)) / base : NAN);
-}
-
 Value runRand(const SqlCall& call) {
     thread_local std::mt19937_64 engine{std::random_device{}()};
     if (call.count() > 0) engine.seed(static_cast<std::uint64_t>(call.integer(0)));
@@ -113,7 +108,11 @@ const FunctionInfo kMathTable[] = {
     {"floor", "N#", wholeType, runWhole<false>},
     {"round", "N#I[I", numberType, runRound},
     {"power", "N#F=", powerType, runPower},
-    {"log", "F[F", TypeId::Float, runLog},
+    {"log", "F[F", TypeId::Float,
+     [](const SqlCall& call) -> Value {
+         const double base = call.count() > 1 ? std::log(call.real(1)) : 1;
+         return checked(call.real(0) > 0 ? std::log(call.real(0)) / base : NAN);
+     }},
     {"log10", "F", TypeId::Float, runFloat<[](double x) { return 0 < x ? std::log10(x) : NAN; }>},
     {"atn2", "FF", TypeId::Float,
      [](const SqlCall& call) -> Value { return checked(std::atan2(call.real(0), call.real(1))); }},

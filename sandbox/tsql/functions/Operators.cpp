@@ -50,14 +50,6 @@ Value runLike(const SqlCall& call) {
     return std::int64_t{matchesLike(call.text(0), call.text(1), blanks, escape)};
 }
 
-// (bytes), without the zeros at their end
-Value runUnpadded(const SqlCall& call) {
-    const auto bytes = std::get<Blob>(call[0]);
-    std::size_t length = bytes.size();
-    while (length > 0 && bytes[length - 1] == std::byte{0}) --length;
-    return ownedValue(bytes.substr(0, length));
-}
-
 const ScalarFunction kOperatorTable[] = {
     {"ts_convert", runConvert<Conversion::Cast>},
     {"ts_try_convert", runConvert<Conversion::Try>},
@@ -68,7 +60,11 @@ const ScalarFunction kOperatorTable[] = {
          return std::int64_t{compareExact(exactOf(call[0]), call.type(1), exactOf(call[2]), call.type(3))};
      }},
     {"ts_like", runLike},
-    {"ts_unpadded", runUnpadded},
+    {"ts_unpadded",  // (bytes), without the zeros at their end
+     [](const SqlCall& call) {
+         const auto bytes = std::get<Blob>(call[0]);
+         return ownedValue(bytes.substr(0, bytes.find_last_not_of(std::byte{0}) + 1));
+     }},
 };
 
 constexpr int kLongestChain = 30;  // operators of one ts_arithmetic call; SQLite limits its arguments

@@ -147,35 +147,22 @@ std::vector<std::pair<std::string, int>> typeNumbers() {
     return all;
 }
 
-Value runNameOfType(const SqlCall& call) {
-    for (const auto& [name, id] : typeNumbers())
-        if (id == call.integer(0)) return name;
-    return Null{};
-}
-
-Value runIdOfType(const SqlCall& call) {
-    for (const auto& [name, id] : typeNumbers())
-        if (sameWord(name, parseObjectName(call.text(0)).name)) return id;
-    return Null{};
-}
-
 constexpr auto kReach = Nulls::Reach;
 
 const ScalarFunction kQueryTable[] = {
-    {"ts_variable", [](const SqlCall& call) { return call.context().session().variableValue(call.text(0)); },
-     kReach, Purity::Varying},
+    {"ts_variable", [](const SqlCall& call) { return call.session().variableValue(call.text(0)); }, kReach,
+     Purity::Varying},
     {"ts_call",  // (database, key, argument...); a user-defined function
      [](const SqlCall& call) {
-         return call.context().session().callFunction(call.text(0), call.text(1),
-                                                      call.arguments().subspan(2));
+         return call.session().callFunction(call.text(0), call.text(1), call.arguments().subspan(2));
      },
      kReach, Purity::Varying},
     {"ts_next_value",  // (database, id of a sequence)
-     [](const SqlCall& call) { return call.context().session().nextValue(call.text(0), call.integer(1)); },
-     kReach, Purity::Varying},
+     [](const SqlCall& call) { return call.session().nextValue(call.text(0), call.integer(1)); }, kReach,
+     Purity::Varying},
     {"ts_next_identity",  // (schema, table, increment)
      [](const SqlCall& call) -> Value {
-         return call.context().session().nextIdentity(call.text(0), call.text(1), call.integer(2));
+         return call.session().nextIdentity(call.text(0), call.text(1), call.integer(2));
      },
      kReach, Purity::Varying},
     {"ts_identity",  // (number, type of the column)
@@ -228,8 +215,18 @@ const ScalarFunction kQueryTable[] = {
      }},
     {"ts_on_delete", [](const SqlCall& call) -> Value { return parseConstraint(call.text(0)).onDelete; }},
     {"ts_on_update", [](const SqlCall& call) -> Value { return parseConstraint(call.text(0)).onUpdate; }},
-    {"ts_name_of_type", runNameOfType},
-    {"ts_id_of_type", runIdOfType},
+    {"ts_name_of_type",
+     [](const SqlCall& call) -> Value {
+         for (const auto& [name, id] : typeNumbers())
+             if (id == call.integer(0)) return name;
+         return Null{};
+     }},
+    {"ts_id_of_type",
+     [](const SqlCall& call) -> Value {
+         for (const auto& [name, id] : typeNumbers())
+             if (sameWord(name, parseObjectName(call.text(0)).name)) return id;
+         return Null{};
+     }},
     {"ts_type_name", runTypeFact<[](auto& type) -> Value { return std::string(baseName(type.id)); }>},
     {"ts_type_id", runTypeFact<[](auto& type) -> Value { return systemId(type.id); }>},
     {"ts_type_family", runTypeFact<familyOf>},

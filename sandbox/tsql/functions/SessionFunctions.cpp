@@ -53,30 +53,17 @@ Value orNull(const std::optional<T>& value) {
     return value ? Value(*value) : Value(Null{});
 }
 
-FunctionSession& session(const SqlCall& call) {
-    return call.context().session();
-}
-
 // Returns the name of the database whose number is that argument, or of the current one without it.
 std::optional<std::string> databaseArgument(const SqlCall& call, std::size_t position) {
-    if (call.count() <= position) return session(call).databaseOf({});
-    for (const auto& name : session(call).storage().databases())
-        if (databaseId(session(call).storage(), name) == call.integer(position)) return name;
+    if (call.count() <= position) return call.session().databaseOf({});
+    for (const auto& name : call.session().storage().databases())
+        if (databaseId(call.session().storage(), name) == call.integer(position)) return name;
     return std::nullopt;
 }
 
-Value databaseName(const SqlCall& call) {
-    return orNull(databaseArgument(call, 0));
-}
-
 Value databaseNumber(const SqlCall& call) {
-    return orNull(databaseId(session(call).storage(),
-                             call.count() ? std::string(call.text(0)) : session(call).databaseOf({})));
-}
-
-Value databaseProperty(const SqlCall& call) {
-    if (!session(call).storage().exists(call.text(0))) return Null{};
-    return propertyIn(kDatabaseProperties, call.text(1));
+    return orNull(databaseId(call.session().storage(),
+                             call.count() ? std::string(call.text(0)) : call.session().databaseOf({})));
 }
 
 Value serverProperty(const SqlCall& call) {
@@ -87,7 +74,7 @@ Value serverProperty(const SqlCall& call) {
 
 Value objectId(const SqlCall& call) {
     const auto name = parseObjectName(call.text(0));
-    const auto found = session(call).object(name);
+    const auto found = call.session().object(name);
     if (!found || (call.count() > 1 && !sameWord(found->type, trimmed(call.text(1))))) return Null{};
     return name.name.starts_with('#') ? -found->id : found->id;
 }
@@ -96,7 +83,7 @@ Value objectId(const SqlCall& call) {
 std::optional<ObjectInfo> objectArgument(const SqlCall& call) {
     const auto database = databaseArgument(call, 1);
     if (!database) return std::nullopt;
-    return session(call).catalogue({*database, {}, {}}).findById(call.integer(0));
+    return call.session().catalogue({*database, {}, {}}).findById(call.integer(0));
 }
 
 template <std::string ObjectInfo::*fact>
@@ -106,62 +93,56 @@ Value ofObject(const SqlCall& call) {
 }
 
 Value objectProperty(const SqlCall& call) {
-    constexpr std::pair<std::string_view, std::string_view> kProperties[] = {
-        {"IsUserTable", objectType::kTable},
-        {"IsTable", objectType::kTable},
-        {"IsProcedure", objectType::kProcedure},
-        {"IsView", objectType::kView},
-        {"IsInlineFunction", objectType::kTableFunction},
-        {"IsScalarFunction", objectType::kFunction},
-        {"IsPrimaryKey", objectType::kPrimaryKey},
-        {"IsTrigger", objectType::kTrigger},
-        {"IsMSShipped", ""}};
-    const auto found = session(call).catalogue({}).findById(call.integer(0));
+    constexpr std::string_view kTypes =
+        "IsUserTable = U; IsTable = U; IsProcedure = P; IsView = V; IsInlineFunction = IF; IsScalarFunction "
+        "= FN; "
+        "IsPrimaryKey = PK; IsTrigger = TR; IsMSShipped = none";
+    const auto found = call.session().catalogue({}).findById(call.integer(0));
     if (!found) return Null{};
-    for (const auto& [property, type] : kProperties)
-        if (sameWord(property, call.text(1))) return std::int64_t{found->type == type};
+    if (const Value type = propertyIn(kTypes, call.text(1)); !isNull(type))
+        return std::int64_t{type == Value(found->type)};
     if (!sameWord(call.text(1), "TableHasIdentity"))
         throw unsupported("OBJECTPROPERTY's '" + std::string(call.text(1)) + "'");
     if (found->type != objectType::kTable) return Null{};
-    return std::int64_t{session(call).catalogue({}).tableOf(*found).identityColumn() != nullptr};
+    return std::int64_t{call.session().catalogue({}).tableOf(*found).identityColumn() != nullptr};
 }
 
 Value objectDefinition(const SqlCall& call) {
-    const auto found = session(call).catalogue({}).findById(call.integer(0));
+    const auto found = call.session().catalogue({}).findById(call.integer(0));
     const bool isModule = found && found->type != objectType::kTable &&
                           (found->parent == 0 || found->type == objectType::kTrigger);
     return isModule ? Value(found->source) : Value(Null{});
 }
 
 Value schemaNumber(const SqlCall& call) {
-    const auto found = session(call).catalogue({}).schemaNamed(call.count() ? call.text(0) : kDefaultSchema);
+    const auto found = call.session().catalogue({}).schemaNamed(call.count() ? call.text(0) : kDefaultSchema);
     return found ? Value(found->id) : Value(Null{});
 }
 
 Value schemaName(const SqlCall& call) {
     if (call.count() == 0) return std::string(kDefaultSchema);
-    for (const auto& schema : session(call).catalogue({}).schemas())
+    for (const auto& schema : call.session().catalogue({}).schemas())
         if (schema.id == call.integer(0)) return schema.name;
     return Null{};
 }
 
 Value columnLength(const SqlCall& call) {
     const auto name = parseObjectName(call.text(0));
-    const auto found = session(call).object(name);
+    const auto found = call.session().object(name);
     if (!found) return Null{};
-    const TableInfo table = session(call).catalogue(name).tableOf(*found);
+    const TableInfo table = call.session().catalogue(name).tableOf(*found);
     const TableColumn* column = table.column(call.text(1));
     return column ? Value(std::int64_t{maxLength(column->type)}) : Value(Null{});
 }
 
 Value columnName(const SqlCall& call) {
-    for (const auto& column : session(call).catalogue({}).columns(call.integer(0)))
+    for (const auto& column : call.session().catalogue({}).columns(call.integer(0)))
         if (column.id == call.integer(1)) return column.name;
     return Null{};
 }
 
 Value columnProperty(const SqlCall& call) {
-    for (const auto& column : session(call).catalogue({}).columns(call.integer(0))) {
+    for (const auto& column : call.session().catalogue({}).columns(call.integer(0))) {
         if (!sameText(column.name, call.text(1))) continue;
         if (sameWord(call.text(2), "IsIdentity")) return std::int64_t{column.identity};
         if (sameWord(call.text(2), "AllowsNull")) return std::int64_t{column.nullable};
@@ -172,22 +153,22 @@ Value columnProperty(const SqlCall& call) {
 }
 
 Value currentIdentity(const SqlCall& call) {
-    const TableInfo info = session(call).table(parseObjectName(call.text(0)));
+    const TableInfo info = call.session().table(parseObjectName(call.text(0)));
     if (!info.identityColumn()) return Null{};
-    const auto last = session(call).lastIdentity(info);
+    const auto last = call.session().lastIdentity(info);
     return identityValue(!last || *last == info.seed - info.increment ? info.seed : *last);
 }
 
 template <std::int64_t TableInfo::*fact>
 Value ofIdentity(const SqlCall& call) {
-    const TableInfo info = session(call).table(parseObjectName(call.text(0)));
+    const TableInfo info = call.session().table(parseObjectName(call.text(0)));
     return identityValue(info.identityColumn() ? std::optional(info.*fact) : std::nullopt);
 }
 
 // Property of the error that the enclosing CATCH block handles.
 template <auto Message::*fact>
 Value caught(const SqlCall& call) {
-    const Message* error = session(call).caughtError();
+    const Message* error = call.session().caughtError();
     if (!error) return Null{};
     const auto& value = error->*fact;
     if constexpr (std::is_same_v<decltype(value), const int&>)
@@ -198,7 +179,7 @@ Value caught(const SqlCall& call) {
 
 template <const std::string& (FunctionSession::*name)() const>
 Value client(const SqlCall& call) {
-    return (session(call).*name)();
+    return (call.session().*name)();
 }
 Value owner(const SqlCall&) {
     return "dbo";
@@ -213,7 +194,8 @@ constexpr auto kVarying = Purity::Varying;
 const FunctionInfo kSessionTable[] = {
     {"newid", "", TypeId::UniqueIdentifier, runNewId, kNulls, kVarying},
     {"newsequentialid", "", TypeId::UniqueIdentifier, runNewSequentialId, kNulls, kVarying},
-    {"db_name", "[I", kName, databaseName, kNulls, kVarying},
+    {"db_name", "[I", kName, [](const SqlCall& call) { return orNull(databaseArgument(call, 0)); }, kNulls,
+     kVarying},
     {"db_id", "[T", TypeId::Int, databaseNumber, kNulls, kVarying},
     {"object_id", "T[T", TypeId::Int, objectId, kNulls, kVarying},
     {"object_name", "I[I", kName, ofObject<&ObjectInfo::name>, kNulls, kVarying},
@@ -221,7 +203,7 @@ const FunctionInfo kSessionTable[] = {
     {"object_schema_name", "I[I", kName, ofObject<&ObjectInfo::schemaName>, kNulls, kVarying},
     {"object_definition", "I", nvarcharType(SqlType::kMax), objectDefinition, kNulls, kVarying},
     {"has_dbaccess", "T", TypeId::Int,
-     [](const SqlCall& call) { return session(call).storage().exists(call.text(0)) ? Value(1) : Null{}; },
+     [](const SqlCall& call) { return call.session().storage().exists(call.text(0)) ? Value(1) : Null{}; },
      kNulls, kVarying},
     {"col_length", "TT", TypeId::SmallInt, columnLength, kNulls, kVarying},
     {"col_name", "II", kName, columnName, kNulls, kVarying},
@@ -241,11 +223,16 @@ const FunctionInfo kSessionTable[] = {
     {"host_name", "", kName, client<&FunctionSession::clientHost>, kNulls, kVarying},
     {"app_name", "", kName, client<&FunctionSession::clientProgram>, kNulls, kVarying},
     {"serverproperty", "T", kName, serverProperty, kNulls, kVarying},
-    {"databasepropertyex", "TT", kName, databaseProperty, kNulls, kVarying},
+    {"databasepropertyex", "TT", kName,
+     [](const SqlCall& call) {
+         const bool exists = call.session().storage().exists(call.text(0));
+         return exists ? propertyIn(kDatabaseProperties, call.text(1)) : Value(Null{});
+     },
+     kNulls, kVarying},
     {"is_srvrolemember", "T[T", TypeId::Int, isMember, kNulls, kVarying},
     {"is_member", "T", TypeId::Int, isMember, kNulls, kVarying},
     {"scope_identity", "", decimalType(38, 0),
-     [](const SqlCall& call) { return identityValue(session(call).scopeIdentity()); }, kNulls, kVarying},
+     [](const SqlCall& call) { return identityValue(call.session().scopeIdentity()); }, kNulls, kVarying},
     {"ident_current", "T", decimalType(38, 0), currentIdentity, kNulls, kVarying},
     {"ident_seed", "T", decimalType(38, 0), ofIdentity<&TableInfo::seed>, kNulls, kVarying},
     {"ident_incr", "T", decimalType(38, 0), ofIdentity<&TableInfo::increment>, kNulls, kVarying},
@@ -256,12 +243,12 @@ const FunctionInfo kSessionTable[] = {
     {"error_procedure", "", kName, caught<&Message::procedure>, kNulls, kVarying},
     {"error_message", "", nvarcharType(4000), caught<&Message::text>, kNulls, kVarying},
     {"cursor_status", "TT", TypeId::SmallInt,
-     [](const SqlCall& call) { return session(call).cursorStatus(call.text(0), call.text(1)); }, kNulls,
+     [](const SqlCall& call) { return call.session().cursorStatus(call.text(0), call.text(1)); }, kNulls,
      kVarying},
     {"update", "T", TypeId::Int,  // UPDATE(column)
-     [](const SqlCall& call) -> Value { return session(call).isUpdated(call.text(0)); }, kNulls, kVarying},
+     [](const SqlCall& call) -> Value { return call.session().isUpdated(call.text(0)); }, kNulls, kVarying},
     {"xact_state", "", TypeId::SmallInt,
-     [](const SqlCall& call) -> Value { return session(call).transactionState(); }, kNulls, kVarying},
+     [](const SqlCall& call) -> Value { return call.session().transactionState(); }, kNulls, kVarying},
 };
 
 }  // namespace

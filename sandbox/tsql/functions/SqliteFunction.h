@@ -16,6 +16,7 @@ class SqlCall {
     }
 
     FunctionContext& context() const { return m_context; }
+    FunctionSession& session() const { return m_context.session(); }
     std::size_t count() const { return m_count; }
     const CellView& operator[](std::size_t i) const { return m_arguments[i]; }
     std::span<const CellView> arguments() const { return {m_arguments.data(), m_count}; }
@@ -26,6 +27,7 @@ class SqlCall {
         const auto* integer = std::get_if<std::int64_t>(&m_arguments[i]);
         return integer ? static_cast<double>(*integer) : std::get<double>(m_arguments[i]);
     }
+    DatePart datePart() const { return static_cast<DatePart>(integer(0)); }
     SqlType type(std::size_t i) const { return decodeType(integer(i)); }
     SqlType resultType() const { return type(count() - 1); }
     DateTime dateTime(std::size_t i) const { return fromStorage(text(i)); }

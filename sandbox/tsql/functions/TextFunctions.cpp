@@ -71,10 +71,6 @@ Value runOnText(const SqlCall& call) {
     return std::string(function(call.text(0)));
 }
 
-Value runLen(const SqlCall& call) {
-    return static_cast<std::int64_t>(characterCount(trimRight(call.text(0))));
-}
-
 // (value, type); size in bytes in SQL Server
 Value runDataLength(const SqlCall& call) {
     const SqlType type = call.type(1);
@@ -95,16 +91,13 @@ Value runSubstring(const SqlCall& call) {
     return Bytes(bytes.substr(std::min(first, bytes.size()), count));
 }
 
-Value runLeft(const SqlCall& call) {
-    if (call.integer(1) < 0) throw sqlError(message::kInvalidLengthOfSubstring);
-    return std::string(characters(call.text(0), 0, static_cast<std::size_t>(call.integer(1))));
-}
-
-Value runRight(const SqlCall& call) {
-    if (call.integer(1) < 0) throw sqlError(message::kInvalidLengthOfFunction, {"right"});
+template <bool right>
+Value runSide(const SqlCall& call) {
+    const int error = right ? message::kInvalidLengthOfFunction : message::kInvalidLengthOfSubstring;
+    if (call.integer(1) < 0) throw sqlError(error, {"right"});
     const std::size_t count = characterCount(call.text(0));
     const std::size_t kept = std::min(static_cast<std::size_t>(call.integer(1)), count);
-    return std::string(characters(call.text(0), count - kept, kept));
+    return std::string(characters(call.text(0), right ? count - kept : 0, kept));
 }
 
 // (string, part, replacement, result type)
@@ -211,11 +204,6 @@ Value runReverse(const SqlCall& call) {
     return result;
 }
 
-Value runChar(const SqlCall& call) {
-    if (call.integer(0) < 0 || call.integer(0) > 255) return Null{};
-    return utf8FromCodePage1252(std::string(1, static_cast<char>(call.integer(0))));
-}
-
 Value runNChar(const SqlCall& call) {
     const std::int64_t unit = call.integer(0);
     if (unit < 0 || unit > 0xFFFF) return Null{};
@@ -223,19 +211,6 @@ Value runNChar(const SqlCall& call) {
     std::string result;
     appendCharacter(result, static_cast<char32_t>(unit));
     return result;
-}
-
-Value runAscii(const SqlCall& call) {
-    std::string_view text = call.text(0);
-    if (text.empty()) return Null{};
-    return std::int64_t{codePage1252(nextCharacter(text))};
-}
-
-// The first UTF-16 unit of the character.
-Value runUnicode(const SqlCall& call) {
-    const std::string wire = utf16FromUtf8(characters(call.text(0), 0, 2));
-    if (wire.empty()) return Null{};
-    return std::int64_t{static_cast<unsigned char>(wire[0]) | static_cast<unsigned char>(wire[1]) << 8};
 }
 
 std::string fixedPoint(double value, std::int64_t decimals) {
@@ -333,11 +308,12 @@ Value runHashBytes(const SqlCall& call) {
 }
 
 const FunctionInfo kTextTable[] = {
-    {"len", "T", countType, runLen},
+    {"len", "T", countType,
+     [](const SqlCall& call) -> Value { return std::int64_t(characterCount(trimRight(call.text(0)))); }},
     {"datalength", "A#", countType, runDataLength},
     {"substring", "SII", partOfText, runSubstring},
-    {"left", "TI", partOfText, runLeft},
-    {"right", "TI", partOfText, runRight},
+    {"left", "TI", partOfText, runSide<false>},
+    {"right", "TI", partOfText, runSide<true>},
     {"upper", "T", sameText, runOnText<toUpper>},
     {"lower", "T", sameText, runOnText<toLower>},
     {"ltrim", "T", sameText, runOnText<trimLeft>},
@@ -352,10 +328,23 @@ const FunctionInfo kTextTable[] = {
     {"space", "I", varcharType(kLongest),
      [](const SqlCall& call) { return repeated(" ", call.integer(0), kLongest); }},
     {"reverse", "T", sameText, runReverse},
-    {"char", "I", SqlType{TypeId::Char, 1, 0, 0}, runChar},
+    {"char", "I", SqlType{TypeId::Char, 1, 0, 0},
+     [](const SqlCall& call) -> Value {
+         if (call.integer(0) < 0 || call.integer(0) > 255) return Null{};
+         return utf8FromCodePage1252(std::string(1, static_cast<char>(call.integer(0))));
+     }},
     {"nchar", "I", SqlType{TypeId::NChar, 1, 0, 0}, runNChar},
-    {"ascii", "T", TypeId::Int, runAscii},
-    {"unicode", "T", TypeId::Int, runUnicode},
+    {"ascii", "T", TypeId::Int,
+     [](const SqlCall& call) {
+         std::string_view text = call.text(0);
+         return text.empty() ? Value(Null{}) : Value(std::int64_t{codePage1252(nextCharacter(text))});
+     }},
+    {"unicode", "T", TypeId::Int,  // the first UTF-16 unit of the character
+     [](const SqlCall& call) -> Value {
+         const std::string wire = utf16FromUtf8(characters(call.text(0), 0, 2));
+         if (wire.empty()) return Null{};
+         return std::int64_t{static_cast<unsigned char>(wire[0]) | static_cast<unsigned char>(wire[1]) << 8};
+     }},
     {"str", "F[II", strText, runStr},
     {"concat", "TT*", joinedText, writeConcat},
     {"concat_ws", "TTT*=", joinedText, runConcatWs, Nulls::Reach},

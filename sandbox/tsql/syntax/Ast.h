@@ -450,6 +450,7 @@ struct CreateModule {
     std::vector<std::string> events;   // of a trigger: INSERT, UPDATE, DELETE
     ObjectName table = {};             // of a trigger
     bool insteadOf = false;
+    std::optional<Declaration> rows = {};  // table variable that a function of statements returns
     bool isTrigger() const { return !events.empty(); }
 };
 struct Argument {

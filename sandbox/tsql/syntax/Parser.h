@@ -189,6 +189,8 @@ Statement::Node parseDefinition(Parser& in, bool create);  // CREATE or ALTER
 Statement::Node parseDrop(Parser& in);
 Statement::Node parseTriggerSwitch(Parser& in, bool enables);
 
+// Returns the table that UPDATE or DELETE changes. `name` may be an alias in `from`.
+const ObjectName& targetName(const ObjectName& name, const std::vector<TableRefPtr>& from);
 // Constraints of the columns and of the table.
 std::vector<const Constraint*> allConstraints(const CreateTable& create);
 

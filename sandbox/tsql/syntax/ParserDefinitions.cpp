@@ -104,6 +104,16 @@ Node changeOfRows(Parser& in) {
     return node;
 }
 
+const NamedTable* findTarget(const TableRef& table, std::string_view name) {
+    if (const auto* join = std::get_if<Join>(&table.node)) {
+        const NamedTable* left = findTarget(*join->left, name);
+        return left ? left : findTarget(*join->right, name);
+    }
+    const auto* named = std::get_if<NamedTable>(&table.node);
+    if (!named) return nullptr;
+    return sameText(table.alias.empty() ? named->name.name : table.alias, name) ? named : nullptr;
+}
+
 // ---- tables
 
 [[noreturn]] void throwUnsupportedObject(const Parser& in, const std::string& verb) {
@@ -435,9 +445,10 @@ Statement::Node createModule(Parser& in, CreateModule module) {
         module.columns = in.columnNames();
     if (module.function) {
         in.expect("RETURNS");
-        if (in.atVariable()) in.throwUnsupported("table-valued functions of several statements");
-        isQuery = in.accept("TABLE");
-        if (!isQuery) module.returns = in.type(TypeUse::Declaration);
+        if (in.atVariable()) module.rows = in.declaration(false);
+        if (module.rows && !module.rows->table) in.throwSyntaxError();
+        isQuery = !module.rows && in.accept("TABLE");
+        if (!isQuery && !module.rows) module.returns = in.type(TypeUse::Declaration);
     }
     moduleOptions(in);
     if (!in.accept("AS") && !module.function) in.throwSyntaxError();
@@ -527,6 +538,13 @@ Statement::Node defineSequence(Parser& in, bool alter) {
 }
 
 }  // namespace
+
+const ObjectName& targetName(const ObjectName& name, const std::vector<TableRefPtr>& from) {
+    if (!name.schema.empty()) return name;
+    for (const auto& table : from)
+        if (const NamedTable* found = findTarget(*table, name.name)) return found->name;
+    return name;
+}
 
 std::vector<const Constraint*> allConstraints(const CreateTable& create) {
     std::vector<const Constraint*> all;

@@ -193,7 +193,7 @@ Statement::Node returnValue(Parser& in) {
         "CASE NULL CONVERT TRY_CONVERT COALESCE NULLIF LEFT RIGHT "
         "CURRENT_TIMESTAMP";
     if (ends || (in.peek().reserved && !hasWord(kBegins, toUpper(in.peek().raw)))) return Return{};
-    if (!in.m_module || in.m_module->isTrigger()) in.throwError(kReturnWithValueHere);
+    if (!in.m_module || in.m_module->isTrigger() || in.m_module->rows) in.throwError(kReturnWithValueHere);
     return Return{in.expression()};
 }
 
@@ -469,8 +469,15 @@ constexpr std::pair<std::string_view, Statement::Node (*)(Parser&)> kStatements[
     {"USE", [](Parser& in) -> Statement::Node { return Use{in.expectName()}; }},
 };
 
-// Functions may not have side effects.
+// Functions may not have side effects, except on their table variables.
 void checkInFunction(const Statement& statement, const std::string& verb) {
+    const auto changesOwnTable = []<typename Node>(const Node& node) {
+        if constexpr (std::is_base_of_v<Change, Node>)
+            return targetName(node.table, node.from).name.starts_with('@') &&
+                   (!node.output || node.output->into);
+        return false;
+    };
+    if (std::visit(changesOwnTable, statement.node)) return;
     constexpr std::string_view kTraceless =
         "DECLARE SET IF WHILE BREAK CONTINUE GOTO BEGIN RETURN SELECT WITH EXEC EXECUTE OPEN FETCH CLOSE "
         "DEALLOCATE";
@@ -558,7 +565,8 @@ Declaration Parser::declaration(bool isParameter) {
     Declaration node{std::string(name.raw), {}, nullptr};
     accept("AS");
     throwIfAt("CURSOR", "cursor variables");
-    if (m_module && m_module->function) throwIfAt("TABLE", "table variables inside functions");
+    if (m_module && m_module->function && !m_module->rows)
+        throwIfAt("TABLE", "table variables inside scalar functions");
     if (at("TABLE") && !isParameter)
         node.table = std::make_shared<const CreateTable>(tableVariable(name));
     else

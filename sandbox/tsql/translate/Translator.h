@@ -38,6 +38,9 @@ class NameResolver {
     // Runs `work` with names resolved as inside the view or function. Throws SqlError 217 (nesting too deep)
     // and 4429 (it contains itself).
     virtual void within(const StoredModule& query, const std::function<void()>& work) = 0;
+    // Returns the rows of a function of statements. The arguments are SQL with parameters of the translator.
+    virtual TableInfo calledTable(const StoredModule& function, const std::vector<std::string>& arguments,
+                                  const class Translator& translator) = 0;
 };
 
 struct SourceColumn : Column {
@@ -123,12 +126,9 @@ class Translator {
     // OUTPUT clause of a change: its columns, and its query if the change itself does not return the rows.
     const QueryText& output() const { return m_output; }
     // Renames the columns of `text` to `names`, if there are any. `of`: the query's name for messages. Throws
-    // SqlError 8158 (too few names), 8159 (too many), `unnamed` and `repeated`, if that is wrong with a
-    // column.
+    // SqlError 8158 (too few names), 8159 (too many), `unnamed` (a column without a name) and `repeated`.
     static void rename(QueryText& text, const std::vector<std::string>& names, const std::string& of,
                        int unnamed = message::kUnnamedColumn, int repeated = message::kColumnSpecifiedTwice);
-    // Returns the table that UPDATE or DELETE changes. `name` may be an alias in `from`.
-    static const ObjectName& targetName(const ObjectName& name, const std::vector<TableRefPtr>& from);
 
   private:
     struct Scope {
@@ -197,8 +197,9 @@ class Translator {
     // applied: by APPLY, so that the table may use columns of the tables before it.
     std::string tableRef(const TableRef& table, bool applied = false);
     std::string namedTable(const NamedTable& table, const std::string& alias, bool applied);
-    std::string storedTable(const StoredModule& stored, const NamedTable& table, const std::string& alias,
-                            bool applied);
+    // values: SQL of the arguments.
+    std::string storedTable(const StoredModule& stored, const std::vector<std::string>& values,
+                            const std::string& alias, bool applied);
     // Returns the SQL of the arguments, each converted to the type of its parameter.
     std::vector<std::string> argumentsOf(const StoredModule& function, const std::vector<ExprPtr>& arguments);
     std::string splitText(const NamedTable& table, const std::string& alias, bool applied);
@@ -207,7 +208,6 @@ class Translator {
     std::string packedTable(const std::string& rows, const std::vector<OutputColumn>& columns,
                             const std::string& alias);
     std::string recursiveTable(const CommonTable& table, const std::string& alias);
-    std::string recursiveReference(const NamedQuery& table, const std::string& alias);
     std::string join(const Join& join);
     // ---- FOR XML (TranslatorXml.cpp)
     QueryText forXml(const QueryText& rows, const ForXml& xml) const;

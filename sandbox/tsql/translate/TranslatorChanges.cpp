@@ -5,16 +5,6 @@ namespace tsql {
 
 namespace {
 
-const NamedTable* findTarget(const TableRef& table, std::string_view name) {
-    if (const auto* join = std::get_if<Join>(&table.node)) {
-        const NamedTable* left = findTarget(*join->left, name);
-        return left ? left : findTarget(*join->right, name);
-    }
-    const auto* named = std::get_if<NamedTable>(&table.node);
-    if (!named) return nullptr;
-    return sameText(table.alias.empty() ? named->name.name : table.alias, name) ? named : nullptr;
-}
-
 // Returns `columns` and the other columns that have defaults.
 ColumnList filledColumns(const TableInfo& target, const ColumnList& columns) {
     ColumnList filled = columns;
@@ -30,13 +20,6 @@ std::string assigned(const Typed& value, const TableInfo& target, const TableCol
 }
 
 }  // namespace
-
-const ObjectName& Translator::targetName(const ObjectName& name, const std::vector<TableRefPtr>& from) {
-    if (!name.schema.empty()) return name;
-    for (const auto& table : from)
-        if (const NamedTable* found = findTarget(*table, name.name)) return found->name;
-    return name;
-}
 
 Typed Translator::defaultOf(const TableInfo& target, const TableColumn& column) {
     if (column.identity)

@@ -122,10 +122,8 @@ Typed Translator::node(const Case& choice) {
 }
 
 Typed Translator::node(const Cast& cast) {
-    const Typed operand = value(*cast.operand);
-    if (!cast.style) return emitConvert(operand, cast.type, nullptr, cast.kind);
-    const Typed style = value(*cast.style);
-    return emitConvert(operand, cast.type, &style, cast.kind);
+    const Typed operand = value(*cast.operand), style = cast.style ? value(*cast.style) : Typed();
+    return emitConvert(operand, cast.type, cast.style ? &style : nullptr, cast.kind);
 }
 
 std::vector<Typed> Translator::callArguments(const Call& call, bool datePart) {
@@ -311,10 +309,8 @@ std::string Translator::test(const CompareQuery& compare) {
 
 std::string Translator::test(const Like& like) {
     const Typed operand = value(*like.operand);
-    const Typed pattern = value(*like.pattern);
-    if (!like.escape) return emitLike(operand, pattern, nullptr);
-    const Typed escape = value(*like.escape);
-    return emitLike(operand, pattern, &escape);
+    const Typed pattern = value(*like.pattern), escape = like.escape ? value(*like.escape) : Typed();
+    return emitLike(operand, pattern, like.escape ? &escape : nullptr);
 }
 
 }  // namespace tsql

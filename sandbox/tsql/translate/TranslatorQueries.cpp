@@ -58,8 +58,11 @@ std::string distinctSetOperation(SetOp op, const std::string& left, const std::s
                         text);
 }
 
-// Whether the SQL uses one of the first sources to which nextAlias() has given an alias.
-bool usesSource(const std::string& sql, int sources) {
+// Whether the SQL uses, outside of its strings, one of the first sources to which nextAlias() has given an
+// alias.
+bool usesSource(std::string sql, int sources) {
+    bool quoted = false;
+    std::erase_if(sql, [&](char c) { return (quoted = quoted != (c == '\'')); });
     for (; sources > 0 && sql.find("s" + std::to_string(sources) + ".") == std::string::npos;) --sources;
     return sources > 0;
 }
@@ -312,9 +315,10 @@ std::string Translator::limit(const Select* select, const Query& query) {
 // error; SQLite alone would return all rows.
 std::string Translator::rowCount(const Expr& expr, int least, int error) {
     const Temporarily outer(m_scope, m_scope ? m_scope->outer : nullptr);
+    const int sources = m_aliases;
     const Typed rows = value(expr);
     if (!isExact(rows.type.id) || rows.type.scale > 0) throw sqlError(message::kRowCountNotInteger);
-    if (usesSource(rows.sql, m_aliases)) throw unsupported("a column as the number of TOP or OFFSET");
+    if (usesSource(rows.sql, sources)) throw unsupported("a column as the number of TOP or OFFSET");
     return checkedRowCount(coerce(rows, simpleType(TypeId::BigInt)).sql, least, error);
 }
 
@@ -428,7 +432,12 @@ std::string Translator::namedTable(const NamedTable& table, const std::string& a
     if (table.name.schema.empty() && !table.arguments)
         for (std::size_t i = m_with.size(); i-- > 0;) {
             if (!sameText(m_with[i].table->name, table.name.name)) continue;
-            if (!m_with[i].recursive.empty()) return recursiveReference(m_with[i], exposed);
+            if (!m_with[i].recursive.empty()) {
+                if (!m_depth.empty()) throw sqlError(message::kSeveralRecursiveReferences, {table.name.name});
+                const std::string reference = addSource(m_with[i].columns, exposed);
+                m_depth = "ts_deeper(" + reference + ".depth, " + std::to_string(m_maxRecursion) + ")";
+                return m_with[i].recursive + " AS " + reference;
+            }
             const auto all = m_with;
             const CommonTable& common = *all[i].table;
             m_with.resize(i);  // it sees only those before it
@@ -441,11 +450,19 @@ std::string Translator::namedTable(const NamedTable& table, const std::string& a
         }
     std::optional<TableInfo> info;
     if (!table.arguments) info = m_names.findTable(table.name);
+    std::optional<StoredModule> stored;
     if (!info)
-        if (const auto stored =
-                m_names.module(table.name, table.arguments ? objectType::kTableFunction : objectType::kView))
-            return storedTable(*stored, table, exposed, applied && table.arguments);
-    if (table.arguments) return splitText(table, exposed, applied);
+        stored = m_names.module(table.name, table.arguments ? objectType::kTableFunction : objectType::kView);
+    if (!stored && table.arguments) stored = m_names.module(table.name, objectType::kRowsFunction);
+    if (!stored && table.arguments) return splitText(table, exposed, applied);
+    std::vector<std::string> arguments;
+    const int sources = m_aliases;
+    if (table.arguments) arguments = beside(applied, [&] { return argumentsOf(*stored, *table.arguments); });
+    if (stored && !stored->module->rows)
+        return storedTable(*stored, arguments, exposed, applied && table.arguments);
+    if (std::ranges::any_of(arguments, [&](auto& each) { return usesSource(each, sources); }))
+        throw unsupported("columns as arguments of a table function of several statements");
+    if (stored) info = m_names.calledTable(*stored, arguments, *this);
     const std::string sqlAlias = nextAlias();
     const auto view = info ? std::nullopt : m_names.view(table.name);
     if (view) {
@@ -461,14 +478,10 @@ std::string Translator::namedTable(const NamedTable& table, const std::string& a
 }
 
 // Returns the query of a view or function. It does not see the sources of the statement.
-std::string Translator::storedTable(const StoredModule& stored, const NamedTable& table,
+std::string Translator::storedTable(const StoredModule& stored, const std::vector<std::string>& values,
                                     const std::string& alias, bool applied) {
-    const auto& parameters = stored.module->parameters;
     WordMap<std::string> arguments;
-    const std::vector<ExprPtr> none;
-    const auto values =
-        beside(applied, [&] { return argumentsOf(stored, table.arguments ? *table.arguments : none); });
-    for (std::size_t i = 0; i < values.size(); ++i) arguments[parameters[i].name] = values[i];
+    for (std::size_t i = 0; i < values.size(); ++i) arguments[stored.module->parameters[i].name] = values[i];
     std::string sql;
     m_names.within(stored, [&] {
         const Temporarily noCommonTables(m_with, std::vector<NamedQuery>());
@@ -569,18 +582,9 @@ std::string Translator::recursiveTable(const CommonTable& table, const std::stri
            ") UNION ALL " + next.sql + ") SELECT * FROM " + name + ") AS " + addSource(anchor.columns, alias);
 }
 
-std::string Translator::recursiveReference(const NamedQuery& table, const std::string& alias) {
-    if (!m_depth.empty()) throw sqlError(message::kSeveralRecursiveReferences, {table.table->name});
-    const std::string sqlAlias = addSource(table.columns, alias);
-    m_depth = "ts_deeper(" + sqlAlias + ".depth, " + std::to_string(m_maxRecursion) + ")";
-    return table.recursive + " AS " + sqlAlias;
-}
-
 std::string Translator::join(const Join& join) {
-    static constexpr std::string_view kWords[] = {" JOIN ", " LEFT JOIN ", " RIGHT JOIN ", " FULL JOIN ",
-                                                  " CROSS JOIN "};
-    static constexpr std::string_view kSwapped[] = {" JOIN ", " RIGHT JOIN ", " LEFT JOIN ", " FULL JOIN ",
-                                                    " CROSS JOIN "};
+    static constexpr std::string_view kWords[] = {"", " LEFT", " RIGHT", " FULL", " CROSS"};
+    static constexpr std::string_view kSwapped[] = {"", " RIGHT", " LEFT", " FULL", " CROSS"};
     for (const auto& table : m_with)  // outer rows would make the recursion endless
         if (!table.recursive.empty() && join.kind != JoinKind::Inner && join.kind != JoinKind::Cross)
             throw sqlError(message::kOuterJoinInRecursion, {table.table->name});
@@ -599,9 +603,9 @@ std::string Translator::join(const Join& join) {
     const bool swaps = isNested && !std::holds_alternative<Join>(join.left->node);
     if (isNested && !swaps) right = "(" + right + ")";
     if (swaps) std::swap(left, right);
-    const std::string sql =
-        left.append((swaps ? kSwapped : kWords)[static_cast<std::size_t>(join.kind)]).append(right);
-    return join.on ? sql + " ON " + condition(*join.on) : sql;
+    const std::string_view word = (swaps ? kSwapped : kWords)[static_cast<std::size_t>(join.kind)];
+    left.append(word).append(" JOIN ").append(right);
+    return join.on ? left + " ON " + condition(*join.on) : left;
 }
 
 }  // namespace tsql

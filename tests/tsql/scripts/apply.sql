@@ -74,6 +74,7 @@ SELECT p.id, k.x FROM customer c LEFT JOIN (purchase p CROSS APPLY (SELECT p.id 
 --> id int? | x int? = NULL | NULL; NULL | NULL; 12 | 13; 13 | 14 (4 rows)
 WITH r AS (SELECT 1 AS n UNION ALL SELECT k.m FROM r CROSS APPLY (SELECT r.n + 1 AS m) k WHERE k.m < 4) SELECT n FROM r --> n int? = 1; 2; 3 (3 rows)
 SELECT 1 FROM customer c, purchase p CROSS APPLY (SELECT c.id) k (x) --> Msg 4104, Level 16, State 1, Line 1: The multi-part identifier "c.id" could not be bound.
+SELECT c.id, k.id FROM customer c CROSS APPLY (SELECT TOP (SELECT MIN(customer) + 1 FROM purchase) id FROM purchase ORDER BY id) k WHERE c.id = 1 ORDER BY 2 --> id int | id int = 1 | 10; 1 | 11 (2 rows)
 -- what is refused
 SELECT 1 FROM customer c CROSS APPLY (SELECT TOP (c.id) id FROM purchase) p --> Msg 50000, Level 16, State 1, Line 2: tsqlbox does not support a column as the number of TOP or OFFSET.
 SELECT 1 FROM customer c CROSS APPLY (SELECT SUM(c.id) AS s) p --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support an aggregate of columns of an outer query or of the left side of APPLY.
@@ -84,3 +85,11 @@ SELECT 1 FROM customer c CROSS APPLY (SELECT c.id + 1) x --> Msg 8155, Level 16,
 SELECT 1 FROM customer c CROSS APPLY (SELECT d.id AS a) x --> Msg 4104, Level 16, State 1, Line 1: The multi-part identifier "d.id" could not be bound.
 SELECT 1 FROM customer c CROSS APPLY (SELECT 1 AS a) x ON 1 = 1 --> Msg 156, Level 15, State 1, Line 1: Incorrect syntax near the keyword 'ON'.
 SELECT 1 FROM customer c OUTER JOIN (SELECT 1 AS a) x --> Msg 156, Level 15, State 1, Line 1: Incorrect syntax near the keyword 'OUTER'.
+DECLARE @s nvarchar(max) = N'SELECT k.c1 FROM (SELECT 1 AS a) q CROSS APPLY (SELECT 0 AS c0', @i int = 0
+WHILE @i < 126 BEGIN SET @i = @i + 1 SET @s = @s + CONCAT(N', ', @i, N' AS c', @i) END
+DECLARE @t nvarchar(max) = @s + N') k'
+EXEC (@t)
+SET @t = @s + N', 1 AS d) k'
+EXEC (@t)
+--> c1 int = 1 (1 rows)
+--> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support APPLY of a query with more than 127 columns.

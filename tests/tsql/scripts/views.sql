@@ -41,7 +41,7 @@ SELECT * FROM below(1) --> Msg 313, Level 16, State 1, Line 1: An insufficient n
 SELECT * FROM below(1, 2, 3) --> Msg 8144, Level 16, State 2, Line 1: Procedure or function dbo.below has too many arguments specified.
 SELECT * FROM nofun(1) --> Msg 208, Level 16, State 1, Line 1: Invalid object name 'nofun'.
 SELECT * FROM STRING_SPLIT('a', '') --> Msg 214, Level 16, State 1, Line 1: Procedure expects parameter 'separator' of type 'nchar(1)/nvarchar(1)'.
-CREATE FUNCTION several() RETURNS @t TABLE (a int) AS BEGIN RETURN END --> Msg 50000, Level 16, State 1, Line 1, Procedure several: tsqlbox does not support table-valued functions of several statements.
+CREATE FUNCTION several() RETURNS @t TABLE (a int) AS BEGIN RETURN END -->
 INSERT cheap VALUES ('z') --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support changes through a view ('cheap').
 UPDATE c SET name = 'z' FROM cheap c --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support changes through a view ('cheap').
 DELETE cheap --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support changes through a view ('cheap').
