@@ -244,8 +244,12 @@ void Executor::callProcedure(const Execute& execute, const ObjectName& name, con
         return;
     }
     asCall([&] {
-        if (system && system->body)
-            frame.returned = std::int64_t{(this->*system->body)(frame)};
+        if (system && system->body) try {
+                frame.returned = std::int64_t{(this->*system->body)(frame)};
+            } catch (const SqlError& error) {
+                afterError(messageOf(error, m_line), /*raised=*/error.number != message::kUserDefined);
+                frame.returned = std::int64_t{1};
+            }
         else if (!runScope(module.body, frame))
             frame.returned = std::int64_t{-6};
         returnOutputs(module, arguments, execute, frame);

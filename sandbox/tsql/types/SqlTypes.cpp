@@ -84,21 +84,6 @@ SqlType makeDecimal(std::span<const int> arguments) {
     return decimalType(precision, scale);
 }
 
-SqlType makeFloat(std::span<const int> arguments) {
-    const int bits = arguments.empty() ? 53 : arguments[0];
-    if (bits < 1 || bits > 53) throw sqlError(message::kInvalidLength, {std::to_string(bits)});
-    return simpleType(bits <= 24 ? TypeId::Real : TypeId::Float);
-}
-
-SqlType makeFractional(TypeId id, std::span<const int> arguments) {
-    SqlType type = simpleType(id);
-    if (arguments.empty()) return type;
-    if (arguments[0] < 0 || arguments[0] > 7)
-        throw sqlError(message::kInvalidScale, {std::to_string(arguments[0]), ""});
-    type.scale = static_cast<std::uint8_t>(arguments[0]);
-    return type;
-}
-
 SqlType asDecimal(const SqlType& type) {
     return type.id == TypeId::Decimal ? type : decimalType(precisionOf(type), facts(type.id).scale);
 }
@@ -167,14 +152,20 @@ SqlType makeType(std::string_view name, std::span<const int> arguments, TypeUse 
     const TypeId id = *found;
     if (sameWord(name, "sysname")) return nvarcharType(128);
     if (id == TypeId::Decimal) return makeDecimal(arguments);
-    if (id == TypeId::Float) return makeFloat(arguments);
-    if (hasScale(id)) return makeFractional(id, arguments);
     SqlType type = simpleType(id);
-    if (!hasLength(id)) {
-        if (arguments.empty()) return type;
-        throw sqlError(message::kTypeWithoutWidth, {name});
+    if (!hasLength(id) && arguments.empty()) return type;
+    const int given = arguments.empty() ? 0 : arguments[0];
+    if (id == TypeId::Float) {
+        if (given < 1 || given > 53) throw sqlError(message::kInvalidLength, {std::to_string(given)});
+        return simpleType(given <= 24 ? TypeId::Real : TypeId::Float);
     }
-    type.length = !arguments.empty() ? arguments[0] : use == TypeUse::Cast ? 30 : 1;
+    if (hasScale(id)) {
+        if (given < 0 || given > 7) throw sqlError(message::kInvalidScale, {std::to_string(given), ""});
+        type.scale = static_cast<std::uint8_t>(given);
+        return type;
+    }
+    if (!hasLength(id)) throw sqlError(message::kTypeWithoutWidth, {name});
+    type.length = !arguments.empty() ? given : use == TypeUse::Cast ? 30 : 1;
     checkLength(id, type.length);
     return type;
 }
