@@ -27,7 +27,6 @@ constexpr int kApplicationId = 0x5453514C;
 constexpr std::size_t kApplicationAt = 68;
 constexpr std::size_t kChecksum = crypto_generichash_BYTES;
 constexpr std::size_t kBlock = 1 << 16;
-constexpr std::int64_t kPage = 4096;  // page size of all database files
 
 constexpr const char* kNoJournal = "PRAGMA journal_mode = OFF";  // an incomplete copy is deleted
 
@@ -181,7 +180,7 @@ BackupHeader backupDatabase(const Storage& storage, std::string_view database, c
     const std::string from = storage.canonicalName(database);
     if (from.empty()) throw sqlError(message::kUnknownDatabase, {database});
     if (from == "tempdb") throw sqlError(message::kBackupNotAllowed, {from});
-    BackupHeader header{from, now(), {}, storage.pathOf(from).string(), name, description, 0, 0};
+    BackupHeader header{from, now(), {}, storage.pathOf(from).string(), name, description, 0};
     std::error_code ignored;
     if (fs::is_other(file, ignored))
         throwCannotOpen(file, EINVAL);  // the backup would replace the device file
@@ -209,8 +208,7 @@ BackupHeader readBackupHeader(const fs::path& file, const Progress& progress) {
     openBackup(file, progress);
     BackupHeader header;
     const auto take = [](void* into, int, char** cells, char**) {
-        *static_cast<BackupHeader*>(into) = {cells[0], cells[1], cells[2], cells[3],
-                                             cells[4], cells[5], 0,        0};
+        *static_cast<BackupHeader*>(into) = {cells[0], cells[1], cells[2], cells[3], cells[4], cells[5], 0};
         return 0;
     };
     constexpr const char* kQuery =
@@ -222,7 +220,6 @@ BackupHeader readBackupHeader(const fs::path& file, const Progress& progress) {
     }
     if (header.database.empty()) throwDamaged(file);
     header.bytes = static_cast<std::int64_t>(fs::file_size(file) - kChecksum);
-    header.pages = header.bytes / kPage;
     return header;
 }
 

@@ -14,9 +14,10 @@ constexpr int kMaxDecimal = 38;
 
 struct TypeFacts {
     std::string_view name;
-    char family;     // types of a family have the same conversions
-    int precedence;  // T-SQL's type precedence; the operand with the lower one is converted
-    int precision;   // decimal digits, bits of a float, length of a date without its fraction
+    std::string_view synonyms;  // each between commas
+    char family;                // types of a family have the same conversions
+    int precedence;             // T-SQL's type precedence; the operand with the lower one is converted
+    int precision;              // decimal digits, bits of a float, length of a date without its fraction
     int scale;
     int bytes;     // per value; per character or byte if the type has a length
     int systemId;  // sys.types.system_type_id
@@ -42,27 +43,14 @@ std::size_t familyOf(TypeId id) {
     return kFamilyOrder.find(facts(id).family);
 }
 
-// Each between commas.
-constexpr std::pair<std::string_view, TypeId> kSynonyms[] = {
-    {",integer,", TypeId::Int},
-    {",numeric,dec,", TypeId::Decimal},
-    {",double precision,", TypeId::Float},
-    {",character,", TypeId::Char},
-    {",char varying,character varying,", TypeId::VarChar},
-    {",national char,national character,", TypeId::NChar},
-    {",sysname,national char varying,national character varying,", TypeId::NVarChar},
-    {",national text,", TypeId::NText},
-    {",binary varying,", TypeId::VarBinary},
-};
-
 std::optional<TypeId> findType(std::string_view name) {
-    for (std::size_t i = 0; i < std::size(kTypes); ++i)
-        if (sameWord(kTypes[i].name, name)) return static_cast<TypeId>(i);
-    for (const auto& [synonyms, id] : kSynonyms)
-        if (name.find(',') == name.npos &&
-            synonyms.find("," + lowerAscii(name) + ",") != std::string_view::npos)
-            return id;
-    return std::nullopt;
+    const std::string synonym = "," + lowerAscii(name) + ",";
+    const auto isMeant = [&](const TypeFacts& each) {
+        return sameWord(each.name, name) || (synonym.find(',', 1) == synonym.size() - 1 &&
+                                             each.synonyms.find(synonym) != each.synonyms.npos);
+    };
+    const auto* found = std::ranges::find_if(kTypes, isMeant);
+    return found == std::end(kTypes) ? std::nullopt : std::optional(static_cast<TypeId>(found - kTypes));
 }
 
 void checkLength(TypeId id, int length) {
