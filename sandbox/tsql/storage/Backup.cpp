@@ -39,10 +39,6 @@ constexpr int kPauseMilliseconds = 100;
                    {file.string(), std::to_string(error), std::strerror(error)});
 }
 
-[[noreturn]] void throwDamaged(const fs::path& file) {
-    throw sqlError(message::kBackupReadFailed, {file.string()});
-}
-
 using Stream = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
 
 Stream openStream(const fs::path& file, const char* mode) {
@@ -218,7 +214,7 @@ BackupHeader readBackupHeader(const fs::path& file, const Progress& progress) {
         sqlite3_exec(openFile(file, SQLITE_OPEN_READONLY, kNoJournal).get(), kQuery, take, &header, nullptr);
     } catch (const std::runtime_error&) {  // too damaged for SQLite
     }
-    if (header.database.empty()) throwDamaged(file);
+    if (header.database.empty()) throw sqlError(message::kBackupReadFailed, {file.string()});
     header.bytes = static_cast<std::int64_t>(fs::file_size(file) - kChecksum);
     return header;
 }
@@ -227,7 +223,7 @@ void verifyBackup(const fs::path& file, const Progress& progress) {
     const Stream stream = openBackup(file, progress);
     const std::uintmax_t size = fs::file_size(file);
     const std::string sum = checksumOf(stream.get(), size - kChecksum, progress);
-    if (read(stream.get(), kChecksum) != sum) throwDamaged(file);
+    if (read(stream.get(), kChecksum) != sum) throw sqlError(message::kBackupReadFailed, {file.string()});
 }
 
 BackupHeader restoreDatabase(Storage& storage, const fs::path& file, std::string_view database, bool replace,

@@ -45,11 +45,10 @@ std::size_t familyOf(TypeId id) {
 
 std::optional<TypeId> findType(std::string_view name) {
     const std::string synonym = "," + lowerAscii(name) + ",";
-    const auto isMeant = [&](const TypeFacts& each) {
-        return sameWord(each.name, name) || (synonym.find(',', 1) == synonym.size() - 1 &&
-                                             each.synonyms.find(synonym) != each.synonyms.npos);
-    };
-    const auto* found = std::ranges::find_if(kTypes, isMeant);
+    const auto* found = std::ranges::find_if(kTypes, [&](const TypeFacts& each) {
+        return sameWord(each.name, name) ||
+               (name.find(',') == name.npos && each.synonyms.find(synonym) != name.npos);
+    });
     return found == std::end(kTypes) ? std::nullopt : std::optional(static_cast<TypeId>(found - kTypes));
 }
 
