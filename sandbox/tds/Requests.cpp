@@ -17,8 +17,7 @@ constexpr std::uint8_t kNextCallSince72 = 0xFF;
 constexpr std::uint8_t kNextCallBefore72 = 0x80;
 constexpr std::uint8_t kFlagByReference = 0x01, kFlagDefault = 0x02;
 
-// Procedures that can be called by number, from 1. The engine does not support the cursor procedures and
-// reports them by name.
+// Procedures that can be called by number, from 1.
 constexpr std::string_view kProcedures[] = {
     "sp_cursor",          "sp_cursoropen",  "sp_cursorprepare", "sp_cursorexecute", "sp_cursorprepexec",
     "sp_cursorunprepare", "sp_cursorfetch", "sp_cursoroption",  "sp_cursorclose",   "sp_executesql",
