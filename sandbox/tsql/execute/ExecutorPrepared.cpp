@@ -6,13 +6,14 @@
 
 namespace tsql {
 
-constexpr std::size_t kNone = 99;
+constexpr std::size_t kAbsent = 99;
 // Places of the arguments of a call.
 struct StatementCall {
     std::string_view name;
     std::size_t handle, declarations, statement;  // of the prepared statement
-    std::size_t firstValue;                       // kNone: the statement is only prepared
-    std::size_t cursor = kNone, options = kNone;  // outputs: its handle; its kind, locks and number of rows
+    std::size_t firstValue;                       // kAbsent: the statement is only prepared
+    std::size_t cursor = kAbsent,
+                options = kAbsent;  // outputs: its handle; its kind, locks and number of rows
 };
 
 namespace {
@@ -26,14 +27,14 @@ constexpr std::int64_t kUsualFetch = 0x2, kUsualRows = 20;
 constexpr std::uint64_t kRelative = 0x20, kRefresh = 0x80, kPosition = 0x100;
 
 constexpr StatementCall kStatementCalls[] = {
-    {"sp_executesql", kNone, 1, 0, 2},
-    {"sp_prepare", 0, 1, 2, kNone},
+    {"sp_executesql", kAbsent, 1, 0, 2},
+    {"sp_prepare", 0, 1, 2, kAbsent},
     {"sp_prepexec", 0, 1, 2, 3},
-    {"sp_execute", 0, kNone, kNone, 1},
-    {"sp_cursoropen", kNone, 5, 1, 6, 0, 2},
-    {"sp_cursorprepare", 0, 1, 2, kNone},
+    {"sp_execute", 0, kAbsent, kAbsent, 1},
+    {"sp_cursoropen", kAbsent, 5, 1, 6, 0, 2},
+    {"sp_cursorprepare", 0, 1, 2, kAbsent},
     {"sp_cursorprepexec", 0, 2, 3, 7, 1, 4},
-    {"sp_cursorexecute", 0, kNone, kNone, 5, 1, 2},
+    {"sp_cursorexecute", 0, kAbsent, kAbsent, 5, 1, 2},
 };
 constexpr std::string_view kHandleCalls[] = {"sp_unprepare",    "sp_cursorunprepare", "sp_cursorfetch",
                                              "sp_cursoroption", "sp_cursorclose",     "sp_cursor"};
@@ -67,16 +68,16 @@ bool Executor::callOfDriver(std::string_view name, const Execute& call, const st
 void Executor::callStatement(const StatementCall& places, const Execute& call, const std::string& database) {
     PreparedText text = statementOf(places, call);
     m_error = 0;
-    if (places.firstValue == kNone && (integerArgument(call, kOptionAt) & kReturnMetadata))
+    if (places.firstValue == kAbsent && (integerArgument(call, kOptionAt) & kReturnMetadata))
         describe(text, database);
-    if (places.handle != kNone && places.statement != kNone) {
+    if (places.handle != kAbsent && places.statement != kAbsent) {
         m_prepared.erase(integerArgument(call, places.handle));
         if (m_prepared.size() >= kMostStatements) throw sqlError(message::kInsufficientMemory);
         returnArgument(call, places.handle, ++m_lastHandle);
         m_prepared[m_lastHandle] = text;
     }
-    if (places.firstValue == kNone) return;
-    if (places.cursor == kNone) return runStatement(text, call, places.firstValue, database);
+    if (places.firstValue == kAbsent) return;
+    if (places.cursor == kAbsent) return runStatement(text, call, places.firstValue, database);
     const auto verb = tokenize(text.statement).front().raw;
     if (!sameWord(verb, "SELECT") && !sameWord(verb, "WITH")) throw sqlError(message::kCursorNotAllowed);
     const std::string name = cursorName(++m_lastHandle);
@@ -96,7 +97,7 @@ void Executor::callStatement(const StatementCall& places, const Execute& call, c
 
 // The text among the arguments, or that of the prepared statement.
 Executor::PreparedText Executor::statementOf(const StatementCall& places, const Execute& call) {
-    if (places.statement != kNone) {
+    if (places.statement != kAbsent) {
         const std::string_view parameter = &places == kStatementCalls ? "@statement" : "@stmt";
         if (!argumentAt(call, places.statement))
             throw sqlError(message::kMissingParameter, {places.name, parameter}, 10);
