@@ -39,18 +39,14 @@ bool isAddress(const std::string& name) {
     return inet_pton(AF_INET, name.c_str(), address) == 1 || inet_pton(AF_INET6, name.c_str(), address) == 1;
 }
 
-bool isKeyOf(X509& certificate, const std::filesystem::path& path) {
-    const File file(std::fopen(path.c_str(), "re"));
-    const Key key(file ? PEM_read_PrivateKey(file.get(), nullptr, nullptr, nullptr) : nullptr);
-    return key && X509_check_private_key(&certificate, key.get()) == 1;
-}
-
 bool isUsable(const CertificateFiles& files, const std::vector<std::string>& names) {
-    const File file(std::fopen(files.certificate.c_str(), "re"));
-    if (!file) return false;
+    const File file(std::fopen(files.certificate.c_str(), "re")),
+        keyFile(std::fopen(files.key.c_str(), "re"));
+    if (!file || !keyFile) return false;
+    const Key key(PEM_read_PrivateKey(keyFile.get(), nullptr, nullptr, nullptr));
     const Certificate certificate(PEM_read_X509(file.get(), nullptr, nullptr, nullptr));
     std::time_t renewal = std::time(nullptr) + kRenewalPeriod;
-    return certificate && isKeyOf(*certificate, files.key) &&
+    return certificate && key && X509_check_private_key(certificate.get(), key.get()) == 1 &&
            X509_cmp_time(X509_get0_notAfter(certificate.get()), &renewal) > 0 &&
            std::all_of(names.begin(), names.end(), [&](const std::string& name) {
                if (isAddress(name)) return X509_check_ip_asc(certificate.get(), name.c_str(), 0) == 1;

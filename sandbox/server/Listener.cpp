@@ -67,12 +67,6 @@ tds::TlsContext openTls(const Options& options) {
     return loadTlsContext(options.tlsFiles, options.newestTls);
 }
 
-// Reads from standard input, whose content is ignored. True at its end.
-bool inputEnded() {
-    char block[256];
-    return read(STDIN_FILENO, block, sizeof block) == 0;
-}
-
 }  // namespace
 
 void blockStopSignals() {
@@ -114,7 +108,9 @@ void Listener::run() {
         const int ready = poll(events, std::size(events), -1);
         if (ready < 0 && errno != EINTR) throwErrno("poll");
         if (ready <= 0) continue;
-        if (signal.revents != 0 || (input.revents != 0 && inputEnded())) return;
+        char ignored[256];
+        const bool inputEnds = input.revents != 0 && read(STDIN_FILENO, ignored, sizeof ignored) == 0;
+        if (signal.revents != 0 || inputEnds) return;
         if (client.revents != 0) acceptClient();
     }
 }

@@ -108,15 +108,6 @@ constexpr Entry kEntries[] = {
      [](Options& options, const char*) { options.stopAtEndOfInput = true; }},
 };
 
-// kEntries in the form that argp(3) wants. The last element is zero.
-std::vector<argp_option> entriesForArgp() {
-    std::vector<argp_option> entries;
-    int key = kFirstKey;
-    for (const Entry& entry : kEntries) entries.push_back({entry.name, key++, entry.value, 0, entry.help, 0});
-    entries.push_back({});
-    return entries;
-}
-
 void require(bool isTrue, const char* text) {
     if (!isTrue) throw UsageError(text);
 }
@@ -153,7 +144,10 @@ error_t handle(int key, char* value, argp_state* state) {
 }  // namespace
 
 Options parseOptions(int argc, char** argv) {
-    const auto entries = entriesForArgp();
+    std::vector<argp_option> entries;
+    int key = kFirstKey;
+    for (const Entry& entry : kEntries) entries.push_back({entry.name, key++, entry.value, 0, entry.help, 0});
+    entries.push_back({});  // the end
     const argp parser{
         entries.data(), handle, nullptr, "Local SQL server for development and tests.", {}, {}, {}};
     argp_err_exit_status = kWrongCommandLine;

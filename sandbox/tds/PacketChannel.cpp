@@ -32,12 +32,6 @@ constexpr std::uint8_t kStatusEndOfMessage = 0x01;
 constexpr std::uint8_t kStatusIgnore = 0x02;
 constexpr std::uint8_t kStatusReset = 0x08, kStatusResetKeepTransaction = 0x10;
 
-Request::Reset resetOf(std::uint8_t status) {
-    if ((status & kStatusReset) != 0) return Request::Reset::All;
-    return (status & kStatusResetKeepTransaction) != 0 ? Request::Reset::KeepTransaction
-                                                       : Request::Reset::None;
-}
-
 }  // namespace
 
 // Throws ProtocolError for a type that is not accepted now.
@@ -65,8 +59,12 @@ Request PacketChannel::readRequest() {
         fillBuffer(kHeaderSize);
         const Header header = peekHeader();
         const std::size_t maxBytes = maxMessageBytes(header.type);
+        using enum Request::Reset;
+        const auto reset = (header.status & kStatusReset) != 0                  ? All
+                           : (header.status & kStatusResetKeepTransaction) != 0 ? KeepTransaction
+                                                                                : None;
         if (isFirst || header.type == PacketType::Attention)
-            request = {.type = header.type, .reset = resetOf(header.status), .data = {}};
+            request = {.type = header.type, .reset = reset, .data = {}};
         else if (header.type != request.type)
             throw ProtocolError("the packets of a message have different types");
         fillBuffer(header.length);

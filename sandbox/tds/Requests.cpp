@@ -17,17 +17,11 @@ constexpr std::uint8_t kNextCallSince72 = 0xFF;
 constexpr std::uint8_t kNextCallBefore72 = 0x80;
 constexpr std::uint8_t kFlagByReference = 0x01, kFlagDefault = 0x02;
 
-// Procedures that can be called by number, from 1. The engine does not support the cursor procedures and
-// reports them by name.
+// Procedures that can be called by number, from 1.
 constexpr std::string_view kProcedures[] = {
     "sp_cursor",          "sp_cursoropen",  "sp_cursorprepare", "sp_cursorexecute", "sp_cursorprepexec",
     "sp_cursorunprepare", "sp_cursorfetch", "sp_cursoroption",  "sp_cursorclose",   "sp_executesql",
     "sp_prepare",         "sp_execute",     "sp_prepexec",      "sp_prepexecrpc",   "sp_unprepare"};
-
-std::string procedureName(std::uint16_t number) {
-    if (number >= 1 && number <= std::size(kProcedures)) return std::string(kProcedures[number - 1]);
-    throw ProtocolError("unknown procedure number " + std::to_string(number));
-}
 
 // position: of the parameter in the call, from 1.
 ProcedureCall::Argument parseParameter(ByteReader& in, std::size_t nameLength, std::size_t position) {
@@ -49,9 +43,10 @@ ProcedureCall::Argument parseParameter(ByteReader& in, std::size_t nameLength, s
 
 ProcedureCall parseCall(ByteReader& in) {
     ProcedureCall call;
-    const std::size_t nameLength = in.u16();
-    call.procedure =
-        nameLength == kNameIsNumber ? procedureName(in.u16()) : utf8FromUtf16(in.bytes(2 * nameLength));
+    const std::size_t nameLength = in.u16(), number = nameLength == kNameIsNumber ? in.u16() : 0;
+    if (number > std::size(kProcedures))
+        throw ProtocolError("unknown procedure number " + std::to_string(number));
+    call.procedure = number > 0 ? kProcedures[number - 1] : utf8FromUtf16(in.bytes(2 * nameLength));
     in.skip(2);  // option flags
     while (!in.atEnd()) {
         const std::uint8_t first = in.u8();

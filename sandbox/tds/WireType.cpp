@@ -224,11 +224,6 @@ Value decodeDecimal(ByteReader in, const SqlType& type) {
     return tsql::exactCell(negative ? -magnitude : magnitude, type);
 }
 
-Value decodeFloat(double value) {
-    if (!std::isfinite(value)) throw ValueError("a number is not finite");
-    return value;
-}
-
 tsql::Blob blobOf(ByteView data) {
     return {reinterpret_cast<const std::byte*>(data.data()), data.size()};
 }
@@ -240,8 +235,11 @@ Value decode(const WireType& type, ByteView data) {
     if (id == TypeId::TinyInt) return std::int64_t{in.u8()};
     if (id == TypeId::Money) return static_cast<std::int64_t>(std::rotl(in.number(8), 32));
     if (id == TypeId::Decimal) return decodeDecimal(in, type.type);
-    if (id == TypeId::Real) return decodeFloat(std::bit_cast<float>(in.u32()));
-    if (id == TypeId::Float) return decodeFloat(std::bit_cast<double>(in.number(8)));
+    if (tsql::isApproximate(id)) {
+        const bool isReal = id == TypeId::Real;
+        const double value = isReal ? std::bit_cast<float>(in.u32()) : std::bit_cast<double>(in.number(8));
+        return std::isfinite(value) ? value : throw ValueError("a number is not finite");
+    }
     if (id == TypeId::UniqueIdentifier) return tsql::convertValue(blobOf(data), kGuidBytes, type.type);
     if (id == TypeId::VarBinary) return tsql::Bytes(blobOf(data));
     if (id == TypeId::NVarChar && data.size() % 2 != 0) throw OddUnicode();
@@ -253,14 +251,6 @@ Value decode(const WireType& type, ByteView data) {
     if (value.ticks < 0 || value.ticks >= DateTime::kTicksPerDay || !tsql::isInRange(value, type.type))
         throw ValueError("a date or time is out of range");
     return tsql::toStorage(value, type.type);
-}
-
-// Partially length-prefixed data (PLP) behind its total length: chunks up to an empty one,
-// [MS-TDS] 2.2.5.2.3.
-Bytes readChunks(ByteReader& in) {
-    Bytes data;
-    while (const std::uint32_t length = in.u32()) data += in.bytes(length);
-    return data;
 }
 
 }  // namespace
@@ -354,8 +344,11 @@ Value readValue(ByteReader& in, const WireType& type) {
     if (length == nullLength(width)) return tsql::Null{};
     if (width == 1 && type.form.size != 0 && length != type.form.size)
         throw ProtocolError("the length of a parameter does not fit its type");
-    if (type.form.framing == Framing::Chunks) return decode(type, readChunks(in));
-    return decode(type, in.bytes(length));
+    if (type.form.framing != Framing::Chunks) return decode(type, in.bytes(length));
+    // Partially length-prefixed data (PLP): chunks up to an empty one, [MS-TDS] 2.2.5.2.3.
+    Bytes data;
+    while (const std::uint32_t size = in.u32()) data += in.bytes(size);
+    return decode(type, data);
 }
 
 }  // namespace tds

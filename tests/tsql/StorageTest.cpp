@@ -61,7 +61,7 @@ TEST_F(StorageTest, RestoresABackupUnderAnotherName) {
     m_storage->create("shop");
     run("shop", "CREATE TABLE t(x); INSERT INTO t VALUES (1), (2)");
     const fs::path file = m_folder / "shop.bak";
-    EXPECT_GT(backupDatabase(*m_storage, "SHOP", file).pages, 0);
+    EXPECT_GT(backupDatabase(*m_storage, "SHOP", file).pages(), 0);
     EXPECT_EQ(readBackupHeader(file).logName(), "shop_log");
 
     const std::string moved[] = {"shop", "shop_log"};

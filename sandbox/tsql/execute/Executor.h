@@ -20,6 +20,7 @@
 namespace tsql {
 
 struct SystemProcedure;
+struct StatementCall;
 
 // FirstLabel + n: GOTO the label of number n.
 enum class Flow { Next, Break, Continue, Return, FirstLabel };
@@ -171,6 +172,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     void run(const ChangeCursor& change);
     Flow run(const Fetch& fetch);
     Cursors& cursorsWith(const CursorName& cursor);
+    Flow sendRows(const Cursor& cursor, std::span<const std::vector<Value>> rows);
 
     // ---- queries and changes of rows (ExecutorQueries.cpp)
     Flow run(const SelectStatement& statement);
@@ -305,24 +307,22 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     bool runScope(const Block& body, Frame& frame);
     std::vector<TableColumn> viewColumns(const CreateModule& module);
 
-    // ---- statements with parameters (ExecutorPrepared.cpp)
+    // ---- calls of drivers (ExecutorPrepared.cpp)
     struct PreparedText {
         std::string statement, declarations;
     };
     // database: in which the statement runs; empty: the session's.
-    using StatementCall = void (Executor::*)(const Execute& call, const std::string& database);
-    static StatementCall statementCall(std::string_view name);
-    void executeSql(const Execute& call, const std::string& database);
-    void prepare(const Execute& call, const std::string& database);
-    void prepareAndExecute(const Execute& call, const std::string& database);
-    void executePrepared(const Execute& call, const std::string& database);
-    void unprepare(const Execute& call, const std::string& database);
+    bool callOfDriver(std::string_view name, const Execute& call, const std::string& database);
+    void callStatement(const StatementCall& places, const Execute& call, const std::string& database);
+    PreparedText statementOf(const StatementCall& places, const Execute& call);
+    void describe(const PreparedText& text, const std::string& database);
     void runStatement(const PreparedText& text, const Execute& call, std::size_t firstValue,
                       const std::string& database);
-    PreparedText textToPrepare(const Execute& call);
-    const PreparedText& keepStatement(const Execute& call);
+    void callHandle(const std::string& name, const Execute& call);
+    void fetchBlock(Cursor& cursor, const Execute& call);
     std::string textArgument(const Execute& call, std::size_t at, std::string_view parameter);
-    std::int64_t integerArgument(const Execute& call, std::size_t at);
+    std::int64_t integerArgument(const Execute& call, std::size_t at, std::int64_t usual = 0);
+    void returnArgument(const Execute& call, std::size_t at, std::int64_t value);
 
     // ---- transactions (ExecutorTransactions.cpp)
     void run(const Transaction& transaction);

@@ -98,7 +98,7 @@ void Executor::informDone(std::string_view verb, const BackupHeader& header, std
     char speed[80];
     std::snprintf(speed, sizeof speed, "%.3f seconds (%.3f MB/sec)", seconds,
                   static_cast<double>(header.bytes) / kMegabyte / seconds);
-    const std::string pages = std::to_string(header.pages);
+    const std::string pages = std::to_string(header.pages());
     inform(kPagesProcessed, {pages, database, header.database});
     inform(kBackupProcessed, {verb, pages, speed});
 }

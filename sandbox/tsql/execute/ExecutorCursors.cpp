@@ -4,20 +4,20 @@
 
 namespace tsql {
 
-namespace {
-
-constexpr std::size_t kMostRows = 1'000'000;  // all rows are kept in memory
-
-// Returns the new position: a row, 0 (before the first row) or rows + 1 (after the last).
-std::int64_t target(const Cursor& cursor, FetchFrom from, std::int64_t offset) {
-    const auto rows = static_cast<std::int64_t>(cursor.rows.size());
-    const std::int64_t places[] = {cursor.at + 1,  // in the order of FetchFrom
-                                   cursor.at - 1,     1, rows, offset < 0 ? rows + 1 + offset : offset,
-                                   cursor.at + offset};
-    return std::clamp<std::int64_t>(places[static_cast<int>(from)], 0, rows + 1);
+std::span<const std::vector<Value>> Cursor::move(FetchFrom from, std::int64_t offset, std::int64_t most) {
+    const auto count = static_cast<std::int64_t>(rows.size());
+    const std::int64_t places[] = {at + block,  // in the order of FetchFrom
+                                   std::max<std::int64_t>(at - most, at > 1),
+                                   1,
+                                   count - std::min(most, count) + 1,
+                                   offset < 0 ? count + 1 + offset : offset,
+                                   at + offset};
+    at = std::clamp<std::int64_t>(places[static_cast<int>(from)], 0, count + 1);
+    const std::int64_t found = at == 0 ? 0 : std::clamp<std::int64_t>(most, 0, count + 1 - at);
+    block = std::max<std::int64_t>(found, 1);
+    return std::span(rows).subspan(static_cast<std::size_t>(std::max<std::int64_t>(at - 1, 0)),
+                                   static_cast<std::size_t>(found));
 }
-
-}  // namespace
 
 // Returns the map that has the cursor: the current frame's or the session's.
 Cursors& Executor::cursorsWith(const CursorName& cursor) {
@@ -59,9 +59,10 @@ void Executor::run(const ChangeCursor& change) {
     if (change.verb == CursorVerb::Open) {
         if (cursor.open) throw sqlError(kCursorAlreadyOpen);
         cursor.rows.clear();
-        cursor.at = 0;
+        cursor.at = 0, cursor.block = 1;
         PreparedStatement statement(m_connection, cursor.query.sql);
         statement.bindAll(cursor.parameters);
+        constexpr std::size_t kMostRows = 1'000'000;  // all rows are kept in memory
         const auto keep = [&](std::span<const Column>, std::span<const CellView> cells) {
             if (cursor.rows.size() == kMostRows)
                 throw unsupported("a cursor over more than " + std::to_string(kMostRows) + " rows");
@@ -80,6 +81,12 @@ void Executor::run(const ChangeCursor& change) {
     }
 }
 
+Flow Executor::sendRows(const Cursor& cursor, std::span<const std::vector<Value>> rows) {
+    std::vector<Column> heads(cursor.query.columns.size());
+    std::ranges::transform(cursor.query.columns, heads.begin(), [](const auto& each) { return each.column; });
+    return sendTable(heads, rows);
+}
+
 Flow Executor::run(const Fetch& fetch) {
     Cursor& cursor = cursorsWith(fetch.cursor).at(toLower(fetch.cursor.name));
     const auto& columns = cursor.query.columns;
@@ -90,16 +97,10 @@ Flow Executor::run(const Fetch& fetch) {
     if (!fetch.into.empty() && fetch.into.size() != columns.size()) throw sqlError(kCursorColumnCount);
     const Value offset = fetch.offset ? evaluate(*fetch.offset, simpleType(TypeId::Int)) : Value(Null{});
     const auto* number = std::get_if<std::int64_t>(&offset);
-    cursor.at = target(cursor, fetch.from, number ? *number : 0);
-    const auto before = static_cast<std::size_t>(std::max<std::int64_t>(cursor.at - 1, 0));
-    const bool found = cursor.at > 0 && before < cursor.rows.size();
-    const auto rows = std::span(cursor.rows).subspan(before, found);
+    const auto rows = cursor.move(fetch.from, number ? *number : 0, 1);
+    const bool found = !rows.empty();
     m_fetchStatus = found ? 0 : -1;
-    if (fetch.into.empty()) {
-        std::vector<Column> heads(columns.size());
-        std::ranges::transform(columns, heads.begin(), [](const auto& each) { return each.column; });
-        return sendTable(heads, rows);
-    }
+    if (fetch.into.empty()) return sendRows(cursor, rows);
     for (std::size_t i = 0; found && i < columns.size(); ++i) try {
             setVariable(fetch.into[i], viewOf(rows[0][i]), columns[i].column.type);
         } catch (const SqlError& error) {

@@ -168,15 +168,11 @@ Flow Executor::run(const Execute& execute) {
                                 : parseObjectName(evaluateText({1, VariableRef{execute.procedureVariable}}));
     const bool known = name.database.empty() || m_storage.exists(name.database);
     const bool system = name.schema.empty() || sameWord(name.schema, "sys") || sameWord(name.schema, "dbo");
-    if (const StatementCall body = known && system ? statementCall(name.name) : nullptr) {
-        asCall([&] {
-            (this->*body)(execute, name.database.empty() ? m_frames.back()->database : databaseOf(name));
-            return m_error;
-        });
+    const std::string database = name.database.empty() ? m_frames.back()->database : databaseOf(name);
+    if (known && system && callOfDriver(name.name, execute, database))
         checkTransactions(transactions, "");
-    } else {
+    else
         callProcedure(execute, name, known && system ? systemProcedure(name.name) : nullptr);
-    }
     return Flow::Next;
 }
 
@@ -236,8 +232,12 @@ void Executor::callProcedure(const Execute& execute, const ObjectName& name, con
         return;
     }
     asCall([&] {
-        if (system && system->body)
-            frame.returned = std::int64_t{(this->*system->body)(frame)};
+        if (system && system->body) try {
+                frame.returned = std::int64_t{(this->*system->body)(frame)};
+            } catch (const SqlError& error) {
+                afterError(messageOf(error, m_line), /*raised=*/error.number != kUserDefined);
+                frame.returned = std::int64_t{1};
+            }
         else if (!runScope(module.body, frame))
             frame.returned = std::int64_t{-6};
         returnOutputs(module, arguments, execute, frame);

@@ -16,7 +16,7 @@ std::string sourceOf(const ObjectInfo& key, const TableInfo& table, const std::v
            ") ON DELETE " + constraint.onDelete + " ON UPDATE " + constraint.onUpdate;
 }
 
-bool isIndex(const ObjectInfo& key) {
+bool isIndexed(const ObjectInfo& key) {
     return key.type == kIndex || isUniqueKey(key);
 }
 
@@ -92,7 +92,7 @@ int Executor::rename(const Frame& frame) {
             if (const auto found = object(name)) return renameObject(owner, *found, newName);
         const auto table = sameWord(type, "OBJECT") ? std::nullopt : findTable(parent);
         for (const auto& key : table ? owner.keysOf(table->id) : std::vector<ObjectInfo>())
-            if (isType("INDEX") && isIndex(key) && sameText(key.name, name.name))
+            if (isType("INDEX") && isIndexed(key) && sameText(key.name, name.name))
                 return renameObject(owner, key, newName);
         if (table && isType("COLUMN") && table->column(name.name))
             return renameColumn(owner, *table, *table->column(name.name), newName);
@@ -111,7 +111,7 @@ void Executor::renameObject(Catalogue& owner, const ObjectInfo& object, const st
     const auto taken = owner.find(storedName(object.schemaName, newName));
     if (taken && taken->id != object.id && type != kIndex) throw sqlError(kNewNameInUse, {newName, "object"});
     for (const auto& other : owner.keysOf(object.parent))
-        if (isIndex(object) && isIndex(other) && other.id != object.id && sameText(other.name, newName))
+        if (isIndexed(object) && isIndexed(other) && other.id != object.id && sameText(other.name, newName))
             throw sqlError(kNewNameInUse, {newName, "INDEX"});
     place(owner, object, object.schemaName, newName);
     if (object.parent == 0 || type == kTrigger) return;

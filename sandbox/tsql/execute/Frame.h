@@ -15,7 +15,12 @@ struct Cursor {
     bool counted = false;
     bool open = false;
     std::vector<std::vector<Value>> rows;
-    std::int64_t at = 0;  // row, from 1; 0: before the first row
+    std::int64_t at = 0;     // row, from 1; 0: before the first row
+    std::int64_t block = 1;  // rows from there on that the last fetch has returned; at least 1
+
+    // Moves to a block of rows and returns it. The position is that of its first row, 0, or rows + 1 (after
+    // the last row).
+    std::span<const std::vector<Value>> move(FetchFrom from, std::int64_t offset, std::int64_t most);
 };
 using Cursors = std::map<std::string, Cursor>;  // by name in lower case
 

@@ -27,7 +27,6 @@ constexpr int kApplicationId = 0x5453514C;
 constexpr std::size_t kApplicationAt = 68;
 constexpr std::size_t kChecksum = crypto_generichash_BYTES;
 constexpr std::size_t kBlock = 1 << 16;
-constexpr std::int64_t kPage = 4096;  // page size of all database files
 
 constexpr const char* kNoJournal = "PRAGMA journal_mode = OFF";  // an incomplete copy is deleted
 
@@ -38,10 +37,6 @@ constexpr int kPauseMilliseconds = 100;
 [[noreturn]] void throwCannotOpen(const fs::path& file, int error) {
     throw sqlError(message::kBackupDeviceNotOpened,
                    {file.string(), std::to_string(error), std::strerror(error)});
-}
-
-[[noreturn]] void throwDamaged(const fs::path& file) {
-    throw sqlError(message::kBackupReadFailed, {file.string()});
 }
 
 using Stream = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
@@ -181,7 +176,7 @@ BackupHeader backupDatabase(const Storage& storage, std::string_view database, c
     const std::string from = storage.canonicalName(database);
     if (from.empty()) throw sqlError(message::kUnknownDatabase, {database});
     if (from == "tempdb") throw sqlError(message::kBackupNotAllowed, {from});
-    BackupHeader header{from, now(), {}, storage.pathOf(from).string(), name, description, 0, 0};
+    BackupHeader header{from, now(), {}, storage.pathOf(from).string(), name, description, 0};
     std::error_code ignored;
     if (fs::is_other(file, ignored))
         throwCannotOpen(file, EINVAL);  // the backup would replace the device file
@@ -209,8 +204,7 @@ BackupHeader readBackupHeader(const fs::path& file, const Progress& progress) {
     openBackup(file, progress);
     BackupHeader header;
     const auto take = [](void* into, int, char** cells, char**) {
-        *static_cast<BackupHeader*>(into) = {cells[0], cells[1], cells[2], cells[3],
-                                             cells[4], cells[5], 0,        0};
+        *static_cast<BackupHeader*>(into) = {cells[0], cells[1], cells[2], cells[3], cells[4], cells[5], 0};
         return 0;
     };
     constexpr const char* kQuery =
@@ -220,9 +214,8 @@ BackupHeader readBackupHeader(const fs::path& file, const Progress& progress) {
         sqlite3_exec(openFile(file, SQLITE_OPEN_READONLY, kNoJournal).get(), kQuery, take, &header, nullptr);
     } catch (const std::runtime_error&) {  // too damaged for SQLite
     }
-    if (header.database.empty()) throwDamaged(file);
+    if (header.database.empty()) throw sqlError(message::kBackupReadFailed, {file.string()});
     header.bytes = static_cast<std::int64_t>(fs::file_size(file) - kChecksum);
-    header.pages = header.bytes / kPage;
     return header;
 }
 
@@ -230,7 +223,7 @@ void verifyBackup(const fs::path& file, const Progress& progress) {
     const Stream stream = openBackup(file, progress);
     const std::uintmax_t size = fs::file_size(file);
     const std::string sum = checksumOf(stream.get(), size - kChecksum, progress);
-    if (read(stream.get(), kChecksum) != sum) throwDamaged(file);
+    if (read(stream.get(), kChecksum) != sum) throw sqlError(message::kBackupReadFailed, {file.string()});
 }
 
 BackupHeader restoreDatabase(Storage& storage, const fs::path& file, std::string_view database, bool replace,

@@ -16,9 +16,9 @@ struct BackupHeader {
     std::string finished;
     std::string dataFile;  // physical path of the database when it was backed up
     std::string name, description;
-    std::int64_t pages = 0;
-    std::int64_t bytes = 0;  // size of the image
+    std::int64_t bytes = 0;  // size of the image, in pages of 4096
 
+    std::int64_t pages() const { return bytes / 4096; }
     std::string logName() const { return database + "_log"; }  // logical name of its log file
 };
 

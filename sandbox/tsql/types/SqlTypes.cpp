@@ -14,9 +14,10 @@ constexpr int kMaxDecimal = 38;
 
 struct TypeFacts {
     std::string_view name;
-    char family;     // types of a family have the same conversions
-    int precedence;  // T-SQL's type precedence; the operand with the lower one is converted
-    int precision;   // decimal digits, bits of a float, length of a date without its fraction
+    std::string_view synonyms;  // each between commas
+    char family;                // types of a family have the same conversions
+    int precedence;             // T-SQL's type precedence; the operand with the lower one is converted
+    int precision;              // decimal digits, bits of a float, length of a date without its fraction
     int scale;
     int bytes;     // per value; per character or byte if the type has a length
     int systemId;  // sys.types.system_type_id
@@ -42,27 +43,13 @@ std::size_t familyOf(TypeId id) {
     return kFamilyOrder.find(facts(id).family);
 }
 
-// Each between commas.
-constexpr std::pair<std::string_view, TypeId> kSynonyms[] = {
-    {",integer,", TypeId::Int},
-    {",numeric,dec,", TypeId::Decimal},
-    {",double precision,", TypeId::Float},
-    {",character,", TypeId::Char},
-    {",char varying,character varying,", TypeId::VarChar},
-    {",national char,national character,", TypeId::NChar},
-    {",sysname,national char varying,national character varying,", TypeId::NVarChar},
-    {",national text,", TypeId::NText},
-    {",binary varying,", TypeId::VarBinary},
-};
-
 std::optional<TypeId> findType(std::string_view name) {
-    for (std::size_t i = 0; i < std::size(kTypes); ++i)
-        if (sameWord(kTypes[i].name, name)) return static_cast<TypeId>(i);
-    for (const auto& [synonyms, id] : kSynonyms)
-        if (name.find(',') == name.npos &&
-            synonyms.find("," + lowerAscii(name) + ",") != std::string_view::npos)
-            return id;
-    return std::nullopt;
+    const std::string synonym = "," + lowerAscii(name) + ",";
+    const auto* found = std::ranges::find_if(kTypes, [&](const TypeFacts& each) {
+        return sameWord(each.name, name) ||
+               (name.find(',') == name.npos && each.synonyms.find(synonym) != name.npos);
+    });
+    return found == std::end(kTypes) ? std::nullopt : std::optional(static_cast<TypeId>(found - kTypes));
 }
 
 void checkLength(TypeId id, int length) {
@@ -82,21 +69,6 @@ SqlType makeDecimal(std::span<const int> arguments) {
     if (precision > kMaxDecimal) throw sqlError(message::kPrecisionTooHigh, {std::to_string(precision)});
     if (scale > precision || scale < 0) throw sqlError(message::kScaleAbovePrecision);
     return decimalType(precision, scale);
-}
-
-SqlType makeFloat(std::span<const int> arguments) {
-    const int bits = arguments.empty() ? 53 : arguments[0];
-    if (bits < 1 || bits > 53) throw sqlError(message::kInvalidLength, {std::to_string(bits)});
-    return simpleType(bits <= 24 ? TypeId::Real : TypeId::Float);
-}
-
-SqlType makeFractional(TypeId id, std::span<const int> arguments) {
-    SqlType type = simpleType(id);
-    if (arguments.empty()) return type;
-    if (arguments[0] < 0 || arguments[0] > 7)
-        throw sqlError(message::kInvalidScale, {std::to_string(arguments[0]), ""});
-    type.scale = static_cast<std::uint8_t>(arguments[0]);
-    return type;
 }
 
 SqlType asDecimal(const SqlType& type) {
@@ -167,14 +139,20 @@ SqlType makeType(std::string_view name, std::span<const int> arguments, TypeUse 
     const TypeId id = *found;
     if (sameWord(name, "sysname")) return nvarcharType(128);
     if (id == TypeId::Decimal) return makeDecimal(arguments);
-    if (id == TypeId::Float) return makeFloat(arguments);
-    if (hasScale(id)) return makeFractional(id, arguments);
     SqlType type = simpleType(id);
-    if (!hasLength(id)) {
-        if (arguments.empty()) return type;
-        throw sqlError(message::kTypeWithoutWidth, {name});
+    if (!hasLength(id) && arguments.empty()) return type;
+    const int given = arguments.empty() ? 0 : arguments[0];
+    if (id == TypeId::Float) {
+        if (given < 1 || given > 53) throw sqlError(message::kInvalidLength, {std::to_string(given)});
+        return simpleType(given <= 24 ? TypeId::Real : TypeId::Float);
     }
-    type.length = !arguments.empty() ? arguments[0] : use == TypeUse::Cast ? 30 : 1;
+    if (hasScale(id)) {
+        if (given < 0 || given > 7) throw sqlError(message::kInvalidScale, {std::to_string(given), ""});
+        type.scale = static_cast<std::uint8_t>(given);
+        return type;
+    }
+    if (!hasLength(id)) throw sqlError(message::kTypeWithoutWidth, {name});
+    type.length = !arguments.empty() ? given : use == TypeUse::Cast ? 30 : 1;
     checkLength(id, type.length);
     return type;
 }

@@ -106,6 +106,49 @@ public class JtdsClient {
         }
     }
 
+    static void cursors(Connection connection) throws SQLException {
+        int scroll = ResultSet.TYPE_SCROLL_INSENSITIVE, fixed = ResultSet.CONCUR_READ_ONLY;
+        try (Statement statement = connection.createStatement(scroll, fixed)) {
+            statement.setFetchSize(2);
+            statement.execute("CREATE TABLE scrolled (i int)");
+            statement.execute("INSERT scrolled VALUES (1), (2), (3), (4), (5)");
+            ResultSet result = statement.executeQuery("SELECT i, 0 AS zero FROM scrolled ORDER BY i");
+            expect("1|0 2|0 3|0 4|0 5|0 ", rows(result));
+            expect(true, result.last());
+            expect(5, result.getInt("i"));
+            expect(5, result.getRow());
+            expect(true, result.absolute(2));
+            expect(true, result.relative(2));
+            expect(4, result.getInt(1));
+            expect(true, result.previous());
+            expect(3, result.getInt(1));
+            expect(true, result.first());
+            expect(false, result.previous());
+            expect(true, result.absolute(-2));
+            expect(4, result.getInt(1));
+            result.afterLast();
+            expect(false, result.next());
+            result.close();
+        }
+        try (PreparedStatement statement =
+                 connection.prepareStatement("SELECT i FROM scrolled WHERE i > ? ORDER BY i", scroll, fixed)) {
+            for (int least = 2; least < 4; ++least) {
+                statement.setInt(1, least);
+                ResultSet result = statement.executeQuery();
+                expect(true, result.last());
+                expect(5 - least, result.getRow());
+                result.beforeFirst();
+                expect(least == 2 ? "3 4 5 " : "4 5 ", rows(result));
+            }
+        }
+        int changes = ResultSet.CONCUR_UPDATABLE;
+        try (Statement statement = connection.createStatement(ResultSet.TYPE_SCROLL_SENSITIVE, changes)) {
+            ResultSet result = statement.executeQuery("SELECT i FROM scrolled WHERE i = 1");
+            expect(fixed, result.getConcurrency());
+            expect("1 ", rows(result));
+        }
+    }
+
     static void transactions(Connection connection) throws SQLException {
         connection.setAutoCommit(false);
         try (Statement statement = connection.createStatement()) {
@@ -164,6 +207,7 @@ public class JtdsClient {
             }
             values(connection);
             calls(connection);
+            cursors(connection);
             transactions(connection);
             metadata(connection);
         }

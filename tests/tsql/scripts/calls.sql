@@ -187,7 +187,7 @@ EXEC sp_prepare @h OUTPUT, N'@a int', N'PRINT @a SELECT x FROM nowhere'
 EXEC sp_execute @h, 1
 EXEC sp_prepare NULL, NULL, N'SELECT 1'
 EXEC sp_prepexec @h
---> Msg 201, Level 16, State 4, Line 2: Procedure or function 'sp_prepare' expects parameter '@stmt', which was not supplied.
+--> Msg 201, Level 16, State 10, Line 2: Procedure or function 'sp_prepare' expects parameter '@stmt', which was not supplied.
 --> Msg 214, Level 16, State 2, Line 3: Procedure expects parameter '@stmt' of type 'ntext/nchar/nvarchar'.
 --> Msg 156, Level 15, State 1, Line 2: Incorrect syntax near the keyword 'WHERE'.
 --> Msg 8180, Level 16, State 1, Line 4: Statement(s) could not be prepared.
@@ -196,4 +196,4 @@ EXEC sp_prepexec @h
 --> Msg 8179, Level 16, State 1, Line 7: Could not find prepared statement with handle 0.
 --> 1
 --> Msg 208, Level 16, State 1, Line 1: Invalid object name 'nowhere'.
---> Msg 201, Level 16, State 4, Line 11: Procedure or function 'sp_prepexec' expects parameter '@stmt', which was not supplied.
+--> Msg 201, Level 16, State 10, Line 11: Procedure or function 'sp_prepexec' expects parameter '@stmt', which was not supplied.

@@ -111,3 +111,97 @@ DECLARE u CURSOR DYNAMIC FOR SELECT id FROM t --> Msg 50000, Level 16, State 1, 
 DECLARE @c CURSOR --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support cursor variables.
 DECLARE u CURSOR FAST_FORWARD SCROLL FOR SELECT id FROM t --> Msg 1048, Level 15, State 1, Line 1: Conflicting cursor options FORWARD_ONLY and SCROLL.
 DELETE t WHERE CURRENT OF u --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support WHERE CURRENT OF.
+-- cursors as drivers open them
+CREATE TABLE #read (i int)
+INSERT #read VALUES (1), (2), (3), (4), (5)
+DECLARE @c int, @scroll int = 1, @lock int = 4, @n int, @at int, @count int
+EXEC sp_cursoropen @c OUTPUT, N'SELECT i FROM #read WHERE i < @most ORDER BY i', @scroll OUTPUT, @lock OUTPUT, @n OUTPUT, N'@most int', 5
+SELECT @scroll, @lock, @n
+EXEC sp_cursorfetch @c, 2, 0, 2
+EXEC sp_cursorfetch @c, 2, 0, 2
+EXEC sp_cursorfetch @c, 256, @at OUTPUT, @count OUTPUT
+SELECT @at, @count
+EXEC sp_cursorfetch @c, 2, 0, 2
+EXEC sp_cursorfetch @c, 256, @at OUTPUT, @count OUTPUT
+PRINT @at
+EXEC sp_cursorfetch @c, 4, 0, 3
+EXEC sp_cursorfetch @c, 4, 0, 3
+EXEC sp_cursorfetch @c, 8, 0, 3
+EXEC sp_cursorfetch @c, 128, 0, 3
+EXEC sp_cursorfetch @c, 1, 0, 1
+EXEC sp_cursorfetch @c, 16, 3, 1
+EXEC sp_cursorfetch @c, 16, -1, 1
+EXEC sp_cursorfetch @c, 32, -2, 1
+EXEC sp_cursorfetch @c, 16, 0, 1
+EXEC sp_cursorfetch @c
+EXEC sp_cursoroption @c, 2, N'named'
+EXEC sp_cursorclose @c
+EXEC sp_cursorfetch @c
+EXEC sp_cursorclose @c
+--> (5 changed)
+--> i int? (0 rows)
+--> - int? = 8 | - int? = 1 | - int? = 4 (1 rows)
+--> i int? = 1; 2 (2 rows)
+--> i int? = 3; 4 (2 rows)
+--> - int? = 3 | - int? = 4 (1 rows)
+--> i int? (0 rows)
+--> 5
+--> i int? = 2; 3; 4 (3 rows)
+--> i int? = 1; 2; 3 (3 rows)
+--> i int? = 2; 3; 4 (3 rows)
+--> i int? = 2; 3; 4 (3 rows)
+--> i int? = 1 (1 rows)
+--> i int? = 3 (1 rows)
+--> i int? = 4 (1 rows)
+--> i int? = 2 (1 rows)
+--> i int? (0 rows)
+--> i int? = 1; 2; 3; 4 (4 rows)
+--> Msg 16909, Level 16, State 1, Line 26: sp_cursorfetch: The cursor identifier value provided (1) is not valid.
+--> Msg 16909, Level 16, State 1, Line 27: sp_cursorclose: The cursor identifier value provided (1) is not valid.
+DECLARE @h int, @c int, @scroll int = 24592, @lock int = 8193, @n int = 2
+EXEC sp_cursorprepare @h OUTPUT, N'@a int', N'SELECT i FROM #read WHERE i > @a ORDER BY i', 1, @scroll OUTPUT, @lock OUTPUT
+EXEC sp_cursorexecute @h, @c OUTPUT, @scroll OUTPUT, @lock OUTPUT, @n OUTPUT, 2
+SELECT @n
+EXEC sp_cursorfetch @c, 2, 0, 1
+EXEC sp_cursorunprepare @h
+EXEC sp_cursorexecute @h, @c OUTPUT
+EXEC sp_cursorclose @c
+EXEC sp_cursorprepexec @h OUTPUT, @c OUTPUT, N'@a int', N'WITH x AS (SELECT i FROM #read) SELECT i FROM x WHERE i = @a', NULL, NULL, @n OUTPUT, 3
+PRINT @n
+EXEC sp_cursorfetch @c
+EXEC sp_cursorclose @c
+EXEC sp_cursorexecute @h, @c OUTPUT, NULL, NULL, NULL, 4
+EXEC sp_cursorclose @c
+EXEC sp_cursoropen @c OUTPUT, N'EXEC sp_who'
+EXEC sp_cursoropen @c OUTPUT, N'SELECT x FROM #read'
+EXEC sp_cursor @c, 33, 1
+--> i int? (0 rows)
+--> i int? = 3; 4 (2 rows)
+--> - int? = 3 (1 rows)
+--> i int? = 5 (1 rows)
+--> Msg 8179, Level 16, State 1, Line 7: Could not find prepared statement with handle 2.
+--> i int? (0 rows)
+--> 1
+--> i int? = 3 (1 rows)
+--> i int? (0 rows)
+--> Msg 16937, Level 16, State 1, Line 15: A server cursor is not allowed on a remote stored procedure or stored procedure with more than one SELECT statement. Use a default result set or client cursor.
+--> Msg 207, Level 16, State 1, Line 1: Invalid column name 'x'.
+--> Msg 50000, Level 16, State 1, Line 17: tsqlbox does not support sp_cursor, changes through a cursor.
+DECLARE @c int
+EXEC sp_cursoropen @c OUTPUT, N'SELECT i FROM #read'
+EXEC sp_cursorfetch @c, 2, 0, -3
+EXEC sp_cursorfetch @c, 2, 0, 0
+EXEC sp_cursorfetch @c, 32, 2147483647, 2
+EXEC sp_cursorfetch @c, 32, -2147483648, 2
+EXEC sp_cursorfetch @c, 4, NULL, 2147483647
+EXEC sp_cursorfetch NULL
+EXEC sp_cursorfetch @c, 1024
+--> i int? (0 rows)
+--> i int? (0 rows)
+--> i int? (0 rows)
+--> i int? (0 rows)
+--> i int? (0 rows)
+--> i int? (0 rows)
+--> Msg 16909, Level 16, State 1, Line 8: sp_cursorfetch: The cursor identifier value provided (0) is not valid.
+--> Msg 50000, Level 16, State 1, Line 9: tsqlbox does not support sp_cursorfetch of type 1024.
+DROP TABLE #read -->
