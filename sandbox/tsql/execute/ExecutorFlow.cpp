@@ -89,8 +89,8 @@ void Executor::run(const WaitFor& wait) {
     const auto until = Clock::now() + std::chrono::nanoseconds(ticks * kNanosecondsPerTick);
     while (Clock::now() < until) {
         if (isCancelled()) throw BatchEnd{};
-        constexpr std::chrono::nanoseconds kSlice = std::chrono::milliseconds(50);
-        std::this_thread::sleep_for(std::min<std::chrono::nanoseconds>(kSlice, until - Clock::now()));
+        constexpr std::chrono::nanoseconds kPause = std::chrono::milliseconds(50);
+        std::this_thread::sleep_for(std::min<std::chrono::nanoseconds>(kPause, until - Clock::now()));
     }
 }
 
