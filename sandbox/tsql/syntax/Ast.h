@@ -169,6 +169,8 @@ struct Window {
 struct Select {
     bool distinct = false;
     ExprPtr top;  // may be null
+    bool percent = false, ties = false;
+    bool placesRows() const { return percent || ties; }  // LIMIT of SQLite cannot express it
     std::vector<SelectItem> items;
     std::vector<TableRefPtr> from;
     ExprPtr where;

@@ -127,7 +127,7 @@ class Parser {
     QueryPtr queryBehind(std::vector<CommonTable> with);
     QueryPtr subquery();
     std::vector<CommonTable> commonTables();
-    ExprPtr top(bool mayBeBare = false);
+    ExprPtr top(Select* select = nullptr);  // null: of a change
     SelectItem selectItem();
     std::optional<BinaryOp> assignmentOperator();
     ExprPtr assignedValue(const std::string& variable);

@@ -34,7 +34,7 @@ Select select(Parser& in) {
     Select select;
     select.distinct = in.accept("DISTINCT");
     if (!select.distinct) in.accept("ALL");
-    select.top = in.top(true);
+    select.top = in.top(&select);
     select.items = in.list([&] { return in.selectItem(); });
     if (into && in.accept("INTO"))
         *into = in.objectName();
@@ -250,15 +250,16 @@ std::vector<CommonTable> Parser::commonTables() {
     });
 }
 
-ExprPtr Parser::top(bool mayBeBare) {
+ExprPtr Parser::top(Select* select) {
     if (!accept("TOP")) return nullptr;
-    if (!at("(") && !(mayBeBare && peek().kind == TokenKind::Number)) throwSyntaxError();
+    if (!at("(") && !(select && peek().kind == TokenKind::Number)) throwSyntaxError();
     ExprPtr count = primary();
     const auto* literal = std::get_if<Literal>(&count->node);
     if (literal && literal->constant.value == Value(std::int64_t{100}) && accept("PERCENT"))  // all rows
         count->node = Literal{{std::numeric_limits<std::int64_t>::max(), simpleType(TypeId::BigInt)}};
-    throwIfAt("PERCENT", "TOP ... PERCENT");
-    throwIfAt("WITH TIES", "TOP ... WITH TIES");
+    throwIfAt(select ? "" : "PERCENT", "TOP ... PERCENT of a change");
+    if (select) select->percent = accept("PERCENT");
+    if (select) select->ties = accept("WITH TIES");
     return count;
 }
 

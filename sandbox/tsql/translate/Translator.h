@@ -205,12 +205,15 @@ class Translator {
 
     std::string groupBy(const Select& select);
     // distinctList: the select list of SELECT DISTINCT, which must contain the ORDER BY items; null without
-    // DISTINCT. firstOfSet: the first SELECT of a set operation, whose list must contain them.
+    // DISTINCT. firstOfSet: the first SELECT of a set operation, whose list must contain them. hidden:
+    // receives the other items, for an ORDER BY outside of the query.
     std::string orderBy(const std::vector<OrderItem>& items, const QueryText& text,
-                        const std::string* distinctList = nullptr, const Select* firstOfSet = nullptr);
+                        const std::string* distinctList = nullptr, const Select* firstOfSet = nullptr,
+                        std::string* hidden = nullptr);
     static std::string orderKeyOfDistinct(const Typed& item, const std::string& list, const QueryText& text);
     std::string rowCount(const Expr& expr, int least, int error);
     std::string changeLimit(const ExprPtr& top);
+    std::string placed(const Select& select, const QueryText& text, const std::string& order);
     std::optional<std::size_t> outputPosition(const Expr& expr, const QueryText& text) const;
     std::string limit(const Select* select, const Query& query);
     void refuseLooseColumns(int error, bool grouped);

@@ -105,7 +105,9 @@ QueryText Translator::select(const Select& select, const Query& query) {
     const std::string havingSql = select.having ? " HAVING " + condition(*select.having) : "";
     refuseLooseColumns(message::kUngroupedInHaving, grouped);
     scope.windows = true;
-    const std::string orderSql = orderBy(query.orderBy, text, select.distinct ? &list : nullptr);
+    std::string hidden;
+    const std::string orderSql = orderBy(query.orderBy, text, select.distinct ? &list : nullptr, nullptr,
+                                         select.placesRows() ? &hidden : nullptr);
     scope.windows = false;
     refuseLooseColumns(message::kUngroupedInOrderBy, grouped);
 
@@ -114,6 +116,7 @@ QueryText Translator::select(const Select& select, const Query& query) {
         refuseInRecursion(select);
         list += ", " + depth;
     }
+    list += hidden;
     std::string rows = fromSql + whereSql + groupSql + havingSql;
     if (select.having && select.groupBy.empty() &&
         !listHasAggregate)  // SQLite detects grouping only in the select list
@@ -121,7 +124,7 @@ QueryText Translator::select(const Select& select, const Query& query) {
     text.sql = select.distinct && hasVarBinary(text)
                    ? distinctRows("SELECT " + list + rows, text)
                    : std::string("SELECT ") + (select.distinct ? "DISTINCT " : "") + list + rows;
-    text.sql += orderSql + limitSql;
+    text.sql = select.placesRows() ? placed(select, text, orderSql) : text.sql + orderSql + limitSql;
     text.oneRow = select.groupBy.empty() && (scope.sawAggregate || select.from.empty());
     return text;
 }
@@ -154,6 +157,22 @@ QueryText Translator::assignInOrder(const Select& select, const Query& query, co
     text.sql =
         "WITH ordered AS MATERIALIZED (SELECT " + all + rows + order + ") SELECT " + list + " FROM ordered";
     return text;
+}
+
+// TOP ... PERCENT and WITH TIES: the rows by their places in the order.
+std::string Translator::placed(const Select& select, const QueryText& text, const std::string& order) {
+    if (select.ties && order.empty()) throw sqlError(message::kTiesWithoutOrderBy);
+    if (!m_assignments.empty()) throw unsupported("variables in SELECT TOP ... PERCENT or WITH TIES");
+    const Temporarily outside(m_scope, nullptr);
+    const std::string part = coerce(value(*select.top), simpleType(TypeId::Float)).sql;
+    const std::string rows = "CASE WHEN " + part + " BETWEEN 0 AND 100 THEN CAST(ceil(" + part +
+                             " * 1.0 * ts_all / 100) AS INTEGER) ELSE -1 END";
+    const std::string most = select.percent ? checkedRowCount(rows, 0, message::kPercentOutOfRange)
+                                            : rowCount(*select.top, 0, message::kNegativeRowCount);
+    return "SELECT " + commaList(text.columns, &OutputColumn::alias) + " FROM (SELECT *, " +
+           (select.ties ? "rank()" : "row_number()") + " OVER (" + order +
+           ") AS ts_place, count(*) OVER () AS ts_all FROM (" + text.sql + ")) WHERE ts_place <= " + most +
+           " ORDER BY ts_place";
 }
 
 // Without this check SQLite would return the column's value from an arbitrary row of the group.
@@ -248,12 +267,14 @@ std::string Translator::orderKeyOfDistinct(const Typed& item, const std::string&
     const std::string all = ", " + list, entry = ", " + collated(item) + " AS c";
     const std::size_t found = all.find(entry);
     if (found == std::string::npos) throw sqlError(message::kOrderByItemNotInDistinct);
-    const auto position = std::stoul(all.substr(found + entry.size()));
-    return collated({std::to_string(position), text.columns[position - 1].column.type});
+    const auto& [column, alias, isNull, isNew] =
+        text.columns[std::stoul(all.substr(found + entry.size())) - 1];
+    return collated({alias, column.type});
 }
 
 std::string Translator::orderBy(const std::vector<OrderItem>& items, const QueryText& text,
-                                const std::string* distinctList, const Select* firstOfSet) {
+                                const std::string* distinctList, const Select* firstOfSet,
+                                std::string* hidden) {
     std::string sql;
     std::set<std::string> columns;
     for (const auto& item : items) {
@@ -263,7 +284,7 @@ std::string Translator::orderBy(const std::vector<OrderItem>& items, const Query
         auto position = outputPosition(*item.value, text);
         if (firstOfSet && !position) position = positionInList(*item.value, *firstOfSet);
         if (position)
-            key = collated({std::to_string(*position + 1), text.columns[*position].column.type});
+            key = collated({text.columns[*position].alias, text.columns[*position].column.type});
         else if (isLiteral || std::holds_alternative<VariableRef>(node))
             throw sqlError(isLiteral ? message::kConstantInOrderBy : message::kVariableInOrderBy,
                            {std::to_string(&item - items.data() + 1)});
@@ -271,7 +292,10 @@ std::string Translator::orderBy(const std::vector<OrderItem>& items, const Query
             throw sqlError(message::kOrderByItemNotInSetOperation);
         else {
             const Typed typed = value(*item.value);
-            key = distinctList ? orderKeyOfDistinct(typed, *distinctList, text) : comparable(typed);
+            const std::string alias = "o" + std::to_string(&item - items.data());
+            if (hidden && !distinctList) *hidden += ", " + typed.sql + " AS " + alias;
+            key = distinctList ? orderKeyOfDistinct(typed, *distinctList, text)
+                               : comparable(hidden ? Typed{alias, typed.type} : typed);
         }
         const bool isColumn = isLiteral || std::holds_alternative<ColumnRef>(node);
         if (isColumn && !columns.insert(key).second) throw sqlError(message::kRepeatedOrderByColumn);
@@ -282,6 +306,7 @@ std::string Translator::orderBy(const std::vector<OrderItem>& items, const Query
 
 std::string Translator::limit(const Select* select, const Query& query) {
     if (select && select->top && query.offset) throw sqlError(message::kTopWithOffset);
+    if (select && select->placesRows()) return {};
     if (select && select->top) return " LIMIT " + rowCount(*select->top, 0, message::kNegativeRowCount);
     if (!query.offset) return {};
     const std::string fetch = query.fetch ? rowCount(*query.fetch, 1, message::kFetchNotPositive) : "-1";
