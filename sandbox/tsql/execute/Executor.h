@@ -93,8 +93,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     std::optional<ObjectInfo> object(const ObjectName& name) override;
     std::optional<std::int64_t> lastIdentity(const TableInfo& table) override;
     std::optional<std::int64_t> scopeIdentity() const override { return m_frames.back()->identity; }
-    std::int64_t nextIdentity(std::string_view schema, std::string_view table,
-                              std::int64_t increment) override;
+    std::int64_t nextIdentity(std::string_view schema, std::string_view table, std::int64_t step) override;
     Value nextValue(std::string_view database, std::int64_t id) override;
     int transactionState() const override { return m_doomed ? -1 : m_transactions > 0; }
     Value cursorStatus(std::string_view scope, std::string_view name) override;
@@ -175,7 +174,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     Flow run(const Insert& insert);
     Flow run(const InsertBulk& bulk);
     Flow run(const Update& update);
-    Flow run(const Delete& statement);
+    Flow run(const Delete& remove);
     void run(const Truncate& truncate);
     using ChangeRows = std::function<void(const TableInfo& target)>;
     std::int64_t sendRows(PreparedStatement& statement, const QueryText& text, std::int64_t most = 0);

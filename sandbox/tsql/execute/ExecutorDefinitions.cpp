@@ -204,8 +204,8 @@ std::vector<ObjectInfo> Executor::noteConstraints(Catalogue& catalogue, const Ta
 }
 
 // Returns the catalogue entry of a constraint. A default is entered into its column.
-ObjectInfo Executor::constraintOf(Catalogue& catalogue, const TableInfo& table,
-                                  const Constraint& constraint) {
+ObjectInfo Executor::constraintOf(Catalogue& owner, const TableInfo& table, const Constraint& constraint) {
+    using enum ConstraintKind;
     const auto& [type, prefix] = kConstraints[static_cast<int>(constraint.kind)];
     const ObjectName& to = constraint.references;
     ObjectInfo key{0, constraint.name, std::string(type), table.id, storedName(to.schema, to.name)};
@@ -214,18 +214,17 @@ ObjectInfo Executor::constraintOf(Catalogue& catalogue, const TableInfo& table,
     key.schemaName = table.schemaName;
     for (const auto& name : constraint.columns) {
         const TableColumn* column = table.column(name);
-        if (!column && constraint.kind == ConstraintKind::ForeignKey)
+        if (!column && constraint.kind == ForeignKey)
             throw sqlError(kReferencingColumnUnknown, {key.name, name, table.name});
         if (!column) throw sqlError(kUnknownIndexColumn, {name});
         if (!column->nullable && (constraint.onDelete == "SET NULL" || constraint.onUpdate == "SET NULL"))
             throw sqlError(kSetNullOnNotNullable, {key.name});
-        if (constraint.kind == ConstraintKind::PrimaryKey && column->nullable)
+        if (constraint.kind == PrimaryKey && column->nullable)
             throw sqlError(kPrimaryKeyOnNullable, {table.name});
-        if (constraint.kind == ConstraintKind::PrimaryKey || constraint.kind == ConstraintKind::Unique)
-            requireKeyType(table, *column);
+        if (constraint.kind == PrimaryKey || constraint.kind == Unique) requireKeyType(table, *column);
         key.columns.push_back(column->name);
     }
-    if (constraint.kind == ConstraintKind::Check) {
+    if (constraint.kind == Check) {
         const auto read = Translator(*this).check(table, *constraint.check).columns;
         for (const auto& name : read)
             if (!key.columns.empty() && name != key.columns.front())
@@ -234,21 +233,19 @@ ObjectInfo Executor::constraintOf(Catalogue& catalogue, const TableInfo& table,
     }
     if (key.name.empty())  // "PK__Orders__7_42"
         key.name = std::string(prefix) + "__" + table.name.substr(0, 9) + "__" + std::to_string(table.id) +
-                   "_" + std::to_string(catalogue.lastId() + 1);
-    if (catalogue.find(key.key()) && !catalogue.isTemporary()) throw sqlError(kObjectExists, {key.name}, 5);
-    const auto others = catalogue.keysOf(table.id);
+                   "_" + std::to_string(owner.lastId() + 1);
+    if (owner.find(key.key()) && !owner.isTemporary()) throw sqlError(kObjectExists, {key.name}, 5);
+    const auto others = owner.keysOf(table.id);
     if (isUniqueKey(key)) refuseSecondIndex(others, key.name, table);
     for (const auto& other : others) {
         if (other.type != type) continue;
-        if (constraint.kind == ConstraintKind::PrimaryKey)
-            throw sqlError(kPrimaryKeyAlreadyDefined, {table.name});
-        if (constraint.kind == ConstraintKind::Default && other.columns == key.columns)
-            throw sqlError(kDefaultAlreadyBound);
+        if (constraint.kind == PrimaryKey) throw sqlError(kPrimaryKeyAlreadyDefined, {table.name});
+        if (constraint.kind == Default && other.columns == key.columns) throw sqlError(kDefaultAlreadyBound);
     }
-    if (constraint.kind == ConstraintKind::Default) {
+    if (constraint.kind == Default) {
         TableColumn column = *table.column(key.columns.front());
         column.byDefault = constraint.text;
-        catalogue.saveColumns(table.id, {column});
+        owner.saveColumns(table.id, {column});
     }
     return key;
 }
@@ -321,11 +318,11 @@ void Executor::dropIndex(const TableInfo& table, const std::string& name) {
 
 // Replaces the table's definition in SQLite without changing its rows.
 void Executor::redefine(Catalogue& catalogue, const TableInfo& table) {
-    const Value values[] = {
-        table.stored, "CREATE TABLE " + quotedName(table.stored) + " (" + tableBody(catalogue, table) + ")"};
+    const std::string definition = quotedName(table.stored) + " (" + tableBody(catalogue, table) + ")";
     m_connection.run("PRAGMA writable_schema = ON");
     m_connection.run(
-        "UPDATE " + table.schema + ".sqlite_master SET sql = ?2 WHERE type = 'table' AND name = ?1", values);
+        "UPDATE " + table.schema + ".sqlite_master SET sql = ?2 WHERE type = 'table' AND name = ?1",
+        {table.stored, "CREATE TABLE " + definition});
     const std::string version = "PRAGMA " + table.schema + ".schema_version";
     m_connection.run(version + " = " + std::to_string(*m_connection.number(version) + 1));
     m_connection.run("PRAGMA writable_schema = RESET");
@@ -393,8 +390,7 @@ void Executor::renumber(Catalogue& catalogue, const TableInfo& table) {
         "WITH found AS MATERIALIZED (SELECT _rowid_ AS ts_id, row_number() OVER (ORDER BY _rowid_) "
         "AS ts_n FROM " +
         table.sqlName() + ") " + update + "(1 << 62) + ts_n - 1 FROM found WHERE _rowid_ = ts_id");
-    const Value numbers[] = {table.seed, table.increment};
-    m_connection.run(update + "?1 + ?2 * (_rowid_ - (1 << 62))", numbers);
+    m_connection.run(update + "?1 + ?2 * (_rowid_ - (1 << 62))", {table.seed, table.increment});
     startIdentity(table);
     noteHighest(table);
 }
@@ -459,8 +455,7 @@ void Executor::dropConstraint(Catalogue& catalogue, const TableInfo& table, cons
         for (const auto& foreign : catalogue.keysTo(table.id))
             if (isUniqueKey(*key) &&
                 std::ranges::is_permutation(referencedColumns(catalogue, foreign), key->columns, sameText))
-                throw sqlError(kConstraintReferenced,
-                               {name, std::string(bareName(foreign.table)), foreign.name});
+                throw sqlError(kConstraintReferenced, {name, bareName(foreign.table), foreign.name});
     });
     if (key->type == kDefault) {
         TableColumn column = *table.column(key->columns.front());
@@ -646,10 +641,9 @@ void Executor::keepTables(const std::function<void()>& rollback) {
         TableInfo& info = table->info;
         dropTable(info);
         info = createTable(*table->definition);
-        const std::string insert =
-            "INSERT INTO " + info.sqlName() + " (" + storedColumns(info) + ") VALUES (";
+        const std::string sql = "INSERT INTO " + info.sqlName() + " (" + storedColumns(info) + ") VALUES (";
         for (const auto& row : rows)
-            m_connection.run(insert + commaList(row, [](const Value&) { return "?"; }) + ")", row);
+            m_connection.run(sql + commaList(row, [](const Value&) { return "?"; }) + ")", row);
         noteHighest(info);
     }
 }

@@ -175,6 +175,8 @@ struct Select {
     std::vector<TableRefPtr> from;
     ExprPtr where;
     std::vector<ExprPtr> groupBy;
+    std::vector<ExprPtr> ungrouped;  // keys of other grouping sets, which are NULL
+    std::size_t sets = 1;            // grouping sets, each of which has a Select of its own
     ExprPtr having;
 };
 enum class SetOp { Union, UnionAll, Except, Intersect };

@@ -224,9 +224,7 @@ ExprPtr call(Parser& in, ObjectName name) {
     if (differs && in.m_module && in.m_module->function)
         in.throwError(kSideEffectInFunction, {lowerAscii(name.name)}, line, 1);
     Call call{std::move(name), {}};
-    const bool counts =
-        builtIn && (sameWord(call.name.name, "COUNT") || sameWord(call.name.name, "COUNT_BIG"));
-    call.star = counts && in.accept("( * )");
+    call.star = builtIn && hasWord("COUNT COUNT_BIG", toUpper(call.name.name)) && in.accept("( * )");
     call.distinct = builtIn && in.at("( DISTINCT");
     if (!call.star) call.arguments = in.argumentsOf(call.name);
     if (builtIn && in.accept("WITHIN GROUP")) call.within = in.parenthesized([&] { return in.orderBy(); });

@@ -137,6 +137,7 @@ class Translator {
         Scope* outer = nullptr;
         std::vector<Source> sources;
         std::set<std::string> groupKeys;
+        std::set<std::string> nullKeys;  // of other grouping sets
         std::vector<std::string> loose;  // columns outside aggregates and GROUP BY, as named in messages
         bool sawAggregate = false;
         int aggregateDepth = 0;
@@ -171,6 +172,7 @@ class Translator {
     Typed userCall(const Call& call);
     Typed aggregateCall(const FunctionInfo& function, const Call& call);
     Typed windowCall(const FunctionInfo& function, const Call& call);
+    Typed grouping(const Call& call);
     std::string sortKeys(const std::vector<OrderItem>& items);
     std::vector<Typed> callArguments(const Call& call, bool datePart);
     std::vector<Typed> values(const std::vector<ExprPtr>& exprs);

@@ -24,6 +24,10 @@ Typed Translator::value(const Expr& expr) {
         expr.node);
     // A whole GROUP BY expression is allowed anywhere, including its columns.
     if (m_scope && m_scope->groupKeys.contains(result.sql)) m_scope->loose.resize(loose);
+    if (m_scope && m_scope->aggregateDepth == 0 && m_scope->nullKeys.contains(result.sql)) {
+        m_scope->loose.resize(loose);
+        return {"NULL", result.type};
+    }
     return result;
 }
 
@@ -152,6 +156,8 @@ std::vector<Typed> Translator::callArguments(const Call& call, bool datePart) {
 
 Typed Translator::node(const Call& call) {
     if (!call.name.schema.empty() || !call.name.database.empty()) return userCall(call);
+    if (sameWord(call.name.name, "GROUPING") || sameWord(call.name.name, "GROUPING_ID"))
+        return grouping(call);
     const FunctionInfo* function = findFunction(call.name.name);
     if (!function)
         throw SqlError(message::kUnknownSetOption,
@@ -166,6 +172,26 @@ Typed Translator::node(const Call& call) {
         function->name == "nullif" || function->arguments.find('R') != std::string_view::npos;
     const Temporarily inner(m_nextValue, chooses ? message::kNextValueInCase : m_nextValue);
     return emitCall(*function, callArguments(call, function->takesDatePart()), call.distinct);
+}
+
+// GROUPING(key), GROUPING_ID(key, ...): 1, as bits, for keys of other grouping sets
+Typed Translator::grouping(const Call& call) {
+    const bool isId = sameWord(call.name.name, "GROUPING_ID");
+    if (!isId && call.arguments.size() != 1)
+        throw sqlError(message::kFunctionNeedsArguments, {"grouping", "1"});
+    Scope none;
+    Scope& scope = m_scope ? *m_scope : none;
+    const Temporarily asWritten(scope.aggregateDepth, 1);
+    int bits = 0;
+    for (const auto& argument : call.arguments) {
+        const std::string key = value(*argument).sql;
+        const bool isNull = scope.nullKeys.contains(key);
+        if (!isNull && !scope.groupKeys.contains(key))
+            throw sqlError(message::kGroupingOfOther,
+                           {std::to_string(&argument - call.arguments.data() + 1), toUpper(call.name.name)});
+        bits = bits * 2 + isNull;
+    }
+    return {std::to_string(bits), simpleType(isId ? TypeId::Int : TypeId::TinyInt)};
 }
 
 Typed Translator::aggregateCall(const FunctionInfo& function, const Call& call) {
@@ -202,6 +228,7 @@ Typed Translator::windowCall(const FunctionInfo& function, const Call& call) {
     if (kind == FunctionKind::Ranking && !call.over->frame.empty())
         throw sqlError(message::kFrameNotAllowed, {name});
     if (!m_scope || !m_scope->windows) throw sqlError(message::kWindowNotAllowedHere);
+    if (!m_scope->nullKeys.empty()) throw unsupported("window functions with GROUPING SETS, CUBE or ROLLUP");
     m_scope->windows = false;
     Typed result = emitCall(function, callArguments(call, /*datePart=*/false));
     const std::string partition = commaList(values(call.over->partition), comparable);

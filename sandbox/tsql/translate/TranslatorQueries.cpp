@@ -85,7 +85,7 @@ QueryText Translator::select(const Select& select, const Query& query) {
         for (const auto& item : select.items)
             if (!item.variable.empty()) m_live[item.variable] = liveValue(item.variable);
     m_sorted = !query.orderBy.empty();
-    const bool grouped = !select.groupBy.empty() || select.having;
+    const bool grouped = !select.groupBy.empty() || select.having || select.sets > 1;
     if (m_sorted && !m_live.empty() && topLevel && !grouped && !select.distinct)
         return assignInOrder(select, query, fromSql + whereSql);
     std::string list;
@@ -118,7 +118,7 @@ QueryText Translator::select(const Select& select, const Query& query) {
     }
     list += hidden;
     std::string rows = fromSql + whereSql + groupSql + havingSql;
-    if (select.having && select.groupBy.empty() &&
+    if (grouped && select.groupBy.empty() &&
         !listHasAggregate)  // SQLite detects grouping only in the select list
         rows = " FROM (SELECT count(*)" + rows + ")";
     text.sql = select.distinct && hasVarBinary(text)
@@ -237,6 +237,10 @@ std::string Translator::groupBy(const Select& select) {
     }
     m_scope->loose.clear();  // WHERE and ON are evaluated before grouping
     m_scope->groupKeys = std::move(keys);
+    for (const auto& expr : select.ungrouped)
+        if (const std::string key = value(*expr).sql; !m_scope->groupKeys.contains(key))
+            m_scope->nullKeys.insert(key);
+    m_scope->loose.clear();
     return sql;
 }
 
@@ -289,7 +293,9 @@ std::string Translator::orderBy(const std::vector<OrderItem>& items, const Query
             throw sqlError(isLiteral ? message::kConstantInOrderBy : message::kVariableInOrderBy,
                            {std::to_string(&item - items.data() + 1)});
         else if (firstOfSet)
-            throw sqlError(message::kOrderByItemNotInSetOperation);
+            throw firstOfSet->sets == 1
+                ? sqlError(message::kOrderByItemNotInSetOperation)
+                : unsupported("ORDER BY of an expression with GROUPING SETS, CUBE or ROLLUP");
         else {
             const Typed typed = value(*item.value);
             const std::string alias = "o" + std::to_string(&item - items.data());
