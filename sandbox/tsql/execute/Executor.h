@@ -294,9 +294,8 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     void beforeWrite();
     // Locks the database that a statement changes, before its names are looked up: after the transaction has
     // read it, SQLite no longer waits for another writer.
-    void claim(const ObjectName& target) {
-        if (m_connection.inTransaction() && !isTemporaryName(target.name))
-            m_connection.lock(databaseOf(target));
+    void claim(const ObjectName& name) {
+        if (m_connection.inTransaction() && !isTemporaryName(name.name)) m_connection.lock(databaseOf(name));
     }
     void begin(const std::string& name);
     // IMPLICIT_TRANSACTIONS ON: the first use of a table begins a transaction.

@@ -67,33 +67,31 @@ constexpr std::pair<std::string_view, std::string_view> kConstraints[] = {
     {kPrimaryKey, "PK"}, {kUnique, "UQ"}, {kCheck, "CK"}, {kForeignKey, "FK"}, {kDefault, "DF"}};
 
 // create: the table, in which the column may be part of the primary key.
-TableColumn columnOf(const ColumnDefinition& definition, const CreateTable& create) {
-    TableColumn column{definition.name, definition.type, !definition.identity,
-                       definition.identity.has_value()};
+TableColumn columnOf(const ColumnDefinition& given, const CreateTable& create) {
+    TableColumn column{given.name, given.type, !given.identity, given.identity.has_value()};
     for (const auto* constraint : allConstraints(create))
         if (constraint->kind == ConstraintKind::PrimaryKey)
             for (const auto& name : constraint->columns)
                 column.nullable = column.nullable && !sameText(name, column.name);
-    column.nullable = definition.nullable.value_or(column.nullable);
-    column.computed = definition.computed;
-    column.persisted = definition.persisted;
-    for (const auto& constraint : definition.constraints)
+    column.nullable = given.nullable.value_or(column.nullable);
+    column.computed = given.computed;
+    column.persisted = given.persisted;
+    for (const auto& constraint : given.constraints)
         if (constraint.kind == ConstraintKind::Default) column.byDefault = constraint.text;
     return column;
 }
 
 // Enters the identity of a new column, if it is one.
-void setIdentity(TableInfo& table, const ColumnDefinition& definition) {
-    if (!definition.identity) return;
-    if (!isExact(definition.type.id) || definition.type.scale > 0)
-        throw sqlError(kInvalidIdentityType, {definition.name});
-    if (isWide(definition.type)) throw unsupported("an identity of more than 18 digits");
-    if (definition.nullable.value_or(false))
-        throw sqlError(kIdentityOnNullable, {definition.name, table.name});
+void setIdentity(TableInfo& table, const ColumnDefinition& column) {
+    if (!column.identity) return;
+    if (!isExact(column.type.id) || column.type.scale > 0)
+        throw sqlError(kInvalidIdentityType, {column.name});
+    if (isWide(column.type)) throw unsupported("an identity of more than 18 digits");
+    if (column.nullable.value_or(false)) throw sqlError(kIdentityOnNullable, {column.name, table.name});
     if (table.identityColumn()) throw sqlError(kSeveralIdentityColumns, {table.name});
-    if (definition.identity->increment == 0) throw sqlError(kInvalidIdentityIncrement, {definition.name});
-    table.seed = definition.identity->seed;
-    table.increment = definition.identity->increment;
+    if (column.identity->increment == 0) throw sqlError(kInvalidIdentityIncrement, {column.name});
+    table.seed = column.identity->seed;
+    table.increment = column.identity->increment;
 }
 
 std::string storedColumns(const TableInfo& table) {

@@ -93,6 +93,7 @@ Typed Translator::node(const ColumnRef& column) {
         if (!found && source)
             throw sqlError(message::kInvalidColumnName, {column.path.back()});  // its table is known
         if (!found) continue;
+        if (scope->aggregateDepth == 0 && scope->nullKeys.contains(found->sql)) return {"NULL", found->type};
         if (scope->aggregateDepth == 0 && !scope->groupKeys.contains(found->sql))
             scope->loose.push_back(source->exposed.empty() ? found->name
                                                            : source->exposed + "." + found->name);

@@ -88,3 +88,15 @@ SELECT GROUPING(region) --> Msg 207, Level 16, State 1, Line 1: Invalid column n
 DECLARE @s int SELECT @s = SUM(n) FROM sold GROUP BY ROLLUP (region) --> Msg 141, Level 15, State 1, Line 1: A SELECT statement that assigns a value to a variable must not be combined with data-retrieval operations.
 SELECT region FROM sold GROUP BY CUBE (region, item, n, region, item, n, region, item, n) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support CUBE or ROLLUP of more than 8 columns.
 SELECT COUNT(*) FROM sold GROUP BY CUBE (region, item, n, region, item), CUBE (region, item, n, region, item) --> Msg 191, Level 15, State 1, Line 2: Some part of your SQL statement is nested too deeply. Rewrite the query or break it up into smaller queries.
+-- in views, common table expressions and beside correlated subqueries
+CREATE TABLE kind (item varchar(10), word varchar(10))
+INSERT kind VALUES ('apple', 'red'), ('apple', 'green'), (NULL, 'none') --> (3 changed)
+CREATE VIEW totals AS SELECT region, item, SUM(n) AS n, GROUPING_ID(region, item) AS g FROM sold GROUP BY CUBE (region, item) -->
+SELECT * FROM totals WHERE g = 2 ORDER BY n;
+WITH c AS (SELECT region, SUM(n) AS n FROM sold GROUP BY ROLLUP (region)) SELECT a.n, b.n FROM c a JOIN c b ON b.region IS NULL AND b.n > a.n WHERE a.region = 'north' ORDER BY b.n
+SELECT item, (SELECT COUNT(*) FROM kind k WHERE k.item = s.item) AS k FROM sold s GROUP BY ROLLUP (s.item) ORDER BY k, item
+SELECT region, SUM(n) AS n FROM sold GROUP BY region WITH ROLLUP HAVING GROUPING(region) = 0 FOR XML RAW
+--> region varchar(10)? | item varchar(10)? | n int? | g int? = NULL | apple | 13 | 2; NULL | pear | 18 | 2 (2 rows)
+--> n int? | n int? = 3 | 16; 3 | 31 (2 rows)
+--> item varchar(10)? | k int? = NULL | 0; pear | 0; apple | 2 (3 rows)
+--> XML_F52E2B61-18A1-11d1-B105-00805F49916B nvarchar(max)? = <row n="16"/><row region="north" n="3"/><row region="SOUTH" n="12"/> (1 rows)
