@@ -2,7 +2,7 @@
 // arguments.
 #include <algorithm>
 
-#include "CommandLine.h"
+#include "process/CommandLine.h"
 #include "Fuzz.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

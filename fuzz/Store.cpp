@@ -1,6 +1,6 @@
 // Configuration stores: a value that is set is read back, and all others stay as they are.
 #include "Fuzz.h"
-#include "StoreEdit.h"
+#include "store/StoreEdit.h"
 
 namespace {
 

@@ -15,6 +15,8 @@
 #include <cstring>
 #include <ctime>
 
+#include "types/Text.h"
+
 namespace server {
 namespace {
 
@@ -62,14 +64,6 @@ void addExtension(X509& certificate, int type, const std::string& value) {
         throwTlsError("the certificate cannot have the extension " + value);
 }
 
-// The `subjectAltName` of OpenSSL's x509v3_config(5).
-std::string alternativeNames(const std::vector<std::string>& names) {
-    std::string text;
-    for (const std::string& name : names)
-        text += (text.empty() ? "" : ",") + std::string(isAddress(name) ? "IP:" : "DNS:") + name;
-    return text;
-}
-
 Certificate makeCertificate(EVP_PKEY& key, const std::vector<std::string>& names) {
     Certificate certificate(X509_new());
     if (!certificate) throw std::bad_alloc();
@@ -87,7 +81,8 @@ Certificate makeCertificate(EVP_PKEY& key, const std::vector<std::string>& names
     X509_set_pubkey(&x509, &key);
     addExtension(x509, NID_basic_constraints, "critical,CA:FALSE");
     addExtension(x509, NID_ext_key_usage, "serverAuth");
-    addExtension(x509, NID_subject_alt_name, alternativeNames(names));
+    const auto kind = [](const auto& name) { return (isAddress(name) ? "IP:" : "DNS:") + name; };
+    addExtension(x509, NID_subject_alt_name, tsql::commaList(names, kind));
     if (X509_sign(&x509, &key, EVP_sha256()) == 0) throwTlsError("the certificate cannot be signed");
     return certificate;
 }
@@ -106,10 +101,10 @@ void replaceFile(const std::filesystem::path& path, mode_t mode, Write write) {
 
 }  // namespace
 
-Descriptor lockCertificate(const CertificateFiles& files) {
+FileDescriptor lockCertificate(const CertificateFiles& files) {
     const std::filesystem::path folder = std::filesystem::absolute(files.certificate).parent_path();
-    Descriptor lock(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (lock.get() >= 0 && ::flock(lock.get(), LOCK_EX) == 0) return lock;
+    FileDescriptor lock(folder.c_str(), O_RDONLY | O_DIRECTORY);
+    if (lock.isOpen() && ::flock(lock.get(), LOCK_EX) == 0) return lock;
     throw std::runtime_error("the folder of " + files.certificate.string() + ": " + std::strerror(errno));
 }
 

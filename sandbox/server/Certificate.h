@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <vector>
 
-#include "Descriptor.h"
+#include "FileDescriptor.h"
 #include "Tls.h"
 
 namespace server {
@@ -16,7 +16,7 @@ struct CertificateFiles {
 
 // While the result lives, other processes that lock the same certificate wait: none sees a certificate with
 // the key of another one. Throws std::runtime_error.
-Descriptor lockCertificate(const CertificateFiles& files);
+FileDescriptor lockCertificate(const CertificateFiles& files);
 
 // Creates a self-signed certificate for host names and IP addresses, and its key (mode 0600), unless the
 // files hold a pair that is valid for these names and for another 30 days. Throws std::runtime_error.

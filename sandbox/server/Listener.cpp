@@ -20,7 +20,6 @@ namespace {
 
 // SQL Server reserves the lower numbers for system sessions.
 constexpr int kFirstSessionId = 51;
-constexpr int kBacklog = 128;
 constexpr std::chrono::milliseconds kPauseWithoutDescriptors{50};
 
 [[noreturn]] void throwErrno(const std::string& what) {
@@ -38,37 +37,32 @@ in_addr parseAddress(const Options& options) {
     return address;
 }
 
-Descriptor openListening(const Options& options) {
+FileDescriptor openListening(const Options& options) {
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_addr = parseAddress(options);
     address.sin_port = htons(options.port);
-    Descriptor socket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-    if (socket.get() < 0) throwErrno("socket");
+    auto socket = FileDescriptor::adopt(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    if (!socket.isOpen()) throwErrno("socket");
     const int on = 1;
     setsockopt(socket.get(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
     if (bind(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
-        listen(socket.get(), kBacklog) != 0)
+        listen(socket.get(), SOMAXCONN) != 0)
         throwErrno("cannot listen on " + options.listenAddress + ":" + std::to_string(options.port));
     return socket;
 }
 
-sigset_t stopSignals() {
+const sigset_t kStopSignals = [] {
     sigset_t signals;
     sigemptyset(&signals);
     sigaddset(&signals, SIGTERM);
     sigaddset(&signals, SIGINT);
     return signals;
-}
-
-Descriptor openSignals() {
-    const sigset_t signals = stopSignals();
-    return Descriptor(signalfd(-1, &signals, SFD_CLOEXEC));
-}
+}();
 
 tds::TlsContext openTls(const Options& options) {
     if (options.encryption == tds::EncryptionMode::None) return nullptr;
-    const Descriptor lock = lockCertificate(options.tlsFiles);
+    const FileDescriptor lock = lockCertificate(options.tlsFiles);
     if (!options.selfSignedNames.empty()) createSelfSigned(options.tlsFiles, options.selfSignedNames);
     return loadTlsContext(options.tlsFiles, options.newestTls);
 }
@@ -82,8 +76,7 @@ bool inputEnded() {
 }  // namespace
 
 void blockStopSignals() {
-    const sigset_t signals = stopSignals();
-    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    pthread_sigmask(SIG_BLOCK, &kStopSignals, nullptr);
 }
 
 Listener::Listener(const Options& options, const tds::Credentials& credentials, tsql::Engine& engine)
@@ -94,8 +87,8 @@ Listener::Listener(const Options& options, const tds::Credentials& credentials, 
       m_settings{credentials, tsql::hostName(), options.encryption.value(),
                  m_tls.get(), m_keytab.get(),   std::chrono::seconds(options.loginSeconds)},
       m_socket(openListening(options)),
-      m_signals(openSignals()) {
-    if (m_signals.get() < 0) throwErrno("signalfd");
+      m_signals(FileDescriptor::adopt(signalfd(-1, &kStopSignals, SFD_CLOEXEC))) {
+    if (!m_signals.isOpen()) throwErrno("signalfd");
 }
 
 Listener::~Listener() {
@@ -113,28 +106,25 @@ std::string Listener::address() const {
 }
 
 void Listener::run() {
-    for (Event event = waitForEvent(); event != Event::Stop; event = waitForEvent())
-        if (event == Event::Client) acceptClient();
-}
-
-Listener::Event Listener::waitForEvent() const {
     pollfd events[] = {{m_socket.get(), POLLIN, 0},
                        {m_signals.get(), POLLIN, 0},
                        {m_options.stopAtEndOfInput ? STDIN_FILENO : -1, POLLIN, 0}};
-    if (poll(events, std::size(events), -1) < 0) {
-        if (errno == EINTR) return Event::None;
-        throwErrno("poll");
-    }
     const auto& [client, signal, input] = events;
-    if (signal.revents != 0 || (input.revents != 0 && inputEnded())) return Event::Stop;
-    return client.revents != 0 ? Event::Client : Event::None;
+    for (;;) {
+        const int ready = poll(events, std::size(events), -1);
+        if (ready < 0 && errno != EINTR) throwErrno("poll");
+        if (ready <= 0) continue;
+        if (signal.revents != 0 || (input.revents != 0 && inputEnded())) return;
+        if (client.revents != 0) acceptClient();
+    }
 }
 
 void Listener::acceptClient() {
     sockaddr_in address{};
     socklen_t size = sizeof address;
-    Descriptor socket(accept4(m_socket.get(), reinterpret_cast<sockaddr*>(&address), &size, SOCK_CLOEXEC));
-    if (socket.get() < 0) {
+    auto socket = FileDescriptor::adopt(
+        accept4(m_socket.get(), reinterpret_cast<sockaddr*>(&address), &size, SOCK_CLOEXEC));
+    if (!socket.isOpen()) {
         const bool noDescriptors = errno == EMFILE || errno == ENFILE || errno == ENOBUFS || errno == ENOMEM;
         if (noDescriptors) std::this_thread::sleep_for(kPauseWithoutDescriptors);
         return;
@@ -165,7 +155,7 @@ bool Listener::makePlace() {
     return true;
 }
 
-void Listener::startSession(Descriptor socket, std::uint32_t address) {
+void Listener::startSession(FileDescriptor socket, std::uint32_t address) {
     const std::lock_guard lock(m_mutex);
     if (!makePlace()) {
         std::fprintf(stderr, "connection refused: %d clients are connected already\n",

@@ -22,17 +22,15 @@ class Listener {
     void run();
 
   private:
-    enum class Event { None, Client, Stop };
-    Event waitForEvent() const;
     void acceptClient();
-    void startSession(Descriptor client, std::uint32_t address);
+    void startSession(FileDescriptor client, std::uint32_t address);
     bool makePlace();
     void serve(int client, int sessionId);
     void noteLogin(int sessionId);
 
     enum class State { AwaitsLogin, Served, Dropped };
     struct Client {
-        Descriptor socket;
+        FileDescriptor socket;
         std::uint32_t address;
         std::uint64_t arrival;  // counts up
         State state = State::AwaitsLogin;
@@ -43,8 +41,8 @@ class Listener {
     tds::TlsContext m_tls;                  // empty: connections are not encrypted
     std::unique_ptr<tds::Keytab> m_keytab;  // empty: Windows authentication is refused
     tds::ConnectionSettings m_settings;
-    Descriptor m_socket;
-    Descriptor m_signals;  // a signalfd
+    FileDescriptor m_socket;
+    FileDescriptor m_signals;  // a signalfd
     std::mutex m_mutex;
     std::condition_variable m_sessionEnded;
     std::uint64_t m_arrivals = 0;

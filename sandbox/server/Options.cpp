@@ -50,11 +50,6 @@ std::size_t numberIn(std::string_view text, std::size_t least, std::size_t most)
     return number;
 }
 
-void addNames(Options& options, const char* value) {
-    std::istringstream names(value);
-    for (std::string name; std::getline(names, name, ',');) options.selfSignedNames.push_back(name);
-}
-
 // An option of the command line.
 struct Entry {
     const char* name;
@@ -89,7 +84,10 @@ constexpr Entry kEntries[] = {
     {"tls-key", "FILE", "PEM file of its key",
      [](Options& options, const char* value) { options.tlsFiles.key = value; }},
     {"tls-self-signed", "NAME,...", "create the two files above for these host names and addresses",
-     addNames},
+     [](Options& options, const char* value) {
+         std::istringstream names(value);
+         for (std::string name; std::getline(names, name, ',');) options.selfSignedNames.push_back(name);
+     }},
     {"encryption", "MODE", "none, login, on or required (with --tls-cert: on; else none)",
      [](Options& options, const char* value) { options.encryption = valueNamed(value, kEncryptionModes); }},
     {"tls-max", "VERSION", "newest TLS version: 1.1, 1.2 or 1.3 (1.2)",

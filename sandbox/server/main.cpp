@@ -30,15 +30,6 @@ std::string readPassword(const std::filesystem::path& file) {
     return line;
 }
 
-void serve(const server::Options& options) {
-    const tds::Credentials credentials(options.login, readPassword(options.passwordFile));
-    tsql::Engine engine(options.dataDirectory, options.backupFolders);
-    server::Listener listener(options, credentials, engine);
-    std::printf("listening on %s\n", listener.address().c_str());
-    std::fflush(stdout);
-    listener.run();
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -49,7 +40,12 @@ int main(int argc, char** argv) {
     server::countTemporaryFiles();
     const server::Options options = server::parseOptions(argc, argv);
     try {
-        serve(options);
+        const tds::Credentials credentials(options.login, readPassword(options.passwordFile));
+        tsql::Engine engine(options.dataDirectory, options.backupFolders);
+        server::Listener listener(options, credentials, engine);
+        std::printf("listening on %s\n", listener.address().c_str());
+        std::fflush(stdout);
+        listener.run();
         return 0;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "tsqlbox: %s\n", error.what());

@@ -18,10 +18,8 @@ class ByteWriter {
   public:
     // Integer of `width` bytes. Bytes above the eighth are zero.
     void number(std::uint64_t value, std::size_t width) {
-        static_assert(std::endian::native == std::endian::little);
-        const std::size_t start = m_data.size();
-        m_data.resize(start + width);
-        std::memcpy(m_data.data() + start, &value, std::min(width, sizeof value));
+        m_data.resize(m_data.size() + width);
+        fillIn(m_data.size(), value, width);
     }
     void u8(std::uint64_t value) { m_data += static_cast<char>(value & 0xFF); }
     void u16(std::uint64_t value) { number(value, 2); }
@@ -52,6 +50,7 @@ class ByteWriter {
         fillIn(position, m_data.size() - position, width);
     }
     void fillIn(std::size_t position, std::uint64_t value, std::size_t width) {
+        static_assert(std::endian::native == std::endian::little);
         std::memcpy(m_data.data() + position - width, &value, std::min(width, sizeof value));
     }
 

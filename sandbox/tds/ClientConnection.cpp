@@ -184,7 +184,6 @@ void ClientConnection::resetSession(Request::Reset reset) {
         m_session.reset();  // frees what the new session may need, such as locks
         m_session = tsql::openSession(m_engine, m_client, m_initialDatabase, m_sessionId);
     }
-    m_prepared = {};
     m_response.binaryChange(EnvChange::ResetAcknowledged);
     if (previous != m_initialDatabase) m_response.databaseChanged(previous, m_initialDatabase);
 }
@@ -215,38 +214,24 @@ bool ClientConnection::reportErrors(Work work) {
 
 bool ClientConnection::runCalls(ByteView body) {
     for (tsql::ProcedureCall& call : parseRpc(body)) {
-        bool aborted = false;
         m_response.beginCall();
-        if (!reportErrors([&] { return runCall(std::move(call), aborted); })) return false;
+        if (!reportErrors([&] { return runCall(call); })) return false;
         m_response.endCall();
-        if (aborted || m_response.attention()) break;
+        if (call.aborted || m_response.attention()) break;
     }
     return true;
 }
 
-// aborted: set if an error ended the batch, and with it the calls behind this one.
-bool ClientConnection::runCall(tsql::ProcedureCall call, bool& aborted) {
-    CallPlan plan = m_prepared.plan(std::move(call));
-    if (plan.run && !m_session->call(*plan.run, m_response)) return false;
-    aborted = plan.run && plan.run->aborted;
-    if (plan.run && plan.run->describeOnly && m_response.callFailed()) {
-        m_prepared.forget(*plan.handle);
-        throw tsql::sqlError(kStatementNotPrepared);
-    }
-    sendOutputs(plan);
-    return true;
-}
-
-void ClientConnection::sendOutputs(const CallPlan& plan) {
-    m_response.returnStatus(plan.run ? plan.run->status : 0);
-    const auto sendIfOutput = [this](const tsql::ProcedureCall::Argument& argument, int ordinal) {
+bool ClientConnection::runCall(tsql::ProcedureCall& call) {
+    if (!m_session->call(call, m_response)) return false;
+    m_response.returnStatus(call.status);
+    int ordinal = 0;
+    for (const auto& argument : call.arguments) {
         if (argument.output)
             m_response.returnValue(ordinal, argument.name, argument.type, tsql::viewOf(argument.value));
-    };
-    if (plan.handle) sendIfOutput(*plan.handle, /*ordinal=*/0);
-    if (!plan.run) return;
-    int ordinal = plan.ordinalShift;
-    for (const auto& argument : plan.run->arguments) sendIfOutput(argument, ordinal++);
+        ++ordinal;
+    }
+    return true;
 }
 
 }  // namespace tds

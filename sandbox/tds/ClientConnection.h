@@ -3,7 +3,6 @@
 
 #include "Credentials.h"
 #include "Login.h"
-#include "PreparedStatements.h"
 #include "Response.h"
 #include "Sspi.h"
 #include "execute/Engine.h"
@@ -43,8 +42,7 @@ class ClientConnection {
     bool execute(const Request& request);
     void resetSession(Request::Reset reset);
     bool runCalls(ByteView body);
-    bool runCall(tsql::ProcedureCall call, bool& aborted);
-    void sendOutputs(const CallPlan& plan);
+    bool runCall(tsql::ProcedureCall& call);
     template <typename Work>
     bool reportErrors(Work work);
     ByteView withoutHeaders(ByteView data) const;
@@ -58,7 +56,6 @@ class ClientConnection {
     tsql::Client m_client;
     std::string m_initialDatabase;
     std::unique_ptr<tsql::Session> m_session;
-    PreparedStatements m_prepared;
 };
 
 }  // namespace tds

@@ -140,7 +140,7 @@ void PacketChannel::startTls(SSL_CTX& context) {
         const bool continues = m_tls->handshake(request.data);
         Bytes reply = m_tls->takeOutput();
         if (!reply.empty()) send(reply, Extent::AllAndEnd, PacketType::Prelogin);
-        if (!continues) throw ProtocolError("the TLS handshake failed: " + m_tls->problem());
+        if (!continues) throw ProtocolError("the TLS handshake failed: " + takeTlsErrors());
     }
     // In TLS 1.3 the client ends the handshake and may already have sent more.
     const Bytes received = std::exchange(m_input, {}).substr(std::exchange(m_inputPosition, 0));

@@ -41,7 +41,6 @@ void Response::message(const tsql::Message& message) {
     const bool isError = message.severity >= kMinErrorSeverity;
     beginToken(isError ? Token::Error : Token::Info);
     m_statementFailed = m_statementFailed || isError;
-    m_callFailed = m_callFailed || isError;
     const std::size_t place = m_out.openLength();
     m_out.u32(static_cast<std::uint32_t>(message.number));
     m_out.u8(static_cast<std::uint8_t>(message.state));
@@ -196,7 +195,6 @@ bool Response::cancelled() {
 
 void Response::beginCall() {
     m_inCall = true;
-    m_callFailed = false;
 }
 
 void Response::endCall() {
@@ -220,7 +218,7 @@ void Response::finish() {
     if (!m_pendingDone || m_statementFailed) setPendingDone({Token::Done, errorFlag()});
     writePendingDone(kDoneFinal);
     m_channel.send(m_out.data(), PacketChannel::Extent::AllAndEnd);
-    m_inCall = m_callOfBatch = m_callFailed = m_clientGone = false;
+    m_inCall = m_callOfBatch = m_clientGone = false;
     if (m_attention) acknowledgeAttention();
 }
 

@@ -55,8 +55,6 @@ class Response final : public tsql::ResultSink {
     // Sends the acknowledgement of an attention, which is a response of its own behind the cancelled one.
     void acknowledgeAttention();
     bool attention() const { return m_attention; }
-    // Whether an error was sent since beginCall().
-    bool callFailed() const { return m_callFailed; }
 
   private:
     struct Done {
@@ -82,7 +80,6 @@ class Response final : public tsql::ResultSink {
     bool m_inCall = false;
     bool m_callOfBatch = false;      // the call is an EXEC of the batch
     bool m_statementFailed = false;  // an error was sent since the last DONE
-    bool m_callFailed = false;
     bool m_attention = false;
     bool m_clientGone = false;
     PacketChannel::Clock::time_point m_nextAttentionCheck;

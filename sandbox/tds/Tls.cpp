@@ -34,9 +34,7 @@ bool TlsSession::handshake(ByteView received) {
     append(m_received, received);
     ERR_clear_error();
     const int result = SSL_do_handshake(m_ssl.get());
-    if (result == 1 || SSL_get_error(m_ssl.get(), result) == SSL_ERROR_WANT_READ) return true;
-    m_problem = takeTlsErrors();
-    return false;
+    return result == 1 || SSL_get_error(m_ssl.get(), result) == SSL_ERROR_WANT_READ;
 }
 
 bool TlsSession::decrypt(ByteView received, Bytes& plain) {

@@ -28,11 +28,10 @@ class TlsSession {
     // The context must outlive the session.
     explicit TlsSession(SSL_CTX& context);
 
-    // Continues the handshake with a message from the client. Returns false if it failed; problem() then has
-    // the reason, and takeOutput() an alert.
+    // Continues the handshake with a message from the client. Returns false if it failed; takeTlsErrors()
+    // then has the reason, and takeOutput() an alert.
     bool handshake(ByteView received);
     bool isEstablished() const { return SSL_is_init_finished(m_ssl.get()) != 0; }
-    const std::string& problem() const { return m_problem; }
 
     // Decrypts what was received and appends it to `plain`. False after the client's close_notify. Throws
     // ProtocolError for a record that is not valid.
@@ -46,7 +45,6 @@ class TlsSession {
     std::unique_ptr<SSL, Deleter<&SSL_free>> m_ssl;
     BIO* m_received;  // owned by m_ssl, like m_output
     BIO* m_output;
-    std::string m_problem;
 };
 
 }  // namespace tds

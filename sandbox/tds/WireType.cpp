@@ -55,10 +55,6 @@ constexpr int kMaxTimeScale = 7;
 // Lengths of dates and times as strings, for clients without these types.
 constexpr int kDateCharacters = 10, kTimeCharacters = 16, kDateTime2Characters = 27;
 
-bool hasScaledTime(TypeId id) {
-    return id == TypeId::Time || id == TypeId::DateTime2;
-}
-
 // Empty when there is no such type of that size. size: 0 when TYPE_INFO has none.
 std::optional<WireForm> findForm(std::uint8_t id, std::size_t size) {
     for (WireForm form : kForms) {
@@ -270,7 +266,7 @@ Bytes readChunks(ByteReader& in) {
 }  // namespace
 
 WireType wireType(SqlType type, Version version) {
-    if (version < Version::V73A && (type.id == TypeId::Date || hasScaledTime(type.id)))
+    if (version < Version::V73A && (type.id == TypeId::Date || tsql::hasScale(type.id)))
         type = tsql::nvarcharType(type.id == TypeId::Date   ? kDateCharacters
                                   : type.id == TypeId::Time ? kTimeCharacters
                                                             : kDateTime2Characters);
@@ -296,7 +292,7 @@ void writeTypeInfo(ByteWriter& out, const WireType& type) {
         out.u8(sizeOf(type.type));
         out.u8(type.type.precision);
     }
-    if (id == TypeId::Decimal || hasScaledTime(id)) return out.u8(type.type.scale);
+    if (id == TypeId::Decimal || tsql::hasScale(id)) return out.u8(type.type.scale);
     if (id == TypeId::Date) return;
     // At least 1, even for the column of an empty literal.
     const auto units = static_cast<std::uint64_t>(std::max(type.type.length, 1));
@@ -324,7 +320,7 @@ WireType readTypeInfo(ByteReader& in) {
         if (in.u8() != 0) throw tsql::unsupported("xml parameters with a schema");
         type.type.length = SqlType::kMax;
     }
-    if (form->type == TypeId::Decimal || hasScaledTime(form->type)) readPrecision(in, type.type);
+    if (form->type == TypeId::Decimal || tsql::hasScale(form->type)) readPrecision(in, type.type);
     return type;
 }
 

@@ -61,9 +61,16 @@ int compareNames(void*, int leftSize, const void* left, int rightSize, const voi
                              {static_cast<const char*>(right), static_cast<std::size_t>(rightSize)});
 }
 
+// The check of identity columns: returns the identity.
+void passIdentity(sqlite3_context* context, int, sqlite3_value** arguments) {
+    sqlite3_result_value(context, arguments[0]);
+}
+
 std::string integrityOf(const std::filesystem::path& file) {
     const auto connection = tsql::openDatabaseFile(file, tsql::OpenMode::Existing);
     sqlite3_create_collation(connection.get(), "ts_ci", SQLITE_UTF8, nullptr, compareNames);
+    sqlite3_create_function(connection.get(), "ts_identity", 2, SQLITE_UTF8, nullptr, passIdentity, nullptr,
+                            nullptr);
     std::string result;
     const auto append = [](void* text, int, char** cells, char**) {
         *static_cast<std::string*>(text) += cells[0];

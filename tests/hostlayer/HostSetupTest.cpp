@@ -25,6 +25,7 @@ TEST(HostSetup, SetsOneValueAndKeepsTheRest) {
     using Texts = std::vector<std::string>;
     const Texts base = {"I", "Base"};
     const std::string dots(101, '.');
+    const std::string dotted = "[I.Base]\n'" + dots + "' = \"" + dots + "\"\n";
     const struct {
         const char* before;
         Texts table;
@@ -55,8 +56,7 @@ TEST(HostSetup, SetsOneValueAndKeepsTheRest) {
         {"I = 5\n", base, "sB", "y", nullptr},
         {"[I.Base\n", base, "sB", "y", nullptr},
         {"[I.Base]\n", base, "sB", "\xff", nullptr},
-        {"[I.Base]\n", base, dots.c_str(), "y", nullptr},  // looks like a key of many levels
-        {"[I.Base]\n", base, "sB", dots, nullptr},
+        {"[I.Base]\n", base, dots.c_str(), dots, dotted.c_str()},
         {"[I.Base]\n", {"I"}, "sB", "y", nullptr},
         {"[I.Base]\n", {"host", "Base"}, "sB", "y", nullptr},
     };

@@ -139,7 +139,8 @@ std::string deepKey(const std::string& start, const std::string& end) {
 TEST(Store, FailsWithoutAnyGoodContent) {
     for (const std::string& content :
          {std::string("[Instance001.Base\n"), std::string("a = \"\xff\"\n"), "#" + std::string(5U << 20, 'x'),
-          deepKey("[a", "]\n"), deepKey("[Instance001.Base]\na", " = 1\n")}) {
+          deepKey("[a", "]\n"), deepKey("[Instance001.Base]\na", " = 1\n"),
+          deepKey("a = {b = \"\"\"'\\\"\"\"\"\", c = '\\', d = \"\", 'e'", " = 1}\n")}) {
         const TestStore store(content);
         EXPECT_EQ(text("Base", "sText"), "failed, unset");
     }

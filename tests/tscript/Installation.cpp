@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include <fstream>
+#include <sstream>
 
 using support::ProgramResult;
 
@@ -44,6 +45,22 @@ mode_t modeOf(const fs::path& path) {
     struct stat status {};
     EXPECT_EQ(stat(path.c_str(), &status), 0) << path;
     return status.st_mode & 07777;
+}
+
+std::string withoutSeal(const fs::path& package) {
+    const std::string records = support::readFile(package);
+    return records.substr(records.find('\n') + 1);
+}
+
+std::string namesIn(const ProgramResult& listing) {
+    EXPECT_EQ(listing.exitCode, 0) << listing.errors;
+    std::string names;
+    std::istringstream lines(listing.output);
+    for (std::string line; std::getline(lines, line);) {
+        const std::size_t begin = line.find('\t') + 1;
+        names += (names.empty() ? "" : ",") + line.substr(begin, line.find('\t', begin) - begin);
+    }
+    return names;
 }
 
 pid_t serverOf(const fs::path& folder) {

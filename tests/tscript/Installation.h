@@ -31,6 +31,10 @@ std::string joined(const Words& words);  // for a failure's trace
 
 mode_t modeOf(const fs::path& path);
 void replaceInFile(const fs::path& path, const std::string& from, const std::string& to);
+// The package's records behind its seal.
+std::string withoutSeal(const fs::path& package);
+// The names in a listing of one row a line, joined by ",".
+std::string namesIn(const support::ProgramResult& listing);
 pid_t serverOf(const fs::path& folder);  // of a sample installation, by its pid file
 
 // Up for the length of a test.

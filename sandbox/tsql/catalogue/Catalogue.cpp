@@ -35,6 +35,11 @@ std::vector<std::string> namesOf(std::string_view list) {
 
 }  // namespace
 
+void requireColumnName(std::string_view column) {
+    if (column.empty()) throw sqlError(message::kMissingColumnName);
+    if (column.find(", ") != column.npos) throw unsupported("a column name with a comma and a blank");
+}
+
 std::string_view storageClass(const SqlType& type) {
     if (isBinary(type.id) || isWide(type)) return "BLOB";
     if (isExact(type.id)) return "INTEGER";
@@ -238,7 +243,7 @@ void Catalogue::saveColumns(std::int64_t object, const std::vector<TableColumn>&
                                 column.id};
         run("INSERT INTO $.tsqlbox_columns SELECT ?1, iif(?8, ?8, coalesce(max(ordinal), 0) + 1), "
             "?2, ?3, ?4, ?5, ?6, ?7 FROM $.tsqlbox_columns WHERE object = ?1 "
-            "ON CONFLICT (object, ordinal) DO UPDATE SET type = ?3, nullable = ?4, fallback = ?6",
+            "ON CONFLICT (object, ordinal) DO UPDATE SET name = ?2, type = ?3, nullable = ?4, fallback = ?6",
             values);
     }
 }

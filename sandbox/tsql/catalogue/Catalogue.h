@@ -133,6 +133,9 @@ inline bool isTemporaryName(std::string_view name) {
     return name.starts_with('#') || name.starts_with('@');
 }
 
+// Throws SqlError for an empty name, and for one with what separates names in the catalogue's lists.
+void requireColumnName(std::string_view column);
+
 // Catalogue of one attached database or of the temporary tables.
 class Catalogue {
   public:

@@ -13,6 +13,7 @@ using boost::replace_all;
 //   $o, $c  tables of the catalogue       $d  name of the database     $s  SQLite's name of its schema
 //   $L      list of databases (name, id)  $C  name of the collation    $S  list of sessions
 //   $T      list of types (type)          $q  sqlite_sequence          $PART n  a number of a sequence
+//   $I      ODBC's list of types
 //   $EACH(list)  its names, none of which contains ", ", as rows of `key` (from 0) and `value`
 //   $SCHEMA_ID(name)  number of the schema of the object with that stored name
 //   $REFERENCED(text)  list of the columns of table r that the foreign key of that text references
@@ -118,26 +119,27 @@ parent_column_id int = c.ordinal; referenced_object_id int = r.id; referenced_co
      R"($o o JOIN $o r ON r.name = o.stored AND r.type = 'U' JOIN $EACH(o.keys) k JOIN $c c ON c.object = o.parent
 AND c.name = k.value COLLATE ts_ci JOIN $EACH($REFERENCED(o.source)) f ON f.key = k.key JOIN $c rc ON rc.object = r.id
 AND rc.name = f.value COLLATE ts_ci WHERE o.type = 'F')"},
-    // How ODBC describes the types. Kinds (k): Exact number, Float, Money, National string, other quoted
-    // Constant, Binary string, Truth value.
     {"sys", "spt_datatype_info",
-     R"(n sysname = column1; t smallint = column2; p int = column3; k char(1) = column4; par varchar(32) = column5;
-s smallint = column6; hi smallint = column7; ut smallint = column8)",
-     R"((VALUES ('uniqueidentifier', -11, 36, 'C', NULL, 2, NULL, 0), ('ntext', -10, 1073741823, 'N', NULL, 1, NULL, 0),
-('xml', -152, 1073741823, 'N', NULL, 0, NULL, 0), ('nvarchar', -9, 4000, 'N', 'max length', 3, NULL, 0),
-('sysname', -9, 128, 'N', NULL, 3, NULL, 18), ('nchar', -8, 4000, 'N', 'length', 3, NULL, 0),
-('bit', -7, 1, 'T', NULL, 2, 0, 16), ('tinyint', -6, 3, 'E', NULL, 2, 0, 5),
-('bigint', -5, 19, 'E', NULL, 2, 0, 0), ('image', -4, 2147483647, 'B', NULL, 0, NULL, 20),
-('varbinary', -3, 8000, 'B', 'max length', 2, NULL, 4), ('binary', -2, 8000, 'B', 'length', 2, NULL, 3),
-('text', -1, 2147483647, 'C', NULL, 1, NULL, 19), ('char', 1, 8000, 'C', 'length', 3, NULL, 1),
-('numeric', 2, 38, 'E', 'precision,scale', 2, 38, 10), ('decimal', 3, 38, 'E', 'precision,scale', 2, 38, 24),
-('money', 3, 19, 'M', NULL, 2, 4, 11), ('smallmoney', 3, 10, 'M', NULL, 2, 4, 21),
-('int', 4, 10, 'E', NULL, 2, 0, 7), ('int identity', 4, 10, 'E', NULL, 2, 0, 7),
-('smallint', 5, 5, 'E', NULL, 2, 0, 6), ('float', 6, 53, 'F', NULL, 2, NULL, 8),
-('real', 7, 24, 'F', NULL, 2, NULL, 23), ('varchar', 12, 8000, 'C', 'max length', 3, NULL, 2),
-('date', 91, 10, 'C', NULL, 3, 0, 0), ('time', -154, 16, 'C', 'scale', 3, 7, 0),
-('datetime', 93, 23, 'C', NULL, 3, 3, 12), ('datetime2', 93, 27, 'C', 'scale', 3, 7, 0),
-('smalldatetime', 93, 16, 'C', NULL, 3, 0, 22)))"},
+     "n sysname = n; t smallint = t; p int = p; k char(1) = k; par varchar(32) = par; s smallint = s; hi "
+     "smallint = hi; ut smallint = ut",
+     "$I"},
+    // Columns, parameters and results of procedures as ODBC 2 and 3 describe them.
+    {"sys", "spt_columns",
+     R"(object_id int = object; column_id int = ordinal; name sysname = iif(name = '', '@RETURN_VALUE', name); odbc int =
+odbc; nullable smallint = nullable; output smallint = output; TYPE_NAME sysname = n || iif(identity = 1, ' identity',
+''); DATA_TYPE smallint = CASE WHEN odbc = 3 OR t NOT IN (91, 93) THEN t WHEN t = 91 THEN 9 ELSE 11 END; PRECISION int
+= CASE WHEN n IN ('decimal', 'time', 'datetime2') THEN digits WHEN k = 'F' AND odbc < 3 THEN iif(n = 'real', 7, 15)
+WHEN size = -1 THEN 0 WHEN par IS NULL THEN p WHEN k = 'N' THEN size / 2 ELSE size END; LENGTH int = CASE WHEN octets
+IS NOT NULL THEN octets WHEN k = 'M' OR n = 'decimal' THEN digits + 2 WHEN n = 'date' THEN 6 WHEN n = 'time' THEN 12
+WHEN t = 93 THEN 16 ELSE size END; SCALE smallint = CASE WHEN k IN ('E', 'M') OR t IN (93, -154) THEN
+ts_type_scale(type) END; RADIX smallint = CASE WHEN k = 'F' AND odbc = 3 THEN 2 WHEN k IN ('E', 'F', 'M') THEN 10 END;
+SQL_DATA_TYPE smallint = iif(t IN (91, 93), 9, t); SQL_DATETIME_SUB smallint = CASE WHEN t IN (91, 93) THEN t - 90
+END; CHAR_OCTET_LENGTH int = octets; IS_NULLABLE varchar(254) = iif(nullable, 'YES', 'NO'))",
+     // The return value of a procedure has type 3, int.
+     R"((SELECT *, CASE WHEN size = -1 THEN 0 WHEN n = 'ntext' THEN 2 * p WHEN n IN ('text', 'image') THEN p WHEN par LIKE
+'%length' THEN size END AS octets FROM (SELECT *, ts_type_length(type) AS size, ts_type_precision(type) AS digits FROM
+(SELECT object, ordinal, name, type, nullable, identity, output FROM $c UNION ALL SELECT id, 0, '', 3, 0, 0, 1 FROM $o
+WHERE type = 'P')) JOIN $I ON n = ts_type_name(type) JOIN (SELECT 2 AS odbc UNION SELECT 3)))"},
     {"sys", "indexes",
      R"(object_id int = o.parent; name sysname = ts_bare_name(o.name); index_id int = $INDEX; type tinyint = CASE o.type
 WHEN 'PK' THEN 1 ELSE 2 END; type_desc nvarchar(60) = CASE o.type WHEN 'PK' THEN 'CLUSTERED' ELSE
@@ -254,6 +256,26 @@ THEN 'IN' WHEN c.name = '' THEN 'OUT' ELSE 'INOUT' END; IS_RESULT nvarchar(10) =
      "$c c JOIN $o o ON o.id = c.object WHERE o.type IN ('P', 'FN', 'IF')"},
 };
 
+// How ODBC describes the types ($I). Kinds (k): Exact number, Float, Money, National string, other quoted
+// Constant, Binary string, Truth value.
+constexpr std::string_view kTypeInfo =
+    R"((SELECT column1 AS n, column2 AS t, column3 AS p, column4 AS k, column5 AS par, column6 AS s, column7 AS hi,
+column8 AS ut FROM (VALUES ('uniqueidentifier', -11, 36, 'C', NULL, 2, NULL, 0), ('ntext', -10, 1073741823, 'N', NULL, 1, NULL, 0),
+('xml', -152, 1073741823, 'N', NULL, 0, NULL, 0), ('nvarchar', -9, 4000, 'N', 'max length', 3, NULL, 0),
+('sysname', -9, 128, 'N', NULL, 3, NULL, 18), ('nchar', -8, 4000, 'N', 'length', 3, NULL, 0),
+('bit', -7, 1, 'T', NULL, 2, 0, 16), ('tinyint', -6, 3, 'E', NULL, 2, 0, 5),
+('bigint', -5, 19, 'E', NULL, 2, 0, 0), ('image', -4, 2147483647, 'B', NULL, 0, NULL, 20),
+('varbinary', -3, 8000, 'B', 'max length', 2, NULL, 4), ('binary', -2, 8000, 'B', 'length', 2, NULL, 3),
+('text', -1, 2147483647, 'C', NULL, 1, NULL, 19), ('char', 1, 8000, 'C', 'length', 3, NULL, 1),
+('numeric', 2, 38, 'E', 'precision,scale', 2, 38, 10), ('decimal', 3, 38, 'E', 'precision,scale', 2, 38, 24),
+('money', 3, 19, 'M', NULL, 2, 4, 11), ('smallmoney', 3, 10, 'M', NULL, 2, 4, 21),
+('int', 4, 10, 'E', NULL, 2, 0, 7), ('int identity', 4, 10, 'E', NULL, 2, 0, 7),
+('smallint', 5, 5, 'E', NULL, 2, 0, 6), ('float', 6, 53, 'F', NULL, 2, NULL, 8),
+('real', 7, 24, 'F', NULL, 2, NULL, 23), ('varchar', 12, 8000, 'C', 'max length', 3, NULL, 2),
+('date', 91, 10, 'C', NULL, 3, 0, 0), ('time', -154, 16, 'C', 'scale', 3, 7, 0),
+('datetime', 93, 23, 'C', NULL, 3, 3, 12), ('datetime2', 93, 27, 'C', 'scale', 3, 7, 0),
+('smalldatetime', 93, 16, 'C', NULL, 3, 0, 22))))";
+
 // tempdb also shows the session's temporary tables, with negative ids.
 constexpr std::string_view kTemporaryObjects =
     R"((SELECT * FROM tempdb.tsqlbox_objects UNION ALL SELECT -id, name, type, -parent, stored, keys, created, source
@@ -348,6 +370,7 @@ std::optional<SystemView> systemView(std::string_view schema, std::string_view n
         SystemView found = read(view);
         replace_all(found.sql, "$L", found.sql.find("$L") == std::string::npos ? "" : databaseList(storage));
         replace_all(found.sql, "$T", typeList());
+        replace_all(found.sql, "$I", kTypeInfo);
         if (found.sql.find("$S") != std::string::npos) replace_all(found.sql, "$S", sessionList(storage));
         const bool temporary = sameWord(database, "tempdb");
         const std::string objects = std::string(sqliteSchema) + ".tsqlbox_objects";

@@ -72,23 +72,41 @@ o, n, t, list) WHERE list = CASE WHEN @table_qualifier = '%' AND @table_owner = 
      "@column_name nvarchar(384) = NULL, @ODBCVer int = 2, @fUsePattern bit = 1",
      R"(IF @table_qualifier <> DB_NAME() BEGIN RAISERROR(15250, -1, -1) RETURN 1 END
 SELECT TABLE_QUALIFIER = DB_NAME(), TABLE_OWNER = SCHEMA_NAME(o.schema_id), TABLE_NAME = o.name, COLUMN_NAME = c.name,
-DATA_TYPE = CAST(CASE WHEN @ODBCVer = 3 OR t NOT IN (91, 93) THEN t WHEN t = 91 THEN 9 ELSE 11 END AS smallint),
-TYPE_NAME = CAST(n + CASE c.is_identity WHEN 1 THEN ' identity' ELSE '' END AS sysname), PRECISION = CAST(CASE WHEN n
-IN ('decimal', 'time', 'datetime2') THEN c.precision WHEN k = 'F' AND @ODBCVer < 3 THEN CASE n WHEN 'real' THEN 7 ELSE
-15 END WHEN max_length = -1 THEN 0 WHEN par IS NULL THEN p WHEN k = 'N' THEN max_length / 2 ELSE max_length END AS
-int), LENGTH = CAST(CASE WHEN max_length = -1 THEN 0 WHEN n = 'ntext' THEN 2 * p WHEN n IN ('text', 'image') THEN p
-WHEN k = 'M' OR n = 'decimal' THEN c.precision + 2 WHEN n = 'date' THEN 6 WHEN n = 'time' THEN 12 WHEN t = 93 THEN 16
-ELSE max_length END AS int), SCALE = CAST(CASE WHEN k IN ('E', 'M') OR t IN (93, -154) THEN c.scale END AS smallint),
-RADIX = CAST(CASE WHEN k = 'F' AND @ODBCVer = 3 THEN 2 WHEN k IN ('E', 'F', 'M') THEN 10 END AS smallint), NULLABLE =
-CAST(c.is_nullable AS smallint), REMARKS = CAST(NULL AS varchar(254)), COLUMN_DEF = (SELECT CAST(definition AS nvarchar(4000)) FROM
-sys.default_constraints d WHERE d.object_id = c.default_object_id), SQL_DATA_TYPE = CAST(CASE WHEN t IN (91, 93) THEN
-9 ELSE t END AS smallint), SQL_DATETIME_SUB = CAST(CASE WHEN t IN (91, 93) THEN t - 90 END AS smallint),
-CHAR_OCTET_LENGTH = CAST(CASE WHEN max_length = -1 THEN 0 WHEN n = 'ntext' THEN 2 * p WHEN n IN ('text', 'image') THEN
-p WHEN par LIKE '%length' THEN max_length END AS int), ORDINAL_POSITION = c.column_id, IS_NULLABLE = CASE
-c.is_nullable WHEN 1 THEN 'YES' ELSE 'NO' END, SS_DATA_TYPE = CAST(NULL AS tinyint) FROM sys.objects o JOIN
-sys.columns c ON c.object_id = o.object_id JOIN sys.spt_datatype_info ON n = TYPE_NAME(c.system_type_id) WHERE (o.name
-= @table_name OR @fUsePattern = 1 AND o.name LIKE @table_name) AND (@table_owner IS NULL OR SCHEMA_NAME(o.schema_id)
-LIKE @table_owner) AND (@column_name IS NULL OR c.name LIKE @column_name) ORDER BY 1, 2, 3, 17)"},
+c.DATA_TYPE, c.TYPE_NAME, c.PRECISION, c.LENGTH, c.SCALE, c.RADIX, NULLABLE = c.nullable, REMARKS = CAST(NULL AS
+varchar(254)), COLUMN_DEF = (SELECT CAST(definition AS nvarchar(4000)) FROM sys.default_constraints d WHERE
+d.parent_object_id = o.object_id AND d.parent_column_id = c.column_id), c.SQL_DATA_TYPE, c.SQL_DATETIME_SUB,
+c.CHAR_OCTET_LENGTH, ORDINAL_POSITION = c.column_id, c.IS_NULLABLE, SS_DATA_TYPE = CAST(NULL AS tinyint) FROM
+sys.objects o JOIN sys.spt_columns c ON c.object_id = o.object_id WHERE o.type IN ('U', 'V') AND c.odbc = IIF(@ODBCVer
+= 3, 3, 2) AND (o.name = @table_name OR @fUsePattern = 1 AND o.name LIKE @table_name) AND (@table_owner IS NULL OR
+SCHEMA_NAME(o.schema_id) LIKE @table_owner) AND (@column_name IS NULL OR c.name LIKE @column_name) ORDER BY 1, 2, 3,
+17)"},
+    {"sp_sproc_columns",
+     "@procedure_name nvarchar(390) = '%', @procedure_owner nvarchar(384) = NULL, @procedure_qualifier "
+     "sysname "
+     "= NULL, @column_name nvarchar(384) = NULL, @ODBCVer int = 2, @fUsePattern bit = 1",
+     R"(IF @procedure_qualifier <> DB_NAME() BEGIN RAISERROR(15250, -1, -1) RETURN 1 END
+SELECT PROCEDURE_QUALIFIER = DB_NAME(), PROCEDURE_OWNER = SCHEMA_NAME(o.schema_id), PROCEDURE_NAME = CAST(o.name +
+IIF(o.type = 'P', ';1', ';0') AS nvarchar(134)), COLUMN_NAME = c.name, COLUMN_TYPE = CAST(IIF(c.name =
+'@RETURN_VALUE', 5, 1 + c.output) AS smallint), c.DATA_TYPE, c.TYPE_NAME, c.PRECISION, c.LENGTH, c.SCALE, c.RADIX,
+NULLABLE = c.nullable, REMARKS = CAST(NULL AS varchar(254)), COLUMN_DEF = CAST(NULL AS nvarchar(4000)),
+c.SQL_DATA_TYPE, c.SQL_DATETIME_SUB, c.CHAR_OCTET_LENGTH, ORDINAL_POSITION = c.column_id - IIF(o.type = 'FN', 1, 0),
+c.IS_NULLABLE, SS_DATA_TYPE = CAST(NULL AS tinyint) FROM sys.objects o JOIN sys.spt_columns c ON c.object_id =
+o.object_id WHERE o.type IN ('P', 'FN', 'IF') AND c.odbc = IIF(@ODBCVer = 3, 3, 2) AND (o.name = @procedure_name OR
+@fUsePattern = 1 AND o.name LIKE @procedure_name) AND (@procedure_owner IS NULL OR SCHEMA_NAME(o.schema_id) LIKE
+@procedure_owner) AND (@column_name IS NULL OR c.name LIKE @column_name) ORDER BY 1, 2, 3, 18)"},
+    // The columns that identify a row: those of the first unique index. No column has a version of the row.
+    {"sp_special_columns",
+     "@table_name sysname, @table_owner sysname = NULL, @table_qualifier sysname = NULL, @col_type char(1) = "
+     "'R', @scope char(1) = 'T', @nullable char(1) = 'U', @ODBCVer int = 2",
+     R"(IF @table_qualifier <> DB_NAME() BEGIN RAISERROR(15250, -1, -1) RETURN 1 END
+SELECT SCOPE = CAST(0 AS smallint), COLUMN_NAME = c.name, c.DATA_TYPE, c.TYPE_NAME, c.PRECISION, c.LENGTH, c.SCALE,
+PSEUDO_COLUMN = CAST(1 AS smallint) FROM sys.objects o JOIN sys.index_columns k ON k.object_id = o.object_id JOIN
+sys.spt_columns c ON c.object_id = o.object_id AND c.column_id = k.column_id WHERE @col_type = 'R' AND c.odbc =
+IIF(@ODBCVer = 3, 3, 2) AND o.name = @table_name AND SCHEMA_NAME(o.schema_id) = ISNULL(@table_owner,
+SCHEMA_NAME(o.schema_id)) AND k.index_id = (SELECT MIN(i.index_id) FROM sys.indexes i WHERE i.object_id = o.object_id
+AND i.is_unique = 1 AND i.has_filter = 0 AND (@nullable <> 'O' OR NOT EXISTS (SELECT 1 FROM sys.index_columns n JOIN
+sys.columns m ON m.object_id = n.object_id AND m.column_id = n.column_id WHERE n.object_id = i.object_id AND
+n.index_id = i.index_id AND m.is_nullable = 1))) ORDER BY k.key_ordinal)"},
     {"sp_pkeys", "@table_name sysname, @table_owner sysname = NULL, @table_qualifier sysname = NULL",
      R"(IF @table_qualifier <> DB_NAME() BEGIN RAISERROR(15250, -1, -1) RETURN 1 END
 SELECT TABLE_QUALIFIER = DB_NAME(), TABLE_OWNER = SCHEMA_NAME(o.schema_id), TABLE_NAME = o.name, COLUMN_NAME =

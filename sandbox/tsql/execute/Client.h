@@ -32,9 +32,8 @@ struct ProcedureCall {
     };
     std::string procedure;  // as EXEC names it: "master.dbo.[a name]"
     std::vector<Argument> arguments;
-    bool describeOnly = false;  // return column metadata only, as SET FMTONLY ON
-    int status = 0;             // return value of the procedure
-    bool aborted = false;       // an error or a cancellation ended the whole batch
+    int status = 0;        // return value of the procedure
+    bool aborted = false;  // an error or a cancellation ended the whole batch
 };
 
 // What a finished statement did.

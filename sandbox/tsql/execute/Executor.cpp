@@ -96,7 +96,6 @@ bool Executor::call(ProcedureCall& call, ResultSink& sink) {
             given.value = std::make_unique<Expr>(Expr{1, VariableRef{variable(i)}});
             given.output = argument.output;
         }
-        const Temporarily describing(m_settings.describeOnly, m_settings.describeOnly || call.describeOnly);
         inFrame(frame, [&] { guarded(1, [&] { return isSkipping() ? Flow::Next : this->run(execute); }); });
     });
     for (std::size_t i = 0; i < call.arguments.size(); ++i)
@@ -242,16 +241,24 @@ SqlError Executor::errorOf(const SqliteFailure& failure) {
     if (code == SQLITE_CONSTRAINT) return BrokenConstraint(m_connection, m_change).error(failure);
     if (failure.code == SQLITE_BUSY_SNAPSHOT) return sqlError(kDeadlockVictim, {std::to_string(m_spid)});
     if (code == SQLITE_BUSY || code == SQLITE_LOCKED) return sqlError(kLockTimeout);
+    if (code == SQLITE_FULL && m_change.verb == "INSERT" && m_change.target.identityColumn() &&
+        lastIdentity(m_change.target) == std::numeric_limits<std::int64_t>::max())
+        return sqlError(kArithmeticOverflow, {"IDENTITY", "bigint"}, 1);
     if (code == SQLITE_FULL) return sqlError(kDiskFull);
     if (code == SQLITE_NOMEM) return sqlError(kInsufficientMemory);
     if (text.find("too large (maximum depth") != std::string::npos ||
         text.find("stack overflow") != std::string::npos)
         return sqlError(kNestedTooDeeply);
-    if (text.find("prohibited in generated columns") != std::string::npos)
-        return unsupported("a computed column with a user-defined function or one like GETDATE");
-    // The files of the databases that were used first have been closed, or another one cannot be opened.
-    if (text.starts_with("no such table: ") || text.starts_with("too many attached databases"))
-        return unsupported("a statement or transaction over more than 10 databases");
+    // Files of databases are closed, or not opened, if there are too many of them.
+    constexpr std::string_view kManyDatabases = "a statement or transaction over more than 10 databases";
+    constexpr std::pair<std::string_view, std::string_view> kLimits[] = {
+        {"no such table: ", kManyDatabases},
+        {"too many attached databases", kManyDatabases},
+        {"prohibited in generated columns",
+         "a computed column with a user-defined function or one like GETDATE"},
+        {"misuse of aggregate", "an aggregate of columns of an outer query or of the left side of APPLY"}};
+    for (const auto& [part, construct] : kLimits)
+        if (text.find(part) != std::string::npos) return unsupported(construct);
     return {kUserDefined, "tsqlbox could not run the statement: " + text + "."};
 }
 

@@ -224,6 +224,9 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     void addIndex(Catalogue& catalogue, const TableInfo& table, const CreateIndex& create);
     void dropIndex(const TableInfo& table, const std::string& name);
     void dropIndex(const AlterIndex& index, bool ifExists);
+    void renameIndex(const TableInfo& table, const std::string& name, const std::string& newName);
+    std::set<std::string> filterColumns(const TableInfo& table, const ObjectInfo& index);
+    void changeSchema(const TableInfo& table, const std::string& change, std::span<const Value> values);
     void redefine(Catalogue& catalogue, const TableInfo& table);
     void checkRows(Catalogue& catalogue, const TableInfo& table, const ObjectInfo& key);
     void switchConstraints(Catalogue& catalogue, const TableInfo& table, const AlterTable& alter);
@@ -236,7 +239,6 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     void dropObject(const ObjectName& name, const Drop& drop);
     void run(const DefineSequence& define);
     void run(const CreateSchema& create);
-    void run(const TransferObject& transfer);
     void dropSchema(const std::string& name, bool ifExists);
     void dropTemporaryTables(Frame& frame);
     void dropTemporaryTables();
@@ -244,6 +246,13 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     void declareTable(const Declaration& declaration);
     // Runs `rollback` and preserves the rows of table variables.
     void keepTables(const std::function<void()>& rollback);
+
+    // ---- new names (ExecutorRename.cpp)
+    void run(const TransferObject& transfer);
+    void place(Catalogue& owner, ObjectInfo object, const std::string& schema, const std::string& name);
+    void renameObject(Catalogue& owner, const ObjectInfo& object, const std::string& newName);
+    void renameColumn(Catalogue& owner, const TableInfo& table, TableColumn column,
+                      const std::string& newName);
 
     // ---- triggers (ExecutorTriggers.cpp)
     void run(const SwitchTriggers& node);
@@ -263,6 +272,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     // ---- procedures of the system (ExecutorSystem.cpp)
     static const SystemProcedure* systemProcedure(std::string_view name);
     int helpText(const Frame& frame);
+    int rename(const Frame& frame);
     int getAppLock(const Frame& frame);
     int releaseAppLock(const Frame& frame);
     std::optional<AppLocks::Lock> appLock(const Frame& frame, std::string_view mode);
@@ -271,9 +281,11 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     Flow run(const CreateModule& module);
     Flow run(const Execute& execute);
     std::shared_ptr<const Batch> parsed(const std::string& text);
+    static const CreateModule& moduleOf(const Batch& batch) {
+        return std::get<CreateModule>(batch.statements.front()->node);
+    }
     // inside: database in which the text runs; empty: the session's.
     void runText(const std::string& text, const std::string& inside);
-    void executeSql(const Execute& execute, const std::string& database);
     // Passes the end of a procedure that the batch itself calls to the client.
     void asCall(const std::function<std::int32_t()>& work);
     void callProcedure(const Execute& execute, const ObjectName& name, const SystemProcedure* system);
@@ -288,6 +300,25 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     void runFrame(const Block& body, Frame& frame);
     bool runScope(const Block& body, Frame& frame);
     std::vector<TableColumn> viewColumns(const CreateModule& module);
+
+    // ---- statements with parameters (ExecutorPrepared.cpp)
+    struct PreparedText {
+        std::string statement, declarations;
+    };
+    // database: in which the statement runs; empty: the session's.
+    using StatementCall = void (Executor::*)(const Execute& call, const std::string& database);
+    static StatementCall statementCall(std::string_view name);
+    void executeSql(const Execute& call, const std::string& database);
+    void prepare(const Execute& call, const std::string& database);
+    void prepareAndExecute(const Execute& call, const std::string& database);
+    void executePrepared(const Execute& call, const std::string& database);
+    void unprepare(const Execute& call, const std::string& database);
+    void runStatement(const PreparedText& text, const Execute& call, std::size_t firstValue,
+                      const std::string& database);
+    PreparedText textToPrepare(const Execute& call);
+    const PreparedText& keepStatement(const Execute& call);
+    std::string textArgument(const Execute& call, std::size_t at, std::string_view parameter);
+    std::int64_t integerArgument(const Execute& call, std::size_t at);
 
     // ---- transactions (ExecutorTransactions.cpp)
     void run(const Transaction& transaction);
@@ -366,7 +397,9 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     std::optional<std::int64_t> m_batchIdentity;  // SCOPE_IDENTITY() of the batches, all one scope
     // Last identities generated in the transaction, by schema and stored name of the table.
     std::map<std::pair<std::string, std::string>, std::int64_t> m_givenIdentities;
-    Cursors m_cursors;                 // GLOBAL cursors
+    Cursors m_cursors;                                // GLOBAL cursors
+    std::map<std::int64_t, PreparedText> m_prepared;  // by handle
+    std::int64_t m_lastHandle = 0;
     bool m_checking = false;           // statements are checked, not executed
     bool m_ownTransaction = false;     // the open transaction is the statement's own
     int m_fewestTransactions = 0;      // COMMIT is an error at this number

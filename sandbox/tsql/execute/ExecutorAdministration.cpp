@@ -66,10 +66,9 @@ void Executor::run(const AlterDatabase& alter) {
 
 // Detaches a database. Throws `inUse` if the session or another one uses it.
 void Executor::releaseDatabase(std::string_view name, const SqlError& inUse) {
-    if (databaseKey(name) == databaseKey(m_database) ||
-        m_storage.uses(databaseKey(name)) > static_cast<int>(m_connection.isAttached(name)))
-        throw inUse;
+    if (databaseKey(name) == databaseKey(m_database)) throw inUse;
     m_connection.detach(name);
+    if (m_storage.use(databaseKey(name), /*change=*/0) > 0) throw inUse;
 }
 
 void Executor::dropDatabase(const std::string& name, bool ifExists) {

@@ -13,8 +13,8 @@ bool needsIndex(const ObjectInfo& key, const TableInfo& table) {
     return isKey && (!identity || key.columns.size() > 1 || !sameText(identity->name, key.columns.front()));
 }
 
-std::string indexName(const std::string& name, std::int64_t table, std::string_view suffix = {}) {
-    return quotedName(name + "@" + std::to_string(table) + std::string(suffix));
+std::string indexName(const std::string& name, std::int64_t table, std::string_view suffix) {
+    return name + "@" + std::to_string(table) + std::string(suffix);
 }
 
 // NULLs are equal in a unique key of T-SQL, but not of SQLite. Therefore rows with NULL have a second index.
@@ -68,6 +68,7 @@ constexpr std::pair<std::string_view, std::string_view> kConstraints[] = {
 
 // create: the table, in which the column may be part of the primary key.
 TableColumn columnOf(const ColumnDefinition& given, const CreateTable& create) {
+    requireColumnName(given.name);
     TableColumn column{given.name, given.type, !given.identity, given.identity.has_value()};
     for (const auto* constraint : allConstraints(create))
         if (constraint->kind == ConstraintKind::PrimaryKey)
@@ -260,10 +261,13 @@ CheckText Executor::computed(const TableInfo& table, const TableColumn& column) 
 std::string Executor::tableBody(Catalogue& catalogue, const TableInfo& table) {
     std::string body = commaList(table.columns, [&](const TableColumn& column) {
         std::string text = quotedName(column.name) + " ";
-        if (column.identity)
-            text += table.increment == 1 ? "INTEGER PRIMARY KEY AUTOINCREMENT" : "INTEGER PRIMARY KEY";
-        else
+        if (!column.identity)
             text.append(storageClass(column.type)).append(column.nullable ? "" : " NOT NULL");
+        else if (table.increment != 1)
+            text += "INTEGER PRIMARY KEY";
+        else
+            text += "INTEGER PRIMARY KEY AUTOINCREMENT CHECK (" +
+                    emitIdentity(quotedName(column.name), column.type).sql + " IS NOT NULL)";
         return text + (column.computed.empty() ? "" : " AS (" + computed(table, column).sql + ")");
     });
     for (const auto& key : catalogue.keysOf(table.id)) {
@@ -290,7 +294,8 @@ void Executor::makeIndex(const TableInfo& table, const ObjectInfo& index, const 
     const std::string on = " ON " + quotedName(table.stored) + " (";
     const auto make = [&](std::string_view suffix, const std::string& definition) {
         m_connection.run(std::string("CREATE ") + (isUniqueKey(index) ? "UNIQUE" : "") + " INDEX " +
-                         table.schema + "." + indexName(index.name, table.id, suffix) + on + definition);
+                         table.schema + "." + quotedName(indexName(index.name, table.id, suffix)) + on +
+                         definition);
     };
     try {
         make("", list + (filter.empty() ? ")" : ", (1)) WHERE " + filter));
@@ -309,18 +314,34 @@ void Executor::makeIndex(const TableInfo& table, const ObjectInfo& index, const 
 
 void Executor::dropIndex(const TableInfo& table, const std::string& name) {
     for (const auto suffix : {std::string_view(), kNullsSuffix})
-        m_connection.run("DROP INDEX IF EXISTS " + table.schema + "." + indexName(name, table.id, suffix));
+        m_connection.run("DROP INDEX IF EXISTS " + table.schema + "." +
+                         quotedName(indexName(name, table.id, suffix)));
 }
 
 // ---- ALTER TABLE
 
 // Replaces the table's definition in SQLite without changing its rows.
 void Executor::redefine(Catalogue& catalogue, const TableInfo& table) {
-    const std::string definition = quotedName(table.stored) + " (" + tableBody(catalogue, table) + ")";
+    const Value values[] = {
+        table.stored, "CREATE TABLE " + quotedName(table.stored) + " (" + tableBody(catalogue, table) + ")"};
+    changeSchema(table, "sql = ?2 WHERE type = 'table' AND name = ?1", values);
+}
+
+// Without effect on constraints that have no index.
+void Executor::renameIndex(const TableInfo& table, const std::string& name, const std::string& newName) {
+    for (const auto suffix : {std::string_view(), kNullsSuffix}) {
+        const std::string before = indexName(name, table.id, suffix),
+                          after = indexName(newName, table.id, suffix);
+        const Value values[] = {before, after, quotedName(before), quotedName(after)};
+        changeSchema(table, "name = ?2, sql = replace(sql, ?3, ?4) WHERE type = 'index' AND name = ?1",
+                     values);
+    }
+}
+
+void Executor::changeSchema(const TableInfo& table, const std::string& change,
+                            std::span<const Value> values) {
     m_connection.run("PRAGMA writable_schema = ON");
-    m_connection.run(
-        "UPDATE " + table.schema + ".sqlite_master SET sql = ?2 WHERE type = 'table' AND name = ?1",
-        {table.stored, "CREATE TABLE " + definition});
+    m_connection.run("UPDATE " + table.schema + ".sqlite_master SET " + change, values);
     const std::string version = "PRAGMA " + table.schema + ".schema_version";
     m_connection.run(version + " = " + std::to_string(*m_connection.number(version) + 1));
     m_connection.run("PRAGMA writable_schema = RESET");
@@ -388,7 +409,9 @@ void Executor::renumber(Catalogue& catalogue, const TableInfo& table) {
         "WITH found AS MATERIALIZED (SELECT _rowid_ AS ts_id, row_number() OVER (ORDER BY _rowid_) "
         "AS ts_n FROM " +
         table.sqlName() + ") " + update + "(1 << 62) + ts_n - 1 FROM found WHERE _rowid_ = ts_id");
-    m_connection.run(update + "?1 + ?2 * (_rowid_ - (1 << 62))", {table.seed, table.increment});
+    const std::string identity =
+        emitIdentity("?1 + ?2 * (_rowid_ - (1 << 62))", table.identityColumn()->type).sql;
+    m_connection.run(update + identity, {table.seed, table.increment});
     startIdentity(table);
     noteHighest(table);
 }
@@ -396,6 +419,10 @@ void Executor::renumber(Catalogue& catalogue, const TableInfo& table) {
 void Executor::fillColumn(const TableInfo& table, const TableColumn& column, const Typed& value) {
     m_connection.run("UPDATE " + table.sqlName() + " SET " + quotedName(column.name) + " = " +
                      emitAssign(value, column.type, table.fullName(), column.name).sql);
+}
+
+std::set<std::string> Executor::filterColumns(const TableInfo& table, const ObjectInfo& index) {
+    return Translator(*this).check(table, *parseConstraint("CHECK (" + index.stored + ")").check).columns;
 }
 
 void Executor::refuseDependents(const TableInfo& table, std::string_view column, std::string_view verb,
@@ -408,10 +435,7 @@ void Executor::refuseDependents(const TableInfo& table, std::string_view column,
     };
     for (const auto& key : keys) {
         const bool isIndex = key.type == kIndex;
-        if (isIndex && !key.stored.empty())
-            refuseIfUsed(
-                Translator(*this).check(table, *parseConstraint("CHECK (" + key.stored + ")").check).columns,
-                "index", key.name);
+        if (isIndex && !key.stored.empty()) refuseIfUsed(filterColumns(table, key), "index", key.name);
         refuseIfUsed(key.columns, isIndex ? "index" : "object", key.name);
     }
     for (const auto& other : table.columns)
@@ -501,6 +525,7 @@ void Executor::run(const AlterTable& alter) {
 }
 
 void Executor::addIndex(Catalogue& catalogue, const TableInfo& table, const CreateIndex& create) {
+    if (create.name.empty()) throw sqlError(kMissingColumnName);
     ObjectInfo index{0, create.name, std::string(kIndex), table.id, create.filterText};
     refuseSecondIndex(catalogue.keysOf(table.id), create.name, table);
     if (create.unique) index.source = kUniqueIndex;

@@ -10,10 +10,6 @@ namespace {
 constexpr std::size_t kParsedTexts = 256;
 constexpr std::size_t kDeepestCall = 33;  // the batch, and 32 calls
 
-const CreateModule& moduleOf(const Batch& batch) {
-    return std::get<CreateModule>(batch.statements.front()->node);
-}
-
 // Whether the block is one statement without nested statements.
 bool isAlone(const Block& block) {
     const auto holdsOthers = []<typename Node>(const Node&) {
@@ -51,14 +47,9 @@ std::vector<TableColumn> Executor::viewColumns(const CreateModule& module) {
     std::vector<TableColumn> columns;
     within(stored, [&] {
         QueryText text = Translator(*this).query(*module.query);
-        Translator::rename(text, module.columns, module.name.name);
-        for (const auto& [column, alias, nullLiteral, isNew] : text.columns) {
-            if (column.name.empty()) throw sqlError(kUnnamedViewColumn, {alias.substr(1)});
-            for (const auto& before : columns)
-                if (sameText(before.name, column.name))
-                    throw sqlError(kRepeatedViewColumn, {column.name, module.name.name});
+        Translator::rename(text, module.columns, module.name.name, kUnnamedViewColumn, kRepeatedViewColumn);
+        for (const auto& [column, alias, nullLiteral, isNew] : text.columns)
             columns.push_back({column.name, column.type, column.nullable});
-        }
     });
     return columns;
 }
@@ -170,9 +161,9 @@ Flow Executor::run(const Execute& execute) {
                                 : parseObjectName(evaluateText({1, VariableRef{execute.procedureVariable}}));
     const bool known = name.database.empty() || m_storage.exists(name.database);
     const bool system = name.schema.empty() || sameWord(name.schema, "sys") || sameWord(name.schema, "dbo");
-    if (known && system && sameWord(name.name, "sp_executesql")) {
+    if (const StatementCall body = known && system ? statementCall(name.name) : nullptr) {
         asCall([&] {
-            executeSql(execute, name.database.empty() ? m_frames.back()->database : databaseOf(name));
+            (this->*body)(execute, name.database.empty() ? m_frames.back()->database : databaseOf(name));
             return m_error;
         });
         checkTransactions(transactions, "");
@@ -215,38 +206,6 @@ void Executor::asCall(const std::function<std::int32_t()>& work) {
         m_sink->procedureEnded(status);
     else
         done(-1);
-}
-
-// sp_executesql @statement, @declarations, values ...: runs the text as the body of an unnamed procedure.
-void Executor::executeSql(const Execute& execute, const std::string& database) {
-    if (execute.arguments.empty() || !execute.arguments.front().value)
-        throw sqlError(kMissingParameter, {"sp_executesql", "@statement"}, 10);
-    std::string texts[2];
-    for (std::size_t i = 0; i < std::min(execute.arguments.size(), std::size(texts)); ++i) {
-        if (!execute.arguments[i].value) continue;
-        TypedValue given = evaluate(*execute.arguments[i].value);
-        if (isNull(given.value)) continue;
-        if (!isNational(given.type.id))
-            throw sqlError(kWrongParameterType, {i ? "@params" : "@statement", "ntext/nchar/nvarchar"},
-                           i ? 3 : 2);
-        texts[i] = std::move(std::get<std::string>(given.value));
-    }
-    const std::string &statement = texts[0], &declarations = texts[1];
-    Frame frame, own;                     // sp_executesql and its text are a level each
-    if (trimmed(declarations).empty()) {  // the text may define a module
-        inFrame(own, [&] { runText(statement, database); });
-        frame.returned = std::int64_t{m_error};
-        returnOutputs({}, {}, execute, frame);
-        return;
-    }
-    const auto batch = parsed("CREATE PROCEDURE [] " + declarations + " AS " + statement);
-    const CreateModule& module = moduleOf(*batch);
-    frame.database = database;
-    frame.skippedArguments = std::size(texts);
-    const auto arguments = bindArguments(module, execute, "(" + declarations + ")" + statement, frame);
-    inFrame(own, [&] { runScope(module.body, frame); });
-    frame.returned = std::int64_t{m_error};
-    returnOutputs(module, arguments, execute, frame);
 }
 
 void Executor::callProcedure(const Execute& execute, const ObjectName& name, const SystemProcedure* system) {

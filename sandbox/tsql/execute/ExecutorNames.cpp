@@ -124,6 +124,7 @@ std::optional<ObjectInfo> Executor::visibleObject(const ObjectName& name) {
 
 // Returns an object that is about to be created. Throws error 2760 if there is no such schema.
 ObjectInfo Executor::newObject(const Catalogue& owner, const ObjectName& name, std::string_view type) {
+    if (name.name.empty()) throw sqlError(kMissingColumnName);
     ObjectInfo object{0, name.name, std::string(type)};
     if (name.schema.empty() || owner.isTemporary()) return object;
     const auto schema = owner.schemaNamed(name.schema);

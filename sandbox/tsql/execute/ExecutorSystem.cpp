@@ -11,16 +11,13 @@ namespace {
 
 constexpr int kWrongCall = -999;
 
-std::string textOf(const Frame& frame, const char* variable) {
-    const auto* text = std::get_if<std::string>(&frame.variables.at(variable).value);
-    return text ? *text : std::string();
-}
-
 }  // namespace
 
 const SystemProcedure* Executor::systemProcedure(std::string_view name) {
     static constexpr SystemProcedure kProcedures[] = {
         {"sp_helptext", "@objname nvarchar(776), @columnname sysname = NULL", "RETURN", &Executor::helpText},
+        {"sp_rename", "@objname nvarchar(1035), @newname sysname, @objtype varchar(13) = NULL", "RETURN",
+         &Executor::rename},
         {"sp_getapplock",
          "@Resource nvarchar(255), @LockMode varchar(32), @LockOwner varchar(32) = 'Transaction', "
          "@LockTimeout int = NULL, @DbPrincipal sysname = 'public'",
@@ -37,8 +34,8 @@ const SystemProcedure* Executor::systemProcedure(std::string_view name) {
 
 // sp_helptext: one row for each line of the module's text, the line end included, split after 255 characters.
 int Executor::helpText(const Frame& frame) {
-    if (!textOf(frame, "@columnname").empty()) throw unsupported("sp_helptext with a column");
-    ObjectName name = parseObjectName(textOf(frame, "@objname"));
+    if (!frame.text("@columnname").empty()) throw unsupported("sp_helptext with a column");
+    ObjectName name = parseObjectName(frame.text("@objname"));
     if (name.database.empty()) name.database = frame.database;
     const auto found = object(name);
     if (!found) throw sqlError(kInvalidObject, {name.name, name.database});
@@ -58,24 +55,24 @@ int Executor::helpText(const Frame& frame) {
 // Returns the lock that the arguments of both lock procedures describe. Reports an error and returns nothing
 // if they are invalid.
 std::optional<AppLocks::Lock> Executor::appLock(const Frame& frame, std::string_view mode) {
-    const std::string owner = textOf(frame, "@lockowner");
+    const std::string owner = frame.text("@lockowner");
     const auto known = lockModeNamed(mode);
     const bool ofTransaction = sameWord(owner, "Transaction");
-    const int wrong = !known                                               ? kInvalidAppLockMode
-                      : !ofTransaction && !sameWord(owner, "Session")      ? kInvalidAppLockOwner
-                      : !sameWord(textOf(frame, "@dbprincipal"), "public") ? kInvalidAppLockPrincipal
-                      : ofTransaction && m_transactions == 0               ? kTransactionRequired
-                                                                           : 0;
+    const int wrong = !known                                            ? kInvalidAppLockMode
+                      : !ofTransaction && !sameWord(owner, "Session")   ? kInvalidAppLockOwner
+                      : !sameWord(frame.text("@dbprincipal"), "public") ? kInvalidAppLockPrincipal
+                      : ofTransaction && m_transactions == 0            ? kTransactionRequired
+                                                                        : 0;
     if (wrong) {
         afterError(messageOf(sqlError(wrong, {frame.procedure}), m_line), /*raised=*/true);
         return std::nullopt;
     }
-    return AppLocks::Lock{databaseKey(frame.database) + ":" + textOf(frame, "@resource"), *known, this,
+    return AppLocks::Lock{databaseKey(frame.database) + ":" + frame.text("@resource"), *known, this,
                           ofTransaction};
 }
 
 int Executor::getAppLock(const Frame& frame) {
-    const auto lock = appLock(frame, textOf(frame, "@lockmode"));
+    const auto lock = appLock(frame, frame.text("@lockmode"));
     if (!lock) return kWrongCall;
     const auto* given = std::get_if<std::int64_t>(&frame.variables.at("@locktimeout").value);
     return m_locks.acquire(*lock, std::chrono::milliseconds(given ? *given : m_settings.lockTimeout),
@@ -86,7 +83,7 @@ int Executor::releaseAppLock(const Frame& frame) {
     const auto lock = appLock(frame, "Exclusive");
     if (!lock) return kWrongCall;
     if (m_locks.release(lock->resource, this, lock->ofTransaction)) return 0;
-    afterError(messageOf(sqlError(kAppLockNotHeld, {textOf(frame, "@resource")}), m_line),
+    afterError(messageOf(sqlError(kAppLockNotHeld, {frame.text("@resource")}), m_line),
                /*raised=*/true);
     return kWrongCall;
 }

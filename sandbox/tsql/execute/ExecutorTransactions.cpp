@@ -102,6 +102,7 @@ bool Executor::resetAroundTransaction(std::string_view database) {
     m_locks.releaseAll(this, /*ofTransaction=*/false);
     dropTemporaryTables();
     m_cursors.clear();
+    m_prepared.clear();
     m_identity.reset();
     m_batchIdentity.reset();
     m_rowCount = m_cursorRows = m_error = m_fetchStatus = 0;

@@ -45,6 +45,10 @@ struct Frame {
     void declare(const std::vector<Local>& locals) {
         for (const auto& [name, type] : locals) variables[name] = {Null{}, type};
     }
+    std::string text(const char* variable) const {  // empty for NULL
+        const auto* found = std::get_if<std::string>(&variables.at(variable).value);
+        return found ? *found : std::string();
+    }
     // Declares the parameters and variables of a module.
     void declare(const CreateModule& module) {
         for (const auto& parameter : module.parameters) variables[parameter.name] = {Null{}, parameter.type};

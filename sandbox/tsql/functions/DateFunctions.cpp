@@ -80,7 +80,6 @@ Value runFromParts(const SqlCall& call) {
 }
 
 Value runIsDate(const SqlCall& call) {
-    if (isNull(call[0])) return std::int64_t{0};
     return std::int64_t{!isNull(convertValue(call[0], varcharType(SqlType::kMax),
                                              simpleType(TypeId::DateTime), kNoStyle, Conversion::Try)) &&
                         !call.text(0).empty()};

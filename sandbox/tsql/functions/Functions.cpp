@@ -106,6 +106,8 @@ const FunctionInfo kWritten[] = {
     {"row_number", "", TypeId::BigInt, "row_number", kRanking},
     {"rank", "", TypeId::BigInt, "rank", kRanking},
     {"dense_rank", "", TypeId::BigInt, "dense_rank", kRanking},
+    {"cume_dist", "", TypeId::Float, "cume_dist", kRanking},
+    {"percent_rank", "", TypeId::Float, "percent_rank", kRanking},
     {"ntile", "B", TypeId::BigInt,
      [](const FunctionInfo&, Pieces pieces, const SqlType&) {
          return "ntile(" + checkedRowCount(pieces[0].sql, 1, message::kNtileNotPositive) + ")";
@@ -132,12 +134,6 @@ SqlType dateTypeFor(const SqlType& type, TypeId ofText) {
     return simpleType(isText(type.id) ? ofText : TypeId::DateTime);
 }
 
-Typed datePartArgument(const Typed& value, std::string_view function) {
-    const auto part = findDatePart(value.word);
-    if (!part) throw sqlError(message::kUnknownOption, {value.word, function});
-    return {std::to_string(static_cast<int>(*part)), simpleType(TypeId::Int), false, static_cast<int>(*part)};
-}
-
 // Type to which an argument with this pattern letter is converted.
 SqlType wantedType(char letter, const SqlType& type) {
     if (letter == 'C' || letter == 'L' || letter == 'T') return textTypeFor(type);
@@ -149,7 +145,11 @@ SqlType wantedType(char letter, const SqlType& type) {
 }
 
 Typed argument(const FunctionInfo& function, std::size_t i, char letter, const Typed& value) {
-    if (letter == 'P') return datePartArgument(value, function.name);
+    if (letter == 'P') {
+        const auto part = findDatePart(value.word);
+        if (!part) throw sqlError(message::kUnknownOption, {value.word, function.name});
+        return typedConstant(std::to_string(int(*part)), {std::int64_t{int(*part)}, simpleType(TypeId::Int)});
+    }
     const SqlType wanted = wantedType(letter, value.type);
     const TypeId given = value.type.id;
     const bool asItIs = letter == 'S' || letter == 'C';

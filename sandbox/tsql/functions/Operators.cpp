@@ -15,7 +15,6 @@ Value runConvert(const SqlCall& call) {
 
 // (value, type, target type, table, column)
 Value runAssign(const SqlCall& call) {
-    if (isNull(call[0])) return Null{};
     const SqlType from = call.type(1), to = call.type(2);
     try {
         return convertValue(call[0], from, to, kNoStyle, Conversion::Assign);
@@ -62,7 +61,7 @@ Value runUnpadded(const SqlCall& call) {
 const ScalarFunction kOperatorTable[] = {
     {"ts_convert", runConvert<Conversion::Cast>},
     {"ts_try_convert", runConvert<Conversion::Try>},
-    {"ts_assign", runAssign, Nulls::Reach},
+    {"ts_assign", runAssign},
     {"ts_arithmetic", runArithmetic, Nulls::Reach},
     {"ts_compare",  // (left, left type, right, right type)
      [](const SqlCall& call) -> Value {
@@ -233,6 +232,10 @@ Typed emitAssign(const Typed& value, const SqlType& to, std::string_view table, 
     return {"ts_assign(" + value.sql + "," + code(value.type) + "," + code(to) + "," + quotedText(table) +
                 "," + quotedText(column) + ")",
             to};
+}
+
+Typed emitIdentity(const std::string& number, const SqlType& type) {
+    return {"ts_identity(" + number + "," + code(type) + ")", type};
 }
 
 SqlType commonType(std::span<const Typed> pieces) {

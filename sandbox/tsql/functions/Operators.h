@@ -45,6 +45,8 @@ Typed emitConvert(const Typed& value, const SqlType& to, const Typed* style, Con
 Typed coerce(const Typed& value, const SqlType& to);
 // Conversion for a column. A string that is too long is error 2628, which names table and column.
 Typed emitAssign(const Typed& value, const SqlType& to, std::string_view table, std::string_view column);
+// A number as an identity of that type: error 8115 if it does not fit.
+Typed emitIdentity(const std::string& number, const SqlType& type);
 // Common type, ignoring NULL literals; int if there are only NULL literals.
 SqlType commonType(std::span<const Typed> pieces);
 // Common type for a comparison: an error if decimals would lose digits.

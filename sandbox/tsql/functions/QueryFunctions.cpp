@@ -1,54 +1,59 @@
 // SQLite functions for the SQL of the translator and the system views.
 
+#include <boost/algorithm/string/finder.hpp>
+#include <boost/algorithm/string/iter_find.hpp>
+#include <cstring>
+
 #include "functions/SqliteFunction.h"
 #include "syntax/Parser.h"
 
 namespace tsql {
 namespace {
 
-// (value); returns it, and notes a NULL that an aggregate skips
-Value runNoted(const SqlCall& call) {
-    if (isNull(call[0])) call.context().noteNullLeftOut();
-    return ownedValue(call[0]);
+// The values as one string without characters that JSON escapes: for each one its kind, as the index in the
+// variant, and its bytes in hexadecimal digits, with commas between them.
+std::string packed(std::span<const CellView> cells) {
+    const auto bytesOf = []<typename T>(const T& value) -> std::string {
+        if constexpr (std::is_same_v<T, Null>) return {};
+        if constexpr (requires { value.size(); }) return hexDigits(std::as_bytes(std::span(value)));
+        return hexDigits(std::as_bytes(std::span(&value, 1)));
+    };
+    std::string row;
+    for (const auto& cell : cells)
+        row += (row.empty() ? "" : ",") + std::to_string(cell.index()) + std::visit(bytesOf, cell);
+    return row;
 }
 
-// (rows, value); the value of a subquery, which may have one row at most
-Value runSingle(const SqlCall& call) {
-    if (call.integer(0) > 1) throw sqlError(message::kSubqueryWithSeveralRows);
-    return ownedValue(call[1]);
+// (packed row, place of a value in it)
+Value runUnpack(const SqlCall& call) {
+    std::string_view cell = call.text(0);
+    for (auto before = call.integer(1); before > 0; --before) cell.remove_prefix(cell.find(',') + 1);
+    const Bytes bytes = *parseHex(cell.substr(0, cell.find(',')).substr(1));
+    const auto copied = [&](auto number) {
+        std::memcpy(&number, bytes.data(), sizeof number);
+        return Value(number);
+    };
+    switch (cell[0]) {
+        case '0':
+            return Null{};
+        case '1':
+            return copied(std::int64_t{});
+        case '2':
+            return copied(double{});
+        case '3':
+            return std::string(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+        default:
+            return bytes;
+    }
 }
 
-// (depth, limit); depth + 1; limit 0: none
-Value runDeeper(const SqlCall& call) {
-    if (call.integer(1) > 0 && call.integer(0) >= call.integer(1))
-        throw sqlError(message::kRecursionExhausted, {std::to_string(call.integer(1))});
-    return call.integer(0) + 1;
-}
-
-// (requested rows, least, error)
-Value runRows(const SqlCall& call) {
-    if (isNull(call[0])) throw sqlError(message::kRowCountNotInteger);
-    if (call.integer(0) < call.integer(1)) throw sqlError(static_cast<int>(call.integer(2)));
-    return call.integer(0);
-}
-
-// (string, separator); the parts as a JSON array, which SQLite turns into rows
+// (string, separator); a packed row for each part, in a JSON array
 Value runSplit(const SqlCall& call) {
     if (characterCount(call.text(1)) != 1)
         throw sqlError(message::kWrongParameterType, {"separator", "nchar(1)/nvarchar(1)"});
-    std::string result = "[\"";
-    for (std::string_view rest = call.text(0); !rest.empty();) {
-        const bool separates = rest.starts_with(call.text(1));
-        const auto code = std::byte(rest.front());
-        if (separates)
-            result += "\",\"";
-        else if (code < std::byte{' '} || rest.front() == '"' || rest.front() == '\\')
-            result += "\\u00" + hexDigits({&code, 1});
-        else
-            result += rest.front();
-        rest.remove_prefix(separates ? call.text(1).size() : 1);
-    }
-    return result + "\"]";
+    std::vector<std::string_view> parts;
+    boost::iter_split(parts, call.text(0), boost::first_finder(call.text(1)));
+    return "[" + commaList(parts, [](CellView part) { return '"' + packed({&part, 1}) + '"'; }) + "]";
 }
 
 // CONVERT style for XML output of the type.
@@ -154,14 +159,6 @@ Value runIdOfType(const SqlCall& call) {
     return Null{};
 }
 
-// --- foreign keys in the system views
-
-// (text of a foreign key); the names of the columns that it references, or NULL if it does not name them
-Value runReferenced(const SqlCall& call) {
-    const auto names = parseConstraint(call.text(0)).referencedColumns;
-    return names.empty() ? Value(Null{}) : Value(commaList(names));
-}
-
 constexpr auto kReach = Nulls::Reach;
 
 const ScalarFunction kQueryTable[] = {
@@ -176,28 +173,59 @@ const ScalarFunction kQueryTable[] = {
     {"ts_next_value",  // (database, id of a sequence)
      [](const SqlCall& call) { return call.context().session().nextValue(call.text(0), call.integer(1)); },
      kReach, Purity::Varying},
-    {"ts_next_identity",  // (schema, table, increment, type)
-     [](const SqlCall& call) {
-         const auto next = call.context().session().nextIdentity(call.text(0), call.text(1), call.integer(2));
-         if (fits(next, call.type(3))) return Value(next);
-         throw sqlError(message::kArithmeticOverflow, {"IDENTITY", baseName(call.type(3).id)}, 1);
+    {"ts_next_identity",  // (schema, table, increment)
+     [](const SqlCall& call) -> Value {
+         return call.context().session().nextIdentity(call.text(0), call.text(1), call.integer(2));
      },
      kReach, Purity::Varying},
+    {"ts_identity",  // (number, type of the column)
+     [](const SqlCall& call) -> Value {
+         if (fits(call.integer(0), call.type(1))) return call.integer(0);
+         throw sqlError(message::kArithmeticOverflow, {"IDENTITY", baseName(call.type(1).id)}, 1);
+     }},
     {"ts_sequence_value",  // (its text, number of values given)
      [](const SqlCall& call) {
          const auto value = Sequence::read(std::string(call.text(0))).value(call.integer(1));
          return value ? Value(*value) : Value(Null{});
      }},
-    {"ts_noted", runNoted, kReach, Purity::Varying},
-    {"ts_single", runSingle, kReach},
-    {"ts_deeper", runDeeper},
-    {"ts_rows", runRows, kReach},
+    {"ts_noted",  // (value); returns it, and notes a NULL that an aggregate skips
+     [](const SqlCall& call) {
+         if (isNull(call[0])) call.context().noteNullLeftOut();
+         return ownedValue(call[0]);
+     },
+     kReach, Purity::Varying},
+    {"ts_single",  // (rows, value); the value of a subquery, which may have one row at most
+     [](const SqlCall& call) {
+         if (call.integer(0) > 1) throw sqlError(message::kSubqueryWithSeveralRows);
+         return ownedValue(call[1]);
+     },
+     kReach},
+    {"ts_deeper",  // (depth, limit); depth + 1; limit 0: none
+     [](const SqlCall& call) -> Value {
+         if (call.integer(1) > 0 && call.integer(0) >= call.integer(1))
+             throw sqlError(message::kRecursionExhausted, {std::to_string(call.integer(1))});
+         return call.integer(0) + 1;
+     }},
+    {"ts_rows",  // (requested rows, least, error)
+     [](const SqlCall& call) -> Value {
+         if (isNull(call[0])) throw sqlError(message::kRowCountNotInteger);
+         if (call.integer(0) < call.integer(1)) throw sqlError(static_cast<int>(call.integer(2)));
+         return call.integer(0);
+     },
+     kReach},
+    {"ts_pack", [](const SqlCall& call) -> Value { return packed(call.arguments()); }, kReach},
+    {"ts_unpack", runUnpack},
     {"ts_split", runSplit},
     {"ts_xml", runXml},
     {"ts_xml_value", runXmlValue},
     {"ts_schema_of", [](const SqlCall& call) -> Value { return std::string(schemaOf(call.text(0))); }},
     {"ts_bare_name", [](const SqlCall& call) -> Value { return std::string(bareName(call.text(0))); }},
-    {"ts_referenced", runReferenced},
+    {"ts_referenced",  // (text of a foreign key); names of the columns that it references, or NULL without
+                       // any
+     [](const SqlCall& call) {
+         const auto names = parseConstraint(call.text(0)).referencedColumns;
+         return names.empty() ? Value(Null{}) : Value(commaList(names));
+     }},
     {"ts_on_delete", [](const SqlCall& call) -> Value { return parseConstraint(call.text(0)).onDelete; }},
     {"ts_on_update", [](const SqlCall& call) -> Value { return parseConstraint(call.text(0)).onUpdate; }},
     {"ts_name_of_type", runNameOfType},

@@ -53,156 +53,159 @@ Value orNull(const std::optional<T>& value) {
     return value ? Value(*value) : Value(Null{});
 }
 
-struct SessionFunctions {
-    static FunctionSession& session(const SqlCall& call) { return call.context().session(); }
+FunctionSession& session(const SqlCall& call) {
+    return call.context().session();
+}
 
-    // Returns the name of the database whose number is that argument, or of the current one without it.
-    static std::optional<std::string> databaseArgument(const SqlCall& call, std::size_t position) {
-        if (call.count() <= position) return session(call).databaseOf({});
-        for (const auto& name : session(call).storage().databases())
-            if (databaseId(session(call).storage(), name) == call.integer(position)) return name;
-        return std::nullopt;
+// Returns the name of the database whose number is that argument, or of the current one without it.
+std::optional<std::string> databaseArgument(const SqlCall& call, std::size_t position) {
+    if (call.count() <= position) return session(call).databaseOf({});
+    for (const auto& name : session(call).storage().databases())
+        if (databaseId(session(call).storage(), name) == call.integer(position)) return name;
+    return std::nullopt;
+}
+
+Value databaseName(const SqlCall& call) {
+    return orNull(databaseArgument(call, 0));
+}
+
+Value databaseNumber(const SqlCall& call) {
+    return orNull(databaseId(session(call).storage(),
+                             call.count() ? std::string(call.text(0)) : session(call).databaseOf({})));
+}
+
+Value databaseProperty(const SqlCall& call) {
+    if (!session(call).storage().exists(call.text(0))) return Null{};
+    return propertyIn(kDatabaseProperties, call.text(1));
+}
+
+Value serverProperty(const SqlCall& call) {
+    for (const auto name : {"ServerName", "MachineName", "ComputerNamePhysicalNetBIOS"})
+        if (sameWord(name, call.text(0))) return hostName();
+    return propertyIn(kServerProperties, call.text(0));
+}
+
+Value objectId(const SqlCall& call) {
+    const auto name = parseObjectName(call.text(0));
+    const auto found = session(call).object(name);
+    if (!found || (call.count() > 1 && !sameWord(found->type, trimmed(call.text(1))))) return Null{};
+    return name.name.starts_with('#') ? -found->id : found->id;
+}
+
+// (id [, database number])
+std::optional<ObjectInfo> objectArgument(const SqlCall& call) {
+    const auto database = databaseArgument(call, 1);
+    if (!database) return std::nullopt;
+    return session(call).catalogue({*database, {}, {}}).findById(call.integer(0));
+}
+
+template <std::string ObjectInfo::*fact>
+Value ofObject(const SqlCall& call) {
+    const auto found = objectArgument(call);
+    return found ? Value((*found).*fact) : Null{};
+}
+
+Value objectProperty(const SqlCall& call) {
+    constexpr std::pair<std::string_view, std::string_view> kProperties[] = {
+        {"IsUserTable", objectType::kTable},
+        {"IsTable", objectType::kTable},
+        {"IsProcedure", objectType::kProcedure},
+        {"IsView", objectType::kView},
+        {"IsInlineFunction", objectType::kTableFunction},
+        {"IsScalarFunction", objectType::kFunction},
+        {"IsPrimaryKey", objectType::kPrimaryKey},
+        {"IsTrigger", objectType::kTrigger},
+        {"IsMSShipped", ""}};
+    const auto found = session(call).catalogue({}).findById(call.integer(0));
+    if (!found) return Null{};
+    for (const auto& [property, type] : kProperties)
+        if (sameWord(property, call.text(1))) return std::int64_t{found->type == type};
+    if (!sameWord(call.text(1), "TableHasIdentity"))
+        throw unsupported("OBJECTPROPERTY's '" + std::string(call.text(1)) + "'");
+    if (found->type != objectType::kTable) return Null{};
+    return std::int64_t{session(call).catalogue({}).tableOf(*found).identityColumn() != nullptr};
+}
+
+Value objectDefinition(const SqlCall& call) {
+    const auto found = session(call).catalogue({}).findById(call.integer(0));
+    const bool isModule = found && found->type != objectType::kTable &&
+                          (found->parent == 0 || found->type == objectType::kTrigger);
+    return isModule ? Value(found->source) : Value(Null{});
+}
+
+Value schemaNumber(const SqlCall& call) {
+    const auto found = session(call).catalogue({}).schemaNamed(call.count() ? call.text(0) : kDefaultSchema);
+    return found ? Value(found->id) : Value(Null{});
+}
+
+Value schemaName(const SqlCall& call) {
+    if (call.count() == 0) return std::string(kDefaultSchema);
+    for (const auto& schema : session(call).catalogue({}).schemas())
+        if (schema.id == call.integer(0)) return schema.name;
+    return Null{};
+}
+
+Value columnLength(const SqlCall& call) {
+    const auto name = parseObjectName(call.text(0));
+    const auto found = session(call).object(name);
+    if (!found) return Null{};
+    const TableInfo table = session(call).catalogue(name).tableOf(*found);
+    const TableColumn* column = table.column(call.text(1));
+    return column ? Value(std::int64_t{maxLength(column->type)}) : Value(Null{});
+}
+
+Value columnName(const SqlCall& call) {
+    for (const auto& column : session(call).catalogue({}).columns(call.integer(0)))
+        if (column.id == call.integer(1)) return column.name;
+    return Null{};
+}
+
+Value columnProperty(const SqlCall& call) {
+    for (const auto& column : session(call).catalogue({}).columns(call.integer(0))) {
+        if (!sameText(column.name, call.text(1))) continue;
+        if (sameWord(call.text(2), "IsIdentity")) return std::int64_t{column.identity};
+        if (sameWord(call.text(2), "AllowsNull")) return std::int64_t{column.nullable};
+        if (sameWord(call.text(2), "IsComputed")) return std::int64_t{!column.computed.empty()};
+        throw unsupported("COLUMNPROPERTY's '" + std::string(call.text(2)) + "'");
     }
+    return Null{};
+}
 
-    static Value databaseName(const SqlCall& call) { return orNull(databaseArgument(call, 0)); }
+Value currentIdentity(const SqlCall& call) {
+    const TableInfo info = session(call).table(parseObjectName(call.text(0)));
+    if (!info.identityColumn()) return Null{};
+    const auto last = session(call).lastIdentity(info);
+    return identityValue(!last || *last == info.seed - info.increment ? info.seed : *last);
+}
 
-    static Value databaseNumber(const SqlCall& call) {
-        return orNull(databaseId(session(call).storage(),
-                                 call.count() ? std::string(call.text(0)) : session(call).databaseOf({})));
-    }
+template <std::int64_t TableInfo::*fact>
+Value ofIdentity(const SqlCall& call) {
+    const TableInfo info = session(call).table(parseObjectName(call.text(0)));
+    return identityValue(info.identityColumn() ? std::optional(info.*fact) : std::nullopt);
+}
 
-    static Value databaseProperty(const SqlCall& call) {
-        if (!session(call).storage().exists(call.text(0))) return Null{};
-        return propertyIn(kDatabaseProperties, call.text(1));
-    }
+// Property of the error that the enclosing CATCH block handles.
+template <auto Message::*fact>
+Value caught(const SqlCall& call) {
+    const Message* error = session(call).caughtError();
+    if (!error) return Null{};
+    const auto& value = error->*fact;
+    if constexpr (std::is_same_v<decltype(value), const int&>)
+        return std::int64_t{value};
+    else
+        return fact == &Message::procedure && value.empty() ? Value(Null{}) : Value(value);
+}
 
-    static Value serverProperty(const SqlCall& call) {
-        for (const auto name : {"ServerName", "MachineName", "ComputerNamePhysicalNetBIOS"})
-            if (sameWord(name, call.text(0))) return hostName();
-        return propertyIn(kServerProperties, call.text(0));
-    }
-
-    static Value objectId(const SqlCall& call) {
-        const auto name = parseObjectName(call.text(0));
-        const auto found = session(call).object(name);
-        if (!found || (call.count() > 1 && !sameWord(found->type, trimmed(call.text(1))))) return Null{};
-        return name.name.starts_with('#') ? -found->id : found->id;
-    }
-
-    // (id [, database number])
-    static std::optional<ObjectInfo> objectArgument(const SqlCall& call) {
-        const auto database = databaseArgument(call, 1);
-        if (!database) return std::nullopt;
-        return session(call).catalogue({*database, {}, {}}).findById(call.integer(0));
-    }
-
-    template <std::string ObjectInfo::*fact>
-    static Value ofObject(const SqlCall& call) {
-        const auto found = objectArgument(call);
-        return found ? Value((*found).*fact) : Null{};
-    }
-
-    static Value objectProperty(const SqlCall& call) {
-        constexpr std::pair<std::string_view, std::string_view> kProperties[] = {
-            {"IsUserTable", objectType::kTable},
-            {"IsTable", objectType::kTable},
-            {"IsProcedure", objectType::kProcedure},
-            {"IsView", objectType::kView},
-            {"IsInlineFunction", objectType::kTableFunction},
-            {"IsScalarFunction", objectType::kFunction},
-            {"IsPrimaryKey", objectType::kPrimaryKey},
-            {"IsTrigger", objectType::kTrigger},
-            {"IsMSShipped", ""}};
-        const auto found = session(call).catalogue({}).findById(call.integer(0));
-        if (!found) return Null{};
-        for (const auto& [property, type] : kProperties)
-            if (sameWord(property, call.text(1))) return std::int64_t{found->type == type};
-        if (!sameWord(call.text(1), "TableHasIdentity"))
-            throw unsupported("OBJECTPROPERTY's '" + std::string(call.text(1)) + "'");
-        if (found->type != objectType::kTable) return Null{};
-        return std::int64_t{session(call).catalogue({}).tableOf(*found).identityColumn() != nullptr};
-    }
-
-    static Value objectDefinition(const SqlCall& call) {
-        const auto found = session(call).catalogue({}).findById(call.integer(0));
-        const bool isModule = found && found->type != objectType::kTable &&
-                              (found->parent == 0 || found->type == objectType::kTrigger);
-        return isModule ? Value(found->source) : Value(Null{});
-    }
-
-    static Value schemaNumber(const SqlCall& call) {
-        const auto found =
-            session(call).catalogue({}).schemaNamed(call.count() ? call.text(0) : kDefaultSchema);
-        return found ? Value(found->id) : Value(Null{});
-    }
-
-    static Value schemaName(const SqlCall& call) {
-        if (call.count() == 0) return std::string(kDefaultSchema);
-        for (const auto& schema : session(call).catalogue({}).schemas())
-            if (schema.id == call.integer(0)) return schema.name;
-        return Null{};
-    }
-
-    static Value columnLength(const SqlCall& call) {
-        const auto name = parseObjectName(call.text(0));
-        const auto found = session(call).object(name);
-        if (!found) return Null{};
-        const TableInfo table = session(call).catalogue(name).tableOf(*found);
-        const TableColumn* column = table.column(call.text(1));
-        return column ? Value(std::int64_t{maxLength(column->type)}) : Value(Null{});
-    }
-
-    static Value columnName(const SqlCall& call) {
-        for (const auto& column : session(call).catalogue({}).columns(call.integer(0)))
-            if (column.id == call.integer(1)) return column.name;
-        return Null{};
-    }
-
-    static Value columnProperty(const SqlCall& call) {
-        for (const auto& column : session(call).catalogue({}).columns(call.integer(0))) {
-            if (!sameText(column.name, call.text(1))) continue;
-            if (sameWord(call.text(2), "IsIdentity")) return std::int64_t{column.identity};
-            if (sameWord(call.text(2), "AllowsNull")) return std::int64_t{column.nullable};
-            if (sameWord(call.text(2), "IsComputed")) return std::int64_t{!column.computed.empty()};
-            throw unsupported("COLUMNPROPERTY's '" + std::string(call.text(2)) + "'");
-        }
-        return Null{};
-    }
-
-    static Value currentIdentity(const SqlCall& call) {
-        const TableInfo info = session(call).table(parseObjectName(call.text(0)));
-        if (!info.identityColumn()) return Null{};
-        const auto last = session(call).lastIdentity(info);
-        return identityValue(!last || *last == info.seed - info.increment ? info.seed : *last);
-    }
-
-    template <std::int64_t TableInfo::*fact>
-    static Value ofIdentity(const SqlCall& call) {
-        const TableInfo info = session(call).table(parseObjectName(call.text(0)));
-        return identityValue(info.identityColumn() ? std::optional(info.*fact) : std::nullopt);
-    }
-
-    // Property of the error that the enclosing CATCH block handles.
-    template <auto Message::*fact>
-    static Value caught(const SqlCall& call) {
-        const Message* error = session(call).caughtError();
-        if (!error) return Null{};
-        const auto& value = error->*fact;
-        if constexpr (std::is_same_v<decltype(value), const int&>)
-            return std::int64_t{value};
-        else
-            return fact == &Message::procedure && value.empty() ? Value(Null{}) : Value(value);
-    }
-
-    template <const std::string& (FunctionSession::*name)() const>
-    static Value client(const SqlCall& call) {
-        return (session(call).*name)();
-    }
-    static Value owner(const SqlCall&) { return "dbo"; }
-    static Value isMember(const SqlCall&) { return 1; }
-};
-
-using S = SessionFunctions;
+template <const std::string& (FunctionSession::*name)() const>
+Value client(const SqlCall& call) {
+    return (session(call).*name)();
+}
+Value owner(const SqlCall&) {
+    return "dbo";
+}
+Value isMember(const SqlCall&) {
+    return 1;
+}
 const SqlType kName = nvarcharType(128);
 constexpr auto kNulls = Nulls::GiveNull;
 constexpr auto kVarying = Purity::Varying;
@@ -210,55 +213,55 @@ constexpr auto kVarying = Purity::Varying;
 const FunctionInfo kSessionTable[] = {
     {"newid", "", TypeId::UniqueIdentifier, runNewId, kNulls, kVarying},
     {"newsequentialid", "", TypeId::UniqueIdentifier, runNewSequentialId, kNulls, kVarying},
-    {"db_name", "[I", kName, S::databaseName, kNulls, kVarying},
-    {"db_id", "[T", TypeId::Int, S::databaseNumber, kNulls, kVarying},
-    {"object_id", "T[T", TypeId::Int, S::objectId, kNulls, kVarying},
-    {"object_name", "I[I", kName, S::ofObject<&ObjectInfo::name>, kNulls, kVarying},
-    {"objectproperty", "IT", TypeId::Int, S::objectProperty, kNulls, kVarying},
-    {"object_schema_name", "I[I", kName, S::ofObject<&ObjectInfo::schemaName>, kNulls, kVarying},
-    {"object_definition", "I", nvarcharType(SqlType::kMax), S::objectDefinition, kNulls, kVarying},
+    {"db_name", "[I", kName, databaseName, kNulls, kVarying},
+    {"db_id", "[T", TypeId::Int, databaseNumber, kNulls, kVarying},
+    {"object_id", "T[T", TypeId::Int, objectId, kNulls, kVarying},
+    {"object_name", "I[I", kName, ofObject<&ObjectInfo::name>, kNulls, kVarying},
+    {"objectproperty", "IT", TypeId::Int, objectProperty, kNulls, kVarying},
+    {"object_schema_name", "I[I", kName, ofObject<&ObjectInfo::schemaName>, kNulls, kVarying},
+    {"object_definition", "I", nvarcharType(SqlType::kMax), objectDefinition, kNulls, kVarying},
     {"has_dbaccess", "T", TypeId::Int,
-     [](const SqlCall& call) { return S::session(call).storage().exists(call.text(0)) ? Value(1) : Null{}; },
+     [](const SqlCall& call) { return session(call).storage().exists(call.text(0)) ? Value(1) : Null{}; },
      kNulls, kVarying},
-    {"col_length", "TT", TypeId::SmallInt, S::columnLength, kNulls, kVarying},
-    {"col_name", "II", kName, S::columnName, kNulls, kVarying},
-    {"columnproperty", "ITT", TypeId::Int, S::columnProperty, kNulls, kVarying},
+    {"col_length", "TT", TypeId::SmallInt, columnLength, kNulls, kVarying},
+    {"col_name", "II", kName, columnName, kNulls, kVarying},
+    {"columnproperty", "ITT", TypeId::Int, columnProperty, kNulls, kVarying},
     {"type_name", "I", kName, "ts_name_of_type"},
     {"type_id", "T", TypeId::Int, "ts_id_of_type"},
-    {"schema_id", "[T", TypeId::Int, S::schemaNumber, kNulls, kVarying},
-    {"schema_name", "[I", kName, S::schemaName, kNulls, kVarying},
-    {"user_name", "[I", kName, S::owner, kNulls, kVarying},
-    {"current_user", "", kName, S::owner, kNulls, kVarying},
-    {"session_user", "", kName, S::owner, kNulls, kVarying},
-    {"user", "", kName, S::owner, kNulls, kVarying},
-    {"suser_sname", "[A", kName, S::client<&FunctionSession::loginName>, kNulls, kVarying},
-    {"suser_name", "[A", kName, S::client<&FunctionSession::loginName>, kNulls, kVarying},
-    {"system_user", "", kName, S::client<&FunctionSession::loginName>, kNulls, kVarying},
-    {"original_login", "", kName, S::client<&FunctionSession::loginName>, kNulls, kVarying},
-    {"host_name", "", kName, S::client<&FunctionSession::clientHost>, kNulls, kVarying},
-    {"app_name", "", kName, S::client<&FunctionSession::clientProgram>, kNulls, kVarying},
-    {"serverproperty", "T", kName, S::serverProperty, kNulls, kVarying},
-    {"databasepropertyex", "TT", kName, S::databaseProperty, kNulls, kVarying},
-    {"is_srvrolemember", "T[T", TypeId::Int, S::isMember, kNulls, kVarying},
-    {"is_member", "T", TypeId::Int, S::isMember, kNulls, kVarying},
+    {"schema_id", "[T", TypeId::Int, schemaNumber, kNulls, kVarying},
+    {"schema_name", "[I", kName, schemaName, kNulls, kVarying},
+    {"user_name", "[I", kName, owner, kNulls, kVarying},
+    {"current_user", "", kName, owner, kNulls, kVarying},
+    {"session_user", "", kName, owner, kNulls, kVarying},
+    {"user", "", kName, owner, kNulls, kVarying},
+    {"suser_sname", "[A", kName, client<&FunctionSession::loginName>, kNulls, kVarying},
+    {"suser_name", "[A", kName, client<&FunctionSession::loginName>, kNulls, kVarying},
+    {"system_user", "", kName, client<&FunctionSession::loginName>, kNulls, kVarying},
+    {"original_login", "", kName, client<&FunctionSession::loginName>, kNulls, kVarying},
+    {"host_name", "", kName, client<&FunctionSession::clientHost>, kNulls, kVarying},
+    {"app_name", "", kName, client<&FunctionSession::clientProgram>, kNulls, kVarying},
+    {"serverproperty", "T", kName, serverProperty, kNulls, kVarying},
+    {"databasepropertyex", "TT", kName, databaseProperty, kNulls, kVarying},
+    {"is_srvrolemember", "T[T", TypeId::Int, isMember, kNulls, kVarying},
+    {"is_member", "T", TypeId::Int, isMember, kNulls, kVarying},
     {"scope_identity", "", decimalType(38, 0),
-     [](const SqlCall& call) { return identityValue(S::session(call).scopeIdentity()); }, kNulls, kVarying},
-    {"ident_current", "T", decimalType(38, 0), S::currentIdentity, kNulls, kVarying},
-    {"ident_seed", "T", decimalType(38, 0), S::ofIdentity<&TableInfo::seed>, kNulls, kVarying},
-    {"ident_incr", "T", decimalType(38, 0), S::ofIdentity<&TableInfo::increment>, kNulls, kVarying},
-    {"error_number", "", TypeId::Int, S::caught<&Message::number>, kNulls, kVarying},
-    {"error_severity", "", TypeId::Int, S::caught<&Message::severity>, kNulls, kVarying},
-    {"error_state", "", TypeId::Int, S::caught<&Message::state>, kNulls, kVarying},
-    {"error_line", "", TypeId::Int, S::caught<&Message::line>, kNulls, kVarying},
-    {"error_procedure", "", kName, S::caught<&Message::procedure>, kNulls, kVarying},
-    {"error_message", "", nvarcharType(4000), S::caught<&Message::text>, kNulls, kVarying},
+     [](const SqlCall& call) { return identityValue(session(call).scopeIdentity()); }, kNulls, kVarying},
+    {"ident_current", "T", decimalType(38, 0), currentIdentity, kNulls, kVarying},
+    {"ident_seed", "T", decimalType(38, 0), ofIdentity<&TableInfo::seed>, kNulls, kVarying},
+    {"ident_incr", "T", decimalType(38, 0), ofIdentity<&TableInfo::increment>, kNulls, kVarying},
+    {"error_number", "", TypeId::Int, caught<&Message::number>, kNulls, kVarying},
+    {"error_severity", "", TypeId::Int, caught<&Message::severity>, kNulls, kVarying},
+    {"error_state", "", TypeId::Int, caught<&Message::state>, kNulls, kVarying},
+    {"error_line", "", TypeId::Int, caught<&Message::line>, kNulls, kVarying},
+    {"error_procedure", "", kName, caught<&Message::procedure>, kNulls, kVarying},
+    {"error_message", "", nvarcharType(4000), caught<&Message::text>, kNulls, kVarying},
     {"cursor_status", "TT", TypeId::SmallInt,
-     [](const SqlCall& call) { return S::session(call).cursorStatus(call.text(0), call.text(1)); }, kNulls,
+     [](const SqlCall& call) { return session(call).cursorStatus(call.text(0), call.text(1)); }, kNulls,
      kVarying},
     {"update", "T", TypeId::Int,  // UPDATE(column)
-     [](const SqlCall& call) -> Value { return S::session(call).isUpdated(call.text(0)); }, kNulls, kVarying},
+     [](const SqlCall& call) -> Value { return session(call).isUpdated(call.text(0)); }, kNulls, kVarying},
     {"xact_state", "", TypeId::SmallInt,
-     [](const SqlCall& call) -> Value { return S::session(call).transactionState(); }, kNulls, kVarying},
+     [](const SqlCall& call) -> Value { return session(call).transactionState(); }, kNulls, kVarying},
 };
 
 }  // namespace

@@ -1,6 +1,7 @@
 // T-SQL's string functions, as SQLite functions.
 #include <openssl/evp.h>
 
+#include <boost/algorithm/string/join.hpp>
 #include <cmath>
 #include <cstdio>
 
@@ -203,15 +204,10 @@ Value runReplicate(const SqlCall& call) {
 }
 
 Value runReverse(const SqlCall& call) {
-    std::string result(call.text(0));
-    auto end = result.end();
-    for (std::string_view rest = call.text(0); !rest.empty();) {
-        const std::string_view before = rest;
-        nextCharacter(rest);
-        const std::string_view character = before.substr(0, before.size() - rest.size());
-        end -= static_cast<std::ptrdiff_t>(character.size());
-        std::ranges::copy(character, end);
-    }
+    std::u32string characters;
+    for (std::string_view rest = call.text(0); !rest.empty();) characters += nextCharacter(rest);
+    std::string result;
+    for (; !characters.empty(); characters.pop_back()) appendCharacter(result, characters.back());
     return result;
 }
 
@@ -276,15 +272,10 @@ std::string writeConcat(const FunctionInfo&, Pieces pieces, const SqlType& resul
 
 // (separator, string..., result type); skips NULLs
 Value runConcatWs(const SqlCall& call) {
-    std::string result;
-    bool first = true;
-    for (const CellView& piece : call.arguments().subspan(1, call.count() - 2)) {
-        if (isNull(piece)) continue;
-        if (!first && !isNull(call[0])) result += call.text(0);
-        result += std::get<std::string_view>(piece);
-        first = false;
-    }
-    return fitted(result, call.resultType());
+    std::vector<std::string> pieces;
+    for (const CellView& piece : call.arguments().subspan(1, call.count() - 2))
+        if (!isNull(piece)) pieces.emplace_back(std::get<std::string_view>(piece));
+    return fitted(boost::join(pieces, isNull(call[0]) ? "" : call.text(0)), call.resultType());
 }
 
 Value runQuoteName(const SqlCall& call) {

@@ -29,6 +29,8 @@ constexpr std::size_t kChecksum = crypto_generichash_BYTES;
 constexpr std::size_t kBlock = 1 << 16;
 constexpr std::int64_t kPage = 4096;  // page size of all database files
 
+constexpr const char* kNoJournal = "PRAGMA journal_mode = OFF";  // an incomplete copy is deleted
+
 constexpr int kPagesAtATime = 1024;
 constexpr int kTriesToLock = 100;
 constexpr int kPauseMilliseconds = 100;
@@ -127,16 +129,6 @@ void appendChecksum(const fs::path& file, const Progress& progress) {
         throwCannotOpen(file, errno);
 }
 
-// Opens a copy of a database without a journal, since an incomplete copy is deleted.
-SqliteConnection openCopy(const fs::path& file, int flags) {
-    sqlite3* raw = nullptr;
-    const int code = sqlite3_open_v2(file.c_str(), &raw, flags | SQLITE_OPEN_NOMUTEX, nullptr);
-    SqliteConnection connection(raw);
-    if (code != SQLITE_OK) throw std::runtime_error(sqlite3_errstr(code));
-    execute(raw, "PRAGMA journal_mode = OFF");
-    return connection;
-}
-
 // Replaces the content of `to` by a consistent view of `from`, atomically. Waits for locks on `to`.
 void copyDatabase(sqlite3* from, sqlite3* to, const Progress& progress) {
     sqlite3_busy_timeout(to, 0);
@@ -172,11 +164,11 @@ std::string now() {
 // Overwrites an existing database in one SQLite transaction, which is atomic for other connections. A new
 // database is built in a temporary file, which is renamed when it is complete.
 void putInPlace(const fs::path& file, const fs::path& target, const Progress& progress) {
-    const auto backup = openCopy(file, SQLITE_OPEN_READONLY);
+    const auto backup = openFile(file, SQLITE_OPEN_READONLY, kNoJournal);
     if (fs::exists(target))
         return copyDatabase(backup.get(), openDatabaseFile(target, OpenMode::Existing).get(), progress);
     TemporaryFile image(target);
-    copyDatabase(backup.get(), openCopy(image.path(), SQLITE_OPEN_READWRITE).get(), progress);
+    copyDatabase(backup.get(), openFile(image.path(), SQLITE_OPEN_READWRITE, kNoJournal).get(), progress);
     openDatabaseFile(image.path(), OpenMode::Existing);  // turns the journal on
     image.renameTo(target);
 }
@@ -199,7 +191,7 @@ BackupHeader backupDatabase(const Storage& storage, std::string_view database, c
     }
     TemporaryFile whole(file);
     try {
-        const auto copy = openCopy(whole.path(), SQLITE_OPEN_READWRITE);
+        const auto copy = openFile(whole.path(), SQLITE_OPEN_READWRITE, kNoJournal);
         copyDatabase(openDatabaseFile(storage.pathOf(from), OpenMode::Existing).get(), copy.get(), progress);
         header.finished = now();
         writeHeader(copy.get(), header);
@@ -225,7 +217,7 @@ BackupHeader readBackupHeader(const fs::path& file, const Progress& progress) {
         "SELECT ifnull(database, ''), ifnull(started, ''), ifnull(finished, ''), ifnull(data_file, ''), "
         "ifnull(name, ''), ifnull(description, '') FROM tsqlbox_backup";
     try {
-        sqlite3_exec(openCopy(file, SQLITE_OPEN_READONLY).get(), kQuery, take, &header, nullptr);
+        sqlite3_exec(openFile(file, SQLITE_OPEN_READONLY, kNoJournal).get(), kQuery, take, &header, nullptr);
     } catch (const std::runtime_error&) {  // too damaged for SQLite
     }
     if (header.database.empty()) throwDamaged(file);

@@ -119,10 +119,6 @@ void Connection::dropStatements() {
     m_idle.clear();
 }
 
-bool Connection::isAttached(std::string_view database) const {
-    return std::ranges::find(m_attached, databaseKey(database)) != m_attached.end();
-}
-
 std::string Connection::attach(std::string_view database) {
     const std::string key = databaseKey(database);
     const auto found = std::ranges::find(m_attached, key);

@@ -73,7 +73,6 @@ class Connection {
     void lock(std::string_view database);
     void detach(std::string_view database);
     void detachAllBut(std::string_view database);
-    bool isAttached(std::string_view database) const;
 
     // Remember the attached schemas in which the tables of the catalogue exist.
     bool hasCatalogue(const std::string& schema) const { return m_catalogues.contains(schema); }

@@ -17,7 +17,6 @@ namespace fs = std::filesystem;
 constexpr std::array<std::string_view, 4> kSystemDatabases = {"master", "model", "msdb", "tempdb"};
 constexpr std::string_view kExtension = ".db";
 constexpr std::size_t kMaxName = 128;
-constexpr int kBusyMilliseconds = 10'000;
 
 // Encodes a name for a file: letters, digits, - and _ are kept, every other byte becomes %XX.
 std::string encodeName(std::string_view name) {
@@ -41,15 +40,6 @@ std::string decodeName(std::string_view file) {
     return name;
 }
 
-// Only database files end in the extension: SQLite's side files have names such as x.db-wal.
-std::vector<std::string> namesIn(const fs::path& directory) {
-    std::vector<std::string> names;
-    for (const auto& entry : fs::directory_iterator(directory))
-        if (entry.path().extension() == kExtension) names.push_back(decodeName(entry.path().stem().string()));
-    std::ranges::sort(names);
-    return names;
-}
-
 void removeFiles(const fs::path& file) {
     for (const char* suffix : {"-wal", "-shm", ""}) fs::remove(file.string() + suffix);
 }
@@ -61,22 +51,25 @@ void checkName(std::string_view name) {
 
 }  // namespace
 
-SqliteConnection openDatabaseFile(const fs::path& file, OpenMode mode) {
+SqliteConnection openFile(const fs::path& file, int flags, const std::string& pragmas) {
     sqlite3* raw = nullptr;
     // Without a mutex, since only one thread uses a connection.
-    const int flags =
-        SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | (mode == OpenMode::Create ? SQLITE_OPEN_CREATE : 0);
-    const int code = sqlite3_open_v2(file.c_str(), &raw, flags, nullptr);
+    const int code = sqlite3_open_v2(file.c_str(), &raw, flags | SQLITE_OPEN_NOMUTEX, nullptr);
     SqliteConnection connection(raw);
-    if (code != SQLITE_OK)
-        throw std::runtime_error("cannot open " + file.string() + ": " + sqlite3_errstr(code));
-    sqlite3_busy_timeout(raw, kBusyMilliseconds);
+    if (code != SQLITE_OK) throw std::runtime_error(sqlite3_errstr(code));
+    execute(raw, pragmas);
+    return connection;
+}
+
+SqliteConnection openDatabaseFile(const fs::path& file, OpenMode mode) {
+    const int create = mode == OpenMode::Create ? SQLITE_OPEN_CREATE : 0;
     try {
-        execute(raw, "PRAGMA journal_mode=WAL; PRAGMA synchronous=FULL; PRAGMA foreign_keys=ON");
+        return openFile(file, SQLITE_OPEN_READWRITE | create,
+                        "PRAGMA busy_timeout=10000; PRAGMA journal_mode=WAL; PRAGMA synchronous=FULL; PRAGMA "
+                        "foreign_keys=ON");
     } catch (const std::runtime_error& error) {
         throw std::runtime_error("cannot open " + file.string() + ": " + error.what());
     }
-    return connection;
 }
 
 void execute(sqlite3* connection, const std::string& sql) {
@@ -109,7 +102,12 @@ bool Storage::isBackupPlace(const fs::path& file) const {
 
 std::vector<std::string> Storage::databases() const {
     const std::lock_guard lock(m_mutex);
-    return namesIn(m_directory);
+    std::vector<std::string> names;
+    // Only database files end in the extension: SQLite's side files have names such as x.db-wal.
+    for (const auto& entry : fs::directory_iterator(m_directory))
+        if (entry.path().extension() == kExtension) names.push_back(decodeName(entry.path().stem().string()));
+    std::ranges::sort(names);
+    return names;
 }
 
 std::string Storage::canonicalName(std::string_view name) const {
@@ -155,15 +153,9 @@ bool Storage::isSystemDatabase(std::string_view name) {
                                [&](std::string_view system) { return sameText(system, name); });
 }
 
-void Storage::use(const std::string& key, int change) {
+int Storage::use(const std::string& key, int change) {
     const std::lock_guard lock(m_mutex);
-    m_uses[key] += change;
-}
-
-int Storage::uses(const std::string& key) const {
-    const std::lock_guard lock(m_mutex);
-    const auto found = m_uses.find(key);
-    return found == m_uses.end() ? 0 : found->second;
+    return m_uses[key] += change;
 }
 
 }  // namespace tsql

@@ -23,6 +23,8 @@ using SqliteConnection = std::unique_ptr<sqlite3, SqliteCloser>;
 // time-out of 10 s. Throws std::runtime_error with the file and SQLite's text.
 enum class OpenMode { Existing, Create };
 SqliteConnection openDatabaseFile(const std::filesystem::path& file, OpenMode mode);
+// Opens a file with SQLite's flags and runs pragmas. Throws std::runtime_error with SQLite's text.
+SqliteConnection openFile(const std::filesystem::path& file, int flags, const std::string& pragmas);
 // Runs statements without results. Throws std::runtime_error with SQLite's text.
 void execute(sqlite3* connection, const std::string& sql);
 
@@ -63,10 +65,9 @@ class Storage {
     void rename(std::string_view name, std::string_view newName);
     static bool isSystemDatabase(std::string_view name);
 
-    // Count the sessions that have a database attached, by its databaseKey(). A database in use by others can
-    // be neither dropped nor restored.
-    void use(const std::string& key, int change);
-    int uses(const std::string& key) const;
+    // Counts the sessions that have a database attached, by its databaseKey(). A database in use by others
+    // can be neither dropped nor restored.
+    int use(const std::string& key, int change);
     // Passes the sessions by id.
     template <typename Work>
     auto withSessions(Work work) const {

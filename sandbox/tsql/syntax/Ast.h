@@ -131,7 +131,6 @@ using TableRefPtr = std::unique_ptr<TableRef>;
 struct NamedTable {
     ObjectName name;                                     // a table variable's begins with @
     std::optional<std::vector<ExprPtr>> arguments = {};  // of a table function
-    bool applied = false;                                // by CROSS APPLY: they see the tables before it
 };
 struct DerivedTable {
     QueryPtr query;
@@ -141,7 +140,8 @@ enum class JoinKind { Inner, Left, Right, Full, Cross };
 struct Join {
     JoinKind kind;
     TableRefPtr left, right;
-    ExprPtr on;  // null for Cross
+    ExprPtr on;            // null for CROSS JOIN and APPLY
+    bool applies = false;  // APPLY: the right side sees the columns of the left one
 };
 struct TableRef {
     std::variant<NamedTable, DerivedTable, Join> node;

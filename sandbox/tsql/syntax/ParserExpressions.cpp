@@ -340,7 +340,11 @@ ExprPtr Parser::primary() {
     const Token& token = peek();
     if (isString(token) || token.kind == TokenKind::Number || token.kind == TokenKind::Binary || at("NULL"))
         return literal(takeToken());
-    if (token.kind == TokenKind::Variable) return make(token.line, VariableRef{expectVariable(2)});
+    if (token.kind == TokenKind::Variable) {
+        ExprPtr variable = make(token.line, VariableRef{expectVariable(2)});
+        throwIfAt(".", "methods of xml");
+        return variable;
+    }
     if (token.kind == TokenKind::Global) return make(token.line, VariableRef{std::string(takeToken().raw)});
     if (at("(")) return inParentheses(*this);
     if (at("CASE")) return caseOf(*this);

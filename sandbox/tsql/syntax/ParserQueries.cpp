@@ -14,9 +14,10 @@ constexpr std::pair<std::string_view, SetOp> kSetOperations[] = {
     {"INTERSECT", SetOp::Intersect},
 };
 constexpr std::pair<std::string_view, JoinKind> kJoins[] = {
-    {"CROSS", JoinKind::Cross},     {"INNER", JoinKind::Inner},       {"LEFT OUTER", JoinKind::Left},
-    {"LEFT", JoinKind::Left},       {"RIGHT OUTER", JoinKind::Right}, {"RIGHT", JoinKind::Right},
-    {"FULL OUTER", JoinKind::Full}, {"FULL", JoinKind::Full},
+    {"CROSS APPLY", JoinKind::Cross}, {"OUTER APPLY", JoinKind::Left}, {"CROSS", JoinKind::Cross},
+    {"INNER", JoinKind::Inner},       {"LEFT OUTER", JoinKind::Left},  {"LEFT", JoinKind::Left},
+    {"RIGHT OUTER", JoinKind::Right}, {"RIGHT", JoinKind::Right},      {"FULL OUTER", JoinKind::Full},
+    {"FULL", JoinKind::Full},
 };
 constexpr std::pair<std::string_view, BinaryOp> kAssignments[] = {
     {"+=", BinaryOp::Add},    {"-=", BinaryOp::Subtract}, {"*=", BinaryOp::Multiply},
@@ -238,12 +239,11 @@ TableRefPtr tableRef(Parser& in) {
 }
 
 // Consumes a join keyword, if one follows, with its algorithm hint, which has no effect.
-std::optional<JoinKind> acceptJoin(Parser& in) {
+std::optional<JoinKind> acceptJoin(Parser& in, bool applies) {
     if (in.accept("JOIN")) return JoinKind::Inner;
-    if (in.accept("CROSS APPLY")) return JoinKind::Cross;
-    in.throwIfAt("OUTER APPLY", "OUTER APPLY");
     const JoinKind* kind = in.acceptOneOf(kJoins);
     if (!kind) return std::nullopt;
+    if (applies) return *kind;
     if (*kind != JoinKind::Cross) in.acceptAny({"LOOP", "HASH", "MERGE", "REMOTE"});
     in.expect("JOIN");
     return *kind;
@@ -254,14 +254,12 @@ TableRefPtr joins(Parser& in) {
     TableRefPtr left = tableRef(in);
     for (const auto word : {"PIVOT", "UNPIVOT"}) in.throwIfAt(word, word);
     for (int chain = 0;; in.checkChain(++chain)) {
-        const bool applies = in.at("CROSS APPLY");
-        const auto kind = acceptJoin(in);
+        const bool applies = in.at("CROSS APPLY") || in.at("OUTER APPLY");
+        const auto kind = acceptJoin(in, applies);
         if (!kind) return left;
         const int line = in.peek().line;
-        if (applies && !in.at("STRING_SPLIT (")) in.throwUnsupported("APPLY of other than STRING_SPLIT");
-        Join join{*kind, std::move(left), tableRef(in), nullptr};
-        if (applies) std::get<NamedTable>(join.right->node).applied = true;
-        if (join.kind != JoinKind::Cross) {
+        Join join{*kind, std::move(left), tableRef(in), nullptr, applies};
+        if (!applies && join.kind != JoinKind::Cross) {
             in.expect("ON");
             join.on = in.condition();
         }
@@ -385,7 +383,9 @@ ExprPtr Parser::assignedValue(const std::string& variable) {
 ObjectName Parser::tableName() {
     if (!atVariable()) return objectName();
     const Token& name = takeToken();
-    if (!m_declaredTables.contains(name.raw)) throwError(kUndeclaredTableVariable, {name.raw}, name.line);
+    throwIfAt(".", "methods of xml");
+    if (!m_declaredTables.contains(name.raw))
+        throw SyntaxError(sqlError(kUndeclaredTableVariable, {name.raw}), name.line);
     return {{}, {}, std::string(name.raw), name.line};
 }
 

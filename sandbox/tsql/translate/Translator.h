@@ -40,12 +40,8 @@ class NameResolver {
     virtual void within(const StoredModule& query, const std::function<void()>& work) = 0;
 };
 
-struct SourceColumn {
-    std::string name;
+struct SourceColumn : Column {
     std::string sql;
-    SqlType type;
-    bool nullable = true;
-    bool identity = false;
 };
 
 // A table of a FROM clause. It has its own alias in SQLite.
@@ -127,8 +123,10 @@ class Translator {
     // OUTPUT clause of a change: its columns, and its query if the change itself does not return the rows.
     const QueryText& output() const { return m_output; }
     // Renames the columns of `text` to `names`, if there are any. `of`: the query's name for messages. Throws
-    // SqlError 8158 (too few names) and 8159 (too many).
-    static void rename(QueryText& text, const std::vector<std::string>& names, const std::string& of);
+    // SqlError 8158 (too few names), 8159 (too many), `unnamed` and `repeated`, if that is wrong with a
+    // column.
+    static void rename(QueryText& text, const std::vector<std::string>& names, const std::string& of,
+                       int unnamed = message::kUnnamedColumn, int repeated = message::kColumnSpecifiedTwice);
     // Returns the table that UPDATE or DELETE changes. `name` may be an alias in `from`.
     static const ObjectName& targetName(const ObjectName& name, const std::vector<TableRefPtr>& from);
 
@@ -136,12 +134,14 @@ class Translator {
     struct Scope {
         Scope* outer = nullptr;
         std::vector<Source> sources;
+        std::size_t firstSource = 0;  // that is visible: ON and APPLY do not see tables before a comma
         std::set<std::string> groupKeys;
         std::set<std::string> nullKeys;  // of other grouping sets
         std::vector<std::string> loose;  // columns outside aggregates and GROUP BY, as named in messages
         bool sawAggregate = false;
         int aggregateDepth = 0;
         bool windows = false;  // window functions are allowed
+        int outerSources = 0;  // number of aliases given before its own
     };
     struct NamedQuery {
         const CommonTable* table;
@@ -153,14 +153,22 @@ class Translator {
     Typed node(const Literal& literal) { return tsql::literal(literal.constant); }
     Typed node(const VariableRef& variable);
     Typed node(const ColumnRef& column);
-    Typed node(const Unary& unary);
-    Typed node(const Binary& binary);
+    Typed node(const Unary& unary) {
+        return (unary.isBitNot ? emitBitNot : emitNegate)(value(*unary.operand));
+    }
+    Typed node(const Binary& binary) {
+        const Typed left = value(*binary.left);
+        return emitBinary(binary.op, left, value(*binary.right));
+    }
     Typed node(const Case& choice);
     Typed node(const Cast& cast);
     Typed node(const Call& call);
     Typed node(const ScalarQuery& query);
     Typed node(const NextValue& next);
-    std::string test(const Compare& compare);
+    std::string test(const Compare& compare) {
+        const Typed left = value(*compare.left);
+        return emitCompare(compare.op, left, value(*compare.right));
+    }
     std::string test(const Logic& logic);
     std::string test(const Not& negation) { return "(NOT " + condition(*negation.operand) + ")"; }
     std::string test(const IsNull& isNull) { return "(" + value(*isNull.operand).sql + " IS NULL)"; }
@@ -183,22 +191,23 @@ class Translator {
     // ---- queries (TranslatorQueries.cpp)
     QueryText select(const Select& select, const Query& query);
     QueryText assignInOrder(const Select& select, const Query& query, const std::string& rows);
-    void refuseInRecursion(const Select& select) const;
     QueryText setOperation(const SetOperation& operation, const Query& query);
-    static std::string distinctSetOperation(SetOp op, const std::string& left, const std::string& right,
-                                            const QueryText& text);
     void selectItem(const SelectItem& item, QueryText& text, std::string& list, bool collate);
     void star(const SelectItem& item, QueryText& text, std::string& list, bool collate);
     void addOutput(QueryText& text, std::string& list, Column column, const std::string& sql);
     std::string from(const std::vector<TableRefPtr>& tables);
-    std::string tableRef(const TableRef& table);
-    std::string namedTable(const NamedTable& table, const std::string& alias);
-    std::string storedTable(const StoredModule& stored, const NamedTable& table, const std::string& alias);
+    // applied: by APPLY, so that the table may use columns of the tables before it.
+    std::string tableRef(const TableRef& table, bool applied = false);
+    std::string namedTable(const NamedTable& table, const std::string& alias, bool applied);
+    std::string storedTable(const StoredModule& stored, const NamedTable& table, const std::string& alias,
+                            bool applied);
     // Returns the SQL of the arguments, each converted to the type of its parameter.
     std::vector<std::string> argumentsOf(const StoredModule& function, const std::vector<ExprPtr>& arguments);
-    std::string tableFunction(const NamedTable& table, const std::string& alias);
-    std::string derivedTable(const Query& query, const std::vector<std::string>& names,
-                             const std::string& alias);
+    std::string splitText(const NamedTable& table, const std::string& alias, bool applied);
+    std::string derivedTable(QueryText text, const std::vector<std::string>& names, const std::string& alias,
+                             bool applied = false);
+    std::string packedTable(const std::string& rows, const std::vector<OutputColumn>& columns,
+                            const std::string& alias);
     std::string recursiveTable(const CommonTable& table, const std::string& alias);
     std::string recursiveReference(const NamedQuery& table, const std::string& alias);
     std::string join(const Join& join);
@@ -207,12 +216,12 @@ class Translator {
 
     std::string groupBy(const Select& select);
     // distinctList: the select list of SELECT DISTINCT, which must contain the ORDER BY items; null without
-    // DISTINCT. firstOfSet: the first SELECT of a set operation, whose list must contain them. hidden:
-    // receives the other items, for an ORDER BY outside of the query.
+    // DISTINCT. firstOfSet: the first SELECT of a set operation, whose list must contain them. keys: receives
+    // items for the select list: those with columns of outer queries, which SQLite accepts there only, or
+    // all.
     std::string orderBy(const std::vector<OrderItem>& items, const QueryText& text,
                         const std::string* distinctList = nullptr, const Select* firstOfSet = nullptr,
-                        std::string* hidden = nullptr);
-    static std::string orderKeyOfDistinct(const Typed& item, const std::string& list, const QueryText& text);
+                        std::string* keys = nullptr, bool all = false);
     std::string rowCount(const Expr& expr, int least, int error);
     std::string changeLimit(const ExprPtr& top);
     std::string placed(const Select& select, const QueryText& text, const std::string& order);
@@ -222,11 +231,12 @@ class Translator {
     std::string nextAlias();
     void addSource(const TableInfo& table, const std::string& exposed, const std::string& alias);
     std::string addSource(const std::vector<OutputColumn>& columns, const std::string& exposed);
-    // Runs `work` without the sources of the current scope: derived tables and arguments of table functions
-    // see outer queries, but not the tables beside them.
+    // Runs `work` for a derived table or arguments of a table function. Unless they are applied, they see
+    // outer queries, but not the tables beside them.
     template <typename Work>
-    auto blind(Work work) {
-        const Temporarily outside(m_scope, m_scope->outer);
+    auto beside(bool applied, Work work) {
+        const Temporarily visible(m_scope, applied ? m_scope : m_scope->outer);
+        const Temporarily ofItself(m_depth, std::string());
         return work();
     }
 
@@ -235,11 +245,6 @@ class Translator {
     std::string rowText(const TableInfo& target, const ColumnList& columns, const std::vector<Typed>& cells);
     Typed defaultOf(const TableInfo& target, const TableColumn& column);
     Typed cell(const Expr& expr);
-    static std::string assigned(const Typed& value, const TableInfo& target, const TableColumn& column) {
-        return emitAssign(value, column.type, target.fullName(), column.name).sql;
-    }
-    static ColumnList filledColumns(const TableInfo& target, const ColumnList& columns);
-    Typed setValue(const std::string& rowid, const SetClause& clause, const TableColumn& column);
     std::string returning(const TableInfo& target, const std::optional<Output>& output,
                           const std::string& exposed, const std::string& record = {});
     std::string returnedToVariables(const TableInfo& target, const Update& update);

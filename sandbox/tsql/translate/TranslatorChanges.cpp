@@ -15,6 +15,20 @@ const NamedTable* findTarget(const TableRef& table, std::string_view name) {
     return sameText(table.alias.empty() ? named->name.name : table.alias, name) ? named : nullptr;
 }
 
+// Returns `columns` and the other columns that have defaults.
+ColumnList filledColumns(const TableInfo& target, const ColumnList& columns) {
+    ColumnList filled = columns;
+    for (const auto& column : target.columns) {
+        const bool isFilled = !column.byDefault.empty() || (column.identity && target.increment != 1);
+        if (isFilled && std::ranges::find(columns, &column) == columns.end()) filled.push_back(&column);
+    }
+    return filled;
+}
+
+std::string assigned(const Typed& value, const TableInfo& target, const TableColumn& column) {
+    return emitAssign(value, column.type, target.fullName(), column.name).sql;
+}
+
 }  // namespace
 
 const ObjectName& Translator::targetName(const ObjectName& name, const std::vector<TableRefPtr>& from) {
@@ -26,9 +40,9 @@ const ObjectName& Translator::targetName(const ObjectName& name, const std::vect
 
 Typed Translator::defaultOf(const TableInfo& target, const TableColumn& column) {
     if (column.identity)
-        return {"ts_next_identity(" + quotedText(target.schema) + ", " + quotedText(target.stored) + ", " +
-                    std::to_string(target.increment) + ", " + std::to_string(encodeType(column.type)) + ")",
-                column.type};
+        return emitIdentity("ts_next_identity(" + quotedText(target.schema) + ", " +
+                                quotedText(target.stored) + ", " + std::to_string(target.increment) + ")",
+                            column.type);
     if (column.byDefault.empty()) return nullLiteral();
     return value(*parseExpression(column.byDefault));
 }
@@ -41,16 +55,6 @@ Typed Translator::cell(const Expr& expr) {
         return value(expr);
     m_parameters.push_back({{}, &literal->constant.value});
     return typedConstant("?" + std::to_string(m_parameters.size()), literal->constant);
-}
-
-// Returns `columns` and the other columns that have defaults.
-ColumnList Translator::filledColumns(const TableInfo& target, const ColumnList& columns) {
-    ColumnList filled = columns;
-    for (const auto& column : target.columns) {
-        const bool isFilled = !column.byDefault.empty() || (column.identity && target.increment != 1);
-        if (isFilled && std::ranges::find(columns, &column) == columns.end()) filled.push_back(&column);
-    }
-    return filled;
 }
 
 // Returns the values of a row. Those after `cells` are defaults.
@@ -117,13 +121,6 @@ std::string Translator::insertParameters(const TableInfo& target, const ColumnLi
     for (const auto& each : row) cells.push_back({"?" + std::to_string(cells.size() + 1), each.type});
     const ColumnList all = filledColumns(target, columns);
     return insertText(target, all, "VALUES (" + rowText(target, all, cells) + ")");
-}
-
-Typed Translator::setValue(const std::string& rowid, const SetClause& clause, const TableColumn& column) {
-    Typed typed = clause.value ? value(*clause.value) : defaultOf({}, column);
-    if (!clause.op) return typed;
-    const std::string prefix = rowid.substr(0, rowid.find('.') + 1);
-    return emitBinary(*clause.op, {prefix + quotedName(column.name), column.type}, typed);
 }
 
 void Translator::useCommonTables(const Change& change, const ObjectName& target) {
@@ -208,9 +205,9 @@ std::string Translator::update(const TableInfo& target, const Update& update, co
     m_scope = &scope;
     std::string rowid;
     const std::string sources = joinedSources(target, update.table, update.from, rowid);
-    const bool simple = update.from.empty() && !update.top && m_names.mostRows() == 0 && !target.isShadow;
-    std::string picked, sets, moved, away, kept;
-    std::map<const TableColumn*, std::string> given;  // names of the values
+    const std::string prefix = rowid.substr(0, rowid.find('.') + 1);
+    std::string picked, sets, away, kept;
+    std::map<const TableColumn*, std::string> names;  // of the values
     for (const auto& clause : update.sets) {
         const TableColumn* column = target.column(clause.column);
         const bool isTarget = clause.table.empty() || sameText(clause.table, target.name) ||
@@ -221,13 +218,14 @@ std::string Translator::update(const TableInfo& target, const Update& update, co
         if (!column) throw sqlError(message::kInvalidColumnName, {clause.column});
         if (column->identity) throw sqlError(message::kIdentityUpdate, {column->name});
         if (!column->computed.empty()) throw sqlError(message::kComputedColumnChanged, {column->name});
-        const std::string alias = "v" + std::to_string(given.size());
-        if (!given.emplace(column, alias).second) throw sqlError(message::kColumnSetTwice, {column->name});
-        const std::string cell = assigned(setValue(rowid, clause, *column), target, *column);
-        picked.append(", ").append(cell).append(" AS ").append(alias);
+        const std::string alias = "v" + std::to_string(names.size());
+        if (!names.emplace(column, alias).second) throw sqlError(message::kColumnSetTwice, {column->name});
+        Typed given = clause.value ? value(*clause.value) : defaultOf({}, *column);
+        if (clause.op)
+            given = emitBinary(*clause.op, {prefix + quotedName(column->name), column->type}, given);
+        picked += ", " + assigned(given, target, *column) + " AS " + alias;
         const std::string set = (sets.empty() ? "" : ", ") + quotedName(column->name) + " = ";
-        sets.append(set).append(simple ? cell : "picked." + alias);
-        moved.append(set).append("picked.").append(alias);
+        sets.append(set).append("picked.").append(alias);
         away.append(set).append("CAST('tsqlbox ' || _rowid_ AS BLOB)");
     }
     if (scope.sawAggregate) throw sqlError(message::kAggregateInSetList);
@@ -238,22 +236,19 @@ std::string Translator::update(const TableInfo& target, const Update& update, co
         returning(target, update.output, "inserted", record) + returnedToVariables(target, update);
     m_scope = nullptr;
     for (const auto& column : target.columns) {
-        const auto value = given.find(&column);
+        const auto value = names.find(&column);
         const std::string name = quotedName(column.name);
-        kept += ", " + (value == given.end() ? "present." + name : "given." + value->second) + " AS " + name;
+        kept += ", " + (value == names.end() ? "present." + name : "given." + value->second) + " AS " + name;
     }
     m_newRows = "given AS (" + rows + "), incoming AS (SELECT given.id AS ts_row" + kept +
                 " FROM given JOIN " + target.sqlName() + " AS present ON present._rowid_ = given.id)";
-    const std::string changed = "UPDATE " + target.sqlName() + " AS changed SET ";
+    const std::string changed = "UPDATE " + target.sqlName() + " AS changed SET " + sets + " FROM ";
     const std::string joined = " AS picked WHERE changed._rowid_ = picked.id" + returned;
     m_steps = {"CREATE TEMP TABLE tsqlbox_picked AS " + rows,
                "UPDATE " + target.sqlName() + " SET " + away +
                    " WHERE _rowid_ IN (SELECT id FROM temp.tsqlbox_picked)",
-               changed + moved + " FROM temp.tsqlbox_picked" + joined, "DROP TABLE temp.tsqlbox_picked"};
-    if (simple)
-        return "UPDATE " + target.sqlName() + " AS " + rowid.substr(0, rowid.find('.')) + " SET " + sets +
-               where + returned;
-    return changed + sets + " FROM (" + rows + ")" + joined;
+               changed + "temp.tsqlbox_picked" + joined, "DROP TABLE temp.tsqlbox_picked"};
+    return changed + "(" + rows + ")" + joined;
 }
 
 std::string Translator::filter(const Change& change) {
@@ -273,9 +268,6 @@ std::string Translator::remove(const TableInfo& target, const Delete& statement)
     const std::string top = changeLimit(statement.top);
     const std::string returned = returning(target, statement.output, "deleted");
     m_scope = nullptr;
-    if (statement.from.empty() && top.empty() && !target.isShadow)
-        return "DELETE FROM " + target.sqlName() + " AS " + rowid.substr(0, rowid.find('.')) + where +
-               returned;
     return "DELETE FROM " + target.sqlName() + " WHERE _rowid_ IN (SELECT " + rowid + sources + where + top +
            ")" + returned;
 }

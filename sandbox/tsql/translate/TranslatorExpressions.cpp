@@ -1,3 +1,4 @@
+#include "functions/MissingFunctions.h"
 #include "translate/Translator.h"
 
 namespace tsql {
@@ -73,7 +74,7 @@ bool Translator::isNamed(const Source& source, std::span<const std::string> qual
 const SourceColumn* Translator::findColumn(const ColumnRef& column, Scope& scope, const Source*& source) {
     const std::string& name = column.path.back();
     const SourceColumn* found = nullptr;
-    for (const auto& each : scope.sources) {
+    for (const auto& each : std::span(scope.sources).subspan(scope.firstSource)) {
         if (!isNamed(each, std::span(column.path).first(column.path.size() - 1))) continue;
         if (column.path.size() > 1 && !found) source = &each;
         for (const auto& candidate : each.columns) {
@@ -105,16 +106,6 @@ Typed Translator::node(const ColumnRef& column) {
     std::string path;
     for (const auto& part : column.path) path += (path.empty() ? "" : ".") + part;
     throw sqlError(message::kUnboundIdentifier, {path});
-}
-
-Typed Translator::node(const Unary& unary) {
-    const Typed operand = value(*unary.operand);
-    return unary.isBitNot ? emitBitNot(operand) : emitNegate(operand);
-}
-
-Typed Translator::node(const Binary& binary) {
-    const Typed left = value(*binary.left);
-    return emitBinary(binary.op, left, value(*binary.right));
 }
 
 Typed Translator::node(const Case& choice) {
@@ -160,11 +151,13 @@ Typed Translator::node(const Call& call) {
     if (sameWord(call.name.name, "GROUPING") || sameWord(call.name.name, "GROUPING_ID"))
         return grouping(call);
     const FunctionInfo* function = findFunction(call.name.name);
+    if (!function && kMissingFunctions.find(" " + lowerAscii(call.name.name) + " ") != std::string_view::npos)
+        throw unsupported(toUpper(call.name.name));
     if (!function)
         throw SqlError(message::kUnknownSetOption,
                        "'" + call.name.name + "' is not a recognized built-in function name.", 15, 10);
     const FunctionKind kind = function->kind;
-    if (!call.within.empty() && kind != FunctionKind::Aggregate)
+    if (!call.within.empty() && function->name != "string_agg")
         throw sqlError(message::kWithinGroupNotAllowed, {toUpper(call.name.name)});
     if (call.over || kind == FunctionKind::Ranking || kind == FunctionKind::Framed)
         return windowCall(*function, call);
@@ -205,8 +198,6 @@ Typed Translator::aggregateCall(const FunctionInfo& function, const Call& call) 
     const auto arguments = callArguments(call, /*datePart=*/false);
     Typed result = emitCall(function, arguments, call.distinct);
     if (!call.within.empty()) {
-        if (!sameWord(call.name.name, "STRING_AGG"))
-            throw sqlError(message::kWithinGroupNotAllowed, {toUpper(call.name.name)});
         std::string keys;
         for (const auto& item : call.within)
             keys += (item.descending ? ",1," : ",0,") + value(*item.value).sql;
@@ -255,6 +246,9 @@ std::string Translator::sortKeys(const std::vector<OrderItem>& items) {
 
 Typed Translator::userCall(const Call& call) {
     const auto function = m_names.module(call.name, objectType::kFunction);
+    constexpr std::string_view kXmlMethods[] = {"exist", "modify", "nodes", "query", "value"};
+    if (!function && std::ranges::find(kXmlMethods, call.name.name) != std::end(kXmlMethods))
+        throw unsupported("methods of xml");
     if (!function)
         throw sqlError(message::kFunctionNotFound, {call.name.schema, call.name.schema, call.name.name});
     std::string sql = "ts_call(" + quotedText(function->database) + ", " +
@@ -298,11 +292,6 @@ Typed Translator::node(const ScalarQuery& scalar) {
     return {"(SELECT ts_single(count(*), " + alias + ") FROM (" + text.sql + "))", column.type};
 }
 
-std::string Translator::test(const Compare& compare) {
-    const Typed left = value(*compare.left);
-    return emitCompare(compare.op, left, value(*compare.right));
-}
-
 std::string Translator::test(const Logic& logic) {
     const auto* inner = std::get_if<Logic>(&logic.left->node);
     const std::string left = condition(*logic.left);
@@ -329,8 +318,7 @@ std::string Translator::test(const InList& in) {
 std::string Translator::test(const CompareQuery& compare) {
     const bool before = m_scope && std::exchange(m_scope->sawAggregate, false);
     const Typed operand = value(*compare.operand);
-    const bool aggregate = m_scope && m_scope->sawAggregate;
-    if (m_scope) m_scope->sawAggregate = before || aggregate;
+    const bool aggregate = m_scope && std::exchange(m_scope->sawAggregate, before || m_scope->sawAggregate);
     const QueryText text = query(*compare.query);
     if (text.columns.size() != 1) throw sqlError(message::kSubqueryWithSeveralColumns);
     const Typed column{text.columns.front().alias, text.columns.front().column.type};

@@ -25,16 +25,43 @@ bool hasVarBinary(const QueryText& text) {
                                [](const auto& each) { return each.column.type.id == TypeId::VarBinary; });
 }
 
+// The columns in the form in which equal values are the same.
+std::string keysOf(const QueryText& text, const std::string& prefix = {}) {
+    return commaList(text.columns, [&](const OutputColumn& each) {
+        return comparable({prefix + each.alias, each.column.type});
+    });
+}
+
 // One row for all rows that are equal. DISTINCT of SQLite does not ignore the zeros at the end of binary
 // strings.
 std::string distinctRows(const std::string& rows, const QueryText& text) {
-    std::string list, keys;
-    for (const auto& [column, alias, isNull, isNew] : text.columns) {
-        const std::string comma = list.empty() ? "" : ", ";
-        list += comma + alias + " AS " + alias;
-        keys += comma + comparable({alias, column.type});
-    }
-    return "SELECT " + list + " FROM (" + rows + ") GROUP BY " + keys;
+    const auto named = [](const OutputColumn& each) { return each.alias + " AS " + each.alias; };
+    return "SELECT " + commaList(text.columns, named) + " FROM (" + rows + ") GROUP BY " + keysOf(text);
+}
+
+// Returns the output column, by number, that an ORDER BY item of SELECT DISTINCT repeats.
+std::string orderKeyOfDistinct(const Typed& item, const std::string& list, const QueryText& text) {
+    const std::string all = ", " + list, entry = ", " + collated(item) + " AS c";
+    const std::size_t found = all.find(entry);
+    if (found == std::string::npos) throw sqlError(message::kOrderByItemNotInDistinct);
+    const OutputColumn& column = text.columns[std::stoul(all.substr(found + entry.size())) - 1];
+    return collated({column.alias, column.column.type});
+}
+
+// UNION, EXCEPT or INTERSECT of rows with a varbinary (see distinctRows()).
+std::string distinctSetOperation(SetOp op, const std::string& left, const std::string& right,
+                                 const QueryText& text) {
+    if (op == SetOp::Union) return distinctRows(left + " UNION ALL " + right, text);
+    return distinctRows("SELECT * FROM (" + left + ") AS l WHERE " + (op == SetOp::Except ? "NOT " : "") +
+                            "EXISTS (SELECT " + keysOf(text, "l.") + " INTERSECT SELECT " +
+                            keysOf(text, "r.") + " FROM (" + right + ") AS r)",
+                        text);
+}
+
+// Whether the SQL uses one of the first sources to which nextAlias() has given an alias.
+bool usesSource(const std::string& sql, int sources) {
+    for (; sources > 0 && sql.find("s" + std::to_string(sources) + ".") == std::string::npos;) --sources;
+    return sources > 0;
 }
 
 const Select& firstSelect(const SetOperation& operation) {
@@ -72,6 +99,7 @@ QueryText Translator::select(const Select& select, const Query& query) {
     if (m_scope && m_scope->aggregateDepth > 0) throw sqlError(message::kAggregateOfAggregate);
     Scope scope;
     scope.outer = m_scope;
+    scope.outerSources = m_aliases;
     const Temporarily inner(m_scope, &scope);
     const Temporarily clause(m_nextValue, message::kNextValueInClause);
     QueryText text;
@@ -105,37 +133,31 @@ QueryText Translator::select(const Select& select, const Query& query) {
     const std::string havingSql = select.having ? " HAVING " + condition(*select.having) : "";
     refuseLooseColumns(message::kUngroupedInHaving, grouped);
     scope.windows = true;
-    std::string hidden;
-    const std::string orderSql = orderBy(query.orderBy, text, select.distinct ? &list : nullptr, nullptr,
-                                         select.placesRows() ? &hidden : nullptr);
+    std::string keys;
+    const std::string orderSql = orderBy(query.orderBy, text, select.distinct ? &list : nullptr,
+                                         /*firstOfSet=*/nullptr, &keys, select.placesRows());
     scope.windows = false;
     refuseLooseColumns(message::kUngroupedInOrderBy, grouped);
 
     const std::string limitSql = limit(&select, query);
-    if (!depth.empty()) {
-        refuseInRecursion(select);
-        list += ", " + depth;
-    }
-    list += hidden;
+    const int notInRecursion = select.distinct                 ? message::kDistinctInRecursion
+                               : select.top                    ? message::kTopInRecursion
+                               : grouped || scope.sawAggregate ? message::kGroupingInRecursion
+                                                               : 0;
+    if (!depth.empty() && notInRecursion) throw sqlError(notInRecursion, {m_with.back().table->name});
+    if (!depth.empty()) list += ", " + depth;
     std::string rows = fromSql + whereSql + groupSql + havingSql;
     if (grouped && select.groupBy.empty() &&
         !listHasAggregate)  // SQLite detects grouping only in the select list
         rows = " FROM (SELECT count(*)" + rows + ")";
     text.sql = select.distinct && hasVarBinary(text)
                    ? distinctRows("SELECT " + list + rows, text)
-                   : std::string("SELECT ") + (select.distinct ? "DISTINCT " : "") + list + rows;
+                   : std::string("SELECT ") + (select.distinct ? "DISTINCT " : "") + list + keys + rows;
     text.sql = select.placesRows() ? placed(select, text, orderSql) : text.sql + orderSql + limitSql;
+    if (!keys.empty() && !select.placesRows())
+        text.sql = "SELECT " + commaList(text.columns, &OutputColumn::alias) + " FROM (" + text.sql + ")";
     text.oneRow = select.groupBy.empty() && (scope.sawAggregate || select.from.empty());
     return text;
-}
-
-void Translator::refuseInRecursion(const Select& select) const {
-    const bool grouped = !select.groupBy.empty() || select.having || m_scope->sawAggregate;
-    const int error = select.distinct ? message::kDistinctInRecursion
-                      : select.top    ? message::kTopInRecursion
-                      : grouped       ? message::kGroupingInRecursion
-                                      : 0;
-    if (error) throw sqlError(error, {m_with.back().table->name});
 }
 
 // SELECT @v = @v + a FROM t ORDER BY b. Rows are sorted before the first value is computed.
@@ -216,7 +238,7 @@ void Translator::star(const SelectItem& item, QueryText& text, std::string& list
         for (const auto& column : source.columns) {
             if (!m_scope->groupKeys.contains(column.sql))
                 m_scope->loose.push_back(source.exposed + "." + column.name);
-            addOutput(text, list, {column.name, column.type, column.nullable, column.identity},
+            addOutput(text, list, column,
                       collate ? collated({column.sql, column.type}, message::kTypeNotDistinct) : column.sql);
         }
     }
@@ -265,20 +287,9 @@ std::optional<std::size_t> Translator::outputPosition(const Expr& expr, const Qu
     return position;
 }
 
-// Returns the output column, by number, that an ORDER BY item of SELECT DISTINCT repeats.
-std::string Translator::orderKeyOfDistinct(const Typed& item, const std::string& list,
-                                           const QueryText& text) {
-    const std::string all = ", " + list, entry = ", " + collated(item) + " AS c";
-    const std::size_t found = all.find(entry);
-    if (found == std::string::npos) throw sqlError(message::kOrderByItemNotInDistinct);
-    const auto& [column, alias, isNull, isNew] =
-        text.columns[std::stoul(all.substr(found + entry.size())) - 1];
-    return collated({alias, column.type});
-}
-
 std::string Translator::orderBy(const std::vector<OrderItem>& items, const QueryText& text,
-                                const std::string* distinctList, const Select* firstOfSet,
-                                std::string* hidden) {
+                                const std::string* distinctList, const Select* firstOfSet, std::string* keys,
+                                bool all) {
     std::string sql;
     std::set<std::string> columns;
     for (const auto& item : items) {
@@ -298,10 +309,11 @@ std::string Translator::orderBy(const std::vector<OrderItem>& items, const Query
                 : unsupported("ORDER BY of an expression with GROUPING SETS, CUBE or ROLLUP");
         else {
             const Typed typed = value(*item.value);
-            const std::string alias = "o" + std::to_string(&item - items.data());
-            if (hidden && !distinctList) *hidden += ", " + typed.sql + " AS " + alias;
-            key = distinctList ? orderKeyOfDistinct(typed, *distinctList, text)
-                               : comparable(hidden ? Typed{alias, typed.type} : typed);
+            key = distinctList ? orderKeyOfDistinct(typed, *distinctList, text) : comparable(typed);
+            if (keys && ((all && !distinctList) || usesSource(key, m_scope->outerSources))) {
+                const std::string name = "k" + std::to_string(&item - items.data());
+                *keys += ", " + std::exchange(key, name) + " AS " + name;
+            }
         }
         const bool isColumn = isLiteral || std::holds_alternative<ColumnRef>(node);
         if (isColumn && !columns.insert(key).second) throw sqlError(message::kRepeatedOrderByColumn);
@@ -319,12 +331,13 @@ std::string Translator::limit(const Select* select, const Query& query) {
     return " LIMIT " + fetch + " OFFSET " + rowCount(*query.offset, 0, message::kNegativeOffsetClause);
 }
 
-// Row count of TOP, OFFSET or FETCH, which cannot refer to columns. A count below `least` is an error; SQLite
-// alone would return all rows.
+// Row count of TOP, OFFSET or FETCH, which cannot refer to columns of its query. A count below `least` is an
+// error; SQLite alone would return all rows.
 std::string Translator::rowCount(const Expr& expr, int least, int error) {
-    const Temporarily blind(m_scope, nullptr);
+    const Temporarily outer(m_scope, m_scope ? m_scope->outer : nullptr);
     const Typed rows = value(expr);
     if (!isExact(rows.type.id) || rows.type.scale > 0) throw sqlError(message::kRowCountNotInteger);
+    if (usesSource(rows.sql, m_aliases)) throw unsupported("a column as the number of TOP or OFFSET");
     return checkedRowCount(coerce(rows, simpleType(TypeId::BigInt)).sql, least, error);
 }
 
@@ -340,19 +353,6 @@ std::string Translator::changeLimit(const ExprPtr& top) {
 std::string Translator::limited(const std::string& sql, const ExprPtr& top) {
     const std::string limit = changeLimit(top);
     return limit.empty() ? sql : "SELECT * FROM (" + sql + ")" + limit;
-}
-
-// UNION, EXCEPT or INTERSECT of rows with a varbinary (see distinctRows()).
-std::string Translator::distinctSetOperation(SetOp op, const std::string& left, const std::string& right,
-                                             const QueryText& text) {
-    if (op == SetOp::Union) return distinctRows(left + " UNION ALL " + right, text);
-    std::string equal;
-    for (const auto& [column, alias, isNull, isNew] : text.columns)
-        equal += (equal.empty() ? "" : " AND ") + comparable({"l." + alias, column.type}) + " IS " +
-                 comparable({"r." + alias, column.type});
-    return distinctRows("SELECT * FROM (" + left + ") AS l WHERE " + (op == SetOp::Except ? "NOT " : "") +
-                            "EXISTS (SELECT 1 FROM (" + right + ") AS r WHERE " + equal + ")",
-                        text);
 }
 
 QueryText Translator::setOperation(const SetOperation& operation, const Query& query) {
@@ -400,20 +400,16 @@ QueryText Translator::setOperation(const SetOperation& operation, const Query& q
 }
 
 std::string Translator::from(const std::vector<TableRefPtr>& tables) {
-    std::string sql;
+    std::vector<std::string> texts;
     bool hasJoin = false;
     for (const auto& table : tables) {
-        const std::string one = tableRef(*table);
         const bool isJoin = std::holds_alternative<Join>(table->node);
-        if (sql.empty())
-            sql = one;
-        else if (isJoin && !hasJoin)  // first, so that it needs no parentheses, which hide its row ids
-            sql = one + ", " + sql;
-        else
-            sql += isJoin ? ", (" + one + ")" : ", " + one;
-        hasJoin = hasJoin || isJoin;
+        // The first join comes first, so that it needs no parentheses, which hide its row ids.
+        const bool isFirst = isJoin && !std::exchange(hasJoin, hasJoin || isJoin);
+        const std::string one = tableRef(*table);
+        texts.insert(isFirst ? texts.begin() : texts.end(), isJoin && !isFirst ? "(" + one + ")" : one);
     }
-    return sql.empty() ? sql : " FROM " + sql;
+    return texts.empty() ? "" : " FROM " + commaList(texts);
 }
 
 std::string Translator::nextAlias() {
@@ -422,11 +418,14 @@ std::string Translator::nextAlias() {
     return "s" + std::to_string(m_aliases);
 }
 
-std::string Translator::tableRef(const TableRef& table) {
-    if (const auto* joined = std::get_if<Join>(&table.node)) return join(*joined);
+std::string Translator::tableRef(const TableRef& table, bool applied) {
+    const auto* joined = std::get_if<Join>(&table.node);
+    if (joined && applied) throw unsupported("APPLY of a join in parentheses");
+    if (joined) return join(*joined);
     const auto* derived = std::get_if<DerivedTable>(&table.node);
-    std::string sql = derived ? derivedTable(*derived->query, derived->columns, table.alias)
-                              : namedTable(std::get<NamedTable>(table.node), table.alias);
+    std::string sql = derived ? derivedTable(beside(applied, [&] { return query(*derived->query); }),
+                                             derived->columns, table.alias, applied)
+                              : namedTable(std::get<NamedTable>(table.node), table.alias, applied);
     Source& added = m_scope->sources.back();
     if (!table.alias.empty()) added.schemaName.clear();
     for (const auto& each : m_scope->sources)
@@ -443,11 +442,11 @@ void Translator::addSource(const TableInfo& table, const std::string& exposed, c
     Source source{exposed, table.database, table.schemaName, prefix + "_rowid_", table.sqlName(), {}};
     for (const auto& column : table.columns)
         source.columns.push_back(
-            {column.name, prefix + quotedName(column.name), column.type, column.nullable, column.identity});
+            {{column.name, column.type, column.nullable, column.identity}, prefix + quotedName(column.name)});
     m_scope->sources.push_back(std::move(source));
 }
 
-std::string Translator::namedTable(const NamedTable& table, const std::string& alias) {
+std::string Translator::namedTable(const NamedTable& table, const std::string& alias, bool applied) {
     const std::string exposed = alias.empty() ? table.name.name : alias;
     if (table.name.schema.empty() && !table.arguments)
         for (std::size_t i = m_with.size(); i-- > 0;) {
@@ -456,8 +455,10 @@ std::string Translator::namedTable(const NamedTable& table, const std::string& a
             const auto all = m_with;
             const CommonTable& common = *all[i].table;
             m_with.resize(i);  // it sees only those before it
-            std::string sql = isRecursive(common) ? recursiveTable(common, exposed)
-                                                  : derivedTable(*common.query, common.columns, exposed);
+            std::string sql = isRecursive(common)
+                                  ? recursiveTable(common, exposed)
+                                  : derivedTable(beside(false, [&] { return query(*common.query); }),
+                                                 common.columns, exposed);
             m_with = all;
             return sql;
         }
@@ -466,8 +467,8 @@ std::string Translator::namedTable(const NamedTable& table, const std::string& a
     if (!info)
         if (const auto stored =
                 m_names.module(table.name, table.arguments ? objectType::kTableFunction : objectType::kView))
-            return storedTable(*stored, table, exposed);
-    if (table.arguments) return tableFunction(table, exposed);
+            return storedTable(*stored, table, exposed, applied && table.arguments);
+    if (table.arguments) return splitText(table, exposed, applied);
     const std::string sqlAlias = nextAlias();
     const auto view = info ? std::nullopt : m_names.view(table.name);
     if (view) {
@@ -484,18 +485,20 @@ std::string Translator::namedTable(const NamedTable& table, const std::string& a
 
 // Returns the query of a view or function. It does not see the sources of the statement.
 std::string Translator::storedTable(const StoredModule& stored, const NamedTable& table,
-                                    const std::string& alias) {
+                                    const std::string& alias, bool applied) {
     const auto& parameters = stored.module->parameters;
     WordMap<std::string> arguments;
     const std::vector<ExprPtr> none;
-    const auto values = blind([&] { return argumentsOf(stored, table.arguments ? *table.arguments : none); });
+    const auto values =
+        beside(applied, [&] { return argumentsOf(stored, table.arguments ? *table.arguments : none); });
     for (std::size_t i = 0; i < values.size(); ++i) arguments[parameters[i].name] = values[i];
     std::string sql;
     m_names.within(stored, [&] {
         const Temporarily noCommonTables(m_with, std::vector<NamedQuery>());
         const Temporarily onlyArguments(m_live, std::move(arguments));
         const Temporarily noOuterQuery(m_scope->outer, nullptr);
-        sql = derivedTable(*stored.module->query, stored.module->columns, alias);
+        sql = derivedTable(beside(false, [&] { return query(*stored.module->query); }),
+                           stored.module->columns, alias, applied);
     });
     m_scope->sources.back().database = stored.database;
     m_scope->sources.back().schemaName = stored.schemaName;
@@ -503,32 +506,46 @@ std::string Translator::storedTable(const StoredModule& stored, const NamedTable
 }
 
 // STRING_SPLIT(text, separator)
-std::string Translator::tableFunction(const NamedTable& table, const std::string& alias) {
+std::string Translator::splitText(const NamedTable& table, const std::string& alias, bool applied) {
     if (!table.name.schema.empty() || !sameWord(table.name.name, "STRING_SPLIT"))
         throw sqlError(message::kInvalidObjectName,
                        {(table.name.schema.empty() ? "" : table.name.schema + ".") + table.name.name});
     if (table.arguments->size() != 2) throw sqlError(message::kTooManyArguments, {"STRING_SPLIT"});
-    const auto pieces =
-        table.applied ? values(*table.arguments) : blind([&] { return values(*table.arguments); });
+    const auto pieces = beside(applied, [&] { return values(*table.arguments); });
     const Typed &text = pieces.front(), &separator = pieces.back();
     for (std::size_t i = 0; i < pieces.size(); ++i)
         if (!isText(pieces[i].type.id) && !pieces[i].nullLiteral)
             throw sqlError(message::kInvalidArgumentType,
                            {baseName(pieces[i].type.id), std::to_string(i + 1), "string_split"});
     const SqlType type = isNational(text.type.id) ? nvarcharType(text.type.length) : text.type;
-    const std::string sqlAlias = nextAlias();
-    m_scope->sources.push_back({alias, {}, {}, {}, {}, {{"value", sqlAlias + ".value", type}}});
-    return "json_each(ts_split(" + coerce(text, nvarcharType(SqlType::kMax)).sql + "," +
-           coerce(separator, nvarcharType(SqlType::kMax)).sql + ")) AS " + sqlAlias;
+    return packedTable("ts_split(" + coerce(text, nvarcharType(SqlType::kMax)).sql + "," +
+                           coerce(separator, nvarcharType(SqlType::kMax)).sql + ")",
+                       {{{"value", type}, {}}}, alias);
 }
 
-void Translator::rename(QueryText& text, const std::vector<std::string>& names, const std::string& of) {
-    if (names.empty()) return;
-    if (names.size() != text.columns.size())
+// A source whose rows are the result of ts_pack() for each row, in a JSON array. Unlike a subquery, `rows`
+// may use the columns of the sources before it.
+std::string Translator::packedTable(const std::string& rows, const std::vector<OutputColumn>& columns,
+                                    const std::string& alias) {
+    const std::string sqlAlias = addSource(columns, alias);
+    int place = 0;
+    for (auto& column : m_scope->sources.back().columns)
+        column.sql = "ts_unpack(" + sqlAlias + ".value, " + std::to_string(place++) + ")";
+    return "json_each(" + rows + ") AS " + sqlAlias;
+}
+
+void Translator::rename(QueryText& text, const std::vector<std::string>& names, const std::string& of,
+                        int unnamed, int repeated) {
+    if (!names.empty() && names.size() != text.columns.size())
         throw sqlError(names.size() > text.columns.size() ? message::kFewerColumnsThanNames
                                                           : message::kMoreColumnsThanNames,
                        {of});
     for (std::size_t i = 0; i < names.size(); ++i) text.columns[i].column.name = names[i];
+    std::set<std::string> seen;
+    for (const auto& [column, alias, isNull, isNew] : text.columns) {
+        if (column.name.empty()) throw sqlError(unnamed, {alias.substr(1), of});
+        if (!seen.insert(toLower(column.name)).second) throw sqlError(repeated, {column.name, of});
+    }
 }
 
 // Adds a source with these columns to the scope and returns its alias in SQLite.
@@ -537,23 +554,18 @@ std::string Translator::addSource(const std::vector<OutputColumn>& columns, cons
     const std::string prefix = sqlAlias + ".";
     Source source{exposed, {}, {}, {}, {}, {}};
     for (const auto& [column, alias, nullLiteral, isNew] : columns)
-        source.columns.push_back(
-            {column.name, prefix + alias, column.type, column.nullable, column.identity});
+        source.columns.push_back({column, prefix + alias});
     m_scope->sources.push_back(std::move(source));
     return sqlAlias;
 }
 
-std::string Translator::derivedTable(const Query& query, const std::vector<std::string>& names,
-                                     const std::string& alias) {
-    QueryText text = blind([&] { return this->query(query); });
+std::string Translator::derivedTable(QueryText text, const std::vector<std::string>& names,
+                                     const std::string& alias, bool applied) {
     rename(text, names, alias);
-    WordSet seen;
-    for (const auto& [column, sqlName, nullLiteral, isNew] : text.columns) {
-        if (column.name.empty()) throw sqlError(message::kUnnamedColumn, {sqlName.substr(1), alias});
-        if (!seen.insert(column.name).second)
-            throw sqlError(message::kColumnSpecifiedTwice, {column.name, alias});
-    }
-    return "(" + text.sql + ") AS " + addSource(text.columns, alias);
+    if (!applied) return "(" + text.sql + ") AS " + addSource(text.columns, alias);
+    return packedTable("(SELECT json_group_array(ts_pack(" + commaList(text.columns, &OutputColumn::alias) +
+                           ")) FROM (" + text.sql + "))",
+                       text.columns, alias);
 }
 
 // Anchor UNION ALL recursive part. Every row has its depth, which is checked against the recursion limit.
@@ -561,7 +573,7 @@ std::string Translator::recursiveTable(const CommonTable& table, const std::stri
     const auto& operation = std::get<SetOperation>(table.query->body);
     const std::string name = "r" + nextAlias();
     QueryText anchor;
-    const QueryText next = blind([&] {
+    const QueryText next = beside(/*applied=*/false, [&] {
         anchor = query(*operation.left);
         rename(anchor, table.columns, table.name);
         for (auto& output : anchor.columns) output.column.nullable = true;
@@ -596,28 +608,23 @@ std::string Translator::join(const Join& join) {
         if (!table.recursive.empty() && join.kind != JoinKind::Inner && join.kind != JoinKind::Cross)
             throw sqlError(message::kOuterJoinInRecursion, {table.table->name});
     const std::size_t begin = m_scope->sources.size();
-    const std::string left = tableRef(*join.left);
+    std::string left = tableRef(*join.left);
     const std::size_t middle = m_scope->sources.size();
-    std::string right = tableRef(*join.right);
+    const Temporarily onlyOfJoin(m_scope->firstSource, begin);
+    std::string right = tableRef(*join.right, join.applies);
     const bool whole = join.kind == JoinKind::Full;
     for (std::size_t i = begin; i < m_scope->sources.size(); ++i)  // NULLs of rows without a match
         if (whole || join.kind == (i < middle ? JoinKind::Right : JoinKind::Left))
             for (auto& column : m_scope->sources[i].columns) column.nullable = true;
-    const auto kind = static_cast<std::size_t>(join.kind);
     const bool isNested = std::holds_alternative<Join>(join.right->node);
     // SQLite hides the row ids of a join in parentheses, which a change of its tables needs. Hence the join
     // comes first, if it can.
     const bool swaps = isNested && !std::holds_alternative<Join>(join.left->node);
     if (isNested && !swaps) right = "(" + right + ")";
-    std::string sql =
-        swaps ? right + std::string(kSwapped[kind]) + left : left + std::string(kWords[kind]) + right;
-    if (!join.on) return sql;
-    auto& sources = m_scope->sources;  // ON does not see tables before a comma
-    const std::vector<Source> before(sources.begin(), sources.begin() + static_cast<std::ptrdiff_t>(begin));
-    sources.erase(sources.begin(), sources.begin() + static_cast<std::ptrdiff_t>(begin));
-    sql += " ON " + condition(*join.on);
-    sources.insert(sources.begin(), before.begin(), before.end());
-    return sql;
+    if (swaps) std::swap(left, right);
+    const std::string sql =
+        left.append((swaps ? kSwapped : kWords)[static_cast<std::size_t>(join.kind)]).append(right);
+    return join.on ? sql + " ON " + condition(*join.on) : sql;
 }
 
 }  // namespace tsql

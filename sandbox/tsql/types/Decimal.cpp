@@ -16,44 +16,14 @@ using Wide = boost::multiprecision::int512_t;  // holds every intermediate resul
 constexpr Int128 kTooLarge = powerOfTen<Int128>(kMostDigits);
 constexpr Bits128 kSign = Bits128{1} << 127;
 
-template <typename Number>
-Int128 bounded(const Number& value) {
-    if (value >= Number(kTooLarge)) return kTooLarge;
-    return value <= Number(-kTooLarge) ? -kTooLarge : static_cast<Int128>(value);
+Int128 bounded(const Wide& value) {
+    return static_cast<Int128>(std::clamp<Wide>(value, -kTooLarge, kTooLarge));
 }
 
 template <typename Number>
 Number divided(const Number& value, const Number& divisor, Rounding rounding) {
     if (rounding == Rounding::Truncate) return value / divisor;
     return (value + (value < 0 ? -divisor : divisor) / 2) / divisor;
-}
-
-// `Number` must hold every intermediate result; see digitsNeeded().
-template <typename Number>
-Int128 resultIn(BinaryOp op, const Number& left, int leftScale, const Number& right, int rightScale,
-                int scale) {
-    const auto power = [](int exponent) { return powerOfTen<Number>(exponent); };
-    if (op == BinaryOp::Divide) {
-        const int shift = scale + rightScale - leftScale;
-        return bounded<Number>(left * power(shift) / (right * power(-shift)));
-    }
-    const int common = op == BinaryOp::Multiply ? leftScale + rightScale : std::max(leftScale, rightScale);
-    Number result;
-    if (op == BinaryOp::Multiply) {
-        result = left * right;
-    } else {
-        const Number a = left * power(common - leftScale), b = right * power(common - rightScale);
-        result = op == BinaryOp::Add ? a + b : op == BinaryOp::Subtract ? a - b : a % b;
-    }
-    return bounded<Number>(divided<Number>(result, power(common - scale), Rounding::HalfAway));
-}
-
-// Most digits of an intermediate result.
-int digitsNeeded(BinaryOp op, const SqlType& left, const SqlType& right, int scale) {
-    const int p1 = precisionOf(left), p2 = precisionOf(right), shift = scale + right.scale - left.scale;
-    if (op == BinaryOp::Multiply) return p1 + p2;
-    if (op == BinaryOp::Divide) return std::max(p1 + std::max(shift, 0), p2 + std::max(-shift, 0));
-    return std::max(left.scale, right.scale) + std::max(p1 - left.scale, p2 - right.scale) + 1;
 }
 
 }  // namespace
@@ -92,23 +62,31 @@ Int128 rescaled(double value, int toScale) {
     scaled *= powerOfTen<Wide>(toScale);
     exponent -= kBits;
     if (exponent < -kDeepest) return 0;
-    return bounded<Wide>(exponent >= 0 ? Wide(scaled << exponent)
-                                       : divided<Wide>(scaled, Wide(1) << -exponent, Rounding::HalfAway));
+    return bounded(exponent >= 0 ? Wide(scaled << exponent)
+                                 : divided<Wide>(scaled, Wide(1) << -exponent, Rounding::HalfAway));
 }
 
 Int128 exactResult(BinaryOp op, Int128 left, const SqlType& leftType, Int128 right, const SqlType& rightType,
                    int scale) {
     if (right == 0 && (op == BinaryOp::Divide || op == BinaryOp::Modulo))
         throw sqlError(message::kDivideByZero);
-    if (digitsNeeded(op, leftType, rightType, scale) <= kMostDigits)
-        return resultIn<Int128>(op, left, leftType.scale, right, rightType.scale, scale);
-    return resultIn<Wide>(op, left, leftType.scale, right, rightType.scale, scale);
+    const auto power = [](int exponent) { return powerOfTen<Wide>(exponent); };
+    const int s1 = leftType.scale, s2 = rightType.scale, shift = scale + s2 - s1;
+    if (op == BinaryOp::Divide) return bounded(left * power(shift) / (right * power(-shift)));
+    const bool isProduct = op == BinaryOp::Multiply;
+    const int common = isProduct ? s1 + s2 : std::max(s1, s2);
+    const Wide a = left * power(isProduct ? 0 : common - s1), b = right * power(isProduct ? 0 : common - s2);
+    const Wide result = isProduct                  ? Wide(a * b)
+                        : op == BinaryOp::Add      ? Wide(a + b)
+                        : op == BinaryOp::Subtract ? Wide(a - b)
+                                                   : Wide(a % b);
+    return bounded(divided<Wide>(result, power(common - scale), Rounding::HalfAway));
 }
 
 int compareExact(Int128 left, const SqlType& leftType, Int128 right, const SqlType& rightType) {
     const int scale = std::max(leftType.scale, rightType.scale);
     const Int128 difference = exactResult(BinaryOp::Subtract, left, leftType, right, rightType, scale);
-    return difference < 0 ? -1 : difference > 0 ? 1 : 0;
+    return (difference > 0) - (difference < 0);
 }
 
 bool fits(Int128 value, const SqlType& type) {

@@ -10,32 +10,9 @@
 namespace tsql {
 
 enum class TypeId : std::uint8_t {
-    Bit,
-    TinyInt,
-    SmallInt,
-    Int,
-    BigInt,
-    Decimal,
-    SmallMoney,
-    Money,
-    Real,
-    Float,
-    Char,
-    VarChar,
-    NChar,
-    NVarChar,
-    Text,
-    NText,
-    Xml,
-    Date,
-    Time,
-    DateTime,
-    SmallDateTime,
-    DateTime2,
-    UniqueIdentifier,
-    Binary,
-    VarBinary,
-    Image
+#define TSQL_TYPE(id, ...) id,
+#include "types/TypeTable.inc"
+#undef TSQL_TYPE
 };
 
 // Type of a column, variable or expression.

@@ -14,6 +14,7 @@ constexpr int kMaxDecimal = 38;
 
 struct TypeFacts {
     std::string_view name;
+    char family;     // types of a family have the same conversions
     int precedence;  // T-SQL's type precedence; the operand with the lower one is converted
     int precision;   // decimal digits, bits of a float, length of a date without its fraction
     int scale;
@@ -21,53 +22,24 @@ struct TypeFacts {
     int systemId;  // sys.types.system_type_id
 };
 
-// In the order of TypeId.
-constexpr std::array<TypeFacts, 26> kTypes = {{
-    {"bit", 12, 1, 0, 1, 104},
-    {"tinyint", 13, 3, 0, 1, 48},
-    {"smallint", 14, 5, 0, 2, 52},
-    {"int", 15, 10, 0, 4, 56},
-    {"bigint", 16, 19, 0, 8, 127},
-    {"decimal", 19, 18, 0, 17, 106},
-    {"smallmoney", 17, 10, 4, 4, 122},
-    {"money", 18, 19, 4, 8, 60},
-    {"real", 20, 24, 0, 4, 59},
-    {"float", 21, 53, 0, 8, 62},
-    {"char", 3, 0, 0, 1, 175},
-    {"varchar", 4, 0, 0, 1, 167},
-    {"nchar", 5, 0, 0, 2, 239},
-    {"nvarchar", 6, 0, 0, 2, 231},
-    {"text", 10, 0, 0, 16, 35},
-    {"ntext", 11, 0, 0, 16, 99},
-    {"xml", 28, 0, 0, -1, 241},
-    {"date", 23, 10, 0, 3, 40},
-    {"time", 22, 8, 7, 5, 41},
-    {"datetime", 25, 19, 3, 8, 61},
-    {"smalldatetime", 24, 16, 0, 4, 58},
-    {"datetime2", 26, 19, 7, 8, 42},
-    {"uniqueidentifier", 7, 0, 0, 16, 36},
-    {"binary", 1, 0, 0, 1, 173},
-    {"varbinary", 2, 0, 0, 1, 165},
-    {"image", 9, 0, 0, 16, 34},
-}};
+constexpr TypeFacts kTypes[] = {
+#define TSQL_TYPE(id, ...) {__VA_ARGS__},
+#include "types/TypeTable.inc"
+#undef TSQL_TYPE
+};
 
 const TypeFacts& facts(TypeId id) {
     return kTypes[static_cast<std::size_t>(id)];
 }
 
-// Family of each type, by TypeId. Types of a family have the same conversions: N exact numbers, F float, C
-// strings, T text and ntext, X xml, A date, M time, D datetime and smalldatetime, 2 datetime2, U
-// uniqueidentifier, B binary, I image.
-constexpr std::string_view kFamilies = "NNNNNNNNFFCCCCTTXAMDD2UBBI";
 constexpr std::string_view kFamilyOrder = "NFDAM2CTXUBI";
-// Conversions from each family (row) to each (column), in kFamilyOrder: i implicit, e explicit only, - not
-// allowed.
+// ConversionRule from each family (row) to each (column), in kFamilyOrder.
 constexpr std::array<std::string_view, 12> kConversions = {
     "iii---i---i-", "iii---i---i-", "eeiiiii---e-", "--ii-ii---e-", "--i-iii---e-", "--iiiii---e-",
     "iiiiiiiiiiei", "------iie---", "------e-i-e-", "------i--ii-", "i-ieeei-iiii", "----------ii"};
 
 std::size_t familyOf(TypeId id) {
-    return kFamilyOrder.find(kFamilies[static_cast<std::size_t>(id)]);
+    return kFamilyOrder.find(facts(id).family);
 }
 
 // Each between commas.
@@ -84,17 +56,13 @@ constexpr std::pair<std::string_view, TypeId> kSynonyms[] = {
 };
 
 std::optional<TypeId> findType(std::string_view name) {
-    for (std::size_t i = 0; i < kTypes.size(); ++i)
+    for (std::size_t i = 0; i < std::size(kTypes); ++i)
         if (sameWord(kTypes[i].name, name)) return static_cast<TypeId>(i);
     for (const auto& [synonyms, id] : kSynonyms)
         if (name.find(',') == name.npos &&
             synonyms.find("," + lowerAscii(name) + ",") != std::string_view::npos)
             return id;
     return std::nullopt;
-}
-
-bool hasScale(TypeId id) {
-    return id == TypeId::Time || id == TypeId::DateTime2;
 }
 
 void checkLength(TypeId id, int length) {
@@ -236,7 +204,7 @@ std::int64_t encodeType(const SqlType& type) {
 
 SqlType decodeType(std::int64_t code) {
     SqlType type;
-    type.id = static_cast<TypeId>(std::min<std::int64_t>(code & 0xff, kTypes.size() - 1));
+    type.id = static_cast<TypeId>(std::min<std::int64_t>(code & 0xff, std::size(kTypes) - 1));
     type.precision = static_cast<std::uint8_t>((code >> 8) & 0xff);
     type.scale = static_cast<std::uint8_t>((code >> 16) & 0xff);
     type.length = static_cast<int>(static_cast<std::uint32_t>(code >> 24));
@@ -244,10 +212,7 @@ SqlType decodeType(std::int64_t code) {
 }
 
 ConversionRule conversionRule(TypeId from, TypeId to) {
-    const char rule = kConversions[familyOf(from)][familyOf(to)];
-    return rule == 'i'   ? ConversionRule::Implicit
-           : rule == 'e' ? ConversionRule::Explicit
-                         : ConversionRule::Never;
+    return ConversionRule{kConversions[familyOf(from)][familyOf(to)]};
 }
 
 void requireImplicit(const SqlType& from, const SqlType& to) {

@@ -48,6 +48,9 @@ constexpr bool isNational(TypeId id) {  // UTF-16 in SQL Server
 constexpr bool isLob(TypeId id) {  // not comparable
     return (id >= TypeId::Text && id <= TypeId::Xml) || id == TypeId::Image;
 }
+constexpr bool hasScale(TypeId id) {  // of its fraction of a second
+    return id == TypeId::Time || id == TypeId::DateTime2;
+}
 constexpr bool hasLength(TypeId id) {  // char to nvarchar, binary, varbinary
     return (isText(id) || isBinary(id)) && !isLob(id);
 }
@@ -63,7 +66,7 @@ int maxLength(const SqlType& type);
 int precisionOf(const SqlType& type);
 
 // Whether a conversion happens implicitly, only by CAST, or never.
-enum class ConversionRule { Implicit, Explicit, Never };
+enum class ConversionRule : char { Implicit = 'i', Explicit = 'e', Never = '-' };
 ConversionRule conversionRule(TypeId from, TypeId to);
 // Throws SqlError 206 or 257 unless the conversion is implicit.
 void requireImplicit(const SqlType& from, const SqlType& to);

@@ -1,11 +1,16 @@
 #include "types/Text.h"
 
+#include <boost/algorithm/string/split.hpp>
+#include <boost/locale/utf.hpp>
 #include <clocale>
 #include <cwctype>
 
 #include "types/Work.h"
 
 namespace tsql {
+
+namespace utf = boost::locale::utf;
+
 namespace {
 
 constexpr std::size_t kFoldTable = 0x10000;  // pairs above the basic plane are rare and not cached
@@ -26,12 +31,9 @@ std::string mapped(std::string_view text, CaseMap map) {
 
 // Length in bytes of the first character; 1 for a byte that is not valid UTF-8.
 std::size_t sequenceLength(std::string_view text) {
-    const auto lead = static_cast<unsigned char>(text[0]);
-    const std::size_t length = lead < 0xC2 || lead > 0xF4 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
-    if (length > text.size()) return 1;
-    for (std::size_t i = 1; i < length; ++i)
-        if ((static_cast<unsigned char>(text[i]) & 0xC0) != 0x80) return 1;
-    return length;
+    std::string_view rest = text;
+    nextCharacter(rest);
+    return text.size() - rest.size();
 }
 
 struct Place {
@@ -127,10 +129,8 @@ std::vector<std::string> listItems(std::string_view text) {
     std::string line(text);
     std::ranges::replace(line, '\n', ' ');
     std::vector<std::string> items;
-    for (std::size_t at = 0, end = 0; at < line.size(); at = end + 1) {
-        end = std::min(line.find(';', at), line.size());
-        items.emplace_back(trimmed(std::string_view(line).substr(at, end - at)));
-    }
+    boost::split(items, line, [](char c) { return c == ';'; });
+    for (auto& item : items) item = trimmed(item);
     return items;
 }
 
@@ -152,19 +152,15 @@ std::string_view characters(std::string_view text, std::size_t first, std::size_
 }
 
 char32_t nextCharacter(std::string_view& text) {
-    const std::size_t length = sequenceLength(text);
-    const auto lead = static_cast<unsigned char>(text[0]);
-    char32_t c = length == 1 ? lead : lead & (0x7Fu >> length);
-    for (std::size_t i = 1; i < length; ++i) c = (c << 6) | (static_cast<unsigned char>(text[i]) & 0x3F);
-    text.remove_prefix(length);
-    return length == 1 && lead >= 0x80 ? kReplacement : c;
+    const auto* end = text.begin();
+    const char32_t c = utf::utf_traits<char>::decode(end, text.end());
+    const bool isValid = utf::is_valid_codepoint(c);
+    text.remove_prefix(isValid ? static_cast<std::size_t>(end - text.begin()) : 1);
+    return isValid ? c : kReplacement;
 }
 
 void appendCharacter(std::string& text, char32_t c) {
-    constexpr unsigned kLeads[] = {0, 0xC0, 0xE0, 0xF0};  // of sequences with so many further bytes
-    int further = c < 0x80 ? 0 : c < 0x800 ? 1 : c < 0x10000 ? 2 : 3;
-    text += static_cast<char>(kLeads[further] | (c >> 6 * further));
-    while (further-- > 0) text += static_cast<char>(0x80 | (c >> 6 * further & 0x3F));
+    utf::utf_traits<char>::encode(c, std::back_inserter(text));
 }
 
 std::string toUpper(std::string_view text) {

@@ -1,26 +1,23 @@
 // Conversions between UTF-8 and the encodings of the wire, declared in Text.h.
+#include <bit>
+#include <boost/locale/utf.hpp>
+
 #include "types/Text.h"
 
 namespace tsql {
 namespace {
 
-constexpr char32_t kFirstPair = 0x10000, kLastCharacter = 0x10FFFF;
-constexpr char32_t kHighSurrogate = 0xD800, kLowSurrogate = 0xDC00, kBehindSurrogates = 0xE000;
+namespace utf = boost::locale::utf;
+using Utf16 = utf::utf_traits<char16_t>;
+static_assert(std::endian::native == std::endian::little);  // as on the wire
+
+constexpr char32_t kFirstPair = 0x10000;  // first character of two units
 
 // Characters of bytes 0x80 to 0x9F. Undefined bytes map to the code point of the same number.
 constexpr char16_t kCodePage1252[] = {0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,
                                       0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0x008D, 0x017D, 0x008F,
                                       0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
                                       0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
-
-bool isSurrogate(char32_t c) {
-    return c >= kHighSurrogate && c < kBehindSurrogates;
-}
-
-void appendUnit(std::string& wire, char32_t unit) {
-    wire += static_cast<char>(unit & 0xFF);
-    wire += static_cast<char>(unit >> 8 & 0xFF);
-}
 
 // Removes and returns the ASCII characters at the front, which are most of all results.
 std::string_view removeAscii(std::string_view& utf8) {
@@ -42,13 +39,9 @@ void moveAscii(std::string& wire, std::string_view& utf8) {
 
 void appendUtf16(std::string& wire, std::string_view utf8) {
     for (moveAscii(wire, utf8); !utf8.empty(); moveAscii(wire, utf8)) {
-        char32_t c = nextCharacter(utf8);
-        if (isSurrogate(c) || c > kLastCharacter) c = kReplacement;
-        if (c >= kFirstPair) {
-            appendUnit(wire, kHighSurrogate + ((c - kFirstPair) >> 10));
-            c = kLowSurrogate + ((c - kFirstPair) & 0x3FF);
-        }
-        appendUnit(wire, c);
+        char16_t units[Utf16::max_width];
+        const char16_t* const end = Utf16::encode(nextCharacter(utf8), units);
+        wire.append(reinterpret_cast<const char*>(units), reinterpret_cast<const char*>(end));
     }
 }
 
@@ -60,25 +53,16 @@ std::string utf16FromUtf8(std::string_view utf8) {
 }
 
 std::string utf8FromUtf16(std::string_view wire) {
-    const auto unitAt = [wire](std::size_t i) {
-        return static_cast<char32_t>(static_cast<unsigned char>(wire[i]) |
-                                     static_cast<unsigned char>(wire[i + 1]) << 8);
-    };
+    std::u16string units(wire.size() / 2, u'\0');
+    wire.copy(reinterpret_cast<char*>(units.data()), 2 * units.size());
     std::string text;
-    text.reserve(wire.size() / 2);
-    for (std::size_t i = 0; i + 1 < wire.size(); i += 2) {
-        char32_t c = unitAt(i);
-        if (c < 0x80) {
-            text += static_cast<char>(c);
-            continue;
-        }
-        if (isSurrogate(c)) {
-            const char32_t low = c < kLowSurrogate && i + 3 < wire.size() ? unitAt(i + 2) : 0;
-            const bool paired = low >= kLowSurrogate && isSurrogate(low);
-            c = paired ? kFirstPair + ((c - kHighSurrogate) << 10) + (low - kLowSurrogate) : kReplacement;
-            if (paired) i += 2;
-        }
-        appendCharacter(text, c);
+    text.reserve(units.size());
+    for (auto at = units.cbegin(); at != units.cend();) {
+        auto end = at;
+        const char32_t c = Utf16::decode(end, units.cend());
+        const bool isValid = utf::is_valid_codepoint(c);
+        appendCharacter(text, isValid ? c : kReplacement);
+        at = isValid ? end : at + 1;
     }
     return text;
 }

@@ -36,6 +36,18 @@ std::string_view spoken(const SqlType& type) {
     throw unsupported("the conversion of " + std::string(spoken(from)) + " to " + std::string(spoken(to)));
 }
 
+bool areDigits(std::string_view text) {
+    return text.find_first_not_of("0123456789") == text.npos;
+}
+
+// Empty for more than 38 digits.
+std::optional<Int128> numberOf(std::string_view digits) {
+    digits.remove_prefix(std::min(digits.find_first_not_of('0'), digits.size()));
+    Int128 value = 0;
+    for (const char c : digits.substr(0, kMostDigits)) value = value * 10 + (c - '0');
+    return digits.size() > kMostDigits ? std::nullopt : std::optional(value);
+}
+
 // One conversion. Its functions are named after the family of the target type.
 class Converter {
   public:
@@ -89,14 +101,11 @@ class Converter {
         if (digits.empty()) return std::int64_t{0};
         const bool negative = digits[0] == '-';
         if (negative || digits[0] == '+') digits = trimLeft(digits.substr(1));
-        if (digits.empty() || digits.find_first_not_of("0123456789") != std::string_view::npos)
-            throwBadText(text(), m_from, m_to);
-        const auto significant = digits.substr(std::min(digits.find_first_not_of('0'), digits.size()));
-        Int128 value = 0;
-        for (const char c : significant.substr(0, 20)) value = value * 10 + (c - '0');
-        if (negative) value = -value;
-        if (m_to.id != TypeId::Bit && (significant.size() > 20 || !fits(value, m_to))) throwTextOverflow();
-        return rangeChecked(value);
+        if (digits.empty() || !areDigits(digits)) throwBadText(text(), m_from, m_to);
+        const auto value = numberOf(digits);
+        if (m_to.id == TypeId::Bit) return std::int64_t{value != Int128{0}};
+        if (!value || !fits(negative ? -*value : *value, m_to)) throwTextOverflow();
+        return static_cast<std::int64_t>(negative ? -*value : *value);
     }
 
     [[noreturn]] void throwTextOverflow() const {
@@ -153,36 +162,21 @@ class Converter {
     // Digits with at most one point; for money also a currency sign and commas.
     Value scaledFromText() const {
         std::string_view rest = trimmed(text());
-        if (rest.empty() && isMoney(m_to.id)) return std::int64_t{0};
-        bool negative = false, point = false, any = false;
-        if (!rest.empty() && (rest[0] == '-' || rest[0] == '+'))
-            negative = rest[0] == '-', rest = trimLeft(rest.substr(1));
-        if (isMoney(m_to.id) && !rest.empty() && rest[0] == '$') rest = trimLeft(rest.substr(1));
-        if (isMoney(m_to.id) && !rest.empty() && rest[0] == '-' && !negative)
-            negative = true, rest.remove_prefix(1);
-        constexpr auto kFull = powerOfTen<Int128>(kMostDigits - 1);  // a further digit would overflow
-        Int128 value = 0;
-        int scale = 0;
-        bool up = false;
-        for (const char c : rest) {
-            if (c == ',' && isMoney(m_to.id) && !point) continue;
-            if (c == '.' && !point) {
-                point = true;
-                continue;
-            }
-            if (c < '0' || c > '9') throwBadText(text(), m_from, m_to);
-            any = true;
-            if (point && scale >= m_to.scale) {  // the first dropped digit rounds
-                up = up || (scale++ == m_to.scale && c >= '5');
-                continue;
-            }
-            if (value >= kFull) throwOverflow(m_from, m_to);
-            value = value * 10 + (c - '0');
-            scale += point;
-        }
-        if (!any) throwBadText(text(), m_from, m_to);
-        value = rescaled(value, std::min<int>(scale, m_to.scale), m_to.scale, Rounding::Truncate) + up;
-        return scaleChecked(negative ? -value : value);
+        const bool money = isMoney(m_to.id);
+        if (rest.empty() && money) return std::int64_t{0};
+        bool negative = rest.starts_with('-');
+        if (negative || rest.starts_with('+')) rest = trimLeft(rest.substr(1));
+        if (money && rest.starts_with('$')) rest = trimLeft(rest.substr(1));
+        if (money && rest.starts_with('-') && !negative) negative = true, rest.remove_prefix(1);
+        const std::size_t point = std::min(rest.find('.'), rest.size());
+        std::string digits(rest.substr(0, point)), fraction(rest.substr(std::min(point + 1, rest.size())));
+        if (money) std::erase(digits, ',');
+        if ((digits + fraction).empty() || !areDigits(digits + fraction)) throwBadText(text(), m_from, m_to);
+        fraction.resize(std::max<std::size_t>(fraction.size(), m_to.scale + 1U), '0');
+        const auto value = numberOf(digits.append(fraction, 0, m_to.scale));
+        if (!value) throwOverflow(m_from, m_to);
+        const Int128 rounded = *value + (fraction[m_to.scale] >= '5');
+        return scaleChecked(negative ? -rounded : rounded);
     }
 
     double asReal() const {
@@ -418,15 +412,13 @@ std::string hexDigits(std::span<const std::byte> bytes) {
 }
 
 std::optional<Bytes> parseHex(std::string_view digits) {
-    if (digits.size() % 2 != 0) return std::nullopt;
-    Bytes bytes;
-    for (std::size_t at = 0; at < digits.size(); at += 2) {
-        unsigned value = 0;
-        const char* end = digits.data() + at + 2;
-        if (std::from_chars(digits.data() + at, end, value, 16).ptr != end) return std::nullopt;
-        bytes += static_cast<std::byte>(value);
+    Bytes bytes(digits.size() / 2, std::byte{});
+    try {
+        boost::algorithm::unhex(digits, reinterpret_cast<char*>(bytes.data()));
+        return bytes;
+    } catch (const boost::algorithm::hex_decode_error&) {
+        return std::nullopt;
     }
-    return bytes;
 }
 
 CellView viewOf(const Value& value) {

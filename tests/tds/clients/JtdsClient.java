@@ -144,6 +144,10 @@ public class JtdsClient {
                rows(data.getIndexInfo(null, null, "remark", false, true), "NON_UNIQUE", "INDEX_NAME", "COLUMN_NAME",
                     "ASC_OR_DESC"));
         expect("twice ", rows(data.getProcedures(null, null, "tw%"), "PROCEDURE_NAME"));
+        expect("@RETURN_VALUE|5|int @n|1|int @text|2|nvarchar ",
+               rows(data.getProcedureColumns(null, null, "twice", null), "COLUMN_NAME", "COLUMN_TYPE", "TYPE_NAME"));
+        expect("id|4|1 ", rows(data.getBestRowIdentifier(null, null, "reading", DatabaseMetaData.bestRowSession, true),
+                               "COLUMN_NAME", "DATA_TYPE", "PSEUDO_COLUMN"));
         expect(true, rows(data.getCatalogs()).contains("jtds "));
         expect(true, rows(data.getSchemas(), "TABLE_SCHEM").contains("dbo "));
     }

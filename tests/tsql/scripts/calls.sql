@@ -143,3 +143,57 @@ EXEC @text
 -- types as drivers ask for them
 EXEC sp_datatype_info 12, 3 --> TYPE_NAME nvarchar(128)? = varchar | DATA_TYPE smallint? = 12 | PRECISION int? = 8000 | LITERAL_PREFIX varchar(32)? = ' | LITERAL_SUFFIX varchar(32)? = ' | CREATE_PARAMS varchar(32)? = max length | NULLABLE smallint? = 1 | CASE_SENSITIVE smallint? = 0 | SEARCHABLE smallint? = 3 | UNSIGNED_ATTRIBUTE smallint? = NULL | MONEY smallint? = 0 | AUTO_INCREMENT smallint? = NULL | LOCAL_TYPE_NAME nvarchar(128)? = varchar | MINIMUM_SCALE smallint? = NULL | MAXIMUM_SCALE smallint? = NULL | SQL_DATA_TYPE smallint? = 12 | SQL_DATETIME_SUB smallint? = NULL | NUM_PREC_RADIX int? = NULL | INTERVAL_PRECISION smallint? = NULL | USERTYPE smallint? = 2 (1 rows)
 EXEC sys.sp_datatype_info_100 @data_type = 9 --> TYPE_NAME nvarchar(128)? = date | DATA_TYPE smallint? = 9 | PRECISION int? = 10 | LITERAL_PREFIX varchar(32)? = ' | LITERAL_SUFFIX varchar(32)? = ' | CREATE_PARAMS varchar(32)? = NULL | NULLABLE smallint? = 1 | CASE_SENSITIVE smallint? = 0 | SEARCHABLE smallint? = 3 | UNSIGNED_ATTRIBUTE smallint? = NULL | MONEY smallint? = 0 | AUTO_INCREMENT smallint? = NULL | LOCAL_TYPE_NAME nvarchar(128)? = date | MINIMUM_SCALE smallint? = NULL | MAXIMUM_SCALE smallint? = 0 | SQL_DATA_TYPE smallint? = 9 | SQL_DATETIME_SUB smallint? = 1 | NUM_PREC_RADIX int? = NULL | INTERVAL_PRECISION smallint? = NULL | USERTYPE smallint? = 0 (1 rows)
+-- prepared statements
+DECLARE @h int = 7, @other int
+EXEC sp_prepare @h OUTPUT, N'@a int, @b int OUTPUT', N'SET @b = @a + 1 SELECT @a', 1
+EXEC sp_prepare @other OUTPUT, NULL, N'SELECT 1'
+DECLARE @b int
+EXEC sp_execute @h, 2, @b OUTPUT
+PRINT @b
+EXEC sp_execute @h, @b = @b OUTPUT, @a = 5
+PRINT @b
+EXEC sp_execute @other
+EXEC sp_execute @h
+DECLARE @again int = @h
+EXEC sp_prepexec @h OUTPUT, N'@c nvarchar(10)', N'SELECT @c', N'new'
+EXEC sp_execute @h, N'newer'
+EXEC sp_execute @again, 2
+EXEC sp_unprepare @h
+EXEC sp_execute @h
+EXEC sp_unprepare @h
+EXEC sp_execute NULL
+EXEC sp_execute @other, 'x', 1
+--> - int? (0 rows)
+--> - int? = 2 (1 rows)
+--> 3
+--> - int? = 5 (1 rows)
+--> 6
+--> - int = 1 (1 rows)
+--> Msg 8178, Level 16, State 1, Line 11: The parameterized query '(@a int, @b int OUTPUT)SET @b = @a + 1 SELECT @a' expects the parameter '@a', which was not supplied.
+--> - nvarchar(10)? = new (1 rows)
+--> - nvarchar(10)? = newer (1 rows)
+--> Msg 8179, Level 16, State 1, Line 15: Could not find prepared statement with handle 1.
+--> Msg 8179, Level 16, State 1, Line 17: Could not find prepared statement with handle 3.
+--> Msg 8179, Level 16, State 1, Line 19: Could not find prepared statement with handle 0.
+--> - int = 1 (1 rows)
+DECLARE @h int
+EXEC sp_prepare @h OUTPUT, NULL
+EXEC sp_prepare @h OUTPUT, NULL, 'SELECT 1'
+EXEC sp_prepare @h OUTPUT, NULL, N'SELECT 1 FROM
+WHERE', 1
+EXEC sp_prepare @h OUTPUT, N'@a int', N'SELECT @a, x FROM nowhere', 1
+EXEC sp_execute @h, 1
+EXEC sp_prepare @h OUTPUT, N'@a int', N'PRINT @a SELECT x FROM nowhere'
+EXEC sp_execute @h, 1
+EXEC sp_prepare NULL, NULL, N'SELECT 1'
+EXEC sp_prepexec @h
+--> Msg 201, Level 16, State 4, Line 2: Procedure or function 'sp_prepare' expects parameter '@stmt', which was not supplied.
+--> Msg 214, Level 16, State 2, Line 3: Procedure expects parameter '@stmt' of type 'ntext/nchar/nvarchar'.
+--> Msg 156, Level 15, State 1, Line 2: Incorrect syntax near the keyword 'WHERE'.
+--> Msg 8180, Level 16, State 1, Line 4: Statement(s) could not be prepared.
+--> Msg 208, Level 16, State 1, Line 1: Invalid object name 'nowhere'.
+--> Msg 8180, Level 16, State 1, Line 6: Statement(s) could not be prepared.
+--> Msg 8179, Level 16, State 1, Line 7: Could not find prepared statement with handle 0.
+--> 1
+--> Msg 208, Level 16, State 1, Line 1: Invalid object name 'nowhere'.
+--> Msg 201, Level 16, State 4, Line 11: Procedure or function 'sp_prepexec' expects parameter '@stmt', which was not supplied.

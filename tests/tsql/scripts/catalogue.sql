@@ -166,6 +166,42 @@ SELECT name, type, p, radix FROM @columns ORDER BY ordinal
 --> dbo | Described | taken | 11 | datetime2 | 23 | 16 | 3 | NULL | 1 | NULL | 9 | 3 | NULL | YES
 --> dbo | Described | note | 12 | varchar | 0 | 0 | NULL | NULL | 1 | NULL | 12 | NULL | 0 | YES (6 rows) (6 changed) (2 changed)
 --> name nvarchar(128) | type smallint? | p int? | radix smallint? = rate | 6 | 53 | 2; taken | 93 | 23 | NULL (2 rows)
+CREATE PROCEDURE asked @a int, @b nvarchar(20) OUTPUT, @c decimal(9, 2) = 1, @d datetime = NULL AS RETURN 3 -->
+CREATE FUNCTION asked_too (@x varchar(max)) RETURNS float AS BEGIN RETURN 1 END -->
+CREATE TABLE keyed (a int NULL UNIQUE, b nvarchar(10) NOT NULL, c date NOT NULL)
+CREATE UNIQUE INDEX ux_keyed ON keyed (c, b)
+CREATE UNIQUE INDEX ux_filtered ON Remarks (a) WHERE a > 0
+EXEC sp_sproc_columns 'asked'
+EXEC sp_sproc_columns 'asked[_]%', 'dbo', @ODBCVer = 3
+EXEC sp_sproc_columns 'asked', @column_name = '@d', @ODBCVer = 3, @fUsePattern = 0
+EXEC sp_sproc_columns 'aske_', @fUsePattern = 0
+EXEC sp_special_columns Described
+EXEC sp_special_columns keyed
+EXEC sp_special_columns keyed, @nullable = 'O', @ODBCVer = 3
+EXEC sp_special_columns keyed, 'dbo', @col_type = 'V'
+EXEC sp_special_columns Remarks
+EXEC sp_special_columns Remarks, NULL, 'msdb'
+DROP TABLE keyed DROP INDEX ux_filtered ON Remarks
+DROP PROCEDURE asked DROP FUNCTION asked_too
+--> PROCEDURE_QUALIFIER nvarchar(128)? | PROCEDURE_OWNER nvarchar(128)? | PROCEDURE_NAME nvarchar(134)? | COLUMN_NAME nvarchar(128)? | COLUMN_TYPE smallint? | DATA_TYPE smallint? | TYPE_NAME nvarchar(128)? | PRECISION int? | LENGTH int? | SCALE smallint? | RADIX smallint? | NULLABLE smallint? | REMARKS varchar(254)? | COLUMN_DEF nvarchar(4000)? | SQL_DATA_TYPE smallint? | SQL_DATETIME_SUB smallint? | CHAR_OCTET_LENGTH int? | ORDINAL_POSITION int? | IS_NULLABLE varchar(254)? | SS_DATA_TYPE tinyint?
+--> the store | dbo | asked;1 | @RETURN_VALUE | 5 | 4 | int | 10 | 4 | 0 | 10 | 0 | NULL | NULL | 4 | NULL | NULL | 0 | NO | NULL
+--> the store | dbo | asked;1 | @a | 1 | 4 | int | 10 | 4 | 0 | 10 | 1 | NULL | NULL | 4 | NULL | NULL | 1 | YES | NULL
+--> the store | dbo | asked;1 | @b | 2 | -9 | nvarchar | 20 | 40 | NULL | NULL | 1 | NULL | NULL | -9 | NULL | 40 | 2 | YES | NULL
+--> the store | dbo | asked;1 | @c | 1 | 3 | decimal | 9 | 11 | 2 | 10 | 1 | NULL | NULL | 3 | NULL | NULL | 3 | YES | NULL
+--> the store | dbo | asked;1 | @d | 1 | 11 | datetime | 23 | 16 | 3 | NULL | 1 | NULL | NULL | 9 | 3 | NULL | 4 | YES | NULL (5 rows)
+--> PROCEDURE_QUALIFIER nvarchar(128)? | PROCEDURE_OWNER nvarchar(128)? | PROCEDURE_NAME nvarchar(134)? | COLUMN_NAME nvarchar(128)? | COLUMN_TYPE smallint? | DATA_TYPE smallint? | TYPE_NAME nvarchar(128)? | PRECISION int? | LENGTH int? | SCALE smallint? | RADIX smallint? | NULLABLE smallint? | REMARKS varchar(254)? | COLUMN_DEF nvarchar(4000)? | SQL_DATA_TYPE smallint? | SQL_DATETIME_SUB smallint? | CHAR_OCTET_LENGTH int? | ORDINAL_POSITION int? | IS_NULLABLE varchar(254)? | SS_DATA_TYPE tinyint?
+--> the store | dbo | asked_too;0 | @RETURN_VALUE | 5 | 6 | float | 53 | 8 | NULL | 2 | 1 | NULL | NULL | 6 | NULL | NULL | 0 | YES | NULL
+--> the store | dbo | asked_too;0 | @x | 1 | 12 | varchar | 0 | 0 | NULL | NULL | 1 | NULL | NULL | 12 | NULL | 0 | 1 | YES | NULL (2 rows)
+--> PROCEDURE_QUALIFIER nvarchar(128)? = the store | PROCEDURE_OWNER nvarchar(128)? = dbo | PROCEDURE_NAME nvarchar(134)? = asked;1 | COLUMN_NAME nvarchar(128)? = @d | COLUMN_TYPE smallint? = 1 | DATA_TYPE smallint? = 93 | TYPE_NAME nvarchar(128)? = datetime | PRECISION int? = 23 | LENGTH int? = 16 | SCALE smallint? = 3 | RADIX smallint? = NULL | NULLABLE smallint? = 1 | REMARKS varchar(254)? = NULL | COLUMN_DEF nvarchar(4000)? = NULL | SQL_DATA_TYPE smallint? = 9 | SQL_DATETIME_SUB smallint? = 3 | CHAR_OCTET_LENGTH int? = NULL | ORDINAL_POSITION int? = 4 | IS_NULLABLE varchar(254)? = YES | SS_DATA_TYPE tinyint? = NULL (1 rows)
+--> PROCEDURE_QUALIFIER nvarchar(128)? | PROCEDURE_OWNER nvarchar(128)? | PROCEDURE_NAME nvarchar(134)? | COLUMN_NAME nvarchar(128)? | COLUMN_TYPE smallint? | DATA_TYPE smallint? | TYPE_NAME nvarchar(128)? | PRECISION int? | LENGTH int? | SCALE smallint? | RADIX smallint? | NULLABLE smallint? | REMARKS varchar(254)? | COLUMN_DEF nvarchar(4000)? | SQL_DATA_TYPE smallint? | SQL_DATETIME_SUB smallint? | CHAR_OCTET_LENGTH int? | ORDINAL_POSITION int? | IS_NULLABLE varchar(254)? | SS_DATA_TYPE tinyint? (0 rows)
+--> SCOPE smallint? = 0 | COLUMN_NAME nvarchar(128)? = id | DATA_TYPE smallint? = 4 | TYPE_NAME nvarchar(128)? = int identity | PRECISION int? = 10 | LENGTH int? = 4 | SCALE smallint? = 0 | PSEUDO_COLUMN smallint? = 1 (1 rows)
+--> SCOPE smallint? = 0 | COLUMN_NAME nvarchar(128)? = a | DATA_TYPE smallint? = 4 | TYPE_NAME nvarchar(128)? = int | PRECISION int? = 10 | LENGTH int? = 4 | SCALE smallint? = 0 | PSEUDO_COLUMN smallint? = 1 (1 rows)
+--> SCOPE smallint? | COLUMN_NAME nvarchar(128)? | DATA_TYPE smallint? | TYPE_NAME nvarchar(128)? | PRECISION int? | LENGTH int? | SCALE smallint? | PSEUDO_COLUMN smallint?
+--> 0 | c | 91 | date | 10 | 6 | NULL | 1
+--> 0 | b | -9 | nvarchar | 10 | 20 | NULL | 1 (2 rows)
+--> SCOPE smallint? | COLUMN_NAME nvarchar(128)? | DATA_TYPE smallint? | TYPE_NAME nvarchar(128)? | PRECISION int? | LENGTH int? | SCALE smallint? | PSEUDO_COLUMN smallint? (0 rows)
+--> SCOPE smallint? | COLUMN_NAME nvarchar(128)? | DATA_TYPE smallint? | TYPE_NAME nvarchar(128)? | PRECISION int? | LENGTH int? | SCALE smallint? | PSEUDO_COLUMN smallint? (0 rows)
+--> Msg 15250, Level 16, State 1, Line 1, Procedure sp_special_columns: The database name component of the object qualifier must be the name of the current database.
 EXEC sp_tables 'remark_', NULL, NULL, '''VIEW'',''TABLE'''
 EXEC sp_tables 'remark_', @fUsePattern = 0
 EXEC sp_tables '', '%', ''

@@ -17,13 +17,13 @@ SELECT 1 AS a ORDER BY a OFFSET 0 ROWS FETCH NEXT 0 ROWS ONLY --> Msg 10744, Lev
 SELECT TOP 1 1 AS a ORDER BY a OFFSET 0 ROWS --> Msg 10741, Level 15, State 2, Line 1: A TOP can not be used in the same query or sub-query as a OFFSET.
 DECLARE @top int = -5 SELECT TOP (@top) 1 AS a --> Msg 127, Level 15, State 1, Line 1: A TOP N or FETCH rowcount value may not be negative.
 SELECT DISTINCT a FROM (SELECT 1 AS a, 2 AS b) q ORDER BY b --> Msg 145, Level 15, State 1, Line 1: ORDER BY items must appear in the select list if SELECT DISTINCT is specified.
-SELECT FORMAT(GETDATE(), 'd') --> Msg 195, Level 15, State 10, Line 1: 'FORMAT' is not a recognized built-in function name.
+SELECT FORMAT(GETDATE(), 'd') --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support FORMAT.
 SELECT 1 WHERE 1 > ALL (SELECT 1) --> - int (0 rows)
 SELECT TOP 1 WITH TIES 1 AS a ORDER BY a --> a int = 1 (1 rows)
-SELECT * FROM (SELECT 1 AS a) q CROSS APPLY (SELECT 2 AS b) r --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support APPLY of other than STRING_SPLIT.
+SELECT * FROM (SELECT 1 AS a) q CROSS APPLY (SELECT 2 AS b) r --> a int = 1 | b int = 2 (1 rows)
 SELECT q.n, s.value FROM (VALUES (1, 'a,b'), (2, NULL), (3, 'c')) q (n, list) CROSS APPLY STRING_SPLIT(q.list, ',') s WHERE s.value <> 'b' --> n int | value varchar(3)? = 1 | a; 3 | c (2 rows)
 SELECT t.value, u.value FROM STRING_SPLIT('a b', ' ') t JOIN STRING_SPLIT('b c', ' ') u ON t.value = u.value CROSS APPLY STRING_SPLIT(t.value + '-' + u.value, '-') v --> value varchar(3)? | value varchar(3)? = b | b; b | b (2 rows)
-SELECT 1 FROM (SELECT 'a' AS a) q OUTER APPLY STRING_SPLIT(q.a, ',') s --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support OUTER APPLY.
+SELECT 1 FROM (SELECT 'a' AS a) q OUTER APPLY STRING_SPLIT(q.a, ',') s --> - int = 1 (1 rows)
 SELECT 1 FROM (SELECT 'a' AS a) q CROSS JOIN STRING_SPLIT(q.a, ',') s --> Msg 4104, Level 16, State 1, Line 1: The multi-part identifier "q.a" could not be bound.
 SELECT IIF(1, 2, 3) --> Msg 4145, Level 15, State 1, Line 1: An expression of non-boolean type specified in a context where a condition is expected, near ','.
 DECLARE @s nvarchar(max) = N'SELECT COUNT(*) FROM (SELECT 1 AS a' + REPLICATE(CAST(N' UNION ALL SELECT 1' AS nvarchar(max)), 60) + N') q'
@@ -101,3 +101,4 @@ SELECT LEN(id), COUNT(*) FROM Keyed GROUP BY LEN(id)
 --> (2 changed) (1 changed)
 --> n int? = 1; 2; 3 (3 rows)
 --> - int? = 36 | - int? = 3 (1 rows)
+SELECT NoSuchFunction(1) --> Msg 195, Level 15, State 10, Line 1: 'NoSuchFunction' is not a recognized built-in function name.

@@ -138,3 +138,15 @@ CREATE DATABASE newborn -->
 SELECT COUNT(*) FROM newborn.sys.tables --> - int? = 0 (1 rows)
 IF 1 = 0 SELECT 1 AS a INTO #once ELSE SELECT 2 AS a INTO #once --> Msg 2714, Level 16, State 1, Line 1: There is already an object named '#once' in the database.
 CREATE PROC makes_twice AS CREATE TABLE #once (a int) DROP TABLE #once CREATE TABLE #Once (b int) --> Msg 2714, Level 16, State 1, Line 1, Procedure makes_twice: There is already an object named '#Once' in the database.
+CREATE TABLE Commas ([a, b] int) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support a column name with a comma and a blank.
+SELECT 1 AS [a, b] INTO Commas --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support a column name with a comma and a blank.
+CREATE TABLE Commas ([a,b] int, c int, PRIMARY KEY ([a,b], c))
+SELECT COL_NAME(OBJECT_ID('Commas'), key_ordinal) FROM sys.index_columns WHERE object_id = OBJECT_ID('Commas') --> - nvarchar(128)? = a,b; c (2 rows)
+ALTER TABLE Commas ADD [, ] int --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support a column name with a comma and a blank.
+CREATE TABLE Named (a int) -->
+EXEC sp_rename 'Named.a', 'a, b', 'COLUMN' --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support a column name with a comma and a blank.
+CREATE TABLE [] (a int) --> Msg 1038, Level 15, State 5, Line 1: An object or column name is missing or empty. For SELECT INTO statements, verify each column has a name.
+SELECT 1 AS a INTO [] --> Msg 1038, Level 15, State 5, Line 1: An object or column name is missing or empty. For SELECT INTO statements, verify each column has a name.
+CREATE PROCEDURE dbo.[] AS SELECT 1 --> Msg 1038, Level 15, State 5, Line 1: An object or column name is missing or empty. For SELECT INTO statements, verify each column has a name.
+CREATE INDEX [] ON Named (a) --> Msg 1038, Level 15, State 5, Line 1: An object or column name is missing or empty. For SELECT INTO statements, verify each column has a name.
+ALTER TABLE Named ADD [] int --> Msg 1038, Level 15, State 5, Line 1: An object or column name is missing or empty. For SELECT INTO statements, verify each column has a name.

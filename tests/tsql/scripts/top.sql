@@ -43,3 +43,10 @@ DECLARE @y int
 SELECT TOP (50) PERCENT @y = id FROM place --> Msg 50000, Level 16, State 1, Line 2: tsqlbox does not support variables in SELECT TOP ... PERCENT or WITH TIES.
 DELETE TOP (50) PERCENT FROM place --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support TOP ... PERCENT of a change.
 SELECT TOP (1) WITH TIES id FROM place ORDER BY id OFFSET 1 ROWS --> Msg 10741, Level 15, State 2, Line 1: A TOP can not be used in the same query or sub-query as a OFFSET.
+CREATE TABLE word (id int, v varchar(5))
+INSERT word VALUES (1, 'b'), (2, 'A'), (3, 'a')
+SELECT TOP (1) WITH TIES id FROM word ORDER BY v
+SELECT TOP (1) WITH TIES id FROM word ORDER BY v + 'x'
+--> (3 changed)
+--> id int? = 2; 3 (2 rows)
+--> id int? = 2; 3 (2 rows)

@@ -52,3 +52,4 @@ SELECT SUM(n) OVER (ORDER BY id
 SELECT who, SUM(n) OVER (ORDER BY who) FROM sale GROUP BY who --> Msg 8120, Level 16, State 1, Line 1: Column 'sale.n' is invalid in the select list because it is not contained in either an aggregate function or the GROUP BY clause.
 SELECT NTILE(0) OVER (ORDER BY (SELECT 1)) FROM (VALUES (1)) v (i) --> Msg 4116, Level 16, State 1, Line 1: The function 'ntile' takes only a positive int or bigint expression as its input.
 SELECT LAG(i, -1) OVER (ORDER BY i) FROM (VALUES (1)) v (i) --> Msg 8730, Level 16, State 1, Line 1: Offset parameter for Lag and Lead functions cannot be a negative value.
+SELECT v, CUME_DIST() OVER (ORDER BY v) AS c, PERCENT_RANK() OVER (ORDER BY v) AS p FROM (VALUES (1), (2), (2), (4), (5)) t(v) --> v int | c float? | p float? = 1 | 0.2 | 0; 2 | 0.6 | 0.25; 2 | 0.6 | 0.25; 4 | 0.8 | 0.75; 5 | 1 | 1 (5 rows)

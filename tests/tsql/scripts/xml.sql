@@ -28,3 +28,6 @@ SELECT id FROM book FOR JSON PATH --> Msg 50000, Level 16, State 1, Line 1: tsql
 SELECT CAST('a' AS varbinary(5)) b FOR XML RAW --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support binary columns in FOR XML.
 SELECT (SELECT id FROM book FOR XML PATH('x'), TYPE).value('/x/id', 'int') --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support the path '/x/id' in .value().
 SELECT SUM(id) WITHIN GROUP (ORDER BY id) FROM book --> Msg 10757, Level 15, State 1, Line 1: The function 'SUM' may not have a WITHIN GROUP clause.
+DECLARE @x xml = '<a b="1"/>' SELECT @x.value('(/a/@b)[1]', 'int') --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support methods of xml.
+DECLARE @x xml = '<a/>' SELECT c.value('.', 'int') FROM @x.nodes('/a') t(c) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support methods of xml.
+SELECT x.d.exist('/a') FROM (SELECT CAST('<a/>' AS xml) AS d) x --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support methods of xml.

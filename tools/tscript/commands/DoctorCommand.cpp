@@ -4,7 +4,7 @@
 #include "commands/Commands.h"
 #include "console/Console.h"
 #include "console/JsonOutput.h"
-#include "installation/CheckList.h"
+#include "doctor/CheckList.h"
 #include "package/PackageChecks.h"
 
 namespace {

@@ -6,7 +6,7 @@
 #include "console/Console.h"
 #include "console/JsonOutput.h"
 #include "package/ParameterListing.h"
-#include "package/PlainPackage.h"
+#include "packing/PlainPackage.h"
 
 namespace {
 

@@ -12,7 +12,7 @@
 #include "commands/RecordOptions.h"
 #include "console/Console.h"
 #include "console/MetricsText.h"
-#include "installation/CheckList.h"
+#include "doctor/CheckList.h"
 #include "installation/ServerQuery.h"
 #include "journal/Records.h"
 #include "journal/RunMetrics.h"

@@ -5,7 +5,7 @@
 #include "commands/Commands.h"
 #include "console/Console.h"
 #include "installation/Installation.h"
-#include "package/Skeleton.h"
+#include "packing/Skeleton.h"
 #include "system/ResultFile.h"
 
 namespace {

@@ -6,7 +6,7 @@
 #include "commands/Commands.h"
 #include "console/Console.h"
 #include "installation/Installation.h"
-#include "package/Packing.h"
+#include "packing/Packing.h"
 
 namespace {
 

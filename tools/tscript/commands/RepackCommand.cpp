@@ -5,7 +5,7 @@
 
 #include "commands/Commands.h"
 #include "console/Console.h"
-#include "package/Repacking.h"
+#include "packing/Repacking.h"
 
 namespace {
 

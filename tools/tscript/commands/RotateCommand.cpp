@@ -4,7 +4,7 @@
 #include "commands/Commands.h"
 #include "console/Console.h"
 #include "installation/Installation.h"
-#include "package/KeyRotation.h"
+#include "packing/KeyRotation.h"
 
 namespace {
 

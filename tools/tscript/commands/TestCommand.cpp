@@ -6,9 +6,9 @@
 #include "commands/Commands.h"
 #include "console/Console.h"
 #include "installation/Installation.h"
-#include "package/PlainPackage.h"
 #include "packagetest/PackageTestRun.h"
 #include "packagetest/TestReports.h"
+#include "packing/PlainPackage.h"
 #include "system/Interrupt.h"
 #include "system/ResultFile.h"
 

@@ -14,7 +14,6 @@
 #include "DVUtilities/commonFunc.h"
 #include "HostSetup.h"
 #include "installation/Account.h"
-#include "installation/CheckSteps.h"
 #include "installation/Installation.h"
 #include "installation/ToolLimit.h"
 #include "system/ScratchFile.h"

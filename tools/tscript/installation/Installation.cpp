@@ -151,6 +151,17 @@ std::filesystem::path scriptsFolder() {
     return configuredFolder(&DVUtilLib::GetZephraInstallDir, "Base", "dZEPHRAHOME") / "Scripts";
 }
 
+std::string storeText(const char* key, const char* valueName) {
+    std::vector<char> text(8192);
+    std::string ignored;
+    return GetRegistryItemValue("", key, valueName, nullptr, text.data(), ignored) ? text.data() : "";
+}
+
+std::string folderOfRuns() {
+    const std::string own = storeText("Base", "sSCRIPTSTEMPDIR");
+    return own.empty() ? storeText("Base", "dZEPHRATEMPDIR") : own;
+}
+
 std::filesystem::path packageFile(const std::string& name) {
     return scriptsFolder() / (name + ".sql");
 }

@@ -44,6 +44,11 @@ std::vector<FileOfRuns> filesOfRuns();
 // Sets a string value under the key "Database". Throws Failure (kInstallation).
 void setDatabaseValue(const std::string& valueName, const std::string& text);
 
+// Returns a string value of the store; empty if the store does not have it.
+std::string storeText(const char* key, const char* valueName);
+// Folder of the SQL files that runs write; empty if the store does not name it.
+std::string folderOfRuns();
+
 // All throw Failure (kInstallation) if the store does not name the folder.
 std::filesystem::path scriptsFolder();
 std::filesystem::path packageFile(const std::string& name);  // of a script; may not exist

@@ -13,7 +13,7 @@
 #include <string>
 
 #include "console/Pattern.h"
-#include "installation/CheckSteps.h"
+#include "installation/Installation.h"
 #include "system/FolderListing.h"
 
 namespace {
@@ -59,8 +59,7 @@ void addLeftOvers(std::vector<fs::path>& found, const std::string& folder,
 
 std::vector<fs::path> findLeftOvers() {
     std::vector<fs::path> found;
-    const std::string own = storeText("Base", "sSCRIPTSTEMPDIR");
-    addLeftOvers(found, own.empty() ? storeText("Base", "dZEPHRATEMPDIR") : own,
+    addLeftOvers(found, folderOfRuns(),
                  {{Pattern(".+_[0-9]+_[0-9]+_[0-9]+\\.sql"), Marked::kYes},
                   {Pattern(".+_[0-9]+_[0-9]+_[0-9]+_DE\\.txt"), Marked::kNo}});
     addLeftOvers(found, storeText("EventManager", "dEVLOGDIR"),

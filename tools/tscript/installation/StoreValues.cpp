@@ -2,84 +2,19 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <string_view>
 
 #include "DVUtilities/commonFunc.h"
 #include "HostSetup.h"
 #include "console/Outcome.h"
+#include "installation/KnownValues.h"
 
 namespace {
 
 constexpr std::size_t kLongestText = 1023;
 constexpr std::size_t kLongestPart = 128;
-constexpr std::int64_t kLargestNumber = 0x7FFFFFFF;
 constexpr std::string_view kHost = "host";
 constexpr std::string_view kPrograms = "programs";
-
-enum class Kind { kText, kNumber, kPath };
-
-struct KnownValue {
-    std::string_view key;
-    std::string_view name;
-    Kind kind;
-};
-
-constexpr KnownValue kKnown[] = {
-    {"host", "cipherKeyFile", Kind::kPath},
-    {"host", "previousKeyFile", Kind::kPath},
-    {"host", "odbcDriver", Kind::kText},
-    {"host", "odbcAttributes", Kind::kText},
-    {"host", "loginTimeout", Kind::kNumber},
-    {"host", "networkTimeout", Kind::kNumber},
-    {"host", "queryTimeout", Kind::kNumber},
-    {"host", "replyLimit", Kind::kNumber},
-    {"host", "encrypt", Kind::kText},
-    {"host", "caFile", Kind::kPath},
-    {"host", "strictQueryTool", Kind::kNumber},
-    {"host", "requireSeal", Kind::kNumber},
-    {"host", "trustedSigners", Kind::kText},
-    {"host", "lockedScripts", Kind::kText},
-    {"host", "connectionReuse", Kind::kNumber},
-    {"host", "debugLogLevel", Kind::kNumber},
-    {"host", "debugLogFile", Kind::kText},
-    {"host", "debugLogBytes", Kind::kNumber},
-    {"host", "runRecords", Kind::kPath},
-    {"host", "runRecordOutput", Kind::kNumber},
-    {"host", "runRecordsKeep", Kind::kNumber},
-    {"host", "runRecordDays", Kind::kNumber},
-    {"programs", "sqlcmd", Kind::kPath},
-    {"Base", "nPLATTYPE", Kind::kNumber},
-    {"Base", "dZEPHRAHOME", Kind::kPath},
-    {"Base", "dZEPHRATEMPDIR", Kind::kPath},
-    {"Base", "sSCRIPTSTEMPDIR", Kind::kPath},
-    {"Base", "dBASEHOME", Kind::kPath},
-    {"Base", "sVERSION", Kind::kText},
-    {"EventManager", "dEVLOGDIR", Kind::kPath},
-    {"Dorvase", "sDVHOSTNAME", Kind::kText},
-    {"Database", "nSQLAuthType", Kind::kNumber},
-    {"Database", "nSQLAuthType_Dorvas", Kind::kNumber},
-    {"Database", "nSQLAuthType_NQ2", Kind::kNumber},
-    {"Database", "nSQLAuthType_WFEngine", Kind::kNumber},
-    {"Database", "nSQLAuthType_VTCloud", Kind::kNumber},
-    {"Database", "nSQLAuthType_HistoryDB", Kind::kNumber},
-    {"Database", "dUTILKEEPSQLFILE", Kind::kNumber},
-    {"Database", "dTScriptResultLogOutput", Kind::kNumber},
-    {"Database", "sINSTANCE", Kind::kText},
-    {"Database", "sNQ2INSTANCE", Kind::kText},
-    {"Database", "sWFINSTANCE", Kind::kText},
-    {"Database", "sCLOUDINSTANCE", Kind::kText},
-    {"Database", "sConnection", Kind::kText},
-    {"Database", "sNQ2CONNECTION", Kind::kText},
-    {"Database", "sWFCONNECTION", Kind::kText},
-    {"Database", "sCLOUDCONNECTION", Kind::kText},
-    {"Database", "sHISTORYCONNECTION", Kind::kText},
-    {"Cluster", "ClusterName", Kind::kText},
-    {"InstalledPackages\\803", "sInstallState", Kind::kText},
-    {"InstalledPackages\\808", "sInstallState", Kind::kText},
-    {"InstalledPackages\\809", "sInstallState", Kind::kText},
-    {"InstalledPackages\\810", "sInstallState", Kind::kText},
-};
 
 bool holdsIgnoringCase(std::string_view text, std::string_view part) {
     const auto same = [](char a, char b) { return (a | 0x20) == (b | 0x20); };
@@ -103,33 +38,25 @@ const StoreEntry* findEntry(const std::vector<StoreEntry>& entries, const StoreE
     return found == entries.end() ? nullptr : &*found;
 }
 
-// From the table of known values, else from the value that the store holds.
-Kind kindOf(const StoreEntry& entry) {
-    for (const KnownValue& known : kKnown)
-        if (known.key == entry.table.back() && known.name == entry.name) return known.kind;
+// What is known of the entry; of another one, what the value in the store says.
+KnownValue knownValueOf(const StoreEntry& entry) {
+    if (const KnownValue* known = findKnownValue(entry.table.back(), entry.name)) return *known;
     const std::vector<StoreEntry> entries = storeEntries();
     const StoreEntry* present = findEntry(entries, entry);
     if (present == nullptr)
         throwUsage(
             "'" + entry.fullName() + "' is not a value of the store",
             "docs/configuration.md lists the known values; tscript config show lists those of the store.");
-    return std::holds_alternative<std::int64_t>(present->value) ? Kind::kNumber : Kind::kText;
-}
-
-std::int64_t numberOf(const StoreEntry& entry, const std::string& text) {
-    std::int64_t number = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error != std::errc() || end != text.data() + text.size() || number < 0 || number > kLargestNumber)
-        throwUsage(entry.fullName() + " is a whole number from 0 to 2147483647");
-    return number;
+    const bool isNumber = std::holds_alternative<std::int64_t>(present->value);
+    return {entry.table.back(), entry.name, isNumber ? ValueKind::kNumber : ValueKind::kText};
 }
 
 // The library expands percent signs in an instance's strings, so that they have to be doubled.
-void checkString(const StoreEntry& entry, const std::string& text, Kind kind) {
+void checkString(const StoreEntry& entry, const std::string& text, ValueKind kind) {
     const auto isControl = [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; };
     if (text.size() > kLongestText) throwUsage("the value is longer than 1023 bytes");
     if (std::any_of(text.begin(), text.end(), isControl)) throwUsage("the value holds a control character");
-    if (kind == Kind::kPath && (text.empty() || text.front() != '/'))
+    if (kind == ValueKind::kPath && (text.empty() || text.front() != '/'))
         throwUsage(entry.fullName() + " is an absolute path");
     if (entry.table.front() == kHost) return;
     for (std::size_t at = 0; (at = text.find('%', at)) != std::string::npos; at += 2)
@@ -199,8 +126,11 @@ StoreEntry parseEntryName(const std::string& fullName) {
 std::variant<std::string, std::int64_t> parseValue(const StoreEntry& entry, const std::string& text) {
     if (StoreEntry{entry.table, entry.name, text}.isSecret())
         throwUsage("'" + entry.fullName() + "' is a secret", "tscript credentials set stores credentials.");
-    const Kind kind = kindOf(entry);
-    if (kind == Kind::kNumber) return numberOf(entry, text);
-    checkString(entry, text, kind);
-    return text;
+    const KnownValue known = knownValueOf(entry);
+    if (known.kind != ValueKind::kNumber) {
+        checkString(entry, text, known.kind);
+        return text;
+    }
+    if (const auto number = known.numberIn(text)) return *number;
+    throwUsage(entry.fullName() + " is a whole number " + known.range());
 }

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "console/Outcome.h"
-#include "installation/CheckList.h"
+#include "doctor/CheckList.h"
 #include "installation/Components.h"
 #include "installation/Installation.h"
 #include "package/Inspection.h"

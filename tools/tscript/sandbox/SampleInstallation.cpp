@@ -9,7 +9,7 @@
 #include "installation/CipherKey.h"
 #include "installation/Credentials.h"
 #include "installation/Installation.h"
-#include "package/Packing.h"
+#include "packing/Packing.h"
 #include "system/ChildProcess.h"
 #include "system/FolderListing.h"
 

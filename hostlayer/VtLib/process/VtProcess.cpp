@@ -1,0 +1,156 @@
+#include "VtProcess.h"
+
+#include <string.h>
+#include <sys/wait.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "HostSettings.h"
+#include "ProcessStart.h"
+#include "VtCauses.h"
+#include "process/ChildProcess.h"
+#include "process/CommandLine.h"
+#include "process/ProgramPath.h"
+#include "process/StrictQueryTool.h"
+#include "store/Store.h"
+
+// No error text quotes a command line: it may hold a password.
+
+namespace {
+
+// Number of characters that fit into a buffer beside the NUL.
+std::size_t capacityOf(int bufferSize) {
+    return bufferSize > 0 ? static_cast<std::size_t>(bufferSize) - 1 : 0;
+}
+
+// Copies as much of the text as fits, and a NUL.
+void copyTruncated(std::string_view text, char* buffer, int size) {
+    if (buffer == nullptr || size <= 0) return;
+    buffer[text.copy(buffer, capacityOf(size))] = '\0';
+}
+
+std::string startFailure(const std::string& program, int error, const hostlayer::StoreState& store) {
+    std::string text = "Cannot start [" + program + "]: " + std::strerror(error) + ".";
+    if (error == ENOENT || error == EACCES || error == ENOTDIR)
+        text += " Install it, or set " + std::string(hostlayer::baseNameOf(program)) +
+                " to its path under [host.programs] in [" + store.path + "].";
+    if (error == E2BIG)
+        text += " The command line is longer than the system permits. Pass long texts in a file.";
+    return text;
+}
+
+// One of the strings may hold a password.
+void wipe(std::vector<std::string>& strings) {
+    for (std::string& text : strings) ::explicit_bzero(text.data(), text.size());
+}
+
+// Settings that the query tool reads from its environment, because its command line is fixed: the host's
+// encryption and network time-out, and that scripts start no programs.
+std::vector<std::string> queryToolVariables() {
+    std::vector<std::string> variables{"SQLCMD_NO_PROGRAMS=1"};
+    for (const auto& [variable, setting] : {std::pair("SQLCMD_ENCRYPT", "encrypt"),
+                                            {"SQLCMD_CA_FILE", "caFile"},
+                                            {"SQLCMD_NETWORK_TIMEOUT", "networkTimeout"}})
+        if (const std::string value = hostlayer::hostSetting(setting, ""); !value.empty())
+            variables.push_back(std::string(variable) + "=" + value);
+    return variables;
+}
+
+}  // namespace
+
+struct VtProcess::Impl {
+    std::string reap(std::size_t tailSize, int* exitCode, int& signal);
+
+    hostlayer::ChildProcess child;
+    std::string program;
+    bool isSilent = false;
+};
+
+// Reaps the ended child. Returns the reason why there is no exit code; empty when `exitCode` is set. `signal`
+// is set when one has ended the child.
+std::string VtProcess::Impl::reap(std::size_t tailSize, int* exitCode, int& signal) {
+    int status = 0;
+    if (const int error = child.reap(status, tailSize); error != 0)
+        return std::string("The exit code is lost (does the host program ignore SIGCHLD?): ") +
+               std::strerror(error);
+    if (WIFSIGNALED(status)) {
+        signal = WTERMSIG(status);
+        return "Ended by signal " + std::to_string(signal) + " (" + ::strsignal(signal) + ")";
+    }
+    if (exitCode != nullptr) *exitCode = WEXITSTATUS(status);
+    return "";
+}
+
+VtProcess::VtProcess() : m_impl(std::make_unique<Impl>()) {}
+
+VtProcess::~VtProcess() {
+    if (m_impl->child.isStarted()) Wait(nullptr, nullptr, 0, kNoTimeout);
+}
+
+void VtProcess::SetSilence(bool silent) {
+    m_impl->isSilent = silent;
+}
+
+bool VtProcess::Start(const char* program, const char* commandLine, char* error, int errorSize, int option) {
+    static_cast<void>(option);  // no effect on this platform
+    copyTruncated("", error, errorSize);
+    const auto fail = [&](const std::string& reason) {
+        copyTruncated(reason, error, errorSize);
+        return false;
+    };
+    if (program == nullptr || commandLine == nullptr || *program == '\0')
+        return fail("The program has no name.");
+    if (m_impl->child.isStarted()) return fail("The previous process has not been waited for.");
+    const auto store = hostlayer::currentStore();
+    const std::string path = hostlayer::programPath(program, *store);
+    std::vector<std::string> arguments;
+    if (!hostlayer::splitCommandLine(commandLine, arguments))
+        return fail("A double quote in the command line of [" + path + "] is not closed.");
+    if (arguments.empty()) arguments.emplace_back();
+    arguments.front() = path;
+    m_impl->program = path;
+    hostlayer::announceProcessStart(arguments);
+    using Output = hostlayer::ChildProcess::Output;
+    std::vector<std::string> variables = queryToolVariables();
+    if (hostlayer::isStrictQueryTool(program)) hostlayer::makeStrict(arguments, variables);
+    const int failure = m_impl->child.start(path, arguments, variables,
+                                            m_impl->isSilent ? Output::kDiscard : Output::kInherit);
+    wipe(arguments);
+    wipe(variables);
+    if (failure == 0) return true;
+    const std::string reason = startFailure(path, failure, *store);
+    VtNoteCause({.place = VtCause::kQueryTool, .systemError = failure, .subject = path, .text = reason});
+    return fail(reason);
+}
+
+bool VtProcess::Wait(int* exitCode, char* error, int errorSize, unsigned int timeoutMilliseconds) {
+    if (!m_impl->child.isStarted()) {
+        copyTruncated("No process was started.", error, errorSize);
+        return false;
+    }
+    const std::size_t tailSize = capacityOf(errorSize);
+    std::optional<std::chrono::milliseconds> limit;
+    if (timeoutMilliseconds != kNoTimeout) limit.emplace(timeoutMilliseconds);
+    std::string reason;
+    int signal = 0;
+    if (m_impl->child.waitForEnd(limit, tailSize)) {
+        reason = m_impl->reap(tailSize, exitCode, signal);
+    } else {
+        m_impl->child.endGroup(tailSize);
+        m_impl->reap(tailSize, nullptr, signal);
+        reason = "Ended because it ran longer than " + std::to_string(timeoutMilliseconds) + " ms";
+    }
+    const std::string& tail = m_impl->child.errorTail();
+    if (!reason.empty()) reason += tail.empty() ? "." : ". It wrote:\n";
+    copyTruncated(reason + tail, error, errorSize);
+    if (reason.empty()) return true;
+    VtNoteCause(
+        {.place = VtCause::kQueryTool, .signal = signal, .subject = m_impl->program, .text = reason + tail});
+    return false;
+}
