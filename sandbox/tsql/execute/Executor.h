@@ -226,7 +226,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     void dropIndex(const AlterIndex& index, bool ifExists);
     void renameIndex(const TableInfo& table, const std::string& name, const std::string& newName);
     std::set<std::string> filterColumns(const TableInfo& table, const ObjectInfo& index);
-    void changeSchema(const TableInfo& table, const std::string& change, std::span<const Value> values);
+    void changeSchema(const TableInfo& table, const std::string& change, std::initializer_list<Value> values);
     void redefine(Catalogue& catalogue, const TableInfo& table);
     void checkRows(Catalogue& catalogue, const TableInfo& table, const ObjectInfo& key);
     void switchConstraints(Catalogue& catalogue, const TableInfo& table, const AlterTable& alter);

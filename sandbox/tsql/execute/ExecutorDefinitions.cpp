@@ -83,16 +83,15 @@ TableColumn columnOf(const ColumnDefinition& given, const CreateTable& create) {
 }
 
 // Enters the identity of a new column, if it is one.
-void setIdentity(TableInfo& table, const ColumnDefinition& column) {
-    if (!column.identity) return;
-    if (!isExact(column.type.id) || column.type.scale > 0)
-        throw sqlError(kInvalidIdentityType, {column.name});
-    if (isWide(column.type)) throw unsupported("an identity of more than 18 digits");
-    if (column.nullable.value_or(false)) throw sqlError(kIdentityOnNullable, {column.name, table.name});
+void setIdentity(TableInfo& table, const ColumnDefinition& given) {
+    if (!given.identity) return;
+    if (!isExact(given.type.id) || given.type.scale > 0) throw sqlError(kInvalidIdentityType, {given.name});
+    if (isWide(given.type)) throw unsupported("an identity of more than 18 digits");
+    if (given.nullable.value_or(false)) throw sqlError(kIdentityOnNullable, {given.name, table.name});
     if (table.identityColumn()) throw sqlError(kSeveralIdentityColumns, {table.name});
-    if (column.identity->increment == 0) throw sqlError(kInvalidIdentityIncrement, {column.name});
-    table.seed = column.identity->seed;
-    table.increment = column.identity->increment;
+    if (given.identity->increment == 0) throw sqlError(kInvalidIdentityIncrement, {given.name});
+    table.seed = given.identity->seed;
+    table.increment = given.identity->increment;
 }
 
 std::string storedColumns(const TableInfo& table) {
@@ -118,9 +117,8 @@ void Executor::define(const ObjectName& name, const std::function<void(Catalogue
 
 // Translates the texts of the defaults alone, as inserts do later, so that variables in them are errors.
 void Executor::checkDefaults(const CreateTable& definition) {
-    for (const auto* constraint : allConstraints(definition))
-        if (constraint->kind == ConstraintKind::Default)
-            Translator(*this).value(*parseExpression(constraint->text));
+    for (const auto* each : allConstraints(definition))
+        if (each->kind == ConstraintKind::Default) Translator(*this).value(*parseExpression(each->text));
 }
 
 TableInfo Executor::createTable(const CreateTable& create) {
@@ -322,24 +320,22 @@ void Executor::dropIndex(const TableInfo& table, const std::string& name) {
 
 // Replaces the table's definition in SQLite without changing its rows.
 void Executor::redefine(Catalogue& catalogue, const TableInfo& table) {
-    const Value values[] = {
-        table.stored, "CREATE TABLE " + quotedName(table.stored) + " (" + tableBody(catalogue, table) + ")"};
-    changeSchema(table, "sql = ?2 WHERE type = 'table' AND name = ?1", values);
+    const std::string definition = quotedName(table.stored) + " (" + tableBody(catalogue, table) + ")";
+    changeSchema(table, "sql = ?2 WHERE type = 'table' AND name = ?1",
+                 {table.stored, "CREATE TABLE " + definition});
 }
 
 // Without effect on constraints that have no index.
 void Executor::renameIndex(const TableInfo& table, const std::string& name, const std::string& newName) {
     for (const auto suffix : {std::string_view(), kNullsSuffix}) {
-        const std::string before = indexName(name, table.id, suffix),
-                          after = indexName(newName, table.id, suffix);
-        const Value values[] = {before, after, quotedName(before), quotedName(after)};
+        const std::string old = indexName(name, table.id, suffix), now = indexName(newName, table.id, suffix);
         changeSchema(table, "name = ?2, sql = replace(sql, ?3, ?4) WHERE type = 'index' AND name = ?1",
-                     values);
+                     {old, now, quotedName(old), quotedName(now)});
     }
 }
 
 void Executor::changeSchema(const TableInfo& table, const std::string& change,
-                            std::span<const Value> values) {
+                            std::initializer_list<Value> values) {
     m_connection.run("PRAGMA writable_schema = ON");
     m_connection.run("UPDATE " + table.schema + ".sqlite_master SET " + change, values);
     const std::string version = "PRAGMA " + table.schema + ".schema_version";

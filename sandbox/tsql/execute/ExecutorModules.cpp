@@ -306,9 +306,8 @@ Value Executor::callFunction(std::string_view database, std::string_view key,
     const int line = m_line;
     try {
         runFrame(module.body, frame);
-    } catch (const Raised& raised) {
-        throw SqlError(raised.message.number, raised.message.text, raised.message.severity,
-                       raised.message.state);
+    } catch (const Raised& error) {
+        throw SqlError(error.message.number, error.message.text, error.message.severity, error.message.state);
     }
     m_line = line;
     return frame.returned;
