@@ -13,8 +13,6 @@ constexpr std::string_view kLanguage = "us_english";
 constexpr int kLoginSeverity = 14;
 constexpr int kFatalSeverity = 20;
 
-using namespace tsql::message;
-
 // An error as a message of a batch's first line.
 tsql::Message messageOf(const tsql::SqlError& error) {
     return {error.number, error.severity, error.state, 1, {}, error.what()};
@@ -77,16 +75,16 @@ Encryption ClientConnection::negotiateEncryption(ByteView request) {
 std::optional<tsql::SqlError> ClientConnection::loginError(Login& login) {
     if (login.integrated && m_settings.keytab == nullptr)
         return tsql::SqlError(
-            kUntrustedLogin,
+            tsql::kUntrustedLogin,
             "Login failed. Integrated authentication is not supported; use a login name and a password.",
             kLoginSeverity);
-    if (login.integrated && !authenticate(login)) return tsql::sqlError(kUntrustedLogin);
+    if (login.integrated && !authenticate(login)) return tsql::sqlError(tsql::kUntrustedLogin);
     if (!login.integrated && !m_settings.credentials.match(login.userName, login.password))
-        return tsql::sqlError(kLoginFailed, {login.userName});
+        return tsql::sqlError(tsql::kLoginFailed, {login.userName});
     m_client = {login.userName, login.hostName, login.programName};
     m_initialDatabase = login.database.empty() ? kDefaultDatabase : login.database;
     if (!m_engine.storage.exists(m_initialDatabase))
-        return tsql::sqlError(kCannotOpenDatabase, {m_initialDatabase});
+        return tsql::sqlError(tsql::kCannotOpenDatabase, {m_initialDatabase});
     return std::nullopt;
 }
 
@@ -114,8 +112,8 @@ bool ClientConnection::authenticate(Login& login) {
 void ClientConnection::refuseLogin(const Login& login, const tsql::SqlError& error) {
     std::this_thread::sleep_for(m_settings.refusalDelay);  // slows down the guessing of passwords
     m_response.message(messageOf(error));
-    if (error.number != kLoginFailed && error.number != kUntrustedLogin)
-        m_response.message(messageOf(tsql::sqlError(kLoginFailed, {login.userName})));
+    if (error.number != tsql::kLoginFailed && error.number != tsql::kUntrustedLogin)
+        m_response.message(messageOf(tsql::sqlError(tsql::kLoginFailed, {login.userName})));
     m_response.finish();
 }
 
@@ -123,10 +121,10 @@ void ClientConnection::acceptLogin(const Login& login) {
     m_session = tsql::openSession(m_engine, m_client, m_initialDatabase, m_sessionId);
     const std::string database(m_session->database());
     m_response.textChange(EnvChange::Database, database, kDefaultDatabase);
-    m_response.message(messageOf(tsql::sqlError(kDatabaseChanged, {database}, /*state=*/2)));
+    m_response.message(messageOf(tsql::sqlError(tsql::kDatabaseChanged, {database}, /*state=*/2)));
     m_response.binaryChange(EnvChange::Collation, kCollation);
     m_response.textChange(EnvChange::Language, kLanguage, {});
-    m_response.message(messageOf(tsql::sqlError(kLanguageChanged, {kLanguage})));
+    m_response.message(messageOf(tsql::sqlError(tsql::kLanguageChanged, {kLanguage})));
     m_response.loginAck();
     m_response.textChange(EnvChange::PacketSize, std::to_string(login.packetSize),
                           std::to_string(kDefaultPacketSize));
@@ -153,7 +151,7 @@ bool ClientConnection::serveRequest(const Request& request) {
 
 bool ClientConnection::execute(const Request& request) {
     if (request.isTooLong)
-        throw tsql::SqlError(kUserDefined,
+        throw tsql::SqlError(tsql::kUserDefined,
                              "The request is too long. A batch or procedure call may have 64 MiB.");
     if (request.type == PacketType::BulkLoad)
         return m_session->insertBulk(
@@ -198,7 +196,7 @@ bool ClientConnection::reportErrors(Work work) {
         m_response.message(messageOf(problem));
         return true;
     } catch (const ValueError& problem) {
-        m_response.message(messageOf({kConversionError, problem.what()}));
+        m_response.message(messageOf({tsql::kConversionError, problem.what()}));
         return true;
     } catch (const ConnectionClosed&) {
         throw;
@@ -206,8 +204,9 @@ bool ClientConnection::reportErrors(Work work) {
         throw;
     } catch (const std::exception& problem) {
         std::fprintf(stderr, "session %d: %s\n", m_sessionId, problem.what());
-        m_response.message(messageOf(
-            {kUserDefined, std::string("Internal error of tsqlbox: ") + problem.what(), kFatalSeverity}));
+        m_response.message(
+            messageOf({tsql::kUserDefined, std::string("Internal error of tsqlbox: ") + problem.what(),
+                       kFatalSeverity}));
         return false;
     }
 }

@@ -35,7 +35,7 @@ ProcedureCall::Argument parseParameter(ByteReader& in, std::size_t nameLength, s
     try {
         parameter.value = readValue(in, type);
     } catch (const ValueError&) {
-        throw tsql::sqlError(tsql::message::kBadRpcParameter,
+        throw tsql::sqlError(tsql::kBadRpcParameter,
                              {std::to_string(position), parameter.name, tsql::displayName(parameter.type)});
     }
     return parameter;
@@ -90,9 +90,9 @@ void sendRow(ByteReader& in, const std::vector<WireType>& types, tsql::ResultSin
     try {
         for (const WireType& type : types) values.push_back(readCell(in, type));
     } catch (const OddUnicode&) {
-        throw tsql::sqlError(tsql::message::kOddBulkUnicode, {std::to_string(values.size() + 1)});
+        throw tsql::sqlError(tsql::kOddBulkUnicode, {std::to_string(values.size() + 1)});
     } catch (const ValueError& problem) {
-        throw tsql::SqlError(tsql::message::kConversionError, problem.what());
+        throw tsql::SqlError(tsql::kConversionError, problem.what());
     }
     for (const auto& value : values) cells.push_back(tsql::viewOf(value));
     sink.row(cells);

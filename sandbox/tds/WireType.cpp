@@ -220,7 +220,7 @@ Value decodeDecimal(ByteReader in, const SqlType& type) {
     const std::uint64_t high = in.number(in.remaining());
     const Int128 magnitude = static_cast<Int128>(high) << 64 | low;
     if (high > INT64_MAX || !tsql::fits(magnitude, type))
-        throw tsql::sqlError(tsql::message::kArithmeticOverflow, {"numeric", "numeric"});
+        throw tsql::sqlError(tsql::kArithmeticOverflow, {"numeric", "numeric"});
     return tsql::exactCell(negative ? -magnitude : magnitude, type);
 }
 

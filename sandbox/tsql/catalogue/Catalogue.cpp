@@ -36,7 +36,7 @@ std::vector<std::string> namesOf(std::string_view list) {
 }  // namespace
 
 void requireColumnName(std::string_view column) {
-    if (column.empty()) throw sqlError(message::kMissingColumnName);
+    if (column.empty()) throw sqlError(kMissingColumnName);
     if (column.find(", ") != column.npos) throw unsupported("a column name with a comma and a blank");
 }
 
@@ -149,7 +149,7 @@ std::vector<SchemaInfo> Catalogue::schemas() const {
     std::vector<SchemaInfo> all = {
         {"dbo", 1}, {"guest", 2}, {"INFORMATION_SCHEMA", 3, 0, true}, {"sys", 4, 0, true}};
     const auto builtIn = static_cast<std::int64_t>(all.size());
-    for (auto& schema : objects("o.type = ?1", std::string(objectType::kSchema)))
+    for (auto& schema : objects("o.type = ?1", std::string(kSchema)))
         all.push_back({std::move(schema.name), schema.id + builtIn, schema.id});
     return all;
 }

@@ -73,12 +73,10 @@ struct TableInfo {
 };
 
 // Object types, with the values of sysobjects.xtype.
-inline namespace objectType {
 inline constexpr std::string_view kTable = "U", kView = "V", kProcedure = "P", kFunction = "FN",
                                   kTableFunction = "IF", kRowsFunction = "TF", kPrimaryKey = "PK",
                                   kUnique = "UQ", kForeignKey = "F", kCheck = "C", kDefault = "D",
                                   kIndex = "IX", kTrigger = "TR", kSequence = "SO", kSchema = "SCHEMA";
-}
 
 // A row of the catalogue: a table, a module, a constraint, an index or a schema.
 struct ObjectInfo {
@@ -121,8 +119,7 @@ inline bool isDisabled(const ObjectInfo& constraint) {
     return constraint.source.starts_with(kDisabled);
 }
 inline bool isUniqueKey(const ObjectInfo& key) {
-    return key.type == objectType::kPrimaryKey || key.type == objectType::kUnique ||
-           key.source == kUniqueIndex;
+    return key.type == kPrimaryKey || key.type == kUnique || key.source == kUniqueIndex;
 }
 
 inline constexpr std::string_view kCollationName = "SQL_Latin1_General_CP1_CI_AS";

@@ -6,32 +6,30 @@ namespace tsql {
 
 std::vector<std::string> referencedColumns(const Catalogue& catalogue, const ObjectInfo& key) {
     const auto referenced = catalogue.table(key.stored);
-    if (!referenced) throw sqlError(message::kReferencedTableUnknown, {key.name, shownName(key.stored)});
+    if (!referenced) throw sqlError(kReferencedTableUnknown, {key.name, shownName(key.stored)});
     auto columns = parseConstraint(key.source).referencedColumns;
     for (const auto& name : columns)
         if (!referenced->column(name))
-            throw sqlError(message::kReferencedColumnUnknown, {key.name, name, shownName(key.stored)});
+            throw sqlError(kReferencedColumnUnknown, {key.name, name, shownName(key.stored)});
     const bool implicit = columns.empty();
     const auto candidates = catalogue.keysOf(referenced->id);
     const auto fitting = std::ranges::find_if(candidates, [&](const ObjectInfo& candidate) {
-        return implicit ? candidate.type == objectType::kPrimaryKey
+        return implicit ? candidate.type == kPrimaryKey
                         : isUniqueKey(candidate) && candidate.stored.empty() &&
                               std::ranges::is_permutation(candidate.columns, columns, sameText);
     });
     if (fitting == candidates.end())
-        throw implicit
-            ? sqlError(message::kReferencedTableWithoutPrimaryKey, {key.name, shownName(key.stored)})
-            : sqlError(message::kNoReferencedKey, {shownName(key.stored), key.name});
+        throw implicit ? sqlError(kReferencedTableWithoutPrimaryKey, {key.name, shownName(key.stored)})
+                       : sqlError(kNoReferencedKey, {shownName(key.stored), key.name});
     if (implicit) columns = fitting->columns;
     const auto& own = key.columns;
     if (own.size() != columns.size())
-        throw sqlError(message::kReferencedColumnCountDiffers, {key.name, shownName(key.stored)});
+        throw sqlError(kReferencedColumnCountDiffers, {key.name, shownName(key.stored)});
     const TableInfo table = *catalogue.table(key.table);
     for (std::size_t i = 0; i < own.size(); ++i) {
         const SqlType &from = table.column(own[i])->type, &to = referenced->column(columns[i])->type;
         if (from == to) continue;
-        throw sqlError(from.id == to.id ? message::kReferencedColumnLengthDiffers
-                                        : message::kReferencedColumnTypeDiffers,
+        throw sqlError(from.id == to.id ? kReferencedColumnLengthDiffers : kReferencedColumnTypeDiffers,
                        {referenced->name, columns[i], table.name, own[i], key.name});
     }
     return columns;
@@ -54,7 +52,7 @@ bool anyRow(Connection& connection, const TableInfo& table, const std::string& c
 SqlError conflict(std::string_view verb, std::string_view type, const TableInfo& table,
                   const ObjectInfo& key) {
     return sqlError(
-        message::kConstraintConflict,
+        kConstraintConflict,
         {verb, type, key.name.empty() ? "" : " \"" + key.name + "\"", table.database, table.qualifiedName(),
          key.columns.size() == 1 ? ", column '" + key.columns.front() + "'" : ""});
 }
@@ -74,11 +72,10 @@ SqlError BrokenConstraint::error(const SqliteFailure& failure) const {
     const std::string what = text.substr(std::min(text.size(), text.find(": ") + 2));
     switch (failure.code) {
         case SQLITE_CONSTRAINT_NOTNULL:
-            return sqlError(
-                message::kNullInColumn,
-                {what.substr(what.rfind('.') + 1),
-                 m_change.target.name.front() == '@' ? m_change.target.name : m_change.target.fullName(),
-                 m_change.verb});
+            return sqlError(kNullInColumn, {what.substr(what.rfind('.') + 1),
+                                            m_change.target.name.front() == '@' ? m_change.target.name
+                                                                                : m_change.target.fullName(),
+                                            m_change.verb});
         case SQLITE_CONSTRAINT_CHECK:
             for (const auto& key : m_catalogue.keysOf(m_change.target.id))
                 if (key.name == what) return conflict(m_change.verb, "CHECK", m_change.target, key);
@@ -94,7 +91,7 @@ SqlError BrokenConstraint::error(const SqliteFailure& failure) const {
 // table.
 SqlError BrokenConstraint::brokenReference() const {
     for (const auto& key : m_catalogue.keysOf(m_change.target.id)) {
-        if (m_change.newRows.empty() || key.type != objectType::kForeignKey || isDisabled(key)) continue;
+        if (m_change.newRows.empty() || key.type != kForeignKey || isDisabled(key)) continue;
         const std::string broken = "WITH " + m_change.newRows + " SELECT 1 FROM incoming WHERE " +
                                    orphans(m_catalogue, m_change.target, key, "incoming") + " LIMIT 1";
         if (m_connection.number(broken, m_change.values))
@@ -128,13 +125,13 @@ SqlError BrokenConstraint::duplicateKey(std::string columns) const {
         const bool isMeant = isNamed || (key.stored.empty() && sameText(commaList(key.columns), columns));
         if (!isUniqueKey(key) || !isMeant) continue;
         const std::string value = duplicateValue(key);
-        if (key.type == objectType::kIndex)
-            return sqlError(message::kDuplicateKeyInIndex, {target.qualifiedName(), key.name, value});
-        const bool primary = key.type == objectType::kPrimaryKey;
-        return sqlError(message::kDuplicateKey,
+        if (key.type == kIndex)
+            return sqlError(kDuplicateKeyInIndex, {target.qualifiedName(), key.name, value});
+        const bool primary = key.type == kPrimaryKey;
+        return sqlError(kDuplicateKey,
                         {primary ? "PRIMARY" : "UNIQUE", key.name, target.qualifiedName(), value});
     }
-    return sqlError(message::kDuplicateKey, {"UNIQUE", columns, target.qualifiedName(), ""});
+    return sqlError(kDuplicateKey, {"UNIQUE", columns, target.qualifiedName(), ""});
 }
 
 std::string BrokenConstraint::duplicateValue(const ObjectInfo& key) const {

@@ -96,8 +96,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     std::optional<ObjectInfo> object(const ObjectName& name) override;
     std::optional<std::int64_t> lastIdentity(const TableInfo& table) override;
     std::optional<std::int64_t> scopeIdentity() const override { return m_frames.back()->identity; }
-    std::int64_t nextIdentity(std::string_view schema, std::string_view table,
-                              std::int64_t increment) override;
+    std::int64_t nextIdentity(std::string_view schema, std::string_view table, std::int64_t step) override;
     Value nextValue(std::string_view database, std::int64_t id) override;
     int transactionState() const override { return m_doomed ? -1 : m_transactions > 0; }
     Value cursorStatus(std::string_view scope, std::string_view name) override;
@@ -179,7 +178,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     Flow run(const Insert& insert);
     Flow run(const InsertBulk& bulk);
     Flow run(const Update& update);
-    Flow run(const Delete& statement);
+    Flow run(const Delete& remove);
     void run(const Truncate& truncate);
     using ChangeRows = std::function<void(const TableInfo& target)>;
     std::int64_t sendRows(PreparedStatement& statement, const QueryText& text, std::int64_t most = 0);
@@ -231,7 +230,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     void dropIndex(const AlterIndex& index, bool ifExists);
     void renameIndex(const TableInfo& table, const std::string& name, const std::string& newName);
     std::set<std::string> filterColumns(const TableInfo& table, const ObjectInfo& index);
-    void changeSchema(const TableInfo& table, const std::string& change, std::span<const Value> values);
+    void changeSchema(const TableInfo& table, const std::string& change, std::initializer_list<Value> values);
     void redefine(Catalogue& catalogue, const TableInfo& table);
     void checkRows(Catalogue& catalogue, const TableInfo& table, const ObjectInfo& key);
     void switchConstraints(Catalogue& catalogue, const TableInfo& table, const AlterTable& alter);
@@ -329,9 +328,8 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     void beforeWrite();
     // Locks the database that a statement changes, before its names are looked up: after the transaction has
     // read it, SQLite no longer waits for another writer.
-    void claim(const ObjectName& target) {
-        if (m_connection.inTransaction() && !isTemporaryName(target.name))
-            m_connection.lock(databaseOf(target));
+    void claim(const ObjectName& name) {
+        if (m_connection.inTransaction() && !isTemporaryName(name.name)) m_connection.lock(databaseOf(name));
     }
     void begin(const std::string& name);
     // IMPLICIT_TRANSACTIONS ON: the first use of a table begins a transaction.

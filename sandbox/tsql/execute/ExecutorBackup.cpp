@@ -115,11 +115,10 @@ void Executor::run(const Backup& backup) {
             backupDatabase(m_storage, evaluateText(*backup.database), file, progress(backup.stats),
                            given(backup.name), given(backup.description));
         beforeWrite();
-        const Value values[] = {header.name, header.database, header.started, header.finished, header.bytes};
         m_connection.run("INSERT INTO " + m_connection.attach("msdb") +
                              ".backupset (name, database_name, backup_start_date, backup_finish_date, type, "
                              "backup_size) VALUES (nullif(?1, ''), ?2, ?3, ?4, 'D', ?5)",
-                         values);
+                         {header.name, header.database, header.started, header.finished, header.bytes});
         informDone("BACKUP", header, header.database, start);
     });
 }

@@ -104,9 +104,7 @@ Flow Executor::run(const Fetch& fetch) {
     for (std::size_t i = 0; found && i < columns.size(); ++i) try {
             setVariable(fetch.into[i], viewOf(rows[0][i]), columns[i].column.type);
         } catch (const SqlError& error) {
-            const bool isTypeMismatch =
-                error.number == kOperandTypeClash || error.number == kNoImplicitConversion;
-            if (!isTypeMismatch) throw;
+            if (error.number != kOperandTypeClash && error.number != kNoImplicitConversion) throw;
             throw sqlError(kCursorTypeMismatch,
                            {baseName(columns[i].column.type.id), baseName(local(fetch.into[i]).type.id)});
         }

@@ -67,34 +67,31 @@ constexpr std::pair<std::string_view, std::string_view> kConstraints[] = {
     {kPrimaryKey, "PK"}, {kUnique, "UQ"}, {kCheck, "CK"}, {kForeignKey, "FK"}, {kDefault, "DF"}};
 
 // create: the table, in which the column may be part of the primary key.
-TableColumn columnOf(const ColumnDefinition& definition, const CreateTable& create) {
-    requireColumnName(definition.name);
-    TableColumn column{definition.name, definition.type, !definition.identity,
-                       definition.identity.has_value()};
+TableColumn columnOf(const ColumnDefinition& given, const CreateTable& create) {
+    requireColumnName(given.name);
+    TableColumn column{given.name, given.type, !given.identity, given.identity.has_value()};
     for (const auto* constraint : allConstraints(create))
         if (constraint->kind == ConstraintKind::PrimaryKey)
             for (const auto& name : constraint->columns)
                 column.nullable = column.nullable && !sameText(name, column.name);
-    column.nullable = definition.nullable.value_or(column.nullable);
-    column.computed = definition.computed;
-    column.persisted = definition.persisted;
-    for (const auto& constraint : definition.constraints)
+    column.nullable = given.nullable.value_or(column.nullable);
+    column.computed = given.computed;
+    column.persisted = given.persisted;
+    for (const auto& constraint : given.constraints)
         if (constraint.kind == ConstraintKind::Default) column.byDefault = constraint.text;
     return column;
 }
 
 // Enters the identity of a new column, if it is one.
-void setIdentity(TableInfo& table, const ColumnDefinition& definition) {
-    if (!definition.identity) return;
-    if (!isExact(definition.type.id) || definition.type.scale > 0)
-        throw sqlError(kInvalidIdentityType, {definition.name});
-    if (isWide(definition.type)) throw unsupported("an identity of more than 18 digits");
-    if (definition.nullable.value_or(false))
-        throw sqlError(kIdentityOnNullable, {definition.name, table.name});
+void setIdentity(TableInfo& table, const ColumnDefinition& given) {
+    if (!given.identity) return;
+    if (!isExact(given.type.id) || given.type.scale > 0) throw sqlError(kInvalidIdentityType, {given.name});
+    if (isWide(given.type)) throw unsupported("an identity of more than 18 digits");
+    if (given.nullable.value_or(false)) throw sqlError(kIdentityOnNullable, {given.name, table.name});
     if (table.identityColumn()) throw sqlError(kSeveralIdentityColumns, {table.name});
-    if (definition.identity->increment == 0) throw sqlError(kInvalidIdentityIncrement, {definition.name});
-    table.seed = definition.identity->seed;
-    table.increment = definition.identity->increment;
+    if (given.identity->increment == 0) throw sqlError(kInvalidIdentityIncrement, {given.name});
+    table.seed = given.identity->seed;
+    table.increment = given.identity->increment;
 }
 
 std::string storedColumns(const TableInfo& table) {
@@ -120,9 +117,8 @@ void Executor::define(const ObjectName& name, const std::function<void(Catalogue
 
 // Translates the texts of the defaults alone, as inserts do later, so that variables in them are errors.
 void Executor::checkDefaults(const CreateTable& definition) {
-    for (const auto* constraint : allConstraints(definition))
-        if (constraint->kind == ConstraintKind::Default)
-            Translator(*this).value(*parseExpression(constraint->text));
+    for (const auto* each : allConstraints(definition))
+        if (each->kind == ConstraintKind::Default) Translator(*this).value(*parseExpression(each->text));
 }
 
 TableInfo Executor::createTable(const CreateTable& create) {
@@ -205,8 +201,8 @@ std::vector<ObjectInfo> Executor::noteConstraints(Catalogue& catalogue, const Ta
 }
 
 // Returns the catalogue entry of a constraint. A default is entered into its column.
-ObjectInfo Executor::constraintOf(Catalogue& catalogue, const TableInfo& table,
-                                  const Constraint& constraint) {
+ObjectInfo Executor::constraintOf(Catalogue& owner, const TableInfo& table, const Constraint& constraint) {
+    using enum ConstraintKind;
     const auto& [type, prefix] = kConstraints[static_cast<int>(constraint.kind)];
     const ObjectName& to = constraint.references;
     ObjectInfo key{0, constraint.name, std::string(type), table.id, storedName(to.schema, to.name)};
@@ -215,18 +211,17 @@ ObjectInfo Executor::constraintOf(Catalogue& catalogue, const TableInfo& table,
     key.schemaName = table.schemaName;
     for (const auto& name : constraint.columns) {
         const TableColumn* column = table.column(name);
-        if (!column && constraint.kind == ConstraintKind::ForeignKey)
+        if (!column && constraint.kind == ForeignKey)
             throw sqlError(kReferencingColumnUnknown, {key.name, name, table.name});
         if (!column) throw sqlError(kUnknownIndexColumn, {name});
         if (!column->nullable && (constraint.onDelete == "SET NULL" || constraint.onUpdate == "SET NULL"))
             throw sqlError(kSetNullOnNotNullable, {key.name});
-        if (constraint.kind == ConstraintKind::PrimaryKey && column->nullable)
+        if (constraint.kind == PrimaryKey && column->nullable)
             throw sqlError(kPrimaryKeyOnNullable, {table.name});
-        if (constraint.kind == ConstraintKind::PrimaryKey || constraint.kind == ConstraintKind::Unique)
-            requireKeyType(table, *column);
+        if (constraint.kind == PrimaryKey || constraint.kind == Unique) requireKeyType(table, *column);
         key.columns.push_back(column->name);
     }
-    if (constraint.kind == ConstraintKind::Check) {
+    if (constraint.kind == Check) {
         const auto read = Translator(*this).check(table, *constraint.check).columns;
         for (const auto& name : read)
             if (!key.columns.empty() && name != key.columns.front())
@@ -235,21 +230,19 @@ ObjectInfo Executor::constraintOf(Catalogue& catalogue, const TableInfo& table,
     }
     if (key.name.empty())  // "PK__Orders__7_42"
         key.name = std::string(prefix) + "__" + table.name.substr(0, 9) + "__" + std::to_string(table.id) +
-                   "_" + std::to_string(catalogue.lastId() + 1);
-    if (catalogue.find(key.key()) && !catalogue.isTemporary()) throw sqlError(kObjectExists, {key.name}, 5);
-    const auto others = catalogue.keysOf(table.id);
+                   "_" + std::to_string(owner.lastId() + 1);
+    if (owner.find(key.key()) && !owner.isTemporary()) throw sqlError(kObjectExists, {key.name}, 5);
+    const auto others = owner.keysOf(table.id);
     if (isUniqueKey(key)) refuseSecondIndex(others, key.name, table);
     for (const auto& other : others) {
         if (other.type != type) continue;
-        if (constraint.kind == ConstraintKind::PrimaryKey)
-            throw sqlError(kPrimaryKeyAlreadyDefined, {table.name});
-        if (constraint.kind == ConstraintKind::Default && other.columns == key.columns)
-            throw sqlError(kDefaultAlreadyBound);
+        if (constraint.kind == PrimaryKey) throw sqlError(kPrimaryKeyAlreadyDefined, {table.name});
+        if (constraint.kind == Default && other.columns == key.columns) throw sqlError(kDefaultAlreadyBound);
     }
-    if (constraint.kind == ConstraintKind::Default) {
+    if (constraint.kind == Default) {
         TableColumn column = *table.column(key.columns.front());
         column.byDefault = constraint.text;
-        catalogue.saveColumns(table.id, {column});
+        owner.saveColumns(table.id, {column});
     }
     return key;
 }
@@ -327,24 +320,22 @@ void Executor::dropIndex(const TableInfo& table, const std::string& name) {
 
 // Replaces the table's definition in SQLite without changing its rows.
 void Executor::redefine(Catalogue& catalogue, const TableInfo& table) {
-    const Value values[] = {
-        table.stored, "CREATE TABLE " + quotedName(table.stored) + " (" + tableBody(catalogue, table) + ")"};
-    changeSchema(table, "sql = ?2 WHERE type = 'table' AND name = ?1", values);
+    const std::string definition = quotedName(table.stored) + " (" + tableBody(catalogue, table) + ")";
+    changeSchema(table, "sql = ?2 WHERE type = 'table' AND name = ?1",
+                 {table.stored, "CREATE TABLE " + definition});
 }
 
 // Without effect on constraints that have no index.
 void Executor::renameIndex(const TableInfo& table, const std::string& name, const std::string& newName) {
     for (const auto suffix : {std::string_view(), kNullsSuffix}) {
-        const std::string before = indexName(name, table.id, suffix),
-                          after = indexName(newName, table.id, suffix);
-        const Value values[] = {before, after, quotedName(before), quotedName(after)};
+        const std::string old = indexName(name, table.id, suffix), now = indexName(newName, table.id, suffix);
         changeSchema(table, "name = ?2, sql = replace(sql, ?3, ?4) WHERE type = 'index' AND name = ?1",
-                     values);
+                     {old, now, quotedName(old), quotedName(now)});
     }
 }
 
 void Executor::changeSchema(const TableInfo& table, const std::string& change,
-                            std::span<const Value> values) {
+                            std::initializer_list<Value> values) {
     m_connection.run("PRAGMA writable_schema = ON");
     m_connection.run("UPDATE " + table.schema + ".sqlite_master SET " + change, values);
     const std::string version = "PRAGMA " + table.schema + ".schema_version";
@@ -414,9 +405,9 @@ void Executor::renumber(Catalogue& catalogue, const TableInfo& table) {
         "WITH found AS MATERIALIZED (SELECT _rowid_ AS ts_id, row_number() OVER (ORDER BY _rowid_) "
         "AS ts_n FROM " +
         table.sqlName() + ") " + update + "(1 << 62) + ts_n - 1 FROM found WHERE _rowid_ = ts_id");
-    const Value numbers[] = {table.seed, table.increment};
-    const SqlType& type = table.identityColumn()->type;
-    m_connection.run(update + emitIdentity("?1 + ?2 * (_rowid_ - (1 << 62))", type).sql, numbers);
+    const std::string identity =
+        emitIdentity("?1 + ?2 * (_rowid_ - (1 << 62))", table.identityColumn()->type).sql;
+    m_connection.run(update + identity, {table.seed, table.increment});
     startIdentity(table);
     noteHighest(table);
 }
@@ -482,8 +473,7 @@ void Executor::dropConstraint(Catalogue& catalogue, const TableInfo& table, cons
         for (const auto& foreign : catalogue.keysTo(table.id))
             if (isUniqueKey(*key) &&
                 std::ranges::is_permutation(referencedColumns(catalogue, foreign), key->columns, sameText))
-                throw sqlError(kConstraintReferenced,
-                               {name, std::string(bareName(foreign.table)), foreign.name});
+                throw sqlError(kConstraintReferenced, {name, bareName(foreign.table), foreign.name});
     });
     if (key->type == kDefault) {
         TableColumn column = *table.column(key->columns.front());
@@ -669,10 +659,9 @@ void Executor::keepTables(const std::function<void()>& rollback) {
         TableInfo& info = table->info;
         dropTable(info);
         info = createTable(*table->definition);
-        const std::string insert =
-            "INSERT INTO " + info.sqlName() + " (" + storedColumns(info) + ") VALUES (";
+        const std::string sql = "INSERT INTO " + info.sqlName() + " (" + storedColumns(info) + ") VALUES (";
         for (const auto& row : rows)
-            m_connection.run(insert + commaList(row, [](const Value&) { return "?"; }) + ")", row);
+            m_connection.run(sql + commaList(row, [](const Value&) { return "?"; }) + ")", row);
         noteHighest(info);
     }
 }

@@ -12,11 +12,10 @@ constexpr std::string_view kEllipsis = "...";
 
 // Formats one argument with SQLite's printf.
 template <typename Argument>
-std::string written(const std::string& format, Argument argument) {
-    const std::unique_ptr<char, void (*)(void*)> text(sqlite3_mprintf(format.c_str(), argument),
-                                                      sqlite3_free);
-    if (!text) throw std::bad_alloc();
-    return text.get();
+std::string written(const std::string& format, Argument value) {
+    const std::unique_ptr<char, void (*)(void*)> made(sqlite3_mprintf(format.c_str(), value), sqlite3_free);
+    if (!made) throw std::bad_alloc();
+    return made.get();
 }
 
 // %% or: %, flags, width, precision, size and type. A width or precision of * is an argument.

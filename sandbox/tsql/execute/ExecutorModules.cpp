@@ -107,17 +107,16 @@ std::shared_ptr<const Batch> Executor::parsed(const std::string& text) {
 // The sp_ procedures of master use the caller's database.
 std::optional<StoredModule> Executor::module(const ObjectName& name, std::string_view type) {
     if (isTemporaryName(name.name) || namesChangedRows(name)) return std::nullopt;
-    ObjectName place = name;
-    auto found = visibleObject(place);
+    ObjectName key = name;
+    auto found = visibleObject(key);
     if ((!found || found->type != type) && name.database.empty() &&
         lowerAscii(name.name).starts_with("sp_")) {
-        place.database = "master";
-        found = object(place);
+        key.database = "master";
+        found = object(key);
     }
     if (!found || found->type != type) return std::nullopt;
     const auto batch = parsed(found->source);
-    return StoredModule{databaseOf(place), found->schemaName, found->name, batch,
-                        &moduleOf(*batch), found->id};
+    return StoredModule{databaseOf(key), found->schemaName, found->name, batch, &moduleOf(*batch), found->id};
 }
 
 void Executor::inFrame(Frame& frame, const std::function<void()>& work) {
@@ -300,8 +299,7 @@ void Executor::returnOutputs(const CreateModule& module, const Arguments& argume
 // SQLite calls this for every row of a query that contains the function.
 Value Executor::callFunction(std::string_view database, std::string_view key,
                              std::span<const CellView> arguments) {
-    const ObjectName object{std::string(database), std::string(schemaOf(key)), std::string(bareName(key)),
-                            m_line};
+    const ObjectName object{std::string(database), std::string(schemaOf(key)), std::string(bareName(key))};
     const auto function = Executor::module(object, kFunction);
     if (!function) throw sqlError(kInvalidObjectName, {object.name});
     const CreateModule& module = *function->module;
@@ -336,9 +334,8 @@ void Executor::runFunction(const CreateModule& function, Frame& frame) {
     const int line = m_line;
     try {
         runFrame(function.body, frame);
-    } catch (const Raised& raised) {
-        throw SqlError(raised.message.number, raised.message.text, raised.message.severity,
-                       raised.message.state);
+    } catch (const Raised& error) {
+        throw SqlError(error.message.number, error.message.text, error.message.severity, error.message.state);
     }
     m_line = line;
 }

@@ -111,12 +111,11 @@ Flow Executor::selectInto(const Query& query, const ObjectName& name) {
     CreateTable create{name, {}, {}};
     for (const auto& [column, alias, isNull, isNew] : text.columns) {
         if (column.name.empty()) throw sqlError(kMissingColumnName);
-        auto& added =
-            create.columns.emplace_back(ColumnDefinition{column.name, column.type, column.nullable});
-        added.identity = isNew;
+        auto& made = create.columns.emplace_back(ColumnDefinition{column.name, column.type, column.nullable});
+        made.identity = isNew;
         if (column.identity && once && only && !std::holds_alternative<Join>(only->node))
-            added.identity = source ? Identity{source->seed, source->increment} : Identity{};
-        if (isNew) added.nullable = false;
+            made.identity = source ? Identity{source->seed, source->increment} : Identity{};
+        if (isNew) made.nullable = false;
     }
     const TableInfo target = createTable(create);
     ColumnList columns;
@@ -316,19 +315,17 @@ void Executor::withIdentities(const TableInfo& target, const std::function<void(
 void Executor::noteHighest(const TableInfo& target) {
     const TableColumn* identity = target.identityColumn();
     if (!identity || target.increment == 1) return;
-    const Value name[] = {target.stored};
     m_connection.run("UPDATE " + target.schema + ".sqlite_sequence SET seq = (SELECT max(seq, max(ifnull(" +
                          (target.increment < 0 ? "-" : "") + "_rowid_, seq))) FROM " + target.sqlName() +
                          ") WHERE name = ?1",
-                     name);
+                     {target.stored});
 }
 
-std::int64_t Executor::nextIdentity(std::string_view schema, std::string_view table, std::int64_t increment) {
-    const Value values[] = {std::string(table), increment};
+std::int64_t Executor::nextIdentity(std::string_view schema, std::string_view table, std::int64_t step) {
     const auto counted = m_connection.number(
         "UPDATE " + std::string(schema) +
             ".sqlite_sequence SET seq = seq + abs(?2) WHERE name = ?1 RETURNING seq * sign(?2)",
-        values);
+        {std::string(table), step});
     m_givenIdentities[{std::string(schema), std::string(table)}] = std::abs(*counted);
     return *counted;
 }
@@ -336,9 +333,8 @@ std::int64_t Executor::nextIdentity(std::string_view schema, std::string_view ta
 // Identities are not generated again, even if their rows were rolled back.
 void Executor::skipIdentities() {
     for (const auto& [table, last] : m_givenIdentities) {
-        const Value values[] = {table.second, last};
         m_connection.run("UPDATE " + table.first + ".sqlite_sequence SET seq = max(seq, ?2) WHERE name = ?1",
-                         values);
+                         {table.second, last});
     }
 }
 
@@ -400,10 +396,9 @@ Flow Executor::run(const Update& update) {
             updateInSteps(target, translator, update.output);
         }
     };
-    WordSet columns;
-    for (const auto& clause : update.sets) columns.insert(clause.column);
-    return withTriggers(changedTable(update, translator), StatementKind::Update, columns, update.output,
-                        change);
+    WordSet set;
+    for (const auto& clause : update.sets) set.insert(clause.column);
+    return withTriggers(changedTable(update, translator), StatementKind::Update, set, update.output, change);
 }
 
 // SQLite checks keys row by row, T-SQL at the end of the statement. Therefore the rows give up their keys
@@ -414,10 +409,7 @@ void Executor::updateInSteps(const TableInfo& target, const Translator& translat
     const auto steps = translator.updateInSteps();
     m_connection.run(steps[0], parameterValues(translator));
     {
-        const Finally checkAgain([this] {
-            sqlite3_exec(m_connection.handle(), "PRAGMA ignore_check_constraints = 0", nullptr, nullptr,
-                         nullptr);
-        });
+        const Finally checkAgain([this] { m_connection.tryRun("PRAGMA ignore_check_constraints = 0"); });
         m_connection.run("PRAGMA ignore_check_constraints = 1");
         m_connection.run(steps[1]);
     }
@@ -428,14 +420,12 @@ void Executor::updateInSteps(const TableInfo& target, const Translator& translat
     atomic.commit();
 }
 
-Flow Executor::run(const Delete& statement) {
+Flow Executor::run(const Delete& remove) {
     Translator translator(*this);
     const auto change = [&](const TableInfo& target) {
-        changeWithOutput(target, "DELETE", translator.remove(target, statement), translator,
-                         statement.output);
+        changeWithOutput(target, "DELETE", translator.remove(target, remove), translator, remove.output);
     };
-    return withTriggers(changedTable(statement, translator), StatementKind::Delete, {}, statement.output,
-                        change);
+    return withTriggers(changedTable(remove, translator), StatementKind::Delete, {}, remove.output, change);
 }
 
 // TRUNCATE TABLE restarts the identity.

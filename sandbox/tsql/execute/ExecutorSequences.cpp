@@ -34,15 +34,13 @@ void requireConsistent(const Sequence& sequence, const std::string& name, bool s
 }  // namespace
 
 void Executor::setCounter(const std::string& schema, const std::string& name, std::int64_t value) {
-    const Value values[] = {name, value};
-    m_connection.run("DELETE FROM " + schema + ".sqlite_sequence WHERE name = ?1", {values, 1});
-    m_connection.run("INSERT INTO " + schema + ".sqlite_sequence (name, seq) VALUES (?1, ?2)", values);
+    m_connection.run("DELETE FROM " + schema + ".sqlite_sequence WHERE name = ?1", {name});
+    m_connection.run("INSERT INTO " + schema + ".sqlite_sequence (name, seq) VALUES (?1, ?2)", {name, value});
     m_givenIdentities.erase({schema, name});
 }
 
 std::optional<std::int64_t> Executor::counter(const std::string& schema, const std::string& name) {
-    const Value values[] = {name};
-    return m_connection.number("SELECT seq FROM " + schema + ".sqlite_sequence WHERE name = ?1", values);
+    return m_connection.number("SELECT seq FROM " + schema + ".sqlite_sequence WHERE name = ?1", {name});
 }
 
 void Executor::run(const DefineSequence& statement) {

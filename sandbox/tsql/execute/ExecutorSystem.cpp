@@ -14,24 +14,22 @@ constexpr int kWrongCall = -999;
 }  // namespace
 
 const SystemProcedure* Executor::systemProcedure(std::string_view name) {
-    static constexpr std::string_view kNone = "RETURN";
     static constexpr SystemProcedure kProcedures[] = {
-        {"sp_helptext", "@objname nvarchar(776), @columnname sysname = NULL", kNone, &Executor::helpText},
-        {"sp_rename", "@objname nvarchar(1035), @newname sysname, @objtype varchar(13) = NULL", kNone,
+        {"sp_helptext", "@objname nvarchar(776), @columnname sysname = NULL", "RETURN", &Executor::helpText},
+        {"sp_rename", "@objname nvarchar(1035), @newname sysname, @objtype varchar(13) = NULL", "RETURN",
          &Executor::rename},
         {"sp_getapplock",
          "@Resource nvarchar(255), @LockMode varchar(32), @LockOwner varchar(32) = 'Transaction', "
          "@LockTimeout int = NULL, @DbPrincipal sysname = 'public'",
-         kNone, &Executor::getAppLock},
+         "RETURN", &Executor::getAppLock},
         {"sp_releaseapplock",
          "@Resource nvarchar(255), @LockOwner varchar(32) = 'Transaction', @DbPrincipal sysname = 'public'",
-         kNone, &Executor::releaseAppLock},
+         "RETURN", &Executor::releaseAppLock},
     };
-    const SystemProcedure* found = nullptr;
     for (const auto& procedures : {std::span<const SystemProcedure>(kProcedures), {kCatalogueProcedures}})
         for (const SystemProcedure& each : procedures)
-            if (sameWord(each.name, name)) found = &each;
-    return found;
+            if (sameWord(each.name, name)) return &each;
+    return nullptr;
 }
 
 // sp_helptext: one row for each line of the module's text, the line end included, split after 255 characters.

@@ -130,8 +130,7 @@ void Executor::run(const Transaction& transaction) {
     m_knownTables.clear();
     bool done = false;
     keepTables([&] {
-        const std::string sql = "ROLLBACK TO " + quotedName(name);
-        done = sqlite3_exec(m_connection.handle(), sql.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK;
+        done = m_connection.tryRun("ROLLBACK TO " + quotedName(name));
         skipIdentities();
     });
     if (!done) throw sqlError(kSavepointNotFound, {name});

@@ -132,8 +132,7 @@ void Executor::changeAndFire(const TableInfo& target, std::vector<Firing> firing
         firing.rows = records.back().name();
     }
     {
-        const Temporarily shadowed(m_shadow,
-                                   instead ? std::optional(records.front().target()) : std::nullopt);
+        const Temporarily shadow(m_shadow, instead ? std::optional(records.front().target()) : std::nullopt);
         m_knownTables.clear();
         change(instead ? records.front().target() : target);
     }
@@ -180,9 +179,8 @@ bool Executor::namesChangedRows(const ObjectName& name) const {
 SystemView Executor::changedRows(const ObjectName& name) {
     const Firing& firing = *m_frames.back()->firing;
     const bool isNew = sameWord(name.name, "inserted");
-    const Value record[] = {firing.rows};
     const bool exists =
-        m_connection.number("SELECT 1 FROM sqlite_temp_master WHERE name = ?1", record).has_value();
+        m_connection.number("SELECT 1 FROM sqlite_temp_master WHERE name = ?1", {firing.rows}).has_value();
     const bool isEmpty = !exists || firing.verb == (isNew ? "DELETE" : "INSERT");
     const std::string list = commaList(firing.table.columns, [&](const TableColumn& column) {
         const std::string value = quotedName((isNew ? "new " : "old ") + column.name);
@@ -195,8 +193,7 @@ SystemView Executor::changedRows(const ObjectName& name) {
 bool Executor::isUpdated(std::string_view column) const {
     const Firing* firing = m_frames.back()->firing;
     if (!firing || !firing->table.column(column)) throw sqlError(kInvalidColumnName, {column});
-    return firing->verb == "INSERT" ||
-           (firing->verb == "UPDATE" && firing->updated.contains(std::string(column)));
+    return firing->verb == "INSERT" || (firing->verb == "UPDATE" && firing->updated.contains(column));
 }
 
 }  // namespace tsql

@@ -62,8 +62,7 @@ class RowRecord {
     }
     // A rollback may have dropped the object already.
     void drop(const std::string& kind, const std::string& suffix) {
-        const std::string sql = "DROP " + kind + " IF EXISTS temp." + m_name + suffix;
-        sqlite3_exec(m_connection.handle(), sql.c_str(), nullptr, nullptr, nullptr);
+        m_connection.tryRun("DROP " + kind + " IF EXISTS temp." + m_name + suffix);
     }
 
     Connection& m_connection;

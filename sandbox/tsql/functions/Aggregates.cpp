@@ -113,7 +113,7 @@ Value aggregatedText(const Gathered& gathered, const Aggregate&) {
     for (const auto* part : order) text.append(part == order.front() ? "" : part->separator) += part->text;
     if (gathered.longest != SqlType::kMax &&
         characterCount(text) > static_cast<std::size_t>(gathered.longest))
-        throw sqlError(message::kStringAggTooLong);
+        throw sqlError(kStringAggTooLong);
     return text;
 }
 

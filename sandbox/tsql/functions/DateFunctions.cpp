@@ -7,7 +7,7 @@ namespace {
 template <DatePart part>
 SqlType ofDateType(Pieces pieces) {
     if (pieces[0].type.id == TypeId::Time)
-        throw sqlError(message::kDatePartNotSupportedForType, {nameOf(part), nameOf(part), "time"});
+        throw sqlError(kDatePartNotSupportedForType, {nameOf(part), nameOf(part), "time"});
     return simpleType(TypeId::Int);
 }
 
@@ -20,7 +20,7 @@ Value runNow(const SqlCall& call) {
 template <typename Number>
 Value runDateDiff(const SqlCall& call) {
     const std::int64_t difference = dateDiff(call.datePart(), call.dateTime(1), call.dateTime(2));
-    if (!std::in_range<Number>(difference)) throw sqlError(message::kDateDiffOverflow);
+    if (!std::in_range<Number>(difference)) throw sqlError(kDateDiffOverflow);
     return difference;
 }
 
@@ -46,7 +46,7 @@ Value runEndOfMonth(const SqlCall& call) {
 template <TypeId id>
 SqlType scaledType(Pieces pieces) {
     const auto scale = pieces.back().integer;
-    if (!scale) throw sqlError(message::kScaleNotConstant, {baseName(id)});
+    if (!scale) throw sqlError(kScaleNotConstant, {baseName(id)});
     const int argument[] = {static_cast<int>(std::clamp<std::int64_t>(*scale, -1, 8))};
     return makeType(baseName(id), argument, TypeUse::Declaration);
 }
@@ -65,7 +65,7 @@ Value runFromParts(const SqlCall& call) {
         fractions = valid ? fractions * units[i] + part(clock + i) : 0;
     }
     const DateTime value{days.value_or(0), fractions * (DateTime::kTicksPerSecond / units[3])};
-    if (!valid || !isInRange(value, type)) throw sqlError(message::kInvalidDateParts, {baseName(type.id)});
+    if (!valid || !isInRange(value, type)) throw sqlError(kInvalidDateParts, {baseName(type.id)});
     return toStorage(value, type);
 }
 
@@ -110,12 +110,12 @@ void checkDatePart(Pieces arguments, std::string_view function) {
     const bool isDifference = function.starts_with("datediff"),
                changes = isDifference || function == "dateadd";
     if (part == DatePart::IsoWeek && changes)
-        throw sqlError(message::kDatePartNotSupported, {nameOf(part), isDifference ? "datediff" : function});
+        throw sqlError(kDatePartNotSupported, {nameOf(part), isDifference ? "datediff" : function});
     if (isDifference) return;
     const bool ofClock = part >= DatePart::Hour;
     const bool tooFine = changes && part > DatePart::Millisecond && isClassicDate(type);
     if (tooFine || (ofClock ? type == TypeId::Date : type == TypeId::Time))
-        throw sqlError(message::kDatePartNotSupportedForType, {nameOf(part), function, baseName(type)});
+        throw sqlError(kDatePartNotSupportedForType, {nameOf(part), function, baseName(type)});
 }
 
 const std::span<const FunctionInfo> kDateFunctions = kDateTable;

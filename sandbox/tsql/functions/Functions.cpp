@@ -12,23 +12,23 @@ constexpr std::size_t kAnyNumber = 254;
 // --- result types
 
 SqlType coalescedType(Pieces pieces) {
-    if (std::ranges::all_of(pieces, &Typed::nullLiteral)) throw sqlError(message::kCoalesceOfNulls);
+    if (std::ranges::all_of(pieces, &Typed::nullLiteral)) throw sqlError(kCoalesceOfNulls);
     return commonType(pieces);
 }
 SqlType nullIfType(Pieces pieces) {
-    if (pieces[0].nullLiteral) throw sqlError(message::kNullIfOfNull);
+    if (pieces[0].nullLiteral) throw sqlError(kNullIfOfNull);
     return pieces[0].type;
 }
 SqlType totalType(Pieces pieces, std::string_view function, int leastScale) {
     const SqlType& type = pieces[0].type;
     if (!isNumber(type.id) || type.id == TypeId::Bit)
-        throw sqlError(message::kInvalidOperandType, {baseName(type.id), function});
+        throw sqlError(kInvalidOperandType, {baseName(type.id), function});
     if (type.id != TypeId::Decimal) return numberType(pieces);
     return decimalType(38, std::max<int>(type.scale, leastScale));
 }
 SqlType extremeType(Pieces pieces) {
     const TypeId id = pieces[0].type.id;
-    if (id == TypeId::Bit || isLob(id)) throw sqlError(message::kInvalidOperandType, {baseName(id), "max"});
+    if (id == TypeId::Bit || isLob(id)) throw sqlError(kInvalidOperandType, {baseName(id), "max"});
     return pieces[0].type;
 }
 
@@ -76,8 +76,7 @@ std::string writeStringAgg(const FunctionInfo&, Pieces pieces, const SqlType& re
 
 std::string writeShifted(const FunctionInfo& function, Pieces pieces, const SqlType& result) {
     std::vector<Typed> converted(pieces.begin(), pieces.end());
-    if (converted.size() > 1)
-        converted[1].sql = checkedRowCount(converted[1].sql, 0, message::kNegativeOffset);
+    if (converted.size() > 1) converted[1].sql = checkedRowCount(converted[1].sql, 0, kNegativeOffset);
     return writeCall(function, converted, result);
 }
 
@@ -110,7 +109,7 @@ const FunctionInfo kWritten[] = {
     {"percent_rank", "", TypeId::Float, "percent_rank", kRanking},
     {"ntile", "B", TypeId::BigInt,
      [](const FunctionInfo&, Pieces pieces, const SqlType&) {
-         return "ntile(" + checkedRowCount(pieces[0].sql, 1, message::kNtileNotPositive) + ")";
+         return "ntile(" + checkedRowCount(pieces[0].sql, 1, kNtileNotPositive) + ")";
      },
      kRanking},
     {"lag", "A[IR", sameAsFirst, writeShifted, kRanking},
@@ -147,7 +146,7 @@ SqlType wantedType(char letter, const SqlType& type) {
 Typed argument(const FunctionInfo& function, std::size_t i, char letter, const Typed& value) {
     if (letter == 'P') {
         const auto part = findDatePart(value.word);
-        if (!part) throw sqlError(message::kUnknownOption, {value.word, function.name});
+        if (!part) throw sqlError(kUnknownOption, {value.word, function.name});
         return typedConstant(std::to_string(int(*part)), {std::int64_t{int(*part)}, simpleType(TypeId::Int)});
     }
     const SqlType wanted = wantedType(letter, value.type);
@@ -157,8 +156,7 @@ Typed argument(const FunctionInfo& function, std::size_t i, char letter, const T
                        !((letter == 'T' || letter == 'C') && isLob(given)) &&
                        (!asItIs || isText(given) || isBinary(given));
     if (!taken && !value.nullLiteral)
-        throw sqlError(message::kInvalidArgumentType,
-                       {baseName(given), std::to_string(i + 1), function.name});
+        throw sqlError(kInvalidArgumentType, {baseName(given), std::to_string(i + 1), function.name});
     return coerce(value, wanted);
 }
 
@@ -167,9 +165,9 @@ void checkCount(const FunctionInfo& function, std::size_t letters, std::size_t c
     const auto least = static_cast<std::size_t>(std::ranges::count_if(required, isArgument));
     const std::size_t most = pattern.find('*') == std::string_view::npos ? letters : kAnyNumber;
     if (count >= least && count <= most) return;
-    throw least == most ? sqlError(message::kFunctionNeedsArguments, {function.name, std::to_string(least)})
-                        : sqlError(message::kFunctionTakesArguments,
-                                   {function.name, std::to_string(least), std::to_string(most)});
+    throw least == most
+        ? sqlError(kFunctionNeedsArguments, {function.name, std::to_string(least)})
+        : sqlError(kFunctionTakesArguments, {function.name, std::to_string(least), std::to_string(most)});
 }
 
 // --- registration in SQLite

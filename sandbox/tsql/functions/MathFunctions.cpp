@@ -20,7 +20,7 @@ SqlType powerType(Pieces pieces) {
 
 // Throws SqlError 3623 for a result outside of the function's domain.
 double checked(double result) {
-    if (std::isnan(result)) throw sqlError(message::kInvalidFloatOperation);
+    if (std::isnan(result)) throw sqlError(kInvalidFloatOperation);
     if (std::isinf(result)) throwOverflow(simpleType(TypeId::Float));
     return result;
 }

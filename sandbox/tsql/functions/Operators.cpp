@@ -19,9 +19,9 @@ Value runAssign(const SqlCall& call) {
     try {
         return convertValue(call[0], from, to, kNoStyle, Conversion::Assign);
     } catch (const SqlError& error) {
-        if (error.number != message::kTruncation) throw;
+        if (error.number != kTruncation) throw;
         const std::string kept = textOf(viewOf(convertValue(call[0], from, to)), to);
-        throw sqlError(message::kTruncationInColumn, {call.text(3), call.text(4), kept});
+        throw sqlError(kTruncationInColumn, {call.text(3), call.text(4), kept});
     }
 }
 
@@ -44,7 +44,7 @@ Value runLike(const SqlCall& call) {
     char32_t escape = 0;
     if (call.count() == 4) {
         std::string_view text = call.text(3);
-        if (characterCount(text) != 1) throw sqlError(message::kInvalidEscapeCharacter, {text});
+        if (characterCount(text) != 1) throw sqlError(kInvalidEscapeCharacter, {text});
         escape = nextCharacter(text);
     }
     return std::int64_t{matchesLike(call.text(0), call.text(1), blanks, escape)};
@@ -203,7 +203,7 @@ const std::span<const ScalarFunction> kOperatorFunctions = kOperatorTable;
 
 Typed emitConvert(const Typed& value, const SqlType& to, const Typed* style, Conversion kind) {
     if (!value.nullLiteral && conversionRule(value.type.id, to.id) == ConversionRule::Never)
-        throw sqlError(message::kNoExplicitConversion, {baseName(value.type.id), baseName(to.id)});
+        throw sqlError(kNoExplicitConversion, {baseName(value.type.id), baseName(to.id)});
     Typed result{value.sql, to};  // not a literal any more: its type is fixed
     if (value.nullLiteral || (!style && sameForm(value.type, to))) return result;
     const std::string styleSql =
@@ -292,7 +292,7 @@ Typed emitNegate(const Typed& value) {
     result.chain = 0;
     if (value.nullLiteral) return result;
     if (!isNumber(value.type.id) || value.type.id == TypeId::Bit)
-        throw sqlError(message::kInvalidOperandType, {baseName(value.type.id), "minus"});
+        throw sqlError(kInvalidOperandType, {baseName(value.type.id), "minus"});
     if (value.integer) {
         result.integer = -*value.integer;
         result.sql = "(" + std::to_string(-*value.integer) + ")";
@@ -309,8 +309,7 @@ Typed emitNegate(const Typed& value) {
 }
 
 Typed emitBitNot(const Typed& value) {
-    if (!isInteger(value.type.id))
-        throw sqlError(message::kInvalidOperandType, {baseName(value.type.id), "'~'"});
+    if (!isInteger(value.type.id)) throw sqlError(kInvalidOperandType, {baseName(value.type.id), "'~'"});
     const std::string_view all = value.type.id == TypeId::Bit       ? "(1-"
                                  : value.type.id == TypeId::TinyInt ? "(255-"
                                                                     : "(-1-";

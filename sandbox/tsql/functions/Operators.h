@@ -53,7 +53,7 @@ SqlType commonType(std::span<const Typed> pieces);
 SqlType comparedType(std::span<const Typed> pieces);
 // `sql` with the collation that texts are compared, ordered and grouped by; other types as they are. Throws
 // SqlError `refusal` for types that are not compared.
-std::string collated(const Typed& value, int refusal = message::kTypeNotComparable);
+std::string collated(const Typed& value, int refusal = kTypeNotComparable);
 // `sql` as a key that is equal for equal values: as collated(), and binary strings without zeros at the end.
 std::string comparable(const Typed& value);
 

@@ -50,7 +50,7 @@ Value runUnpack(const SqlCall& call) {
 // (string, separator); a packed row for each part, in a JSON array
 Value runSplit(const SqlCall& call) {
     if (characterCount(call.text(1)) != 1)
-        throw sqlError(message::kWrongParameterType, {"separator", "nchar(1)/nvarchar(1)"});
+        throw sqlError(kWrongParameterType, {"separator", "nchar(1)/nvarchar(1)"});
     std::vector<std::string_view> parts;
     boost::iter_split(parts, call.text(0), boost::first_finder(call.text(1)));
     return "[" + commaList(parts, [](CellView part) { return '"' + packed({&part, 1}) + '"'; }) + "]";
@@ -168,7 +168,7 @@ const ScalarFunction kQueryTable[] = {
     {"ts_identity",  // (number, type of the column)
      [](const SqlCall& call) -> Value {
          if (fits(call.integer(0), call.type(1))) return call.integer(0);
-         throw sqlError(message::kArithmeticOverflow, {"IDENTITY", baseName(call.type(1).id)}, 1);
+         throw sqlError(kArithmeticOverflow, {"IDENTITY", baseName(call.type(1).id)}, 1);
      }},
     {"ts_sequence_value",  // (its text, number of values given)
      [](const SqlCall& call) {
@@ -183,19 +183,19 @@ const ScalarFunction kQueryTable[] = {
      kReach, Purity::Varying},
     {"ts_single",  // (rows, value); the value of a subquery, which may have one row at most
      [](const SqlCall& call) {
-         if (call.integer(0) > 1) throw sqlError(message::kSubqueryWithSeveralRows);
+         if (call.integer(0) > 1) throw sqlError(kSubqueryWithSeveralRows);
          return ownedValue(call[1]);
      },
      kReach},
     {"ts_deeper",  // (depth, limit); depth + 1; limit 0: none
      [](const SqlCall& call) -> Value {
          if (call.integer(1) > 0 && call.integer(0) >= call.integer(1))
-             throw sqlError(message::kRecursionExhausted, {std::to_string(call.integer(1))});
+             throw sqlError(kRecursionExhausted, {std::to_string(call.integer(1))});
          return call.integer(0) + 1;
      }},
     {"ts_rows",  // (requested rows, least, error)
      [](const SqlCall& call) -> Value {
-         if (isNull(call[0])) throw sqlError(message::kRowCountNotInteger);
+         if (isNull(call[0])) throw sqlError(kRowCountNotInteger);
          if (call.integer(0) < call.integer(1)) throw sqlError(static_cast<int>(call.integer(2)));
          return call.integer(0);
      },

@@ -103,14 +103,13 @@ Value objectProperty(const SqlCall& call) {
         return std::int64_t{type == Value(found->type)};
     if (!sameWord(call.text(1), "TableHasIdentity"))
         throw unsupported("OBJECTPROPERTY's '" + std::string(call.text(1)) + "'");
-    if (found->type != objectType::kTable) return Null{};
+    if (found->type != kTable) return Null{};
     return std::int64_t{call.session().catalogue({}).tableOf(*found).identityColumn() != nullptr};
 }
 
 Value objectDefinition(const SqlCall& call) {
     const auto found = call.session().catalogue({}).findById(call.integer(0));
-    const bool isModule = found && found->type != objectType::kTable &&
-                          (found->parent == 0 || found->type == objectType::kTrigger);
+    const bool isModule = found && found->type != kTable && (found->parent == 0 || found->type == kTrigger);
     return isModule ? Value(found->source) : Value(Null{});
 }
 

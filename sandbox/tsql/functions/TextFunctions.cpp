@@ -82,7 +82,7 @@ Value runDataLength(const SqlCall& call) {
 
 // Positions before the first character count towards the length.
 Value runSubstring(const SqlCall& call) {
-    if (call.integer(2) < 0) throw sqlError(message::kInvalidLengthOfSubstring);
+    if (call.integer(2) < 0) throw sqlError(kInvalidLengthOfSubstring);
     const std::int64_t start = std::max<std::int64_t>(call.integer(1) - 1, 0);
     const std::int64_t end = std::max(call.integer(1) - 1 + call.integer(2), start);
     const auto first = static_cast<std::size_t>(start), count = static_cast<std::size_t>(end - start);
@@ -93,7 +93,7 @@ Value runSubstring(const SqlCall& call) {
 
 template <bool right>
 Value runSide(const SqlCall& call) {
-    const int error = right ? message::kInvalidLengthOfFunction : message::kInvalidLengthOfSubstring;
+    const int error = right ? kInvalidLengthOfFunction : kInvalidLengthOfSubstring;
     if (call.integer(1) < 0) throw sqlError(error, {"right"});
     const std::size_t count = characterCount(call.text(0));
     const std::size_t kept = std::min(static_cast<std::size_t>(call.integer(1)), count);
@@ -119,7 +119,7 @@ Value runReplace(const SqlCall& call) {
 // (string, characters, their replacements)
 Value runTranslate(const SqlCall& call) {
     std::string_view from = call.text(1), to = call.text(2);
-    if (characterCount(from) != characterCount(to)) throw sqlError(message::kTranslationLengthsDiffer);
+    if (characterCount(from) != characterCount(to)) throw sqlError(kTranslationLengthsDiffer);
     std::map<char32_t, char32_t> replacements;
     while (!from.empty() && !to.empty()) {
         const char32_t character = foldCase(nextCharacter(from));

@@ -49,7 +49,7 @@ Ends endOf(int number) {
 }
 
 SqlError unsupported(std::string_view construct) {
-    return {message::kUserDefined, "tsqlbox does not support " + std::string(construct) + "."};
+    return {kUserDefined, "tsqlbox does not support " + std::string(construct) + "."};
 }
 
 }  // namespace tsql

@@ -28,11 +28,7 @@ struct SqlError : std::runtime_error {
     int state;
 };
 
-}  // namespace tsql
-
 // Numbers of SQL Server's messages, named for what their texts say.
-namespace tsql::inline message {
-
 #define TSQL_MESSAGE(name, number, severity, state, ends, text) inline constexpr int name = number;
 #include "messages/MessageTable.inc"
 #undef TSQL_MESSAGE
@@ -42,10 +38,6 @@ inline constexpr int kSyntaxErrorNear = 102;
 inline constexpr int kSyntaxErrorNearKeyword = 156;
 inline constexpr int kStatementTerminated = 3621;
 inline constexpr int kUserDefined = 50000;
-
-}  // namespace tsql::message
-
-namespace tsql {
 
 // Returns the error of that number. Each %s in its text is replaced by the next of `values`. `state` replaces
 // the table's state unless it is 0, for numbers that SQL Server raises with several states.

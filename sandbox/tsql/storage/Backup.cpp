@@ -35,8 +35,7 @@ constexpr int kTriesToLock = 100;
 constexpr int kPauseMilliseconds = 100;
 
 [[noreturn]] void throwCannotOpen(const fs::path& file, int error) {
-    throw sqlError(message::kBackupDeviceNotOpened,
-                   {file.string(), std::to_string(error), std::strerror(error)});
+    throw sqlError(kBackupDeviceNotOpened, {file.string(), std::to_string(error), std::strerror(error)});
 }
 
 using Stream = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
@@ -68,7 +67,7 @@ Stream openBackup(const fs::path& file, const Progress& progress) {
     for (pollfd content{descriptor, POLLIN, 0}; ::poll(&content, 1, kPauseMilliseconds) == 0;) progress(0);
     const bool opened = isBackup(stream.get()) && fs::is_regular_file(file);
     if (std::ferror(stream.get())) throwCannotOpen(file, errno);
-    if (!opened) throw sqlError(message::kBadMediaFamily, {file.string()});
+    if (!opened) throw sqlError(kBadMediaFamily, {file.string()});
     return stream;
 }
 
@@ -134,7 +133,7 @@ void copyDatabase(sqlite3* from, sqlite3* to, const Progress& progress) {
     for (int code = SQLITE_OK, tries = 0; code != SQLITE_DONE;) {
         code = sqlite3_backup_step(copy.get(), kPagesAtATime);
         const bool locked = code == SQLITE_BUSY || code == SQLITE_LOCKED;
-        if (locked && ++tries == kTriesToLock) throw sqlError(message::kNoExclusiveAccess);
+        if (locked && ++tries == kTriesToLock) throw sqlError(kNoExclusiveAccess);
         if (!locked && code != SQLITE_OK && code != SQLITE_DONE)
             throw std::runtime_error(sqlite3_errstr(code));
         const int pages = std::max(sqlite3_backup_pagecount(copy.get()), 1);
@@ -174,15 +173,15 @@ BackupHeader backupDatabase(const Storage& storage, std::string_view database, c
                             const Progress& progress, const std::string& name,
                             const std::string& description) {
     const std::string from = storage.canonicalName(database);
-    if (from.empty()) throw sqlError(message::kUnknownDatabase, {database});
-    if (from == "tempdb") throw sqlError(message::kBackupNotAllowed, {from});
+    if (from.empty()) throw sqlError(kUnknownDatabase, {database});
+    if (from == "tempdb") throw sqlError(kBackupNotAllowed, {from});
     BackupHeader header{from, now(), {}, storage.pathOf(from).string(), name, description, 0};
     std::error_code ignored;
     if (fs::is_other(file, ignored))
         throwCannotOpen(file, EINVAL);  // the backup would replace the device file
     if (fs::is_regular_file(file, ignored) && !fs::is_empty(file)) {
         const Stream old = openStream(file, "rbe");
-        if (!isBackup(old.get())) throw sqlError(message::kNotABackupSet, {file.string()});
+        if (!isBackup(old.get())) throw sqlError(kNotABackupSet, {file.string()});
     }
     TemporaryFile whole(file);
     try {
@@ -193,7 +192,7 @@ BackupHeader backupDatabase(const Storage& storage, std::string_view database, c
     } catch (const SqlError&) {
         throw;
     } catch (const std::runtime_error& error) {
-        throw sqlError(message::kBackupWriteFailed, {file.string(), error.what()});
+        throw sqlError(kBackupWriteFailed, {file.string(), error.what()});
     }
     appendChecksum(whole.path(), progress);
     whole.renameTo(file);
@@ -214,7 +213,7 @@ BackupHeader readBackupHeader(const fs::path& file, const Progress& progress) {
         sqlite3_exec(openFile(file, SQLITE_OPEN_READONLY, kNoJournal).get(), kQuery, take, &header, nullptr);
     } catch (const std::runtime_error&) {  // too damaged for SQLite
     }
-    if (header.database.empty()) throw sqlError(message::kBackupReadFailed, {file.string()});
+    if (header.database.empty()) throw sqlError(kBackupReadFailed, {file.string()});
     header.bytes = static_cast<std::int64_t>(fs::file_size(file) - kChecksum);
     return header;
 }
@@ -223,31 +222,30 @@ void verifyBackup(const fs::path& file, const Progress& progress) {
     const Stream stream = openBackup(file, progress);
     const std::uintmax_t size = fs::file_size(file);
     const std::string sum = checksumOf(stream.get(), size - kChecksum, progress);
-    if (read(stream.get(), kChecksum) != sum) throw sqlError(message::kBackupReadFailed, {file.string()});
+    if (read(stream.get(), kChecksum) != sum) throw sqlError(kBackupReadFailed, {file.string()});
 }
 
 BackupHeader restoreDatabase(Storage& storage, const fs::path& file, std::string_view database, bool replace,
                              std::span<const std::string> movedNames, const Progress& progress) {
     BackupHeader header = readBackupHeader(file, progress);
     if (const std::string to = storage.canonicalName(database); to == "master" || to == "tempdb")
-        throw sqlError(to == "master" ? message::kRestoreOfMaster : message::kBackupNotAllowed, {to});
+        throw sqlError(to == "master" ? kRestoreOfMaster : kBackupNotAllowed, {to});
     for (const std::string& name : movedNames)
         if (name != header.database && name != header.logName())
-            throw sqlError(message::kUnknownLogicalFile, {name, database});
+            throw sqlError(kUnknownLogicalFile, {name, database});
     const bool sameName = sameText(header.database, database);
     if (storage.exists(database) && !replace)
-        throw sqlError(sameName ? message::kTailOfLogNotBackedUp : message::kBackupOfOtherDatabase,
-                       {database});
+        throw sqlError(sameName ? kTailOfLogNotBackedUp : kBackupOfOtherDatabase, {database});
     if (!sameName && movedNames.empty() && storage.exists(header.database) &&
         storage.pathOf(header.database) == header.dataFile)
-        throw sqlError(message::kFileInUse, {header.dataFile, header.database});
+        throw sqlError(kFileInUse, {header.dataFile, header.database});
     verifyBackup(file, progress);
     try {
         putInPlace(file, storage.pathOf(database), progress);
     } catch (const SqlError&) {
         throw;
     } catch (const std::runtime_error& error) {
-        throw sqlError(message::kInternalConsistency, {error.what()});
+        throw sqlError(kInternalConsistency, {error.what()});
     }
     return header;
 }

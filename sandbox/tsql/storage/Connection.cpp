@@ -126,7 +126,7 @@ std::string Connection::attach(std::string_view database) {
         m_attached.splice(m_attached.begin(), m_attached, found);
         return quotedName(key);
     }
-    if (!m_storage.exists(database)) throw sqlError(message::kUnknownDatabase, {database});
+    if (!m_storage.exists(database)) throw sqlError(kUnknownDatabase, {database});
     if (m_attached.size() >= kMostAttached && !inTransaction()) detach(m_attached.back());
     run("ATTACH " + quotedText(m_storage.pathOf(database).string()) + " AS " + quotedName(key));
     run("PRAGMA " + quotedName(key) + ".cache_size = -512");  // KiB; idle sessions keep their pages

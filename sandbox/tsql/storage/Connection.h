@@ -79,8 +79,16 @@ class Connection {
     void noteCatalogue(const std::string& schema) { m_catalogues.insert(schema); }
 
     void run(const std::string& sql, std::span<const Value> values = {});
+    void run(const std::string& sql, std::initializer_list<Value> values) { run(sql, std::span(values)); }
+    // Returns false if SQLite fails.
+    bool tryRun(const std::string& sql) {
+        return sqlite3_exec(handle(), sql.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK;
+    }
     // Returns the integer in the first column of the first row, if there is a row.
     std::optional<std::int64_t> number(const std::string& sql, std::span<const Value> values = {});
+    std::optional<std::int64_t> number(const std::string& sql, std::initializer_list<Value> values) {
+        return number(sql, std::span(values));
+    }
 
   private:
     friend class PreparedStatement;
@@ -111,9 +119,7 @@ class Atomic {
         m_connection.run("DELETE FROM " + schema + ".tsqlbox_objects WHERE 0");
     }
     ~Atomic() {
-        if (m_done) return;
-        sqlite3_exec(m_connection.handle(), "ROLLBACK TO tsqlbox_atomic; RELEASE tsqlbox_atomic", nullptr,
-                     nullptr, nullptr);
+        if (!m_done) m_connection.tryRun("ROLLBACK TO tsqlbox_atomic; RELEASE tsqlbox_atomic");
     }
     Atomic(Atomic&&) = delete;  // neither moved nor copied
 

@@ -46,7 +46,7 @@ void removeFiles(const fs::path& file) {
 
 void checkName(std::string_view name) {
     if (name.empty() || characterCount(name) > kMaxName || encodeName(name).size() > 250)
-        throw sqlError(message::kBadDatabaseName, {name});
+        throw sqlError(kBadDatabaseName, {name});
 }
 
 }  // namespace
@@ -123,26 +123,26 @@ fs::path Storage::pathOf(std::string_view name) const {
 
 void Storage::create(std::string_view name) {
     checkName(name);
-    if (exists(name)) throw sqlError(message::kDatabaseExists, {name});
+    if (exists(name)) throw sqlError(kDatabaseExists, {name});
     const fs::path file = pathOf(name);
     try {
         openDatabaseFile(file, OpenMode::Create);
     } catch (const std::runtime_error& error) {
         removeFiles(file);
-        throw sqlError(message::kDatabaseNotCreated, {error.what()});
+        throw sqlError(kDatabaseNotCreated, {error.what()});
     }
 }
 
 void Storage::drop(std::string_view name) {
-    if (isSystemDatabase(name)) throw sqlError(message::kCannotDropSystemDatabase, {name});
-    if (!exists(name)) throw sqlError(message::kCannotDropMissing, {"database", name}, 1);
+    if (isSystemDatabase(name)) throw sqlError(kCannotDropSystemDatabase, {name});
+    if (!exists(name)) throw sqlError(kCannotDropMissing, {"database", name}, 1);
     removeFiles(pathOf(name));
 }
 
 void Storage::rename(std::string_view name, std::string_view newName) {
-    if (isSystemDatabase(name)) throw sqlError(message::kOptionCannotBeSet, {"MODIFY NAME", name});
+    if (isSystemDatabase(name)) throw sqlError(kOptionCannotBeSet, {"MODIFY NAME", name});
     checkName(newName);
-    if (exists(newName) && !sameText(name, newName)) throw sqlError(message::kDatabaseExists, {newName});
+    if (exists(newName) && !sameText(name, newName)) throw sqlError(kDatabaseExists, {newName});
     const fs::path before = pathOf(name);
     openDatabaseFile(before, OpenMode::Existing);  // closing the last connection deletes the journal
     fs::rename(before, m_directory / (encodeName(newName) + std::string(kExtension)));

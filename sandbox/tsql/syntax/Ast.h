@@ -169,10 +169,14 @@ struct Window {
 struct Select {
     bool distinct = false;
     ExprPtr top;  // may be null
+    bool percent = false, ties = false;
+    bool placesRows() const { return percent || ties; }  // LIMIT of SQLite cannot express it
     std::vector<SelectItem> items;
     std::vector<TableRefPtr> from;
     ExprPtr where;
     std::vector<ExprPtr> groupBy;
+    std::vector<ExprPtr> ungrouped;  // keys of other grouping sets, which are NULL
+    std::size_t sets = 1;            // grouping sets, each of which has a Select of its own
     ExprPtr having;
 };
 enum class SetOp { Union, UnionAll, Except, Intersect };

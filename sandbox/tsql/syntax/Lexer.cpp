@@ -129,9 +129,8 @@ class Lexer {
 
     Token takeToken(TokenKind kind, std::size_t length) {
         const std::string_view raw = m_text.substr(m_at, length);
-        const bool isWord = kind == TokenKind::Word, hasInitial = isWord || kind == TokenKind::Symbol;
-        const Token token{kind, isWord && isReserved(raw), hasInitial ? upperAscii(raw[0]) : '\0', m_line,
-                          raw};
+        const bool isWord = kind == TokenKind::Word, hasFirst = isWord || kind == TokenKind::Symbol;
+        const Token token{kind, isWord && isReserved(raw), hasFirst ? upperAscii(raw[0]) : '\0', m_line, raw};
         if (kind < TokenKind::DoubleQuoted || kind == TokenKind::Variable) checkName(token);
         advance(length);
         return token;

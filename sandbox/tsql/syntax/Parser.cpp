@@ -122,11 +122,10 @@ std::string Parser::expectName() {
     return unquoted(takeToken());
 }
 
-std::string Parser::expectVariable(int undeclaredState) {
+std::string Parser::expectVariable(int state) {
     if (!atVariable()) throwSyntaxError();
     const Token& name = takeToken();
-    if (!m_declared.contains(name.raw))
-        throwError(kUndeclaredVariable, {name.raw}, name.line, undeclaredState);
+    if (!m_declared.contains(name.raw)) throwError(kUndeclaredVariable, {name.raw}, name.line, state);
     return std::string(name.raw);
 }
 
@@ -189,6 +188,12 @@ std::string Parser::textSince(std::size_t token) const {
     return {m_tokens[token].raw.data(), last.data() + last.size()};
 }
 
+void Parser::goBackTo(std::size_t position) {
+    constexpr int kMost = 4096;  // nested queries could multiply them without limit
+    if (++m_returns > kMost) throwTooDeep(peek().line);
+    m_next = position;
+}
+
 // At the end of the text, errors name the last token.
 const Token& Parser::faulty() const {
     const bool atEnd = peek().kind == TokenKind::End && m_next > 0;
@@ -196,11 +201,9 @@ const Token& Parser::faulty() const {
 }
 
 void Parser::throwSyntaxError() const {
-    const bool reserved = peek().reserved;
-    throw SyntaxError(
-        reserved ? kSyntaxErrorNearKeyword : kSyntaxErrorNear,
-        std::string("Incorrect syntax near ") + (reserved ? "the keyword '" : "'") + near() + "'.",
-        faulty().line);
+    const std::string place = peek().reserved ? "the keyword '" : "'";
+    throw SyntaxError(peek().reserved ? kSyntaxErrorNearKeyword : kSyntaxErrorNear,
+                      "Incorrect syntax near " + place + near() + "'.", faulty().line);
 }
 
 int Parser::nextDepth() const {

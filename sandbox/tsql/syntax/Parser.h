@@ -48,8 +48,7 @@ class Parser {
     // Consumes the first phrase of `table` that matches. Returns its value, or null if none matches.
     template <typename Table>
     auto acceptOneOf(const Table& table) -> decltype(&std::begin(table)->second) {
-        const auto found =
-            std::ranges::find_if(table, [this](const auto& each) { return accept(each.first); });
+        const auto found = std::ranges::find_if(table, [this](const auto& row) { return accept(row.first); });
         return found == std::end(table) ? nullptr : &found->second;
     }
     std::int64_t expectInteger();
@@ -58,7 +57,7 @@ class Parser {
     bool atName(std::size_t ahead = 0) const;
     std::string expectName();
     bool atVariable() const { return peek().kind == TokenKind::Variable; }
-    std::string expectVariable(int undeclaredState = 1);  // state of the error
+    std::string expectVariable(int state = 1);  // state of the error
     ObjectName objectName();
     SqlType type(TypeUse use);
     Identity identity();  // seed, increment
@@ -66,6 +65,7 @@ class Parser {
     void skipParenthesized();
     std::string textSince(std::size_t token) const;  // as written, from that token to the last consumed one
     std::size_t position() const { return m_next; }
+    void goBackTo(std::size_t position);
     const Token& faulty() const;                             // token that an error refers to
     std::string near() const { return unquoted(faulty()); }  // as errors quote it
     [[noreturn]] void throwSyntaxError() const;
@@ -127,7 +127,7 @@ class Parser {
     QueryPtr queryBehind(std::vector<CommonTable> with);
     QueryPtr subquery();
     std::vector<CommonTable> commonTables();
-    ExprPtr top(bool mayBeBare = false);
+    ExprPtr top(Select* select = nullptr);  // null: of a change
     SelectItem selectItem();
     std::optional<BinaryOp> assignmentOperator();
     ExprPtr assignedValue(const std::string& variable);
@@ -176,6 +176,7 @@ class Parser {
 
     std::vector<Token> m_tokens;
     std::size_t m_next = 0;
+    int m_returns = 0;  // calls of goBackTo()
     bool m_scalarOnly = false;
     WordMap<LabelUse> m_labels;
     WordSet m_declared;  // variables

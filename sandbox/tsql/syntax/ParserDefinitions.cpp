@@ -194,11 +194,10 @@ void defaultValue(Parser& in, Constraint& constraint, bool ofTable) {
     const ExprPtr value = in.scalar(&Parser::unary);
     if (const auto* column = std::get_if<ColumnRef>(&value->node))
         in.throwError(kNameNotPermittedHere, {column->path.back()}, value->line);
-    bool isOperation = false;
-    for (; in.acceptAny({"+", "-", "*", "/", "%", "&", "|", "^"}); isOperation = true)
-        in.scalar(&Parser::unary);
+    bool operates = false;
+    for (; in.acceptAny({"+", "-", "*", "/", "%", "&", "|", "^"}); operates = true) in.scalar(&Parser::unary);
     const std::string text = in.textSince(begin);
-    constraint.text = storedDefault(isOperation ? "(" + text + ")" : text);
+    constraint.text = storedDefault(operates ? "(" + text + ")" : text);
     if (!ofTable) return;
     in.expect("FOR");
     constraint.columns = {in.expectName()};
@@ -256,9 +255,8 @@ bool isFilter(const Expr& expr) {
     if (const auto* in = std::get_if<InList>(&expr.node))
         return isColumn(in->operand) && std::ranges::all_of(in->items, isConstant);
     if (const auto* null = std::get_if<IsNull>(&expr.node)) return isColumn(null->operand);
-    const auto* negation = std::get_if<Not>(&expr.node);
-    return negation && std::holds_alternative<IsNull>(negation->operand->node) &&
-           isFilter(*negation->operand);
+    const auto* negated = std::get_if<Not>(&expr.node);
+    return negated && std::holds_alternative<IsNull>(negated->operand->node) && isFilter(*negated->operand);
 }
 
 // (columns) [INCLUDE (columns)] [WHERE filter] and the storage of an index
@@ -612,11 +610,11 @@ Statement::Node parseDrop(Parser& in) {
     const ObjectKind* kind = in.acceptOneOf(kKinds);
     if (!kind) throwUnsupportedObject(in, "DROP");
     Drop node{*kind, {}, {}, in.accept("IF EXISTS")};
-    const bool isPlain = *kind == ObjectKind::Database || *kind == ObjectKind::Schema;
+    const bool plain = *kind == ObjectKind::Database || *kind == ObjectKind::Schema;
     if (*kind == ObjectKind::Index)
         node.indexes = in.list([&] { return droppedIndex(in); });
     else
-        node.names = in.list([&] { return isPlain ? ObjectName{{}, {}, in.expectName()} : in.objectName(); });
+        node.names = in.list([&] { return plain ? ObjectName{{}, {}, in.expectName()} : in.objectName(); });
     if (*kind == ObjectKind::Trigger) in.throwIfAt("ON", "triggers ON DATABASE or ALL SERVER");
     return node;
 }
@@ -661,9 +659,8 @@ bool Parser::acceptConstraint(Constraint& constraint, bool ofTable) {
 CreateTable Parser::tableVariable(const Token& name) {
     expect("TABLE");
     CreateTable table = tableElements(*this, {{}, {}, std::string(name.raw), name.line});
-    for (const auto* constraint : allConstraints(table))
-        if (constraint->kind == ConstraintKind::ForeignKey)
-            throwUnsupported("a foreign key of a table variable");
+    for (const auto* each : allConstraints(table))
+        if (each->kind == ConstraintKind::ForeignKey) throwUnsupported("a foreign key of a table variable");
     return table;
 }
 

@@ -79,22 +79,20 @@ Expr::Node predicate(Parser& in, Predicate kind, ExprPtr left) {
 }
 
 // Parses the right side of an operator that is already consumed.
-Expr::Node operation(Parser& in, const Operator& taken, ExprPtr left) {
-    if (const auto* kind = std::get_if<Predicate>(&taken.meaning))
-        return predicate(in, *kind, std::move(left));
-    if (const auto* compare = std::get_if<CompareOp>(&taken.meaning)) {
+Expr::Node operation(Parser& in, const Operator& op, ExprPtr left) {
+    if (const auto* kind = std::get_if<Predicate>(&op.meaning)) return predicate(in, *kind, std::move(left));
+    if (const auto* compare = std::get_if<CompareOp>(&op.meaning)) {
         const bool all = in.accept("ALL");
         if (all || in.acceptAny({"ANY", "SOME"}))
             return CompareQuery{*compare, all, std::move(left),
                                 in.parenthesized([&] { return in.subquery(); })};
     }
-    ExprPtr right = in.operators(taken.level + 1);
-    if (taken.level <= kAnd)
-        return Logic{taken.level == kAnd, std::move(left), asCondition(in, std::move(right))};
+    ExprPtr right = in.operators(op.level + 1);
+    if (op.level <= kAnd) return Logic{op.level == kAnd, std::move(left), asCondition(in, std::move(right))};
     right = asValue(in, std::move(right));
-    if (const auto* compare = std::get_if<CompareOp>(&taken.meaning))
+    if (const auto* compare = std::get_if<CompareOp>(&op.meaning))
         return Compare{*compare, std::move(left), std::move(right)};
-    return Binary{std::get<BinaryOp>(taken.meaning), std::move(left), std::move(right)};
+    return Binary{std::get<BinaryOp>(op.meaning), std::move(left), std::move(right)};
 }
 
 ExprPtr literal(const Token& token) {
@@ -224,9 +222,7 @@ ExprPtr call(Parser& in, ObjectName name) {
     if (differs && in.m_module && in.m_module->function)
         in.throwError(kSideEffectInFunction, {lowerAscii(name.name)}, line, 1);
     Call call{std::move(name), {}};
-    const bool counts =
-        builtIn && (sameWord(call.name.name, "COUNT") || sameWord(call.name.name, "COUNT_BIG"));
-    call.star = counts && in.accept("( * )");
+    call.star = builtIn && hasWord("COUNT COUNT_BIG", toUpper(call.name.name)) && in.accept("( * )");
     call.distinct = builtIn && in.at("( DISTINCT");
     if (!call.star) call.arguments = in.argumentsOf(call.name);
     if (builtIn && in.accept("WITHIN GROUP")) call.within = in.parenthesized([&] { return in.orderBy(); });

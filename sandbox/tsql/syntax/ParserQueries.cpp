@@ -29,13 +29,77 @@ QueryPtr queryOf(int line, std::variant<Select, SetOperation> body) {
     return std::make_unique<Query>(Query{{}, std::move(body), {}, {}, {}, {}, {}, line});
 }
 
-Select select(Parser& in) {
+using GroupingSets = std::vector<std::vector<std::size_t>>;  // by numbers of keys
+
+// ROLLUP: the first ones of the units, always fewer. CUBE: all subsets of them.
+GroupingSets combined(const Parser& in, const GroupingSets& units, bool isCube) {
+    constexpr std::size_t kMostUnits = 8;
+    if (units.size() > kMostUnits) in.throwUnsupported("CUBE or ROLLUP of more than 8 columns");
+    GroupingSets sets;
+    const std::size_t all = (std::size_t{1} << units.size()) - 1;
+    for (std::size_t left = 0; left <= all; ++left) {  // a bit for each unit that is left out, the last is 1
+        if (!isCube && (left & (left + 1)) != 0) continue;
+        auto& set = sets.emplace_back();
+        for (std::size_t i = 0; i < units.size(); ++i)
+            if (!(left >> (units.size() - 1 - i) & 1)) std::ranges::copy(units[i], std::back_inserter(set));
+    }
+    return sets;
+}
+
+// Returns the sets of an element of GROUP BY or GROUPING SETS.
+GroupingSets groupingSets(Parser& in, std::vector<ExprPtr>& keys, bool isNested) {
+    const auto key = [&] {
+        keys.push_back(in.expression());
+        return keys.size() - 1;
+    };
+    const auto unit = [&] { return in.at("(") ? in.inList(key) : std::vector{key()}; };
+    if (in.accept("( )")) return {{}};
+    const Temporarily deeper(in.m_depth, in.nextDepth());
+    GroupingSets sets;
+    if (in.accept("GROUPING SETS")) {
+        for (auto& each : in.inList([&] { return groupingSets(in, keys, /*isNested=*/true); }))
+            std::ranges::move(each, std::back_inserter(sets));
+        return sets;
+    }
+    const bool isCube = in.at("CUBE (");
+    if (!isCube && !in.at("ROLLUP (")) return {isNested ? unit() : std::vector{key()}};
+    in.takeToken();
+    return combined(in, in.inList(unit), isCube);
+}
+
+// set: number of the grouping set that the query is for
+void groupBy(Parser& in, Select& select, std::size_t set) {
+    std::vector<ExprPtr> keys;
+    GroupingSets sets{{}};
+    in.list([&] {
+        GroupingSets product;
+        const auto next = groupingSets(in, keys, /*isNested=*/false);
+        for (const auto& left : sets)
+            for (const auto& right : next)
+                std::ranges::copy(right, std::back_inserter(product.emplace_back(left)));
+        in.checkChain(static_cast<int>(product.size()));
+        sets = std::move(product);
+        return true;
+    });
+    if (in.at("WITH ROLLUP") || in.at("WITH CUBE")) {
+        GroupingSets units(keys.size());
+        for (std::size_t i = 0; i < keys.size(); ++i) units[i] = {i};
+        in.takeToken();
+        sets = combined(in, units, in.takeToken().initial == 'C');
+    }
+    select.sets = sets.size();
+    if (sets.size() > 1 && select.top) in.throwUnsupported("TOP with GROUPING SETS, CUBE or ROLLUP");
+    for (std::size_t i = 0; i < keys.size(); ++i)
+        (std::ranges::count(sets[set], i) ? select.groupBy : select.ungrouped).push_back(std::move(keys[i]));
+}
+
+Select select(Parser& in, std::size_t groupingSet) {
     in.expect("SELECT");
     auto* const into = std::exchange(in.m_into, nullptr);
     Select select;
     select.distinct = in.accept("DISTINCT");
     if (!select.distinct) in.accept("ALL");
-    select.top = in.top(true);
+    select.top = in.top(&select);
     select.items = in.list([&] { return in.selectItem(); });
     if (into && in.accept("INTO"))
         *into = in.objectName();
@@ -43,22 +107,34 @@ Select select(Parser& in) {
         in.throwError(kIdentityWithoutInto, {}, in.faulty().line);
     if (in.accept("FROM")) select.from = in.from();
     if (in.accept("WHERE")) select.where = in.condition();
-    if (in.accept("GROUP BY")) {
-        for (const auto word : {"GROUPING SETS", "ROLLUP (", "CUBE ("})
-            in.throwIfAt(word, "GROUP BY with GROUPING SETS, CUBE or ROLLUP");
-        select.groupBy = in.expressions();
-        in.throwIfAt("WITH", "GROUP BY ... WITH CUBE or ROLLUP");
-    }
+    if (in.accept("GROUP BY")) groupBy(in, select, groupingSet);
     if (in.accept("HAVING")) select.having = in.condition();
     return select;
+}
+
+// A UNION of one query for each grouping set.
+QueryPtr selects(Parser& in) {
+    const int line = in.peek().line;
+    const std::size_t begin = in.position();
+    auto* const into = in.m_into;
+    QueryPtr query;
+    for (std::size_t set = 0, sets = 1; set < sets; ++set) {
+        if (set > 0) in.goBackTo(begin);
+        in.m_into = into;
+        Select one = select(in, set);
+        sets = one.sets;
+        const SetOp op = one.distinct ? SetOp::Union : SetOp::UnionAll;
+        QueryPtr next = queryOf(line, std::move(one));
+        query = query ? queryOf(line, SetOperation{op, std::move(query), std::move(next)}) : std::move(next);
+    }
+    return query;
 }
 
 // INTERSECT binds more tightly than the others.
 QueryPtr setOperations(Parser& in, bool intersect) {
     const auto operand = [&] {
         if (!intersect) return setOperations(in, /*intersect=*/true);
-        const int line = in.peek().line;
-        if (!in.at("(")) return queryOf(line, select(in));
+        if (!in.at("(")) return selects(in);
         return in.parenthesized([&] { return in.query(); });
     };
     QueryPtr left = operand();
@@ -248,15 +324,16 @@ std::vector<CommonTable> Parser::commonTables() {
     });
 }
 
-ExprPtr Parser::top(bool mayBeBare) {
+ExprPtr Parser::top(Select* select) {
     if (!accept("TOP")) return nullptr;
-    if (!at("(") && !(mayBeBare && peek().kind == TokenKind::Number)) throwSyntaxError();
+    if (!at("(") && !(select && peek().kind == TokenKind::Number)) throwSyntaxError();
     ExprPtr count = primary();
     const auto* literal = std::get_if<Literal>(&count->node);
     if (literal && literal->constant.value == Value(std::int64_t{100}) && accept("PERCENT"))  // all rows
         count->node = Literal{{std::numeric_limits<std::int64_t>::max(), simpleType(TypeId::BigInt)}};
-    throwIfAt("PERCENT", "TOP ... PERCENT");
-    throwIfAt("WITH TIES", "TOP ... WITH TIES");
+    throwIfAt(select ? "" : "PERCENT", "TOP ... PERCENT of a change");
+    if (select) select->percent = accept("PERCENT");
+    if (select) select->ties = accept("WITH TIES");
     return count;
 }
 

@@ -128,7 +128,7 @@ class Translator {
     // Renames the columns of `text` to `names`, if there are any. `of`: the query's name for messages. Throws
     // SqlError 8158 (too few names), 8159 (too many), `unnamed` (a column without a name) and `repeated`.
     static void rename(QueryText& text, const std::vector<std::string>& names, const std::string& of,
-                       int unnamed = message::kUnnamedColumn, int repeated = message::kColumnSpecifiedTwice);
+                       int unnamed = kUnnamedColumn, int repeated = kColumnSpecifiedTwice);
 
   private:
     struct Scope {
@@ -136,6 +136,7 @@ class Translator {
         std::vector<Source> sources;
         std::size_t firstSource = 0;  // that is visible: ON and APPLY do not see tables before a comma
         std::set<std::string> groupKeys;
+        std::set<std::string> nullKeys;  // of other grouping sets
         std::vector<std::string> loose;  // columns outside aggregates and GROUP BY, as named in messages
         bool sawAggregate = false;
         int aggregateDepth = 0;
@@ -179,6 +180,7 @@ class Translator {
     Typed userCall(const Call& call);
     Typed aggregateCall(const FunctionInfo& function, const Call& call);
     Typed windowCall(const FunctionInfo& function, const Call& call);
+    Typed grouping(const Call& call);
     std::string sortKeys(const std::vector<OrderItem>& items);
     std::vector<Typed> callArguments(const Call& call, bool datePart);
     std::vector<Typed> values(const std::vector<ExprPtr>& exprs);
@@ -214,13 +216,15 @@ class Translator {
 
     std::string groupBy(const Select& select);
     // distinctList: the select list of SELECT DISTINCT, which must contain the ORDER BY items; null without
-    // DISTINCT. firstOfSet: the first SELECT of a set operation, whose list must contain them. outerKeys:
-    // receives items for the select list: SQLite accepts columns of outer queries there only.
+    // DISTINCT. firstOfSet: the first SELECT of a set operation, whose list must contain them. keys: receives
+    // items for the select list: those with columns of outer queries, which SQLite accepts there only, or
+    // all.
     std::string orderBy(const std::vector<OrderItem>& items, const QueryText& text,
                         const std::string* distinctList = nullptr, const Select* firstOfSet = nullptr,
-                        std::string* outerKeys = nullptr);
+                        std::string* keys = nullptr, bool all = false);
     std::string rowCount(const Expr& expr, int least, int error);
     std::string changeLimit(const ExprPtr& top);
+    std::string placed(const Select& select, const QueryText& text, const std::string& order);
     std::optional<std::size_t> outputPosition(const Expr& expr, const QueryText& text) const;
     std::string limit(const Select* select, const Query& query);
     void refuseLooseColumns(int error, bool grouped);

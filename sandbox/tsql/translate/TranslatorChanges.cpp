@@ -66,8 +66,8 @@ std::string Translator::insertRows(const TableInfo& target, const ColumnList& co
     std::string rows = insert.defaultValues ? "VALUES (" + rowText(target, all, {}) + ")" : "";
     for (const auto& row : insert.rows) {
         if (row.size() != columns.size())
-            throw sqlError(row.size() < columns.size() ? message::kMoreInsertColumnsThanValues
-                                                       : message::kFewerInsertColumnsThanValues);
+            throw sqlError(row.size() < columns.size() ? kMoreInsertColumnsThanValues
+                                                       : kFewerInsertColumnsThanValues);
         std::vector<Typed> cells;
         m_sequences.clear();
         for (const auto& each : row)
@@ -83,8 +83,8 @@ std::string Translator::insertQuery(const TableInfo& target, const ColumnList& c
     m_topLevel = false;
     const QueryText text = query(*insert.query);
     if (text.columns.size() != columns.size())
-        throw sqlError(text.columns.size() < columns.size() ? message::kFewerSelectedThanInserted
-                                                            : message::kMoreSelectedThanInserted);
+        throw sqlError(text.columns.size() < columns.size() ? kFewerSelectedThanInserted
+                                                            : kMoreSelectedThanInserted);
     return insertSelected(target, columns, text, insert.top) + returning(target, insert.output, "inserted");
 }
 
@@ -120,7 +120,7 @@ void Translator::useCommonTables(const Change& change, const ObjectName& target)
 std::string Translator::returning(const TableInfo& target, const std::optional<Output>& output,
                                   const std::string& exposed, const std::string& record) {
     if (!output) return {};
-    const Temporarily clause(m_nextValue, message::kNextValueInClause);
+    const Temporarily clause(m_nextValue, kNextValueInClause);
     Scope scope;
     m_scope = &scope;
     addSource(target, exposed, {});
@@ -133,7 +133,7 @@ std::string Translator::returning(const TableInfo& target, const std::optional<O
     std::string list;
     for (const auto& item : output->items) {
         if (!item.variable.empty()) throw unsupported("a variable in the OUTPUT clause");
-        if (item.identity) throw sqlError(message::kIdentityWithoutInto);
+        if (item.identity) throw sqlError(kIdentityWithoutInto);
         selectItem(item, m_output, list, /*collate=*/false);
     }
     m_scope = nullptr;
@@ -167,13 +167,12 @@ std::string Translator::joinedSources(const TableInfo& target, const ObjectName&
     for (const auto& source : m_scope->sources) {
         const bool isNamedSo = sameText(source.exposed, name.name);
         const bool isTarget = source.table == target.sqlName();
-        if (isNamedSo && !isTarget && name.schema.empty())
-            throw sqlError(message::kAmbiguousTable, {name.name});
+        if (isNamedSo && !isTarget && name.schema.empty()) throw sqlError(kAmbiguousTable, {name.name});
         if (!isTarget) continue;
         if (isNamedSo) rowid = source.rowid;
         other = other.empty() ? source.rowid : "twice";
     }
-    if (rowid.empty() && other == "twice") throw sqlError(message::kAmbiguousTable, {name.name});
+    if (rowid.empty() && other == "twice") throw sqlError(kAmbiguousTable, {name.name});
     if (rowid.empty()) rowid = other;
     if (!rowid.empty()) return sql;
     const std::string alias = nextAlias();
@@ -197,12 +196,12 @@ std::string Translator::update(const TableInfo& target, const Update& update, co
                               std::ranges::any_of(scope.sources, [&](const Source& each) {
                                   return each.rowid == rowid && sameText(each.exposed, clause.table);
                               });
-        if (!isTarget) throw sqlError(message::kUnboundIdentifier, {clause.table + "." + clause.column});
-        if (!column) throw sqlError(message::kInvalidColumnName, {clause.column});
-        if (column->identity) throw sqlError(message::kIdentityUpdate, {column->name});
-        if (!column->computed.empty()) throw sqlError(message::kComputedColumnChanged, {column->name});
+        if (!isTarget) throw sqlError(kUnboundIdentifier, {clause.table + "." + clause.column});
+        if (!column) throw sqlError(kInvalidColumnName, {clause.column});
+        if (column->identity) throw sqlError(kIdentityUpdate, {column->name});
+        if (!column->computed.empty()) throw sqlError(kComputedColumnChanged, {column->name});
         const std::string alias = "v" + std::to_string(names.size());
-        if (!names.emplace(column, alias).second) throw sqlError(message::kColumnSetTwice, {column->name});
+        if (!names.emplace(column, alias).second) throw sqlError(kColumnSetTwice, {column->name});
         Typed given = clause.value ? value(*clause.value) : defaultOf({}, *column);
         if (clause.op)
             given = emitBinary(*clause.op, {prefix + quotedName(column->name), column->type}, given);
@@ -211,7 +210,7 @@ std::string Translator::update(const TableInfo& target, const Update& update, co
         sets.append(set).append("picked.").append(alias);
         away.append(set).append("CAST('tsqlbox ' || _rowid_ AS BLOB)");
     }
-    if (scope.sawAggregate) throw sqlError(message::kAggregateInSetList);
+    if (scope.sawAggregate) throw sqlError(kAggregateInSetList);
     const std::string where = filter(update);
     const std::string top = changeLimit(update.top);
     const std::string rows = "SELECT " + rowid + " AS id" + picked + sources + where + top;
@@ -235,9 +234,9 @@ std::string Translator::update(const TableInfo& target, const Update& update, co
 }
 
 std::string Translator::filter(const Change& change) {
-    const Temporarily clause(m_nextValue, message::kNextValueInClause);
+    const Temporarily clause(m_nextValue, kNextValueInClause);
     const std::string where = change.where ? " WHERE " + condition(*change.where) : "";
-    if (m_scope->sawAggregate) throw sqlError(message::kAggregateInWhere);
+    if (m_scope->sawAggregate) throw sqlError(kAggregateInWhere);
     return where;
 }
 
@@ -258,7 +257,7 @@ std::string Translator::remove(const TableInfo& target, const Delete& statement)
 CheckText Translator::check(const TableInfo& table, const Expr& expr) {
     Scope scope;
     m_scope = &scope;
-    m_nextValue = message::kNextValueInSubquery;
+    m_nextValue = kNextValueInSubquery;
     addSource(table, table.name, {});
     CheckText text;
     if (expr.isCondition()) {

@@ -25,6 +25,10 @@ Typed Translator::value(const Expr& expr) {
         expr.node);
     // A whole GROUP BY expression is allowed anywhere, including its columns.
     if (m_scope && m_scope->groupKeys.contains(result.sql)) m_scope->loose.resize(loose);
+    if (m_scope && m_scope->aggregateDepth == 0 && m_scope->nullKeys.contains(result.sql)) {
+        m_scope->loose.resize(loose);
+        return {"NULL", result.type};
+    }
     return result;
 }
 
@@ -75,7 +79,7 @@ const SourceColumn* Translator::findColumn(const ColumnRef& column, Scope& scope
         if (column.path.size() > 1 && !found) source = &each;
         for (const auto& candidate : each.columns) {
             if (!sameText(candidate.name, name)) continue;
-            if (found) throw sqlError(message::kAmbiguousColumnName, {name});
+            if (found) throw sqlError(kAmbiguousColumnName, {name});
             found = &candidate;
             source = &each;
         }
@@ -87,9 +91,9 @@ Typed Translator::node(const ColumnRef& column) {
     for (Scope* scope = m_scope; scope; scope = scope->outer) {
         const Source* source = nullptr;
         const SourceColumn* found = findColumn(column, *scope, source);
-        if (!found && source)
-            throw sqlError(message::kInvalidColumnName, {column.path.back()});  // its table is known
+        if (!found && source) throw sqlError(kInvalidColumnName, {column.path.back()});  // its table is known
         if (!found) continue;
+        if (scope->aggregateDepth == 0 && scope->nullKeys.contains(found->sql)) return {"NULL", found->type};
         if (scope->aggregateDepth == 0 && !scope->groupKeys.contains(found->sql))
             scope->loose.push_back(source->exposed.empty() ? found->name
                                                            : source->exposed + "." + found->name);
@@ -97,14 +101,14 @@ Typed Translator::node(const ColumnRef& column) {
         typed.nullable = found->nullable;
         return typed;
     }
-    if (column.path.size() == 1) throw sqlError(message::kInvalidColumnName, {column.path.back()});
+    if (column.path.size() == 1) throw sqlError(kInvalidColumnName, {column.path.back()});
     std::string path;
     for (const auto& part : column.path) path += (path.empty() ? "" : ".") + part;
-    throw sqlError(message::kUnboundIdentifier, {path});
+    throw sqlError(kUnboundIdentifier, {path});
 }
 
 Typed Translator::node(const Case& choice) {
-    const Temporarily inner(m_nextValue, message::kNextValueInCase);
+    const Temporarily inner(m_nextValue, kNextValueInCase);
     std::vector<std::string> conditions;
     std::vector<Typed> results;
     for (const auto& [when, then] : choice.branches) {
@@ -113,7 +117,7 @@ Typed Translator::node(const Case& choice) {
         results.push_back(value(*then));
     }
     results.push_back(choice.otherwise ? value(*choice.otherwise) : nullLiteral());
-    if (std::ranges::all_of(results, &Typed::nullLiteral)) throw sqlError(message::kCaseOfNulls);
+    if (std::ranges::all_of(results, &Typed::nullLiteral)) throw sqlError(kCaseOfNulls);
     const SqlType type = tsql::commonType(results);
     std::string sql = "CASE";
     for (std::size_t i = 0; i < conditions.size(); ++i)
@@ -141,29 +145,50 @@ std::vector<Typed> Translator::callArguments(const Call& call, bool datePart) {
 
 Typed Translator::node(const Call& call) {
     if (!call.name.schema.empty() || !call.name.database.empty()) return userCall(call);
+    if (sameWord(call.name.name, "GROUPING") || sameWord(call.name.name, "GROUPING_ID"))
+        return grouping(call);
     const FunctionInfo* function = findFunction(call.name.name);
     if (!function && kMissingFunctions.find(" " + lowerAscii(call.name.name) + " ") != std::string_view::npos)
         throw unsupported(toUpper(call.name.name));
     if (!function)
-        throw SqlError(message::kUnknownSetOption,
+        throw SqlError(kUnknownSetOption,
                        "'" + call.name.name + "' is not a recognized built-in function name.", 15, 10);
     const FunctionKind kind = function->kind;
     if (!call.within.empty() && function->name != "string_agg")
-        throw sqlError(message::kWithinGroupNotAllowed, {toUpper(call.name.name)});
+        throw sqlError(kWithinGroupNotAllowed, {toUpper(call.name.name)});
     if (call.over || kind == FunctionKind::Ranking || kind == FunctionKind::Framed)
         return windowCall(*function, call);
     if (kind == FunctionKind::Aggregate) return aggregateCall(*function, call);
     const bool chooses =
         function->name == "nullif" || function->arguments.find('R') != std::string_view::npos;
-    const Temporarily inner(m_nextValue, chooses ? message::kNextValueInCase : m_nextValue);
+    const Temporarily inner(m_nextValue, chooses ? kNextValueInCase : m_nextValue);
     return emitCall(*function, callArguments(call, function->takesDatePart()), call.distinct);
+}
+
+// GROUPING(key), GROUPING_ID(key, ...): 1, as bits, for keys of other grouping sets
+Typed Translator::grouping(const Call& call) {
+    const bool isId = sameWord(call.name.name, "GROUPING_ID");
+    if (!isId && call.arguments.size() != 1) throw sqlError(kFunctionNeedsArguments, {"grouping", "1"});
+    Scope none;
+    Scope& scope = m_scope ? *m_scope : none;
+    const Temporarily asWritten(scope.aggregateDepth, 1);
+    int bits = 0;
+    for (const auto& argument : call.arguments) {
+        const std::string key = value(*argument).sql;
+        const bool isNull = scope.nullKeys.contains(key);
+        if (!isNull && !scope.groupKeys.contains(key))
+            throw sqlError(kGroupingOfOther,
+                           {std::to_string(&argument - call.arguments.data() + 1), toUpper(call.name.name)});
+        bits = bits * 2 + isNull;
+    }
+    return {std::to_string(bits), simpleType(isId ? TypeId::Int : TypeId::TinyInt)};
 }
 
 Typed Translator::aggregateCall(const FunctionInfo& function, const Call& call) {
     if (!m_scope)
-        throw SqlError(message::kAggregateInWhere,
-                       "An aggregate may not appear here without a table that it counts.", 15);
-    if (m_scope->aggregateDepth > 0) throw sqlError(message::kAggregateOfAggregate);
+        throw SqlError(kAggregateInWhere, "An aggregate may not appear here without a table that it counts.",
+                       15);
+    if (m_scope->aggregateDepth > 0) throw sqlError(kAggregateOfAggregate);
     m_scope->sawAggregate = true;
     ++m_scope->aggregateDepth;
     const auto arguments = callArguments(call, /*datePart=*/false);
@@ -183,14 +208,14 @@ Typed Translator::windowCall(const FunctionInfo& function, const Call& call) {
     const std::string name = toUpper(call.name.name);
     const FunctionKind kind = function.kind;
     const bool windowOnly = kind == FunctionKind::Ranking || kind == FunctionKind::Framed;
-    if (!call.over) throw sqlError(message::kOverRequired, {name});
+    if (!call.over) throw sqlError(kOverRequired, {name});
     if (kind == FunctionKind::Scalar || !call.within.empty() || sameWord(name, "STRING_AGG"))
-        throw sqlError(message::kNotAWindowFunction, {name});
-    if (call.distinct) throw sqlError(message::kDistinctWithOver);
-    if (windowOnly && call.over->order.empty()) throw sqlError(message::kOverWithOrderByRequired, {name});
-    if (kind == FunctionKind::Ranking && !call.over->frame.empty())
-        throw sqlError(message::kFrameNotAllowed, {name});
-    if (!m_scope || !m_scope->windows) throw sqlError(message::kWindowNotAllowedHere);
+        throw sqlError(kNotAWindowFunction, {name});
+    if (call.distinct) throw sqlError(kDistinctWithOver);
+    if (windowOnly && call.over->order.empty()) throw sqlError(kOverWithOrderByRequired, {name});
+    if (kind == FunctionKind::Ranking && !call.over->frame.empty()) throw sqlError(kFrameNotAllowed, {name});
+    if (!m_scope || !m_scope->windows) throw sqlError(kWindowNotAllowedHere);
+    if (!m_scope->nullKeys.empty()) throw unsupported("window functions with GROUPING SETS, CUBE or ROLLUP");
     m_scope->windows = false;
     Typed result = emitCall(function, callArguments(call, /*datePart=*/false));
     const std::string partition = commaList(values(call.over->partition), comparable);
@@ -207,7 +232,7 @@ std::string Translator::sortKeys(const std::vector<OrderItem>& items) {
     for (const auto& item : items) {
         const Typed key = value(*item.value);
         if (std::holds_alternative<Literal>(item.value->node))
-            throw sqlError(key.integer ? message::kIntegerIndexInWindow : message::kConstantInWindow);
+            throw sqlError(key.integer ? kIntegerIndexInWindow : kConstantInWindow);
         if (isConstantQuery(*item.value)) continue;
         keys += (keys.empty() ? "" : ", ") + comparable(key) + (item.descending ? " DESC" : "");
     }
@@ -215,12 +240,11 @@ std::string Translator::sortKeys(const std::vector<OrderItem>& items) {
 }
 
 Typed Translator::userCall(const Call& call) {
-    const auto function = m_names.module(call.name, objectType::kFunction);
+    const auto function = m_names.module(call.name, kFunction);
     constexpr std::string_view kXmlMethods[] = {"exist", "modify", "nodes", "query", "value"};
     if (!function && std::ranges::find(kXmlMethods, call.name.name) != std::end(kXmlMethods))
         throw unsupported("methods of xml");
-    if (!function)
-        throw sqlError(message::kFunctionNotFound, {call.name.schema, call.name.schema, call.name.name});
+    if (!function) throw sqlError(kFunctionNotFound, {call.name.schema, call.name.schema, call.name.name});
     std::string sql = "ts_call(" + quotedText(function->database) + ", " +
                       quotedText(storedName(function->schemaName, function->name));
     for (const auto& argument : argumentsOf(*function, call.arguments)) sql += ", " + argument;
@@ -231,13 +255,12 @@ std::vector<std::string> Translator::argumentsOf(const StoredModule& function,
                                                  const std::vector<ExprPtr>& arguments) {
     const auto& parameters = function.module->parameters;
     if (arguments.size() != parameters.size())
-        throw sqlError(
-            arguments.size() < parameters.size() ? message::kTooFewArguments : message::kTooManyArguments,
-            {function.schemaName + "." + function.name});
+        throw sqlError(arguments.size() < parameters.size() ? kTooFewArguments : kTooManyArguments,
+                       {function.schemaName + "." + function.name});
     std::vector<std::string> values;
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         const auto& given = arguments[i] ? arguments[i] : parameters[i].value;
-        if (!given) throw sqlError(message::kMissingParameter, {function.name, parameters[i].name});
+        if (!given) throw sqlError(kMissingParameter, {function.name, parameters[i].name});
         values.push_back(coerce(value(*given), parameters[i].type).sql);
     }
     return values;
@@ -253,9 +276,9 @@ Typed Translator::node(const NextValue& next) {
 }
 
 Typed Translator::node(const ScalarQuery& scalar) {
-    const Temporarily inner(m_nextValue, message::kNextValueInSubquery);
+    const Temporarily inner(m_nextValue, kNextValueInSubquery);
     const QueryText text = query(*scalar.query);
-    if (text.columns.size() != 1) throw sqlError(message::kSubqueryWithSeveralColumns);
+    if (text.columns.size() != 1) throw sqlError(kSubqueryWithSeveralColumns);
     const auto& [column, alias, isNull, isNew] = text.columns.front();
     if (text.oneRow) return {"(" + text.sql + ")", column.type};
     // ts_single reports more than one row as an error; SQLite alone would use the first row.
@@ -290,7 +313,7 @@ std::string Translator::test(const CompareQuery& compare) {
     const Typed operand = value(*compare.operand);
     const bool aggregate = m_scope && std::exchange(m_scope->sawAggregate, before || m_scope->sawAggregate);
     const QueryText text = query(*compare.query);
-    if (text.columns.size() != 1) throw sqlError(message::kSubqueryWithSeveralColumns);
+    if (text.columns.size() != 1) throw sqlError(kSubqueryWithSeveralColumns);
     const Typed column{text.columns.front().alias, text.columns.front().column.type};
     if (compare.op == CompareOp::Equal && !compare.all) {
         const Typed both[] = {operand, column};

@@ -43,9 +43,9 @@ std::string distinctRows(const std::string& rows, const QueryText& text) {
 std::string orderKeyOfDistinct(const Typed& item, const std::string& list, const QueryText& text) {
     const std::string all = ", " + list, entry = ", " + collated(item) + " AS c";
     const std::size_t found = all.find(entry);
-    if (found == std::string::npos) throw sqlError(message::kOrderByItemNotInDistinct);
-    const auto position = std::stoul(all.substr(found + entry.size()));
-    return collated({std::to_string(position), text.columns[position - 1].column.type});
+    if (found == std::string::npos) throw sqlError(kOrderByItemNotInDistinct);
+    const OutputColumn& column = text.columns[std::stoul(all.substr(found + entry.size())) - 1];
+    return collated({column.alias, column.column.type});
 }
 
 // UNION, EXCEPT or INTERSECT of rows with a varbinary (see distinctRows()).
@@ -99,65 +99,65 @@ QueryText Translator::query(const Query& query) {
 QueryText Translator::select(const Select& select, const Query& query) {
     const bool topLevel = std::exchange(m_topLevel, false);
     const std::size_t assigned = m_assignments.size();
-    if (m_scope && m_scope->aggregateDepth > 0) throw sqlError(message::kAggregateOfAggregate);
+    if (m_scope && m_scope->aggregateDepth > 0) throw sqlError(kAggregateOfAggregate);
     Scope scope;
     scope.outer = m_scope;
     scope.outerSources = m_aliases;
     const Temporarily inner(m_scope, &scope);
-    const Temporarily clause(m_nextValue, message::kNextValueInClause);
+    const Temporarily clause(m_nextValue, kNextValueInClause);
     QueryText text;
     const std::string fromSql = from(select.from);
     const std::string depth = std::exchange(m_depth, {});
     const std::string whereSql = select.where ? " WHERE " + condition(*select.where) : "";
-    if (scope.sawAggregate) throw sqlError(message::kAggregateInWhere);
+    if (scope.sawAggregate) throw sqlError(kAggregateInWhere);
     const std::string groupSql = groupBy(select);
 
     if (topLevel)
         for (const auto& item : select.items)
             if (!item.variable.empty()) m_live[item.variable] = liveValue(item.variable);
     m_sorted = !query.orderBy.empty();
-    const bool grouped = !select.groupBy.empty() || select.having;
+    const bool grouped = !select.groupBy.empty() || select.having || select.sets > 1;
     if (m_sorted && !m_live.empty() && topLevel && !grouped && !select.distinct)
         return assignInOrder(select, query, fromSql + whereSql);
     std::string list;
     scope.windows = true;
-    m_nextValue = clause.before == message::kNextValueInClause ? message::kNextValueInSubquery
-                  : clause.before                              ? clause.before
-                  : select.distinct                            ? message::kNextValueOfSet
-                  : m_sorted                                   ? message::kNextValueWithOrderBy
-                                                               : 0;
+    m_nextValue = clause.before == kNextValueInClause ? kNextValueInSubquery
+                  : clause.before                     ? clause.before
+                  : select.distinct                   ? kNextValueOfSet
+                  : m_sorted                          ? kNextValueWithOrderBy
+                                                      : 0;
     for (const auto& item : select.items) selectItem(item, text, list, select.distinct);
-    m_nextValue = message::kNextValueInClause;
+    m_nextValue = kNextValueInClause;
     scope.windows = false;
     if (m_assignments.size() > assigned && (!topLevel || m_assignments.size() != text.columns.size()))
-        throw sqlError(message::kAssignmentAmongResults);
-    refuseLooseColumns(message::kUngroupedInSelect, grouped);
+        throw sqlError(kAssignmentAmongResults);
+    refuseLooseColumns(kUngroupedInSelect, grouped);
     const bool listHasAggregate = scope.sawAggregate;
     const std::string havingSql = select.having ? " HAVING " + condition(*select.having) : "";
-    refuseLooseColumns(message::kUngroupedInHaving, grouped);
+    refuseLooseColumns(kUngroupedInHaving, grouped);
     scope.windows = true;
-    std::string outerKeys;
-    const std::string orderSql =
-        orderBy(query.orderBy, text, select.distinct ? &list : nullptr, /*firstOfSet=*/nullptr, &outerKeys);
+    std::string keys;
+    const std::string orderSql = orderBy(query.orderBy, text, select.distinct ? &list : nullptr,
+                                         /*firstOfSet=*/nullptr, &keys, select.placesRows());
     scope.windows = false;
-    refuseLooseColumns(message::kUngroupedInOrderBy, grouped);
+    refuseLooseColumns(kUngroupedInOrderBy, grouped);
 
     const std::string limitSql = limit(&select, query);
-    const int notInRecursion = select.distinct                 ? message::kDistinctInRecursion
-                               : select.top                    ? message::kTopInRecursion
-                               : grouped || scope.sawAggregate ? message::kGroupingInRecursion
+    const int notInRecursion = select.distinct                 ? kDistinctInRecursion
+                               : select.top                    ? kTopInRecursion
+                               : grouped || scope.sawAggregate ? kGroupingInRecursion
                                                                : 0;
     if (!depth.empty() && notInRecursion) throw sqlError(notInRecursion, {m_with.back().table->name});
     if (!depth.empty()) list += ", " + depth;
     std::string rows = fromSql + whereSql + groupSql + havingSql;
-    if (select.having && select.groupBy.empty() &&
+    if (grouped && select.groupBy.empty() &&
         !listHasAggregate)  // SQLite detects grouping only in the select list
         rows = " FROM (SELECT count(*)" + rows + ")";
     text.sql = select.distinct && hasVarBinary(text)
                    ? distinctRows("SELECT " + list + rows, text)
-                   : std::string("SELECT ") + (select.distinct ? "DISTINCT " : "") + list + outerKeys + rows;
-    text.sql += orderSql + limitSql;
-    if (!outerKeys.empty())
+                   : std::string("SELECT ") + (select.distinct ? "DISTINCT " : "") + list + keys + rows;
+    text.sql = select.placesRows() ? placed(select, text, orderSql) : text.sql + orderSql + limitSql;
+    if (!keys.empty() && !select.placesRows())
         text.sql = "SELECT " + commaList(text.columns, &OutputColumn::alias) + " FROM (" + text.sql + ")";
     text.oneRow = select.groupBy.empty() && (scope.sawAggregate || select.from.empty());
     return text;
@@ -177,11 +177,27 @@ QueryText Translator::assignInOrder(const Select& select, const Query& query, co
     m_scope->loose.clear();
     m_sorted = false;
     for (const auto& item : select.items) selectItem(item, text, list, /*collate=*/false);
-    if (m_assignments.size() != text.columns.size()) throw sqlError(message::kAssignmentAmongResults);
-    refuseLooseColumns(message::kUngroupedInSelect, /*grouped=*/false);
+    if (m_assignments.size() != text.columns.size()) throw sqlError(kAssignmentAmongResults);
+    refuseLooseColumns(kUngroupedInSelect, /*grouped=*/false);
     text.sql =
         "WITH ordered AS MATERIALIZED (SELECT " + all + rows + order + ") SELECT " + list + " FROM ordered";
     return text;
+}
+
+// TOP ... PERCENT and WITH TIES: the rows by their places in the order.
+std::string Translator::placed(const Select& select, const QueryText& text, const std::string& order) {
+    if (select.ties && order.empty()) throw sqlError(kTiesWithoutOrderBy);
+    if (!m_assignments.empty()) throw unsupported("variables in SELECT TOP ... PERCENT or WITH TIES");
+    const Temporarily outside(m_scope, nullptr);
+    const std::string part = coerce(value(*select.top), simpleType(TypeId::Float)).sql;
+    const std::string rows = "CASE WHEN " + part + " BETWEEN 0 AND 100 THEN CAST(ceil(" + part +
+                             " * 1.0 * ts_all / 100) AS INTEGER) ELSE -1 END";
+    const std::string most = select.percent ? checkedRowCount(rows, 0, kPercentOutOfRange)
+                                            : rowCount(*select.top, 0, kNegativeRowCount);
+    return "SELECT " + commaList(text.columns, &OutputColumn::alias) + " FROM (SELECT *, " +
+           (select.ties ? "rank()" : "row_number()") + " OVER (" + order +
+           ") AS ts_place, count(*) OVER () AS ts_all FROM (" + text.sql + ")) WHERE ts_place <= " + most +
+           " ORDER BY ts_place";
 }
 
 // Without this check SQLite would return the column's value from an arbitrary row of the group.
@@ -211,8 +227,7 @@ void Translator::selectItem(const SelectItem& item, QueryText& text, std::string
         const Source* source = nullptr;
         if (const SourceColumn* found = findColumn(*ref, *m_scope, source)) column.identity = found->identity;
     }
-    addOutput(text, list, std::move(column),
-              collate ? collated(typed, message::kTypeNotDistinct) : typed.sql);
+    addOutput(text, list, std::move(column), collate ? collated(typed, kTypeNotDistinct) : typed.sql);
     text.columns.back().nullLiteral = typed.nullLiteral;
     if (item.identity) text.columns.back().newIdentity = item.identity->second;
 }
@@ -226,12 +241,12 @@ void Translator::star(const SelectItem& item, QueryText& text, std::string& list
             if (!m_scope->groupKeys.contains(column.sql))
                 m_scope->loose.push_back(source.exposed + "." + column.name);
             addOutput(text, list, column,
-                      collate ? collated({column.sql, column.type}, message::kTypeNotDistinct) : column.sql);
+                      collate ? collated({column.sql, column.type}, kTypeNotDistinct) : column.sql);
         }
     }
     if (any) return;
-    if (item.starOf.empty()) throw sqlError(message::kNoTableToSelectFrom);
-    throw sqlError(message::kUnknownColumnPrefix, {item.starOf.back()});
+    if (item.starOf.empty()) throw sqlError(kNoTableToSelectFrom);
+    throw sqlError(kUnknownColumnPrefix, {item.starOf.back()});
 }
 
 std::string Translator::groupBy(const Select& select) {
@@ -239,13 +254,17 @@ std::string Translator::groupBy(const Select& select) {
     std::set<std::string> keys;
     for (const auto& expr : select.groupBy) {
         const Typed key = value(*expr);
-        if (m_scope->loose.empty()) throw sqlError(message::kGroupByWithoutColumn);
+        if (m_scope->loose.empty()) throw sqlError(kGroupByWithoutColumn);
         m_scope->loose.clear();
         keys.insert(key.sql);
         sql += (sql.empty() ? " GROUP BY " : ", ") + comparable(key);
     }
     m_scope->loose.clear();  // WHERE and ON are evaluated before grouping
     m_scope->groupKeys = std::move(keys);
+    for (const auto& expr : select.ungrouped)
+        if (const std::string key = value(*expr).sql; !m_scope->groupKeys.contains(key))
+            m_scope->nullKeys.insert(key);
+    m_scope->loose.clear();
     return sql;
 }
 
@@ -256,7 +275,7 @@ std::optional<std::size_t> Translator::outputPosition(const Expr& expr, const Qu
         if (constant.type.id != TypeId::Int || isNull(constant.value)) return std::nullopt;
         const std::int64_t position = std::get<std::int64_t>(constant.value);
         if (position < 1 || position > static_cast<std::int64_t>(text.columns.size()))
-            throw sqlError(message::kOrderByPositionOutOfRange, {std::to_string(position)});
+            throw sqlError(kOrderByPositionOutOfRange, {std::to_string(position)});
         return static_cast<std::size_t>(position - 1);
     }
     const auto* name = std::get_if<ColumnRef>(&expr.node);
@@ -264,15 +283,15 @@ std::optional<std::size_t> Translator::outputPosition(const Expr& expr, const Qu
     std::optional<std::size_t> position;
     for (std::size_t i = 0; i < text.columns.size(); ++i)
         if (sameText(text.columns[i].column.name, name->path.front())) {
-            if (position) throw sqlError(message::kAmbiguousColumnName, {name->path.front()});
+            if (position) throw sqlError(kAmbiguousColumnName, {name->path.front()});
             position = i;
         }
     return position;
 }
 
 std::string Translator::orderBy(const std::vector<OrderItem>& items, const QueryText& text,
-                                const std::string* distinctList, const Select* firstOfSet,
-                                std::string* outerKeys) {
+                                const std::string* distinctList, const Select* firstOfSet, std::string* keys,
+                                bool all) {
     std::string sql;
     std::set<std::string> columns;
     for (const auto& item : items) {
@@ -282,33 +301,36 @@ std::string Translator::orderBy(const std::vector<OrderItem>& items, const Query
         auto position = outputPosition(*item.value, text);
         if (firstOfSet && !position) position = positionInList(*item.value, *firstOfSet);
         if (position)
-            key = collated({std::to_string(*position + 1), text.columns[*position].column.type});
+            key = collated({text.columns[*position].alias, text.columns[*position].column.type});
         else if (isLiteral || std::holds_alternative<VariableRef>(node))
-            throw sqlError(isLiteral ? message::kConstantInOrderBy : message::kVariableInOrderBy,
+            throw sqlError(isLiteral ? kConstantInOrderBy : kVariableInOrderBy,
                            {std::to_string(&item - items.data() + 1)});
         else if (firstOfSet)
-            throw sqlError(message::kOrderByItemNotInSetOperation);
+            throw firstOfSet->sets == 1
+                ? sqlError(kOrderByItemNotInSetOperation)
+                : unsupported("ORDER BY of an expression with GROUPING SETS, CUBE or ROLLUP");
         else {
             const Typed typed = value(*item.value);
             key = distinctList ? orderKeyOfDistinct(typed, *distinctList, text) : comparable(typed);
-            if (outerKeys && usesSource(key, m_scope->outerSources)) {
+            if (keys && ((all && !distinctList) || usesSource(key, m_scope->outerSources))) {
                 const std::string name = "k" + std::to_string(&item - items.data());
-                *outerKeys += ", " + std::exchange(key, name) + " AS " + name;
+                *keys += ", " + std::exchange(key, name) + " AS " + name;
             }
         }
         const bool isColumn = isLiteral || std::holds_alternative<ColumnRef>(node);
-        if (isColumn && !columns.insert(key).second) throw sqlError(message::kRepeatedOrderByColumn);
+        if (isColumn && !columns.insert(key).second) throw sqlError(kRepeatedOrderByColumn);
         sql += (sql.empty() ? " ORDER BY " : ", ") + key + (item.descending ? " DESC" : "");
     }
     return sql;
 }
 
 std::string Translator::limit(const Select* select, const Query& query) {
-    if (select && select->top && query.offset) throw sqlError(message::kTopWithOffset);
-    if (select && select->top) return " LIMIT " + rowCount(*select->top, 0, message::kNegativeRowCount);
+    if (select && select->top && query.offset) throw sqlError(kTopWithOffset);
+    if (select && select->placesRows()) return {};
+    if (select && select->top) return " LIMIT " + rowCount(*select->top, 0, kNegativeRowCount);
     if (!query.offset) return {};
-    const std::string fetch = query.fetch ? rowCount(*query.fetch, 1, message::kFetchNotPositive) : "-1";
-    return " LIMIT " + fetch + " OFFSET " + rowCount(*query.offset, 0, message::kNegativeOffsetClause);
+    const std::string fetch = query.fetch ? rowCount(*query.fetch, 1, kFetchNotPositive) : "-1";
+    return " LIMIT " + fetch + " OFFSET " + rowCount(*query.offset, 0, kNegativeOffsetClause);
 }
 
 // Row count of TOP, OFFSET or FETCH, which cannot refer to columns of its query. A count below `least` is an
@@ -317,7 +339,7 @@ std::string Translator::rowCount(const Expr& expr, int least, int error) {
     const Temporarily outer(m_scope, m_scope ? m_scope->outer : nullptr);
     const int sources = m_aliases;
     const Typed rows = value(expr);
-    if (!isExact(rows.type.id) || rows.type.scale > 0) throw sqlError(message::kRowCountNotInteger);
+    if (!isExact(rows.type.id) || rows.type.scale > 0) throw sqlError(kRowCountNotInteger);
     if (usesSource(rows.sql, sources)) throw unsupported("a column as the number of TOP or OFFSET");
     return checkedRowCount(coerce(rows, simpleType(TypeId::BigInt)).sql, least, error);
 }
@@ -326,7 +348,7 @@ std::string Translator::rowCount(const Expr& expr, int least, int error) {
 std::string Translator::changeLimit(const ExprPtr& top) {
     const std::string most = m_names.mostRows() ? std::to_string(m_names.mostRows()) : "";
     if (!top) return most.empty() ? most : " LIMIT " + most;
-    const std::string rows = rowCount(*top, 0, message::kNegativeRowCount);
+    const std::string rows = rowCount(*top, 0, kNegativeRowCount);
     return " LIMIT " + (most.empty() ? rows : "min(" + rows + ", " + most + ")");
 }
 
@@ -339,10 +361,10 @@ std::string Translator::limited(const std::string& sql, const ExprPtr& top) {
 QueryText Translator::setOperation(const SetOperation& operation, const Query& query) {
     static constexpr std::string_view kWords[] = {" UNION ", " UNION ALL ", " EXCEPT ", " INTERSECT "};
     m_topLevel = false;
-    const Temporarily inner(m_nextValue, m_nextValue ? m_nextValue : message::kNextValueOfSet);
+    const Temporarily inner(m_nextValue, m_nextValue ? m_nextValue : kNextValueOfSet);
     QueryText left = this->query(*operation.left);
     const QueryText right = this->query(*operation.right);
-    if (left.columns.size() != right.columns.size()) throw sqlError(message::kSetOperationColumnCounts);
+    if (left.columns.size() != right.columns.size()) throw sqlError(kSetOperationColumnCounts);
     std::string leftList, rightList;
     const bool distinct = operation.op != SetOp::UnionAll;
     // A long chain is not nested: SQLite limits the nesting.
@@ -360,8 +382,8 @@ QueryText Translator::setOperation(const SetOperation& operation, const Query& q
         const std::string comma = i ? ", " : "";
         flat = flat && coerce(pieces[0], column.column.type).sql == pieces[0].sql;
         const Typed merged = coerce(pieces[0], column.column.type);
-        leftList += comma + (distinct ? collated(merged, message::kTypeNotInSetOperation) : merged.sql) +
-                    " AS " + column.alias;
+        leftList += comma + (distinct ? collated(merged, kTypeNotInSetOperation) : merged.sql) + " AS " +
+                    column.alias;
         rightList += comma + coerce(pieces[1], column.column.type).sql + " AS " + column.alias;
     }
     QueryText text{{}, left.columns};
@@ -395,7 +417,7 @@ std::string Translator::from(const std::vector<TableRefPtr>& tables) {
 
 std::string Translator::nextAlias() {
     constexpr int kMostTables = 256;  // nested views could multiply the tables without limit
-    if (++m_aliases > kMostTables) throw sqlError(message::kTooManyTables);
+    if (++m_aliases > kMostTables) throw sqlError(kTooManyTables);
     return "s" + std::to_string(m_aliases);
 }
 
@@ -412,9 +434,8 @@ std::string Translator::tableRef(const TableRef& table, bool applied) {
     for (const auto& each : m_scope->sources)
         if (&each != &added && each.database == added.database &&
             sameText(each.schemaName, added.schemaName) && sameText(each.exposed, added.exposed))
-            throw sqlError(
-                table.alias.empty() ? message::kSameExposedNames : message::kRepeatedCorrelationName,
-                {added.exposed, added.exposed});
+            throw sqlError(table.alias.empty() ? kSameExposedNames : kRepeatedCorrelationName,
+                           {added.exposed, added.exposed});
     return sql;
 }
 
@@ -433,7 +454,7 @@ std::string Translator::namedTable(const NamedTable& table, const std::string& a
         for (std::size_t i = m_with.size(); i-- > 0;) {
             if (!sameText(m_with[i].table->name, table.name.name)) continue;
             if (!m_with[i].recursive.empty()) {
-                if (!m_depth.empty()) throw sqlError(message::kSeveralRecursiveReferences, {table.name.name});
+                if (!m_depth.empty()) throw sqlError(kSeveralRecursiveReferences, {table.name.name});
                 const std::string reference = addSource(m_with[i].columns, exposed);
                 m_depth = "ts_deeper(" + reference + ".depth, " + std::to_string(m_maxRecursion) + ")";
                 return m_with[i].recursive + " AS " + reference;
@@ -451,9 +472,8 @@ std::string Translator::namedTable(const NamedTable& table, const std::string& a
     std::optional<TableInfo> info;
     if (!table.arguments) info = m_names.findTable(table.name);
     std::optional<StoredModule> stored;
-    if (!info)
-        stored = m_names.module(table.name, table.arguments ? objectType::kTableFunction : objectType::kView);
-    if (!stored && table.arguments) stored = m_names.module(table.name, objectType::kRowsFunction);
+    if (!info) stored = m_names.module(table.name, table.arguments ? kTableFunction : kView);
+    if (!stored && table.arguments) stored = m_names.module(table.name, kRowsFunction);
     if (!stored && table.arguments) return splitText(table, exposed, applied);
     std::vector<std::string> arguments;
     const int sources = m_aliases;
@@ -498,14 +518,14 @@ std::string Translator::storedTable(const StoredModule& stored, const std::vecto
 // STRING_SPLIT(text, separator)
 std::string Translator::splitText(const NamedTable& table, const std::string& alias, bool applied) {
     if (!table.name.schema.empty() || !sameWord(table.name.name, "STRING_SPLIT"))
-        throw sqlError(message::kInvalidObjectName,
+        throw sqlError(kInvalidObjectName,
                        {(table.name.schema.empty() ? "" : table.name.schema + ".") + table.name.name});
-    if (table.arguments->size() != 2) throw sqlError(message::kTooManyArguments, {"STRING_SPLIT"});
+    if (table.arguments->size() != 2) throw sqlError(kTooManyArguments, {"STRING_SPLIT"});
     const auto pieces = beside(applied, [&] { return values(*table.arguments); });
     const Typed &text = pieces.front(), &separator = pieces.back();
     for (std::size_t i = 0; i < pieces.size(); ++i)
         if (!isText(pieces[i].type.id) && !pieces[i].nullLiteral)
-            throw sqlError(message::kInvalidArgumentType,
+            throw sqlError(kInvalidArgumentType,
                            {baseName(pieces[i].type.id), std::to_string(i + 1), "string_split"});
     const SqlType type = isNational(text.type.id) ? nvarcharType(text.type.length) : text.type;
     return packedTable("ts_split(" + coerce(text, nvarcharType(SqlType::kMax)).sql + "," +
@@ -527,8 +547,7 @@ std::string Translator::packedTable(const std::string& rows, const std::vector<O
 void Translator::rename(QueryText& text, const std::vector<std::string>& names, const std::string& of,
                         int unnamed, int repeated) {
     if (!names.empty() && names.size() != text.columns.size())
-        throw sqlError(names.size() > text.columns.size() ? message::kFewerColumnsThanNames
-                                                          : message::kMoreColumnsThanNames,
+        throw sqlError(names.size() > text.columns.size() ? kFewerColumnsThanNames : kMoreColumnsThanNames,
                        {of});
     for (std::size_t i = 0; i < names.size(); ++i) text.columns[i].column.name = names[i];
     std::set<std::string> seen;
@@ -570,12 +589,12 @@ std::string Translator::recursiveTable(const CommonTable& table, const std::stri
         m_with.push_back({&table, name, anchor.columns});
         return query(*operation.right);
     });
-    if (next.columns.size() != anchor.columns.size()) throw sqlError(message::kSetOperationColumnCounts);
+    if (next.columns.size() != anchor.columns.size()) throw sqlError(kSetOperationColumnCounts);
     std::string list;
     for (std::size_t i = 0; i < anchor.columns.size(); ++i) {
         const OutputColumn& output = anchor.columns[i];
         if (output.column.type != next.columns[i].column.type && !next.columns[i].nullLiteral)
-            throw sqlError(message::kRecursiveTypesDiffer, {output.column.name, table.name});
+            throw sqlError(kRecursiveTypesDiffer, {output.column.name, table.name});
         list += output.alias + ", ";
     }
     return "(WITH RECURSIVE " + name + "(" + list + "depth) AS (SELECT " + list + "0 FROM (" + anchor.sql +
@@ -587,7 +606,7 @@ std::string Translator::join(const Join& join) {
     static constexpr std::string_view kSwapped[] = {"", " RIGHT", " LEFT", " FULL", " CROSS"};
     for (const auto& table : m_with)  // outer rows would make the recursion endless
         if (!table.recursive.empty() && join.kind != JoinKind::Inner && join.kind != JoinKind::Cross)
-            throw sqlError(message::kOuterJoinInRecursion, {table.table->name});
+            throw sqlError(kOuterJoinInRecursion, {table.table->name});
     const std::size_t begin = m_scope->sources.size();
     std::string left = tableRef(*join.left);
     const std::size_t middle = m_scope->sources.size();

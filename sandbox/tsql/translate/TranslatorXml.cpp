@@ -49,10 +49,10 @@ QueryText Translator::forXml(const QueryText& rows, const ForXml& xml) const {
         if (xml.path && isContent) {
             content += orNothing(cellText(output, /*attribute=*/false));
         } else if (name.empty()) {
-            throw sqlError(message::kUnnamedXmlColumn);
+            throw sqlError(kUnnamedXmlColumn);
         } else if (!xml.elements || (xml.path && name.starts_with('@'))) {
-            if (content.size() > 2) throw sqlError(message::kAttributeAfterElement, {name});
-            if (xml.row.empty()) throw sqlError(message::kRowTagOmitted);
+            if (content.size() > 2) throw sqlError(kAttributeAfterElement, {name});
+            if (xml.row.empty()) throw sqlError(kRowTagOmitted);
             const std::string tag = quotedText(" " + xmlName(name.substr(xml.path)) + "=\"");
             attributes += orNothing(tag + " || " + cellText(output, /*attribute=*/true) + " || '\"'");
         } else {

@@ -8,7 +8,7 @@ namespace tsql {
 namespace {
 
 Value floatResult(BinaryOp op, double left, double right, const SqlType& type) {
-    if (op == BinaryOp::Divide && right == 0) throw sqlError(message::kDivideByZero);
+    if (op == BinaryOp::Divide && right == 0) throw sqlError(kDivideByZero);
     const double result = op == BinaryOp::Add        ? left + right
                           : op == BinaryOp::Subtract ? left - right
                           : op == BinaryOp::Multiply ? left * right
@@ -41,7 +41,7 @@ SqlType typeOfNumber(std::string_view text) {
     const auto point = std::min(text.find('.'), text.size());
     const auto scale = point == text.size() ? 0 : text.size() - point - 1;
     const auto whole = point - std::min(text.find_first_not_of('0'), point);
-    if (whole + scale > kMostDigits) throw sqlError(message::kNumberTooLong, {text});
+    if (whole + scale > kMostDigits) throw sqlError(kNumberTooLong, {text});
     return decimalType(static_cast<int>(std::max<std::size_t>(1, whole + scale)), static_cast<int>(scale));
 }
 
@@ -79,9 +79,7 @@ Value checkedCell(Int128 number, const SqlType& type) {
 TypedValue numericLiteral(std::string_view text) {
     const SqlType type = typeOfNumber(text);
     Value value = convertValue(text, varcharType(SqlType::kMax), type, kNoStyle, Conversion::Try);
-    if (isNull(value))
-        throw sqlError(type.id == TypeId::Float ? message::kFloatOutOfRange : message::kNumberTooLong,
-                       {text});
+    if (isNull(value)) throw sqlError(type.id == TypeId::Float ? kFloatOutOfRange : kNumberTooLong, {text});
     const auto* integer = std::get_if<std::int64_t>(&value);
     const bool isInt = integer && type.id == TypeId::Decimal && *integer <= INT32_MAX &&
                        text.find('.') == std::string_view::npos;

@@ -160,8 +160,8 @@ DateTime parseDateTime(std::string_view text, const SqlType& from, const SqlType
     DateReader reader(classic ? 3 : 7);
     const bool isDate = reader.read(text, style);
     if (isDate && reader.isInRange()) return reader.result();
-    if (isDate && classic) throw sqlError(message::kDateOutOfRange, {baseName(from.id), baseName(to.id)});
-    throw sqlError(to.id == TypeId::SmallDateTime ? message::kBadSmallDateTimeText : message::kBadDateText);
+    if (isDate && classic) throw sqlError(kDateOutOfRange, {baseName(from.id), baseName(to.id)});
+    throw sqlError(to.id == TypeId::SmallDateTime ? kBadSmallDateTimeText : kBadDateText);
 }
 
 }  // namespace tsql

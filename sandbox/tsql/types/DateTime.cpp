@@ -116,9 +116,9 @@ Style styleFor(int number, const SqlType& type) {
         if (type.id == TypeId::Time) style.date = "";
         if (type.id == TypeId::Date) style.time = "";
         if (!style.date.empty() || !style.time.empty()) return style;
-        throw sqlError(message::kStyleNotSupported, {std::to_string(number), baseName(type.id), "varchar"});
+        throw sqlError(kStyleNotSupported, {std::to_string(number), baseName(type.id), "varchar"});
     }
-    throw sqlError(message::kInvalidStyle, {std::to_string(number), baseName(type.id)});
+    throw sqlError(kInvalidStyle, {std::to_string(number), baseName(type.id)});
 }
 
 std::int64_t dayOfYear(std::int64_t day) {
@@ -229,7 +229,7 @@ std::string toStorage(const DateTime& value, const SqlType& type) {
     const std::int64_t ticks = roundedTicks(value.ticks, type);
     const DateTime rounded{value.days + ticks / DateTime::kTicksPerDay, ticks % DateTime::kTicksPerDay};
     if (type.id == TypeId::Time) return written(kIsoTime, rounded, type.scale);
-    if (!isInRange(rounded, type)) throw sqlError(message::kDateOutOfRange, {"datetime2", baseName(type.id)});
+    if (!isInRange(rounded, type)) throw sqlError(kDateOutOfRange, {"datetime2", baseName(type.id)});
     return written("Y-M-D h:m:s.f", rounded, type.scale);
 }
 
@@ -271,7 +271,7 @@ DateTime dateAdd(DatePart part, std::int64_t number, const DateTime& value, cons
     const DateTime result = facts.months ? addMonths(value, number * facts.months)
                                          : DateTime{static_cast<std::int64_t>((ticks - ofDay) / kDay), ofDay};
     if (type.id != TypeId::Time && !isInRange(result, type))
-        throw sqlError(message::kDateAddOverflow, {baseName(type.id)});
+        throw sqlError(kDateAddOverflow, {baseName(type.id)});
     return result;
 }
 
@@ -283,7 +283,7 @@ std::int64_t dateDiff(DatePart part, const DateTime& start, const DateTime& end)
         return (datePart(DatePart::Year, value) * 12 + monthOf(value.days) - 1) / facts.months;
     };
     const Int128 difference = units(end) - units(start);
-    if (difference > INT64_MAX || difference < INT64_MIN) throw sqlError(message::kDateDiffOverflow);
+    if (difference > INT64_MAX || difference < INT64_MIN) throw sqlError(kDateDiffOverflow);
     return static_cast<std::int64_t>(difference);
 }
 

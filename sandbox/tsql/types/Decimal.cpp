@@ -68,8 +68,7 @@ Int128 rescaled(double value, int toScale) {
 
 Int128 exactResult(BinaryOp op, Int128 left, const SqlType& leftType, Int128 right, const SqlType& rightType,
                    int scale) {
-    if (right == 0 && (op == BinaryOp::Divide || op == BinaryOp::Modulo))
-        throw sqlError(message::kDivideByZero);
+    if (right == 0 && (op == BinaryOp::Divide || op == BinaryOp::Modulo)) throw sqlError(kDivideByZero);
     const auto power = [](int exponent) { return powerOfTen<Wide>(exponent); };
     const int s1 = leftType.scale, s2 = rightType.scale, shift = scale + s2 - s1;
     if (op == BinaryOp::Divide) return bounded(left * power(shift) / (right * power(-shift)));

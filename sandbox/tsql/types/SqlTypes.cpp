@@ -56,18 +56,17 @@ void checkLength(TypeId id, int length) {
     const int most = isNational(id) ? kMaxNational : kMaxBytes;
     const bool mayBeMax = id == TypeId::VarChar || id == TypeId::NVarChar || id == TypeId::VarBinary;
     if (length == SqlType::kMax && mayBeMax) return;
-    if (length < 1) throw sqlError(message::kInvalidLength, {std::to_string(length)});
+    if (length < 1) throw sqlError(kInvalidLength, {std::to_string(length)});
     if (length > most)
-        throw sqlError(message::kSizeExceedsMaximum,
-                       {std::to_string(length), baseName(id), std::to_string(most)});
+        throw sqlError(kSizeExceedsMaximum, {std::to_string(length), baseName(id), std::to_string(most)});
 }
 
 SqlType makeDecimal(std::span<const int> arguments) {
     const int precision = arguments.empty() ? 18 : arguments[0];
     const int scale = arguments.size() < 2 ? 0 : arguments[1];
-    if (precision < 1) throw sqlError(message::kInvalidLength, {std::to_string(precision)});
-    if (precision > kMaxDecimal) throw sqlError(message::kPrecisionTooHigh, {std::to_string(precision)});
-    if (scale > precision || scale < 0) throw sqlError(message::kScaleAbovePrecision);
+    if (precision < 1) throw sqlError(kInvalidLength, {std::to_string(precision)});
+    if (precision > kMaxDecimal) throw sqlError(kPrecisionTooHigh, {std::to_string(precision)});
+    if (scale > precision || scale < 0) throw sqlError(kScaleAbovePrecision);
     return decimalType(precision, scale);
 }
 
@@ -127,15 +126,15 @@ constexpr std::array<std::string_view, 8> kOperatorNames = {"add",    "subtract"
 
 [[noreturn]] void throwWrongOperands(BinaryOp op, const SqlType& left, const SqlType& right) {
     const auto name = kOperatorNames[static_cast<std::size_t>(op)];
-    if (left.id == right.id) throw sqlError(message::kInvalidOperandType, {baseName(left.id), name});
-    throw sqlError(message::kIncompatibleOperands, {baseName(left.id), baseName(right.id), name});
+    if (left.id == right.id) throw sqlError(kInvalidOperandType, {baseName(left.id), name});
+    throw sqlError(kIncompatibleOperands, {baseName(left.id), baseName(right.id), name});
 }
 
 }  // namespace
 
 SqlType makeType(std::string_view name, std::span<const int> arguments, TypeUse use) {
     const auto found = findType(name);
-    if (!found) throw sqlError(message::kUnknownType, {name});
+    if (!found) throw sqlError(kUnknownType, {name});
     const TypeId id = *found;
     if (sameWord(name, "sysname")) return nvarcharType(128);
     if (id == TypeId::Decimal) return makeDecimal(arguments);
@@ -143,15 +142,15 @@ SqlType makeType(std::string_view name, std::span<const int> arguments, TypeUse 
     if (!hasLength(id) && arguments.empty()) return type;
     const int given = arguments.empty() ? 0 : arguments[0];
     if (id == TypeId::Float) {
-        if (given < 1 || given > 53) throw sqlError(message::kInvalidLength, {std::to_string(given)});
+        if (given < 1 || given > 53) throw sqlError(kInvalidLength, {std::to_string(given)});
         return simpleType(given <= 24 ? TypeId::Real : TypeId::Float);
     }
     if (hasScale(id)) {
-        if (given < 0 || given > 7) throw sqlError(message::kInvalidScale, {std::to_string(given), ""});
+        if (given < 0 || given > 7) throw sqlError(kInvalidScale, {std::to_string(given), ""});
         type.scale = static_cast<std::uint8_t>(given);
         return type;
     }
-    if (!hasLength(id)) throw sqlError(message::kTypeWithoutWidth, {name});
+    if (!hasLength(id)) throw sqlError(kTypeWithoutWidth, {name});
     type.length = !arguments.empty() ? given : use == TypeUse::Cast ? 30 : 1;
     checkLength(id, type.length);
     return type;
@@ -196,9 +195,8 @@ ConversionRule conversionRule(TypeId from, TypeId to) {
 void requireImplicit(const SqlType& from, const SqlType& to) {
     const ConversionRule rule = conversionRule(from.id, to.id);
     if (rule != ConversionRule::Implicit)
-        throw sqlError(
-            rule == ConversionRule::Never ? message::kOperandTypeClash : message::kNoImplicitConversion,
-            {baseName(from.id), baseName(to.id)});
+        throw sqlError(rule == ConversionRule::Never ? kOperandTypeClash : kNoImplicitConversion,
+                       {baseName(from.id), baseName(to.id)});
 }
 
 SqlType varcharType(int length) {
@@ -235,8 +233,8 @@ SqlType commonType(const SqlType& left, const SqlType& right, std::string_view o
     const bool meet = conversionRule(low.id, high.id) == ConversionRule::Implicit;
     const bool dates = isDateTime(low.id) && isDateTime(high.id);
     if (!operatorName.empty() && (isLob(low.id) || isLob(high.id) || (dates && !meet)))
-        throw sqlError(message::kIncompatibleOperands, {baseName(left.id), baseName(right.id), operatorName});
-    if (!meet) throw sqlError(message::kOperandTypeClash, {baseName(left.id), baseName(right.id)});
+        throw sqlError(kIncompatibleOperands, {baseName(left.id), baseName(right.id), operatorName});
+    if (!meet) throw sqlError(kOperandTypeClash, {baseName(left.id), baseName(right.id)});
     if (high.id == TypeId::Decimal && isExact(low.id)) return joinDecimals(high, asDecimal(low));
     if ((isText(high.id) && isText(low.id)) || (isBinary(high.id) && isBinary(low.id)))
         return joinLengths(high, left, right);

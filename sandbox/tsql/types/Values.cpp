@@ -21,15 +21,14 @@ std::string_view spoken(const SqlType& type) {
 [[noreturn]] void throwOverflow(const SqlType& from, const SqlType& to) {
     if (from.scale == 0 && !isApproximate(from.id) && isInteger(to.id)) throwOverflow(to);
     const int textState = from.id == TypeId::Decimal ? 5 : 2, scaledState = isApproximate(from.id) ? 6 : 8;
-    throw sqlError(message::kArithmeticOverflow, {spoken(from), spoken(to)},
-                   isText(to.id) ? textState : scaledState);
+    throw sqlError(kArithmeticOverflow, {spoken(from), spoken(to)}, isText(to.id) ? textState : scaledState);
 }
 
 [[noreturn]] void throwBadText(std::string_view text, const SqlType& from, const SqlType& to) {
     if (to.id == TypeId::BigInt || to.id == TypeId::Decimal || isApproximate(to.id))
-        throw sqlError(message::kConversionError, {spoken(from), spoken(to)});
-    if (isMoney(to.id)) throw sqlError(message::kBadMoneyText);
-    throw sqlError(message::kBadTextForType, {spoken(from), text, spoken(to)});
+        throw sqlError(kConversionError, {spoken(from), spoken(to)});
+    if (isMoney(to.id)) throw sqlError(kBadMoneyText);
+    throw sqlError(kBadTextForType, {spoken(from), text, spoken(to)});
 }
 
 [[noreturn]] void throwNotConverted(const SqlType& from, const SqlType& to) {
@@ -89,7 +88,7 @@ class Converter {
         const auto number = static_cast<std::int64_t>(value);
         if (fits(value, m_to)) return number;
         if (isInteger(m_from.id) && m_to.id < TypeId::Int)
-            throw sqlError(message::kOverflowOfValue, {spoken(m_to), std::to_string(number)},
+            throw sqlError(kOverflowOfValue, {spoken(m_to), std::to_string(number)},
                            m_to.id == TypeId::TinyInt ? 2 : 1);
         throwOverflow(m_from, m_to);
     }
@@ -109,9 +108,9 @@ class Converter {
     }
 
     [[noreturn]] void throwTextOverflow() const {
-        if (m_to.id == TypeId::Int) throw sqlError(message::kOverflowOfInt, {spoken(m_from), text()});
+        if (m_to.id == TypeId::Int) throw sqlError(kOverflowOfInt, {spoken(m_from), text()});
         if (m_to.id == TypeId::BigInt) throwOverflow(m_to);
-        throw sqlError(message::kOverflowOfSmallInteger,
+        throw sqlError(kOverflowOfSmallInteger,
                        {spoken(m_from), text(), m_to.id == TypeId::TinyInt ? "INT1" : "INT2"});
     }
 
@@ -128,7 +127,7 @@ class Converter {
         if (m_to.id == TypeId::BigInt) throwOverflow(m_to);
         std::array<char, 400> number{};
         std::snprintf(number.data(), number.size(), "%.6f", real());
-        throw sqlError(message::kOverflowOfType, {spoken(m_to), number.data()},
+        throw sqlError(kOverflowOfType, {spoken(m_to), number.data()},
                        isText(m_to.id) ? 2 : static_cast<int>(m_to.id));
     }
 
@@ -232,12 +231,11 @@ class Converter {
         if (isApproximate(m_from.id) && !isNational(m_to.id)) throwFloatOverflow();
         if (isInteger(m_from.id) || isApproximate(m_from.id)) throwOverflow(m_to);
         if (m_from.id == TypeId::Decimal) throwOverflow(m_from, m_to);
-        if (isMoney(m_from.id)) throw sqlError(message::kNoSpaceForMoney, {spoken(m_to)});
+        if (isMoney(m_from.id)) throw sqlError(kNoSpaceForMoney, {spoken(m_to)});
         if (m_from.id == TypeId::UniqueIdentifier)
-            throw sqlError(message::kInsufficientSpace,
-                           {"result space to convert uniqueidentifier value to char"});
+            throw sqlError(kInsufficientSpace, {"result space to convert uniqueidentifier value to char"});
         const std::string_view kept = characters(result, 0, limit);
-        if (m_assign && trimRight(result).size() > kept.size()) throw sqlError(message::kTruncation);
+        if (m_assign && trimRight(result).size() > kept.size()) throw sqlError(kTruncation);
         return std::string(kept);
     }
 
@@ -302,7 +300,7 @@ class Converter {
         try {
             return toStorage(value, m_to);
         } catch (const SqlError&) {
-            throw sqlError(message::kDateOutOfRange, {spoken(m_from), spoken(m_to)});
+            throw sqlError(kDateOutOfRange, {spoken(m_from), spoken(m_to)});
         }
     }
 
@@ -319,7 +317,7 @@ class Converter {
         std::string result = toUpper(rest.substr(0, 36)), digits;
         for (std::size_t i = 0; i < result.size(); ++i)
             if (std::ranges::find(kDashes, i) == kDashes.end() || result[i] != '-') digits += result[i];
-        if (digits.size() != 32 || !parseHex(digits)) throw sqlError(message::kBadUniqueIdentifier);
+        if (digits.size() != 32 || !parseHex(digits)) throw sqlError(kBadUniqueIdentifier);
         return result;
     }
 
@@ -330,8 +328,7 @@ class Converter {
 
     Value identifierFromBinary() const {
         if (blob().size() < 16)
-            throw sqlError(message::kInsufficientSpace,
-                           {"data to convert a binary value to uniqueidentifier"});
+            throw sqlError(kInsufficientSpace, {"data to convert a binary value to uniqueidentifier"});
         Bytes written;
         for (const std::size_t from : kIdentifierOrder) written += blob()[from];
         std::string result = hexDigits(written);
@@ -344,7 +341,7 @@ class Converter {
         if (m_to.length <= 0) return bytes;
         const auto limit = static_cast<std::size_t>(m_to.length);
         const bool number = isNumber(m_from.id);
-        if (bytes.size() > limit && m_assign && !number) throw sqlError(message::kTruncation);
+        if (bytes.size() > limit && m_assign && !number) throw sqlError(kTruncation);
         // Numbers are truncated on the left, other values on the right.
         if (bytes.size() > limit)
             bytes = number ? bytes.substr(bytes.size() - limit) : bytes.substr(0, limit);
@@ -379,7 +376,7 @@ class Converter {
         const bool prefixed = digits.size() >= 2 && digits[0] == '0' && (digits[1] | 32) == 'x';
         if (prefixed && m_style == 1) digits.remove_prefix(2);
         if (auto parsed = parseHex(digits); parsed && prefixed == (m_style == 1)) return *parsed;
-        throw sqlError(message::kConversionError, {spoken(m_from), spoken(m_to)});
+        throw sqlError(kConversionError, {spoken(m_from), spoken(m_to)});
     }
 
     Bytes bytesOfIdentifier() const {
@@ -401,7 +398,7 @@ class Converter {
 }  // namespace
 
 void throwOverflow(const SqlType& type) {
-    throw sqlError(message::kArithmeticOverflow, {"expression", spoken(type)});
+    throw sqlError(kArithmeticOverflow, {"expression", spoken(type)});
 }
 
 std::string hexDigits(std::span<const std::byte> bytes) {
@@ -437,15 +434,15 @@ Value convertValue(const CellView& value, const SqlType& from, const SqlType& to
                    Conversion kind) {
     if (isNull(value)) return Null{};
     if (conversionRule(from.id, to.id) == ConversionRule::Never)
-        throw sqlError(message::kNoExplicitConversion, {spoken(from), spoken(to)});
+        throw sqlError(kNoExplicitConversion, {spoken(from), spoken(to)});
     try {
         return Converter(value, from, to, style, kind == Conversion::Assign).run();
     } catch (const SqlError& error) {
-        const bool isMisuse = error.number == message::kUserDefined || error.number == message::kInvalidStyle;
+        const bool isMisuse = error.number == kUserDefined || error.number == kInvalidStyle;
         if (kind != Conversion::Try || isMisuse) throw;
         return Null{};
     } catch (const std::bad_variant_access&) {
-        throw sqlError(message::kConversionError, {spoken(from), spoken(to)});
+        throw sqlError(kConversionError, {spoken(from), spoken(to)});
     }
 }
 

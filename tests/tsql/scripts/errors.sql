@@ -55,7 +55,7 @@ SELECT 1
 WHERE 'a' COLLATE Latin1_General_BIN = 'A' --> Msg 50000, Level 16, State 1, Line 2: tsqlbox does not support a collation other than those named ..._CI_AS.
 DECLARE cur CURSOR FOR SELECT 1 -->
 DECLARE @t TABLE (x int AS y) --> Msg 156, Level 15, State 1, Line 1: Incorrect syntax near the keyword 'AS'.
-SELECT TOP 10 PERCENT id FROM c --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support TOP ... PERCENT.
+DELETE TOP (10) PERCENT FROM c --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support TOP ... PERCENT of a change.
 SET NOSUCH ON --> Msg 195, Level 15, State 7, Line 1: 'NOSUCH' is not a recognized SET option.
 -- Options and hints that would change a result are rejected, others ignored.
 SET NOCOUNT 5 --> Msg 50000, Level 16, State 1, Line 2: tsqlbox does not support SET NOCOUNT 5.

@@ -19,7 +19,7 @@ DECLARE @top int = -5 SELECT TOP (@top) 1 AS a --> Msg 127, Level 15, State 1, L
 SELECT DISTINCT a FROM (SELECT 1 AS a, 2 AS b) q ORDER BY b --> Msg 145, Level 15, State 1, Line 1: ORDER BY items must appear in the select list if SELECT DISTINCT is specified.
 SELECT FORMAT(GETDATE(), 'd') --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support FORMAT.
 SELECT 1 WHERE 1 > ALL (SELECT 1) --> - int (0 rows)
-SELECT TOP 1 WITH TIES 1 AS a ORDER BY a --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support TOP ... WITH TIES.
+SELECT TOP 1 WITH TIES 1 AS a ORDER BY a --> a int = 1 (1 rows)
 SELECT * FROM (SELECT 1 AS a) q CROSS APPLY (SELECT 2 AS b) r --> a int = 1 | b int = 2 (1 rows)
 SELECT q.n, s.value FROM (VALUES (1, 'a,b'), (2, NULL), (3, 'c')) q (n, list) CROSS APPLY STRING_SPLIT(q.list, ',') s WHERE s.value <> 'b' --> n int | value varchar(3)? = 1 | a; 3 | c (2 rows)
 SELECT t.value, u.value FROM STRING_SPLIT('a b', ' ') t JOIN STRING_SPLIT('b c', ' ') u ON t.value = u.value CROSS APPLY STRING_SPLIT(t.value + '-' + u.value, '-') v --> value varchar(3)? | value varchar(3)? = b | b; b | b (2 rows)
@@ -81,7 +81,7 @@ SELECT g, SUM(x) s FROM (VALUES (1, 2), (1, 3), (2, 9)) v (g, x) GROUP BY g HAVI
 SELECT a FROM (VALUES (1), (2), (3)) v (a) WHERE a = ANY (SELECT b FROM (VALUES (1, 1), (3, 2)) w (b, c) WHERE w.c <= v.a) --> a int = 1; 3 (2 rows)
 SELECT 1 WHERE 1 = ALL (SELECT 1, 2) --> Msg 116, Level 16, State 1, Line 1: Only one expression can be specified in the select list when the subquery is not introduced with EXISTS.
 SELECT TOP 100 PERCENT a FROM (VALUES (1), (2)) v (a) ORDER BY a DESC --> a int = 2; 1 (2 rows)
-SELECT TOP (50) PERCENT a FROM (VALUES (1), (2)) v (a) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support TOP ... PERCENT.
+SELECT TOP (50) PERCENT a FROM (VALUES (1), (2)) v (a) --> a int = 1 (1 rows)
 CREATE TABLE topped (n int IDENTITY, a int DEFAULT 7) -->
 INSERT TOP (2) INTO topped (a) VALUES (1), (2), (3) --> (2 changed)
 INSERT TOP (1) topped (a) OUTPUT inserted.n, inserted.a SELECT 4 UNION ALL SELECT 5 --> n int* = 3 | a int? = 4 (1 rows)

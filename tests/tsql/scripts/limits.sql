@@ -45,7 +45,5 @@ SELECT LEN(t) FROM #text
 -- valid statements that are not supported say so
 SELECT GETDATE() AT TIME ZONE 'UTC' --> Msg 50000, Level 16, State 1, Line 2: tsqlbox does not support AT TIME ZONE.
 SELECT {fn NOW()} --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support an ODBC escape sequence such as {fn ...}.
-SELECT 1 FROM sys.tables GROUP BY GROUPING SETS ((name), ()) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support GROUP BY with GROUPING SETS, CUBE or ROLLUP.
-SELECT 1 FROM sys.tables GROUP BY ROLLUP (name) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support GROUP BY with GROUPING SETS, CUBE or ROLLUP.
 SELECT * FROM sys.tables AS x PIVOT (COUNT(name) FOR schema_id IN ([1])) p --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support PIVOT.
 SELECT $IDENTITY FROM sys.tables --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support $IDENTITY.

@@ -103,8 +103,8 @@ Place placeOfLexicalError(std::string_view text, const tsql::SyntaxError& error)
     const std::string_view message = error.what();
     const std::size_t quote = message.find('\'');
     const std::string_view quoted = quote == message.npos ? "" : message.substr(quote + 1, 1);
-    std::size_t at = text.find(error.number == tsql::message::kMissingEndOfComment ? "/*" : quoted, start);
-    if (error.number == tsql::message::kUnclosedQuotationMark) at = text.find_first_of("'\"[", start);
+    std::size_t at = text.find(error.number == tsql::kMissingEndOfComment ? "/*" : quoted, start);
+    if (error.number == tsql::kUnclosedQuotationMark) at = text.find_first_of("'\"[", start);
     at = std::min(at, text.size());
     return {at == text.size() ? start : at, text.substr(at, 1)};
 }
