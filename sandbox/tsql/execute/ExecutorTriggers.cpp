@@ -113,6 +113,8 @@ Flow Executor::withTriggers(const TableInfo& target, StatementKind kind, const W
         addFiring({target, kVerbs[static_cast<int>(kind)], updated}, firings);
     const bool ownTriggers = !firings.empty() && !firings.front().triggers.empty();
     if (output && !output->into && ownTriggers) throw sqlError(kOutputOfTriggers, {target.name});
+    if (output && ownTriggers && isInsteadOf(firings.front().triggers.front()))
+        throw unsupported("OUTPUT of a change that a trigger replaces");
     std::erase_if(firings, [](const Firing& each) { return each.triggers.empty(); });
     if (firings.empty())
         change(target);

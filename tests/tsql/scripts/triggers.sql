@@ -480,3 +480,11 @@ PRINT 'disabled'
 INSERT u (x) VALUES (1)
 ENABLE TRIGGER ALL ON u
 UPDATE STATISTICS u --> disabled (1 changed)
+CREATE TABLE replaced (id int PRIMARY KEY, v int)
+CREATE TABLE replacedLog (id int, v int)
+INSERT replaced VALUES (1, 1) --> (1 changed)
+CREATE TRIGGER replaced_i ON replaced INSTEAD OF INSERT, UPDATE, DELETE AS PRINT 'replaced' -->
+INSERT replaced OUTPUT inserted.id, inserted.v INTO replacedLog VALUES (2, 2)
+SELECT * FROM replacedLog --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support OUTPUT of a change that a trigger replaces.
+UPDATE replaced SET v = 9 OUTPUT inserted.id, inserted.v INTO replacedLog --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support OUTPUT of a change that a trigger replaces.
+DELETE replaced OUTPUT deleted.id, deleted.v INTO replacedLog --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support OUTPUT of a change that a trigger replaces.
