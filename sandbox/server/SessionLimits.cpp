@@ -34,6 +34,13 @@ void* operator new(std::size_t bytes) {
     return memory;
 }
 
+// The library's own calls the one above, but that of the address sanitizer does not.
+void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept try {
+    return operator new(bytes);
+} catch (const std::bad_alloc&) {
+    return nullptr;
+}
+
 void operator delete(void* memory) noexcept {
     memoryUsed -= static_cast<std::int64_t>(malloc_usable_size(memory));
     std::free(memory);
