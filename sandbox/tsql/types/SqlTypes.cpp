@@ -134,6 +134,10 @@ constexpr std::array<std::string_view, 8> kOperatorNames = {"add",    "subtract"
 
 SqlType makeType(std::string_view name, std::span<const int> arguments, TypeUse use) {
     const auto found = findType(name);
+    constexpr std::string_view kMissing =
+        " datetimeoffset geography geometry hierarchyid rowversion sql_variant timestamp ";
+    if (!found && kMissing.find(" " + lowerAscii(name) + " ") != kMissing.npos)
+        throw unsupported(lowerAscii(name) + " as a type");
     if (!found) throw sqlError(kUnknownType, {name});
     const TypeId id = *found;
     if (sameWord(name, "sysname")) return nvarcharType(128);
