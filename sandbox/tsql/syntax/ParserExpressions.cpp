@@ -347,6 +347,7 @@ ExprPtr Parser::primary() {
     }
     if (token.kind == TokenKind::Global) return make(token.line, VariableRef{std::string(takeToken().raw)});
     if (at("(")) return inParentheses(*this);
+    for (const auto word : {"CONTAINS", "FREETEXT"}) throwIfAt(word, word);
     if (at("CASE")) return caseOf(*this);
     if (accept("NEXT VALUE FOR")) {
         ExprPtr next = make(token.line, NextValue{objectName()});

@@ -217,6 +217,7 @@ QueryPtr rowValues(Parser& in) {
 TableRefPtr joins(Parser& in);
 
 TableRefPtr tableRef(Parser& in) {
+    for (const auto word : {"OPENROWSET", "OPENQUERY", "OPENJSON", "OPENXML"}) in.throwIfAt(word, word);
     const bool values = in.at("( VALUES");
     if (in.at("(") && !values && !in.atQuery()) return in.parenthesized([&] { return joins(in); });
     auto table = std::make_unique<TableRef>();
@@ -252,7 +253,7 @@ std::optional<JoinKind> acceptJoin(Parser& in, bool applies) {
 TableRefPtr joins(Parser& in) {
     const Temporarily deeper(in.m_depth, in.nextDepth());
     TableRefPtr left = tableRef(in);
-    for (const auto word : {"PIVOT", "UNPIVOT"}) in.throwIfAt(word, word);
+    for (const auto word : {"PIVOT", "UNPIVOT", "TABLESAMPLE", "FOR SYSTEM_TIME"}) in.throwIfAt(word, word);
     for (int chain = 0;; in.checkChain(++chain)) {
         const bool applies = in.at("CROSS APPLY") || in.at("OUTER APPLY");
         const auto kind = acceptJoin(in, applies);
@@ -312,6 +313,7 @@ QueryPtr Parser::subquery() {
 
 std::vector<CommonTable> Parser::commonTables() {
     if (!accept("WITH")) return {};
+    throwIfAt("XMLNAMESPACES", "WITH XMLNAMESPACES");
     std::set<std::string> names;
     return list([this, &names] {
         CommonTable table;

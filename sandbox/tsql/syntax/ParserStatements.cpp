@@ -190,8 +190,7 @@ Statement::Node tryCatch(Parser& in) {
 Statement::Node returnValue(Parser& in) {
     const bool ends = in.peek().kind == TokenKind::End || in.at(";") || in.at(")");
     constexpr std::string_view kBegins =
-        "CASE NULL CONVERT TRY_CONVERT COALESCE NULLIF LEFT RIGHT "
-        "CURRENT_TIMESTAMP";
+        "CASE NULL CONVERT TRY_CONVERT COALESCE NULLIF LEFT RIGHT CURRENT_TIMESTAMP";
     if (ends || (in.peek().reserved && !hasWord(kBegins, toUpper(in.peek().raw)))) return Return{};
     if (!in.m_module || in.m_module->isTrigger() || in.m_module->rows) in.throwError(kReturnWithValueHere);
     return Return{in.expression()};

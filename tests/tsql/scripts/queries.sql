@@ -88,3 +88,7 @@ SELECT a FROM (VALUES (1, 2), (3)) v (a, b) --> Msg 10709, Level 15, State 1, Li
 SELECT 1 WHERE 'on' 
  --> Msg 4145, Level 15, State 1, Line 2: An expression of non-boolean type specified in a context where a condition is expected, near 'on'.
 BEGIN PRINT 'no end' --> Msg 102, Level 15, State 1, Line 1: Incorrect syntax near 'no end'.
+SELECT * FROM OPENJSON('[1]') --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support OPENJSON.
+SELECT 1 FROM sys.objects TABLESAMPLE (10 PERCENT) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support TABLESAMPLE.
+SELECT 1 FROM sys.objects WHERE CONTAINS(name, 'x') --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support CONTAINS.
+WITH XMLNAMESPACES ('u' AS n) SELECT 1 --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support WITH XMLNAMESPACES.
