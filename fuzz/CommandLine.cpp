@@ -2,8 +2,8 @@
 // arguments.
 #include <algorithm>
 
-#include "process/CommandLine.h"
 #include "Fuzz.h"
+#include "process/CommandLine.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     std::vector<std::string> arguments;
