@@ -1,6 +1,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <fstream>
 
 #include "DVUtilities/Diagnostics.h"
@@ -36,6 +37,12 @@ std::string hashOf(const std::string& text) {
     return support::runProgram({"sha256sum"}, options).output.substr(0, 64);
 }
 
+// Of the clock that records use: time() may be a few milliseconds behind it.
+std::int64_t millisecondsNow() {
+    using namespace std::chrono;
+    return duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
+}
+
 TEST_F(RunRecords, SayWhatRanAndHow) {
     const std::string package = writeEcho();
     const std::string broken = writePackage(
@@ -58,7 +65,7 @@ TEST_F(RunRecords, SayWhatRanAndHow) {
     std::size_t runs = 0;
     for (const auto& c : cases) {
         SCOPED_TRACE(c.script + " " + c.argument);
-        const std::int64_t before = std::time(nullptr);
+        const std::int64_t before = millisecondsNow();
         const Result result = c.isPackage ? runPackage(c.script, {c.argument})
                                           : runProcedure(c.script.c_str(), 1, c.argument.c_str());
         EXPECT_EQ(result.done, c.succeeds) << result.output;
@@ -80,8 +87,7 @@ TEST_F(RunRecords, SayWhatRanAndHow) {
         EXPECT_EQ(record.database, "Dorvas");
         EXPECT_EQ(record.server, s_box->server());
         EXPECT_EQ(record.process, getpid());
-        EXPECT_TRUE(record.start / 1000 >= before && record.start <= record.end &&
-                    record.end / 1000 <= std::time(nullptr));
+        EXPECT_TRUE(before <= record.start && record.start <= record.end && record.end <= millisecondsNow());
         EXPECT_FALSE(record.user.empty() || record.host.empty());
     }
     struct stat status {};
