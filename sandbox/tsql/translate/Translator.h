@@ -192,6 +192,7 @@ class Translator {
     QueryText select(const Select& select, const Query& query);
     QueryText assignInOrder(const Select& select, const Query& query, const std::string& rows);
     QueryText setOperation(const SetOperation& operation, const Query& query);
+    std::string selectList(const Select& select, bool topLevel, int nextValue, QueryText& text);
     void selectItem(const SelectItem& item, QueryText& text, std::string& list, bool collate);
     void star(const SelectItem& item, QueryText& text, std::string& list, bool collate);
     void addOutput(QueryText& text, std::string& list, Column column, const std::string& sql);

@@ -1,4 +1,3 @@
-#include "functions/MissingFunctions.h"
 #include "translate/Translator.h"
 
 namespace tsql {

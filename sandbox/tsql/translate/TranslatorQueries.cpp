@@ -98,7 +98,6 @@ QueryText Translator::query(const Query& query) {
 
 QueryText Translator::select(const Select& select, const Query& query) {
     const bool topLevel = std::exchange(m_topLevel, false);
-    const std::size_t assigned = m_assignments.size();
     if (m_scope && m_scope->aggregateDepth > 0) throw sqlError(kAggregateOfAggregate);
     Scope scope;
     scope.outer = m_scope;
@@ -119,18 +118,7 @@ QueryText Translator::select(const Select& select, const Query& query) {
     const bool grouped = !select.groupBy.empty() || select.having || select.sets > 1;
     if (m_sorted && !m_live.empty() && topLevel && !grouped && !select.distinct)
         return assignInOrder(select, query, fromSql + whereSql);
-    std::string list;
-    scope.windows = true;
-    m_nextValue = clause.before == kNextValueInClause ? kNextValueInSubquery
-                  : clause.before                     ? clause.before
-                  : select.distinct                   ? kNextValueOfSet
-                  : m_sorted                          ? kNextValueWithOrderBy
-                                                      : 0;
-    for (const auto& item : select.items) selectItem(item, text, list, select.distinct);
-    m_nextValue = kNextValueInClause;
-    scope.windows = false;
-    if (m_assignments.size() > assigned && (!topLevel || m_assignments.size() != text.columns.size()))
-        throw sqlError(kAssignmentAmongResults);
+    std::string list = selectList(select, topLevel, clause.before, text);
     refuseLooseColumns(kUngroupedInSelect, grouped);
     const bool listHasAggregate = scope.sawAggregate;
     const std::string havingSql = select.having ? " HAVING " + condition(*select.having) : "";
@@ -150,9 +138,8 @@ QueryText Translator::select(const Select& select, const Query& query) {
     if (!depth.empty() && notInRecursion) throw sqlError(notInRecursion, {m_with.back().table->name});
     if (!depth.empty()) list += ", " + depth;
     std::string rows = fromSql + whereSql + groupSql + havingSql;
-    if (grouped && select.groupBy.empty() &&
-        !listHasAggregate)  // SQLite detects grouping only in the select list
-        rows = " FROM (SELECT count(*)" + rows + ")";
+    // SQLite detects grouping only in the select list.
+    if (grouped && select.groupBy.empty() && !listHasAggregate) rows = " FROM (SELECT count(*)" + rows + ")";
     text.sql = select.distinct && hasVarBinary(text)
                    ? distinctRows("SELECT " + list + rows, text)
                    : std::string("SELECT ") + (select.distinct ? "DISTINCT " : "") + list + keys + rows;
@@ -161,6 +148,24 @@ QueryText Translator::select(const Select& select, const Query& query) {
         text.sql = "SELECT " + commaList(text.columns, &OutputColumn::alias) + " FROM (" + text.sql + ")";
     text.oneRow = select.groupBy.empty() && (scope.sawAggregate || select.from.empty());
     return text;
+}
+
+// nextValue: the error for NEXT VALUE FOR where the query stands, 0 for none.
+std::string Translator::selectList(const Select& select, bool topLevel, int nextValue, QueryText& text) {
+    const std::size_t assigned = m_assignments.size();
+    std::string list;
+    m_scope->windows = true;
+    m_nextValue = nextValue == kNextValueInClause ? kNextValueInSubquery
+                  : nextValue                     ? nextValue
+                  : select.distinct               ? kNextValueOfSet
+                  : m_sorted                      ? kNextValueWithOrderBy
+                                                  : 0;
+    for (const auto& item : select.items) selectItem(item, text, list, select.distinct);
+    m_nextValue = kNextValueInClause;
+    m_scope->windows = false;
+    if (m_assignments.size() > assigned && (!topLevel || m_assignments.size() != text.columns.size()))
+        throw sqlError(kAssignmentAmongResults);
+    return list;
 }
 
 // SELECT @v = @v + a FROM t ORDER BY b. Rows are sorted before the first value is computed.
