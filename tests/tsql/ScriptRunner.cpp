@@ -35,8 +35,11 @@ struct Note {
 };
 constexpr Note kNotes[] = {
     {1750, 16, 1, "Could not create constraint or index. See previous errors."},
+    {2528, 0, 1,
+     "DBCC execution completed. If DBCC printed error messages, contact your system administrator."},
     {3621, 0, 0, "The statement has been terminated."},
     {8153, 0, 1, "Warning: Null value is eliminated by an aggregate or other SET operation."},
+    {15477, 0, 1, "Caution: Changing any part of an object name could break scripts and stored procedures."},
 };
 
 bool isNote(const Message& message) {
@@ -46,8 +49,8 @@ bool isNote(const Message& message) {
     });
 }
 
-// Bytes of a short result set: heading and rows on one line.
-constexpr std::size_t kLongestOneLine = 120;
+// Bytes of a line that holds several lines of output, or the heading and the rows of a result set.
+constexpr std::size_t kFullLine = 120;
 
 class PrintingSink final : public ResultSink {
   public:
@@ -111,7 +114,7 @@ class PrintingSink final : public ResultSink {
         if (rows.size() == 1) {
             for (std::size_t i = 0; i < heading.size(); ++i) heading[i] += " = " + m_rows.front()[i];
             m_lines.push_back(joined(heading, " | "));
-        } else if (rows.size() > 1 && onOneLine.size() <= kLongestOneLine) {
+        } else if (rows.size() > 1 && onOneLine.size() <= kFullLine) {
             m_lines.push_back(onOneLine);
         } else {
             m_lines.push_back(joined(heading, " | "));
@@ -149,13 +152,29 @@ std::string_view cutLine(std::string_view& text) {
     return line;
 }
 
-// At most one line of output goes to the end of the batch's last line.
+// The output in lines that each begin with a mark. Short ones share a line.
+std::string markedLines(std::string_view output) {
+    std::string lines(kOutputMark);
+    std::size_t lineStart = 0;
+    bool isFirst = true;
+    while (!output.empty()) {
+        const std::string_view line = cutLine(output);
+        if (!isFirst) {
+            const bool fits = lines.size() - lineStart + kOutputOnLine.size() + line.size() < kFullLine;
+            if (!fits) lineStart = lines.size() + 1;
+            lines.append(fits ? " " : "\n").append(kOutputMark);
+        }
+        lines.append(" ").append(line);
+        isFirst = false;
+    }
+    return lines + '\n';
+}
+
+// A single line of output goes to the end of the batch's last line.
 std::string withOutput(std::string batch, std::string_view output) {
-    const bool onLine = output.find('\n') + 1 >= output.size();
-    if (onLine) batch.back() = ' ';
-    do batch.append(kOutputMark).append(output.empty() ? "" : " ").append(cutLine(output)) += '\n';
-    while (!output.empty());
-    return batch;
+    const std::string lines = markedLines(output);
+    if (lines.find('\n') + 1 == lines.size()) batch.back() = ' ';
+    return batch + lines;
 }
 
 }  // namespace

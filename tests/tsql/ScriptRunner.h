@@ -16,13 +16,14 @@ namespace tsql::test {
 //   name type | name type = value | value; value | value   a short one of several rows
 //   Msg 208, Level 16, State 1, Line 2[, Procedure p]: text, or the text alone of an informational message
 //   USE database
-// Row counts, "(3 rows)" or "(3 changed)", and messages 1750, 3621 and 8153 are added to the line before; the
-// messages as "(3621)", or "(8153, Line 4)" if the message before came from another line of the batch.
+// Row counts, "(3 rows)" or "(3 changed)", and messages that only add to others (1750, 2528, 3621, 8153,
+// 15477) are added to the line before; the messages as "(3621)", or "(8153, Line 4)" if the message before
+// came from another line of the batch.
 std::string runBatch(tsql::Session& session, std::string_view batch);
 
-// Runs every batch of a script and returns the script with their current output. A batch ends at its recorded
-// output: " -->" on its last line for at most one line of output, else lines that begin with "-->". A line
-// "GO" ends a batch that has no recorded output.
+// Runs every batch of a script and returns the script with their current output, each line of it behind
+// "-->". Short lines share one. A batch ends at its recorded output, which begins on its last line or below
+// it. A line "GO" ends a batch that has no recorded output.
 std::string runScript(tsql::Session& session, std::string_view script);
 
 // The batches of a script, without their recorded output.

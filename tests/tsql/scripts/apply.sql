@@ -23,9 +23,7 @@ DECLARE @least int = 11
 ;WITH late AS (SELECT * FROM purchase WHERE id >= @least)
 SELECT c.id, l.id, l.r FROM customer c CROSS APPLY (SELECT id, ROW_NUMBER() OVER (ORDER BY id DESC) AS r FROM late WHERE customer = c.id AND id >= @least EXCEPT SELECT 13, 1) l ORDER BY 1, 2 --> id int | id int | r bigint? = 1 | 11 | 2; 1 | 12 | 1 (2 rows)
 SELECT COUNT(*) a FROM customer a CROSS APPLY customer b
-SELECT COUNT(*) a FROM customer a OUTER APPLY (SELECT 1 AS x WHERE 1 = 0) b
---> a int? = 9 (1 rows)
---> a int? = 3 (1 rows)
+SELECT COUNT(*) a FROM customer a OUTER APPLY (SELECT 1 AS x WHERE 1 = 0) b --> a int? = 9 (1 rows) --> a int? = 3 (1 rows)
 -- inline functions with columns as arguments
 CREATE FUNCTION purchasesOf (@customer int, @most int = 1) RETURNS TABLE AS RETURN (SELECT TOP (@most) id, amount FROM purchase WHERE customer = @customer ORDER BY id DESC) -->
 SELECT c.id, p.id, p.amount FROM customer c OUTER APPLY dbo.purchasesOf(c.id, 2) p ORDER BY 1, 2
@@ -48,21 +46,10 @@ DECLARE @all nvarchar(99) = N'' SELECT @all += x.n + N';' FROM customer c CROSS 
 SELECT c.id, k.* FROM customer c CROSS APPLY (SELECT TOP 2 id, note FROM purchase ORDER BY ABS(id - 10 - c.id), id) k ORDER BY 1, 2
 SELECT c.id, k.* FROM customer c CROSS APPLY (SELECT customer, note + c.name AS n, COUNT(*) m FROM purchase GROUP BY customer, note ORDER BY note + c.name DESC OFFSET 1 ROWS FETCH NEXT 1 ROWS ONLY) k ORDER BY 1
 SELECT c.id, (SELECT TOP 1 id FROM purchase ORDER BY CASE customer WHEN c.id THEN 0 ELSE 1 END, id DESC) l FROM customer c WHERE 10 IN (SELECT TOP 1 id FROM purchase ORDER BY ABS(id - c.id * 10)) ORDER BY 1
---> id int | id int | note varchar(9)?
---> 1 | 10 | a
---> 1 | 11 | B
---> 2 | 11 | B
---> 2 | 12 | é"\,
---> 11 | 12 | é"\,
---> 11 | 13 | NULL
---> 12 | 12 | é"\,
---> 12 | 13 | NULL (8 rows)
---> id int | customer int? | n nvarchar(29)? | m int?
---> 1 | 1 | BAda a | 1
---> 2 | 1 | BBob | 1
---> 11 | 1 | BAda a | 1
---> 12 | 1 | BBob | 1 (4 rows)
---> id int = 1 | l int? = 12 (1 rows)
+--> id int | id int | note varchar(9)? --> 1 | 10 | a --> 1 | 11 | B --> 2 | 11 | B --> 2 | 12 | é"\,
+--> 11 | 12 | é"\, --> 11 | 13 | NULL --> 12 | 12 | é"\, --> 12 | 13 | NULL (8 rows)
+--> id int | customer int? | n nvarchar(29)? | m int? --> 1 | 1 | BAda a | 1 --> 2 | 1 | BBob | 1
+--> 11 | 1 | BAda a | 1 --> 12 | 1 | BBob | 1 (4 rows) --> id int = 1 | l int? = 12 (1 rows)
 CREATE FUNCTION nearest (@to int) RETURNS TABLE AS RETURN SELECT TOP 1 id FROM purchase ORDER BY ABS(id - @to), id -->
 SELECT c.id, n.id FROM customer c CROSS APPLY dbo.nearest(c.id + 10) n ORDER BY 1 --> id int | id int = 1 | 11; 2 | 12; 11 | 13; 12 | 13 (4 rows)
 -- outer joins around, a table before a comma, a recursive common table expression

@@ -24,13 +24,7 @@ EXEC sp_executesql N'PRINT @@NESTLEVEL'
 --> - int? = 3 | - int? = 3 (1 rows)
 --> Msg 8162, Level 16, State 2, Line 0, Procedure add_up: The formal parameter "@b" was not declared as an OUTPUT parameter, but the actual parameter passed in requested output.
 --> Msg 2812, Level 16, State 62, Line 10: Could not find stored procedure 'nosuch'.
---> - int? = 0 | - int? = 42 (1 rows)
---> plain
---> - int? = 0 (1 rows)
---> 7
---> a
---> 2
---> 2
+--> - int? = 0 | - int? = 42 (1 rows) --> plain --> - int? = 0 (1 rows) --> 7 --> a --> 2 --> 2
 CREATE OR ALTER PROCEDURE add_up AS
 PRINT 'changed' -->
 add_up
@@ -40,10 +34,7 @@ CREATE TABLE plain (x int)
 EXEC sp_helptext plain
 EXEC sp_nosuch
 DROP PROCEDURE add_up, add_up2
---> changed
---> Text nvarchar(255)? = CREATE OR ALTER PROCEDURE add_up AS
---> ; PRINT 'changed'
--->  (2 rows)
+--> changed --> Text nvarchar(255)? = CREATE OR ALTER PROCEDURE add_up AS --> ; PRINT 'changed' -->  (2 rows)
 --> Msg 15009, Level 16, State 1, Line 3: The object 'nosuch' does not exist in database 'master' or is invalid for this operation.
 --> Msg 15197, Level 16, State 1, Line 5: There is no text for object 'plain'.
 --> Msg 2812, Level 16, State 62, Line 6: Could not find stored procedure 'sp_nosuch'.
@@ -66,10 +57,7 @@ SELECT @r
 --> Msg 3918, Level 16, State 1, Line 2: The statement or function must be executed in the context of a user transaction.
 --> - int? = -999 (1 rows)
 --> Msg 1225, Level 16, State 1, Line 4: An invalid application lock mode was passed to sp_getapplock.
---> - int? = -999 (1 rows)
---> - int? = 0 (1 rows)
---> - int? = 0 (1 rows)
---> - int? = 0 (1 rows)
+--> - int? = -999 (1 rows) --> - int? = 0 (1 rows) --> - int? = 0 (1 rows) --> - int? = 0 (1 rows)
 --> - int? = 0 (1 rows)
 --> Msg 1223, Level 16, State 1, Line 14: Cannot release the application lock (Database Principal: 'public', Resource: 'job') because it is not currently held.
 --> - int? = -999 (1 rows)
@@ -92,8 +80,7 @@ PRINT 'not reached'
 --> Msg 8162, Level 16, State 2, Line 0, Procedure fit: The formal parameter "@b" was not declared as an OUTPUT parameter, but the actual parameter passed in requested output.
 --> Msg 214, Level 16, State 2, Line 5: Procedure expects parameter '@statement' of type 'ntext/nchar/nvarchar'.
 --> Msg 8178, Level 16, State 1, Line 6: The parameterized query '(@x int)SELECT @x' expects the parameter '@x', which was not supplied.
---> Msg 8134, Level 16, State 1, Line 1: Divide by zero error encountered.
---> 8134
+--> Msg 8134, Level 16, State 1, Line 1: Divide by zero error encountered. --> 8134
 --> Msg 156, Level 15, State 1, Line 1: Incorrect syntax near the keyword 'FROM'.
 --> Msg 8114, Level 16, State 5, Line 0, Procedure fit: Error converting data type varchar to int.
 EXEC fit @a = 1, 'b' --> Msg 119, Level 15, State 1, Line 1: Must pass parameter number 2 and subsequent parameters as '@name = value'. After the form '@name = value' has been used, all subsequent parameters must be passed in the form '@name = value'.
@@ -114,14 +101,10 @@ INSERT #rows EXEC ('CREATE TABLE undone (a int) SELECT 1, 2')
 --> Msg 213, Level 16, State 1, Line 7: Column name or number of supplied values does not match table definition.
 SELECT a, OBJECT_ID('undone'), @@TRANCOUNT FROM #rows --> a int? = 1 | - int? = NULL | - int? = 0 (1 rows)
 CREATE PROCEDURE seven AS SELECT 1 UNION SELECT 2 RETURN 7 -->
-EXEC seven SELECT @@ROWCOUNT
---> - int = 1; 2 (2 rows)
---> - int? = 1 (1 rows)
+EXEC seven SELECT @@ROWCOUNT --> - int = 1; 2 (2 rows) --> - int? = 1 (1 rows)
 CREATE PROCEDURE who_am_i AS PRINT OBJECT_NAME(@@PROCID) -->
 EXEC who_am_i
-PRINT @@PROCID
---> who_am_i
---> 0
+PRINT @@PROCID --> who_am_i --> 0
 -- SQL text runs in the database whose sp_executesql is called
 CREATE DATABASE texts
 DECLARE @there nvarchar(100) = N'texts.sys.sp_executesql'
@@ -134,8 +117,7 @@ DECLARE @text nvarchar(50) = N'SELECT 1'
 EXEC @text
 SET @text = N'sp_helptext nothing'
 EXEC @text
---> - nvarchar(128)? = texts | - int? = 0 (1 rows)
---> - nvarchar(128)? = t (1 rows)
+--> - nvarchar(128)? = texts | - int? = 0 (1 rows) --> - nvarchar(128)? = t (1 rows)
 --> - nvarchar(128)? = master | - int? = NULL (1 rows)
 --> Msg 2812, Level 16, State 62, Line 8: Could not find stored procedure 'nowhere..sp_executesql'.
 --> Msg 2812, Level 16, State 62, Line 10: Could not find stored procedure 'SELECT 1'.
@@ -163,19 +145,12 @@ EXEC sp_execute @h
 EXEC sp_unprepare @h
 EXEC sp_execute NULL
 EXEC sp_execute @other, 'x', 1
---> - int? (0 rows)
---> - int? = 2 (1 rows)
---> 3
---> - int? = 5 (1 rows)
---> 6
---> - int = 1 (1 rows)
+--> - int? (0 rows) --> - int? = 2 (1 rows) --> 3 --> - int? = 5 (1 rows) --> 6 --> - int = 1 (1 rows)
 --> Msg 8178, Level 16, State 1, Line 11: The parameterized query '(@a int, @b int OUTPUT)SET @b = @a + 1 SELECT @a' expects the parameter '@a', which was not supplied.
---> - nvarchar(10)? = new (1 rows)
---> - nvarchar(10)? = newer (1 rows)
+--> - nvarchar(10)? = new (1 rows) --> - nvarchar(10)? = newer (1 rows)
 --> Msg 8179, Level 16, State 1, Line 15: Could not find prepared statement with handle 1.
 --> Msg 8179, Level 16, State 1, Line 17: Could not find prepared statement with handle 3.
---> Msg 8179, Level 16, State 1, Line 19: Could not find prepared statement with handle 0.
---> - int = 1 (1 rows)
+--> Msg 8179, Level 16, State 1, Line 19: Could not find prepared statement with handle 0. --> - int = 1 (1 rows)
 DECLARE @h int
 EXEC sp_prepare @h OUTPUT, NULL
 EXEC sp_prepare @h OUTPUT, NULL, 'SELECT 1'
@@ -193,7 +168,6 @@ EXEC sp_prepexec @h
 --> Msg 8180, Level 16, State 1, Line 4: Statement(s) could not be prepared.
 --> Msg 208, Level 16, State 1, Line 1: Invalid object name 'nowhere'.
 --> Msg 8180, Level 16, State 1, Line 6: Statement(s) could not be prepared.
---> Msg 8179, Level 16, State 1, Line 7: Could not find prepared statement with handle 0.
---> 1
+--> Msg 8179, Level 16, State 1, Line 7: Could not find prepared statement with handle 0. --> 1
 --> Msg 208, Level 16, State 1, Line 1: Invalid object name 'nowhere'.
 --> Msg 201, Level 16, State 10, Line 11: Procedure or function 'sp_prepexec' expects parameter '@stmt', which was not supplied.

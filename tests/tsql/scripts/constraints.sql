@@ -31,9 +31,7 @@ INSERT t (a, e) VALUES (1, 1) --> Msg 2627, Level 14, State 1, Line 1: Violation
 INSERT t (a, e) VALUES (4, -1) --> Msg 547, Level 16, State 0, Line 1: The INSERT statement conflicted with the CHECK constraint "CK_e". The conflict occurred in database "master", table "dbo.t", column 'e'. (3621)
 INSERT t (a, e) VALUES (4, 9) --> Msg 547, Level 16, State 0, Line 1: The INSERT statement conflicted with the FOREIGN KEY constraint "FK_e". The conflict occurred in database "master", table "dbo.parent", column 'id'. (3621)
 SELECT * FROM t
---> a int | b varchar(5)? | c int | d datetime? | e int?
---> 1 | one | 7 | NULL | NULL
---> 2 | two | 7 | NULL | NULL
+--> a int | b varchar(5)? | c int | d datetime? | e int? --> 1 | one | 7 | NULL | NULL --> 2 | two | 7 | NULL | NULL
 --> 3 | three | 7 | NULL | NULL (3 rows)
 ALTER TABLE t ADD f int NOT NULL --> Msg 4901, Level 16, State 1, Line 1: ALTER TABLE only allows columns to be added that can contain nulls, or have a DEFAULT definition specified, or the column being added is an identity or timestamp column, or alternatively if none of the previous conditions are satisfied the table must be empty to allow addition of this column. Column 'f' cannot be added to non-empty table 't' because it does not satisfy these conditions.
 ALTER TABLE t ADD c int NULL --> Msg 2705, Level 16, State 1, Line 1: Column names in each table must be unique. Column name 'c' in table 't' is specified more than once.
@@ -57,11 +55,7 @@ ALTER TABLE t ALTER COLUMN c varchar(10) NOT NULL
 ALTER TABLE t DROP CONSTRAINT DF_c WITH (ONLINE = OFF) -->
 ALTER TABLE t ALTER COLUMN c varchar(10) NOT NULL -->
 SELECT a, b, c + '!' FROM t
---> a int | b varchar(20)? | - varchar(11)?
---> 1 | one | 7!
---> 2 | two | 7!
---> 3 | three | 7!
---> 8 | none | 7!
+--> a int | b varchar(20)? | - varchar(11)? --> 1 | one | 7! --> 2 | two | 7! --> 3 | three | 7! --> 8 | none | 7!
 --> 9 | more than five | 7! (5 rows)
 ALTER TABLE t ALTER COLUMN c int NULL -->
 SELECT MAX(c) + 1 FROM t --> - int? = 8 (1 rows)
@@ -102,9 +96,7 @@ CREATE TABLE third (id int IDENTITY) -->
 SET IDENTITY_INSERT third ON --> Msg 8107, Level 16, State 1, Line 1: IDENTITY_INSERT is already ON for table 'master.dbo.other'. Cannot perform SET operation for table 'third'.
 SET IDENTITY_INSERT other OFF -->
 INSERT other (nm) VALUES (N'y')
-SELECT SCOPE_IDENTITY()
---> (1 changed)
---> - decimal(38,0)? = 51 (1 rows)
+SELECT SCOPE_IDENTITY() --> (1 changed) --> - decimal(38,0)? = 51 (1 rows)
 CREATE TABLE #tmp (id int NOT NULL PRIMARY KEY) -->
 INSERT #tmp VALUES (1) --> (1 changed)
 INSERT #tmp VALUES (1) --> Msg 2627, Level 14, State 1, Line 1: Violation of PRIMARY KEY constraint 'PK__#tmp__1_2'. Cannot insert duplicate key in object 'dbo.#tmp'. The duplicate key value is (1). (3621)
@@ -229,17 +221,12 @@ INSERT filtered (code, state) VALUES ('d', 9) --> Msg 2601, Level 14, State 1, L
 UPDATE filtered SET state = 1 WHERE state = 3 --> Msg 2601, Level 14, State 1, Line 1: Cannot insert duplicate key row in object 'dbo.filtered' with unique index 'ux_code'. (3621)
 UPDATE filtered SET gone = NULL WHERE gone IS NOT NULL --> Msg 2601, Level 14, State 1, Line 1: Cannot insert duplicate key row in object 'dbo.filtered' with unique index 'ux_code'. (3621)
 UPDATE filtered SET gone = '20260102' WHERE code = 'a' UPDATE filtered SET state = 2 WHERE code = 'A' SELECT code, state, gone FROM filtered WHERE code = 'a' AND state IN (1, 2)
---> (4 changed) (4 changed)
---> code varchar(9)? | state int? | gone datetime?
---> a | 2 | 2026-01-02 00:00:00.000
---> A  | 2 | 2026-01-02 00:00:00.000
---> a | 2 | 2026-01-02 00:00:00.000
---> A | 2 | 2026-01-02 00:00:00.000 (4 rows)
+--> (4 changed) (4 changed) --> code varchar(9)? | state int? | gone datetime? --> a | 2 | 2026-01-02 00:00:00.000
+--> A  | 2 | 2026-01-02 00:00:00.000 --> a | 2 | 2026-01-02 00:00:00.000 --> A | 2 | 2026-01-02 00:00:00.000 (4 rows)
 CREATE UNIQUE INDEX ux_twice ON filtered (state) WHERE code <> 'zz' --> Msg 1505, Level 16, State 1, Line 1: The CREATE UNIQUE INDEX statement terminated because a duplicate key was found for the object name 'dbo.filtered' and the index name 'ux_twice'. (3621)
 CREATE UNIQUE INDEX ux_null ON filtered (state) WHERE code IS NULL AND state > 8 --> Msg 1505, Level 16, State 1, Line 1: The CREATE UNIQUE INDEX statement terminated because a duplicate key was found for the object name 'dbo.filtered' and the index name 'ux_null'. (3621)
 SELECT name, is_unique, has_filter, filter_definition FROM sys.indexes WHERE object_id = OBJECT_ID('filtered') ORDER BY name
---> name nvarchar(128)? | is_unique bit? | has_filter bit? | filter_definition nvarchar(max)?
---> ix_code | 0 | 0 | NULL
+--> name nvarchar(128)? | is_unique bit? | has_filter bit? | filter_definition nvarchar(max)? --> ix_code | 0 | 0 | NULL
 --> ux_code | 1 | 1 | (gone IS NULL AND state IN (1, 2))
 --> ux_state | 1 | 1 | (state > 5 AND code IS NOT NULL) (3 rows)
 CREATE INDEX ix_or ON filtered (code) WHERE state = 1 OR state = 2 --> Msg 10735, Level 15, State 1, Line 1: Incorrect WHERE clause for filtered index 'ix_or' on table 'filtered'.
@@ -268,13 +255,9 @@ INSERT Owner VALUES (1, 'a'), (2, 'b'), (3, 'c')
 INSERT Car VALUES (10, 1, 4), (11, 2, 4), (12, 3, 4) --> (3 changed) (3 changed)
 UPDATE Owner SET id = id * 10 WHERE id <> 3
 DELETE Owner WHERE id = 20
-SELECT * FROM Car
---> (2 changed) (1 changed)
---> id int | owner int? | wheels int? = 10 | 10 | 4; 11 | NULL | 4; 12 | 3 | 4 (3 rows)
+SELECT * FROM Car --> (2 changed) (1 changed) --> id int | owner int? | wheels int? = 10 | 10 | 4; 11 | NULL | 4; 12 | 3 | 4 (3 rows)
 UPDATE Owner SET id = id + 27 WHERE id IN (10, 3)
-SELECT * FROM Car
---> (2 changed)
---> id int | owner int? | wheels int? = 10 | 37 | 4; 11 | NULL | 4; 12 | 30 | 4 (3 rows)
+SELECT * FROM Car --> (2 changed) --> id int | owner int? | wheels int? = 10 | 37 | 4; 11 | NULL | 4; 12 | 30 | 4 (3 rows)
 CREATE VIEW CarState AS SELECT name, is_disabled, is_not_trusted FROM sys.foreign_keys WHERE parent_object_id = OBJECT_ID('Car')
 UNION ALL SELECT name, is_disabled, is_not_trusted FROM sys.check_constraints WHERE parent_object_id = OBJECT_ID('Car') -->
 ALTER TABLE Car NOCHECK CONSTRAINT ALL
@@ -298,8 +281,7 @@ SELECT * FROM CarState
 DELETE Car WHERE id = 14
 ALTER TABLE Car WITH CHECK CHECK CONSTRAINT ALL
 ALTER TABLE Car NOCHECK CONSTRAINT nothing
---> (1 changed)
---> Msg 4917, Level 16, State 0, Line 3: Constraint 'nothing' does not exist.
+--> (1 changed) --> Msg 4917, Level 16, State 0, Line 3: Constraint 'nothing' does not exist.
 --> Msg 4916, Level 16, State 0, Line 3: Could not enable or disable the constraint. See previous errors.
 SELECT * FROM CarState
 DECLARE @pk sysname = (SELECT name FROM sys.key_constraints WHERE parent_object_id = OBJECT_ID('Car'))
@@ -313,8 +295,7 @@ UPDATE Car SET wheels = wheels WHERE id = 10 --> Msg 547, Level 16, State 0, Lin
 UPDATE Car SET id = id + 1 WHERE id = 12
 SELECT is_not_trusted, is_disabled FROM sys.check_constraints WHERE name = 'CK_Few'
 ALTER TABLE Car WITH CHECK ADD CONSTRAINT CK_More CHECK (wheels > 4)
---> (1 changed)
---> is_not_trusted bit? = 1 | is_disabled bit? = 0 (1 rows)
+--> (1 changed) --> is_not_trusted bit? = 1 | is_disabled bit? = 0 (1 rows)
 --> Msg 547, Level 16, State 0, Line 3: The ALTER TABLE statement conflicted with the CHECK constraint "CK_More". The conflict occurred in database "master", table "dbo.Car", column 'wheels'.
 CREATE TABLE Strict (owner int NOT NULL REFERENCES Owner ON UPDATE SET NULL) --> Msg 1761, Level 16, State 0, Line 1: Cannot create the foreign key "" with the SET NULL referential action, because one or more referencing columns are not nullable. (1750)
 CREATE TABLE Other (owner int REFERENCES Owner ON DELETE SET DEFAULT) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support a foreign key with SET DEFAULT.
@@ -322,9 +303,7 @@ ALTER TABLE Car WITH NOCHECK DROP CONSTRAINT CK_Few --> Msg 50000, Level 16, Sta
 ALTER TABLE Car NOCHECK CONSTRAINT FK_CarOwner
 TRUNCATE TABLE Owner --> Msg 4712, Level 16, State 1, Line 2: Cannot truncate table 'Owner' because it is being referenced by a FOREIGN KEY constraint.
 DELETE Owner
-SELECT owner FROM Car
---> (2 changed)
---> owner int? = 37; NULL; 30 (3 rows)
+SELECT owner FROM Car --> (2 changed) --> owner int? = 37; NULL; 30 (3 rows)
 DROP TABLE Car, Owner -->
 CREATE TABLE Owner (id int PRIMARY KEY, name varchar(10))
 CREATE TABLE Car (id int PRIMARY KEY, owner int NULL CONSTRAINT FK_CarOwner REFERENCES Owner ON DELETE SET NULL ON UPDATE CASCADE)
@@ -332,13 +311,11 @@ INSERT Owner VALUES (30, 'a'), (37, 'b'), (38, 'c')
 INSERT Car VALUES (10, 30), (11, 37), (12, 38)
 UPDATE Owner SET id = 67 - id WHERE id < 38
 SELECT * FROM Owner SELECT * FROM Car
---> (3 changed) (3 changed) (2 changed)
---> id int | name varchar(10)? = 37 | a; 30 | b; 38 | c (3 rows)
+--> (3 changed) (3 changed) (2 changed) --> id int | name varchar(10)? = 37 | a; 30 | b; 38 | c (3 rows)
 --> id int | owner int? = 10 | 37; 11 | 30; 12 | 38 (3 rows)
 UPDATE Owner SET id = id + 1
 SELECT * FROM Owner SELECT * FROM Car
---> (3 changed)
---> id int | name varchar(10)? = 38 | a; 31 | b; 39 | c (3 rows)
+--> (3 changed) --> id int | name varchar(10)? = 38 | a; 31 | b; 39 | c (3 rows)
 --> id int | owner int? = 10 | 38; 11 | 31; 12 | 39 (3 rows)
 CREATE TABLE Boat (id int PRIMARY KEY, owner int NULL CONSTRAINT FK_Boat REFERENCES Owner ON UPDATE SET NULL)
 INSERT Boat VALUES (1, 31), (2, 38), (3, 39)
@@ -347,6 +324,4 @@ SELECT * FROM Owner SELECT * FROM Car SELECT * FROM Boat
 --> (3 changed)
 --> Msg 50000, Level 16, State 1, Line 3: tsqlbox does not support ON UPDATE SET NULL for rows that take over each other's keys.
 UPDATE Owner SET id = 41 WHERE id = 39
-SELECT * FROM Boat
---> (1 changed)
---> id int | owner int? = 1 | 31; 2 | 38; 3 | NULL (3 rows)
+SELECT * FROM Boat --> (1 changed) --> id int | owner int? = 1 | 31; 2 | 38; 3 | NULL (3 rows)

@@ -2,8 +2,7 @@ SELECT 1/0
 PRINT 'reached'
 SELECT CONVERT(int, 'abc')
 PRINT 'not reached'
---> Msg 8134, Level 16, State 1, Line 1: Divide by zero error encountered.
---> reached
+--> Msg 8134, Level 16, State 1, Line 1: Divide by zero error encountered. --> reached
 --> Msg 245, Level 16, State 1, Line 3: Conversion failed when converting the varchar value 'abc' to data type int.
 SELECT nocol FROM sysobjects
 PRINT 'not reached' --> Msg 207, Level 16, State 1, Line 1: Invalid column name 'nocol'.
@@ -13,11 +12,8 @@ RAISERROR('bad %d %s %5d|%-4s|', 11, 2, 7, 'x', 12, 'l')
 RAISERROR('info %s', 10, 1, 'x')
 PRINT @@ERROR
 RAISERROR('too much', 19, 1)
---> Msg 2812, Level 16, State 62, Line 1: Could not find stored procedure 'nosuch'.
---> after
---> Msg 50000, Level 11, State 2, Line 3: bad 7 x    12|l   |
---> info x
---> 0
+--> Msg 2812, Level 16, State 62, Line 1: Could not find stored procedure 'nosuch'. --> after
+--> Msg 50000, Level 11, State 2, Line 3: bad 7 x    12|l   | --> info x --> 0
 --> Msg 2754, Level 16, State 1, Line 6: Error severity levels greater than 18 can only be specified by members of the sysadmin role, using the WITH LOG option.
 BEGIN TRY SELECT 1/0 END TRY
 BEGIN CATCH SELECT ERROR_NUMBER(), ERROR_MESSAGE(), ERROR_LINE(), ERROR_SEVERITY() END CATCH
@@ -30,8 +26,7 @@ BEGIN CATCH
 END CATCH
 PRINT 'not reached'
 --> - int? (0 rows)
---> - int? = 8134 | - nvarchar(4000)? = Divide by zero error encountered. | - int? = 1 | - int? = 16 (1 rows)
---> caught
+--> - int? = 8134 | - nvarchar(4000)? = Divide by zero error encountered. | - int? = 1 | - int? = 16 (1 rows) --> caught
 --> Msg 2812, Level 16, State 62, Line 4: Could not find stored procedure 'nosuchproc'.
 /* outer /* inner */ still */ SELECT 'it''s', [n] = N'Zürich' -- c --> - varchar(4) = it's | n nvarchar(6) = Zürich (1 rows)
 SET QUOTED_IDENTIFIER OFF
@@ -40,9 +35,7 @@ SET QUOTED_IDENTIFIER ON --> - varchar(4) = text (1 rows)
 SELECT "text" --> Msg 207, Level 16, State 1, Line 1: Invalid column name 'text'.
 PRINT 'nothing of a batch runs
 when' SELECT FROM x --> Msg 156, Level 15, State 1, Line 2: Incorrect syntax near the keyword 'FROM'.
-SELECT 'open
---> Msg 105, Level 15, State 1, Line 1: Unclosed quotation mark after the character string 'open
---> '.
+SELECT 'open --> Msg 105, Level 15, State 1, Line 1: Unclosed quotation mark after the character string 'open --> '.
 SELECT 1 /* open --> Msg 113, Level 15, State 1, Line 1: Missing end comment mark '*/'.
 IF 1 PRINT 'x' --> Msg 4145, Level 15, State 1, Line 1: An expression of non-boolean type specified in a context where a condition is expected, near 'PRINT'.
 PRINT @undeclared --> Msg 137, Level 15, State 2, Line 1: Must declare the scalar variable "@undeclared".
@@ -88,8 +81,7 @@ ALTER TABLE hinted ALTER COLUMN v int IDENTITY --> Msg 50000, Level 16, State 1,
 ALTER TABLE hinted ADD w int NULL DEFAULT 7 WITH VALUES, x int NULL DEFAULT 7
 SELECT * FROM hinted h INNER HASH JOIN hinted g WITH (NOLOCK, INDEX (hinted_v)) ON g.i = h.i ORDER BY h.i
 OPTION (OPTIMIZE FOR (@p = 1), MAXDOP 1)
---> i int | v int? | w int? | x int? | i int | v int? | w int? | x int?
---> 1 | 1 | 7 | NULL | 1 | 1 | 7 | NULL
+--> i int | v int? | w int? | x int? | i int | v int? | w int? | x int? --> 1 | 1 | 7 | NULL | 1 | 1 | 7 | NULL
 --> 2 | NULL | 7 | NULL | 2 | NULL | 7 | NULL (2 rows)
 CREATE PROCEDURE hintedProc WITH ENCRYPTION AS SELECT 1 --> Msg 50000, Level 16, State 1, Line 1, Procedure hintedProc: tsqlbox does not support WITH ENCRYPTION of a procedure, function, view or trigger.
 CREATE FUNCTION hintedFunction (@a int) RETURNS int WITH RETURNS NULL ON NULL INPUT AS BEGIN RETURN 1 END --> Msg 50000, Level 16, State 1, Line 1, Procedure hintedFunction: tsqlbox does not support WITH RETURNS of a procedure, function, view or trigger.
@@ -101,16 +93,12 @@ BEGIN TRANSACTION named WITH MARK 'x' --> Msg 50000, Level 16, State 1, Line 1: 
 SELECT dbo.anything(DISTINCT 1) --> Msg 156, Level 15, State 1, Line 1: Incorrect syntax near the keyword 'DISTINCT'.
 WITH n AS (SELECT 1 AS i UNION ALL SELECT i + 1 FROM n WHERE i < 150)
 DELETE h FROM hinted h JOIN n ON n.i = h.i + 148 OPTION (MAXRECURSION 200)
-SELECT COUNT(*) FROM hinted
---> (2 changed)
---> - int? = 0 (1 rows)
+SELECT COUNT(*) FROM hinted --> (2 changed) --> - int? = 0 (1 rows)
 (SELECT TOP 1 i FROM hinted ORDER BY i) ORDER BY i --> Msg 156, Level 15, State 1, Line 1: Incorrect syntax near the keyword 'ORDER'.
 DROP TABLE hinted -->
 PRINT 'x' OR 1 = 1 --> Msg 4145, Level 15, State 1, Line 1: An expression of non-boolean type specified in a context where a condition is expected, near 'OR'.
 USE nosuchdb --> Msg 911, Level 16, State 1, Line 1: Database 'nosuchdb' does not exist. Make sure that the name is entered correctly.
 RAISERROR('fatal', 20, 1) WITH LOG
-PRINT 'not reached'
---> Msg 50000, Level 20, State 1, Line 1: fatal
---> THE SESSION HAS ENDED
+PRINT 'not reached' --> Msg 50000, Level 20, State 1, Line 1: fatal --> THE SESSION HAS ENDED
 DECLARE @x ntext --> Msg 2739, Level 16, State 1, Line 1: The text, ntext, and image data types are invalid for local variables.
 PRINT 'not reached' DECLARE @day date = 5 --> Msg 206, Level 16, State 2, Line 1: Operand type clash: int is incompatible with date

@@ -15,13 +15,7 @@ PRINT @s
 RETURN
 PRINT 'not reached'
 --> - int? = 7 | - decimal(5,2)? = 2.33 | - datetime? = 2024-02-29 13:14:15.000 | - varchar(20)? = Feb 28 2025  1:14PM (1 rows)
---> yes
---> equal
---> unset
---> 1
---> 2
---> 4
---> a,b,
+--> yes --> equal --> unset --> 1 --> 2 --> 4 --> a,b,
 PRINT @s --> Msg 137, Level 15, State 2, Line 1: Must declare the scalar variable "@s".
 CREATE TABLE t (id int)
 BEGIN TRAN
@@ -41,9 +35,7 @@ SELECT COUNT(*) FROM t
 BEGIN TRAN
 INSERT t VALUES (3)
 SELECT CONVERT(int, 'x')
---> (1 changed) (1 changed)
---> - int? = 1 | - int? = 1 (1 rows)
---> - int? = 0 | - int? = 1 (1 rows)
+--> (1 changed) (1 changed) --> - int? = 1 | - int? = 1 (1 rows) --> - int? = 0 | - int? = 1 (1 rows)
 --> Msg 3902, Level 16, State 1, Line 12: The COMMIT TRANSACTION request has no corresponding BEGIN TRANSACTION.
 --> Msg 3903, Level 16, State 1, Line 13: The ROLLBACK TRANSACTION request has no corresponding BEGIN TRANSACTION. (1 changed)
 --> - int? = 1 (1 rows) (1 changed)
@@ -59,9 +51,7 @@ SELECT 1/0
 SELECT @@TRANCOUNT, COUNT(*) FROM t
 SET NOCOUNT ON
 INSERT t VALUES (5)
-SELECT COUNT(*) FROM t
---> - int? = 0 | - int? = 1 (1 rows)
---> - int? = 2
+SELECT COUNT(*) FROM t --> - int? = 0 | - int? = 1 (1 rows) --> - int? = 2
 -- a variable exists from the start of the batch and keeps its value in a loop
 DECLARE @i int = 0
 WHILE @i < 2 BEGIN DECLARE @x int; SET @x = ISNULL(@x, 0) + 1; SET @i += 1 END
@@ -70,13 +60,7 @@ SELECT @x, @y
 UPDATE t SET id = id RAISERROR('seen', 10, 1) PRINT @@ROWCOUNT
 UPDATE t SET id = id DECLARE @z int = 1 PRINT @@ROWCOUNT
 UPDATE t SET id = id WHILE @@ROWCOUNT > 9 PRINT 'x' PRINT @@ROWCOUNT
-UPDATE t SET id = id IF 1 = 0 PRINT 'x' PRINT @@ROWCOUNT
---> - int? = 2 | - int? = NULL
---> seen
---> 0
---> 1
---> 0
---> 0
+UPDATE t SET id = id IF 1 = 0 PRINT 'x' PRINT @@ROWCOUNT --> - int? = 2 | - int? = NULL --> seen --> 0 --> 1 --> 0 --> 0
 PRINT 'x' THROW 50001, 'direct', 7 --> Msg 102, Level 15, State 1, Line 1: Incorrect syntax near 'THROW'.
 PRINT 'x' WITH c AS (SELECT 1 AS a) SELECT a FROM c --> Msg 319, Level 15, State 1, Line 1: Incorrect syntax near the keyword 'with'. If this statement is a common table expression, an xmlnamespaces clause or a change tracking context clause, the previous statement must be terminated with a semicolon.
 IF 1 = 1 THROW 50001, 'direct', 7 --> Msg 50001, Level 16, State 7, Line 1: direct
@@ -133,12 +117,7 @@ END TRY BEGIN CATCH
   GOTO Finish
 END CATCH
 PRINT 'not reached'
-[finish]: PRINT 'end'
---> 3
---> 5
---> - int? (0 rows)
---> 8134
---> end
+[finish]: PRINT 'end' --> 3 --> 5 --> - int? (0 rows) --> 8134 --> end
 CREATE PROCEDURE GotoSteps @n int AS
 BEGIN
   IF @n > 1 GOTO Failed
@@ -150,9 +129,7 @@ DECLARE @r int
 EXEC @r = GotoSteps 2
 PRINT @r
 EXEC @r = GotoSteps 1
-PRINT @r
---> 1
---> 0
+PRINT @r --> 1 --> 0
 GOTO nowhere --> Msg 133, Level 15, State 1, Line 1: A GOTO statement references the label 'nowhere' but the label has not been declared.
 a: PRINT 1
 A: PRINT 2 --> Msg 132, Level 15, State 1, Line 2: The label 'A' has already been declared. Label names must be unique within a query batch or stored procedure.

@@ -31,10 +31,7 @@ EXEC (@s)
 SET @s = N'SELECT COUNT(*) FROM (VALUES (1)' + REPLICATE(CAST(N',(1)' AS nvarchar(max)), 99) + N') q(a)'
 EXEC (@s)
 SET @s = N'SELECT 1' + REPLICATE(CAST(N' + 1 * 1' AS nvarchar(max)), 399)
-EXEC (@s)
---> - int? = 61 (1 rows)
---> - int? = 100 (1 rows)
---> - int? = 400 (1 rows)
+EXEC (@s) --> - int? = 61 (1 rows) --> - int? = 100 (1 rows) --> - int? = 400 (1 rows)
 SELECT 1 AS a UNION SELECT 1 UNION ALL SELECT 1 EXCEPT SELECT 2 UNION ALL SELECT NULL --> a int? = 1; NULL (2 rows)
 SELECT 'a' AS a UNION SELECT 'A' UNION SELECT 2.5e0 --> Msg 8114, Level 16, State 5, Line 1: Error converting data type varchar to float.
 CREATE TABLE word (t nvarchar(20)) -->
@@ -85,9 +82,7 @@ SELECT TOP (50) PERCENT a FROM (VALUES (1), (2)) v (a) --> a int = 1 (1 rows)
 CREATE TABLE topped (n int IDENTITY, a int DEFAULT 7) -->
 INSERT TOP (2) INTO topped (a) VALUES (1), (2), (3) --> (2 changed)
 INSERT TOP (1) topped (a) OUTPUT inserted.n, inserted.a SELECT 4 UNION ALL SELECT 5 --> n int* = 3 | a int? = 4 (1 rows)
-SET ROWCOUNT 1 INSERT TOP (2) topped (a) SELECT 6 UNION ALL SELECT 6 SET ROWCOUNT 0 SELECT n, a FROM topped
---> (1 changed)
---> n int* | a int? = 1 | 1; 2 | 2; 3 | 4; 4 | 6 (4 rows)
+SET ROWCOUNT 1 INSERT TOP (2) topped (a) SELECT 6 UNION ALL SELECT 6 SET ROWCOUNT 0 SELECT n, a FROM topped --> (1 changed) --> n int* | a int? = 1 | 1; 2 | 2; 3 | 4; 4 | 6 (4 rows)
 INSERT TOP (1) topped (a) EXEC ('SELECT 1') --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support INSERT TOP ... EXECUTE.
 SELECT TYPE_NAME(231) a, TYPE_NAME(256) b, TYPE_NAME(1) c, TYPE_ID('[datetime]') d, TYPE_ID('sys.sysname') e, TYPE_ID('dbo.nothing') f, TYPE_ID('numeric') g, TYPE_NAME(NULL) h --> a nvarchar(128)? = nvarchar | b nvarchar(128)? = sysname | c nvarchar(128)? = NULL | d int? = 61 | e int? = 256 | f int? = NULL | g int? = 108 | h nvarchar(128)? = NULL (1 rows)
 SELECT TRANSLATE('2*[3+4]/{7-2}', '[]{}', '()()') a, TRANSLATE(N'Gruß Äpfel', 'äS', N'aZ') b, TRANSLATE('abc', NULL, 'a') c, TRANSLATE('aAb', 'aab', 'xyz') d
@@ -97,8 +92,5 @@ SELECT TRANSLATE('abc', 'ab', 'x')
 CREATE TABLE Keyed (id uniqueidentifier DEFAULT NEWSEQUENTIALID() PRIMARY KEY, n int)
 INSERT Keyed (n) VALUES (1), (2) INSERT Keyed (n) VALUES (3)
 SELECT n FROM Keyed ORDER BY id
-SELECT LEN(id), COUNT(*) FROM Keyed GROUP BY LEN(id)
---> (2 changed) (1 changed)
---> n int? = 1; 2; 3 (3 rows)
---> - int? = 36 | - int? = 3 (1 rows)
+SELECT LEN(id), COUNT(*) FROM Keyed GROUP BY LEN(id) --> (2 changed) (1 changed) --> n int? = 1; 2; 3 (3 rows) --> - int? = 36 | - int? = 3 (1 rows)
 SELECT NoSuchFunction(1) --> Msg 195, Level 15, State 10, Line 1: 'NoSuchFunction' is not a recognized built-in function name.

@@ -13,9 +13,7 @@ DECLARE @s nvarchar(max) = N'SELECT 1 AS ' + REPLICATE(N'x', 129) EXEC (@s) --> 
 -- messages
 RAISERROR(12999, 16, 1) --> Msg 2732, Level 16, State 1, Line 2: Error number 12999 is invalid. The number must be from 13000 through 2147483647 and it cannot be 50000.
 RAISERROR('state', 16, 256) --> Msg 50000, Level 16, State 255, Line 1: state
-RAISERROR('logged', 19, 1) WITH LOG PRINT 'continues'
---> Msg 50000, Level 19, State 1, Line 1: logged
---> continues
+RAISERROR('logged', 19, 1) WITH LOG PRINT 'continues' --> Msg 50000, Level 19, State 1, Line 1: logged --> continues
 -- nesting
 CREATE PROCEDURE down @n int AS IF @n = 1 PRINT @@NESTLEVEL ELSE BEGIN SET @n -= 1 EXEC down @n END --> Msg 2007, Level 0, State 1, Line 2, Procedure down: The module 'down' depends on the missing object 'down'. The module will still be created; however, it cannot run successfully until the object exists.
 EXEC down 32 --> 32
@@ -39,9 +37,7 @@ DECLARE @s nvarchar(max) = N'SELECT 1 FROM (SELECT 1 AS a) t', @i int = 1 WHILE 
 DECLARE @s nvarchar(max) = N'CREATE PROCEDURE wide AS PRINT ''' + REPLICATE(N'x', 300) + N'''' EXEC (@s)
 CREATE TABLE #text (t nvarchar(max))
 INSERT #text EXEC sp_helptext 'wide'
-SELECT LEN(t) FROM #text
---> (2 changed)
---> - bigint? = 255; 78 (2 rows)
+SELECT LEN(t) FROM #text --> (2 changed) --> - bigint? = 255; 78 (2 rows)
 -- valid statements that are not supported say so
 SELECT GETDATE() AT TIME ZONE 'UTC' --> Msg 50000, Level 16, State 1, Line 2: tsqlbox does not support AT TIME ZONE.
 SELECT {fn NOW()} --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support an ODBC escape sequence such as {fn ...}.

@@ -13,15 +13,11 @@ INSERT #r EXEC p 3
 SELECT * FROM #r
 EXEC('SELECT 1 AS one PRINT ''dyn''')
 EXEC sp_executesql N'SELECT @x + 1', N'@x int', @x = 4
---> - int? = 21 | - varchar(10)? = def (1 rows)
---> - int? = 5 | - int? = 42 (1 rows)
+--> - int? = 21 | - varchar(10)? = def (1 rows) --> - int? = 5 | - int? = 42 (1 rows)
 --> Msg 201, Level 16, State 4, Line 0, Procedure p: Procedure or function 'p' expects parameter '@a', which was not supplied.
 --> Msg 8145, Level 16, State 1, Line 0, Procedure p: @zz is not a parameter for procedure p.
 --> Msg 8144, Level 16, State 2, Line 0, Procedure p: Procedure or function p has too many arguments specified. (1 changed)
---> a int? = 3 | b varchar(10)? = def (1 rows)
---> one int = 1 (1 rows)
---> dyn
---> - int? = 5 (1 rows)
+--> a int? = 3 | b varchar(10)? = def (1 rows) --> one int = 1 (1 rows) --> dyn --> - int? = 5 (1 rows)
 ALTER PROCEDURE p AS PRINT 'altered' -->
 p --> altered
 CREATE PROCEDURE p AS PRINT 'again' --> Msg 2714, Level 16, State 3, Line 1, Procedure p: There is already an object named 'p' in the database.
@@ -40,18 +36,14 @@ CREATE PROC q AS BEGIN CREATE TABLE #in (x int) INSERT #in VALUES (1) SELECT * F
 EXEC q
 PRINT 'here'
 SELECT * FROM #in
---> (1 changed)
---> x int? = 1 (1 rows)
---> Msg 208, Level 16, State 1, Line 2, Procedure q: Invalid object name 'nosuch'.
---> here
+--> (1 changed) --> x int? = 1 (1 rows)
+--> Msg 208, Level 16, State 1, Line 2, Procedure q: Invalid object name 'nosuch'. --> here
 --> Msg 208, Level 16, State 1, Line 3: Invalid object name '#in'.
 CREATE PROC deep AS EXEC deep --> Msg 2007, Level 0, State 1, Line 1, Procedure deep: The module 'deep' depends on the missing object 'deep'. The module will still be created; however, it cannot run successfully until the object exists.
 EXEC deep --> Msg 217, Level 16, State 1, Line 1, Procedure deep: Maximum stored procedure, function, trigger, or view nesting level exceeded (limit 32).
 CREATE DATABASE other -->
 CREATE PROC other..whoami AS SELECT DB_NAME() --> Msg 166, Level 15, State 1, Line 1: 'CREATE/ALTER PROCEDURE' does not allow specifying the database name as a prefix to the object name.
-USE other
---> USE other
---> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'other'.
+USE other --> USE other --> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'other'.
 CREATE PROC whoami AS SELECT DB_NAME() CREATE TABLE made (x int) -->
 USE master
 EXEC other..whoami
@@ -60,10 +52,8 @@ SELECT PARAMETER_NAME, DATA_TYPE, PARAMETER_MODE FROM INFORMATION_SCHEMA.PARAMET
 DROP PROCEDURE q, deep
 EXEC q
 DROP DATABASE other
---> USE master
---> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'master'.
---> - nvarchar(128)? = other (1 rows)
---> - int? = 0 (1 rows)
+--> USE master --> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'master'.
+--> - nvarchar(128)? = other (1 rows) --> - int? = 0 (1 rows)
 --> PARAMETER_NAME nvarchar(128)? | DATA_TYPE nvarchar(128)? | PARAMETER_MODE nvarchar(10)? =  | int | OUT; @n | int | IN (2 rows)
 --> Msg 2812, Level 16, State 62, Line 6: Could not find stored procedure 'q'.
 CREATE FUNCTION dbo.scaled (@n int, @by int = 10) RETURNS int AS BEGIN RETURN @n * @by END -->
@@ -71,8 +61,7 @@ CREATE FUNCTION dbo.numbers (@from int = 1, @to int) RETURNS TABLE AS RETURN (SE
 SELECT dbo.scaled(3, DEFAULT), dbo.scaled(3, 2)
 SELECT * FROM dbo.numbers(DEFAULT, 5)
 SELECT dbo.scaled(DEFAULT, 2)
---> - int? = 30 | - int? = 6 (1 rows)
---> a int? = 1 | b int? = 5 (1 rows)
+--> - int? = 30 | - int? = 6 (1 rows) --> a int? = 1 | b int? = 5 (1 rows)
 --> Msg 201, Level 16, State 4, Line 3: Procedure or function 'scaled' expects parameter '@n', which was not supplied.
 SELECT * FROM dbo.numbers(1, DEFAULT) --> Msg 201, Level 16, State 4, Line 1: Procedure or function 'numbers' expects parameter '@to', which was not supplied.
 SELECT dbo.scaled(3) --> Msg 313, Level 16, State 1, Line 1: An insufficient number of arguments were supplied for the procedure or function dbo.scaled.

@@ -5,9 +5,7 @@ CREATE TABLE child (id int NOT NULL, parent_id int NULL CONSTRAINT fk_parent REF
 CREATE INDEX ix_parent ON child (parent_id DESC)
 CREATE UNIQUE INDEX ux_code ON child (code) WHERE size > 5
 INSERT parent (code) VALUES ('a'), ('b')
-INSERT child (id, parent_id, code, size) VALUES (1, 5, 'a', 1), (2, 10, NULL, 2)
---> USE renamed
---> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'renamed'. (2 changed) (2 changed)
+INSERT child (id, parent_id, code, size) VALUES (1, 5, 'a', 1), (2, 10, NULL, 2) --> USE renamed --> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'renamed'. (2 changed) (2 changed)
 CREATE VIEW sizes AS SELECT size FROM child -->
 CREATE PROCEDURE show_sizes AS SELECT COUNT(*) AS n FROM sizes -->
 CREATE TRIGGER on_child ON child AFTER UPDATE AS PRINT 'changed' -->
@@ -16,7 +14,7 @@ EXEC sp_rename 'parent', 'Owner'
 INSERT Owner (code) VALUES ('c')
 SELECT id, code, amount FROM Owner ORDER BY id
 SELECT 1 FROM parent
---> Msg 15477, Level 0, State 1, Line 2: Caution: Changing any part of an object name could break scripts and stored procedures. (1 changed)
+--> (15477, Line 2) (1 changed)
 --> id int* | code nvarchar(10)? | amount int? = 5 | a | 3; 10 | b | 3; 15 | c | 3 (3 rows)
 --> Msg 208, Level 16, State 1, Line 5: Invalid object name 'parent'.
 INSERT child (id, parent_id) VALUES (3, 99)
@@ -35,11 +33,7 @@ SELECT IDENT_CURRENT('Owner')
 EXEC sp_rename 'dbo.Owner.code', 'letter', 'COLUMN'
 EXEC sp_rename 'Owner.id', 'number', 'column'
 EXEC sp_rename 'child.parent_id', 'owner_id'
-EXEC sp_rename 'child.twice', 'doubled', 'COLUMN'
---> Msg 15477, Level 0, State 1, Line 2: Caution: Changing any part of an object name could break scripts and stored procedures.
---> Msg 15477, Level 0, State 1, Line 3: Caution: Changing any part of an object name could break scripts and stored procedures.
---> Msg 15477, Level 0, State 1, Line 4: Caution: Changing any part of an object name could break scripts and stored procedures.
---> Msg 15477, Level 0, State 1, Line 5: Caution: Changing any part of an object name could break scripts and stored procedures.
+EXEC sp_rename 'child.twice', 'doubled', 'COLUMN' --> (15477, Line 2) (15477, Line 3) (15477, Line 4) (15477, Line 5)
 INSERT Owner (letter) VALUES ('d')
 SELECT number, letter FROM Owner WHERE letter = 'd'
 INSERT child (id, owner_id, code, size) VALUES (3, 5, 'x', 1)
@@ -52,8 +46,7 @@ DELETE Owner WHERE number = 10
 SELECT COUNT(*) FROM child
 ALTER TABLE child ADD extra int NULL
 UPDATE child SET code = 'y'
---> (1 changed)
---> number int* = 25 | letter nvarchar(10)? = d (1 rows)
+--> (1 changed) --> number int* = 25 | letter nvarchar(10)? = d (1 rows)
 --> Msg 547, Level 16, State 0, Line 3: The INSERT statement conflicted with the FOREIGN KEY constraint "fk_code". The conflict occurred in database "renamed", table "dbo.Owner", column 'letter'. (3621) (1 changed)
 --> id int | owner_id int? | doubled int? = 1 | 5 | 2; 2 | 10 | 4; 3 | 5 | 8 (3 rows)
 --> Msg 2627, Level 14, State 1, Line 6: Violation of UNIQUE KEY constraint 'uq_code'. Cannot insert duplicate key in object 'dbo.Owner'. The duplicate key value is (d). (3621)
@@ -63,8 +56,7 @@ UPDATE child SET code = 'y'
 --> ux_code | nonclustered, unique located on PRIMARY | code (3 rows)
 --> index_name nvarchar(128)? | index_description varchar(210)? | index_keys nvarchar(2078)?
 --> pk_parent | clustered, unique, primary key located on PRIMARY | number
---> uq_code | nonclustered, unique, unique key located on PRIMARY | letter (2 rows) (1 changed)
---> - int? = 2 (1 rows)
+--> uq_code | nonclustered, unique, unique key located on PRIMARY | letter (2 rows) (1 changed) --> - int? = 2 (1 rows)
 --> Msg 547, Level 16, State 0, Line 12: The UPDATE statement conflicted with the FOREIGN KEY constraint "fk_code". The conflict occurred in database "renamed", table "dbo.Owner", column 'letter'. (3621)
 -- what an expression names
 EXEC sp_rename 'child.size', 'length', 'COLUMN'
@@ -76,8 +68,7 @@ DROP INDEX ux_code ON child
 EXEC sp_rename 'child.size', 'length', 'COLUMN'
 --> Msg 15336, Level 16, State 1, Line 2: Object 'dbo.child.size' cannot be renamed because the object participates in enforced dependencies.
 --> Msg 15336, Level 16, State 1, Line 4: Object 'dbo.child.size' cannot be renamed because the object participates in enforced dependencies.
---> Msg 15336, Level 16, State 1, Line 6: Object 'dbo.child.size' cannot be renamed because the object participates in enforced dependencies.
---> Msg 15477, Level 0, State 1, Line 8: Caution: Changing any part of an object name could break scripts and stored procedures.
+--> Msg 15336, Level 16, State 1, Line 6: Object 'dbo.child.size' cannot be renamed because the object participates in enforced dependencies. (15477, Line 8)
 -- constraints and indexes
 ALTER TABLE child ADD CONSTRAINT ck_length CHECK (length < 100)
 EXEC sp_rename 'ck_length', 'ck_short'
@@ -97,49 +88,30 @@ DROP INDEX ix_owner ON child
 ALTER TABLE Owner DROP CONSTRAINT df_three
 CREATE UNIQUE INDEX ix_owner ON child (id)
 INSERT child (id) VALUES (1)
---> Msg 15477, Level 0, State 1, Line 3: Caution: Changing any part of an object name could break scripts and stored procedures.
---> Msg 15477, Level 0, State 1, Line 4: Caution: Changing any part of an object name could break scripts and stored procedures.
---> Msg 15477, Level 0, State 1, Line 5: Caution: Changing any part of an object name could break scripts and stored procedures.
---> Msg 15477, Level 0, State 1, Line 6: Caution: Changing any part of an object name could break scripts and stored procedures.
---> Msg 15477, Level 0, State 1, Line 7: Caution: Changing any part of an object name could break scripts and stored procedures.
---> Msg 15477, Level 0, State 1, Line 8: Caution: Changing any part of an object name could break scripts and stored procedures.
+--> (15477, Line 3) (15477, Line 4) (15477, Line 5) (15477, Line 6) (15477, Line 7) (15477, Line 8)
 --> Msg 547, Level 16, State 0, Line 9: The INSERT statement conflicted with the CHECK constraint "ck_short". The conflict occurred in database "renamed", table "dbo.child", column 'length'. (3621)
 --> Msg 547, Level 16, State 0, Line 10: The INSERT statement conflicted with the FOREIGN KEY constraint "fk_owner". The conflict occurred in database "renamed", table "dbo.Owner", column 'number'. (3621)
 --> Msg 2627, Level 14, State 1, Line 11: Violation of PRIMARY KEY constraint 'pk_children'. Cannot insert duplicate key in object 'dbo.child'. The duplicate key value is (1). (3621)
 --> Msg 2627, Level 14, State 1, Line 12: Violation of UNIQUE KEY constraint 'uq_letter'. Cannot insert duplicate key in object 'dbo.Owner'. The duplicate key value is (d). (3621)
---> name nvarchar(128)? | type char(2)?
---> ck_short | C
---> df_three | D
---> fk_code | F
---> fk_owner | F
---> on_child | TR
---> pk_children | PK
---> pk_parent | PK
---> uq_letter | UQ (8 rows)
+--> name nvarchar(128)? | type char(2)? --> ck_short | C --> df_three | D --> fk_code | F --> fk_owner | F
+--> on_child | TR --> pk_children | PK --> pk_parent | PK --> uq_letter | UQ (8 rows)
 --> name nvarchar(128)? = ix_owner; pk_children; pk_parent; uq_letter (4 rows)
 --> Msg 2601, Level 14, State 1, Line 19: Cannot insert duplicate key row in object 'dbo.child' with unique index 'ix_owner'. The duplicate key value is (1). (3621)
 -- modules keep their texts; a view of a renamed table fails
 EXEC sp_rename 'show_sizes', 'count_sizes'
 EXEC sp_rename 'on_child', 'on_change'
 EXEC count_sizes
---> Msg 15477, Level 0, State 1, Line 2: Caution: Changing any part of an object name could break scripts and stored procedures.
---> Msg 15477, Level 0, State 1, Line 3: Caution: Changing any part of an object name could break scripts and stored procedures.
+--> (15477, Line 2) (15477, Line 3)
 --> Msg 207, Level 16, State 1, Line 1, Procedure count_sizes: Invalid column name 'size'.
 EXEC sp_rename 'sizes', 'lengths', 'OBJECT'
-EXEC count_sizes
---> Msg 15477, Level 0, State 1, Line 1: Caution: Changing any part of an object name could break scripts and stored procedures.
---> Msg 208, Level 16, State 1, Line 1, Procedure count_sizes: Invalid object name 'sizes'.
+EXEC count_sizes --> (15477, Line 1) --> Msg 208, Level 16, State 1, Line 1, Procedure count_sizes: Invalid object name 'sizes'.
 EXEC sp_helptext 'lengths'
 UPDATE child SET length = 8 WHERE id = 1
 EXEC sp_rename 'child', 'Child'
 SELECT COUNT(*) FROM CHILD
 SELECT name FROM sys.tables ORDER BY name
---> Text nvarchar(255)? = CREATE VIEW sizes AS SELECT size FROM child
--->  (1 rows)
---> changed (1 changed)
---> Msg 15477, Level 0, State 1, Line 3: Caution: Changing any part of an object name could break scripts and stored procedures.
---> - int? = 2 (1 rows)
---> name nvarchar(128)? = Child; Owner (2 rows)
+--> Text nvarchar(255)? = CREATE VIEW sizes AS SELECT size FROM child -->  (1 rows)
+--> changed (1 changed) (15477, Line 3) --> - int? = 2 (1 rows) --> name nvarchar(128)? = Child; Owner (2 rows)
 CREATE SCHEMA other -->
 CREATE TABLE other.t (a int)
 EXEC sp_rename 'other.t', 'u'
@@ -155,18 +127,9 @@ EXEC renamed..sp_rename 'other.u.b', 'd', 'COLUMN'
 EXEC renamed..sp_rename 'renamed.other.u', 'w', 'OBJECT'
 SELECT d FROM renamed.other.w
 USE renamed
---> Msg 15477, Level 0, State 1, Line 2: Caution: Changing any part of an object name could break scripts and stored procedures. (1 changed)
---> Msg 15477, Level 0, State 1, Line 4: Caution: Changing any part of an object name could break scripts and stored procedures.
---> Msg 15477, Level 0, State 1, Line 6: Caution: Changing any part of an object name could break scripts and stored procedures.
---> Msg 15477, Level 0, State 1, Line 7: Caution: Changing any part of an object name could break scripts and stored procedures.
---> b int? = 1 (1 rows)
---> USE master
---> Msg 5701, Level 0, State 1, Line 10: Changed database context to 'master'.
---> Msg 15477, Level 0, State 1, Line 11: Caution: Changing any part of an object name could break scripts and stored procedures.
---> Msg 15477, Level 0, State 1, Line 12: Caution: Changing any part of an object name could break scripts and stored procedures.
---> d int? = 1 (1 rows)
---> USE renamed
---> Msg 5701, Level 0, State 1, Line 14: Changed database context to 'renamed'.
+--> (15477, Line 2) (1 changed) (15477, Line 4) (15477, Line 6) (15477, Line 7) --> b int? = 1 (1 rows) --> USE master
+--> Msg 5701, Level 0, State 1, Line 10: Changed database context to 'master'. (15477, Line 11) (15477, Line 12)
+--> d int? = 1 (1 rows) --> USE renamed --> Msg 5701, Level 0, State 1, Line 14: Changed database context to 'renamed'.
 CREATE TABLE other.p (k int PRIMARY KEY)
 CREATE TABLE other.f (k int CONSTRAINT fk_k REFERENCES other.p (k) ON UPDATE CASCADE)
 CREATE TABLE tree (id int PRIMARY KEY, up int REFERENCES tree)
@@ -181,9 +144,7 @@ INSERT other.f VALUES (2)
 INSERT other.p VALUES (2)
 UPDATE other.p SET [key] = 1
 SELECT k FROM other.f
---> Msg 15477, Level 0, State 1, Line 5: Caution: Changing any part of an object name could break scripts and stored procedures.
---> Msg 15477, Level 0, State 1, Line 6: Caution: Changing any part of an object name could break scripts and stored procedures.
---> Msg 15477, Level 0, State 1, Line 7: Caution: Changing any part of an object name could break scripts and stored procedures.
+--> (15477, Line 5) (15477, Line 6) (15477, Line 7)
 --> is_disabled bit? = 1 | update_referential_action_desc nvarchar(60)? = CASCADE (1 rows) (1 changed)
 --> Msg 547, Level 16, State 0, Line 11: The INSERT statement conflicted with the FOREIGN KEY constraint "fk_k". The conflict occurred in database "renamed", table "other.p", column 'key'. (3621) (1 changed) (1 changed)
 --> k int? = 1 (1 rows)
@@ -219,6 +180,4 @@ CREATE TABLE #t (a int) EXEC sp_rename '#t.a', 'b', 'COLUMN' --> Msg 50000, Leve
 CREATE SEQUENCE counted EXEC sp_rename 'counted', 'x' --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support sp_rename of a function or sequence.
 EXEC sp_rename 'Child', '#x' --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support sp_rename of a temporary table.
 USE master
-DROP DATABASE renamed
---> USE master
---> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'master'.
+DROP DATABASE renamed --> USE master --> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'master'.

@@ -2,9 +2,7 @@ CREATE SEQUENCE dbo.Numbers AS int START WITH 5 INCREMENT BY 5 MAXVALUE 20
 SELECT NEXT VALUE FOR dbo.Numbers AS n
 DECLARE @a int = NEXT VALUE FOR Numbers, @b int
 SET @b = NEXT VALUE FOR Numbers
-SELECT @a a, @b b, NEXT VALUE FOR Numbers c
---> n int? = 5 (1 rows)
---> a int? = 10 | b int? = 15 | c int? = 20 (1 rows)
+SELECT @a a, @b b, NEXT VALUE FOR Numbers c --> n int? = 5 (1 rows) --> a int? = 10 | b int? = 15 | c int? = 20 (1 rows)
 SELECT NEXT VALUE FOR Numbers
 SELECT @@ERROR
 --> Msg 11728, Level 16, State 1, Line 1: The sequence object 'Numbers' has reached its minimum or maximum value. Restart the sequence object to allow new values to be generated.
@@ -29,10 +27,8 @@ BEGIN TRAN
 SELECT NEXT VALUE FOR Numbers
 ROLLBACK
 SELECT NEXT VALUE FOR Numbers
---> (3 changed)
---> id int | n int? | c char(1)? = 11 | 1 | NULL; 12 | 2 | NULL; 100 | 3 | NULL (3 rows)
---> - int? = 4 (1 rows)
---> - int? = 5 (1 rows)
+--> (3 changed) --> id int | n int? | c char(1)? = 11 | 1 | NULL; 12 | 2 | NULL; 100 | 3 | NULL (3 rows)
+--> - int? = 4 (1 rows) --> - int? = 5 (1 rows)
 INSERT T VALUES (100, NEXT VALUE FOR Numbers, 'd') --> Msg 2627, Level 14, State 1, Line 1: Violation of PRIMARY KEY constraint 'PK__T__2_3'. Cannot insert duplicate key in object 'dbo.T'. The duplicate key value is (100). (3621)
 SELECT NEXT VALUE FOR Numbers --> - int? = 1 (1 rows)
 BEGIN TRAN
@@ -58,10 +54,7 @@ CREATE VIEW V AS SELECT NEXT VALUE FOR Numbers AS n --> Msg 11719, Level 15, Sta
 CREATE SEQUENCE Down AS tinyint INCREMENT BY -100
 SELECT NEXT VALUE FOR Down
 SELECT NEXT VALUE FOR Down
-SELECT NEXT VALUE FOR Down
---> - tinyint? = 255 (1 rows)
---> - tinyint? = 155 (1 rows)
---> - tinyint? = 55 (1 rows)
+SELECT NEXT VALUE FOR Down --> - tinyint? = 255 (1 rows) --> - tinyint? = 155 (1 rows) --> - tinyint? = 55 (1 rows)
 SELECT NEXT VALUE FOR Down --> Msg 11728, Level 16, State 1, Line 1: The sequence object 'Down' has reached its minimum or maximum value. Restart the sequence object to allow new values to be generated.
 CREATE SEQUENCE [dbo].[Big] 
  AS [bigint]
@@ -78,9 +71,7 @@ SELECT NEXT VALUE FOR Big
 SELECT current_value, increment FROM sys.sequences WHERE name = 'Big'
 DROP SEQUENCE Big
 DROP SEQUENCE IF EXISTS Big
---> - bigint? = 1 (1 rows)
---> - bigint? = 11 (1 rows)
---> - bigint? = 1 (1 rows)
+--> - bigint? = 1 (1 rows) --> - bigint? = 11 (1 rows) --> - bigint? = 1 (1 rows)
 --> current_value bigint? = 1 | increment bigint? = 10 (1 rows)
 DROP SEQUENCE Big --> Msg 3701, Level 11, State 5, Line 1: Cannot drop the sequence 'Big', because it does not exist or you do not have permission.
 CREATE SEQUENCE Numbers --> Msg 2714, Level 16, State 6, Line 1: There is already an object named 'Numbers' in the database.
@@ -98,22 +89,17 @@ CREATE TABLE stock.Orders2 (no decimal(9, 0) CONSTRAINT DF_no DEFAULT (NEXT VALU
 INSERT stock.Orders2 (what) SELECT v.w FROM (VALUES ('a'), ('b')) v (w)
 SELECT * FROM stock.Orders2
 SELECT definition FROM sys.default_constraints WHERE name = 'DF_no'
---> (2 changed)
---> no decimal(9,0)? | what varchar(9)? = 999999998 | a; 999999999 | b (2 rows)
+--> (2 changed) --> no decimal(9,0)? | what varchar(9)? = 999999998 | a; 999999999 | b (2 rows)
 --> definition nvarchar(max)? = (NEXT VALUE FOR stock.Orders) (1 rows)
 INSERT stock.Orders2 (what) VALUES ('c') --> Msg 11728, Level 16, State 1, Line 1: The sequence object 'Orders' has reached its minimum or maximum value. Restart the sequence object to allow new values to be generated. (3621)
 ALTER SEQUENCE stock.Orders CYCLE NO MINVALUE MINVALUE 1
 INSERT stock.Orders2 (what) VALUES ('c')
-SELECT no FROM stock.Orders2 WHERE what = 'c'
---> (1 changed)
---> no decimal(9,0)? = 1 (1 rows)
+SELECT no FROM stock.Orders2 WHERE what = 'c' --> (1 changed) --> no decimal(9,0)? = 1 (1 rows)
 BEGIN TRAN
 ALTER SEQUENCE stock.Orders RESTART WITH 50
 SELECT NEXT VALUE FOR stock.Orders
 ROLLBACK
-SELECT NEXT VALUE FOR stock.Orders
---> - decimal(9,0)? = 50 (1 rows)
---> - decimal(9,0)? = 2 (1 rows)
+SELECT NEXT VALUE FOR stock.Orders --> - decimal(9,0)? = 50 (1 rows) --> - decimal(9,0)? = 2 (1 rows)
 ALTER SEQUENCE stock.Orders MAXVALUE 1 --> Msg 11705, Level 16, State 1, Line 1: The minimum value for sequence object 'Orders' must be less than its maximum value.
 CREATE SEQUENCE Bad INCREMENT BY 3 MINVALUE 1 MAXVALUE 3 --> Msg 11701, Level 16, State 1, Line 1: The absolute value of the increment for sequence object 'Bad' must be less than or equal to the difference between the minimum and maximum value of the sequence object.
 CREATE SEQUENCE #t --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support temporary sequences.
@@ -131,7 +117,5 @@ DECLARE c CURSOR FOR SELECT NEXT VALUE FOR Numbers FROM Later
 OPEN c FETCH c CLOSE c DEALLOCATE c
 SET FMTONLY ON SELECT NEXT VALUE FOR Numbers SET FMTONLY OFF
 SELECT current_value FROM sys.sequences WHERE name = 'Numbers'
---> a int? | n bigint = 1 | 6; 2 | 1 (2 rows)
---> - int? = 2 (1 rows)
---> - int? (0 rows)
+--> a int? | n bigint = 1 | 6; 2 | 1 (2 rows) --> - int? = 2 (1 rows) --> - int? (0 rows)
 --> current_value bigint? = 3 (1 rows)

@@ -35,23 +35,17 @@ UPDATE m SET name = c.name FROM made m JOIN dbo.cheap(9, N'z') c ON c.id = m.id 
 DELETE made WHERE id IN (SELECT id FROM dbo.cheap(2, N''))
 SELECT id, name FROM made
 SELECT * INTO copied FROM dbo.cheap(3, N'q') SELECT id, word FROM copied
---> (2 changed)
---> s decimal(38,0)? = 5 | i decimal(38,0)? = 5 | r int? = 2 (1 rows)
+--> (2 changed) --> s decimal(38,0)? = 5 | i decimal(38,0)? = 5 | r int? = 2 (1 rows)
 --> Msg 547, Level 16, State 0, Line 3: The INSERT statement conflicted with the CHECK constraint "CK__made__3_4". The conflict occurred in database "master", table "dbo.made", column 'id'. (3621) (1 changed) (1 changed)
---> id int = 3 | name nvarchar(20)? = Pad (1 rows) (2 changed)
---> id int | word nvarchar(9)? = 1 | q; 3 | none (2 rows)
+--> id int = 3 | name nvarchar(20)? = Pad (1 rows) (2 changed) --> id int | word nvarchar(9)? = 1 | q; 3 | none (2 rows)
 BEGIN TRAN
 INSERT made (id) SELECT id FROM dbo.cheap(3, N'q')
 ROLLBACK
-SELECT COUNT(*) c, (SELECT COUNT(*) FROM made) m FROM dbo.cheap(3, N'q')
---> (2 changed)
---> c int? = 2 | m int? = 1 (1 rows)
+SELECT COUNT(*) c, (SELECT COUNT(*) FROM made) m FROM dbo.cheap(3, N'q') --> (2 changed) --> c int? = 2 | m int? = 1 (1 rows)
 -- an error ends it; calls of each other; a view and an inline function use it
 CREATE FUNCTION fails (@a int) RETURNS @r TABLE (id int PRIMARY KEY) AS BEGIN INSERT @r SELECT @a INSERT @r SELECT 1 RETURN END -->
 SELECT id FROM fails(2)
-BEGIN TRY SELECT id FROM fails(1) END TRY BEGIN CATCH SELECT ERROR_NUMBER() n END CATCH
---> id int = 2; 1 (2 rows)
---> n int? = 2627 (1 rows)
+BEGIN TRY SELECT id FROM fails(1) END TRY BEGIN CATCH SELECT ERROR_NUMBER() n END CATCH --> id int = 2; 1 (2 rows) --> n int? = 2627 (1 rows)
 CREATE FUNCTION tree (@n int) RETURNS @r TABLE (n int) AS BEGIN INSERT @r VALUES (@n) IF @n > 0 INSERT @r SELECT n FROM dbo.tree(@n - 1) RETURN END -->
 SELECT * FROM tree(4)
 SELECT COUNT(*) c FROM tree(40)
@@ -70,12 +64,9 @@ SELECT n FROM dbo.tree((SELECT MAX(id) FROM item) - 1) t WHERE n > 0 ORDER BY n 
 SELECT name, type, type_desc FROM sys.objects WHERE type IN ('TF', 'IF') ORDER BY name
 SELECT p.name, parameter_id, TYPE_NAME(user_type_id) t FROM sys.parameters p WHERE object_id = OBJECT_ID('cheap', 'TF')
 SELECT ROUTINE_NAME, ROUTINE_TYPE FROM INFORMATION_SCHEMA.ROUTINES WHERE ROUTINE_NAME = 'tree'
---> name nvarchar(128)? | type char(2)? | type_desc nvarchar(60)?
---> above | IF | SQL_INLINE_TABLE_VALUED_FUNCTION
---> cheap | TF | SQL_TABLE_VALUED_FUNCTION
---> fails | TF | SQL_TABLE_VALUED_FUNCTION
---> parts | TF | SQL_TABLE_VALUED_FUNCTION
---> tree | TF | SQL_TABLE_VALUED_FUNCTION (5 rows)
+--> name nvarchar(128)? | type char(2)? | type_desc nvarchar(60)? --> above | IF | SQL_INLINE_TABLE_VALUED_FUNCTION
+--> cheap | TF | SQL_TABLE_VALUED_FUNCTION --> fails | TF | SQL_TABLE_VALUED_FUNCTION
+--> parts | TF | SQL_TABLE_VALUED_FUNCTION --> tree | TF | SQL_TABLE_VALUED_FUNCTION (5 rows)
 --> name nvarchar(128)? | parameter_id int? | t nvarchar(128)? = @most | 1 | decimal; @word | 2 | nvarchar (2 rows)
 --> ROUTINE_NAME nvarchar(128)? = tree | ROUTINE_TYPE nvarchar(20)? = FUNCTION (1 rows)
 ALTER FUNCTION fails () RETURNS @r TABLE (a int, b int) AS BEGIN INSERT @r VALUES (1, 2) RETURN END -->

@@ -12,9 +12,7 @@ BEGIN
         CASE WHEN UPDATE(name) THEN ', name' END, CASE WHEN UPDATE(price) THEN ', price' END))
 END -->
 INSERT item (name) VALUES ('a'), ('b'), ('c')
-SELECT @@ROWCOUNT AS n, SCOPE_IDENTITY() AS own, @@IDENTITY AS last
---> (3 changed)
---> n int? = 3 | own decimal(38,0)? = 3 | last decimal(38,0)? = 100 (1 rows)
+SELECT @@ROWCOUNT AS n, SCOPE_IDENTITY() AS own, @@IDENTITY AS last --> (3 changed) --> n int? = 3 | own decimal(38,0)? = 3 | last decimal(38,0)? = 100 (1 rows)
 UPDATE item SET price = price + id WHERE name <> 'b'
 SELECT @@ROWCOUNT AS n
 UPDATE item SET name = 'x', price = 2 WHERE id = 99
@@ -22,32 +20,23 @@ DELETE item WHERE id = 2
 DELETE FROM item WHERE id = 99
 INSERT item SELECT name + name, price FROM item WHERE 1 = 0
 SELECT what FROM log ORDER BY id
---> (2 changed)
---> n int? = 2 (1 rows) (0 changed) (1 changed) (0 changed) (0 changed)
---> what varchar(200)?
---> rows 3, new 3, old 0, level 1, count 1, name, price
---> rows 2, new 2, old 2, level 1, count 1, price
---> rows 0, new 0, old 0, level 1, count 1, name, price
---> rows 1, new 0, old 1, level 1, count 1
---> rows 0, new 0, old 0, level 1, count 1
---> rows 0, new 0, old 0, level 1, count 1, name, price (6 rows)
+--> (2 changed) --> n int? = 2 (1 rows) (0 changed) (1 changed) (0 changed) (0 changed) --> what varchar(200)?
+--> rows 3, new 3, old 0, level 1, count 1, name, price --> rows 2, new 2, old 2, level 1, count 1, price
+--> rows 0, new 0, old 0, level 1, count 1, name, price --> rows 1, new 0, old 1, level 1, count 1
+--> rows 0, new 0, old 0, level 1, count 1 --> rows 0, new 0, old 0, level 1, count 1, name, price (6 rows)
 BEGIN TRANSACTION
 TRUNCATE TABLE log
 UPDATE item SET name = name
 SELECT what FROM log
 ROLLBACK
-SELECT COUNT(*) AS n FROM log
---> (2 changed)
---> what varchar(200)? = rows 2, new 2, old 2, level 1, count 1, name (1 rows)
---> n int? = 6 (1 rows)
+SELECT COUNT(*) AS n FROM log --> (2 changed) --> what varchar(200)? = rows 2, new 2, old 2, level 1, count 1, name (1 rows) --> n int? = 6 (1 rows)
 SELECT name, type, type_desc, is_disabled, is_instead_of_trigger, OBJECT_NAME(parent_id) AS parent FROM sys.triggers
 SELECT xtype, OBJECT_NAME(parent_obj) AS parent FROM sysobjects WHERE name = 'item_log'
 SELECT LEFT(OBJECT_DEFINITION(OBJECT_ID('item_log', 'TR')), 30) AS t, OBJECTPROPERTY(OBJECT_ID('item_log'), 'IsTrigger') AS p
 SELECT COUNT(*) AS n FROM sys.sql_modules WHERE object_id = OBJECT_ID('item_log')
 --> name nvarchar(128)? = item_log | type char(2)? = TR | type_desc nvarchar(60)? = SQL_TRIGGER | is_disabled bit? = 0 | is_instead_of_trigger bit? = 0 | parent nvarchar(128)? = item (1 rows)
 --> xtype char(2)? = TR | parent nvarchar(128)? = item (1 rows)
---> t nvarchar(30)? = CREATE TRIGGER item_log ON ite | p int? = 1 (1 rows)
---> n int? = 1 (1 rows)
+--> t nvarchar(30)? = CREATE TRIGGER item_log ON ite | p int? = 1 (1 rows) --> n int? = 1 (1 rows)
 -- The rows before and after the change.
 ALTER TRIGGER item_log ON dbo.item FOR UPDATE AS
 SET NOCOUNT ON
@@ -90,22 +79,16 @@ PRINT 'not reached'
 --> Msg 3609, Level 16, State 1, Line 2: The transaction ended in the trigger. The batch has been aborted.
 SELECT name FROM item
 SELECT what FROM log
-SELECT @@TRANCOUNT AS count
---> name varchar(20) = A (1 rows)
---> what varchar(200)? = refused (1 rows)
---> count int? = 0 (1 rows)
+SELECT @@TRANCOUNT AS count --> name varchar(20) = A (1 rows) --> what varchar(200)? = refused (1 rows) --> count int? = 0 (1 rows)
 BEGIN TRAN
 INSERT item VALUES ('good', 1)
 INSERT item VALUES ('bad', -1)
 PRINT 'not reached'
---> (1 changed)
---> Msg 50000, Level 16, State 1, Line 5, Procedure item_guard: The price is negative.
+--> (1 changed) --> Msg 50000, Level 16, State 1, Line 5, Procedure item_guard: The price is negative.
 --> gone int? = 0 | count int? = 0 (1 rows) (1 changed)
 --> Msg 3609, Level 16, State 1, Line 3: The transaction ended in the trigger. The batch has been aborted.
 SELECT name FROM item
-SELECT @@TRANCOUNT AS count
---> name varchar(20) = A (1 rows)
---> count int? = 0 (1 rows)
+SELECT @@TRANCOUNT AS count --> name varchar(20) = A (1 rows) --> count int? = 0 (1 rows)
 BEGIN TRY
     INSERT item VALUES ('bad', -1)
 END TRY
@@ -124,9 +107,7 @@ BEGIN TRAN
 INSERT item VALUES ('good', 1)
 UPDATE item SET price = 5
 PRINT 'not reached'
---> (1 changed)
---> id int* = 1 | name varchar(20) = A | price money? = 4.0000
---> before
+--> (1 changed) --> id int* = 1 | name varchar(20) = A | price money? = 4.0000 --> before
 --> Msg 8134, Level 16, State 1, Line 4, Procedure item_error: Divide by zero error encountered.
 SELECT @@TRANCOUNT AS count, (SELECT COUNT(*) FROM item WHERE name = 'good') AS n --> count int? = 0 | n int? = 0 (1 rows)
 BEGIN TRAN
@@ -137,8 +118,7 @@ BEGIN CATCH
     SELECT ERROR_NUMBER() AS n, ERROR_PROCEDURE() AS p, ERROR_LINE() AS l, XACT_STATE() AS s
     ROLLBACK
 END CATCH
---> id int* = 1 | name varchar(20) = A | price money? = 4.0000
---> before (0 changed)
+--> id int* = 1 | name varchar(20) = A | price money? = 4.0000 --> before (0 changed)
 --> n int? = 8134 | p nvarchar(128)? = item_error | l int? = 4 | s smallint? = -1 (1 rows)
 ALTER TRIGGER item_error ON item AFTER UPDATE AS
 BEGIN TRY
@@ -148,9 +128,7 @@ BEGIN CATCH
     SELECT XACT_STATE() AS s
 END CATCH -->
 UPDATE item SET price = 5
---> id int* = 1 | name varchar(20) = A | price money? = 4.0000
---> n int? (0 rows)
---> s smallint? = -1 (1 rows)
+--> id int* = 1 | name varchar(20) = A | price money? = 4.0000 --> n int? (0 rows) --> s smallint? = -1 (1 rows)
 --> Msg 3616, Level 16, State 1, Line 1: An error was raised during trigger execution. The batch has been aborted and the user transaction, if any, has been rolled back.
 -- Disabled triggers do not fire.
 DISABLE TRIGGER item_error ON item -->
@@ -182,9 +160,7 @@ CREATE TABLE b (x int) -->
 CREATE TRIGGER a_own ON a AFTER INSERT AS
 IF @@NESTLEVEL < 5 INSERT a SELECT x + 1 FROM inserted -->
 INSERT a VALUES (1)
-SELECT x FROM a
---> (1 changed) (1 changed)
---> x int? = 1; 2 (2 rows)
+SELECT x FROM a --> (1 changed) (1 changed) --> x int? = 1; 2 (2 rows)
 CREATE TRIGGER a_other ON a AFTER INSERT AS
 IF (SELECT MAX(x) FROM inserted) < 4 INSERT a SELECT x + 10 FROM inserted WHERE x < 4 -->
 DELETE a
@@ -219,12 +195,9 @@ INSERT other VALUES (1)
 DELETE parent WHERE id = 1
 UPDATE parent SET id = 5 WHERE id = 2
 DELETE parent WHERE id = 3
---> t varchar(5) = other | n int? = 1
---> t varchar(5) | old int? | new int? = child | 1 | NULL; child | 1 | NULL
---> t varchar(6) = parent | id int = 1
---> t varchar(5) = child | old int? = 2 | new int? = 5
---> parent of child updated
---> t varchar(6) = parent | id int = 3
+--> t varchar(5) = other | n int? = 1 --> t varchar(5) | old int? | new int? = child | 1 | NULL; child | 1 | NULL
+--> t varchar(6) = parent | id int = 1 --> t varchar(5) = child | old int? = 2 | new int? = 5
+--> parent of child updated --> t varchar(6) = parent | id int = 3
 SET NOCOUNT OFF
 -- Rows that take over each other's keys, and rows of another database.
 CREATE TABLE pair (id int PRIMARY KEY, x int UNIQUE)
@@ -234,22 +207,18 @@ SELECT d.id, d.x AS old, i.x AS new FROM deleted d JOIN inserted i ON i.id = d.i
 INSERT pair VALUES (1, 10), (2, 20)
 UPDATE pair SET x = 30 - x
 UPDATE p SET x = p.x + q.id FROM pair p JOIN pair q ON q.id = p.id WHERE q.id = 1
---> (2 changed)
---> id int | old int? | new int? = 1 | 10 | 20; 2 | 20 | 10 (2 rows) (2 changed)
+--> (2 changed) --> id int | old int? | new int? = 1 | 10 | 20; 2 | 20 | 10 (2 rows) (2 changed)
 --> id int = 1 | old int? = 20 | new int? = 21 (1 rows) (1 changed)
 USE elsewhere
 UPDATE TOP (1) master..pair SET x += 5
 INSERT INTO master..pair EXEC ('SELECT 3, 30')
---> USE elsewhere
---> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'elsewhere'.
+--> USE elsewhere --> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'elsewhere'.
 --> id int = 2 | old int? = 10 | new int? = 15 (1 rows) (1 changed) (1 changed)
 USE master
 -- OUTPUT and triggers.
 INSERT pair OUTPUT inserted.id VALUES (4, 40)
 UPDATE pair SET x = 41 OUTPUT inserted.id WHERE id = 4
---> USE master
---> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'master'.
---> id int = 4 (1 rows)
+--> USE master --> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'master'. --> id int = 4 (1 rows)
 --> Msg 334, Level 16, State 1, Line 4: The target table 'pair' of the DML statement cannot have any enabled triggers if the statement contains an OUTPUT clause without INTO clause.
 DECLARE @t table (old int, new int)
 UPDATE pair SET x = x + 100 OUTPUT deleted.x, inserted.x INTO @t WHERE id < 3
@@ -277,12 +246,10 @@ SELECT @@ROWCOUNT AS n
 SELECT * FROM doc
 UPDATE doc SET title = 'x'
 UPDATE d SET title = d.title + '!' FROM doc d JOIN doc e ON e.id = d.id WHERE e.id > 1
---> (2 changed) (2 changed) (1 changed) (2 changed)
---> n int? = 2 (1 rows)
+--> (2 changed) (2 changed) (1 changed) (2 changed) --> n int? = 2 (1 rows)
 --> id int* | title varchar(20) | gone bit = 1 | a | 0; 2 | b | 0; 3 | c | 0 (3 rows)
 --> id int* | old varchar(20) | new varchar(20) = 1 | a | a; 3 | c | c (2 rows) (2 changed) (2 changed)
---> n int? = 2 (1 rows)
---> id int* | title varchar(20) | gone bit = 1 | a | 0; 2 | b | 0; 3 | c | 0 (3 rows)
+--> n int? = 2 (1 rows) --> id int* | title varchar(20) | gone bit = 1 | a | 0; 2 | b | 0; 3 | c | 0 (3 rows)
 --> id int* | old varchar(20) | new varchar(20) = 1 | a | x; 2 | b | x; 3 | c | x (3 rows) (3 changed)
 --> id int* | old varchar(20) | new varchar(20) = 2 | b | b!; 3 | c | c! (2 rows) (2 changed)
 CREATE TRIGGER doc_d2 ON doc INSTEAD OF INSERT, DELETE AS PRINT 'second' --> Msg 2111, Level 16, State 1, Line 1, Procedure doc_d2: Cannot create trigger 'doc_d2' on table 'doc' because an INSTEAD OF DELETE trigger already exists on this object.
@@ -293,8 +260,7 @@ ALTER TRIGGER doc_i ON doc INSTEAD OF INSERT AS SELECT * FROM inserted -->
 INSERT doc (title) SELECT TOP (1) title + '?' FROM doc ORDER BY id DESC
 SELECT SCOPE_IDENTITY() AS own
 INSERT BULK doc (title varchar(20)) WITH (FIRE_TRIGGERS)
---> id int* = 0 | title varchar(20) = c? | gone bit = 0 (1 rows) (1 changed)
---> own decimal(38,0)? = 3 (1 rows)
+--> id int* = 0 | title varchar(20) = c? | gone bit = 0 (1 rows) (1 changed) --> own decimal(38,0)? = 3 (1 rows)
 --> Msg 50000, Level 16, State 1, Line 3: tsqlbox does not support INSERT BULK with FIRE_TRIGGERS.
 -- A cascade fires no INSTEAD OF trigger.
 CREATE TABLE top1 (id int PRIMARY KEY)
@@ -310,23 +276,17 @@ SELECT COUNT(*) AS n FROM top1
 CREATE DATABASE twin1
 CREATE DATABASE twin2 -->
 USE twin1
-CREATE TABLE t (x int)
---> USE twin1
---> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'twin1'.
+CREATE TABLE t (x int) --> USE twin1 --> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'twin1'.
 CREATE TRIGGER first1 ON t FOR INSERT AS INSERT twin2..t SELECT x + 1 FROM inserted -->
 USE twin2
-CREATE TABLE t (x int)
---> USE twin2
---> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'twin2'.
+CREATE TABLE t (x int) --> USE twin2 --> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'twin2'.
 CREATE TRIGGER second2 ON t FOR INSERT AS SELECT x, DB_NAME() AS db, OBJECT_NAME(@@PROCID) AS o FROM inserted -->
 INSERT twin1..t VALUES (1)
 SELECT (SELECT object_id FROM twin1.sys.triggers) - object_id AS difference FROM sys.triggers
 ALTER DATABASE twin2 SET RECURSIVE_TRIGGERS OFF
 --> x int? = 2 | db nvarchar(128)? = twin2 | o nvarchar(128)? = second2 (1 rows) (1 changed) (1 changed)
 --> difference int? = 0 (1 rows)
-USE master
---> USE master
---> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'master'.
+USE master --> USE master --> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'master'.
 CREATE VIEW titles AS SELECT title FROM doc -->
 CREATE TRIGGER titles_i ON titles INSTEAD OF INSERT AS PRINT 'view' --> Msg 50000, Level 16, State 1, Line 1, Procedure titles_i: tsqlbox does not support INSTEAD OF triggers on views.
 CREATE TRIGGER titles_i ON titles AFTER INSERT AS PRINT 'view' --> Msg 8197, Level 16, State 4, Line 1, Procedure titles_i: The object 'titles' does not exist or is invalid for this operation.
@@ -355,8 +315,7 @@ ALTER SCHEMA dbo TRANSFER s.tab
 INSERT tab VALUES (2)
 EXEC sp_helptext 's_t'
 DROP TRIGGER dbo.s_t
---> trigger of s.tab (1 changed)
---> trigger of s.tab (1 changed)
+--> trigger of s.tab (1 changed) --> trigger of s.tab (1 changed)
 --> Text nvarchar(255)? = CREATE OR ALTER TRIGGER s_t ON s.tab WITH EXECUTE AS CALLER FOR INSERT NOT FOR REPLICATION AS PRINT 'trigger of s.tab'
 -->  (1 rows)
 -- Types, cursors, savepoints, settings.
@@ -379,8 +338,7 @@ INSERT t (a, b, c, d, e, f, g, h, i, [odd "name]) VALUES (1234567890123456789012
 SELECT * FROM l
 --> a decimal(38,4)? | b varbinary(20)? | c datetime? | d float? | e nvarchar(max)? | f bit? | g money? | h uniqueidentifier? | i date? | odd "name varchar(10)?
 --> 12345678901234567890123456789.1234 | 0x01FF | 2020-01-02 03:04:05.123 | 1.5 | ä | 1 | 2.5000 | 6F9619FF-8B86-D011-B42D-00C04FC964FF | 2020-01-02 | x
---> NULL | NULL | NULL | NULL | NULL | NULL | NULL | NULL | NULL | NULL
---> typed (2 changed)
+--> NULL | NULL | NULL | NULL | NULL | NULL | NULL | NULL | NULL | NULL --> typed (2 changed)
 --> id int* | m varchar(200)? = 1 | 1 x; 2 | 2  (2 rows)
 SET IDENTITY_INSERT t ON
 INSERT t (id, [odd "name]) VALUES (50, 'y')
@@ -404,9 +362,7 @@ BEGIN
 END -->
 TRUNCATE TABLE l
 INSERT t ([odd "name]) VALUES ('yes')
-SELECT m FROM l
---> (1 changed) (1 changed) (1 changed) (1 changed)
---> m varchar(200)? = kept 1 (1 rows)
+SELECT m FROM l --> (1 changed) (1 changed) (1 changed) (1 changed) --> m varchar(200)? = kept 1 (1 rows)
 CREATE PROCEDURE ins @n varchar(10) AS INSERT t ([odd "name]) VALUES (@n) PRINT 'after insert' -->
 EXEC ins 'no'
 PRINT 'not reached'
@@ -417,14 +373,11 @@ SELECT m FROM l --> m varchar(200)? = kept 1; after no (2 rows)
 BEGIN TRY EXEC ins 'no' END TRY BEGIN CATCH SELECT ERROR_NUMBER() n, ERROR_PROCEDURE() p, ERROR_LINE() l END CATCH
 SELECT @@TRANCOUNT c
 --> (1 changed) (1 changed) (1 changed) (1 changed) (0 changed)
---> n int? = 50000 | p nvarchar(128)? = tr | l int? = 13 (1 rows)
---> c int? = 0 (1 rows)
+--> n int? = 50000 | p nvarchar(128)? = tr | l int? = 13 (1 rows) --> c int? = 0 (1 rows)
 BEGIN TRAN
 INSERT t ([odd "name]) SELECT 'ok'
 SELECT @@TRANCOUNT c, SCOPE_IDENTITY() i
-COMMIT
---> (1 changed) (1 changed) (1 changed) (1 changed)
---> c int? = 1 | i decimal(38,0)? = 54 (1 rows)
+COMMIT --> (1 changed) (1 changed) (1 changed) (1 changed) --> c int? = 1 | i decimal(38,0)? = 54 (1 rows)
 ALTER TRIGGER tr ON t AFTER DELETE AS THROW 50001, 'thrown', 3 -->
 BEGIN TRAN
 DELETE t WHERE id = 1 --> Msg 50001, Level 16, State 3, Line 1, Procedure tr: thrown
@@ -435,9 +388,7 @@ SET IMPLICIT_TRANSACTIONS ON
 INSERT t (f) VALUES (1)
 SELECT @@TRANCOUNT c
 ROLLBACK
-SET IMPLICIT_TRANSACTIONS OFF
---> (1 changed)
---> c int? = 1 (1 rows)
+SET IMPLICIT_TRANSACTIONS OFF --> (1 changed) --> c int? = 1 (1 rows)
 ALTER TRIGGER tr ON t AFTER DELETE AS COMMIT -->
 DELETE t WHERE id = 1 --> Msg 3609, Level 16, State 1, Line 1: The transaction ended in the trigger. The batch has been aborted.
 SELECT COUNT(*) n FROM t WHERE id = 1 --> n int? = 0 (1 rows)
@@ -454,15 +405,10 @@ SET ROWCOUNT 0
 INSERT u EXEC ('SELECT 7 UNION ALL SELECT 8')
 CREATE TABLE #w (x int)
 INSERT #w EXEC ('INSERT u VALUES (9)')
-SELECT * FROM #w
---> x int? = 1; 2 (2 rows) (2 changed)
---> x int? = 7; 8 (2 rows) (2 changed) (1 changed)
---> x int? = 9 (1 rows)
+SELECT * FROM #w --> x int? = 1; 2 (2 rows) (2 changed) --> x int? = 7; 8 (2 rows) (2 changed) (1 changed) --> x int? = 9 (1 rows)
 ALTER TABLE u ADD y int DEFAULT 5 WITH VALUES
 INSERT u (x) VALUES (10)
-EXEC sp_executesql N'INSERT u (x) VALUES (@a)', N'@a int', 11
---> x int? = 10 (1 rows) (1 changed)
---> x int? = 11 (1 rows) (1 changed)
+EXEC sp_executesql N'INSERT u (x) VALUES (@a)', N'@a int', 11 --> x int? = 10 (1 rows) (1 changed) --> x int? = 11 (1 rows) (1 changed)
 SET FMTONLY ON
 INSERT u (x) VALUES (1)
 SET FMTONLY OFF -->
@@ -471,9 +417,7 @@ INSERT u (x) VALUES (1)
 SET NOEXEC OFF -->
 CREATE TRIGGER uy ON u FOR UPDATE AS IF UPDATE(x) AND NOT UPDATE(y) PRINT 'x' ELSE IF UPDATE([Y]) OR UPDATE(x) PRINT 'y' -->
 UPDATE u SET x = 1 WHERE x = 1
-UPDATE u SET Y = 1, x = 3 WHERE x = 99
---> x (1 changed)
---> y (0 changed)
+UPDATE u SET Y = 1, x = 3 WHERE x = 99 --> x (1 changed) --> y (0 changed)
 SELECT [update]('x') --> Msg 207, Level 16, State 1, Line 1: Invalid column name 'x'.
 DISABLE TRIGGER ux ON u
 PRINT 'disabled'

@@ -23,14 +23,10 @@ SELECT * FROM #copy --> name varchar(20)? = pen (1 rows)
 CREATE FUNCTION below (@most decimal(8,2), @extra int) RETURNS TABLE AS RETURN (SELECT id, name, @extra + id AS sum FROM item WHERE price < @most) -->
 -- names in a view refer to the database of the view
 CREATE DATABASE other -->
-USE other
---> USE other
---> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'other'.
+USE other --> USE other --> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'other'.
 SELECT * FROM master..cheap --> name varchar(20)? = pen (1 rows)
 SELECT * FROM master.dbo.below(2.6, 0) ORDER BY name --> id int | name varchar(20)? | sum int? = 3 | Pad | 3; 1 | pen | 1 (2 rows)
-USE master
---> USE master
---> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'master'.
+USE master --> USE master --> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'master'.
 DECLARE @m money = 2.6
 SELECT * FROM dbo.below(@m, 10) b ORDER BY b.id --> id int | name varchar(20)? | sum int? = 1 | pen | 11; 3 | Pad | 13 (2 rows)
 SELECT i.id, (SELECT COUNT(*) FROM below(i.price, 0)) cheaper FROM item i ORDER BY i.id --> id int | cheaper int? = 1 | 0; 2 | 2; 3 | 1 (3 rows)
@@ -68,6 +64,4 @@ SELECT * FROM (SELECT id FROM item ORDER BY id) q --> Msg 1033, Level 15, State 
 -- ALTER is stored as CREATE
 CREATE VIEW altered AS SELECT 1 AS a -->
 /* ALTER */ ALTER VIEW altered AS SELECT 2 AS a -->
-EXEC sp_helptext 'altered'
---> Text nvarchar(255)? = /* ALTER */ CREATE VIEW altered AS SELECT 2 AS a
--->  (1 rows)
+EXEC sp_helptext 'altered' --> Text nvarchar(255)? = /* ALTER */ CREATE VIEW altered AS SELECT 2 AS a -->  (1 rows)
