@@ -6,7 +6,7 @@
 
 #include "Fuzz.h"
 #include "RowText.h"
-#include "ToolOutput.h"
+#include "querytool/ToolOutput.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (size == 0) return 0;

@@ -11,9 +11,6 @@
 #include "Causes.h"
 #include "CommonMessages.h"
 #include "DVUtilities/commonFunc.h"
-#include "DatabaseMessages.h"
-#include "DatabaseNames.h"
-#include "DirectConnection.h"
 #include "EvDebug.h"
 #include "FX.h"
 #include "Registry.h"
@@ -22,6 +19,9 @@
 #include "SecretText.h"
 #include "TextAsFormat.h"
 #include "VTPassword.h"
+#include "direct/DirectConnection.h"
+#include "parts/DatabaseMessages.h"
+#include "parts/DatabaseNames.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <span>
 #include <string>
 
-#include "DatabaseParts.h"
+#include "parts/DatabaseParts.h"
 
 inline constexpr int kZephra = 1;  // product type
 

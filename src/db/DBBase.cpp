@@ -8,17 +8,17 @@
 #include "CallerText.h"
 #include "Causes.h"
 #include "DVUtilities/commonFunc.h"
-#include "DatabaseMessages.h"
-#include "DatabaseParts.h"
-#include "DirectConnection.h"
-#include "DirectQuery.h"
 #include "ExceptionGuard.h"
-#include "QueryTool.h"
 #include "QuoteDoubling.h"
 #include "RowText.h"
 #include "SecretText.h"
 #include "ServerMaintenance.h"
-#include "ToolOutput.h"
+#include "direct/DirectConnection.h"
+#include "direct/DirectQuery.h"
+#include "parts/DatabaseMessages.h"
+#include "parts/DatabaseParts.h"
+#include "querytool/QueryTool.h"
+#include "querytool/ToolOutput.h"
 
 namespace {
 

@@ -2,13 +2,13 @@
 
 #include "CallerText.h"
 #include "DVUtilities/commonFunc.h"
-#include "DatabaseMessages.h"
 #include "FX.h"
 #include "MaintenanceSql.h"
-#include "QueryTool.h"
 #include "RowText.h"
 #include "TextAsFormat.h"
-#include "ToolOutput.h"
+#include "parts/DatabaseMessages.h"
+#include "querytool/QueryTool.h"
+#include "querytool/ToolOutput.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "DatabaseParts.h"
+#include "parts/DatabaseParts.h"
 
 // The version of a server that could not be asked.
 inline constexpr char kUnknownVersion[] = "-1";

@@ -4,8 +4,8 @@
 #include <string>
 
 #include "DVUtilities/DBBase.h"
-#include "QueryToolCommand.h"
 #include "SampleInstallation.h"
+#include "querytool/QueryToolCommand.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "ToolOutput.h"
+#include "querytool/ToolOutput.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>

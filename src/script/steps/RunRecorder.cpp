@@ -12,9 +12,9 @@
 #include <vector>
 
 #include "DVUtilities/DBBase.h"
-#include "DatabaseParts.h"
 #include "FX.h"
 #include "VtSettings.h"
+#include "parts/DatabaseParts.h"
 #include "record/HostOfRuns.h"
 #include "record/RecordFolder.h"
 #include "record/Sha256.h"

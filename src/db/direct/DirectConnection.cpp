@@ -1,13 +1,13 @@
-#include "DirectConnection.h"
+#include "direct/DirectConnection.h"
 
 #include <memory>
 #include <utility>
 
 #include "Causes.h"
-#include "DatabaseMessages.h"
 #include "EvDebug.h"
 #include "SecretText.h"
 #include "VTSimpleDBConn.h"
+#include "parts/DatabaseMessages.h"
 
 namespace {
 constexpr bool kEncrypted = false;  // the driver's own settings decide

@@ -1,14 +1,14 @@
-#include "ToolProcess.h"
+#include "querytool/ToolProcess.h"
 
 #include <array>
 #include <string>
 #include <string_view>
 
 #include "Causes.h"
-#include "DatabaseMessages.h"
 #include "EvDebug.h"
 #include "FX.h"
 #include "VtProcess.h"
+#include "parts/DatabaseMessages.h"
 
 namespace {
 

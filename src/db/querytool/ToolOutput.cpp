@@ -1,4 +1,4 @@
-#include "ToolOutput.h"
+#include "querytool/ToolOutput.h"
 
 #include <sys/stat.h>
 
@@ -9,11 +9,11 @@
 #include <memory>
 #include <utility>
 
-#include "DatabaseMessages.h"
 #include "EvDebug.h"
 #include "FX.h"
 #include "FileDescriptor.h"
 #include "VTPI.h"
+#include "parts/DatabaseMessages.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // The direct connection of a database object.
 #pragma once
 
-#include "DatabaseParts.h"
+#include "parts/DatabaseParts.h"
 
 class DirectConnection {
   public:

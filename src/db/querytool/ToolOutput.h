@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "DatabaseReport.h"
+#include "parts/DatabaseReport.h"
 
 // Converts a line to a row text: its first `count` fields (at least one), which blanks separate, joined by
 // the separator. A row with fewer fields ends with a separator; callers rely on it. A line of blanks becomes

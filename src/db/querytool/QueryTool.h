@@ -3,8 +3,8 @@
 
 #include <string>
 
-#include "DatabaseParts.h"
-#include "QueryToolCommand.h"
+#include "parts/DatabaseParts.h"
+#include "querytool/QueryToolCommand.h"
 
 inline constexpr char kToolName[] = "sqlcmd";
 

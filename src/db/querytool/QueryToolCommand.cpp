@@ -1,9 +1,9 @@
-#include "QueryToolCommand.h"
+#include "querytool/QueryToolCommand.h"
 
 #include "CallerText.h"
-#include "DatabaseNames.h"
 #include "FX.h"
 #include "SecretText.h"
+#include "parts/DatabaseNames.h"
 
 namespace {
 

@@ -1,17 +1,17 @@
-#include "QueryTool.h"
+#include "querytool/QueryTool.h"
 
 #include <cstring>
 #include <utility>
 
 #include "CallerText.h"
 #include "Causes.h"
-#include "DatabaseMessages.h"
 #include "FX.h"
 #include "SecretText.h"
-#include "ToolMessages.h"
-#include "ToolOutput.h"
-#include "ToolProcess.h"
 #include "VtProcess.h"
+#include "parts/DatabaseMessages.h"
+#include "querytool/ToolMessages.h"
+#include "querytool/ToolOutput.h"
+#include "querytool/ToolProcess.h"
 
 namespace {
 constexpr char kDefaultTool[] = "/opt/mssql-tools/bin/sqlcmd";

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <string>
 
-#include "DatabaseReport.h"
+#include "parts/DatabaseReport.h"
 
 class VTSimpleDBConnObject;
 

@@ -1,4 +1,4 @@
-#include "ToolMessages.h"
+#include "querytool/ToolMessages.h"
 
 #include <algorithm>
 #include <charconv>

@@ -1,8 +1,8 @@
-#include "DirectQuery.h"
+#include "direct/DirectQuery.h"
 
 #include "Causes.h"
-#include "DatabaseMessages.h"
 #include "VTSimpleDBConn.h"
+#include "parts/DatabaseMessages.h"
 
 namespace {
 
