@@ -29,6 +29,10 @@ struct PackageSeal {
 // True for the text of a seal's record, which a package may hold at its beginning only.
 VT_PLATFORM_EXPORT bool isSealText(std::string_view plain);
 
+// The first entry of a list of public keys, as in trustedSigners, that is none; empty if each is one. Points
+// into `list`.
+VT_PLATFORM_EXPORT std::string_view unusableSigner(std::string_view list);
+
 // Check of a package's seal with the key and the settings requireSeal and trustedSigners of the store.
 class VT_PLATFORM_EXPORT PackageSealCheck : public VtSealCheck {
   public:

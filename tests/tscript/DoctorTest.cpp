@@ -77,12 +77,12 @@ TEST_F(Installation, DoctorReportsItsFindings) {
         {"[host]", "stray = 1\n[host]", "warning  store content: line "},
         {"strictQueryTool", "strictQueryTools", "warning  strict query tool: off"},
         {"strictQueryTool = 1", "strictQueryTool = 7",
-         "FAILED   store value: host.strictQueryTool is '7', not a number from 0 to 1"},
+         "FAILED   store value: host.strictQueryTool is '7', not a whole number from 0 to 1"},
         {"[host]", "[host]\nrequireSael = 1",
          "warning  store value: host.requireSael is no setting and has no effect\n"
          "         -> Did you mean host.requireSeal?"},
         {"[host]", "[host]\ndebugLogLevel = 'all'",
-         "FAILED   store value: host.debugLogLevel is 'all', not a number from 0 to 3"},
+         "FAILED   store value: host.debugLogLevel is 'all', not a whole number from 0 to 3"},
         {"[host]", "[host", "FAILED   store: "},
         {"pNQ2ACCESS", "pOther", "FAILED   NQ2 credentials: the store has no value"},
         {"dZEPHRAHOME", "sOther", "-> Set it: tscript config set Base.dZEPHRAHOME FOLDER"},
@@ -226,7 +226,7 @@ TEST_F(Faults, DoctorOpensEveryPackageAndNamesOddComponents) {
     replaceInFile(store(), "nPLATTYPE      = 5", "nPLATTYPE      = 8");
     replaceInFile(store(), "loginTimeout   = 15", "loginTimeout   = \"soon\"");
     replaceInFile(store(), "nSQLAuthType     = 0", "nSQLAuthType     = 7");
-    expectAll({{{"doctor"}, 3, "FAILED   store value: host.loginTimeout is 'soon', not a number", ""},
+    expectAll({{{"doctor"}, 3, "FAILED   store value: host.loginTimeout is 'soon', not a whole number", ""},
                {{"doctor"}, 3, "FAILED   store value: Database.nSQLAuthType is '7'", ""}});
     replaceInFile(store(), "\"Installed\"", "\"installed\"");
     expectAll({{{"doctor"}, 3, "FAILED   platform type: Base.nPLATTYPE is 8", ""},

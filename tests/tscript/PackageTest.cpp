@@ -77,9 +77,11 @@ TEST_F(Installation, UsesOnlyPackagesThatAreWhatWasSealed) {
     ASSERT_EQ(made.exitCode, 0) << made.errors;
     EXPECT_EQ(modeOf(signer), 0600U);
     const std::string publicKey = made.output.substr(0, made.output.size() - 1);
+    std::string otherKey = publicKey;
+    otherKey[0] = publicKey[0] == 'A' ? 'B' : 'A';
     expectAll({{{"key", "create", "--signing", signer}, 3, "", "File exists"},
                {{"key", "create", "--signing"}, 2, "", "name the file"},
-               {{"config", "set", "host.trustedSigners", "other, " + publicKey}, 0, "", ""}});
+               {{"config", "set", "host.trustedSigners", otherKey + ", " + publicKey}, 0, "", ""}});
     expectRefused("the package is not signed");
     expectAll({{{"pack", m_temp / "Small.txt", "--sign", key}, 3, "", "exactly 64 bytes"},
                {{"pack", m_temp / "Small.txt", "--sign", signer}, 0, "", "packed"}});
@@ -89,9 +91,16 @@ TEST_F(Installation, UsesOnlyPackagesThatAreWhatWasSealed) {
                {{"repack", "--old-key", key, "--new-key", next, package}, 0, "", "repacked"}});
     fs::copy_file(next, key, fs::copy_options::overwrite_existing);
     expectAccepted("signed by " + publicKey);
-    expectAll({{{"config", "set", "host.trustedSigners", "another"}, 0, "", ""}});
+    expectAll({{{"config", "set", "host.trustedSigners", "another"}, 2, "", "is a list of public keys"},
+               {{"config", "set", "host.trustedSigners", otherKey}, 0, "", ""}});
     expectRefused("signer is not one of");
     expectAll({{{"doctor"}, 3, "package Small: the package's signer is not one of", ""}});
+    replaceInFile(store(), otherKey, otherKey + " another");
+    expectRefused("trusted signers, of which 'another' is no public key");
+    expectAll(
+        {{{"doctor"}, 3, "host.trustedSigners is '" + otherKey + " another', not a list of public", ""}});
+    replaceInFile(store(), otherKey + " another", " , ");
+    expectRefused("' , ' is no public key");
 }
 
 TEST_F(Installation, ListsAndComparesScripts) {

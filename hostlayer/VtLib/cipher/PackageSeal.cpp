@@ -163,17 +163,43 @@ std::optional<ParsedSeal> parseSeal(std::string_view text) {
     return seal;
 }
 
-bool isTrusted(const std::string& signer, std::string_view trusted) {
+std::vector<std::string_view> entriesOf(std::string_view trustedSigners) {
     constexpr std::string_view kSeparators = " ,";
-    while (!trusted.empty()) {
-        const std::size_t end = std::min(trusted.find_first_of(kSeparators), trusted.size());
-        if (!signer.empty() && trusted.substr(0, end) == signer) return true;
-        trusted.remove_prefix(std::min(end + 1, trusted.size()));
+    std::vector<std::string_view> entries;
+    while (!trustedSigners.empty()) {
+        const std::size_t end = std::min(trustedSigners.find_first_of(kSeparators), trustedSigners.size());
+        if (end > 0) entries.push_back(trustedSigners.substr(0, end));
+        trustedSigners.remove_prefix(std::min(end + 1, trustedSigners.size()));
     }
-    return false;
+    return entries;
+}
+
+bool isPublicKey(std::string_view text) {
+    return !bytesOfBase64(text, kPublicKeyBytes).empty();
+}
+
+bool isTrusted(const std::string& signer, std::string_view trusted) {
+    const std::vector<std::string_view> entries = entriesOf(trusted);
+    return std::find(entries.begin(), entries.end(), signer) != entries.end();
+}
+
+// Why a signed or unsigned package is refused.
+std::string untrusted(const std::string& signer, std::string_view trusted) {
+    if (signer.empty()) return "the package is not signed, and the store names trusted signers";
+    const std::string problem = "the package's signer is not one of the store's trusted signers";
+    const std::string_view unusable = unusableSigner(trusted);
+    return unusable.empty() ? problem
+                            : problem + ", of which '" + std::string(unusable) + "' is no public key";
 }
 
 }  // namespace
+
+std::string_view unusableSigner(std::string_view list) {
+    const std::vector<std::string_view> entries = entriesOf(list);
+    const auto unusable = std::find_if_not(entries.begin(), entries.end(), isPublicKey);
+    if (unusable != entries.end()) return *unusable;
+    return entries.empty() ? list : std::string_view();
+}
 
 bool isSealText(std::string_view plain) {
     return plain.substr(0, kMark.size()) == kMark;
@@ -239,9 +265,7 @@ std::string PackageSealCheck::problem(const std::string& name) {
         return "the package has no seal, and the store requires one";
     if (found != nullptr && found->name != name)
         return "the package was sealed under the name '" + found->name + "'";
-    if (!trusted.empty() && !isTrusted(found->signer, trusted))
-        return found->signer.empty() ? "the package is not signed, and the store names trusted signers"
-                                     : "the package's signer is not one of the store's trusted signers";
+    if (!trusted.empty() && !isTrusted(found->signer, trusted)) return untrusted(found->signer, trusted);
     return {};
 }
 

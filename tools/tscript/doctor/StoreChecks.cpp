@@ -16,19 +16,16 @@ namespace {
 constexpr const char* kReference = "docs/configuration.md describes the store.";
 constexpr std::string_view kHost = "host";
 
-void checkNumber(CheckList& list, const KnownValue& known, const std::string& text) {
-    if (known.numberIn(text)) return;
+void checkValue(CheckList& list, const KnownValue& known, const std::string& text) {
+    if (known.accepts(text)) return;
     const std::string name = std::string(known.key).append(".").append(known.name);
     list.addFailure("store value", ExitCode::kInstallation,
-                    name + " is '" + text + "', not a number " + known.range(),
-                    "Set it: tscript config set " + name + " NUMBER");
+                    name + " is '" + text + "', not " + known.description(),
+                    "Set it: tscript config set " + name + " VALUE");
 }
 
 void checkSetting(CheckList& list, const std::string& name, const std::string& text) {
-    if (const KnownValue* known = findKnownValue(kHost, name)) {
-        if (known->kind == ValueKind::kNumber) checkNumber(list, *known, text);
-        return;
-    }
+    if (const KnownValue* known = findKnownValue(kHost, name)) return checkValue(list, *known, text);
     std::vector<std::string> names;
     for (const KnownValue& known : knownValues())
         if (known.key == kHost) names.emplace_back(known.name);
@@ -73,6 +70,6 @@ void checkStoreValues(CheckList& list) {
     for (const KnownValue& known : knownValues()) {
         if (known.kind != ValueKind::kNumber || known.key == kHost) continue;
         const std::string text = numberText(std::string(known.key), std::string(known.name));
-        if (!text.empty()) checkNumber(list, known, text);
+        if (!text.empty()) checkValue(list, known, text);
     }
 }

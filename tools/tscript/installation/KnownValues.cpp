@@ -4,6 +4,8 @@
 #include <charconv>
 #include <system_error>
 
+#include "PackageSeal.h"
+
 namespace {
 
 constexpr KnownValue kKnown[] = {
@@ -19,7 +21,7 @@ constexpr KnownValue kKnown[] = {
     {"host", "caFile", ValueKind::kPath},
     {"host", "strictQueryTool", ValueKind::kNumber, 0, 1},
     {"host", "requireSeal", ValueKind::kNumber, 0, 1},
-    {"host", "trustedSigners", ValueKind::kText},
+    {"host", "trustedSigners", ValueKind::kPublicKeys},
     {"host", "lockedScripts", ValueKind::kText},
     {"host", "connectionReuse", ValueKind::kNumber},
     {"host", "debugLogLevel", ValueKind::kNumber, 0, 3},
@@ -72,8 +74,14 @@ std::optional<std::int64_t> KnownValue::numberIn(std::string_view text) const {
     return isNumber && number >= least && number <= most ? std::optional(number) : std::nullopt;
 }
 
-std::string KnownValue::range() const {
-    return "from " + std::to_string(least) + " to " + std::to_string(most);
+bool KnownValue::accepts(std::string_view text) const {
+    if (kind == ValueKind::kPublicKeys) return hostlayer::unusableSigner(text).empty();
+    return kind != ValueKind::kNumber || numberIn(text).has_value();
+}
+
+std::string KnownValue::description() const {
+    if (kind == ValueKind::kPublicKeys) return "a list of public keys of 43 characters, separated by blanks";
+    return "a whole number from " + std::to_string(least) + " to " + std::to_string(most);
 }
 
 std::span<const KnownValue> knownValues() {

@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-enum class ValueKind { kText, kNumber, kPath };
+enum class ValueKind { kText, kNumber, kPath, kPublicKeys };
 
 struct KnownValue {
     std::string_view key;  // "host", "programs" or a key of an instance
@@ -18,7 +18,10 @@ struct KnownValue {
 
     // The number that the text is; empty if it is none, or out of range.
     std::optional<std::int64_t> numberIn(std::string_view text) const;
-    std::string range() const;  // "from 0 to 3"
+    // Whether a number or a list of public keys can be used; every other text is accepted.
+    bool accepts(std::string_view text) const;
+    // What a number or a list of public keys is: "a whole number from 0 to 3".
+    std::string description() const;
 };
 
 std::span<const KnownValue> knownValues();

@@ -127,10 +127,8 @@ std::variant<std::string, std::int64_t> parseValue(const StoreEntry& entry, cons
     if (StoreEntry{entry.table, entry.name, text}.isSecret())
         throwUsage("'" + entry.fullName() + "' is a secret", "tscript credentials set stores credentials.");
     const KnownValue known = knownValueOf(entry);
-    if (known.kind != ValueKind::kNumber) {
-        checkString(entry, text, known.kind);
-        return text;
-    }
-    if (const auto number = known.numberIn(text)) return *number;
-    throwUsage(entry.fullName() + " is a whole number " + known.range());
+    if (!known.accepts(text)) throwUsage(entry.fullName() + " is " + known.description());
+    if (const auto number = known.numberIn(text); known.kind == ValueKind::kNumber && number) return *number;
+    checkString(entry, text, known.kind);
+    return text;
 }
