@@ -39,7 +39,7 @@ TEST_F(FileCipher, RoundTripKeepsLinesButForTheShortest) {
                  {std::string(599, 'p') + "\n", std::string(599, 'p') + "\n", 2},  // 509 and 91 characters
                  {std::string(509, 'p') + "\nq\n", std::string(509, 'p') + "q\n",
                   2},  // the newline was a piece of its own
-                 {"\xC3\xA4 100%s\r\n", "\xC3\xA4 100%s\r\n", 1}};
+                 {"ä 100%s\r\n", "ä 100%s\r\n", 1}};
     for (const auto& c : cases) {
         writeFile(plain, c.content);
         ASSERT_TRUE(EncryptFile(plain.c_str(), secret.c_str(), error)) << error;

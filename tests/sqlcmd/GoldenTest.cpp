@@ -129,7 +129,7 @@ TEST(Script, UsesFilesStreamsAndPrograms) {
         {"printf 'P\\0R\\0I' | \"$@\"", "Sqlcmd: standard input: the last character is incomplete.\n", 1},
         {"\"$@\" --csv -h -1 -Q \"SELECT 'a', NULL, '', 1 \"", "a,,\"\",1\n", 0},
         {"\"$@\" -f 1252 -i page.sql -o out; cat out", "\xE9\n", 0},
-        {"\"$@\" -f 1252 -Q \"PRINT N'\xC3\xA9\xE4\xB8\x96'\" -o out; cat out", "\xE9?\n", 0},
+        {"\"$@\" -f 1252 -Q \"PRINT N'é世'\" -o out; cat out", "\xE9?\n", 0},
         {"printf \":out out\\nPRINT 'u'\\n\" | \"$@\" -u; od -An -c out", "   u  \\0  \\n  \\0\n", 0},
         {"printf \"PRINT 'a\\0b'\\n\" | \"$@\"", "it contains a NUL character.\n", 1},
         {"\"$@\" --progress -Q 'SELECT 1' 2>&1 >e | sed 's/, .*//'", "Sqlcmd: batch 1: 1 rows\n", 0},
@@ -173,11 +173,10 @@ TEST(Script, PrintsValuesLongerThanAPiece) {
     const support::TsqlBox server;
     for (const int length : {65535, 65536, 65537, 200'000}) {
         const auto result = inShell(
-            server,
-            "\"$@\" -y 0 -h -1 -Q \"SET NOCOUNT ON SELECT REPLICATE(CAST(N'\xC3\xA9' AS nvarchar(max)), " +
-                std::to_string(length) + ") + N'.'\"");
+            server, "\"$@\" -y 0 -h -1 -Q \"SET NOCOUNT ON SELECT REPLICATE(CAST(N'é' AS nvarchar(max)), " +
+                        std::to_string(length) + ") + N'.'\"");
         std::string expected;
-        for (int i = 0; i < length; ++i) expected += "\xC3\xA9";
+        for (int i = 0; i < length; ++i) expected += "é";
         EXPECT_EQ(result.output.substr(0, expected.size() + 2), expected + ".\n") << length;
     }
 }

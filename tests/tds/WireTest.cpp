@@ -17,8 +17,8 @@ TEST(Utf16, InvalidBytesBecomeReplacementCharacters) {
     };
     using namespace std::string_literals;
     const Case cases[] = {
-        {"a\xC3\xB6\xE2\x82\xAC", "a\0\xF6\0\xAC\x20"s, "a\xC3\xB6\xE2\x82\xAC"},
-        {"\xF0\x9F\x98\x80", "\x3D\xD8\x00\xDE"s, "\xF0\x9F\x98\x80"},
+        {"aö€", "a\0\xF6\0\xAC\x20"s, "aö€"},
+        {"😀", "\x3D\xD8\x00\xDE"s, "😀"},
         {"\xC3", "\xFD\xFF", "\xEF\xBF\xBD"},                                                  // cut short
         {"\xC0\xAF", "\xFD\xFF\xFD\xFF", "\xEF\xBF\xBD\xEF\xBF\xBD"},                          // overlong
         {"\xED\xA0\x80", "\xFD\xFF\xFD\xFF\xFD\xFF", "\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD"},  // a surrogate
@@ -29,22 +29,21 @@ TEST(Utf16, InvalidBytesBecomeReplacementCharacters) {
     }
     EXPECT_EQ(utf8FromUtf16("\x3D\xD8"), "\xEF\xBF\xBD") << "a high surrogate at the end";
     EXPECT_EQ(utf8FromUtf16("\x00\xDE\x41\x00"s), "\xEF\xBF\xBD\x41") << "a low one alone";
-    EXPECT_EQ(utf8FromCodePage1252("\x80\xE4"), "\xE2\x82\xAC\xC3\xA4");
+    EXPECT_EQ(utf8FromCodePage1252("\x80\xE4"), "€ä");
 }
 
 TEST(Login, ReadsItsFields) {
-    const Login login = parseLogin(support::loginPacket("sa", "p\xC3\xA4ss;", "db1"));
+    const Login login = parseLogin(support::loginPacket("sa", "päss;", "db1"));
     EXPECT_EQ(login.userName, "sa");
-    EXPECT_EQ(login.password, "p\xC3\xA4ss;");
+    EXPECT_EQ(login.password, "päss;");
     EXPECT_EQ(login.database, "db1");
     EXPECT_EQ(login.version, Version::V74);
 }
 
 TEST(Login, ComparesTheNameWithoutCaseAndThePasswordExactly) {
-    const Credentials credentials("Sa", "secret\xC3\xA4");
-    EXPECT_TRUE(credentials.match("sA", "secret\xC3\xA4"));
-    for (const auto& [name, password] :
-         {std::pair("sa", "Secret\xC3\xA4"), {"sa", ""}, {"nobody", "secret\xC3\xA4"}})
+    const Credentials credentials("Sa", "secretä");
+    EXPECT_TRUE(credentials.match("sA", "secretä"));
+    for (const auto& [name, password] : {std::pair("sa", "Secretä"), {"sa", ""}, {"nobody", "secretä"}})
         EXPECT_FALSE(credentials.match(name, password)) << name;
 }
 
@@ -80,8 +79,8 @@ TEST(Parameter, ReadsEveryTypeExactly) {
         {"\x2A\x02\x06\x01\x00\x00\x5B\x95\x0A"s, "datetime2(2) 1900-01-01 00:00:00.01"},
         {"\x24\x10\x10\xFF\x19\x96\x6F\x86\x8B\x11\xD0\xB4\x2D\x00\xC0\x4F\xC9\x64\xFF"s,
          "uniqueidentifier 6F9619FF-8B86-D011-B42D-00C04FC964FF"},
-        {"\xE7\x08\x00"s + collation + "\x06\x00'\0\n\0\xE4\0"s, "nvarchar(4) '\n\xC3\xA4"},
-        {"\xA7\x05\x00"s + collation + "\x01\x00\x80"s, "varchar(5) \xE2\x82\xAC"},
+        {"\xE7\x08\x00"s + collation + "\x06\x00'\0\n\0\xE4\0"s, "nvarchar(4) '\nä"},
+        {"\xA7\x05\x00"s + collation + "\x01\x00\x80"s, "varchar(5) €"},
         {"\xE7\xFF\xFF"s + collation + Bytes(8, '\xFF'), "nvarchar(max) NULL"},
         {"\xA7\xFF\xFF"s + collation + "\xFE" + Bytes(7, '\xFF') + "\x01\0\0\0a\x01\0\0\0b\0\0\0\0"s,
          "varchar(max) ab"},
