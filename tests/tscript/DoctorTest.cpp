@@ -12,7 +12,7 @@ TEST_F(Installation, ReportsFaultsOfAnInstallation) {
     support::writeFile(package, intact.substr(0, intact.size() / 2));
     expectAll({{purge, 3, "", "record"}});
     support::writeFile(package, "#START_SCRIPT#\nSELECT 1\n");
-    expectAll({{purge, 3, "", "not an encrypted record"}});
+    expectAll({{purge, 3, "", "Line 1 cannot be decrypted: the text is not an encrypted record"}});
     support::writeFile(package, intact);
 
     fs::permissions(folder / "cipher.key", fs::perms(0644));

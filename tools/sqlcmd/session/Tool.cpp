@@ -198,54 +198,60 @@ bool Tool::runStep(BatchRunner& runner, Output& output, const Step& step) {
             else
                 runBatch(runner, step);
             return false;
+        case Step::Kind::Refused:
+            return refuse(step.name);
+        case Step::Kind::Exit:
+        case Step::Kind::End:
+            return false;
+        default:
+            runCommand(runner, output, step);
+            return true;
+    }
+}
+
+void Tool::runCommand(BatchRunner& runner, Output& output, const Step& step) {
+    switch (step.kind) {
         case Step::Kind::Xml:
             m_xml = step.on;
-            return true;
+            break;
         case Step::Kind::OnError:
             m_stopOnError = step.on;
-            return true;
+            break;
         case Step::Kind::Connect:
             connectTo(runner, step.text);
             runner.printInformation("Sqlcmd: Successfully connected to server '" + m_options.server + "'.\n");
-            return true;
+            break;
         case Step::Kind::Out:
             redirect(runner, output, step.text);
-            return true;
+            break;
         case Step::Kind::Error:
             if (auto target = openTarget(step.text)) m_errorOutput = std::move(target);
             runner.setErrorOutput(m_errorOutput.get());
-            return true;
+            break;
         case Step::Kind::PerfTrace:
             if (auto target = openTarget(step.text)) m_traceOutput = std::move(target);
             runner.setTraceOutput(m_traceOutput.get());
-            return true;
+            break;
         case Step::Kind::RunProgram:
             output.flush();
             runShellCommand(step.text);
             clearInterrupt();
-            return true;
+            break;
         case Step::Kind::ListServers:
             runner.printInformation(serverList(/*namesOnly=*/false));
-            return true;
+            break;
         case Step::Kind::Print:
             runner.printInformation(step.text);
-            return true;
+            break;
         case Step::Kind::ListVariables:
             printVariables(runner);
-            return true;
+            break;
         case Step::Kind::SetOption:
             setOption(step);
-            return true;
-        case Step::Kind::Refused:
-            return refuse(step.name);
-        case Step::Kind::None:
-        case Step::Kind::Edit:
-            return true;
-        case Step::Kind::Exit:
-        case Step::Kind::End:
+            break;
+        default:
             break;
     }
-    return false;
 }
 
 // Returns whether the script continues.

@@ -33,6 +33,8 @@ class Tool {
     bool runTerminal(BatchRunner& runner, Output& output);
     bool runSteps(BatchRunner& runner, Output& output, BatchReader& reader);
     bool runStep(BatchRunner& runner, Output& output, const Step& step);
+    // A command after which the script continues.
+    void runCommand(BatchRunner& runner, Output& output, const Step& step);
     bool runBatch(BatchRunner& runner, const Step& step);
     bool refuse(const std::string& command) const;
     void setOption(const Step& step);

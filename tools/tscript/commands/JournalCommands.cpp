@@ -21,7 +21,7 @@
 #include "installation/Installation.h"
 #include "journal/Records.h"
 #include "package/PackageNames.h"
-#include "run/FailureReport.h"
+#include "run/CauseDiagnosis.h"
 #include "system/Interrupt.h"
 
 namespace {

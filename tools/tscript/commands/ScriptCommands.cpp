@@ -64,12 +64,7 @@ void addRunOptions(CLI::App* command, const SharedScriptOptions& options) {
             "--quiet");
 }
 
-}  // namespace
-
-void addScriptCommands(CLI::App& app, Action& action) {
-    const auto options = std::make_shared<ScriptOptions>();
-    options->commands = &app;
-
+void addRun(CLI::App& app, Action& action, const SharedScriptOptions& options) {
     CLI::App* run = addScriptCommand(app, action, "run", "Run a script package", options, runPackage);
     addRepeatable(run, "-p,--parameter", options->request.parameters,
                   "A value for the next placeholder of the script; may be repeated", "VALUE");
@@ -86,7 +81,9 @@ void addScriptCommands(CLI::App& app, Action& action) {
     addOption(run, "--db", options->request.database,
               "The database of a package that names none (default: found from the installed components)",
               {.type = "DB"});
+}
 
+void addHelp(CLI::App& app, Action& action, const SharedScriptOptions& options) {
     CLI::App* help =
         addCommand(&app, "help", "Show a script's usage; without a name, the commands", [&action, options] {
             action = [options] {
@@ -97,7 +94,9 @@ void addScriptCommands(CLI::App& app, Action& action) {
         });
     addOption(help, "NAME", options->request.name, "The script's name");
     addDatabaseOption(help, options->request.database);
+}
 
+void addExec(CLI::App& app, Action& action, const SharedScriptOptions& options) {
     CLI::App* exec =
         addScriptCommand(app, action, "exec", "Run a stored-procedure script", options, runProcedure);
     addOption(exec, "ARGS", options->request.arguments, "Arguments of the procedure as T-SQL: \"@days = 7\"");
@@ -107,11 +106,24 @@ void addScriptCommands(CLI::App& app, Action& action) {
     addDatabaseOption(exec, options->request.database);
     addInput(exec, options);
     addRunOptions(exec, options);
+}
 
+void addParams(CLI::App& app, Action& action, const SharedScriptOptions& options) {
     CLI::App* params = addScriptCommand(
         app, action, "params",
         "List the parameters of a package that declares them, or of a stored-procedure script", options,
         listParameters);
     addDatabaseOption(params, options->request.database);
     addFlag(params, "--json", options->json, "Write JSON: one object per parameter");
+}
+
+}  // namespace
+
+void addScriptCommands(CLI::App& app, Action& action) {
+    const auto options = std::make_shared<ScriptOptions>();
+    options->commands = &app;
+    addRun(app, action, options);
+    addHelp(app, action, options);
+    addExec(app, action, options);
+    addParams(app, action, options);
 }

@@ -64,6 +64,22 @@ std::string barOf(const std::string& title, const StateCounts& counts, double le
     return text + "</g>";
 }
 
+// Horizontal lines from 0 to `top`, each with its number.
+std::string axisLines(std::int64_t step, std::int64_t top) {
+    std::string text;
+    for (std::int64_t tick = 0; tick <= top; tick += step) {
+        const std::string y = percentText(1 - static_cast<double>(tick) / static_cast<double>(top));
+        text += fillTemplate(
+            R"(<line x2="100%" y1="{}" y2="{}"/><text x="-8" y="{}" dy="4" class="end">{}</text>)",
+            {y, y, y, axisText(tick)});
+    }
+    return text;
+}
+
+std::string timeLabel(const std::string& time, const std::string& x, const char* alignment) {
+    return fillTemplate(R"(<text x="{}" y="100%" dy="22" class="{}">{}</text>)", {x, alignment, time});
+}
+
 double scaled(std::int64_t seconds, std::int64_t longest) {
     return std::log1p(static_cast<double>(seconds)) /
            std::log1p(static_cast<double>(std::max<std::int64_t>(longest, 1)));
@@ -104,29 +120,20 @@ std::string timelineChart(Timeline& timeline) {
         "At most {} in one {}.\">\n",
         {timeline.unit().name, first, last, describe(all), numberText(highest), timeline.unit().name});
     text += kPatterns;
-    for (std::int64_t tick = 0; tick <= top; tick += step) {
-        const std::string y = percentText(1 - static_cast<double>(tick) / static_cast<double>(top));
-        text += fillTemplate(
-            R"(<line x2="100%" y1="{}" y2="{}"/><text x="-8" y="{}" dy="4" class="end">{}</text>)",
-            {y, y, y, axisText(tick)});
-    }
+    text += axisLines(step, top);
     const double slot = 1 / static_cast<double>(std::max(bars.size(), kFewestSlots));
     double left = slot * (1 - kWidth) / 2;
     for (const auto& [start, counts] : bars) {
         if (counts.all() > 0) text += "\n" + barOf(name(start), counts, left, slot * kWidth, top);
         left += slot;
     }
-    text += fillTemplate(
-        "\n"
-        R"(<text y="100%" dy="22">{}</text>)",
-        {first});
+    text += "\n" + timeLabel(first, "0", "start");
     if (bars.size() >= kFewestSlots) {
         const std::size_t half = bars.size() / 2;
         const auto middle = std::next(bars.begin(), static_cast<std::ptrdiff_t>(half));
         const double place = slot * (static_cast<double>(half) + 0.5);
-        text += fillTemplate(R"(<text x="{}" y="100%" dy="22" class="middle">{}</text>)",
-                             {percentText(place), name(middle->first)});
-        text += fillTemplate(R"(<text x="100%" y="100%" dy="22" class="end">{}</text>)", {last});
+        text += timeLabel(name(middle->first), percentText(place), "middle");
+        text += timeLabel(last, "100%", "end");
     }
     return text + "\n</svg>\n";
 }

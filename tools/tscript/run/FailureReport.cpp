@@ -5,64 +5,10 @@
 #include <utility>
 
 #include "installation/Installation.h"
+#include "run/CauseDiagnosis.h"
 #include "run/FailurePlace.h"
 
 namespace {
-
-constexpr int kLoginFailed = 18456;
-constexpr int kNoDatabase = 4060;
-// Errors for a missing column, object, function or procedure, and for a table with other columns.
-constexpr int kMissingObjects[] = {195, 207, 208, 213, 2812, 4121};
-
-using Causes = std::vector<DVUCause_t>;
-
-const DVUCause_t* findCause(const Causes& causes, bool (*matches)(const DVUCause_t&)) {
-    const auto found = std::find_if(causes.begin(), causes.end(), matches);
-    return found == causes.end() ? nullptr : &*found;
-}
-
-// Reason of a failed or lost connection that the host layer found because the server sent no message. The
-// driver's records, which do not give it, have a number.
-bool isConnectionReason(const DVUCause_t& cause) {
-    return cause.where == kDVUConnection && cause.serverError == 0 &&
-           (cause.sqlState == "08001" || cause.sqlState == "08S01");
-}
-
-// The cause to report: a message of SQL Server if there is one. A database that cannot be opened is reported
-// as a refused login first.
-const DVUCause_t* mainCause(const Causes& causes) {
-    const DVUCause_t* database =
-        findCause(causes, [](const DVUCause_t& cause) { return cause.serverError == kNoDatabase; });
-    if (database != nullptr) return database;
-    if (const DVUCause_t* reason = findCause(causes, isConnectionReason)) return reason;
-    const DVUCause_t* message =
-        findCause(causes, [](const DVUCause_t& cause) { return cause.serverError != 0; });
-    return message != nullptr || causes.empty() ? message : &causes.front();
-}
-
-// Also of the query tool's connection: of this tree's tool and of Microsoft's driver.
-bool isLostConnection(const DVUCause_t& cause) {
-    const auto says = [&](const char* ending) { return cause.text.find(ending) != std::string::npos; };
-    return cause.where == kDVUConnection ||
-           (cause.where == kDVUQueryTool &&
-            (says("connection to the server is lost") || says("Communication link failure")));
-}
-
-bool isMissingObject(const DVUCause_t& cause) {
-    return cause.where == kDVUStatement && std::find(std::begin(kMissingObjects), std::end(kMissingObjects),
-                                                     cause.serverError) != std::end(kMissingObjects);
-}
-
-// The library's batch calls the procedure itself; inside a procedure, the cause names that one.
-bool isMissingProcedure(const DVUCause_t& cause) {
-    constexpr int kNoSuchProcedure = 2812;
-    return cause.where == kDVUQueryTool && cause.serverError == kNoSuchProcedure && cause.procedure.empty();
-}
-
-// The server has no error then.
-bool isMissingRow(const DVUCause_t& cause) {
-    return cause.where == kDVUStatement && cause.serverError == 0 && cause.sqlState.empty();
-}
 
 const char* nameOfPlace(int where) {
     constexpr const char* kNames[] = {"",     "connection", "statement",    "query tool",
@@ -187,54 +133,6 @@ FailureReport describeJournal(const RunResult& result) {
 }
 
 }  // namespace
-
-Diagnosis refined(Diagnosis diagnosis, const RunResult& result) {
-    if (result.isToolSilent) return silentTool();
-    if (result.isOutputCut) return cutOutput();
-    // A bad record is noted by the cipher first, which does not name the package.
-    const DVUCause_t* package =
-        findCause(result.causes, [](const DVUCause_t& cause) { return cause.where == kDVUPackage; });
-    if (package != nullptr && !package->subject.empty())
-        return {ExitCode::kInstallation, "package " + package->subject + ": " + package->text,
-                "Restore it from a backup, or pack it again from its plain text: tscript pack",
-                /*scriptRan=*/false};
-    const DVUCause_t* missing = findCause(result.causes, isMissingObject);
-    const bool isUndecided =
-        diagnosis.code == ExitCode::kScriptFailed || diagnosis.code == ExitCode::kConnection;
-    const std::string database = result.database.empty() ? "DB" : result.database;
-    if (missing != nullptr && isUndecided)
-        return {ExitCode::kInstallation, "the database lacks what runs need: " + missing->text,
-                "tscript schema check " + database + " lists what is missing; tscript schema install " +
-                    database + " creates it.",
-                diagnosis.scriptRan};
-    const DVUCause_t* procedure =
-        result.kind == ScriptKind::kProcedure ? findCause(result.causes, isMissingProcedure) : nullptr;
-    if (procedure != nullptr && isUndecided)
-        return {ExitCode::kInstallation, "the database lacks what runs need: " + procedure->text,
-                "tscript doctor names every procedure that is missing.", diagnosis.scriptRan};
-    const DVUCause_t* row = findCause(result.causes, isMissingRow);
-    if (row != nullptr && diagnosis.code == ExitCode::kConnection)
-        return {ExitCode::kInstallation, "the database lacks a row that runs need: " + row->text,
-                "tscript doctor names it. Restore it from a backup of the suite's data.",
-                diagnosis.scriptRan};
-    const DVUCause_t* notStarted = findCause(result.causes, [](const DVUCause_t& cause) {
-        return cause.where == kDVUQueryTool && cause.systemError != 0;
-    });
-    if (notStarted != nullptr && diagnosis.code == ExitCode::kScriptFailed)
-        return {ExitCode::kInstallation,
-                "the query tool " + notStarted->subject + " cannot run: " + notStarted->text,
-                "Set the path of sqlcmd under [host.programs] in the store.", /*scriptRan=*/false};
-    const DVUCause_t* lost = findCause(result.causes, isLostConnection);
-    if (lost != nullptr && diagnosis.code == ExitCode::kScriptFailed && lost->serverError != kLoginFailed)
-        return {ExitCode::kConnection, "the connection to the server failed during the run",
-                "See whether the server runs. tscript journal shows whether the end of the run is recorded.",
-                diagnosis.scriptRan};
-    const DVUCause_t* main = mainCause(result.causes);
-    const bool isUnexplained = main != nullptr && main->where == kDVUQueryTool && main->serverError == 0;
-    if (isUnexplained && diagnosis.code == ExitCode::kScriptFailed)
-        diagnosis.advice = "tscript doctor runs a statement through the query tool.";
-    return diagnosis;
-}
 
 FailureReport describeFailure(const ScriptRequest& request, const RunResult& result,
                               const Diagnosis& diagnosis) {

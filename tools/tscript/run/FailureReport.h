@@ -7,9 +7,6 @@
 #include "installation/Diagnosis.h"
 #include "run/ScriptRun.h"
 
-// Corrects a diagnosis, which is made from the library's messages, by the causes that the library recorded.
-Diagnosis refined(Diagnosis diagnosis, const RunResult& result);
-
 struct FailureReport {
     std::string text;  // lines "name   value"; empty if nothing more than the diagnosis is known
     Json json;         // the same as an object

@@ -9,7 +9,7 @@
 #include "console/Console.h"
 #include "installation/Diagnosis.h"
 #include "installation/Installation.h"
-#include "run/FailureReport.h"
+#include "run/CauseDiagnosis.h"
 #include "system/Interrupt.h"
 
 namespace {

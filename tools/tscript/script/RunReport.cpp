@@ -10,6 +10,7 @@
 #include "console/Terminal.h"
 #include "installation/Diagnosis.h"
 #include "installation/Installation.h"
+#include "run/CauseDiagnosis.h"
 #include "run/FailureReport.h"
 
 namespace {
