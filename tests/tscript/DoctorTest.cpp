@@ -16,7 +16,8 @@ TEST_F(Installation, ReportsFaultsOfAnInstallation) {
     support::writeFile(package, intact);
 
     fs::permissions(folder / "cipher.key", fs::perms(0644));
-    expectAll({{purge, 3, "", "users other than its owner"}});
+    expectAll({{purge, 3, "", "Line 1 cannot be decrypted: users other than its owner"},
+               {purge, 3, "", "tscript doctor checks it"}});
     fs::permissions(folder / "cipher.key", fs::perms(0600));
     fs::rename(folder / "cipher.key", folder / "old.key");
     expectAll({{purge, 3, "", "the key file that cipherKeyFile names is missing"},
@@ -174,6 +175,8 @@ TEST_F(Faults, DoctorRunsTheQueryTool) {
     expectAll({{{"run", "SiteInventory"}, 3, "", silent},
                {{"exec", "tsEventSummary", "--json"}, 3, "\"exitCode\": 3", silent},
                {{"db", "backup", "dorvas", folder / "backups" / "x.bak"}, 3, "", silent}});
+    support::writeFile(tool, "#!/bin/sh\nexit 4\n");
+    expectAll({{{"run", "SiteInventory"}, 1, "", "subject    " + tool.string() + "\n"}});
     support::writeFile(tool, "#!/bin/sh\nwhile [ \"$1\" != -o ]; do shift; done\n: >\"$2\"\n");
     support::writeFile(folder / "Scripts" / "Empty.sql", "");
     expectAll({{{"run", "SiteInventory"}, 0, "Succeeded", ""},

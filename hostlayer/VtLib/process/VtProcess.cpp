@@ -50,6 +50,17 @@ void wipe(std::vector<std::string>& strings) {
     for (std::string& text : strings) ::explicit_bzero(text.data(), text.size());
 }
 
+// Notes the end of a program that failed, with what it wrote. An exit code of -1: it has none.
+void noteFailure(const std::string& program, int exitCode, int signal, const std::string& text) {
+    VtNoteCause({.place = VtCause::kQueryTool,
+                 .exitCode = exitCode,
+                 .signal = signal,
+                 .subject = program,
+                 .text = text.empty()
+                             ? "The query tool ended with exit code " + std::to_string(exitCode) + "."
+                             : text});
+}
+
 // Settings that the query tool reads from its environment, because its command line is fixed: the host's
 // encryption and network time-out, and that scripts start no programs.
 std::vector<std::string> queryToolVariables() {
@@ -65,7 +76,7 @@ std::vector<std::string> queryToolVariables() {
 }  // namespace
 
 struct VtProcess::Impl {
-    std::string reap(std::size_t tailSize, int* exitCode, int& signal);
+    std::string reap(std::size_t tailSize, int& exitCode, int& signal);
 
     hostlayer::ChildProcess child;
     std::string program;
@@ -74,7 +85,7 @@ struct VtProcess::Impl {
 
 // Reaps the ended child. Returns the reason why there is no exit code; empty when `exitCode` is set. `signal`
 // is set when one has ended the child.
-std::string VtProcess::Impl::reap(std::size_t tailSize, int* exitCode, int& signal) {
+std::string VtProcess::Impl::reap(std::size_t tailSize, int& exitCode, int& signal) {
     int status = 0;
     if (const int error = child.reap(status, tailSize); error != 0)
         return std::string("The exit code is lost (does the host program ignore SIGCHLD?): ") +
@@ -83,7 +94,7 @@ std::string VtProcess::Impl::reap(std::size_t tailSize, int* exitCode, int& sign
         signal = WTERMSIG(status);
         return "Ended by signal " + std::to_string(signal) + " (" + ::strsignal(signal) + ")";
     }
-    if (exitCode != nullptr) *exitCode = WEXITSTATUS(status);
+    exitCode = WEXITSTATUS(status);
     return "";
 }
 
@@ -138,19 +149,20 @@ bool VtProcess::Wait(int* exitCode, char* error, int errorSize, unsigned int tim
     std::optional<std::chrono::milliseconds> limit;
     if (timeoutMilliseconds != kNoTimeout) limit.emplace(timeoutMilliseconds);
     std::string reason;
+    int code = 0;
     int signal = 0;
     if (m_impl->child.waitForEnd(limit, tailSize)) {
-        reason = m_impl->reap(tailSize, exitCode, signal);
+        reason = m_impl->reap(tailSize, code, signal);
     } else {
         m_impl->child.endGroup(tailSize);
-        m_impl->reap(tailSize, nullptr, signal);
+        m_impl->reap(tailSize, code, signal);
         reason = "Ended because it ran longer than " + std::to_string(timeoutMilliseconds) + " ms";
     }
+    const bool hasExited = reason.empty();
+    if (hasExited && exitCode != nullptr) *exitCode = code;
     const std::string& tail = m_impl->child.errorTail();
-    if (!reason.empty()) reason += tail.empty() ? "." : ". It wrote:\n";
+    if (!hasExited) reason += tail.empty() ? "." : ". It wrote:\n";
     copyTruncated(reason + tail, error, errorSize);
-    if (reason.empty()) return true;
-    VtNoteCause(
-        {.place = VtCause::kQueryTool, .signal = signal, .subject = m_impl->program, .text = reason + tail});
-    return false;
+    if (!hasExited || code != 0) noteFailure(m_impl->program, hasExited ? code : -1, signal, reason + tail);
+    return hasExited;
 }

@@ -41,9 +41,10 @@ ProcessEnd runProcess(const char* commandLine, unsigned int timeout) {
     if (exitCode == 0) return ProcessEnd::kSucceeded;
     debugLog.Debug(kTag, debug::kProcessFailed, exitCode, error.data());
     const bool hasText = error.front() != '\0';
-    noteCause({.where = kDVUQueryTool,
-               .exitCode = exitCode,
-               .subject = program,
-               .text = hasText ? error.data() : FXString::Format(database_messages::kExitCode, exitCode)});
+    step.noteUnlessExplained(
+        {.where = kDVUQueryTool,
+         .exitCode = exitCode,
+         .subject = program,
+         .text = hasText ? error.data() : FXString::Format(database_messages::kExitCode, exitCode)});
     return ProcessEnd::kFailed;
 }

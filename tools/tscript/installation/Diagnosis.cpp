@@ -76,7 +76,7 @@ Diagnosis packageUnreadable(const std::string& script, const std::string&) {
     const std::string file = packageFile(script).string();
     if (DecryptFile(file.c_str(), "/dev/null", error))
         return notRun(ExitCode::kInstallation, "the plain copy of " + file + " could not be written",
-                      "Does the temporary folder (dZEPHRATEMPDIR) exist, and is it writable and not full?");
+                      "Does the folder " + folderOfRuns() + " exist, and is it writable and not full?");
     return notRun(ExitCode::kInstallation, "package " + file + ": " + explainCipherError(error), {});
 }
 

@@ -29,9 +29,13 @@ bool isBadPackage(const DVUCause_t& cause) {
     return cause.where == kDVUPackage && !cause.subject.empty();
 }
 
-// From the cipher, which knows no file.
+// From the cipher, which knows no package.
 bool isBadRecord(const DVUCause_t& cause) {
     return cause.where == kDVUPackage && cause.subject.empty();
+}
+
+bool isBadKey(const DVUCause_t& cause) {
+    return cause.where == kDVUConfiguration;
 }
 
 bool isMissingObject(const DVUCause_t& cause) {
@@ -74,18 +78,24 @@ Correction ofCutOutput(const Diagnosis& /*first*/, const RunResult& result) {
     return result.isOutputCut ? Correction(cutOutput()) : std::nullopt;
 }
 
+constexpr const char* kRestorePackage =
+    "Restore it from a backup, or pack it again from its plain text: tscript pack. If every package fails, "
+    "the key "
+    "is another one: tscript doctor";
+constexpr const char* kRestoreKey =
+    "Restore the key file, or name it as cipherKeyFile: tscript doctor checks it.";
+
 Correction ofBadPackage(const Diagnosis& /*first*/, const RunResult& result) {
     const DVUCause_t* package = findCause(result.causes, isBadPackage);
     if (package == nullptr) return std::nullopt;
-    std::string problem = package->text;
-    if (const DVUCause_t* record = findCause(result.causes, isBadRecord)) {
+    const DVUCause_t* key = findCause(result.causes, isBadKey);
+    const DVUCause_t* reason = key != nullptr ? key : findCause(result.causes, isBadRecord);
+    std::string problem = "package " + package->subject + ": " + package->text;
+    if (reason != nullptr) {
         if (problem.ends_with('.')) problem.pop_back();
-        problem += ": " + record->text;
+        problem += ": " + reason->text;
     }
-    return Diagnosis{ExitCode::kInstallation, "package " + package->subject + ": " + problem,
-                     "Restore it from a backup, or pack it again from its plain text: tscript pack. If every "
-                     "package fails, the key "
-                     "is another one: tscript doctor",
+    return Diagnosis{ExitCode::kInstallation, problem, key != nullptr ? kRestoreKey : kRestorePackage,
                      /*scriptRan=*/false};
 }
 
