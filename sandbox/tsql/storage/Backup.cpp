@@ -1,7 +1,6 @@
 #include "storage/Backup.h"
 
 #include <fcntl.h>
-#include <poll.h>
 #include <sodium.h>
 #include <unistd.h>
 
@@ -58,44 +57,38 @@ bool isBackup(std::FILE* stream) {
     return head.starts_with(kSqlite) && head.ends_with(kApplication);
 }
 
-// Opens a backup. Throws SqlError 3241 for another file. Waits for the content of a pipe, although none can
-// be restored, but never beyond `progress`.
-Stream openBackup(const fs::path& file, const Progress& progress) {
-    const int descriptor = ::open(file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-    if (descriptor < 0) throwCannotOpen(file, errno);
-    Stream stream(::fdopen(descriptor, "rb"), std::fclose);
-    for (pollfd content{descriptor, POLLIN, 0}; ::poll(&content, 1, kPauseMilliseconds) == 0;) progress(0);
-    const bool opened = isBackup(stream.get()) && fs::is_regular_file(file);
+// Opens a backup. Throws SqlError 3241 for another file, such as a pipe, which would block.
+Stream openBackup(const fs::path& file) {
+    std::error_code ignored;
+    if (fs::is_other(file, ignored)) throw sqlError(kBadMediaFamily, {file.string()});
+    Stream stream = openStream(file, "rbe");
+    const bool opened = isBackup(stream.get());
     if (std::ferror(stream.get())) throwCannotOpen(file, errno);
     if (!opened) throw sqlError(kBadMediaFamily, {file.string()});
     return stream;
 }
 
 // Temporary file in the directory of another. The destructor deletes it unless it was renamed.
-class TemporaryFile {
-  public:
+struct TemporaryFile {
     explicit TemporaryFile(const fs::path& beside) {
         std::string name = beside.string() + ".XXXXXX";
         const int descriptor = ::mkostemp(name.data(), O_CLOEXEC);
         if (descriptor < 0) throwCannotOpen(beside, errno);
         ::close(descriptor);
-        m_path = name;
+        path = name;
     }
     ~TemporaryFile() {
         std::error_code ignored;
         for (const char* suffix : {"", "-wal", "-shm", "-journal"})
-            if (!m_path.empty()) fs::remove(m_path.string() + suffix, ignored);
+            fs::remove(path.string() + suffix, ignored);
     }
     TemporaryFile(TemporaryFile&&) = delete;  // neither moved nor copied
 
-    void renameTo(const fs::path& target) {
-        if (::rename(m_path.c_str(), target.c_str()) != 0) throwCannotOpen(target, errno);
-        m_path.clear();
+    void renameTo(const fs::path& target) const {
+        if (::rename(path.c_str(), target.c_str()) != 0) throwCannotOpen(target, errno);
     }
-    const fs::path& path() const { return m_path; }
 
-  private:
-    fs::path m_path;
+    fs::path path;
 };
 
 std::string checksumOf(std::FILE* stream, std::uintmax_t size, const Progress& progress) {
@@ -162,8 +155,8 @@ void putInPlace(const fs::path& file, const fs::path& target, const Progress& pr
     if (fs::exists(target))
         return copyDatabase(backup.get(), openDatabaseFile(target, OpenMode::Existing).get(), progress);
     TemporaryFile image(target);
-    copyDatabase(backup.get(), openFile(image.path(), SQLITE_OPEN_READWRITE, kNoJournal).get(), progress);
-    openDatabaseFile(image.path(), OpenMode::Existing);  // turns the journal on
+    copyDatabase(backup.get(), openFile(image.path, SQLITE_OPEN_READWRITE, kNoJournal).get(), progress);
+    openDatabaseFile(image.path, OpenMode::Existing);  // turns the journal on
     image.renameTo(target);
 }
 
@@ -185,7 +178,7 @@ BackupHeader backupDatabase(const Storage& storage, std::string_view database, c
     }
     TemporaryFile whole(file);
     try {
-        const auto copy = openFile(whole.path(), SQLITE_OPEN_READWRITE, kNoJournal);
+        const auto copy = openFile(whole.path, SQLITE_OPEN_READWRITE, kNoJournal);
         copyDatabase(openDatabaseFile(storage.pathOf(from), OpenMode::Existing).get(), copy.get(), progress);
         header.finished = now();
         writeHeader(copy.get(), header);
@@ -194,13 +187,13 @@ BackupHeader backupDatabase(const Storage& storage, std::string_view database, c
     } catch (const std::runtime_error& error) {
         throw sqlError(kBackupWriteFailed, {file.string(), error.what()});
     }
-    appendChecksum(whole.path(), progress);
+    appendChecksum(whole.path, progress);
     whole.renameTo(file);
     return readBackupHeader(file);
 }
 
-BackupHeader readBackupHeader(const fs::path& file, const Progress& progress) {
-    openBackup(file, progress);
+BackupHeader readBackupHeader(const fs::path& file) {
+    openBackup(file);
     BackupHeader header;
     const auto take = [](void* into, int, char** cells, char**) {
         *static_cast<BackupHeader*>(into) = {cells[0], cells[1], cells[2], cells[3], cells[4], cells[5], 0};
@@ -219,7 +212,7 @@ BackupHeader readBackupHeader(const fs::path& file, const Progress& progress) {
 }
 
 void verifyBackup(const fs::path& file, const Progress& progress) {
-    const Stream stream = openBackup(file, progress);
+    const Stream stream = openBackup(file);
     const std::uintmax_t size = fs::file_size(file);
     const std::string sum = checksumOf(stream.get(), size - kChecksum, progress);
     if (read(stream.get(), kChecksum) != sum) throw sqlError(kBackupReadFailed, {file.string()});
@@ -227,7 +220,7 @@ void verifyBackup(const fs::path& file, const Progress& progress) {
 
 BackupHeader restoreDatabase(Storage& storage, const fs::path& file, std::string_view database, bool replace,
                              std::span<const std::string> movedNames, const Progress& progress) {
-    BackupHeader header = readBackupHeader(file, progress);
+    BackupHeader header = readBackupHeader(file);
     if (const std::string to = storage.canonicalName(database); to == "master" || to == "tempdb")
         throw sqlError(to == "master" ? kRestoreOfMaster : kBackupNotAllowed, {to});
     for (const std::string& name : movedNames)

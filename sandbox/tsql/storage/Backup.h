@@ -35,8 +35,7 @@ BackupHeader backupDatabase(
 
 // Reads the description of a backup. Throws SqlError 3201 (cannot be opened), 3241 (not a backup of tsqlbox),
 // 3203 (damaged).
-BackupHeader readBackupHeader(
-    const std::filesystem::path& file, const Progress& progress = [](int) {});
+BackupHeader readBackupHeader(const std::filesystem::path& file);
 
 // Reads the whole file. Throws SqlError 3201, 3241 and 3203 as readBackupHeader() does.
 void verifyBackup(

@@ -110,7 +110,6 @@ constexpr Style kStyles[] = {
 
 // A date has no time to format, a time no date.
 Style styleFor(int number, const SqlType& type) {
-    if (isHijri(number)) throw unsupported(kHijri);
     for (Style style : kStyles) {
         if (style.number != number && style.number != number + 100) continue;
         if (type.id == TypeId::Time) style.date = "";

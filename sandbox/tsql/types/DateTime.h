@@ -40,11 +40,6 @@ DateTime fromStorage(std::string_view text);
 std::string toStorage(const DateTime& value, const SqlType& type);
 bool isInRange(const DateTime& value, const SqlType& type);
 
-inline bool isHijri(int style) {
-    return style == 130 || style == 131;
-}
-constexpr std::string_view kHijri = "the Hijri calendar (styles 130 and 131)";
-
 // CONVERT(varchar, value, style). Throws SqlError 281 for an unknown style.
 std::string formatDateTime(const DateTime& value, const SqlType& type, int style);
 
