@@ -18,12 +18,10 @@ constexpr std::size_t kMaxPasswordBytes = 512;
 std::string readPassword(const std::filesystem::path& file) {
     const std::string name = "the password file " + file.string();
     std::ifstream in(file, std::ios::binary);
-    std::string line(kMaxPasswordBytes + 1, '\0');
-    in.read(line.data(), static_cast<std::streamsize>(line.size()));
-    if (in.gcount() == 0 && (!in.is_open() || in.bad()))
+    std::string line;
+    if (!std::getline(in, line) && (!in.is_open() || in.bad()))
         throw std::runtime_error("cannot read " + name + ": " + std::strerror(errno));
-    line.resize(static_cast<std::size_t>(in.gcount()));
-    line.resize(std::min(line.find_first_of("\r\n"), line.size()));
+    line.resize(std::min(line.find('\r'), line.size()));
     if (line.empty()) throw std::runtime_error(name + " has an empty first line");
     if (line.size() > kMaxPasswordBytes)
         throw std::runtime_error("the first line of " + name + " is too long");
@@ -40,7 +38,7 @@ int main(int argc, char** argv) {
     server::countTemporaryFiles();
     const server::Options options = server::parseOptions(argc, argv);
     try {
-        const tds::Credentials credentials(options.login, readPassword(options.passwordFile));
+        const tds::Credentials credentials{options.login, readPassword(options.passwordFile)};
         tsql::Engine engine(options.dataDirectory, options.backupFolders);
         server::Listener listener(options, credentials, engine);
         std::printf("listening on %s\n", listener.address().c_str());

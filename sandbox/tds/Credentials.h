@@ -1,25 +1,23 @@
 // Login name and password of a server, which has exactly one login.
 #pragma once
 
-#include <string>
-#include <string_view>
+#include <openssl/crypto.h>
+
+#include "types/Text.h"
 
 namespace tds {
 
-class Credentials {
-  public:
-    // Keeps a hash of the password, keyed with random bytes. Throws std::runtime_error if libsodium cannot be
-    // used.
-    Credentials(std::string_view name, std::string_view password);
+// The password is not hashed: whoever can read the server's memory can also read the password's file.
+struct Credentials {
+    std::string name, password;
 
-    // Compares the name without regard to case and the password exactly. A wrong name takes as long as a
-    // wrong password. Thread-safe.
-    bool match(std::string_view name, std::string_view password) const;
-
-  private:
-    using Bytes = std::basic_string<unsigned char>;
-    std::string m_name;
-    Bytes m_key, m_hash;
+    // Compares the name without regard to case and the password exactly. The time does not depend on where
+    // they differ.
+    bool match(std::string_view givenName, std::string_view given) const {
+        const bool same = given.size() == password.size() &&
+                          CRYPTO_memcmp(given.data(), password.data(), password.size()) == 0;
+        return same && tsql::sameText(givenName, name);
+    }
 };
 
 }  // namespace tds

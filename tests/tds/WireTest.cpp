@@ -41,7 +41,7 @@ TEST(Login, ReadsItsFields) {
 }
 
 TEST(Login, ComparesTheNameWithoutCaseAndThePasswordExactly) {
-    const Credentials credentials("Sa", "secret\xC3\xA4");
+    const Credentials credentials{"Sa", "secret\xC3\xA4"};
     EXPECT_TRUE(credentials.match("sA", "secret\xC3\xA4"));
     for (const auto& [name, password] :
          {std::pair("sa", "Secret\xC3\xA4"), {"sa", ""}, {"nobody", "secret\xC3\xA4"}})
