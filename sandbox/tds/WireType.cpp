@@ -101,19 +101,13 @@ void readPrecision(ByteReader& in, SqlType& type) {
 constexpr std::size_t kTextPointerSize = 16;
 constexpr std::size_t kTimeStampSize = 8;
 constexpr std::size_t kDateSize = 3;
-constexpr std::size_t kChunkedTotalWidth = 8, kChunkWidth = 4;  // length fields of PLP
+constexpr std::size_t kChunkWidth = 4;  // of the length of a chunk
 
 constexpr std::int64_t kUnitsPerSecond = 300;  // of a datetime
 constexpr std::int64_t kTicksPerMinute = 60 * DateTime::kTicksPerSecond;
 constexpr int kTickDigits = 7;  // decimal digits of a second in DateTime::ticks
 
 const SqlType kGuidBytes{TypeId::Binary, 16, 0, 0};  // form of a uniqueidentifier on the wire
-
-// Width in bytes of a value's length field.
-std::size_t lengthWidth(Framing framing) {
-    constexpr std::size_t kWidths[] = {0, 1, 2, 4, kChunkedTotalWidth};
-    return kWidths[static_cast<std::size_t>(framing)];
-}
 
 // Length that marks NULL.
 std::uint64_t nullLength(std::size_t width) {
@@ -317,7 +311,7 @@ WireType readTypeInfo(ByteReader& in) {
 void writeValue(ByteWriter& out, const WireType& type, const CellView& value) {
     const Framing framing = type.form.framing;
     const bool isLong = framing == Framing::Long;
-    std::size_t width = lengthWidth(framing);
+    std::size_t width = static_cast<std::size_t>(framing);
     if (tsql::isNull(value)) return isLong ? out.u8(0) : out.number(nullLength(width), width);
     if (isLong) {
         out.u8(kTextPointerSize);
@@ -325,7 +319,7 @@ void writeValue(ByteWriter& out, const WireType& type, const CellView& value) {
     }
     // PLP with one chunk. An empty chunk is the end mark, hence none follows it.
     const bool isChunked = framing == Framing::Chunks;
-    const std::size_t total = isChunked ? out.openLength(kChunkedTotalWidth) : 0;
+    const std::size_t total = isChunked ? out.openLength(width) : 0;
     if (isChunked) width = kChunkWidth;
     const std::size_t place = out.openLength(width);
     encode(out, type, value);
@@ -334,12 +328,12 @@ void writeValue(ByteWriter& out, const WireType& type, const CellView& value) {
     if (framing == Framing::Short && length >= nullLength(width))
         throw ValueError("a value is longer than its column type allows");
     if (!isChunked) return;
-    out.fillIn(total, length, kChunkedTotalWidth);
+    out.fillIn(total, length, static_cast<std::size_t>(framing));
     if (length > 0) out.u32(0);
 }
 
 Value readValue(ByteReader& in, const WireType& type) {
-    const std::size_t width = lengthWidth(type.form.framing);
+    const std::size_t width = static_cast<std::size_t>(type.form.framing);
     const std::uint64_t length = width > 0 ? in.number(width) : type.form.size;
     if (length == nullLength(width)) return tsql::Null{};
     if (width == 1 && type.form.size != 0 && length != type.form.size)

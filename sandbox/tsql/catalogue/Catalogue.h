@@ -183,8 +183,7 @@ struct SystemView {
 std::optional<SystemView> systemView(std::string_view schema, std::string_view name,
                                      std::string_view sqliteSchema, std::string_view database,
                                      const Storage& storage);
-// Returns the number of a database: 1 master, 2 tempdb, 3 model, 4 msdb, then the others by name. Empty for
-// an unknown name.
+// Returns the number of a database, from 1 in the order of Storage::databases(). Empty for an unknown name.
 std::optional<int> databaseId(const Storage& storage, std::string_view name);
 
 }  // namespace tsql

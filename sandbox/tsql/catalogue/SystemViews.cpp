@@ -316,8 +316,8 @@ SystemView read(const ViewText& view) {
 }
 
 std::string databaseList(const Storage& storage) {
-    const auto row = [&](const std::string& name) {
-        return "(" + quotedText(name) + ", " + std::to_string(*databaseId(storage, name)) + ")";
+    const auto row = [id = 0](const std::string& name) mutable {
+        return "(" + quotedText(name) + ", " + std::to_string(++id) + ")";
     };
     return "(SELECT column1 AS name, column2 AS id FROM (VALUES " + commaList(storage.databases(), row) +
            "))";
@@ -387,12 +387,9 @@ std::optional<SystemView> systemView(std::string_view schema, std::string_view n
 }
 
 std::optional<int> databaseId(const Storage& storage, std::string_view name) {
-    std::vector<std::string> names = {"master", "tempdb", "model", "msdb"};
-    for (const auto& each : storage.databases())
-        if (!Storage::isSystemDatabase(each)) names.push_back(each);
-    for (std::size_t i = 0; i < names.size(); ++i)
-        if (databaseKey(names[i]) == databaseKey(name)) return static_cast<int>(i) + 1;
-    return std::nullopt;
+    const auto names = storage.databases();
+    const auto found = std::ranges::find(names, databaseKey(name), databaseKey);
+    return found == names.end() ? std::nullopt : std::optional(static_cast<int>(found - names.begin()) + 1);
 }
 
 }  // namespace tsql

@@ -14,7 +14,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::array<std::string_view, 4> kSystemDatabases = {"master", "model", "msdb", "tempdb"};
+// In the order of their numbers.
+constexpr std::array<std::string_view, 4> kSystemDatabases = {"master", "tempdb", "model", "msdb"};
 constexpr std::string_view kExtension = ".db";
 constexpr std::size_t kMaxName = 128;
 
@@ -106,7 +107,9 @@ std::vector<std::string> Storage::databases() const {
     // Only database files end in the extension: SQLite's side files have names such as x.db-wal.
     for (const auto& entry : fs::directory_iterator(m_directory))
         if (entry.path().extension() == kExtension) names.push_back(decodeName(entry.path().stem().string()));
-    std::ranges::sort(names);
+    std::ranges::sort(names, {}, [](const std::string& name) {
+        return std::pair(std::ranges::find(kSystemDatabases, name), name);
+    });
     return names;
 }
 

@@ -44,7 +44,8 @@ class Storage {
     explicit Storage(const std::filesystem::path& directory,
                      const std::vector<std::filesystem::path>& backupFolders = {});
 
-    // Returns the names as they were created, sorted. All functions ignore the case of names.
+    // Returns the names as they were created: master, tempdb, model, msdb, then the others, sorted. All
+    // functions ignore the case of names.
     std::vector<std::string> databases() const;
     bool exists(std::string_view name) const { return !canonicalName(name).empty(); }
     // Returns the name as it was created; empty if there is no such database.
