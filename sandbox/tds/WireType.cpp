@@ -250,6 +250,7 @@ Value decode(const WireType& type, ByteView data) {
 }  // namespace
 
 WireType wireType(SqlType type, Version version) {
+    if (type.id == TypeId::RowVersion) type.id = TypeId::Binary;
     if (version < Version::V73A && (type.id == TypeId::Date || tsql::hasScale(type.id)))
         type = tsql::nvarcharType(type.id == TypeId::Date   ? kDateCharacters
                                   : type.id == TypeId::Time ? kTimeCharacters

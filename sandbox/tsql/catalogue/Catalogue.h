@@ -49,6 +49,8 @@ struct TableColumn {
     std::int64_t id = 0;         // column_id
     std::string computed = {};   // T-SQL text of a computed column
     bool persisted = false;
+
+    bool isRowVersion() const { return type.id == TypeId::RowVersion && computed.empty(); }
 };
 using ColumnList = std::vector<const TableColumn*>;  // columns of one TableInfo
 
@@ -124,6 +126,8 @@ inline bool isUniqueKey(const ObjectInfo& key) {
 
 inline constexpr std::string_view kCollationName = "SQL_Latin1_General_CP1_CI_AS";
 inline constexpr std::string_view kTempSchema = "temp";
+inline constexpr const char* kRowVersions = "@rowversion";  // counter of a database, from:
+inline constexpr std::int64_t kBeforeRowVersions = 2000;
 inline constexpr std::string_view kNullsSuffix = "@nulls";  // of the index for rows with NULL in a unique key
 // Whether the name is that of a #table or a table variable.
 inline bool isTemporaryName(std::string_view name) {

@@ -265,7 +265,8 @@ column8 AS ut FROM (VALUES ('uniqueidentifier', -11, 36, 'C', NULL, 2, NULL, 0),
 ('sysname', -9, 128, 'N', NULL, 3, NULL, 18), ('nchar', -8, 4000, 'N', 'length', 3, NULL, 0),
 ('bit', -7, 1, 'T', NULL, 2, 0, 16), ('tinyint', -6, 3, 'E', NULL, 2, 0, 5),
 ('bigint', -5, 19, 'E', NULL, 2, 0, 0), ('image', -4, 2147483647, 'B', NULL, 0, NULL, 20),
-('varbinary', -3, 8000, 'B', 'max length', 2, NULL, 4), ('binary', -2, 8000, 'B', 'length', 2, NULL, 3),
+('varbinary', -3, 8000, 'B', 'max length', 2, NULL, 4), ('timestamp', -2, 8, 'B', NULL, 2, NULL, 80),
+('binary', -2, 8000, 'B', 'length', 2, NULL, 3),
 ('text', -1, 2147483647, 'C', NULL, 1, NULL, 19), ('char', 1, 8000, 'C', 'length', 3, NULL, 1),
 ('numeric', 2, 38, 'E', 'precision,scale', 2, 38, 10), ('decimal', 3, 38, 'E', 'precision,scale', 2, 38, 24),
 ('money', 3, 19, 'M', NULL, 2, 4, 11), ('smallmoney', 3, 10, 'M', NULL, 2, 4, 21),
@@ -349,7 +350,7 @@ std::string sessionList(const Storage& storage) {
 // Query for the list of types ($T), each type with its maximum size.
 std::string typeList() {
     std::vector<std::string> rows;
-    for (int id = 0; id <= static_cast<int>(TypeId::Image); ++id) {
+    for (int id = 0; id <= static_cast<int>(TypeId::RowVersion); ++id) {
         SqlType type = simpleType(static_cast<TypeId>(id));
         if (type.id == TypeId::Decimal) type.precision = type.scale = 38;
         if (hasLength(type.id)) type.length = isNational(type.id) ? 4000 : 8000;

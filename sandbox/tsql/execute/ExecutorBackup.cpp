@@ -135,7 +135,7 @@ Flow Executor::run(const Restore& restore) {
         } else if (restore.kind == RestoreKind::Database) {
             restoreFrom(file, restore);
         } else {
-            const BackupHeader header = readBackupHeader(file);
+            const BackupHeader header = readBackupHeader(file, progress(0));
             report = restore.kind == RestoreKind::FileList ? fileListOf(header) : headerOf(header);
         }
     });

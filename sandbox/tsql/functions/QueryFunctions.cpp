@@ -142,7 +142,7 @@ Value digitsOf(const SqlType& type) {
 // Names and numbers of the types, with those that are others here.
 std::vector<std::pair<std::string, int>> typeNumbers() {
     std::vector<std::pair<std::string, int>> all = {{"numeric", 108}, {"sysname", 256}};
-    for (int i = 0; i <= static_cast<int>(TypeId::Image); ++i)
+    for (int i = 0; i <= static_cast<int>(TypeId::RowVersion); ++i)
         all.emplace_back(baseName(static_cast<TypeId>(i)), systemId(static_cast<TypeId>(i)));
     return all;
 }

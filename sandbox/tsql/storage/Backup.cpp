@@ -1,6 +1,7 @@
 #include "storage/Backup.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sodium.h>
 #include <unistd.h>
 
@@ -57,12 +58,14 @@ bool isBackup(std::FILE* stream) {
     return head.starts_with(kSqlite) && head.ends_with(kApplication);
 }
 
-// Opens a backup. Throws SqlError 3241 for another file, such as a pipe, which would block.
-Stream openBackup(const fs::path& file) {
-    std::error_code ignored;
-    if (fs::is_other(file, ignored)) throw sqlError(kBadMediaFamily, {file.string()});
-    Stream stream = openStream(file, "rbe");
-    const bool opened = isBackup(stream.get());
+// Opens a backup. Throws SqlError 3241 for another file. Waits for the content of a pipe, although none can
+// be restored, but never beyond `progress`.
+Stream openBackup(const fs::path& file, const Progress& progress) {
+    const int descriptor = ::open(file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (descriptor < 0) throwCannotOpen(file, errno);
+    Stream stream(::fdopen(descriptor, "rb"), std::fclose);
+    for (pollfd content{descriptor, POLLIN, 0}; ::poll(&content, 1, kPauseMilliseconds) == 0;) progress(0);
+    const bool opened = isBackup(stream.get()) && fs::is_regular_file(file);
     if (std::ferror(stream.get())) throwCannotOpen(file, errno);
     if (!opened) throw sqlError(kBadMediaFamily, {file.string()});
     return stream;
@@ -192,8 +195,8 @@ BackupHeader backupDatabase(const Storage& storage, std::string_view database, c
     return readBackupHeader(file);
 }
 
-BackupHeader readBackupHeader(const fs::path& file) {
-    openBackup(file);
+BackupHeader readBackupHeader(const fs::path& file, const Progress& progress) {
+    openBackup(file, progress);
     BackupHeader header;
     const auto take = [](void* into, int, char** cells, char**) {
         *static_cast<BackupHeader*>(into) = {cells[0], cells[1], cells[2], cells[3], cells[4], cells[5], 0};
@@ -212,7 +215,7 @@ BackupHeader readBackupHeader(const fs::path& file) {
 }
 
 void verifyBackup(const fs::path& file, const Progress& progress) {
-    const Stream stream = openBackup(file);
+    const Stream stream = openBackup(file, progress);
     const std::uintmax_t size = fs::file_size(file);
     const std::string sum = checksumOf(stream.get(), size - kChecksum, progress);
     if (read(stream.get(), kChecksum) != sum) throw sqlError(kBackupReadFailed, {file.string()});
@@ -220,7 +223,7 @@ void verifyBackup(const fs::path& file, const Progress& progress) {
 
 BackupHeader restoreDatabase(Storage& storage, const fs::path& file, std::string_view database, bool replace,
                              std::span<const std::string> movedNames, const Progress& progress) {
-    BackupHeader header = readBackupHeader(file);
+    BackupHeader header = readBackupHeader(file, progress);
     if (const std::string to = storage.canonicalName(database); to == "master" || to == "tempdb")
         throw sqlError(to == "master" ? kRestoreOfMaster : kBackupNotAllowed, {to});
     for (const std::string& name : movedNames)

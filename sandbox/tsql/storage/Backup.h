@@ -35,7 +35,8 @@ BackupHeader backupDatabase(
 
 // Reads the description of a backup. Throws SqlError 3201 (cannot be opened), 3241 (not a backup of tsqlbox),
 // 3203 (damaged).
-BackupHeader readBackupHeader(const std::filesystem::path& file);
+BackupHeader readBackupHeader(
+    const std::filesystem::path& file, const Progress& progress = [](int) {});
 
 // Reads the whole file. Throws SqlError 3201, 3241 and 3203 as readBackupHeader() does.
 void verifyBackup(

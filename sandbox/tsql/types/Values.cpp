@@ -184,12 +184,11 @@ class Converter {
 
     Value toText() const {
         std::string result = textInStyle();
-        const bool fixed = m_to.id == TypeId::Char || m_to.id == TypeId::NChar;
         if (m_to.length <= 0) return result;  // text, xml, (max)
         const auto limit = static_cast<std::size_t>(m_to.length);
         const std::size_t count = characterCount(result);
         if (count > limit) return fitted(result, limit);
-        if (fixed) result.append(limit - count, ' ');
+        if (isPadded(m_to.id)) result.append(limit - count, ' ');
         return result;
     }
 
@@ -316,7 +315,7 @@ class Converter {
         // Numbers are truncated on the left, other values on the right.
         if (bytes.size() > limit)
             bytes = number ? bytes.substr(bytes.size() - limit) : bytes.substr(0, limit);
-        if (m_to.id == TypeId::Binary && bytes.size() < limit)
+        if (isPadded(m_to.id) && bytes.size() < limit)
             bytes.insert(number ? 0 : bytes.size(), limit - bytes.size(), std::byte{0});
         return bytes;
     }
