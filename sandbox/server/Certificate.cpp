@@ -49,8 +49,8 @@ bool isUsable(const CertificateFiles& files, const std::vector<std::string>& nam
     return certificate && key && X509_check_private_key(certificate.get(), key.get()) == 1 &&
            X509_cmp_time(X509_get0_notAfter(certificate.get()), &renewal) > 0 &&
            std::all_of(names.begin(), names.end(), [&](const std::string& name) {
-               if (isAddress(name)) return X509_check_ip_asc(certificate.get(), name.c_str(), 0) == 1;
-               return X509_check_host(certificate.get(), name.c_str(), name.size(), 0, nullptr) == 1;
+               return X509_check_ip_asc(certificate.get(), name.c_str(), 0) == 1 ||
+                      X509_check_host(certificate.get(), name.c_str(), name.size(), 0, nullptr) == 1;
            });
 }
 

@@ -141,7 +141,7 @@ void Response::returnStatus(std::int32_t status) {
     m_out.u32(static_cast<std::uint32_t>(status));
 }
 
-void Response::returnValue(int ordinal, std::string_view name, const tsql::SqlType& type,
+void Response::returnValue(std::ptrdiff_t ordinal, std::string_view name, const tsql::SqlType& type,
                            const tsql::CellView& value) {
     const WireType sent = wireType(type, m_version);
     beginToken(Token::ReturnValue);

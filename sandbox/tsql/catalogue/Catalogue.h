@@ -170,7 +170,7 @@ class Catalogue {
   private:
     std::vector<ObjectInfo> objects(const std::string& where, const Value& value) const;
     std::optional<ObjectInfo> latest(const std::string& where, const Value& value) const;
-    void run(std::string_view sql, std::span<const Value> values = {});
+    void run(std::string_view sql, const std::vector<Value>& values = {});
 
     Connection& m_connection;
     std::string m_database;

@@ -171,13 +171,13 @@ void Connection::detachAllBut(std::string_view database) {
         if (key != databaseKey(database)) detach(key);
 }
 
-void Connection::run(const std::string& sql, std::span<const Value> values) {
+void Connection::run(const std::string& sql, const std::vector<Value>& values) {
     PreparedStatement statement(*this, sql);
     statement.bindAll(values);
     while (statement.step()) continue;
 }
 
-std::optional<std::int64_t> Connection::number(const std::string& sql, std::span<const Value> values) {
+std::optional<std::int64_t> Connection::number(const std::string& sql, const std::vector<Value>& values) {
     PreparedStatement statement(*this, sql);
     statement.bindAll(values);
     return statement.step() ? std::optional(statement.integer(0)) : std::nullopt;
