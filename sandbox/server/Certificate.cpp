@@ -84,10 +84,11 @@ Certificate makeCertificate(EVP_PKEY& key, const std::vector<std::string>& names
 }
 
 template <typename Write>
-void replaceFile(const std::filesystem::path& path, mode_t mode, Write write) {
+void replaceFile(const std::filesystem::path& path, Write write) {
+    constexpr mode_t kPrivate = 0600;
     const std::filesystem::path replacement = path.string() + ".new";
     ::unlink(replacement.c_str());
-    const int fd = ::open(replacement.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
+    const int fd = ::open(replacement.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kPrivate);
     const File file(fd < 0 ? nullptr : ::fdopen(fd, "w"));
     if (!file) throw std::runtime_error(replacement.string() + ": " + std::strerror(errno));
     const bool isWritten = write(file.get()) == 1 && std::fflush(file.get()) == 0;
@@ -105,16 +106,14 @@ FileDescriptor lockCertificate(const CertificateFiles& files) {
 }
 
 void createSelfSigned(const CertificateFiles& files, const std::vector<std::string>& names) {
-    constexpr mode_t kPrivate = 0600, kReadable = 0644;
     if (isUsable(files, names)) return;
     const Key key(EVP_EC_gen("P-256"));
     if (!key) throwTlsError("no key can be generated");
     const Certificate certificate = makeCertificate(*key, names);
-    replaceFile(files.key, kPrivate, [&](std::FILE* file) {
+    replaceFile(files.key, [&](std::FILE* file) {
         return PEM_write_PrivateKey(file, key.get(), nullptr, nullptr, 0, nullptr, nullptr);
     });
-    replaceFile(files.certificate, kReadable,
-                [&](std::FILE* file) { return PEM_write_X509(file, certificate.get()); });
+    replaceFile(files.certificate, [&](std::FILE* file) { return PEM_write_X509(file, certificate.get()); });
 }
 
 tds::TlsContext loadTlsContext(const CertificateFiles& files, int newestTls) {

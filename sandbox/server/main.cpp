@@ -11,10 +11,7 @@
 
 namespace {
 
-constexpr std::size_t kMaxPasswordBytes = 512;
-
-// Returns the file up to its first line end. Throws std::runtime_error for a file that cannot be read and for
-// a first line that is empty or too long.
+// Returns the first line of the file. Throws std::runtime_error if it cannot be read or is empty.
 std::string readPassword(const std::filesystem::path& file) {
     const std::string name = "the password file " + file.string();
     std::ifstream in(file, std::ios::binary);
@@ -23,8 +20,6 @@ std::string readPassword(const std::filesystem::path& file) {
         throw std::runtime_error("cannot read " + name + ": " + std::strerror(errno));
     line.resize(std::min(line.find('\r'), line.size()));
     if (line.empty()) throw std::runtime_error(name + " has an empty first line");
-    if (line.size() > kMaxPasswordBytes)
-        throw std::runtime_error("the first line of " + name + " is too long");
     return line;
 }
 

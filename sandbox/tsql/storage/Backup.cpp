@@ -5,7 +5,6 @@
 #include <sodium.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -105,9 +104,9 @@ std::string checksumOf(std::FILE* stream, std::uintmax_t size, const Progress& p
         done += block.size();
         progress(static_cast<int>(done * 100 / size));
     }
-    std::array<unsigned char, kChecksum> sum{};
-    crypto_generichash_final(&state, sum.data(), sum.size());
-    return {sum.begin(), sum.end()};
+    std::string sum(kChecksum, '\0');
+    crypto_generichash_final(&state, reinterpret_cast<unsigned char*>(sum.data()), sum.size());
+    return sum;
 }
 
 void appendChecksum(const fs::path& file, const Progress& progress) {

@@ -91,7 +91,6 @@ class Connection {
     sqlite3_stmt* borrow(const std::string& sql);
     void giveBack(const std::string& sql, sqlite3_stmt* statement);
     void dropStatements();
-    void renewIndexes(const std::string& schema);
     static int waitForLock(void* self, int tries);
     static int isCancelled(void* self) { return static_cast<Connection*>(self)->m_cancelled(); }
 

@@ -223,12 +223,12 @@ bool isInRange(const DateTime& value, const SqlType& type) {
     return value.days >= first && value.days <= (small ? daysFromCivil(year(2079) / 6 / 6) : kLastDay);
 }
 
-std::string toStorage(const DateTime& value, const SqlType& type) {
+std::string toStorage(const DateTime& value, const SqlType& type, std::string_view from) {
     if (type.id == TypeId::Date) return written(kIsoDate, value);
     const std::int64_t ticks = roundedTicks(value.ticks, type);
     const DateTime rounded{value.days + ticks / DateTime::kTicksPerDay, ticks % DateTime::kTicksPerDay};
     if (type.id == TypeId::Time) return written(kIsoTime, rounded, type.scale);
-    if (!isInRange(rounded, type)) throw sqlError(kDateOutOfRange, {"datetime2", baseName(type.id)});
+    if (!isInRange(rounded, type)) throw sqlError(kDateOutOfRange, {from, baseName(type.id)});
     return written("Y-M-D h:m:s.f", rounded, type.scale);
 }
 

@@ -35,10 +35,6 @@ std::string_view spoken(const SqlType& type) {
     throw unsupported("the conversion of " + std::string(spoken(from)) + " to " + std::string(spoken(to)));
 }
 
-bool areDigits(std::string_view text) {
-    return text.find_first_not_of("0123456789") == text.npos;
-}
-
 // 10^38, which exceeds every type, for more than 38 digits.
 Int128 numberOf(std::string_view digits) {
     digits.remove_prefix(std::min(digits.find_first_not_of('0'), digits.size()));
@@ -108,7 +104,9 @@ class Converter {
         const std::size_t point = isInteger(m_to.id) ? rest.size() : std::min(rest.find('.'), rest.size());
         std::string digits(rest.substr(0, point)), fraction(rest.substr(std::min(point + 1, rest.size())));
         if (isMoneyText) std::erase(digits, ',');
-        if ((digits + fraction).empty() || !areDigits(digits + fraction)) throwBadText(text(), m_from, m_to);
+        const std::string all = digits + fraction;
+        if (all.empty() || all.find_first_not_of("0123456789") != all.npos)
+            throwBadText(text(), m_from, m_to);
         fraction.resize(std::max<std::size_t>(fraction.size(), m_to.scale + 1U), '0');
         const Int128 value = numberOf(digits.append(fraction, 0, m_to.scale)) + (fraction[m_to.scale] >= '5');
         return rangeChecked(negative ? -value : value);
@@ -193,11 +191,8 @@ class Converter {
     }
 
     Value fitted(const std::string& result, std::size_t limit) const {
-        if (m_from.id <= TypeId::Int && !isNational(m_to.id) && !m_assign && m_from.id != TypeId::Bit) {
-            std::string star = "*";
-            if (m_to.id == TypeId::Char) star.append(limit - 1, ' ');
-            return star;
-        }
+        if (m_from.id <= TypeId::Int && !isNational(m_to.id) && !m_assign && m_from.id != TypeId::Bit)
+            return std::string("*").append(m_to.id == TypeId::Char ? limit - 1 : 0, ' ');
         if (isApproximate(m_from.id) && !isNational(m_to.id)) throwFloatOverflow();
         if (isInteger(m_from.id) || isApproximate(m_from.id)) throwOverflow(m_to);
         if (m_from.id == TypeId::Decimal) throwOverflow(m_from, m_to);
@@ -251,8 +246,9 @@ class Converter {
     }
 
     Value toDateTime() const {
-        if (isText(m_from.id)) return stored(parseDateTime(trimmed(text()), m_from, m_to, m_style));
-        if (isDateTime(m_from.id)) return stored(fromStorage(text()));
+        if (isText(m_from.id))
+            return toStorage(parseDateTime(trimmed(text()), m_from, m_to, m_style), m_to, spoken(m_from));
+        if (isDateTime(m_from.id)) return toStorage(fromStorage(text()), m_to, spoken(m_from));
         if (isNumber(m_from.id) && isClassicDate(m_to.id)) return dateTimeFromNumber();
         throwNotConverted(m_from, m_to);
     }
@@ -263,15 +259,8 @@ class Converter {
         if (std::fabs(whole) > 3e6) throwOverflow(m_from, m_to);
         const auto ticks =
             static_cast<std::int64_t>((number - whole) * static_cast<double>(DateTime::kTicksPerDay));
-        return stored({DateTime::kDay1900 + static_cast<std::int64_t>(whole), ticks});
-    }
-
-    Value stored(const DateTime& value) const {
-        try {
-            return toStorage(value, m_to);
-        } catch (const SqlError&) {
-            throw sqlError(kDateOutOfRange, {spoken(m_from), spoken(m_to)});
-        }
+        return toStorage({DateTime::kDay1900 + static_cast<std::int64_t>(whole), ticks}, m_to,
+                         spoken(m_from));
     }
 
     Value toIdentifier() const {
