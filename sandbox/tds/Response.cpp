@@ -193,10 +193,6 @@ bool Response::cancelled() {
     return m_attention || m_clientGone;
 }
 
-void Response::beginCall() {
-    m_inCall = true;
-}
-
 void Response::endCall() {
     setPendingDone({Token::DoneProc, errorFlag(), /*rowCount=*/-1, kCommandExecute});
     m_inCall = m_callOfBatch = false;

@@ -46,7 +46,7 @@ class Response final : public tsql::ResultSink {
                      const tsql::CellView& value);
 
     // Enclose a procedure call, whose statements end with DONEINPROC instead of DONE.
-    void beginCall();
+    void beginCall() { m_inCall = true; }
     void endCall();
     // Ends the response with its last DONE token. Acknowledges an attention if one has arrived.
     void finish();

@@ -52,8 +52,7 @@ constexpr std::uint64_t kLongLength = 0x7FFFFFFF;  // length of text, ntext and 
 constexpr std::uint64_t kMaxSizedBytes = 8000;     // of a type that is not (max)
 
 constexpr int kMaxTimeScale = 7;
-// Lengths of dates and times as strings, for clients without these types.
-constexpr int kDateCharacters = 10, kTimeCharacters = 16, kDateTime2Characters = 27;
+constexpr int kFractionCharacters = 8;  // of a time as a string, for clients without the type
 
 // Empty when there is no such type of that size. size: 0 when TYPE_INFO has none.
 std::optional<WireForm> findForm(std::uint8_t id, std::size_t size) {
@@ -252,9 +251,8 @@ Value decode(const WireType& type, ByteView data) {
 WireType wireType(SqlType type, Version version) {
     if (type.id == TypeId::RowVersion) type.id = TypeId::Binary;
     if (version < Version::V73A && (type.id == TypeId::Date || tsql::hasScale(type.id)))
-        type = tsql::nvarcharType(type.id == TypeId::Date   ? kDateCharacters
-                                  : type.id == TypeId::Time ? kTimeCharacters
-                                                            : kDateTime2Characters);
+        type =
+            tsql::nvarcharType(tsql::precisionOf(type) + (type.id == TypeId::Date ? 0 : kFractionCharacters));
     if (version < Version::V72 && (type.length == SqlType::kMax || type.id == TypeId::Xml))
         type = {tsql::isBinary(type.id)     ? TypeId::Image
                 : tsql::isNational(type.id) ? TypeId::NText

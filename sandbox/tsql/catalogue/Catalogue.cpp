@@ -194,8 +194,9 @@ std::vector<TableColumn> Catalogue::columns(std::int64_t object) const {
     std::vector<TableColumn> columns;
     while (query.step()) {
         const auto kind = query.integer(3);
-        auto& column = columns.emplace_back(TableColumn{query.text(0), decodeType(query.integer(1)),
-                                                        query.integer(2) != 0, kind == kIdentity});
+        auto& column = columns.emplace_back();
+        static_cast<Column&>(column) = {query.text(0), decodeType(query.integer(1)), query.integer(2) != 0,
+                                        kind == kIdentity};
         (kind >= kComputed ? column.computed : column.byDefault) = query.text(4);
         column.output = query.integer(5) != 0;
         column.id = query.integer(6);

@@ -39,11 +39,7 @@ inline std::string shownName(std::string stored) {
 
 // ---- objects
 
-struct TableColumn {
-    std::string name;
-    SqlType type;
-    bool nullable = true;
-    bool identity = false;
+struct TableColumn : Column {
     std::string byDefault = {};  // T-SQL text of the DEFAULT; empty: none
     bool output = false;         // OUTPUT parameter of a procedure
     std::int64_t id = 0;         // column_id

@@ -298,7 +298,7 @@ SystemView read(const ViewText& view) {
     SystemView read;
     for (const std::string& item : listItems(text)) {
         const std::size_t name = item.find(' '), value = item.find(" = ");
-        read.columns.push_back({item.substr(0, name), parseType(item.substr(name + 1, value - name - 1))});
+        read.columns.push_back({{item.substr(0, name), parseType(item.substr(name + 1, value - name - 1))}});
         read.sql += (read.sql.empty() ? "SELECT " : ", ") + item.substr(value + 3) + " AS " +
                     quotedName(read.columns.back().name);
     }

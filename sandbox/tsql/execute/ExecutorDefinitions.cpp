@@ -70,7 +70,7 @@ constexpr std::pair<std::string_view, std::string_view> kConstraints[] = {
 TableColumn columnOf(const ColumnDefinition& given, const CreateTable& create) {
     requireColumnName(given.name);
     const bool isNullable = !given.identity && given.type.id != TypeId::RowVersion;
-    TableColumn column{given.name, given.type, isNullable, given.identity.has_value()};
+    TableColumn column{{given.name, given.type, isNullable, given.identity.has_value()}};
     for (const auto* constraint : allConstraints(create))
         if (constraint->kind == ConstraintKind::PrimaryKey)
             for (const auto& name : constraint->columns)

@@ -80,7 +80,7 @@ void Executor::run(const DefineSequence& statement) {
         requireConsistent(next, name.name, restarts);
         stored.stored = next.text();
         owner.save(stored);
-        if (!existing) owner.saveColumns(stored.id, {{"", type}});
+        if (!existing) owner.saveColumns(stored.id, {{{"", type}}});
         setCounter(owner.schema(), counterOf(stored.id), given > 0);
     });
 }

@@ -57,20 +57,16 @@ SqliteConnection openFile(const fs::path& file, int flags, const std::string& pr
     // Without a mutex, since only one thread uses a connection.
     const int code = sqlite3_open_v2(file.c_str(), &raw, flags | SQLITE_OPEN_NOMUTEX, nullptr);
     SqliteConnection connection(raw);
-    if (code != SQLITE_OK) throw std::runtime_error(sqlite3_errstr(code));
-    execute(raw, pragmas);
+    if (code != SQLITE_OK || sqlite3_exec(raw, pragmas.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK)
+        throw std::runtime_error("cannot open " + file.string() + ": " + sqlite3_errmsg(raw));
     return connection;
 }
 
 SqliteConnection openDatabaseFile(const fs::path& file, OpenMode mode) {
     const int create = mode == OpenMode::Create ? SQLITE_OPEN_CREATE : 0;
-    try {
-        return openFile(file, SQLITE_OPEN_READWRITE | create,
-                        "PRAGMA busy_timeout=10000; PRAGMA journal_mode=WAL; PRAGMA synchronous=FULL; PRAGMA "
-                        "foreign_keys=ON");
-    } catch (const std::runtime_error& error) {
-        throw std::runtime_error("cannot open " + file.string() + ": " + error.what());
-    }
+    return openFile(file, SQLITE_OPEN_READWRITE | create,
+                    "PRAGMA busy_timeout=10000; PRAGMA journal_mode=WAL; PRAGMA synchronous=FULL; PRAGMA "
+                    "foreign_keys=ON");
 }
 
 void execute(sqlite3* connection, const std::string& sql) {

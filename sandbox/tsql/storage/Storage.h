@@ -20,10 +20,11 @@ struct SqliteCloser {
 using SqliteConnection = std::unique_ptr<sqlite3, SqliteCloser>;
 
 // Opens a database file, which OpenMode::Create makes when it is missing: WAL, foreign keys on, a busy
-// time-out of 10 s. Throws std::runtime_error with the file and SQLite's text.
+// time-out of 10 s. Throws as openFile().
 enum class OpenMode { Existing, Create };
 SqliteConnection openDatabaseFile(const std::filesystem::path& file, OpenMode mode);
-// Opens a file with SQLite's flags and runs pragmas. Throws std::runtime_error with SQLite's text.
+// Opens a file with SQLite's flags and runs pragmas. Throws std::runtime_error with the file and SQLite's
+// text.
 SqliteConnection openFile(const std::filesystem::path& file, int flags, const std::string& pragmas);
 // Runs statements without results. Throws std::runtime_error with SQLite's text.
 void execute(sqlite3* connection, const std::string& sql);

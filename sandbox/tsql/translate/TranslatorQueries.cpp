@@ -460,8 +460,7 @@ void Translator::addSource(const TableInfo& table, const std::string& exposed, c
     const std::string prefix = alias.empty() ? "" : alias + ".";
     Source source{exposed, table.database, table.schemaName, prefix + "_rowid_", table.sqlName(), {}};
     for (const auto& column : table.columns)
-        source.columns.push_back(
-            {{column.name, column.type, column.nullable, column.identity}, prefix + quotedName(column.name)});
+        source.columns.push_back({column, prefix + quotedName(column.name)});
     m_scope->sources.push_back(std::move(source));
 }
 
