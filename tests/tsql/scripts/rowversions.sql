@@ -24,9 +24,11 @@ INSERT later VALUES (1, 1), (2, 1)
 ALTER TABLE later ADD timestamp NOT NULL
 SELECT * FROM later WHERE timestamp = (SELECT MAX(timestamp) FROM later)
 SELECT TYPE_NAME(system_type_id), max_length, is_nullable FROM sys.columns WHERE name = 'timestamp'
+EXEC sp_special_columns later, @col_type = 'V'
 --> (2 changed)
 --> id int = 2 | p int? = 1 | timestamp timestamp = 0x00000000000007D9 (1 rows)
 --> - nvarchar(128)? = timestamp | max_length smallint? = 8 | is_nullable bit? = 0 (1 rows)
+--> SCOPE smallint? = NULL | COLUMN_NAME nvarchar(128)? = timestamp | DATA_TYPE smallint? = -2 | TYPE_NAME nvarchar(128)? = timestamp | PRECISION int? = 8 | LENGTH int? = 8 | SCALE smallint? = NULL | PSEUDO_COLUMN smallint? = 1 (1 rows)
 CREATE TRIGGER tr ON later INSTEAD OF UPDATE AS SELECT * FROM inserted -->
 UPDATE later SET p = 2
 SELECT @@DBTS
