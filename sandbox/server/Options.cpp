@@ -8,6 +8,8 @@
 #include <sstream>
 #include <type_traits>
 
+#include "types/Text.h"
+
 namespace server {
 namespace {
 
@@ -36,9 +38,8 @@ template <typename Value>
 Value valueNamed(const std::string& name, const std::map<std::string, Value>& values) {
     const auto found = values.find(name);
     if (found != values.end()) return found->second;
-    std::string known;
-    for (const auto& [other, value] : values) known += (known.empty() ? "" : ", ") + other;
-    throw UsageError("'" + name + "' is none of " + known);
+    throw UsageError("'" + name + "' is none of " +
+                     tsql::commaList(values, [](auto& each) { return each.first; }));
 }
 
 std::size_t numberIn(std::string_view text, std::size_t least, std::size_t most) {

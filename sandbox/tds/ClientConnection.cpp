@@ -224,12 +224,10 @@ bool ClientConnection::runCalls(ByteView body) {
 bool ClientConnection::runCall(tsql::ProcedureCall& call) {
     if (!m_session->call(call, m_response)) return false;
     m_response.returnStatus(call.status);
-    int ordinal = 0;
-    for (const auto& argument : call.arguments) {
+    for (const auto& argument : call.arguments)
         if (argument.output)
-            m_response.returnValue(ordinal, argument.name, argument.type, tsql::viewOf(argument.value));
-        ++ordinal;
-    }
+            m_response.returnValue(&argument - call.arguments.data(), argument.name, argument.type,
+                                   tsql::viewOf(argument.value));
     return true;
 }
 

@@ -1,5 +1,6 @@
 #include "Requests.h"
 
+#include <boost/algorithm/string/replace.hpp>
 #include <iterator>
 
 #include "WireType.h"
@@ -105,9 +106,8 @@ constexpr std::uint8_t kFlagBeginNext = 1;  // of a commit or rollback: begin th
 
 // " [name]" of a transaction or savepoint; empty when it has no name.
 std::string readName(ByteReader& in) {
-    std::string name = utf8FromUtf16(in.bytes(in.u8()));
-    for (std::size_t at = 0; (at = name.find(']', at)) != std::string::npos; at += 2) name.insert(at, 1, ']');
-    return name.empty() ? name : " [" + name + "]";
+    const std::string name = utf8FromUtf16(in.bytes(in.u8()));
+    return name.empty() ? name : " [" + boost::replace_all_copy(name, "]", "]]") + "]";
 }
 
 std::string beginBatch(ByteReader& in) {

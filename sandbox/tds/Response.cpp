@@ -141,7 +141,7 @@ void Response::returnStatus(std::int32_t status) {
     m_out.u32(static_cast<std::uint32_t>(status));
 }
 
-void Response::returnValue(int ordinal, std::string_view name, const tsql::SqlType& type,
+void Response::returnValue(std::ptrdiff_t ordinal, std::string_view name, const tsql::SqlType& type,
                            const tsql::CellView& value) {
     const WireType sent = wireType(type, m_version);
     beginToken(Token::ReturnValue);
@@ -191,10 +191,6 @@ bool Response::cancelled() {
         m_clientGone = true;  // or broke the protocol; the next readRequest() reports which
     }
     return m_attention || m_clientGone;
-}
-
-void Response::beginCall() {
-    m_inCall = true;
 }
 
 void Response::endCall() {

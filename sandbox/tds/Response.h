@@ -42,11 +42,11 @@ class Response final : public tsql::ResultSink {
     void binaryChange(EnvChange what, ByteView to = {}, ByteView from = {}, std::size_t unitSize = 1);
     void returnStatus(std::int32_t status);
     // ordinal: place of the parameter in the client's call, from 0.
-    void returnValue(int ordinal, std::string_view name, const tsql::SqlType& type,
+    void returnValue(std::ptrdiff_t ordinal, std::string_view name, const tsql::SqlType& type,
                      const tsql::CellView& value);
 
     // Enclose a procedure call, whose statements end with DONEINPROC instead of DONE.
-    void beginCall();
+    void beginCall() { m_inCall = true; }
     void endCall();
     // Ends the response with its last DONE token. Acknowledges an attention if one has arrived.
     void finish();

@@ -52,8 +52,7 @@ constexpr std::uint64_t kLongLength = 0x7FFFFFFF;  // length of text, ntext and 
 constexpr std::uint64_t kMaxSizedBytes = 8000;     // of a type that is not (max)
 
 constexpr int kMaxTimeScale = 7;
-// Lengths of dates and times as strings, for clients without these types.
-constexpr int kDateCharacters = 10, kTimeCharacters = 16, kDateTime2Characters = 27;
+constexpr int kFractionCharacters = 8;  // of a time as a string, for clients without the type
 
 // Empty when there is no such type of that size. size: 0 when TYPE_INFO has none.
 std::optional<WireForm> findForm(std::uint8_t id, std::size_t size) {
@@ -101,19 +100,13 @@ void readPrecision(ByteReader& in, SqlType& type) {
 constexpr std::size_t kTextPointerSize = 16;
 constexpr std::size_t kTimeStampSize = 8;
 constexpr std::size_t kDateSize = 3;
-constexpr std::size_t kChunkedTotalWidth = 8, kChunkWidth = 4;  // length fields of PLP
+constexpr std::size_t kChunkWidth = 4;  // of the length of a chunk
 
 constexpr std::int64_t kUnitsPerSecond = 300;  // of a datetime
 constexpr std::int64_t kTicksPerMinute = 60 * DateTime::kTicksPerSecond;
 constexpr int kTickDigits = 7;  // decimal digits of a second in DateTime::ticks
 
 const SqlType kGuidBytes{TypeId::Binary, 16, 0, 0};  // form of a uniqueidentifier on the wire
-
-// Width in bytes of a value's length field.
-std::size_t lengthWidth(Framing framing) {
-    constexpr std::size_t kWidths[] = {0, 1, 2, 4, kChunkedTotalWidth};
-    return kWidths[static_cast<std::size_t>(framing)];
-}
 
 // Length that marks NULL.
 std::uint64_t nullLength(std::size_t width) {
@@ -256,10 +249,10 @@ Value decode(const WireType& type, ByteView data) {
 }  // namespace
 
 WireType wireType(SqlType type, Version version) {
+    if (type.id == TypeId::RowVersion) type.id = TypeId::Binary;
     if (version < Version::V73A && (type.id == TypeId::Date || tsql::hasScale(type.id)))
-        type = tsql::nvarcharType(type.id == TypeId::Date   ? kDateCharacters
-                                  : type.id == TypeId::Time ? kTimeCharacters
-                                                            : kDateTime2Characters);
+        type =
+            tsql::nvarcharType(tsql::precisionOf(type) + (type.id == TypeId::Date ? 0 : kFractionCharacters));
     if (version < Version::V72 && (type.length == SqlType::kMax || type.id == TypeId::Xml))
         type = {tsql::isBinary(type.id)     ? TypeId::Image
                 : tsql::isNational(type.id) ? TypeId::NText
@@ -317,7 +310,7 @@ WireType readTypeInfo(ByteReader& in) {
 void writeValue(ByteWriter& out, const WireType& type, const CellView& value) {
     const Framing framing = type.form.framing;
     const bool isLong = framing == Framing::Long;
-    std::size_t width = lengthWidth(framing);
+    std::size_t width = static_cast<std::size_t>(framing);
     if (tsql::isNull(value)) return isLong ? out.u8(0) : out.number(nullLength(width), width);
     if (isLong) {
         out.u8(kTextPointerSize);
@@ -325,7 +318,7 @@ void writeValue(ByteWriter& out, const WireType& type, const CellView& value) {
     }
     // PLP with one chunk. An empty chunk is the end mark, hence none follows it.
     const bool isChunked = framing == Framing::Chunks;
-    const std::size_t total = isChunked ? out.openLength(kChunkedTotalWidth) : 0;
+    const std::size_t total = isChunked ? out.openLength(width) : 0;
     if (isChunked) width = kChunkWidth;
     const std::size_t place = out.openLength(width);
     encode(out, type, value);
@@ -334,12 +327,12 @@ void writeValue(ByteWriter& out, const WireType& type, const CellView& value) {
     if (framing == Framing::Short && length >= nullLength(width))
         throw ValueError("a value is longer than its column type allows");
     if (!isChunked) return;
-    out.fillIn(total, length, kChunkedTotalWidth);
+    out.fillIn(total, length, static_cast<std::size_t>(framing));
     if (length > 0) out.u32(0);
 }
 
 Value readValue(ByteReader& in, const WireType& type) {
-    const std::size_t width = lengthWidth(type.form.framing);
+    const std::size_t width = static_cast<std::size_t>(type.form.framing);
     const std::uint64_t length = width > 0 ? in.number(width) : type.form.size;
     if (length == nullLength(width)) return tsql::Null{};
     if (width == 1 && type.form.size != 0 && length != type.form.size)

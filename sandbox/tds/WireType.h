@@ -18,13 +18,13 @@ struct OddUnicode final : ValueError {
     OddUnicode() : ValueError("Unicode data has an odd number of bytes") {}
 };
 
-// How the length of a value is encoded.
+// Width in bytes of a value's length field.
 enum class Framing : std::uint8_t {
-    Fixed,   // no length
-    Byte,    // 1 byte; 0 is NULL
-    Short,   // 2 bytes; 0xFFFF is NULL
-    Long,    // 4 bytes behind a text pointer and a timestamp
-    Chunks,  // PLP: 8 bytes in total, then chunks of 4 bytes and content
+    Fixed = 0,
+    Byte = 1,    // 0 is NULL
+    Short = 2,   // 0xFFFF is NULL
+    Long = 4,    // behind a text pointer and a timestamp
+    Chunks = 8,  // PLP: the total length, then chunks with 4 bytes of length each
 };
 
 // A row of the table of wire types.

@@ -43,7 +43,7 @@ class StorageTest : public testing::Test {
 };
 
 TEST_F(StorageTest, KeepsADatabaseOfAnyNameInAFile) {
-    const std::vector<std::string> system = {"master", "model", "msdb", "tempdb"};
+    const std::vector<std::string> system = {"master", "tempdb", "model", "msdb"};
     EXPECT_EQ(m_storage->databases(), system);
     const std::string odd = "../Über.db %41";
     m_storage->create(odd);

@@ -95,7 +95,7 @@ Catalogue::Catalogue(Connection& connection, std::string database, std::string s
     for (const auto table : kTables) run(table);
 }
 
-void Catalogue::run(std::string_view sql, std::span<const Value> values) {
+void Catalogue::run(std::string_view sql, const std::vector<Value>& values) {
     m_connection.run(inSchema(sql, m_schema), values);
 }
 
@@ -194,8 +194,9 @@ std::vector<TableColumn> Catalogue::columns(std::int64_t object) const {
     std::vector<TableColumn> columns;
     while (query.step()) {
         const auto kind = query.integer(3);
-        auto& column = columns.emplace_back(TableColumn{query.text(0), decodeType(query.integer(1)),
-                                                        query.integer(2) != 0, kind == kIdentity});
+        auto& column = columns.emplace_back();
+        static_cast<Column&>(column) = {query.text(0), decodeType(query.integer(1)), query.integer(2) != 0,
+                                        kind == kIdentity};
         (kind >= kComputed ? column.computed : column.byDefault) = query.text(4);
         column.output = query.integer(5) != 0;
         column.id = query.integer(6);
@@ -209,48 +210,36 @@ std::int64_t Catalogue::lastId() const {
 }
 
 void Catalogue::save(ObjectInfo& object) {
-    const Value values[] = {object.id ? Value(object.id) : Value(Null{}),
-                            object.key(),
-                            object.type,
-                            object.parent,
-                            object.stored,
-                            commaList(object.columns),
-                            toStorage(timeNow().local, simpleType(TypeId::DateTime)),
-                            object.source};
-    run("INSERT INTO $.tsqlbox_objects (id, name, type, parent, stored, keys, created, source) VALUES (?1, "
-        "?2, ?3, ?4, ?5, ?6, ?7, ?8) ON CONFLICT (id) DO UPDATE SET name = ?2, stored = ?5, keys = ?6, "
-        "source = ?8",
-        values);
+    const std::string created = toStorage(timeNow().local, simpleType(TypeId::DateTime));
+    run("INSERT INTO $.tsqlbox_objects (id, name, type, parent, stored, keys, created, source) VALUES "
+        "(nullif(?1, 0), ?2, ?3, ?4, ?5, ?6, ?7, ?8) ON CONFLICT (id) DO UPDATE SET name = ?2, stored = ?5, "
+        "keys = ?6, source = ?8",
+        {object.id, object.key(), object.type, object.parent, object.stored, commaList(object.columns),
+         created, object.source});
     if (!object.id) object.id = sqlite3_last_insert_rowid(m_connection.handle());
 }
 
 void Catalogue::remove(std::int64_t object) {
-    const Value values[] = {object};
     removeColumns(object);
-    run("DELETE FROM $.tsqlbox_objects WHERE id = ?1 OR parent = ?1", values);
-    run("DELETE FROM $.sqlite_sequence WHERE name = '@sequence ' || ?1", values);
+    run("DELETE FROM $.tsqlbox_objects WHERE id = ?1 OR parent = ?1", {object});
+    run("DELETE FROM $.sqlite_sequence WHERE name = '@sequence ' || ?1", {object});
 }
 
 void Catalogue::saveColumns(std::int64_t object, const std::vector<TableColumn>& columns) {
     for (const auto& column : columns) {
-        const Value values[] = {object,
-                                column.name,
-                                encodeType(column.type),
-                                std::int64_t{column.nullable},
-                                column.computed.empty() ? column.identity : kComputed + column.persisted,
-                                column.computed.empty() ? column.byDefault : column.computed,
-                                std::int64_t{column.output},
-                                column.id};
+        const bool isComputed = !column.computed.empty();
+        const std::int64_t kind = isComputed ? kComputed + column.persisted : column.identity;
+        const std::int64_t nullable{column.nullable}, output{column.output};
         run("INSERT INTO $.tsqlbox_columns SELECT ?1, iif(?8, ?8, coalesce(max(ordinal), 0) + 1), "
             "?2, ?3, ?4, ?5, ?6, ?7 FROM $.tsqlbox_columns WHERE object = ?1 "
             "ON CONFLICT (object, ordinal) DO UPDATE SET name = ?2, type = ?3, nullable = ?4, fallback = ?6",
-            values);
+            {object, column.name, encodeType(column.type), nullable, kind,
+             isComputed ? column.computed : column.byDefault, output, column.id});
     }
 }
 
 void Catalogue::removeColumns(std::int64_t object, std::string_view name) {
-    const Value values[] = {object, std::string(name)};
-    run("DELETE FROM $.tsqlbox_columns WHERE object = ?1 AND ?2 IN ('', name)", values);
+    run("DELETE FROM $.tsqlbox_columns WHERE object = ?1 AND ?2 IN ('', name)", {object, std::string(name)});
 }
 
 }  // namespace tsql

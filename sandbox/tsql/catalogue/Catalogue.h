@@ -39,16 +39,14 @@ inline std::string shownName(std::string stored) {
 
 // ---- objects
 
-struct TableColumn {
-    std::string name;
-    SqlType type;
-    bool nullable = true;
-    bool identity = false;
+struct TableColumn : Column {
     std::string byDefault = {};  // T-SQL text of the DEFAULT; empty: none
     bool output = false;         // OUTPUT parameter of a procedure
     std::int64_t id = 0;         // column_id
     std::string computed = {};   // T-SQL text of a computed column
     bool persisted = false;
+
+    bool isRowVersion() const { return type.id == TypeId::RowVersion && computed.empty(); }
 };
 using ColumnList = std::vector<const TableColumn*>;  // columns of one TableInfo
 
@@ -124,6 +122,8 @@ inline bool isUniqueKey(const ObjectInfo& key) {
 
 inline constexpr std::string_view kCollationName = "SQL_Latin1_General_CP1_CI_AS";
 inline constexpr std::string_view kTempSchema = "temp";
+inline constexpr const char* kRowVersions = "@rowversion";  // counter of a database, from:
+inline constexpr std::int64_t kBeforeRowVersions = 2000;
 inline constexpr std::string_view kNullsSuffix = "@nulls";  // of the index for rows with NULL in a unique key
 // Whether the name is that of a #table or a table variable.
 inline bool isTemporaryName(std::string_view name) {
@@ -166,7 +166,7 @@ class Catalogue {
   private:
     std::vector<ObjectInfo> objects(const std::string& where, const Value& value) const;
     std::optional<ObjectInfo> latest(const std::string& where, const Value& value) const;
-    void run(std::string_view sql, std::span<const Value> values = {});
+    void run(std::string_view sql, const std::vector<Value>& values = {});
 
     Connection& m_connection;
     std::string m_database;
@@ -183,8 +183,7 @@ struct SystemView {
 std::optional<SystemView> systemView(std::string_view schema, std::string_view name,
                                      std::string_view sqliteSchema, std::string_view database,
                                      const Storage& storage);
-// Returns the number of a database: 1 master, 2 tempdb, 3 model, 4 msdb, then the others by name. Empty for
-// an unknown name.
+// Returns the number of a database, from 1 in the order of Storage::databases(). Empty for an unknown name.
 std::optional<int> databaseId(const Storage& storage, std::string_view name);
 
 }  // namespace tsql

@@ -14,10 +14,9 @@ using boost::replace_all;
 //   $L      list of databases (name, id)  $C  name of the collation    $S  list of sessions
 //   $T      list of types (type)          $q  sqlite_sequence          $PART n  a number of a sequence
 //   $I      ODBC's list of types
-//   $EACH(list)  its names, none of which contains ", ", as rows of `key` (from 0) and `value`
-//   $SCHEMA_ID(name)  number of the schema of the object with that stored name
-//   $REFERENCED(text)  list of the columns of table r that the foreign key of that text references
-//   $OBJECT, $TYPE, $NAMED, $KIND, $STATE, $TABLE, $CONSTRAINT, $SPECIFIC, $INDEX: the fragments below
+//   $EACH(list$)  its names, none of which contains ", ", as rows of `key` (from 0) and `value`
+//   $SCHEMA_ID  number of the schema of object o    $PRIMARY_KEY  list of the columns of table r's primary
+//   key $OBJECT, $TYPE, $NAMED, $KIND, $STATE, $TABLE, $CONSTRAINT, $SPECIFIC, $INDEX: the fragments below
 // A view without a schema is found in sys, in dbo and by its unqualified name.
 struct ViewText {
     std::string_view schema, name, columns, from;
@@ -25,7 +24,7 @@ struct ViewText {
 
 constexpr std::pair<std::string_view, std::string_view> kFragments[] = {
     {"$OBJECT",
-     R"(name sysname = ts_bare_name(o.name); object_id int = o.id; principal_id int = NULL; schema_id int = $SCHEMA_ID(o.name);
+     R"(name sysname = ts_bare_name(o.name); object_id int = o.id; principal_id int = NULL; schema_id int = $SCHEMA_ID;
 parent_object_id int = o.parent; type char(2) = o.type; type_desc nvarchar(60) = $KIND; create_date datetime
 = o.created; modify_date datetime = o.created; is_ms_shipped bit = 0; is_published bit = 0;
 is_schema_published bit = 0)"},
@@ -61,15 +60,19 @@ CONSTRAINT_NAME sysname = ts_bare_name(n.name))"},
      R"(SPECIFIC_CATALOG sysname = $d; SPECIFIC_SCHEMA sysname = ts_schema_of(o.name);
 SPECIFIC_NAME sysname = ts_bare_name(o.name))"},
     {"$PART", "('[' || o.stored || ']') ->> "},
+    {"$PRIMARY_KEY", "(SELECT p.keys FROM $o p WHERE p.parent = r.id AND p.type = 'PK')"},
+    {"$EACH(", "json_each('[' || replace(json_quote("},
+    {"$)", R"(), ', ', '","') || ']'))"},
+    {"$SCHEMA_ID", "(SELECT s.id FROM $SCHEMAS WHERE s.name = ts_schema_of(o.name) COLLATE ts_ci)"},
+    // Those of the catalogue are numbered after the four that every database has.
+    {"$SCHEMAS",
+     R"((SELECT column1 AS name, column2 AS id, column2 AS owner FROM (VALUES ('dbo', 1), ('guest', 2),
+('INFORMATION_SCHEMA', 3), ('sys', 4)) UNION ALL SELECT name, id + 4, 1 FROM $o WHERE type = 'SCHEMA') s)"},
     {"$INDEX",
      R"(CASE o.type WHEN 'PK' THEN 1 ELSE 1 + (SELECT count(*) FROM $o p WHERE p.parent = o.parent AND
 p.type IN ('IX', 'UQ') AND p.id <= o.id) END)"},
 };
 
-// Those of the catalogue are numbered after the four that every database has.
-constexpr std::string_view kSchemas =
-    R"((SELECT column1 AS name, column2 AS id, column2 AS owner FROM (VALUES ('dbo', 1), ('guest', 2),
-('INFORMATION_SCHEMA', 3), ('sys', 4)) UNION ALL SELECT name, id + 4, 1 FROM $o WHERE type = 'SCHEMA') s)";
 constexpr std::string_view kModules = "$o o WHERE o.type IN ('P', 'FN', 'IF', 'TF', 'V', 'TR')";
 constexpr std::string_view kRoutines = "$o o WHERE o.type IN ('P', 'FN', 'IF', 'TF')";
 constexpr std::string_view kIndexes = "$o o WHERE o.type IN ('IX', 'PK', 'UQ')";
@@ -90,7 +93,7 @@ is_in_standby bit = 0; recovery_model tinyint = 3; recovery_model_desc nvarchar(
     {"", "sysdatabases", "name sysname = name; dbid smallint = id; status int = 0; cmptlevel tinyint = 150",
      "$L"},
     {"", "sysobjects",
-     R"(name sysname = ts_bare_name(o.name); id int = o.id; xtype char(2) = o.type; uid smallint = $SCHEMA_ID(o.name); parent_obj
+     R"(name sysname = ts_bare_name(o.name); id int = o.id; xtype char(2) = o.type; uid smallint = $SCHEMA_ID; parent_obj
 int = o.parent; crdate datetime = o.created; type char(2) = CASE o.type WHEN 'PK' THEN 'K' WHEN 'UQ' THEN 'K' ELSE
 o.type END)",
      "$o o WHERE o.type NOT IN ('IX', 'SCHEMA')"},
@@ -116,8 +119,8 @@ update_referential_action_desc nvarchar(60) = replace(ts_on_update(o.source), ' 
     {"sys", "foreign_key_columns",
      R"(constraint_object_id int = o.id; constraint_column_id int = k.key + 1; parent_object_id int = o.parent;
 parent_column_id int = c.ordinal; referenced_object_id int = r.id; referenced_column_id int = rc.ordinal)",
-     R"($o o JOIN $o r ON r.name = o.stored AND r.type = 'U' JOIN $EACH(o.keys) k JOIN $c c ON c.object = o.parent
-AND c.name = k.value COLLATE ts_ci JOIN $EACH($REFERENCED(o.source)) f ON f.key = k.key JOIN $c rc ON rc.object = r.id
+     R"($o o JOIN $o r ON r.name = o.stored AND r.type = 'U' JOIN $EACH(o.keys$) k JOIN $c c ON c.object = o.parent
+AND c.name = k.value COLLATE ts_ci JOIN $EACH(ts_referenced(o.source, $PRIMARY_KEY)$) f ON f.key = k.key JOIN $c rc ON rc.object = r.id
 AND rc.name = f.value COLLATE ts_ci WHERE o.type = 'F')"},
     {"sys", "spt_datatype_info",
      "n sysname = n; t smallint = t; p int = p; k char(1) = k; par varchar(32) = par; s smallint = s; hi "
@@ -151,11 +154,11 @@ is_primary_key bit = o.type = 'PK'; is_unique_constraint bit = o.type = 'UQ'; is
      R"(object_id int = o.parent; index_id int = $INDEX; index_column_id int = k.key + 1; column_id int =
 c.ordinal; key_ordinal tinyint = k.key + 1; is_included_column bit = 0; is_descending_key bit = coalesce((SELECT x.desc
 FROM pragma_index_xinfo(ts_bare_name(o.name) || '@' || o.parent, $s) x WHERE x.seqno = k.key), 0))",
-     R"($o o JOIN $EACH(o.keys) k JOIN $c c ON
+     R"($o o JOIN $EACH(o.keys$) k JOIN $c c ON
 c.object = o.parent AND c.name = k.value COLLATE ts_ci WHERE o.type IN ('IX', 'PK', 'UQ'))"},
     {"", "sysindexes", "name sysname = ts_bare_name(o.name); id int = o.parent; indid smallint = $INDEX",
      kIndexes},
-    {"sys", "schemas", "name sysname = s.name; schema_id int = s.id; principal_id int = s.owner", kSchemas},
+    {"sys", "schemas", "name sysname = s.name; schema_id int = s.id; principal_id int = s.owner", "$SCHEMAS"},
     {"sys", "types",
      R"(name sysname = ts_type_name(c.type); $TYPE; schema_id int = 4; collation_name sysname = CASE
 ts_type_family(c.type) WHEN 't' THEN '$C' END; is_nullable bit = 1; is_user_defined bit = 0)",
@@ -209,7 +212,7 @@ s.blocker)",
      "$S s"},
     {"INFORMATION_SCHEMA", "SCHEMATA",
      R"(CATALOG_NAME sysname = $d; SCHEMA_NAME sysname = s.name; SCHEMA_OWNER sysname = iif(s.id > 4, 'dbo', s.name))",
-     kSchemas},
+     "$SCHEMAS"},
     {"INFORMATION_SCHEMA", "TABLE_CONSTRAINTS",
      R"($CONSTRAINT; $TABLE; CONSTRAINT_TYPE varchar(11) = CASE n.type WHEN 'PK' THEN 'PRIMARY KEY' WHEN 'UQ' THEN
 'UNIQUE' WHEN 'F' THEN 'FOREIGN KEY' ELSE 'CHECK' END; IS_DEFERRABLE varchar(2) = 'NO'; INITIALLY_DEFERRED
@@ -217,9 +220,9 @@ varchar(2) = 'NO')",
      "$o n JOIN $o o ON o.id = n.parent WHERE n.type IN ('PK', 'UQ', 'F', 'C')"},
     {"INFORMATION_SCHEMA", "KEY_COLUMN_USAGE",
      "$CONSTRAINT; $TABLE; COLUMN_NAME sysname = k.value; ORDINAL_POSITION int = k.key + 1",
-     "$o n JOIN $o o ON o.id = n.parent JOIN $EACH(n.keys) k WHERE n.type IN ('PK', 'UQ', 'F')"},
+     "$o n JOIN $o o ON o.id = n.parent JOIN $EACH(n.keys$) k WHERE n.type IN ('PK', 'UQ', 'F')"},
     {"INFORMATION_SCHEMA", "CONSTRAINT_COLUMN_USAGE", "$TABLE; COLUMN_NAME sysname = k.value; $CONSTRAINT",
-     "$o n JOIN $o o ON o.id = n.parent JOIN $EACH(n.keys) k WHERE n.type IN ('PK', 'UQ', 'F', 'C') AND "
+     "$o n JOIN $o o ON o.id = n.parent JOIN $EACH(n.keys$) k WHERE n.type IN ('PK', 'UQ', 'F', 'C') AND "
      "n.keys <> ''"},
     {"INFORMATION_SCHEMA", "CHECK_CONSTRAINTS",
      "$CONSTRAINT; CHECK_CLAUSE nvarchar(4000) = substr(n.source, instr(n.source, '('))",
@@ -227,7 +230,7 @@ varchar(2) = 'NO')",
     {"INFORMATION_SCHEMA", "REFERENTIAL_CONSTRAINTS",
      R"($CONSTRAINT; UNIQUE_CONSTRAINT_CATALOG sysname = $d; UNIQUE_CONSTRAINT_SCHEMA sysname =
 ts_schema_of(r.name); UNIQUE_CONSTRAINT_NAME sysname = (SELECT ts_bare_name(u.name) FROM $o u WHERE u.parent = r.id AND u.type IN ('PK', 'UQ', 'IX') AND
-u.keys = $REFERENCED(n.source) COLLATE ts_ci LIMIT 1); MATCH_OPTION varchar(7) = 'SIMPLE'; UPDATE_RULE varchar(11)
+u.keys = ts_referenced(n.source, $PRIMARY_KEY) COLLATE ts_ci LIMIT 1); MATCH_OPTION varchar(7) = 'SIMPLE'; UPDATE_RULE varchar(11)
 = ts_on_update(n.source); DELETE_RULE varchar(11) = ts_on_delete(n.source))",
      "$o n JOIN $o r ON r.name = n.stored AND r.type = 'U' WHERE n.type = 'F'"},
     {"INFORMATION_SCHEMA", "TABLES",
@@ -265,7 +268,8 @@ column8 AS ut FROM (VALUES ('uniqueidentifier', -11, 36, 'C', NULL, 2, NULL, 0),
 ('sysname', -9, 128, 'N', NULL, 3, NULL, 18), ('nchar', -8, 4000, 'N', 'length', 3, NULL, 0),
 ('bit', -7, 1, 'T', NULL, 2, 0, 16), ('tinyint', -6, 3, 'E', NULL, 2, 0, 5),
 ('bigint', -5, 19, 'E', NULL, 2, 0, 0), ('image', -4, 2147483647, 'B', NULL, 0, NULL, 20),
-('varbinary', -3, 8000, 'B', 'max length', 2, NULL, 4), ('binary', -2, 8000, 'B', 'length', 2, NULL, 3),
+('varbinary', -3, 8000, 'B', 'max length', 2, NULL, 4), ('timestamp', -2, 8, 'B', NULL, 2, NULL, 80),
+('binary', -2, 8000, 'B', 'length', 2, NULL, 3),
 ('text', -1, 2147483647, 'C', NULL, 1, NULL, 19), ('char', 1, 8000, 'C', 'length', 3, NULL, 1),
 ('numeric', 2, 38, 'E', 'precision,scale', 2, 38, 10), ('decimal', 3, 38, 'E', 'precision,scale', 2, 38, 24),
 ('money', 3, 19, 'M', NULL, 2, 4, 11), ('smallmoney', 3, 10, 'M', NULL, 2, 4, 21),
@@ -284,40 +288,27 @@ constexpr std::string_view kTemporaryColumns =
     R"((SELECT * FROM tempdb.tsqlbox_columns UNION ALL SELECT -object, ordinal, name, type, nullable, identity,
 fallback, output FROM temp.tsqlbox_columns))";
 
-// Replaces each "MARK(argument)" by the argument between the two texts.
-void replaceCalls(std::string& text, std::string_view mark, std::string_view before, std::string_view after) {
-    for (std::size_t at = 0; (at = text.find(mark, at)) != std::string::npos;) {
-        std::size_t end = at + mark.size() + 1;
-        for (int depth = 1; depth > 0; ++end) depth += (text[end] == '(') - (text[end] == ')');
-        text.replace(end - 1, 1, after);
-        text.replace(at, mark.size() + 1, before);
-    }
-}
-
 // Returns the view. Its query still has the placeholders for the database.
 SystemView read(const ViewText& view) {
-    std::string text(view.columns);
-    for (const auto& [mark, fragment] : kFragments) replace_all(text, mark, fragment);
+    std::string text(view.columns), from(view.from);
+    for (const auto& [mark, fragment] : kFragments) {
+        replace_all(text, mark, fragment);
+        replace_all(from, mark, fragment);
+    }
     SystemView read;
     for (const std::string& item : listItems(text)) {
         const std::size_t name = item.find(' '), value = item.find(" = ");
-        read.columns.push_back({item.substr(0, name), parseType(item.substr(name + 1, value - name - 1))});
+        read.columns.push_back({{item.substr(0, name), parseType(item.substr(name + 1, value - name - 1))}});
         read.sql += (read.sql.empty() ? "SELECT " : ", ") + item.substr(value + 3) + " AS " +
                     quotedName(read.columns.back().name);
     }
-    read.sql += " FROM " + std::string(view.from);
-    replaceCalls(read.sql, "$REFERENCED", "coalesce(ts_referenced(",
-                 "), (SELECT p.keys FROM $o p WHERE p.parent = r.id AND p.type = 'PK'))");
-    replaceCalls(read.sql, "$SCHEMA_ID",
-                 "(SELECT s.id FROM " + std::string(kSchemas) + " WHERE s.name = ts_schema_of(",
-                 ") COLLATE ts_ci)");
-    replaceCalls(read.sql, "$EACH", "json_each('[' || replace(json_quote(", R"(), ', ', '","') || ']'))");
+    read.sql += " FROM " + from;
     return read;
 }
 
 std::string databaseList(const Storage& storage) {
-    const auto row = [&](const std::string& name) {
-        return "(" + quotedText(name) + ", " + std::to_string(*databaseId(storage, name)) + ")";
+    const auto row = [id = 0](const std::string& name) mutable {
+        return "(" + quotedText(name) + ", " + std::to_string(++id) + ")";
     };
     return "(SELECT column1 AS name, column2 AS id FROM (VALUES " + commaList(storage.databases(), row) +
            "))";
@@ -349,7 +340,7 @@ std::string sessionList(const Storage& storage) {
 // Query for the list of types ($T), each type with its maximum size.
 std::string typeList() {
     std::vector<std::string> rows;
-    for (int id = 0; id <= static_cast<int>(TypeId::Image); ++id) {
+    for (int id = 0; id <= static_cast<int>(TypeId::RowVersion); ++id) {
         SqlType type = simpleType(static_cast<TypeId>(id));
         if (type.id == TypeId::Decimal) type.precision = type.scale = 38;
         if (hasLength(type.id)) type.length = isNational(type.id) ? 4000 : 8000;
@@ -387,12 +378,9 @@ std::optional<SystemView> systemView(std::string_view schema, std::string_view n
 }
 
 std::optional<int> databaseId(const Storage& storage, std::string_view name) {
-    std::vector<std::string> names = {"master", "tempdb", "model", "msdb"};
-    for (const auto& each : storage.databases())
-        if (!Storage::isSystemDatabase(each)) names.push_back(each);
-    for (std::size_t i = 0; i < names.size(); ++i)
-        if (databaseKey(names[i]) == databaseKey(name)) return static_cast<int>(i) + 1;
-    return std::nullopt;
+    const auto names = storage.databases();
+    const auto found = std::ranges::find(names, databaseKey(name), databaseKey);
+    return found == names.end() ? std::nullopt : std::optional(static_cast<int>(found - names.begin()) + 1);
 }
 
 }  // namespace tsql

@@ -99,14 +99,15 @@ o.object_id WHERE o.type IN ('P', 'FN', 'IF') AND c.odbc = IIF(@ODBCVer = 3, 3, 
      "@table_name sysname, @table_owner sysname = NULL, @table_qualifier sysname = NULL, @col_type char(1) = "
      "'R', @scope char(1) = 'T', @nullable char(1) = 'U', @ODBCVer int = 2",
      R"(IF @table_qualifier <> DB_NAME() BEGIN RAISERROR(15250, -1, -1) RETURN 1 END
-SELECT SCOPE = CAST(0 AS smallint), COLUMN_NAME = c.name, c.DATA_TYPE, c.TYPE_NAME, c.PRECISION, c.LENGTH, c.SCALE,
-PSEUDO_COLUMN = CAST(1 AS smallint) FROM sys.objects o JOIN sys.index_columns k ON k.object_id = o.object_id JOIN
-sys.spt_columns c ON c.object_id = o.object_id AND c.column_id = k.column_id WHERE @col_type = 'R' AND c.odbc =
-IIF(@ODBCVer = 3, 3, 2) AND o.name = @table_name AND SCHEMA_NAME(o.schema_id) = ISNULL(@table_owner,
-SCHEMA_NAME(o.schema_id)) AND k.index_id = (SELECT MIN(i.index_id) FROM sys.indexes i WHERE i.object_id = o.object_id
+SELECT SCOPE = CAST(IIF(@col_type = 'R', 0, NULL) AS smallint), COLUMN_NAME = c.name, c.DATA_TYPE, c.TYPE_NAME,
+c.PRECISION, c.LENGTH, c.SCALE, PSEUDO_COLUMN = CAST(1 AS smallint) FROM sys.objects o JOIN sys.spt_columns c ON
+c.object_id = o.object_id LEFT JOIN sys.index_columns k ON @col_type = 'R' AND k.object_id = o.object_id AND
+k.column_id = c.column_id WHERE (@col_type = 'R' OR c.TYPE_NAME = 'timestamp') AND c.odbc = IIF(@ODBCVer = 3, 3, 2)
+AND o.name = @table_name AND SCHEMA_NAME(o.schema_id) = ISNULL(@table_owner, SCHEMA_NAME(o.schema_id)) AND
+(@col_type = 'V' OR k.index_id = (SELECT MIN(i.index_id) FROM sys.indexes i WHERE i.object_id = o.object_id
 AND i.is_unique = 1 AND i.has_filter = 0 AND (@nullable <> 'O' OR NOT EXISTS (SELECT 1 FROM sys.index_columns n JOIN
 sys.columns m ON m.object_id = n.object_id AND m.column_id = n.column_id WHERE n.object_id = i.object_id AND
-n.index_id = i.index_id AND m.is_nullable = 1))) ORDER BY k.key_ordinal)"},
+n.index_id = i.index_id AND m.is_nullable = 1)))) ORDER BY k.key_ordinal)"},
     {"sp_pkeys", "@table_name sysname, @table_owner sysname = NULL, @table_qualifier sysname = NULL",
      R"(IF @table_qualifier <> DB_NAME() BEGIN RAISERROR(15250, -1, -1) RETURN 1 END
 SELECT TABLE_QUALIFIER = DB_NAME(), TABLE_OWNER = SCHEMA_NAME(o.schema_id), TABLE_NAME = o.name, COLUMN_NAME =

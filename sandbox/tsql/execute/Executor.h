@@ -98,6 +98,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     std::optional<std::int64_t> scopeIdentity() const override { return m_frames.back()->identity; }
     std::int64_t nextIdentity(std::string_view schema, std::string_view table, std::int64_t step) override;
     Value nextValue(std::string_view database, std::int64_t id) override;
+    Value leastActiveRowVersion() override;
     int transactionState() const override { return m_doomed ? -1 : m_transactions > 0; }
     Value cursorStatus(std::string_view scope, std::string_view name) override;
     bool isUpdated(std::string_view column) const override;
@@ -218,6 +219,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     void startIdentity(const TableInfo& table);
     void setCounter(const std::string& schema, const std::string& name, std::int64_t value);
     std::optional<std::int64_t> counter(const std::string& schema, const std::string& name);
+    Value rowVersion(int ahead);  // of the current database; 0: the last one
     std::vector<ObjectInfo> noteConstraints(Catalogue& catalogue, const TableInfo& table,
                                             const CreateTable& definition);
     ObjectInfo constraintOf(Catalogue& catalogue, const TableInfo& table, const Constraint& constraint);

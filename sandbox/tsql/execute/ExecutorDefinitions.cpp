@@ -69,7 +69,8 @@ constexpr std::pair<std::string_view, std::string_view> kConstraints[] = {
 // create: the table, in which the column may be part of the primary key.
 TableColumn columnOf(const ColumnDefinition& given, const CreateTable& create) {
     requireColumnName(given.name);
-    TableColumn column{given.name, given.type, !given.identity, given.identity.has_value()};
+    const bool isNullable = !given.identity && given.type.id != TypeId::RowVersion;
+    TableColumn column{{given.name, given.type, isNullable, given.identity.has_value()}};
     for (const auto* constraint : allConstraints(create))
         if (constraint->kind == ConstraintKind::PrimaryKey)
             for (const auto& name : constraint->columns)
@@ -82,8 +83,10 @@ TableColumn columnOf(const ColumnDefinition& given, const CreateTable& create) {
     return column;
 }
 
-// Enters the identity of a new column, if it is one.
+// Enters the identity of a new column, if it is one. A table has one identity and one rowversion at most.
 void setIdentity(TableInfo& table, const ColumnDefinition& given) {
+    if (given.type.id == TypeId::RowVersion && std::ranges::any_of(table.columns, &TableColumn::isRowVersion))
+        throw sqlError(kSeveralRowVersions, {table.name, given.name});
     if (!given.identity) return;
     if (!isExact(given.type.id) || given.type.scale > 0) throw sqlError(kInvalidIdentityType, {given.name});
     if (isWide(given.type)) throw unsupported("an identity of more than 18 digits");
@@ -214,6 +217,8 @@ ObjectInfo Executor::constraintOf(Catalogue& owner, const TableInfo& table, cons
         if (!column && constraint.kind == ForeignKey)
             throw sqlError(kReferencingColumnUnknown, {key.name, name, table.name});
         if (!column) throw sqlError(kUnknownIndexColumn, {name});
+        if (constraint.kind == Default && column->isRowVersion())
+            throw sqlError(kDefaultOnRowVersion, {table.name, name});
         if (!column->nullable && (constraint.onDelete == "SET NULL" || constraint.onUpdate == "SET NULL"))
             throw sqlError(kSetNullOnNotNullable, {key.name});
         if (constraint.kind == PrimaryKey && column->nullable)
@@ -276,6 +281,9 @@ std::string Executor::tableBody(Catalogue& catalogue, const TableInfo& table) {
                     Translator(*this).check(table, *parseConstraint(key.source).check).sql + ")";
         if (key.type != kForeignKey) continue;
         const Constraint constraint = parseConstraint(key.source);
+        const bool changes = constraint.onUpdate != kNoAction || constraint.onDelete == "SET NULL";
+        if (changes && std::ranges::any_of(table.columns, &TableColumn::isRowVersion))
+            throw unsupported("a foreign key that changes rows with a rowversion");
         body += name + " FOREIGN KEY (" + quotedNames(key.columns) + ") REFERENCES " +
                 quotedName(key.stored) + " (" + quotedNames(referencedColumns(catalogue, key)) +
                 ") ON DELETE " + constraint.onDelete + " ON UPDATE " + constraint.onUpdate;
@@ -381,8 +389,10 @@ void Executor::addColumn(Catalogue& catalogue, TableInfo& table, const ColumnDef
     setIdentity(table, definition);
     const bool isComputed = !column.computed.empty(), isStored = !isComputed && !column.identity;
     if (isComputed) column.type = computed(table, column).type;
-    const std::string fallback = std::exchange(column.byDefault, {});
-    const bool filled = !fallback.empty() && (!column.nullable || definition.withValues);
+    const TableColumn given = column;
+    column.byDefault.clear();
+    const bool hasDefault = !given.byDefault.empty() && (!column.nullable || definition.withValues);
+    const bool filled = hasDefault || column.isRowVersion();
     if (isStored && !column.nullable && !filled && anyRow(m_connection, table, "1"))
         throw sqlError(kAddedColumnNotNull, {column.name, table.name});
     if (isStored)
@@ -390,9 +400,9 @@ void Executor::addColumn(Catalogue& catalogue, TableInfo& table, const ColumnDef
                          std::string(storageClass(column.type)));
     catalogue.saveColumns(table.id, {column});
     table.columns = catalogue.columns(table.id);
-    if (filled) fillColumn(table, column, Translator(*this).value(*parseExpression(fallback)));
+    if (filled) fillColumn(table, column, Translator(*this).defaultOf(table, given));
     if (column.identity) renumber(catalogue, table);
-    if (isComputed) redefine(catalogue, table);
+    if (isComputed || column.isRowVersion()) redefine(catalogue, table);
 }
 
 // Makes the row ids of existing rows identities, in the order of the rows, by way of numbers that are free.
@@ -444,6 +454,9 @@ void Executor::alterColumn(Catalogue& catalogue, TableInfo& table, const ColumnD
     TableColumn column = *table.column(definition.name);
     const SqlType before = column.type;
     if (!column.computed.empty()) throw sqlError(kCannotAlterColumn, {column.name, "COMPUTED"});
+    if (column.isRowVersion()) throw sqlError(kCannotAlterColumn, {column.name, "timestamp"});
+    if (definition.type.id == TypeId::RowVersion)
+        throw sqlError(kCannotAlterColumnTo, {column.name, "timestamp"});
     if (column.identity || !definition.constraints.empty()) throw unsupported("this form of ALTER COLUMN");
     const bool longer =
         before.id == definition.type.id &&

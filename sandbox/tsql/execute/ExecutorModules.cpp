@@ -20,10 +20,9 @@ bool isAlone(const Block& block) {
 
 std::vector<TableColumn> parameterColumns(const CreateModule& module) {
     std::vector<TableColumn> columns;
-    if (module.function && !module.query && !module.rows)
-        columns.push_back({"", module.returns, true, false, {}, true});
+    if (module.function && !module.query && !module.rows) columns.push_back({{"", module.returns}, {}, true});
     for (const auto& parameter : module.parameters)
-        columns.push_back({parameter.name, parameter.type, true, false, {}, parameter.output});
+        columns.push_back({{parameter.name, parameter.type}, {}, parameter.output});
     return columns;
 }
 
@@ -49,7 +48,7 @@ std::vector<TableColumn> Executor::viewColumns(const CreateModule& module) {
         QueryText text = Translator(*this).query(*module.query);
         Translator::rename(text, module.columns, module.name.name, kUnnamedViewColumn, kRepeatedViewColumn);
         for (const auto& [column, alias, nullLiteral, isNew] : text.columns)
-            columns.push_back({column.name, column.type, column.nullable});
+            columns.push_back({{column.name, column.type, column.nullable}});
     });
     return columns;
 }

@@ -15,19 +15,20 @@ TypedValue& Executor::local(std::string_view name) {
 struct Executor::Global {
     std::string_view name;
     SqlType type;
-    Value (*value)(const Executor& self);
+    Value (*value)(Executor& self);
 };
 
 const Executor::Global& Executor::global(std::string_view name) {
     static constexpr const char* kVersionText =
         "Microsoft SQL Server 2019 (tsqlbox) - 15.0.2000.5 (X64)\n\tlocal sandbox on Linux";
-    using Self = const Executor&;
+    using Self = Executor&;
     const SqlType tiny = simpleType(TypeId::TinyInt), integer = simpleType(TypeId::Int),
                   word = nvarcharType(128);
     static const std::vector<Global> table = {
         {"@@error", integer, [](Self self) -> Value { return self.m_error; }},
         {"@@rowcount", integer, [](Self self) -> Value { return self.m_rowCount; }},
         {"@@identity", decimalType(kMostDigits, 0), [](Self self) { return identityValue(self.m_identity); }},
+        {"@@dbts", SqlType{TypeId::VarBinary, 8, 0, 0}, [](Self self) { return self.rowVersion(0); }},
         {"@@trancount", integer, [](Self self) -> Value { return self.m_transactions; }},
         {"@@spid", simpleType(TypeId::SmallInt), [](Self self) -> Value { return self.m_spid; }},
         {"@@lock_timeout", integer, [](Self self) -> Value { return self.m_settings.lockTimeout; }},

@@ -326,6 +326,10 @@ std::int64_t Executor::nextIdentity(std::string_view schema, std::string_view ta
         "UPDATE " + std::string(schema) +
             ".sqlite_sequence SET seq = seq + abs(?2) WHERE name = ?1 RETURNING seq * sign(?2)",
         {std::string(table), step});
+    if (!counted) {  // the first rowversion of the database
+        setCounter(std::string(schema), kRowVersions, kBeforeRowVersions);
+        return nextIdentity(schema, table, step);
+    }
     m_givenIdentities[{std::string(schema), std::string(table)}] = std::abs(*counted);
     return *counted;
 }

@@ -1,4 +1,4 @@
-// Sequences: their definitions, and NEXT VALUE FOR.
+// Counters of a database: sequences and rowversions.
 #include "execute/Executor.h"
 #include "messages/Messages.h"
 
@@ -80,7 +80,7 @@ void Executor::run(const DefineSequence& statement) {
         requireConsistent(next, name.name, restarts);
         stored.stored = next.text();
         owner.save(stored);
-        if (!existing) owner.saveColumns(stored.id, {{"", type}});
+        if (!existing) owner.saveColumns(stored.id, {{{"", type}}});
         setCounter(owner.schema(), counterOf(stored.id), given > 0);
     });
 }
@@ -106,6 +106,18 @@ Value Executor::nextValue(std::string_view database, std::int64_t id) {
     m_givenIdentities[{owner.schema(), counterOf(id)}] = given + 1;
     skipIdentities();
     return *value;
+}
+
+Value Executor::rowVersion(int ahead) {
+    const auto last = counter(catalogue({}).schema(), kRowVersions).value_or(kBeforeRowVersions);
+    return convertValue(last + ahead, simpleType(TypeId::BigInt), simpleType(TypeId::RowVersion));
+}
+
+// Other sessions do not see the changes of a transaction before its end.
+Value Executor::leastActiveRowVersion() {
+    if (m_givenIdentities.contains({catalogue({}).schema(), kRowVersions}))
+        throw unsupported("MIN_ACTIVE_ROWVERSION in a transaction that has changed a rowversion");
+    return rowVersion(1);
 }
 
 }  // namespace tsql

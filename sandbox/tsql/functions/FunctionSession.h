@@ -33,6 +33,8 @@ class FunctionSession {
                                       std::int64_t increment) = 0;
     // Next value of the sequence with that id. Throws SqlError 11728 if there is none.
     virtual Value nextValue(std::string_view database, std::int64_t id) = 0;
+    // Least rowversion of the current database that a transaction may still give. Throws SqlError 50000.
+    virtual Value leastActiveRowVersion() = 0;
     virtual int transactionState() const = 0;  // as XACT_STATE() returns it
     virtual Value cursorStatus(std::string_view scope, std::string_view name) = 0;
     // Whether the statement that fired the current trigger sets the column. Throws SqlError 207.

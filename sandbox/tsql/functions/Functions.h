@@ -80,7 +80,7 @@ inline constexpr std::string_view kMissingFunctions =
     "current_timezone current_transaction_id datetimeoffsetfromparts decompress decryptbypassphrase "
     "difference encryptbypassphrase eventdata file_id file_name filegroup_name fileproperty format "
     "formatmessage has_perms_by_name host_id index_col indexproperty is_rolemember isjson json_modify "
-    "json_query json_value min_active_rowversion objectpropertyex parse percentile_cont percentile_disc "
+    "json_query json_value objectpropertyex parse percentile_cont percentile_disc "
     "pwdcompare pwdencrypt rowcount_big session_context soundex sql_variant_property stats_date "
     "string_escape suser_id suser_sid switchoffset sysdatetimeoffset todatetimeoffset trigger_nestlevel "
     "try_parse typeproperty user_id ";

@@ -89,8 +89,8 @@ bool sameForm(const SqlType& from, const SqlType& to) {
     if (isExact(from.id) && to.id == TypeId::Decimal)
         return sameScaling(from, to) && precisionOf(from) <= to.precision;
     const bool roomy = to.length <= 0 || (from.length > 0 && from.length <= to.length);
-    if (isText(from.id) && isText(to.id)) return roomy && to.id != TypeId::Char && to.id != TypeId::NChar;
-    if (isBinary(from.id) && isBinary(to.id)) return roomy && to.id != TypeId::Binary;
+    if ((isText(from.id) && isText(to.id)) || (isBinary(from.id) && isBinary(to.id)))
+        return roomy && !isPadded(to.id);
     return (from.id == TypeId::Real && to.id == TypeId::Float) ||
            (from.id == TypeId::SmallMoney && to.id == TypeId::Money);
 }

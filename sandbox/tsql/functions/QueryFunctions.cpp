@@ -142,7 +142,7 @@ Value digitsOf(const SqlType& type) {
 // Names and numbers of the types, with those that are others here.
 std::vector<std::pair<std::string, int>> typeNumbers() {
     std::vector<std::pair<std::string, int>> all = {{"numeric", 108}, {"sysname", 256}};
-    for (int i = 0; i <= static_cast<int>(TypeId::Image); ++i)
+    for (int i = 0; i <= static_cast<int>(TypeId::RowVersion); ++i)
         all.emplace_back(baseName(static_cast<TypeId>(i)), systemId(static_cast<TypeId>(i)));
     return all;
 }
@@ -207,12 +207,12 @@ const ScalarFunction kQueryTable[] = {
     {"ts_xml_value", runXmlValue},
     {"ts_schema_of", [](const SqlCall& call) -> Value { return std::string(schemaOf(call.text(0))); }},
     {"ts_bare_name", [](const SqlCall& call) -> Value { return std::string(bareName(call.text(0))); }},
-    {"ts_referenced",  // (text of a foreign key); names of the columns that it references, or NULL without
-                       // any
+    {"ts_referenced",  // (text of a foreign key, primary key); names of the columns that it references
      [](const SqlCall& call) {
          const auto names = parseConstraint(call.text(0)).referencedColumns;
-         return names.empty() ? Value(Null{}) : Value(commaList(names));
-     }},
+         return names.empty() ? ownedValue(call[1]) : Value(commaList(names));
+     },
+     kReach},
     {"ts_on_delete", [](const SqlCall& call) -> Value { return parseConstraint(call.text(0)).onDelete; }},
     {"ts_on_update", [](const SqlCall& call) -> Value { return parseConstraint(call.text(0)).onUpdate; }},
     {"ts_name_of_type",

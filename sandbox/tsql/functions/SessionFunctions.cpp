@@ -235,6 +235,8 @@ const FunctionInfo kSessionTable[] = {
     {"ident_current", "T", decimalType(38, 0), currentIdentity, kNulls, kVarying},
     {"ident_seed", "T", decimalType(38, 0), ofIdentity<&TableInfo::seed>, kNulls, kVarying},
     {"ident_incr", "T", decimalType(38, 0), ofIdentity<&TableInfo::increment>, kNulls, kVarying},
+    {"min_active_rowversion", "", TypeId::RowVersion,
+     [](const SqlCall& call) { return call.session().leastActiveRowVersion(); }, kNulls, kVarying},
     {"error_number", "", TypeId::Int, caught<&Message::number>, kNulls, kVarying},
     {"error_severity", "", TypeId::Int, caught<&Message::severity>, kNulls, kVarying},
     {"error_state", "", TypeId::Int, caught<&Message::state>, kNulls, kVarying},

@@ -5,7 +5,6 @@
 #include <sodium.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -72,30 +71,26 @@ Stream openBackup(const fs::path& file, const Progress& progress) {
 }
 
 // Temporary file in the directory of another. The destructor deletes it unless it was renamed.
-class TemporaryFile {
-  public:
+struct TemporaryFile {
     explicit TemporaryFile(const fs::path& beside) {
         std::string name = beside.string() + ".XXXXXX";
         const int descriptor = ::mkostemp(name.data(), O_CLOEXEC);
         if (descriptor < 0) throwCannotOpen(beside, errno);
         ::close(descriptor);
-        m_path = name;
+        path = name;
     }
     ~TemporaryFile() {
         std::error_code ignored;
         for (const char* suffix : {"", "-wal", "-shm", "-journal"})
-            if (!m_path.empty()) fs::remove(m_path.string() + suffix, ignored);
+            fs::remove(path.string() + suffix, ignored);
     }
     TemporaryFile(TemporaryFile&&) = delete;  // neither moved nor copied
 
-    void renameTo(const fs::path& target) {
-        if (::rename(m_path.c_str(), target.c_str()) != 0) throwCannotOpen(target, errno);
-        m_path.clear();
+    void renameTo(const fs::path& target) const {
+        if (::rename(path.c_str(), target.c_str()) != 0) throwCannotOpen(target, errno);
     }
-    const fs::path& path() const { return m_path; }
 
-  private:
-    fs::path m_path;
+    fs::path path;
 };
 
 std::string checksumOf(std::FILE* stream, std::uintmax_t size, const Progress& progress) {
@@ -109,9 +104,9 @@ std::string checksumOf(std::FILE* stream, std::uintmax_t size, const Progress& p
         done += block.size();
         progress(static_cast<int>(done * 100 / size));
     }
-    std::array<unsigned char, kChecksum> sum{};
-    crypto_generichash_final(&state, sum.data(), sum.size());
-    return {sum.begin(), sum.end()};
+    std::string sum(kChecksum, '\0');
+    crypto_generichash_final(&state, reinterpret_cast<unsigned char*>(sum.data()), sum.size());
+    return sum;
 }
 
 void appendChecksum(const fs::path& file, const Progress& progress) {
@@ -162,8 +157,8 @@ void putInPlace(const fs::path& file, const fs::path& target, const Progress& pr
     if (fs::exists(target))
         return copyDatabase(backup.get(), openDatabaseFile(target, OpenMode::Existing).get(), progress);
     TemporaryFile image(target);
-    copyDatabase(backup.get(), openFile(image.path(), SQLITE_OPEN_READWRITE, kNoJournal).get(), progress);
-    openDatabaseFile(image.path(), OpenMode::Existing);  // turns the journal on
+    copyDatabase(backup.get(), openFile(image.path, SQLITE_OPEN_READWRITE, kNoJournal).get(), progress);
+    openDatabaseFile(image.path, OpenMode::Existing);  // turns the journal on
     image.renameTo(target);
 }
 
@@ -185,7 +180,7 @@ BackupHeader backupDatabase(const Storage& storage, std::string_view database, c
     }
     TemporaryFile whole(file);
     try {
-        const auto copy = openFile(whole.path(), SQLITE_OPEN_READWRITE, kNoJournal);
+        const auto copy = openFile(whole.path, SQLITE_OPEN_READWRITE, kNoJournal);
         copyDatabase(openDatabaseFile(storage.pathOf(from), OpenMode::Existing).get(), copy.get(), progress);
         header.finished = now();
         writeHeader(copy.get(), header);
@@ -194,7 +189,7 @@ BackupHeader backupDatabase(const Storage& storage, std::string_view database, c
     } catch (const std::runtime_error& error) {
         throw sqlError(kBackupWriteFailed, {file.string(), error.what()});
     }
-    appendChecksum(whole.path(), progress);
+    appendChecksum(whole.path, progress);
     whole.renameTo(file);
     return readBackupHeader(file);
 }

@@ -8,7 +8,6 @@
 namespace tsql {
 namespace {
 
-constexpr int kSortVersion = 1;  // to be raised when the order of compareText() changes
 constexpr std::chrono::seconds kUsualLockTimeout{10};
 constexpr std::chrono::milliseconds kLongestPause{25};  // between two attempts to get a lock
 constexpr int kStepsBetweenLooks = 2'000;  // SQLite instructions between two checks for cancellation
@@ -130,7 +129,6 @@ std::string Connection::attach(std::string_view database) {
     if (m_attached.size() >= kMostAttached && !inTransaction()) detach(m_attached.back());
     run("ATTACH " + quotedText(m_storage.pathOf(database).string()) + " AS " + quotedName(key));
     run("PRAGMA " + quotedName(key) + ".cache_size = -512");  // KiB; idle sessions keep their pages
-    if (!inTransaction()) renewIndexes(quotedName(key));  // reading in a transaction would fix its snapshot
     m_attached.push_front(key);
     m_storage.use(key, 1);
     return quotedName(key);
@@ -144,13 +142,6 @@ void Connection::lock(std::string_view database) {
         sqlite3_table_column_metadata(handle(), key.c_str(), "tsqlbox_objects", nullptr, nullptr, nullptr,
                                       nullptr, nullptr, nullptr) != SQLITE_OK;
     if (!isNew) run("DELETE FROM " + schema + ".tsqlbox_objects WHERE 0");
-}
-
-// Rebuilds the indexes if they were built with another sort order.
-void Connection::renewIndexes(const std::string& schema) {
-    if (number("PRAGMA " + schema + ".user_version") >= kSortVersion) return;
-    run("REINDEX ts_ci");
-    run("PRAGMA " + schema + ".user_version = " + std::to_string(kSortVersion));
 }
 
 void Connection::detach(std::string_view database) {
@@ -171,13 +162,13 @@ void Connection::detachAllBut(std::string_view database) {
         if (key != databaseKey(database)) detach(key);
 }
 
-void Connection::run(const std::string& sql, std::span<const Value> values) {
+void Connection::run(const std::string& sql, const std::vector<Value>& values) {
     PreparedStatement statement(*this, sql);
     statement.bindAll(values);
     while (statement.step()) continue;
 }
 
-std::optional<std::int64_t> Connection::number(const std::string& sql, std::span<const Value> values) {
+std::optional<std::int64_t> Connection::number(const std::string& sql, const std::vector<Value>& values) {
     PreparedStatement statement(*this, sql);
     statement.bindAll(values);
     return statement.step() ? std::optional(statement.integer(0)) : std::nullopt;

@@ -78,24 +78,19 @@ class Connection {
     bool hasCatalogue(const std::string& schema) const { return m_catalogues.contains(schema); }
     void noteCatalogue(const std::string& schema) { m_catalogues.insert(schema); }
 
-    void run(const std::string& sql, std::span<const Value> values = {});
-    void run(const std::string& sql, std::initializer_list<Value> values) { run(sql, std::span(values)); }
+    void run(const std::string& sql, const std::vector<Value>& values = {});
     // Returns false if SQLite fails.
     bool tryRun(const std::string& sql) {
         return sqlite3_exec(handle(), sql.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK;
     }
     // Returns the integer in the first column of the first row, if there is a row.
-    std::optional<std::int64_t> number(const std::string& sql, std::span<const Value> values = {});
-    std::optional<std::int64_t> number(const std::string& sql, std::initializer_list<Value> values) {
-        return number(sql, std::span(values));
-    }
+    std::optional<std::int64_t> number(const std::string& sql, const std::vector<Value>& values = {});
 
   private:
     friend class PreparedStatement;
     sqlite3_stmt* borrow(const std::string& sql);
     void giveBack(const std::string& sql, sqlite3_stmt* statement);
     void dropStatements();
-    void renewIndexes(const std::string& schema);
     static int waitForLock(void* self, int tries);
     static int isCancelled(void* self) { return static_cast<Connection*>(self)->m_cancelled(); }
 

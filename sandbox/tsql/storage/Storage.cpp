@@ -14,7 +14,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::array<std::string_view, 4> kSystemDatabases = {"master", "model", "msdb", "tempdb"};
+// In the order of their numbers.
+constexpr std::array<std::string_view, 4> kSystemDatabases = {"master", "tempdb", "model", "msdb"};
 constexpr std::string_view kExtension = ".db";
 constexpr std::size_t kMaxName = 128;
 
@@ -56,20 +57,16 @@ SqliteConnection openFile(const fs::path& file, int flags, const std::string& pr
     // Without a mutex, since only one thread uses a connection.
     const int code = sqlite3_open_v2(file.c_str(), &raw, flags | SQLITE_OPEN_NOMUTEX, nullptr);
     SqliteConnection connection(raw);
-    if (code != SQLITE_OK) throw std::runtime_error(sqlite3_errstr(code));
-    execute(raw, pragmas);
+    if (code != SQLITE_OK || sqlite3_exec(raw, pragmas.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK)
+        throw std::runtime_error("cannot open " + file.string() + ": " + sqlite3_errmsg(raw));
     return connection;
 }
 
 SqliteConnection openDatabaseFile(const fs::path& file, OpenMode mode) {
     const int create = mode == OpenMode::Create ? SQLITE_OPEN_CREATE : 0;
-    try {
-        return openFile(file, SQLITE_OPEN_READWRITE | create,
-                        "PRAGMA busy_timeout=10000; PRAGMA journal_mode=WAL; PRAGMA synchronous=FULL; PRAGMA "
-                        "foreign_keys=ON");
-    } catch (const std::runtime_error& error) {
-        throw std::runtime_error("cannot open " + file.string() + ": " + error.what());
-    }
+    return openFile(file, SQLITE_OPEN_READWRITE | create,
+                    "PRAGMA busy_timeout=10000; PRAGMA journal_mode=WAL; PRAGMA synchronous=FULL; PRAGMA "
+                    "foreign_keys=ON");
 }
 
 void execute(sqlite3* connection, const std::string& sql) {
@@ -106,7 +103,9 @@ std::vector<std::string> Storage::databases() const {
     // Only database files end in the extension: SQLite's side files have names such as x.db-wal.
     for (const auto& entry : fs::directory_iterator(m_directory))
         if (entry.path().extension() == kExtension) names.push_back(decodeName(entry.path().stem().string()));
-    std::ranges::sort(names);
+    std::ranges::sort(names, {}, [](const std::string& name) {
+        return std::pair(std::ranges::find(kSystemDatabases, name), name);
+    });
     return names;
 }
 

@@ -20,10 +20,11 @@ struct SqliteCloser {
 using SqliteConnection = std::unique_ptr<sqlite3, SqliteCloser>;
 
 // Opens a database file, which OpenMode::Create makes when it is missing: WAL, foreign keys on, a busy
-// time-out of 10 s. Throws std::runtime_error with the file and SQLite's text.
+// time-out of 10 s. Throws as openFile().
 enum class OpenMode { Existing, Create };
 SqliteConnection openDatabaseFile(const std::filesystem::path& file, OpenMode mode);
-// Opens a file with SQLite's flags and runs pragmas. Throws std::runtime_error with SQLite's text.
+// Opens a file with SQLite's flags and runs pragmas. Throws std::runtime_error with the file and SQLite's
+// text.
 SqliteConnection openFile(const std::filesystem::path& file, int flags, const std::string& pragmas);
 // Runs statements without results. Throws std::runtime_error with SQLite's text.
 void execute(sqlite3* connection, const std::string& sql);
@@ -44,7 +45,8 @@ class Storage {
     explicit Storage(const std::filesystem::path& directory,
                      const std::vector<std::filesystem::path>& backupFolders = {});
 
-    // Returns the names as they were created, sorted. All functions ignore the case of names.
+    // Returns the names as they were created: master, tempdb, model, msdb, then the others, sorted. All
+    // functions ignore the case of names.
     std::vector<std::string> databases() const;
     bool exists(std::string_view name) const { return !canonicalName(name).empty(); }
     // Returns the name as it was created; empty if there is no such database.

@@ -159,7 +159,8 @@ struct SelectItem {
     std::string alias;                // empty if there is none
     std::string variable;             // SELECT @v = value
     std::optional<std::pair<SqlType, Identity>> identity =
-        {};  // IDENTITY() of SELECT INTO; its value is NULL
+        {};                                  // IDENTITY() of SELECT INTO; its value is NULL
+    std::vector<std::string> replaced = {};  // columns that the * of a PIVOT or UNPIVOT leaves out
 };
 struct Window {
     std::vector<ExprPtr> partition;
@@ -175,6 +176,7 @@ struct Select {
     std::vector<TableRefPtr> from;
     ExprPtr where;
     std::vector<ExprPtr> groupBy;
+    bool pivots = false;             // also grouped by the columns of its *, the first item
     std::vector<ExprPtr> ungrouped;  // keys of other grouping sets, which are NULL
     std::size_t sets = 1;            // grouping sets, each of which has a Select of its own
     ExprPtr having;

@@ -239,7 +239,8 @@ ColumnDefinition columnDefinition(Parser& in) {
     }
     const std::size_t typeName = in.at(".", 1) ? 2 : 0;  // behind a schema
     if (sameWord(unquoted(in.peek(typeName)), "sysname")) column.nullable = false;
-    column.type = in.type(TypeUse::Declaration);
+    const bool isNameless = sameWord(column.name, "timestamp") && !in.atName();
+    column.type = isNameless ? simpleType(TypeId::RowVersion) : in.type(TypeUse::Declaration);
     while (option()) continue;
     return column;
 }

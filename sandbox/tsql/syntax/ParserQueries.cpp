@@ -29,6 +29,20 @@ QueryPtr queryOf(int line, std::variant<Select, SetOperation> body) {
     return std::make_unique<Query>(Query{{}, std::move(body), {}, {}, {}, {}, {}, line});
 }
 
+ExprPtr exprOf(int line, Expr::Node node) {
+    return std::make_unique<Expr>(Expr{line, std::move(node)});
+}
+
+TableRefPtr tableOf(int line, std::variant<NamedTable, DerivedTable, Join> node) {
+    return std::make_unique<TableRef>(TableRef{std::move(node), {}, line});
+}
+
+// Appends a query to a set operation, which is null before the first one.
+void append(QueryPtr& all, SetOp op, Select select, int line) {
+    QueryPtr next = queryOf(line, std::move(select));
+    all = all ? queryOf(line, SetOperation{op, std::move(all), std::move(next)}) : std::move(next);
+}
+
 using GroupingSets = std::vector<std::vector<std::size_t>>;  // by numbers of keys
 
 // ROLLUP: the first ones of the units, always fewer. CUBE: all subsets of them.
@@ -124,8 +138,7 @@ QueryPtr selects(Parser& in) {
         Select one = select(in, set);
         sets = one.sets;
         const SetOp op = one.distinct ? SetOp::Union : SetOp::UnionAll;
-        QueryPtr next = queryOf(line, std::move(one));
-        query = query ? queryOf(line, SetOperation{op, std::move(query), std::move(next)}) : std::move(next);
+        append(query, op, std::move(one), line);
     }
     return query;
 }
@@ -189,10 +202,10 @@ void offset(Parser& in, Query& query) {
 }
 
 // An alias may be a string. Without AS, it must not be a keyword of the next clause.
-std::string alias(Parser& in) {
+std::string alias(Parser& in, bool isRequired = false) {
     const bool as = in.accept("AS");
     if (in.atName()) return in.expectName();
-    return as || in.isString(in.peek()) ? in.expectString() : std::string();
+    return as || isRequired || in.isString(in.peek()) ? in.expectString() : std::string();
 }
 
 // VALUES (...), (...) becomes a UNION ALL of one SELECT per row; the alias names the columns.
@@ -207,9 +220,7 @@ QueryPtr rowValues(Parser& in) {
             select.items.push_back({std::move(cell), {}, {}, {}});
         if (rows && select.items.size() != width) in.throwError(kRowLengthsDiffer, {}, line);
         width = select.items.size();
-        QueryPtr row = queryOf(line, std::move(select));
-        rows = rows ? queryOf(line, SetOperation{SetOp::UnionAll, std::move(rows), std::move(row)})
-                    : std::move(row);
+        append(rows, SetOp::UnionAll, std::move(select), line);
     }
     return rows;
 }
@@ -220,12 +231,10 @@ TableRefPtr tableRef(Parser& in) {
     for (const auto word : {"OPENROWSET", "OPENQUERY", "OPENJSON", "OPENXML"}) in.throwIfAt(word, word);
     const bool values = in.at("( VALUES");
     if (in.at("(") && !values && !in.atQuery()) return in.parenthesized([&] { return joins(in); });
-    auto table = std::make_unique<TableRef>();
-    table->line = in.peek().line;
+    TableRefPtr table = tableOf(in.peek().line, {});
     if (in.at("(")) {
         DerivedTable derived{in.parenthesized([&] { return values ? rowValues(in) : in.subquery(); }), {}};
-        table->alias = alias(in);
-        if (table->alias.empty()) in.throwSyntaxError();
+        table->alias = alias(in, /*isRequired=*/true);
         if (in.at("(")) derived.columns = in.columnNames();
         table->node = std::move(derived);
         return table;
@@ -237,6 +246,70 @@ TableRefPtr tableRef(Parser& in) {
     table->alias = alias(in);
     in.tableHints();
     return table;
+}
+
+// PIVOT (aggregate(value) FOR key IN (names)) of a table: SELECT *, aggregate(CASE key WHEN 'name' THEN value
+// END) AS name ... grouped by *, which leaves out value and key.
+Select pivot(TableRefPtr table, const ObjectName& aggregate, const std::string& value, const std::string& key,
+             const std::vector<std::string>& names) {
+    const int line = table->line;
+    const auto column = [line](const std::string& name) { return exprOf(line, ColumnRef{{name}}); };
+    Select select;
+    select.pivots = true;
+    select.from.push_back(std::move(table));
+    select.items.push_back({nullptr, {}, {}, {}, {}, {value, key}});
+    for (const auto& name : names) {
+        Case part{column(key), {}, nullptr};
+        part.branches.emplace_back(exprOf(line, Literal{textLiteral(name, true)}), column(value));
+        Call call{aggregate, {}};
+        call.arguments.push_back(exprOf(line, std::move(part)));
+        select.items.push_back({exprOf(line, std::move(call)), {}, name, {}});
+    }
+    return select;
+}
+
+// UNPIVOT (value FOR key IN (names)) of a table: SELECT *, which leaves out the names, FROM table CROSS APPLY
+// the rows (name, 'name') whose first value is not NULL.
+Select unpivot(TableRefPtr table, const std::string& value, const std::string& key,
+               const std::vector<std::string>& names) {
+    const int line = table->line;
+    QueryPtr rows;
+    for (const auto& name : names) {
+        Select row;
+        row.items.push_back({exprOf(line, ColumnRef{{name}}), {}, {}, {}});
+        ExprPtr text = exprOf(line, Literal{textLiteral(name, true)});
+        row.items.push_back({exprOf(line, Cast{std::move(text), nvarcharType(128), nullptr}), {}, {}, {}});
+        row.where = exprOf(line, Not{exprOf(line, IsNull{exprOf(line, ColumnRef{{name}})})});
+        append(rows, SetOp::UnionAll, std::move(row), line);
+    }
+    TableRefPtr applied = tableOf(line, DerivedTable{std::move(rows), {value, key}});
+    Join join{JoinKind::Cross, std::move(table), std::move(applied), nullptr, /*applies=*/true};
+    Select select;
+    select.items.push_back({nullptr, {}, {}, {}, {}, names});
+    select.from.push_back(tableOf(line, std::move(join)));
+    return select;
+}
+
+TableRefPtr pivoted(Parser& in, TableRefPtr table) {
+    const bool pivots = in.at("PIVOT");
+    if (!pivots && !in.at("UNPIVOT")) return table;
+    const Temporarily deeper(in.m_depth, in.nextDepth());
+    const int line = in.takeToken().line;
+    in.expect("(");
+    const auto name = [&] { return in.expectName(); };
+    const ObjectName aggregate{{}, {}, pivots ? name() : "", line};
+    const std::string value = pivots ? in.parenthesized(name) : name();
+    in.expect("FOR");
+    const std::string key = name();
+    in.expect("IN");
+    const auto names = in.columnNames();
+    in.expect(")");
+    if (!pivots) in.checkChain(static_cast<int>(names.size()));
+    Select select = pivots ? pivot(std::move(table), aggregate, value, key, names)
+                           : unpivot(std::move(table), value, key, names);
+    table = tableOf(line, DerivedTable{queryOf(line, std::move(select)), {}});
+    table->alias = alias(in, /*isRequired=*/true);
+    return pivoted(in, std::move(table));
 }
 
 // Consumes a join keyword, if one follows, with its algorithm hint, which has no effect.
@@ -252,8 +325,8 @@ std::optional<JoinKind> acceptJoin(Parser& in, bool applies) {
 
 TableRefPtr joins(Parser& in) {
     const Temporarily deeper(in.m_depth, in.nextDepth());
-    TableRefPtr left = tableRef(in);
-    for (const auto word : {"PIVOT", "UNPIVOT", "TABLESAMPLE", "FOR SYSTEM_TIME"}) in.throwIfAt(word, word);
+    TableRefPtr left = pivoted(in, tableRef(in));
+    for (const auto word : {"TABLESAMPLE", "FOR SYSTEM_TIME"}) in.throwIfAt(word, word);
     for (int chain = 0;; in.checkChain(++chain)) {
         const bool applies = in.at("CROSS APPLY") || in.at("OUTER APPLY");
         const auto kind = acceptJoin(in, applies);
@@ -261,10 +334,11 @@ TableRefPtr joins(Parser& in) {
         const int line = in.peek().line;
         Join join{*kind, std::move(left), tableRef(in), nullptr, applies};
         if (!applies && join.kind != JoinKind::Cross) {
+            join.right = pivoted(in, std::move(join.right));
             in.expect("ON");
             join.on = in.condition();
         }
-        left = std::make_unique<TableRef>(TableRef{std::move(join), {}, line});
+        left = pivoted(in, tableOf(line, std::move(join)));
     }
 }
 
@@ -357,7 +431,7 @@ SelectItem Parser::selectItem() {
         item.identity.emplace(type(TypeUse::Declaration), Identity{});
         if (accept(",")) item.identity->second = identity();
         expect(")");
-        item.value = std::make_unique<Expr>(Expr{line, Literal{}});
+        item.value = exprOf(line, Literal{});
     } else {
         item.value = expression();
     }
@@ -377,8 +451,7 @@ ExprPtr Parser::assignedValue(const std::string& variable) {
     const auto op = assignmentOperator();
     ExprPtr value = expression();
     if (!op) return value;
-    auto before = std::make_unique<Expr>(Expr{line, VariableRef{variable}});
-    return std::make_unique<Expr>(Expr{line, Binary{*op, std::move(before), std::move(value)}});
+    return exprOf(line, Binary{*op, exprOf(line, VariableRef{variable}), std::move(value)});
 }
 
 // Name of a table or table variable.

@@ -115,6 +115,7 @@ class Translator {
     const std::string& newRows() const { return m_newRows; }
     std::string remove(const TableInfo& target, const Delete& statement);
     CheckText check(const TableInfo& table, const Expr& condition);
+    Typed defaultOf(const TableInfo& target, const TableColumn& column);
 
     // Source of the value of a parameter, in the order ?1, ?2 ...
     struct Parameter {
@@ -244,7 +245,6 @@ class Translator {
     // ---- changes (TranslatorChanges.cpp)
     std::string insertText(const TableInfo& target, const ColumnList& columns, const std::string& rows);
     std::string rowText(const TableInfo& target, const ColumnList& columns, const std::vector<Typed>& cells);
-    Typed defaultOf(const TableInfo& target, const TableColumn& column);
     Typed cell(const Expr& expr);
     std::string returning(const TableInfo& target, const std::optional<Output>& output,
                           const std::string& exposed, const std::string& record = {});

@@ -5,11 +5,17 @@ namespace tsql {
 
 namespace {
 
+// Throws SqlError 273 for columns whose values are given.
+void refuseRowVersions(const ColumnList& columns) {
+    if (std::ranges::any_of(columns, &TableColumn::isRowVersion)) throw sqlError(kRowVersionInsert);
+}
+
 // Returns `columns` and the other columns that have defaults.
 ColumnList filledColumns(const TableInfo& target, const ColumnList& columns) {
     ColumnList filled = columns;
     for (const auto& column : target.columns) {
-        const bool isFilled = !column.byDefault.empty() || (column.identity && target.increment != 1);
+        const bool isFilled = !column.byDefault.empty() || (column.identity && target.increment != 1) ||
+                              (column.isRowVersion() && !target.isShadow);
         if (isFilled && std::ranges::find(columns, &column) == columns.end()) filled.push_back(&column);
     }
     return filled;
@@ -22,10 +28,12 @@ std::string assigned(const Typed& value, const TableInfo& target, const TableCol
 }  // namespace
 
 Typed Translator::defaultOf(const TableInfo& target, const TableColumn& column) {
-    if (column.identity)
-        return emitIdentity("ts_next_identity(" + quotedText(target.schema) + ", " +
-                                quotedText(target.stored) + ", " + std::to_string(target.increment) + ")",
-                            column.type);
+    const auto next = [&](std::string_view counter, std::int64_t step) {
+        return "ts_next_identity(" + quotedText(target.schema) + ", " + quotedText(counter) + ", " +
+               std::to_string(step) + ")";
+    };
+    if (column.isRowVersion()) return {next(kRowVersions, 1), simpleType(TypeId::BigInt)};
+    if (column.identity) return emitIdentity(next(target.stored, target.increment), column.type);
     if (column.byDefault.empty()) return nullLiteral();
     return value(*parseExpression(column.byDefault));
 }
@@ -70,8 +78,10 @@ std::string Translator::insertRows(const TableInfo& target, const ColumnList& co
                                                        : kFewerInsertColumnsThanValues);
         std::vector<Typed> cells;
         m_sequences.clear();
-        for (const auto& each : row)
+        for (const auto& each : row) {
+            if (each) refuseRowVersions({columns[cells.size()]});
             cells.push_back(each ? cell(*each) : defaultOf(target, *columns[cells.size()]));
+        }
         rows += (rows.empty() ? "VALUES (" : ", (") + rowText(target, all, cells) + ")";
     }
     if (insert.top) rows = limited(rows, insert.top);
@@ -81,6 +91,7 @@ std::string Translator::insertRows(const TableInfo& target, const ColumnList& co
 std::string Translator::insertQuery(const TableInfo& target, const ColumnList& columns,
                                     const Insert& insert) {
     m_topLevel = false;
+    refuseRowVersions(columns);
     const QueryText text = query(*insert.query);
     if (text.columns.size() != columns.size())
         throw sqlError(text.columns.size() < columns.size() ? kFewerSelectedThanInserted
@@ -100,6 +111,7 @@ std::string Translator::insertSelected(const TableInfo& target, const ColumnList
 
 std::string Translator::insertParameters(const TableInfo& target, const ColumnList& columns,
                                          const std::vector<TypedValue>& row) {
+    refuseRowVersions(columns);
     std::vector<Typed> cells;
     for (const auto& each : row) cells.push_back({"?" + std::to_string(cells.size() + 1), each.type});
     const ColumnList all = filledColumns(target, columns);
@@ -190,6 +202,14 @@ std::string Translator::update(const TableInfo& target, const Update& update, co
     const std::string prefix = rowid.substr(0, rowid.find('.') + 1);
     std::string picked, sets, away, kept;
     std::map<const TableColumn*, std::string> names;  // of the values
+    const auto assign = [&](const TableColumn& column, const Typed& given) {
+        const std::string alias = "v" + std::to_string(names.size());
+        if (!names.emplace(&column, alias).second) throw sqlError(kColumnSetTwice, {column.name});
+        picked += ", " + assigned(given, target, column) + " AS " + alias;
+        const std::string set = (sets.empty() ? "" : ", ") + quotedName(column.name) + " = ";
+        sets.append(set).append("picked.").append(alias);
+        away.append(set).append("CAST('tsqlbox ' || _rowid_ AS BLOB)");
+    };
     for (const auto& clause : update.sets) {
         const TableColumn* column = target.column(clause.column);
         const bool isTarget = clause.table.empty() || sameText(clause.table, target.name) ||
@@ -200,16 +220,14 @@ std::string Translator::update(const TableInfo& target, const Update& update, co
         if (!column) throw sqlError(kInvalidColumnName, {clause.column});
         if (column->identity) throw sqlError(kIdentityUpdate, {column->name});
         if (!column->computed.empty()) throw sqlError(kComputedColumnChanged, {column->name});
-        const std::string alias = "v" + std::to_string(names.size());
-        if (!names.emplace(column, alias).second) throw sqlError(kColumnSetTwice, {column->name});
+        if (column->isRowVersion()) throw sqlError(kRowVersionUpdate);
         Typed given = clause.value ? value(*clause.value) : defaultOf({}, *column);
         if (clause.op)
             given = emitBinary(*clause.op, {prefix + quotedName(column->name), column->type}, given);
-        picked += ", " + assigned(given, target, *column) + " AS " + alias;
-        const std::string set = (sets.empty() ? "" : ", ") + quotedName(column->name) + " = ";
-        sets.append(set).append("picked.").append(alias);
-        away.append(set).append("CAST('tsqlbox ' || _rowid_ AS BLOB)");
+        assign(*column, given);
     }
+    for (const auto& column : target.columns)
+        if (column.isRowVersion() && !target.isShadow) assign(column, defaultOf(target, column));
     if (scope.sawAggregate) throw sqlError(kAggregateInSetList);
     const std::string where = filter(update);
     const std::string top = changeLimit(update.top);

@@ -20,6 +20,11 @@ bool isRecursive(const CommonTable& table) {
            std::ranges::any_of(next->from, [&](const auto& from) { return reads(*from, table.name); });
 }
 
+// Whether * has the column.
+bool hasColumn(const SelectItem& star, const std::string& column) {
+    return std::ranges::none_of(star.replaced, [&](const auto& each) { return sameText(each, column); });
+}
+
 bool hasVarBinary(const QueryText& text) {
     return std::ranges::any_of(text.columns,
                                [](const auto& each) { return each.column.type.id == TypeId::VarBinary; });
@@ -115,7 +120,7 @@ QueryText Translator::select(const Select& select, const Query& query) {
         for (const auto& item : select.items)
             if (!item.variable.empty()) m_live[item.variable] = liveValue(item.variable);
     m_sorted = !query.orderBy.empty();
-    const bool grouped = !select.groupBy.empty() || select.having || select.sets > 1;
+    const bool grouped = !groupSql.empty() || select.pivots || select.having || select.sets > 1;
     if (m_sorted && !m_live.empty() && topLevel && !grouped && !select.distinct)
         return assignInOrder(select, query, fromSql + whereSql);
     std::string list = selectList(select, topLevel, clause.before, text);
@@ -146,7 +151,7 @@ QueryText Translator::select(const Select& select, const Query& query) {
     text.sql = select.placesRows() ? placed(select, text, orderSql) : text.sql + orderSql + limitSql;
     if (!keys.empty() && !select.placesRows())
         text.sql = "SELECT " + commaList(text.columns, &OutputColumn::alias) + " FROM (" + text.sql + ")";
-    text.oneRow = select.groupBy.empty() && (scope.sawAggregate || select.from.empty());
+    text.oneRow = groupSql.empty() && (scope.sawAggregate || select.from.empty());
     return text;
 }
 
@@ -243,6 +248,7 @@ void Translator::star(const SelectItem& item, QueryText& text, std::string& list
         if (!isNamed(source, item.starOf)) continue;
         any = true;
         for (const auto& column : source.columns) {
+            if (!hasColumn(item, column.name)) continue;
             if (!m_scope->groupKeys.contains(column.sql))
                 m_scope->loose.push_back(source.exposed + "." + column.name);
             addOutput(text, list, column,
@@ -257,13 +263,19 @@ void Translator::star(const SelectItem& item, QueryText& text, std::string& list
 std::string Translator::groupBy(const Select& select) {
     std::string sql;
     std::set<std::string> keys;
+    const auto add = [&](const Typed& key) {
+        keys.insert(key.sql);
+        sql += (sql.empty() ? " GROUP BY " : ", ") + comparable(key);
+    };
     for (const auto& expr : select.groupBy) {
         const Typed key = value(*expr);
         if (m_scope->loose.empty()) throw sqlError(kGroupByWithoutColumn);
         m_scope->loose.clear();
-        keys.insert(key.sql);
-        sql += (sql.empty() ? " GROUP BY " : ", ") + comparable(key);
+        add(key);
     }
+    for (const auto& source : m_scope->sources)
+        for (const auto& column : source.columns)
+            if (select.pivots && hasColumn(select.items.front(), column.name)) add({column.sql, column.type});
     m_scope->loose.clear();  // WHERE and ON are evaluated before grouping
     m_scope->groupKeys = std::move(keys);
     for (const auto& expr : select.ungrouped)
@@ -448,8 +460,7 @@ void Translator::addSource(const TableInfo& table, const std::string& exposed, c
     const std::string prefix = alias.empty() ? "" : alias + ".";
     Source source{exposed, table.database, table.schemaName, prefix + "_rowid_", table.sqlName(), {}};
     for (const auto& column : table.columns)
-        source.columns.push_back(
-            {{column.name, column.type, column.nullable, column.identity}, prefix + quotedName(column.name)});
+        source.columns.push_back({column, prefix + quotedName(column.name)});
     m_scope->sources.push_back(std::move(source));
 }
 

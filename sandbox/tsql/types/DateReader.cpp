@@ -155,7 +155,6 @@ class DateReader {
 }  // namespace
 
 DateTime parseDateTime(std::string_view text, const SqlType& from, const SqlType& to, int style) {
-    if (isHijri(style)) throw unsupported(kHijri);
     const bool classic = isClassicDate(to.id);
     DateReader reader(classic ? 3 : 7);
     const bool isDate = reader.read(text, style);

@@ -110,7 +110,6 @@ constexpr Style kStyles[] = {
 
 // A date has no time to format, a time no date.
 Style styleFor(int number, const SqlType& type) {
-    if (isHijri(number)) throw unsupported(kHijri);
     for (Style style : kStyles) {
         if (style.number != number && style.number != number + 100) continue;
         if (type.id == TypeId::Time) style.date = "";
@@ -224,12 +223,12 @@ bool isInRange(const DateTime& value, const SqlType& type) {
     return value.days >= first && value.days <= (small ? daysFromCivil(year(2079) / 6 / 6) : kLastDay);
 }
 
-std::string toStorage(const DateTime& value, const SqlType& type) {
+std::string toStorage(const DateTime& value, const SqlType& type, std::string_view from) {
     if (type.id == TypeId::Date) return written(kIsoDate, value);
     const std::int64_t ticks = roundedTicks(value.ticks, type);
     const DateTime rounded{value.days + ticks / DateTime::kTicksPerDay, ticks % DateTime::kTicksPerDay};
     if (type.id == TypeId::Time) return written(kIsoTime, rounded, type.scale);
-    if (!isInRange(rounded, type)) throw sqlError(kDateOutOfRange, {"datetime2", baseName(type.id)});
+    if (!isInRange(rounded, type)) throw sqlError(kDateOutOfRange, {from, baseName(type.id)});
     return written("Y-M-D h:m:s.f", rounded, type.scale);
 }
 

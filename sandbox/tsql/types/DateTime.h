@@ -34,16 +34,11 @@ constexpr int kNoStyle = -1;  // default style of the type
 DateTime parseDateTime(std::string_view text, const SqlType& from, const SqlType& to, int style);
 
 // Conversion from and to the storage form of every date and time type. toStorage() rounds to the precision of
-// the type (datetime: 1/300 s, smalldatetime: minutes) and throws SqlError 242 or 8115 for values outside of
-// the type's range.
+// the type (datetime: 1/300 s, smalldatetime: minutes) and throws SqlError 242 for values outside of the
+// type's range, with `from` as the type that they had.
 DateTime fromStorage(std::string_view text);
-std::string toStorage(const DateTime& value, const SqlType& type);
+std::string toStorage(const DateTime& value, const SqlType& type, std::string_view from = "datetime2");
 bool isInRange(const DateTime& value, const SqlType& type);
-
-inline bool isHijri(int style) {
-    return style == 130 || style == 131;
-}
-constexpr std::string_view kHijri = "the Hijri calendar (styles 130 and 131)";
 
 // CONVERT(varchar, value, style). Throws SqlError 281 for an unknown style.
 std::string formatDateTime(const DateTime& value, const SqlType& type, int style);

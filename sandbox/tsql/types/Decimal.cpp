@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <boost/multiprecision/cpp_int.hpp>
 #include <cmath>
-#include <limits>
 
 #include "messages/Messages.h"
 
@@ -55,15 +54,10 @@ Int128 rescaled(Int128 value, int fromScale, int toScale, Rounding rounding) {
 
 // Rounds the exact value of the binary number.
 Int128 rescaled(double value, int toScale) {
+    using boost::multiprecision::cpp_int, boost::multiprecision::cpp_rational;
     if (!(std::fabs(value) < 1e38)) return value < 0 ? -kTooLarge : kTooLarge;
-    constexpr int kBits = std::numeric_limits<double>::digits, kDeepest = 300;
-    int exponent = 0;
-    Wide scaled = static_cast<std::int64_t>(std::ldexp(std::frexp(value, &exponent), kBits));
-    scaled *= powerOfTen<Wide>(toScale);
-    exponent -= kBits;
-    if (exponent < -kDeepest) return 0;
-    return bounded(exponent >= 0 ? Wide(scaled << exponent)
-                                 : divided<Wide>(scaled, Wide(1) << -exponent, Rounding::HalfAway));
+    const cpp_rational scaled = cpp_rational(value) * powerOfTen<cpp_int>(toScale);
+    return bounded(Wide(divided<cpp_int>(numerator(scaled), denominator(scaled), Rounding::HalfAway)));
 }
 
 Int128 exactResult(BinaryOp op, Int128 left, const SqlType& leftType, Int128 right, const SqlType& rightType,

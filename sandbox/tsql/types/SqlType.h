@@ -30,7 +30,7 @@ enum class TypeId : std::uint8_t {
 //   SmallDateTime               TEXT "YYYY-MM-DD hh:mm:00"
 //   DateTime2                   TEXT as DateTime with `scale` digits
 //   UniqueIdentifier            TEXT, 36 characters, upper case
-//   Binary, VarBinary, Image    BLOB
+//   Binary..RowVersion          BLOB (RowVersion: the number of the change in 8 bytes, big-endian)
 struct SqlType {
     static constexpr int kMax = -1;  // length of varchar(max), nvarchar(max), varbinary(max)
 

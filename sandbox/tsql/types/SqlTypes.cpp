@@ -134,8 +134,7 @@ constexpr std::array<std::string_view, 8> kOperatorNames = {"add",    "subtract"
 
 SqlType makeType(std::string_view name, std::span<const int> arguments, TypeUse use) {
     const auto found = findType(name);
-    constexpr std::string_view kMissing =
-        " datetimeoffset geography geometry hierarchyid rowversion sql_variant timestamp ";
+    constexpr std::string_view kMissing = " datetimeoffset geography geometry hierarchyid sql_variant ";
     if (!found && kMissing.find(" " + lowerAscii(name) + " ") != kMissing.npos)
         throw unsupported(lowerAscii(name) + " as a type");
     if (!found) throw sqlError(kUnknownType, {name});
@@ -214,7 +213,8 @@ SqlType decimalType(int precision, int scale) {
 }
 SqlType simpleType(TypeId id) {
     const bool sized = id == TypeId::Decimal;
-    return {id, 0, static_cast<std::uint8_t>(sized ? 18 : 0), static_cast<std::uint8_t>(facts(id).scale)};
+    return {id, id == TypeId::RowVersion ? 8 : 0, static_cast<std::uint8_t>(sized ? 18 : 0),
+            static_cast<std::uint8_t>(facts(id).scale)};
 }
 
 int maxLength(const SqlType& type) {

@@ -38,7 +38,7 @@ inline constexpr TypeFamily isNumber{TypeId::Bit, TypeId::Float};
 inline constexpr TypeFamily isText{TypeId::Char, TypeId::Xml};
 inline constexpr TypeFamily isDateTime{TypeId::Date, TypeId::DateTime2};
 inline constexpr TypeFamily isClassicDate{TypeId::DateTime, TypeId::SmallDateTime};  // also days as numbers
-inline constexpr TypeFamily isBinary{TypeId::Binary, TypeId::Image};
+inline constexpr TypeFamily isBinary{TypeId::Binary, TypeId::RowVersion};
 constexpr bool isWide(const SqlType& type) {  // a decimal that does not fit in 64 bits
     return type.precision > 18;
 }
@@ -52,7 +52,10 @@ constexpr bool hasScale(TypeId id) {  // of its fraction of a second
     return id == TypeId::Time || id == TypeId::DateTime2;
 }
 constexpr bool hasLength(TypeId id) {  // char to nvarchar, binary, varbinary
-    return (isText(id) || isBinary(id)) && !isLob(id);
+    return (isText(id) || isBinary(id)) && !isLob(id) && id != TypeId::RowVersion;
+}
+constexpr bool isPadded(TypeId id) {  // to its length
+    return id == TypeId::Char || id == TypeId::NChar || id == TypeId::Binary || id == TypeId::RowVersion;
 }
 
 SqlType varcharType(int length);  // (max) above 8000 or 4000

@@ -1,5 +1,6 @@
 #include "types/Text.h"
 
+#include <boost/algorithm/string/case_conv.hpp>
 #include <boost/algorithm/string/split.hpp>
 #include <boost/locale/utf.hpp>
 #include <clocale>
@@ -107,10 +108,7 @@ bool takeElement(std::string_view& pattern, char32_t c, char32_t escape) {
 }  // namespace
 
 std::string lowerAscii(std::string_view text) {
-    std::string result(text);
-    for (char& c : result)
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c + 32);
-    return result;
+    return boost::to_lower_copy(std::string(text), std::locale::classic());
 }
 
 std::string_view trimRight(std::string_view text) {

@@ -19,26 +19,21 @@ constexpr char16_t kCodePage1252[] = {0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x
                                       0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
                                       0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
 
-// Removes and returns the ASCII characters at the front, which are most of all results.
-std::string_view removeAscii(std::string_view& utf8) {
+// Moves the ASCII characters at the front, which are most of all results, to the end of `wire`, where each
+// has `width` bytes.
+void moveAscii(std::string& wire, std::string_view& utf8, std::size_t width) {
     const auto isAscii = [](char c) { return static_cast<unsigned char>(c) < 0x80; };
-    const std::string_view ascii(utf8.begin(), std::find_if_not(utf8.begin(), utf8.end(), isAscii));
-    utf8.remove_prefix(ascii.size());
-    return ascii;
-}
-
-// Appends the ASCII characters at the front and removes them.
-void moveAscii(std::string& wire, std::string_view& utf8) {
-    const std::string_view ascii = removeAscii(utf8);
+    const auto count = static_cast<std::size_t>(std::ranges::find_if_not(utf8, isAscii) - utf8.begin());
     const std::size_t start = wire.size();
-    wire.resize(start + 2 * ascii.size());
-    for (std::size_t i = 0; i < ascii.size(); ++i) wire[start + 2 * i] = ascii[i];
+    wire.resize(start + width * count);
+    for (std::size_t i = 0; i < count; ++i) wire[start + width * i] = utf8[i];
+    utf8.remove_prefix(count);
 }
 
 }  // namespace
 
 void appendUtf16(std::string& wire, std::string_view utf8) {
-    for (moveAscii(wire, utf8); !utf8.empty(); moveAscii(wire, utf8)) {
+    for (moveAscii(wire, utf8, 2); !utf8.empty(); moveAscii(wire, utf8, 2)) {
         char16_t units[Utf16::max_width];
         const char16_t* const end = Utf16::encode(nextCharacter(utf8), units);
         wire.append(reinterpret_cast<const char*>(units), reinterpret_cast<const char*>(end));
@@ -86,7 +81,7 @@ unsigned char codePage1252(char32_t c) {
 
 // A character above U+FFFF has two units, which are replaced one by one.
 void appendCodePage1252(std::string& wire, std::string_view utf8) {
-    for (wire += removeAscii(utf8); !utf8.empty(); wire += removeAscii(utf8)) {
+    for (moveAscii(wire, utf8, 1); !utf8.empty(); moveAscii(wire, utf8, 1)) {
         const char32_t c = nextCharacter(utf8);
         wire.append(c < kFirstPair ? 1 : 2, static_cast<char>(codePage1252(c)));
     }

@@ -35,16 +35,12 @@ std::string_view spoken(const SqlType& type) {
     throw unsupported("the conversion of " + std::string(spoken(from)) + " to " + std::string(spoken(to)));
 }
 
-bool areDigits(std::string_view text) {
-    return text.find_first_not_of("0123456789") == text.npos;
-}
-
-// Empty for more than 38 digits.
-std::optional<Int128> numberOf(std::string_view digits) {
+// 10^38, which exceeds every type, for more than 38 digits.
+Int128 numberOf(std::string_view digits) {
     digits.remove_prefix(std::min(digits.find_first_not_of('0'), digits.size()));
     Int128 value = 0;
     for (const char c : digits.substr(0, kMostDigits)) value = value * 10 + (c - '0');
-    return digits.size() > kMostDigits ? std::nullopt : std::optional(value);
+    return digits.size() > kMostDigits ? powerOfTen<Int128>(kMostDigits) : value;
 }
 
 // One conversion. Its functions are named after the family of the target type.
@@ -54,8 +50,10 @@ class Converter {
         : m_value(value), m_from(from), m_to(to), m_style(style), m_assign(assign) {}
 
     Value run() const {
-        if (isInteger(m_to.id)) return toInteger();
-        if (m_to.id == TypeId::Decimal || isMoney(m_to.id)) return toScaled();
+        const bool isHijri = m_style == 130 || m_style == 131;
+        if (isHijri && isDateTime(m_from.id) != isDateTime(m_to.id))
+            throw unsupported("the Hijri calendar (styles 130 and 131)");
+        if (isExact(m_to.id)) return toExact();
         if (isApproximate(m_to.id)) return toFloat();
         if (isText(m_to.id)) return toText();
         if (isDateTime(m_to.id)) return toDateTime();
@@ -70,41 +68,48 @@ class Converter {
     std::string_view text() const { return std::get<std::string_view>(m_value); }
     Blob blob() const { return std::get<Blob>(m_value); }
 
-    Value toInteger() const {
-        if (isText(m_from.id)) return integerFromText();
-        if (isExact(m_from.id)) {
-            if (m_to.id == TypeId::Bit) return std::int64_t{exact() != 0};
-            const auto rounding = isMoney(m_from.id) ? Rounding::HalfAway : Rounding::Truncate;
-            return rangeChecked(rescaled(exact(), m_from.scale, 0, rounding));
-        }
-        if (isApproximate(m_from.id)) return integerFromFloat();
-        if (isClassicDate(m_from.id)) return rangeChecked(static_cast<Int128>(std::llround(dayNumber())));
-        if (isBinary(m_from.id)) return integerFromBinary();
-        throwNotConverted(m_from, m_to);
+    // Integers are truncated, money and decimals rounded.
+    Value toExact() const {
+        if (isText(m_from.id)) return exactFromText();
+        if (isBinary(m_from.id) && m_to.id != TypeId::Decimal) return integerFromBinary();
+        if (isApproximate(m_from.id) && isInteger(m_to.id)) return integerFromFloat();
+        if (!isExact(m_from.id)) return rangeChecked(rescaled(asReal(), m_to.scale));
+        if (m_to.id == TypeId::Bit) return rangeChecked(exact());
+        const bool isTruncated = isInteger(m_to.id) && !isMoney(m_from.id);
+        return rangeChecked(rescaled(exact(), m_from.scale, m_to.scale,
+                                     isTruncated ? Rounding::Truncate : Rounding::HalfAway));
     }
 
     Value rangeChecked(Int128 value) const {
         if (m_to.id == TypeId::Bit) return std::int64_t{value != 0};
-        const auto number = static_cast<std::int64_t>(value);
-        if (fits(value, m_to)) return number;
+        if (fits(value, m_to)) return exactCell(value, m_to);
+        if (isText(m_from.id) && isInteger(m_to.id)) throwTextOverflow();
         if (isInteger(m_from.id) && m_to.id < TypeId::Int)
-            throw sqlError(kOverflowOfValue, {spoken(m_to), std::to_string(number)},
+            throw sqlError(kOverflowOfValue, {spoken(m_to), std::to_string(integer())},
                            m_to.id == TypeId::TinyInt ? 2 : 1);
         throwOverflow(m_from, m_to);
     }
 
-    Value integerFromText() const {
-        std::string_view digits = trimmed(text());
-        if (m_to.id == TypeId::Bit && (sameText(digits, "true") || sameText(digits, "false")))
-            return std::int64_t{sameText(digits, "true")};
-        if (digits.empty()) return std::int64_t{0};
-        const bool negative = digits[0] == '-';
-        if (negative || digits[0] == '+') digits = trimLeft(digits.substr(1));
-        if (digits.empty() || !areDigits(digits)) throwBadText(text(), m_from, m_to);
-        const auto value = numberOf(digits);
-        if (m_to.id == TypeId::Bit) return std::int64_t{value != Int128{0}};
-        if (!value || !fits(negative ? -*value : *value, m_to)) throwTextOverflow();
-        return static_cast<std::int64_t>(negative ? -*value : *value);
+    // Digits; for money and decimals with at most one point, for money also with a currency sign and commas.
+    Value exactFromText() const {
+        std::string_view rest = trimmed(text());
+        const bool isMoneyText = isMoney(m_to.id);
+        if (m_to.id == TypeId::Bit && (sameText(rest, "true") || sameText(rest, "false")))
+            return std::int64_t{sameText(rest, "true")};
+        if (rest.empty() && m_to.id != TypeId::Decimal) return std::int64_t{0};
+        bool negative = rest.starts_with('-');
+        if (negative || rest.starts_with('+')) rest = trimLeft(rest.substr(1));
+        if (isMoneyText && rest.starts_with('$')) rest = trimLeft(rest.substr(1));
+        if (isMoneyText && rest.starts_with('-') && !negative) negative = true, rest.remove_prefix(1);
+        const std::size_t point = isInteger(m_to.id) ? rest.size() : std::min(rest.find('.'), rest.size());
+        std::string digits(rest.substr(0, point)), fraction(rest.substr(std::min(point + 1, rest.size())));
+        if (isMoneyText) std::erase(digits, ',');
+        const std::string all = digits + fraction;
+        if (all.empty() || all.find_first_not_of("0123456789") != all.npos)
+            throwBadText(text(), m_from, m_to);
+        fraction.resize(std::max<std::size_t>(fraction.size(), m_to.scale + 1U), '0');
+        const Int128 value = numberOf(digits.append(fraction, 0, m_to.scale)) + (fraction[m_to.scale] >= '5');
+        return rangeChecked(negative ? -value : value);
     }
 
     [[noreturn]] void throwTextOverflow() const {
@@ -142,46 +147,10 @@ class Converter {
         return m_to.id == TypeId::Bit ? std::int64_t{bits != 0} : static_cast<std::int64_t>(bits);
     }
 
-    Value toScaled() const {
-        if (isText(m_from.id)) return scaledFromText();
-        if (isExact(m_from.id))
-            return scaleChecked(rescaled(exact(), m_from.scale, m_to.scale, Rounding::HalfAway));
-        if (isApproximate(m_from.id)) return scaleChecked(rescaled(real(), m_to.scale));
-        if (isClassicDate(m_from.id))
-            return scaleChecked(rescaled(static_cast<double>(dayNumber()), m_to.scale));
-        if (isBinary(m_from.id) && isMoney(m_to.id)) return integerFromBinary();
-        throwNotConverted(m_from, m_to);
-    }
-
-    Value scaleChecked(Int128 value) const {
-        if (fits(value, m_to)) return exactCell(value, m_to);
-        throwOverflow(m_from, m_to);
-    }
-
-    // Digits with at most one point; for money also a currency sign and commas.
-    Value scaledFromText() const {
-        std::string_view rest = trimmed(text());
-        const bool money = isMoney(m_to.id);
-        if (rest.empty() && money) return std::int64_t{0};
-        bool negative = rest.starts_with('-');
-        if (negative || rest.starts_with('+')) rest = trimLeft(rest.substr(1));
-        if (money && rest.starts_with('$')) rest = trimLeft(rest.substr(1));
-        if (money && rest.starts_with('-') && !negative) negative = true, rest.remove_prefix(1);
-        const std::size_t point = std::min(rest.find('.'), rest.size());
-        std::string digits(rest.substr(0, point)), fraction(rest.substr(std::min(point + 1, rest.size())));
-        if (money) std::erase(digits, ',');
-        if ((digits + fraction).empty() || !areDigits(digits + fraction)) throwBadText(text(), m_from, m_to);
-        fraction.resize(std::max<std::size_t>(fraction.size(), m_to.scale + 1U), '0');
-        const auto value = numberOf(digits.append(fraction, 0, m_to.scale));
-        if (!value) throwOverflow(m_from, m_to);
-        const Int128 rounded = *value + (fraction[m_to.scale] >= '5');
-        return scaleChecked(negative ? -rounded : rounded);
-    }
-
     double asReal() const {
         if (isText(m_from.id)) return floatFromText();
         if (isApproximate(m_from.id)) return real();
-        if (isClassicDate(m_from.id)) return static_cast<double>(dayNumber());
+        if (isClassicDate(m_from.id)) return dayNumber();
         if (!isExact(m_from.id)) throwNotConverted(m_from, m_to);
         return static_cast<double>(static_cast<long double>(exact()) / powerOfTen<long double>(m_from.scale));
     }
@@ -205,29 +174,25 @@ class Converter {
         return value;
     }
 
-    long double dayNumber() const {
+    double dayNumber() const {
         const DateTime value = fromStorage(text());
-        return static_cast<long double>(value.days - DateTime::kDay1900) +
-               static_cast<long double>(value.ticks) / static_cast<long double>(DateTime::kTicksPerDay);
+        return static_cast<double>(value.days - DateTime::kDay1900 +
+                                   static_cast<long double>(value.ticks) / DateTime::kTicksPerDay);
     }
 
     Value toText() const {
         std::string result = textInStyle();
-        const bool fixed = m_to.id == TypeId::Char || m_to.id == TypeId::NChar;
         if (m_to.length <= 0) return result;  // text, xml, (max)
         const auto limit = static_cast<std::size_t>(m_to.length);
         const std::size_t count = characterCount(result);
         if (count > limit) return fitted(result, limit);
-        if (fixed) result.append(limit - count, ' ');
+        if (isPadded(m_to.id)) result.append(limit - count, ' ');
         return result;
     }
 
     Value fitted(const std::string& result, std::size_t limit) const {
-        if (m_from.id <= TypeId::Int && !isNational(m_to.id) && !m_assign && m_from.id != TypeId::Bit) {
-            std::string star = "*";
-            if (m_to.id == TypeId::Char) star.append(limit - 1, ' ');
-            return star;
-        }
+        if (m_from.id <= TypeId::Int && !isNational(m_to.id) && !m_assign && m_from.id != TypeId::Bit)
+            return std::string("*").append(m_to.id == TypeId::Char ? limit - 1 : 0, ' ');
         if (isApproximate(m_from.id) && !isNational(m_to.id)) throwFloatOverflow();
         if (isInteger(m_from.id) || isApproximate(m_from.id)) throwOverflow(m_to);
         if (m_from.id == TypeId::Decimal) throwOverflow(m_from, m_to);
@@ -281,8 +246,9 @@ class Converter {
     }
 
     Value toDateTime() const {
-        if (isText(m_from.id)) return stored(parseDateTime(trimmed(text()), m_from, m_to, m_style));
-        if (isDateTime(m_from.id)) return stored(fromStorage(text()));
+        if (isText(m_from.id))
+            return toStorage(parseDateTime(trimmed(text()), m_from, m_to, m_style), m_to, spoken(m_from));
+        if (isDateTime(m_from.id)) return toStorage(fromStorage(text()), m_to, spoken(m_from));
         if (isNumber(m_from.id) && isClassicDate(m_to.id)) return dateTimeFromNumber();
         throwNotConverted(m_from, m_to);
     }
@@ -293,15 +259,8 @@ class Converter {
         if (std::fabs(whole) > 3e6) throwOverflow(m_from, m_to);
         const auto ticks =
             static_cast<std::int64_t>((number - whole) * static_cast<double>(DateTime::kTicksPerDay));
-        return stored({DateTime::kDay1900 + static_cast<std::int64_t>(whole), ticks});
-    }
-
-    Value stored(const DateTime& value) const {
-        try {
-            return toStorage(value, m_to);
-        } catch (const SqlError&) {
-            throw sqlError(kDateOutOfRange, {spoken(m_from), spoken(m_to)});
-        }
+        return toStorage({DateTime::kDay1900 + static_cast<std::int64_t>(whole), ticks}, m_to,
+                         spoken(m_from));
     }
 
     Value toIdentifier() const {
@@ -345,7 +304,7 @@ class Converter {
         // Numbers are truncated on the left, other values on the right.
         if (bytes.size() > limit)
             bytes = number ? bytes.substr(bytes.size() - limit) : bytes.substr(0, limit);
-        if (m_to.id == TypeId::Binary && bytes.size() < limit)
+        if (isPadded(m_to.id) && bytes.size() < limit)
             bytes.insert(number ? 0 : bytes.size(), limit - bytes.size(), std::byte{0});
         return bytes;
     }

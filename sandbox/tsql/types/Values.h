@@ -9,11 +9,9 @@ namespace tsql {
 
 CellView viewOf(const Value& value);
 Value ownedValue(const CellView& view);
-inline bool isNull(const CellView& view) {
-    return std::holds_alternative<Null>(view);
-}
-inline bool isNull(const Value& value) {
-    return std::holds_alternative<Null>(value);
+template <typename Cell>  // CellView or Value
+bool isNull(const Cell& cell) {
+    return std::holds_alternative<Null>(cell);
 }
 
 enum class Conversion {

@@ -41,5 +41,5 @@ SELECT LEN(t) FROM #text --> (2 changed) --> - bigint? = 255; 78 (2 rows)
 -- valid statements that are not supported say so
 SELECT GETDATE() AT TIME ZONE 'UTC' --> Msg 50000, Level 16, State 1, Line 2: tsqlbox does not support AT TIME ZONE.
 SELECT {fn NOW()} --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support an ODBC escape sequence such as {fn ...}.
-SELECT * FROM sys.tables AS x PIVOT (COUNT(name) FOR schema_id IN ([1])) p --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support PIVOT.
+SELECT * FROM sys.tables AS x TABLESAMPLE (1 PERCENT) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support TABLESAMPLE.
 SELECT $IDENTITY FROM sys.tables --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support $IDENTITY.

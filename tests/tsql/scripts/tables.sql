@@ -136,5 +136,5 @@ SELECT 1 AS a INTO [] --> Msg 1038, Level 15, State 5, Line 1: An object or colu
 CREATE PROCEDURE dbo.[] AS SELECT 1 --> Msg 1038, Level 15, State 5, Line 1: An object or column name is missing or empty. For SELECT INTO statements, verify each column has a name.
 CREATE INDEX [] ON Named (a) --> Msg 1038, Level 15, State 5, Line 1: An object or column name is missing or empty. For SELECT INTO statements, verify each column has a name.
 ALTER TABLE Named ADD [] int --> Msg 1038, Level 15, State 5, Line 1: An object or column name is missing or empty. For SELECT INTO statements, verify each column has a name.
-CREATE TABLE Later (v rowversion) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support rowversion as a type.
+CREATE TABLE Later (v sql_variant) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support sql_variant as a type.
 DECLARE @d sql_variant --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support sql_variant as a type.
