@@ -118,6 +118,30 @@ const FunctionInfo kWritten[] = {
     {"last_value", "A", sameAsFirst, "last_value", kFramed},
 };
 
+// Functions that SQL Server has and tsqlbox has not.
+constexpr std::string_view kMissingFunctions =
+    " approx_count_distinct applock_mode applock_test binary_checksum checksum checksum_agg "
+    "collationproperty columns_updated compress connectionproperty context_info current_request_id "
+    "current_timezone current_transaction_id datetimeoffsetfromparts decompress decryptbypassphrase "
+    "difference encryptbypassphrase eventdata file_id file_name filegroup_name fileproperty format "
+    "formatmessage has_perms_by_name host_id index_col indexproperty is_rolemember isjson json_modify "
+    "json_query json_value min_active_rowversion objectpropertyex parse percentile_cont percentile_disc "
+    "pwdcompare pwdencrypt rowcount_big session_context soundex sql_variant_property stats_date "
+    "string_escape suser_id suser_sid switchoffset sysdatetimeoffset todatetimeoffset trigger_nestlevel "
+    "try_parse typeproperty user_id ";
+
+// By their names, which are in lower case.
+const std::map<std::string_view, const FunctionInfo*>& allFunctions() {
+    static const auto all = [] {
+        std::map<std::string_view, const FunctionInfo*> table;
+        for (const auto& part :
+             {kTextFunctions, kMathFunctions, kDateFunctions, kSessionFunctions, {kWritten}})
+            for (const FunctionInfo& function : part) table.emplace(function.name, &function);
+        return table;
+    }();
+    return all;
+}
+
 // --- arguments
 
 // String type for every value of the type.
@@ -180,7 +204,7 @@ void callScalar(sqlite3_context* call, int count, sqlite3_value** values) {
             if (const auto* text = std::get_if<std::string_view>(&each)) spendWork(text->size());
         const bool anyNull =
             std::ranges::any_of(arguments.arguments(), [](const auto& each) { return isNull(each); });
-        if (binding.function.nulls == Nulls::GiveNull && anyNull) return sqlite3_result_null(call);
+        if (anyNull && !binding.function.has('0')) return sqlite3_result_null(call);
         giveResult(call, binding.function.run(arguments));
     } catch (...) {
         reportError(binding.context, call);
@@ -188,7 +212,7 @@ void callScalar(sqlite3_context* call, int count, sqlite3_value** values) {
 }
 
 void registerScalar(sqlite3* connection, FunctionContext& context, const ScalarFunction& function) {
-    const int flags = SQLITE_UTF8 | (function.purity == Purity::Pure ? SQLITE_DETERMINISTIC : 0);
+    const int flags = SQLITE_UTF8 | (function.has('~') ? 0 : SQLITE_DETERMINISTIC);
     const int code = sqlite3_create_function_v2(connection, function.name.c_str(), -1, flags,
                                                 new Binding<ScalarFunction>{context, function}, callScalar,
                                                 nullptr, nullptr, deleteBinding<ScalarFunction>);
@@ -227,19 +251,12 @@ std::string writeCall(const FunctionInfo& function, Pieces pieces, const SqlType
     return sql + ')';
 }
 
-std::array<std::span<const FunctionInfo>, 5> allFunctions() {
-    return {kTextFunctions, kMathFunctions, kDateFunctions, kSessionFunctions, kWritten};
-}
-
-const FunctionInfo* findFunction(std::string_view name) {
-    static const auto index = [] {
-        std::map<std::string_view, const FunctionInfo*> table;
-        for (const auto& functions : allFunctions())
-            for (const FunctionInfo& function : functions) table.emplace(function.name, &function);
-        return table;
-    }();
-    const auto found = index.find(lowerAscii(name));
-    return found == index.end() ? nullptr : found->second;
+const FunctionInfo& functionNamed(const std::string& name) {
+    const auto found = allFunctions().find(lowerAscii(name));
+    if (found != allFunctions().end()) return *found->second;
+    if (kMissingFunctions.find(" " + lowerAscii(name) + " ") != std::string_view::npos)
+        throw unsupported(toUpper(name));
+    throw SqlError(kUnknownSetOption, "'" + name + "' is not a recognized built-in function name.", 15, 10);
 }
 
 Typed emitCall(const FunctionInfo& function, std::span<const Typed> arguments, bool distinct) {
@@ -281,9 +298,8 @@ void reportError(FunctionContext& context, sqlite3_context* call) {
 void registerFunctions(sqlite3* connection, FunctionContext& context) {
     for (const auto functions : {kOperatorFunctions, kQueryFunctions})
         for (const ScalarFunction& function : functions) registerScalar(connection, context, function);
-    for (const auto& functions : allFunctions())
-        for (const FunctionInfo& function : functions)
-            if (function.scalar.run) registerScalar(connection, context, function.scalar);
+    for (const auto& [name, function] : allFunctions())
+        if (function->scalar.run) registerScalar(connection, context, function->scalar);
     registerAggregates(connection, context);
     const std::string name(kCollation);
     if (sqlite3_create_collation(connection, name.c_str(), SQLITE_UTF8, nullptr, collate) != SQLITE_OK)

@@ -44,19 +44,16 @@ std::string writeCall(const FunctionInfo& function, Pieces arguments, const SqlT
 //   P  name of a date part
 //   [  begins the optional arguments           *  the last argument may be repeated
 //   #  passes the type code of the previous argument to the SQLite function   =  passes that of the result
+//   ~, 0 as in ScalarFunction::traits
 struct FunctionInfo {
     // A function that is registered in SQLite as ts_NAME.
     FunctionInfo(std::string_view called, std::string_view takes, ResultType gives,
-                 Value (*runs)(const SqlCall& call), Nulls nulls = Nulls::GiveNull,
-                 Purity purity = Purity::Pure)
-        : name(called),
-          arguments(takes),
-          result(gives),
-          scalar{"ts_" + std::string(called), runs, nulls, purity} {}
+                 Value (*runs)(const SqlCall& call))
+        : name(called), arguments(takes), result(gives), scalar{"ts_" + std::string(called), takes, runs} {}
     // A function or aggregate of SQLite, or one that is registered elsewhere.
     FunctionInfo(std::string_view called, std::string_view takes, ResultType gives, const char* inSqlite,
                  FunctionKind of = FunctionKind::Scalar)
-        : name(called), arguments(takes), result(gives), scalar{inSqlite, nullptr}, kind(of) {}
+        : name(called), arguments(takes), result(gives), scalar{inSqlite, takes, nullptr}, kind(of) {}
     // A function that is written with other functions. The writer gets converted arguments.
     FunctionInfo(std::string_view called, std::string_view takes, ResultType gives, Writer writes,
                  FunctionKind of = FunctionKind::Scalar)
@@ -72,21 +69,8 @@ struct FunctionInfo {
     FunctionKind kind = FunctionKind::Scalar;
 };
 
-// Functions that SQL Server has and tsqlbox has not, in lower case.
-inline constexpr std::string_view kMissingFunctions =
-    " "
-    "approx_count_distinct applock_mode applock_test binary_checksum checksum checksum_agg "
-    "collationproperty columns_updated compress connectionproperty context_info current_request_id "
-    "current_timezone current_transaction_id datetimeoffsetfromparts decompress decryptbypassphrase "
-    "difference encryptbypassphrase eventdata file_id file_name filegroup_name fileproperty format "
-    "formatmessage has_perms_by_name host_id index_col indexproperty is_rolemember isjson json_modify "
-    "json_query json_value min_active_rowversion objectpropertyex parse percentile_cont percentile_disc "
-    "pwdcompare pwdencrypt rowcount_big session_context soundex sql_variant_property stats_date "
-    "string_escape suser_id suser_sid switchoffset sysdatetimeoffset todatetimeoffset trigger_nestlevel "
-    "try_parse typeproperty user_id ";
-// Returns null for an unknown function. Case-insensitive.
-const FunctionInfo* findFunction(std::string_view name);
-std::array<std::span<const FunctionInfo>, 5> allFunctions();
+// Case-insensitive. Throws SqlError 195 for an unknown function.
+const FunctionInfo& functionNamed(const std::string& name);
 // Throws SqlError 174 or 189 for a wrong number of arguments, 8116 for an argument type that is not allowed.
 Typed emitCall(const FunctionInfo& function, std::span<const Typed> arguments, bool distinct = false);
 

@@ -129,8 +129,8 @@ const FunctionInfo kMathTable[] = {
     {"pi", "", TypeId::Float, [](const SqlCall&) -> Value { return std::numbers::pi; }},
     {"degrees", "F", TypeId::Float, runFloat<[](double x) { return x * 180 / std::numbers::pi; }>},
     {"radians", "F", TypeId::Float, runFloat<[](double x) { return x * std::numbers::pi / 180; }>},
-    {"rand", "[I", TypeId::Float, runRand, Nulls::GiveNull, Purity::Varying},
-    {"isnumeric", "A#", TypeId::Int, runIsNumeric, Nulls::Reach},
+    {"rand", "~[I", TypeId::Float, runRand},
+    {"isnumeric", "0A#", TypeId::Int, runIsNumeric},
 };
 
 }  // namespace

@@ -51,16 +51,16 @@ Value runLike(const SqlCall& call) {
 }
 
 const ScalarFunction kOperatorTable[] = {
-    {"ts_convert", runConvert<Conversion::Cast>},
-    {"ts_try_convert", runConvert<Conversion::Try>},
-    {"ts_assign", runAssign},
-    {"ts_arithmetic", runArithmetic, Nulls::Reach},
-    {"ts_compare",  // (left, left type, right, right type)
+    {"ts_convert", "", runConvert<Conversion::Cast>},
+    {"ts_try_convert", "", runConvert<Conversion::Try>},
+    {"ts_assign", "", runAssign},
+    {"ts_arithmetic", "0", runArithmetic},
+    {"ts_compare", "",  // (left, left type, right, right type)
      [](const SqlCall& call) -> Value {
          return std::int64_t{compareExact(exactOf(call[0]), call.type(1), exactOf(call[2]), call.type(3))};
      }},
-    {"ts_like", runLike},
-    {"ts_unpadded",  // (bytes), without the zeros at their end
+    {"ts_like", "", runLike},
+    {"ts_unpadded", "",  // (bytes), without the zeros at their end
      [](const SqlCall& call) {
          const auto bytes = std::get<Blob>(call[0]);
          return ownedValue(bytes.substr(0, bytes.find_last_not_of(std::byte{0}) + 1));

@@ -147,93 +147,84 @@ std::vector<std::pair<std::string, int>> typeNumbers() {
     return all;
 }
 
-constexpr auto kReach = Nulls::Reach;
-
 const ScalarFunction kQueryTable[] = {
-    {"ts_variable", [](const SqlCall& call) { return call.session().variableValue(call.text(0)); }, kReach,
-     Purity::Varying},
-    {"ts_call",  // (database, key, argument...); a user-defined function
+    {"ts_variable", "~0", [](const SqlCall& call) { return call.session().variableValue(call.text(0)); }},
+    {"ts_call", "~0",  // (database, key, argument...); a user-defined function
      [](const SqlCall& call) {
          return call.session().callFunction(call.text(0), call.text(1), call.arguments().subspan(2));
-     },
-     kReach, Purity::Varying},
-    {"ts_next_value",  // (database, id of a sequence)
-     [](const SqlCall& call) { return call.session().nextValue(call.text(0), call.integer(1)); }, kReach,
-     Purity::Varying},
-    {"ts_next_identity",  // (schema, table, increment)
+     }},
+    {"ts_next_value", "~0",  // (database, id of a sequence)
+     [](const SqlCall& call) { return call.session().nextValue(call.text(0), call.integer(1)); }},
+    {"ts_next_identity", "~0",  // (schema, table, increment)
      [](const SqlCall& call) -> Value {
          return call.session().nextIdentity(call.text(0), call.text(1), call.integer(2));
-     },
-     kReach, Purity::Varying},
-    {"ts_identity",  // (number, type of the column)
+     }},
+    {"ts_identity", "",  // (number, type of the column)
      [](const SqlCall& call) -> Value {
          if (fits(call.integer(0), call.type(1))) return call.integer(0);
          throw sqlError(kArithmeticOverflow, {"IDENTITY", baseName(call.type(1).id)}, 1);
      }},
-    {"ts_sequence_value",  // (its text, number of values given)
+    {"ts_sequence_value", "",  // (its text, number of values given)
      [](const SqlCall& call) {
          const auto value = Sequence::read(std::string(call.text(0))).value(call.integer(1));
          return value ? Value(*value) : Value(Null{});
      }},
-    {"ts_noted",  // (value); returns it, and notes a NULL that an aggregate skips
+    {"ts_noted", "~0",  // (value); returns it, and notes a NULL that an aggregate skips
      [](const SqlCall& call) {
          if (isNull(call[0])) call.context().noteNullLeftOut();
          return ownedValue(call[0]);
-     },
-     kReach, Purity::Varying},
-    {"ts_single",  // (rows, value); the value of a subquery, which may have one row at most
+     }},
+    {"ts_single", "0",  // (rows, value); the value of a subquery, which may have one row at most
      [](const SqlCall& call) {
          if (call.integer(0) > 1) throw sqlError(kSubqueryWithSeveralRows);
          return ownedValue(call[1]);
-     },
-     kReach},
-    {"ts_deeper",  // (depth, limit); depth + 1; limit 0: none
+     }},
+    {"ts_deeper", "",  // (depth, limit); depth + 1; limit 0: none
      [](const SqlCall& call) -> Value {
          if (call.integer(1) > 0 && call.integer(0) >= call.integer(1))
              throw sqlError(kRecursionExhausted, {std::to_string(call.integer(1))});
          return call.integer(0) + 1;
      }},
-    {"ts_rows",  // (requested rows, least, error)
+    {"ts_rows", "0",  // (requested rows, least, error)
      [](const SqlCall& call) -> Value {
          if (isNull(call[0])) throw sqlError(kRowCountNotInteger);
          if (call.integer(0) < call.integer(1)) throw sqlError(static_cast<int>(call.integer(2)));
          return call.integer(0);
-     },
-     kReach},
-    {"ts_pack", [](const SqlCall& call) -> Value { return packed(call.arguments()); }, kReach},
-    {"ts_unpack", runUnpack},
-    {"ts_split", runSplit},
-    {"ts_xml", runXml},
-    {"ts_xml_value", runXmlValue},
-    {"ts_schema_of", [](const SqlCall& call) -> Value { return std::string(schemaOf(call.text(0))); }},
-    {"ts_bare_name", [](const SqlCall& call) -> Value { return std::string(bareName(call.text(0))); }},
-    {"ts_referenced",  // (text of a foreign key); names of the columns that it references, or NULL without
-                       // any
+     }},
+    {"ts_pack", "0", [](const SqlCall& call) -> Value { return packed(call.arguments()); }},
+    {"ts_unpack", "", runUnpack},
+    {"ts_split", "", runSplit},
+    {"ts_xml", "", runXml},
+    {"ts_xml_value", "", runXmlValue},
+    {"ts_schema_of", "", [](const SqlCall& call) -> Value { return std::string(schemaOf(call.text(0))); }},
+    {"ts_bare_name", "", [](const SqlCall& call) -> Value { return std::string(bareName(call.text(0))); }},
+    {"ts_referenced", "",  // (text of a foreign key); names of the columns that it references, or NULL
+                           // without any
      [](const SqlCall& call) {
          const auto names = parseConstraint(call.text(0)).referencedColumns;
          return names.empty() ? Value(Null{}) : Value(commaList(names));
      }},
-    {"ts_on_delete", [](const SqlCall& call) -> Value { return parseConstraint(call.text(0)).onDelete; }},
-    {"ts_on_update", [](const SqlCall& call) -> Value { return parseConstraint(call.text(0)).onUpdate; }},
-    {"ts_name_of_type",
+    {"ts_on_delete", "", [](const SqlCall& call) -> Value { return parseConstraint(call.text(0)).onDelete; }},
+    {"ts_on_update", "", [](const SqlCall& call) -> Value { return parseConstraint(call.text(0)).onUpdate; }},
+    {"ts_name_of_type", "",
      [](const SqlCall& call) -> Value {
          for (const auto& [name, id] : typeNumbers())
              if (id == call.integer(0)) return name;
          return Null{};
      }},
-    {"ts_id_of_type",
+    {"ts_id_of_type", "",
      [](const SqlCall& call) -> Value {
          for (const auto& [name, id] : typeNumbers())
              if (sameWord(name, parseObjectName(call.text(0)).name)) return id;
          return Null{};
      }},
-    {"ts_type_name", runTypeFact<[](auto& type) -> Value { return std::string(baseName(type.id)); }>},
-    {"ts_type_id", runTypeFact<[](auto& type) -> Value { return systemId(type.id); }>},
-    {"ts_type_family", runTypeFact<familyOf>},
-    {"ts_type_length", runTypeFact<[](auto& type) -> Value { return maxLength(type); }>},
-    {"ts_type_characters", runTypeFact<charactersOf>},
-    {"ts_type_precision", runTypeFact<digitsOf>},
-    {"ts_type_scale", runTypeFact<[](auto& type) -> Value { return std::int64_t{type.scale}; }>},
+    {"ts_type_name", "", runTypeFact<[](auto& type) -> Value { return std::string(baseName(type.id)); }>},
+    {"ts_type_id", "", runTypeFact<[](auto& type) -> Value { return systemId(type.id); }>},
+    {"ts_type_family", "", runTypeFact<familyOf>},
+    {"ts_type_length", "", runTypeFact<[](auto& type) -> Value { return maxLength(type); }>},
+    {"ts_type_characters", "", runTypeFact<charactersOf>},
+    {"ts_type_precision", "", runTypeFact<digitsOf>},
+    {"ts_type_scale", "", runTypeFact<[](auto& type) -> Value { return std::int64_t{type.scale}; }>},
 };
 
 }  // namespace

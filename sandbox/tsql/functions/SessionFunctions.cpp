@@ -1,8 +1,9 @@
 // T-SQL's functions about the session and the server, as SQLite functions.
-#include <sodium.h>
 #include <unistd.h>
 
 #include <atomic>
+#include <boost/uuid/random_generator.hpp>
+#include <boost/uuid/uuid_io.hpp>
 #include <cstdio>
 
 #include "functions/Functions.h"
@@ -11,14 +12,8 @@
 namespace tsql {
 namespace {
 
-// A random (version 4) identifier.
 Value runNewId(const SqlCall&) {
-    std::array<std::byte, 16> bytes{};
-    randombytes_buf(bytes.data(), bytes.size());
-    bytes[7] = (bytes[7] & std::byte{0x0F}) | std::byte{0x40};
-    bytes[8] = (bytes[8] & std::byte{0x3F}) | std::byte{0x80};
-    const SqlType binary{TypeId::Binary, 16, 0, 0};
-    return convertValue(Blob(bytes.data(), bytes.size()), binary, simpleType(TypeId::UniqueIdentifier));
+    return toUpper(boost::uuids::to_string(boost::uuids::random_generator()()));
 }
 
 // Ascends in the order of strings, also across restarts of the server.
@@ -187,67 +182,61 @@ Value isMember(const SqlCall&) {
     return 1;
 }
 const SqlType kName = nvarcharType(128);
-constexpr auto kNulls = Nulls::GiveNull;
-constexpr auto kVarying = Purity::Varying;
 
 const FunctionInfo kSessionTable[] = {
-    {"newid", "", TypeId::UniqueIdentifier, runNewId, kNulls, kVarying},
-    {"newsequentialid", "", TypeId::UniqueIdentifier, runNewSequentialId, kNulls, kVarying},
-    {"db_name", "[I", kName, [](const SqlCall& call) { return orNull(databaseArgument(call, 0)); }, kNulls,
-     kVarying},
-    {"db_id", "[T", TypeId::Int, databaseNumber, kNulls, kVarying},
-    {"object_id", "T[T", TypeId::Int, objectId, kNulls, kVarying},
-    {"object_name", "I[I", kName, ofObject<&ObjectInfo::name>, kNulls, kVarying},
-    {"objectproperty", "IT", TypeId::Int, objectProperty, kNulls, kVarying},
-    {"object_schema_name", "I[I", kName, ofObject<&ObjectInfo::schemaName>, kNulls, kVarying},
-    {"object_definition", "I", nvarcharType(SqlType::kMax), objectDefinition, kNulls, kVarying},
-    {"has_dbaccess", "T", TypeId::Int,
-     [](const SqlCall& call) { return call.session().storage().exists(call.text(0)) ? Value(1) : Null{}; },
-     kNulls, kVarying},
-    {"col_length", "TT", TypeId::SmallInt, columnLength, kNulls, kVarying},
-    {"col_name", "II", kName, columnName, kNulls, kVarying},
-    {"columnproperty", "ITT", TypeId::Int, columnProperty, kNulls, kVarying},
+    {"newid", "~", TypeId::UniqueIdentifier, runNewId},
+    {"newsequentialid", "~", TypeId::UniqueIdentifier, runNewSequentialId},
+    {"db_name", "~[I", kName, [](const SqlCall& call) { return orNull(databaseArgument(call, 0)); }},
+    {"db_id", "~[T", TypeId::Int, databaseNumber},
+    {"object_id", "~T[T", TypeId::Int, objectId},
+    {"object_name", "~I[I", kName, ofObject<&ObjectInfo::name>},
+    {"objectproperty", "~IT", TypeId::Int, objectProperty},
+    {"object_schema_name", "~I[I", kName, ofObject<&ObjectInfo::schemaName>},
+    {"object_definition", "~I", nvarcharType(SqlType::kMax), objectDefinition},
+    {"has_dbaccess", "~T", TypeId::Int,
+     [](const SqlCall& call) { return call.session().storage().exists(call.text(0)) ? Value(1) : Null{}; }},
+    {"col_length", "~TT", TypeId::SmallInt, columnLength},
+    {"col_name", "~II", kName, columnName},
+    {"columnproperty", "~ITT", TypeId::Int, columnProperty},
     {"type_name", "I", kName, "ts_name_of_type"},
     {"type_id", "T", TypeId::Int, "ts_id_of_type"},
-    {"schema_id", "[T", TypeId::Int, schemaNumber, kNulls, kVarying},
-    {"schema_name", "[I", kName, schemaName, kNulls, kVarying},
-    {"user_name", "[I", kName, owner, kNulls, kVarying},
-    {"current_user", "", kName, owner, kNulls, kVarying},
-    {"session_user", "", kName, owner, kNulls, kVarying},
-    {"user", "", kName, owner, kNulls, kVarying},
-    {"suser_sname", "[A", kName, client<&FunctionSession::loginName>, kNulls, kVarying},
-    {"suser_name", "[A", kName, client<&FunctionSession::loginName>, kNulls, kVarying},
-    {"system_user", "", kName, client<&FunctionSession::loginName>, kNulls, kVarying},
-    {"original_login", "", kName, client<&FunctionSession::loginName>, kNulls, kVarying},
-    {"host_name", "", kName, client<&FunctionSession::clientHost>, kNulls, kVarying},
-    {"app_name", "", kName, client<&FunctionSession::clientProgram>, kNulls, kVarying},
-    {"serverproperty", "T", kName, serverProperty, kNulls, kVarying},
-    {"databasepropertyex", "TT", kName,
+    {"schema_id", "~[T", TypeId::Int, schemaNumber},
+    {"schema_name", "~[I", kName, schemaName},
+    {"user_name", "~[I", kName, owner},
+    {"current_user", "~", kName, owner},
+    {"session_user", "~", kName, owner},
+    {"user", "~", kName, owner},
+    {"suser_sname", "~[A", kName, client<&FunctionSession::loginName>},
+    {"suser_name", "~[A", kName, client<&FunctionSession::loginName>},
+    {"system_user", "~", kName, client<&FunctionSession::loginName>},
+    {"original_login", "~", kName, client<&FunctionSession::loginName>},
+    {"host_name", "~", kName, client<&FunctionSession::clientHost>},
+    {"app_name", "~", kName, client<&FunctionSession::clientProgram>},
+    {"serverproperty", "~T", kName, serverProperty},
+    {"databasepropertyex", "~TT", kName,
      [](const SqlCall& call) {
          const bool exists = call.session().storage().exists(call.text(0));
          return exists ? propertyIn(kDatabaseProperties, call.text(1)) : Value(Null{});
-     },
-     kNulls, kVarying},
-    {"is_srvrolemember", "T[T", TypeId::Int, isMember, kNulls, kVarying},
-    {"is_member", "T", TypeId::Int, isMember, kNulls, kVarying},
-    {"scope_identity", "", decimalType(38, 0),
-     [](const SqlCall& call) { return identityValue(call.session().scopeIdentity()); }, kNulls, kVarying},
-    {"ident_current", "T", decimalType(38, 0), currentIdentity, kNulls, kVarying},
-    {"ident_seed", "T", decimalType(38, 0), ofIdentity<&TableInfo::seed>, kNulls, kVarying},
-    {"ident_incr", "T", decimalType(38, 0), ofIdentity<&TableInfo::increment>, kNulls, kVarying},
-    {"error_number", "", TypeId::Int, caught<&Message::number>, kNulls, kVarying},
-    {"error_severity", "", TypeId::Int, caught<&Message::severity>, kNulls, kVarying},
-    {"error_state", "", TypeId::Int, caught<&Message::state>, kNulls, kVarying},
-    {"error_line", "", TypeId::Int, caught<&Message::line>, kNulls, kVarying},
-    {"error_procedure", "", kName, caught<&Message::procedure>, kNulls, kVarying},
-    {"error_message", "", nvarcharType(4000), caught<&Message::text>, kNulls, kVarying},
-    {"cursor_status", "TT", TypeId::SmallInt,
-     [](const SqlCall& call) { return call.session().cursorStatus(call.text(0), call.text(1)); }, kNulls,
-     kVarying},
-    {"update", "T", TypeId::Int,  // UPDATE(column)
-     [](const SqlCall& call) -> Value { return call.session().isUpdated(call.text(0)); }, kNulls, kVarying},
-    {"xact_state", "", TypeId::SmallInt,
-     [](const SqlCall& call) -> Value { return call.session().transactionState(); }, kNulls, kVarying},
+     }},
+    {"is_srvrolemember", "~T[T", TypeId::Int, isMember},
+    {"is_member", "~T", TypeId::Int, isMember},
+    {"scope_identity", "~", decimalType(38, 0),
+     [](const SqlCall& call) { return identityValue(call.session().scopeIdentity()); }},
+    {"ident_current", "~T", decimalType(38, 0), currentIdentity},
+    {"ident_seed", "~T", decimalType(38, 0), ofIdentity<&TableInfo::seed>},
+    {"ident_incr", "~T", decimalType(38, 0), ofIdentity<&TableInfo::increment>},
+    {"error_number", "~", TypeId::Int, caught<&Message::number>},
+    {"error_severity", "~", TypeId::Int, caught<&Message::severity>},
+    {"error_state", "~", TypeId::Int, caught<&Message::state>},
+    {"error_line", "~", TypeId::Int, caught<&Message::line>},
+    {"error_procedure", "~", kName, caught<&Message::procedure>},
+    {"error_message", "~", nvarcharType(4000), caught<&Message::text>},
+    {"cursor_status", "~TT", TypeId::SmallInt,
+     [](const SqlCall& call) { return call.session().cursorStatus(call.text(0), call.text(1)); }},
+    {"update", "~T", TypeId::Int,  // UPDATE(column)
+     [](const SqlCall& call) -> Value { return call.session().isUpdated(call.text(0)); }},
+    {"xact_state", "~", TypeId::SmallInt,
+     [](const SqlCall& call) -> Value { return call.session().transactionState(); }},
 };
 
 }  // namespace

@@ -39,16 +39,14 @@ class SqlCall {
     std::size_t m_count;
 };
 
-// GiveNull: a NULL argument makes the result NULL. Reach: NULLs are passed to the function.
-enum class Nulls { GiveNull, Reach };
-enum class Purity { Pure, Varying };  // Pure: the same arguments give the same value
-
-// A scalar function to register in SQLite.
+// A scalar function to register in SQLite. Its traits:
+//   ~  the same arguments may give another value
+//   0  NULLs are passed to it; else a NULL argument makes the result NULL
 struct ScalarFunction {
     std::string name;
+    std::string_view traits;
     Value (*run)(const SqlCall& call);
-    Nulls nulls = Nulls::GiveNull;
-    Purity purity = Purity::Pure;
+    bool has(char trait) const { return traits.find(trait) != std::string_view::npos; }
 };
 
 // What SQLite passes to the functions that are registered in it.

@@ -122,7 +122,7 @@ std::string Translator::returning(const TableInfo& target, const std::optional<O
     if (!output) return {};
     const Temporarily clause(m_nextValue, kNextValueInClause);
     Scope scope;
-    m_scope = &scope;
+    const Temporarily inner(m_scope, &scope);
     addSource(target, exposed, {});
     if (!record.empty()) {
         addSource(target, "deleted", {});
@@ -136,7 +136,6 @@ std::string Translator::returning(const TableInfo& target, const std::optional<O
         if (item.identity) throw sqlError(kIdentityWithoutInto);
         selectItem(item, m_output, list, /*collate=*/false);
     }
-    m_scope = nullptr;
     if (record.empty()) return " RETURNING " + list;
     m_output.sql = "SELECT " + list + " FROM temp." + record;
     return {};
@@ -184,7 +183,7 @@ std::string Translator::joinedSources(const TableInfo& target, const ObjectName&
 std::string Translator::update(const TableInfo& target, const Update& update, const std::string& record) {
     m_topLevel = false;
     Scope scope;
-    m_scope = &scope;
+    const Temporarily inner(m_scope, &scope);
     std::string rowid;
     const std::string sources = joinedSources(target, update.table, update.from, rowid);
     const std::string prefix = rowid.substr(0, rowid.find('.') + 1);
@@ -216,7 +215,6 @@ std::string Translator::update(const TableInfo& target, const Update& update, co
     const std::string rows = "SELECT " + rowid + " AS id" + picked + sources + where + top;
     const std::string returned =
         returning(target, update.output, "inserted", record) + returnedToVariables(target, update);
-    m_scope = nullptr;
     for (const auto& column : target.columns) {
         const auto value = names.find(&column);
         const std::string name = quotedName(column.name);
@@ -243,20 +241,18 @@ std::string Translator::filter(const Change& change) {
 std::string Translator::remove(const TableInfo& target, const Delete& statement) {
     m_topLevel = false;
     Scope scope;
-    m_scope = &scope;
+    const Temporarily inner(m_scope, &scope);
     std::string rowid;
     const std::string sources = joinedSources(target, statement.table, statement.from, rowid);
     const std::string where = filter(statement);
     const std::string top = changeLimit(statement.top);
-    const std::string returned = returning(target, statement.output, "deleted");
-    m_scope = nullptr;
     return "DELETE FROM " + target.sqlName() + " WHERE _rowid_ IN (SELECT " + rowid + sources + where + top +
-           ")" + returned;
+           ")" + returning(target, statement.output, "deleted");
 }
 
 CheckText Translator::check(const TableInfo& table, const Expr& expr) {
     Scope scope;
-    m_scope = &scope;
+    const Temporarily inner(m_scope, &scope);
     m_nextValue = kNextValueInSubquery;
     addSource(table, table.name, {});
     CheckText text;
@@ -267,7 +263,6 @@ CheckText Translator::check(const TableInfo& table, const Expr& expr) {
         text = {typed.sql, {}, typed.type};
     }
     for (const auto& name : scope.loose) text.columns.insert(name.substr(table.name.size() + 1));
-    m_scope = nullptr;
     return text;
 }
 

@@ -146,22 +146,16 @@ Typed Translator::node(const Call& call) {
     if (!call.name.schema.empty() || !call.name.database.empty()) return userCall(call);
     if (sameWord(call.name.name, "GROUPING") || sameWord(call.name.name, "GROUPING_ID"))
         return grouping(call);
-    const FunctionInfo* function = findFunction(call.name.name);
-    if (!function && kMissingFunctions.find(" " + lowerAscii(call.name.name) + " ") != std::string_view::npos)
-        throw unsupported(toUpper(call.name.name));
-    if (!function)
-        throw SqlError(kUnknownSetOption,
-                       "'" + call.name.name + "' is not a recognized built-in function name.", 15, 10);
-    const FunctionKind kind = function->kind;
-    if (!call.within.empty() && function->name != "string_agg")
+    const FunctionInfo& function = functionNamed(call.name.name);
+    const FunctionKind kind = function.kind;
+    if (!call.within.empty() && function.name != "string_agg")
         throw sqlError(kWithinGroupNotAllowed, {toUpper(call.name.name)});
     if (call.over || kind == FunctionKind::Ranking || kind == FunctionKind::Framed)
-        return windowCall(*function, call);
-    if (kind == FunctionKind::Aggregate) return aggregateCall(*function, call);
-    const bool chooses =
-        function->name == "nullif" || function->arguments.find('R') != std::string_view::npos;
+        return windowCall(function, call);
+    if (kind == FunctionKind::Aggregate) return aggregateCall(function, call);
+    const bool chooses = function.name == "nullif" || function.arguments.find('R') != std::string_view::npos;
     const Temporarily inner(m_nextValue, chooses ? kNextValueInCase : m_nextValue);
-    return emitCall(*function, callArguments(call, function->takesDatePart()), call.distinct);
+    return emitCall(function, callArguments(call, function.takesDatePart()), call.distinct);
 }
 
 // GROUPING(key), GROUPING_ID(key, ...): 1, as bits, for keys of other grouping sets

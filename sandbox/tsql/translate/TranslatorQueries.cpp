@@ -35,8 +35,7 @@ std::string keysOf(const QueryText& text, const std::string& prefix = {}) {
 // One row for all rows that are equal. DISTINCT of SQLite does not ignore the zeros at the end of binary
 // strings.
 std::string distinctRows(const std::string& rows, const QueryText& text) {
-    const auto named = [](const OutputColumn& each) { return each.alias + " AS " + each.alias; };
-    return "SELECT " + commaList(text.columns, named) + " FROM (" + rows + ") GROUP BY " + keysOf(text);
+    return "SELECT * FROM (" + rows + ") GROUP BY " + keysOf(text);
 }
 
 // Returns the output column, by number, that an ORDER BY item of SELECT DISTINCT repeats.
