@@ -182,7 +182,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     void run(const Truncate& truncate);
     using ChangeRows = std::function<void(const TableInfo& target)>;
     std::int64_t sendRows(PreparedStatement& statement, const QueryText& text, std::int64_t most = 0);
-    std::int64_t assignRows(PreparedStatement& statement, const std::vector<Assignment>& assignments,
+    std::int64_t assignRows(PreparedStatement& statement, const std::vector<Column>& variables,
                             std::int64_t most = 0);
     // Passes the rows that `work` sends to `handler` instead of the client.
     void divert(const RowHandler& handler, const std::function<void()>& work);

@@ -48,7 +48,7 @@ std::vector<TableColumn> Executor::viewColumns(const CreateModule& module) {
     within(stored, [&] {
         QueryText text = Translator(*this).query(*module.query);
         Translator::rename(text, module.columns, module.name.name, kUnnamedViewColumn, kRepeatedViewColumn);
-        for (const auto& [column, alias, nullLiteral, isNew] : text.columns)
+        for (const auto& column : text.columns)
             columns.push_back({column.name, column.type, column.nullable});
     });
     return columns;

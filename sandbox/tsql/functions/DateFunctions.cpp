@@ -25,7 +25,7 @@ Value runOfDate(const SqlCall& call) {
 // YEAR(value) is DATEPART(year, value).
 std::string writePart(const FunctionInfo& function, Pieces pieces, const SqlType&) {
     const auto part = static_cast<std::int64_t>(*findDatePart(function.name));
-    const Typed whole[] = {typedConstant(std::to_string(part), {part, simpleType(TypeId::Int)}), pieces[0]};
+    const Typed whole[] = {literal({part, simpleType(TypeId::Int)}), pieces[0]};
     checkDatePart(whole, function.name);
     return "ts_datepart(" + whole[0].sql + "," + whole[1].sql + ")";
 }
@@ -71,7 +71,9 @@ Value runIsDate(const SqlCall& call) {
                         !call.text(0).empty()};
 }
 
-const FunctionInfo kDateTable[] = {
+}  // namespace
+
+const std::vector<FunctionInfo> kDateFunctions = {
     {"getdate", "~=", TypeId::DateTime, runNow<&Now::local>},
     {"current_timestamp", "~=", TypeId::DateTime, runNow<&Now::local>},
     {"getutcdate", "~=", TypeId::DateTime, runNow<&Now::utc>},
@@ -98,22 +100,17 @@ const FunctionInfo kDateTable[] = {
     {"isdate", "0T", TypeId::Int, runIsDate},
 };
 
-}  // namespace
-
 void checkDatePart(Pieces arguments, std::string_view function) {
     const auto part = static_cast<DatePart>(*arguments[0].integer);
     const TypeId type = arguments.back().type.id;
-    const bool isDifference = function.starts_with("datediff"),
-               changes = isDifference || function == "dateadd";
+    const bool isDiff = function.starts_with("datediff"), changes = isDiff || function == "dateadd";
     if (part == DatePart::IsoWeek && changes)
-        throw sqlError(kDatePartNotSupported, {nameOf(part), isDifference ? "datediff" : function});
-    if (isDifference) return;
+        throw sqlError(kDatePartNotSupported, {nameOf(part), isDiff ? "datediff" : function});
+    if (isDiff) return;
     const bool ofClock = part >= DatePart::Hour;
     const bool tooFine = changes && part > DatePart::Millisecond && isClassicDate(type);
     if (tooFine || (ofClock ? type == TypeId::Date : type == TypeId::Time))
         throw sqlError(kDatePartNotSupportedForType, {nameOf(part), function, baseName(type)});
 }
-
-const std::span<const FunctionInfo> kDateFunctions = kDateTable;
 
 }  // namespace tsql

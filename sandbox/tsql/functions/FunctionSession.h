@@ -29,8 +29,7 @@ class FunctionSession {
     virtual std::optional<std::int64_t> lastIdentity(const TableInfo& table) = 0;
     virtual std::optional<std::int64_t> scopeIdentity() const = 0;
     // Next identity of a table of that increment, which SQLite does not generate.
-    virtual std::int64_t nextIdentity(std::string_view schema, std::string_view table,
-                                      std::int64_t increment) = 0;
+    virtual std::int64_t nextIdentity(std::string_view schema, std::string_view table, std::int64_t step) = 0;
     // Next value of the sequence with that id. Throws SqlError 11728 if there is none.
     virtual Value nextValue(std::string_view database, std::int64_t id) = 0;
     virtual int transactionState() const = 0;  // as XACT_STATE() returns it

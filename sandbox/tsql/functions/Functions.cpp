@@ -9,8 +9,14 @@ namespace {
 
 constexpr std::size_t kAnyNumber = 254;
 
-// --- result types
-
+SqlType resultType(const FunctionInfo& function, Pieces pieces) {
+    if (const auto* rule = std::get_if<TypeRule>(&function.result)) return (*rule)(pieces);
+    const auto* id = std::get_if<TypeId>(&function.result);
+    return id ? simpleType(*id) : std::get<SqlType>(function.result);
+}
+SqlType sameAsFirst(Pieces pieces) {
+    return pieces[pieces[0].nullLiteral ? 1 : 0].type;
+}
 SqlType coalescedType(Pieces pieces) {
     if (std::ranges::all_of(pieces, &Typed::nullLiteral)) throw sqlError(kCoalesceOfNulls);
     return commonType(pieces);
@@ -32,7 +38,27 @@ SqlType extremeType(Pieces pieces) {
     return pieces[0].type;
 }
 
-// --- writers
+// Whether a character of a pattern is an argument.
+constexpr bool isArgument(char letter) {
+    return letter >= 'A' && letter <= 'Z';
+}
+
+// NAME(argument, ...) with the function's name in SQLite and the type codes of the pattern.
+std::string writeCall(const FunctionInfo& function, Pieces pieces, const SqlType& result) {
+    const auto* inSqlite = std::get_if<const char*>(&function.body);
+    std::string sql = std::holds_alternative<SqlFunction>(function.body) ? "ts_" : "";
+    sql += inSqlite ? *inSqlite : function.name;
+    const auto add = [&](const std::string& text) { sql.append(sql.back() == '(' ? "" : ",").append(text); };
+    sql += '(';
+    std::size_t next = 0;
+    for (const char letter : function.arguments) {
+        if (letter == '#') add(std::to_string(encodeType(pieces[next - 1].type)));
+        if (isArgument(letter) && next < pieces.size()) add(pieces[next++].sql);
+    }
+    while (next < pieces.size()) add(pieces[next++].sql);
+    if (function.arguments.ends_with('=')) add(std::to_string(encodeType(result)));
+    return sql + ')';
+}
 
 std::string writeNullIf(const FunctionInfo&, Pieces pieces, const SqlType&) {
     return "CASE WHEN " + emitCompare(CompareOp::Equal, pieces[0], pieces[1]) + " THEN NULL ELSE " +
@@ -84,7 +110,7 @@ constexpr auto kAggregate = FunctionKind::Aggregate, kRanking = FunctionKind::Ra
                kFramed = FunctionKind::Framed;
 
 // Functions that SQLite has, or that are written with other functions.
-const FunctionInfo kWritten[] = {
+const std::vector<FunctionInfo> kWritten = {
     {"isnull", "AR", sameAsFirst, "ifnull"},
     {"coalesce", "RR*", coalescedType, "coalesce"},
     {"nullif", "AA", nullIfType, writeNullIf},
@@ -134,15 +160,13 @@ constexpr std::string_view kMissingFunctions =
 const std::map<std::string_view, const FunctionInfo*>& allFunctions() {
     static const auto all = [] {
         std::map<std::string_view, const FunctionInfo*> table;
-        for (const auto& part :
-             {kTextFunctions, kMathFunctions, kDateFunctions, kSessionFunctions, {kWritten}})
-            for (const FunctionInfo& function : part) table.emplace(function.name, &function);
+        for (const auto* part :
+             {&kTextFunctions, &kMathFunctions, &kDateFunctions, &kSessionFunctions, &kWritten})
+            for (const FunctionInfo& function : *part) table.emplace(function.name, &function);
         return table;
     }();
     return all;
 }
-
-// --- arguments
 
 // String type for every value of the type.
 SqlType textTypeFor(const SqlType& type) {
@@ -169,9 +193,9 @@ SqlType wantedType(char letter, const SqlType& type) {
 
 Typed argument(const FunctionInfo& function, std::size_t i, char letter, const Typed& value) {
     if (letter == 'P') {
-        const auto part = findDatePart(value.word);
-        if (!part) throw sqlError(kUnknownOption, {value.word, function.name});
-        return typedConstant(std::to_string(int(*part)), {std::int64_t{int(*part)}, simpleType(TypeId::Int)});
+        const auto part = findDatePart(value.sql);
+        if (!part) throw sqlError(kUnknownOption, {value.sql, function.name});
+        return literal({std::int64_t{int(*part)}, simpleType(TypeId::Int)});
     }
     const SqlType wanted = wantedType(letter, value.type);
     const TypeId given = value.type.id;
@@ -194,17 +218,14 @@ void checkCount(const FunctionInfo& function, std::size_t letters, std::size_t c
         : sqlError(kFunctionTakesArguments, {function.name, std::to_string(least), std::to_string(most)});
 }
 
-// --- registration in SQLite
-
 void callScalar(sqlite3_context* call, int count, sqlite3_value** values) {
     const auto& binding = *static_cast<const Binding<ScalarFunction>*>(sqlite3_user_data(call));
     try {
         const SqlCall arguments(binding.context, count, values);
-        for (const CellView& each : arguments.arguments())
+        for (const CellView& each : arguments.arguments()) {
+            if (isNull(each) && !binding.function.has('0')) return sqlite3_result_null(call);
             if (const auto* text = std::get_if<std::string_view>(&each)) spendWork(text->size());
-        const bool anyNull =
-            std::ranges::any_of(arguments.arguments(), [](const auto& each) { return isNull(each); });
-        if (anyNull && !binding.function.has('0')) return sqlite3_result_null(call);
+        }
         giveResult(call, binding.function.run(arguments));
     } catch (...) {
         reportError(binding.context, call);
@@ -219,36 +240,13 @@ void registerScalar(sqlite3* connection, FunctionContext& context, const ScalarF
     if (code != SQLITE_OK) throw std::runtime_error(sqlite3_errmsg(connection));
 }
 
-int collate(void*, int leftSize, const void* left, int rightSize, const void* right) {
-    return compareText({static_cast<const char*>(left), static_cast<std::size_t>(leftSize)},
-                       {static_cast<const char*>(right), static_cast<std::size_t>(rightSize)});
-}
-
 }  // namespace
-
-SqlType sameAsFirst(Pieces pieces) {
-    return pieces[pieces[0].nullLiteral ? 1 : 0].type;
-}
 
 SqlType numberType(Pieces pieces) {
     const SqlType& type = pieces[0].type;
     if (type.id < TypeId::Int) return simpleType(TypeId::Int);
     if (type.id == TypeId::SmallMoney) return simpleType(TypeId::Money);
     return type.id == TypeId::Real ? simpleType(TypeId::Float) : type;
-}
-
-std::string writeCall(const FunctionInfo& function, Pieces pieces, const SqlType& result) {
-    std::string sql = function.scalar.name.empty() ? std::string(function.name) : function.scalar.name;
-    const auto add = [&](const std::string& text) { sql.append(sql.back() == '(' ? "" : ",").append(text); };
-    sql += '(';
-    std::size_t next = 0;
-    for (const char letter : function.arguments) {
-        if (letter == '#') add(std::to_string(encodeType(pieces[next - 1].type)));
-        if (isArgument(letter) && next < pieces.size()) add(pieces[next++].sql);
-    }
-    while (next < pieces.size()) add(pieces[next++].sql);
-    if (function.arguments.ends_with('=')) add(std::to_string(encodeType(result)));
-    return sql + ')';
 }
 
 const FunctionInfo& functionNamed(const std::string& name) {
@@ -264,16 +262,17 @@ Typed emitCall(const FunctionInfo& function, std::span<const Typed> arguments, b
     std::ranges::copy_if(function.arguments, std::back_inserter(letters), isArgument);
     const auto letterOf = [&](std::size_t i) { return letters[std::min(i, letters.size() - 1)]; };
     checkCount(function, letters.size(), arguments.size());
-    if (function.kind == FunctionKind::Aggregate && arguments[0].word == "*")
-        return {"count(*)", function.result.of(arguments)};
+    if (function.kind == FunctionKind::Aggregate && arguments[0].sql == "*")
+        return {"count(*)", resultType(function, arguments)};
     std::vector<Typed> pieces;
     for (std::size_t i = 0; i < arguments.size(); ++i)
         pieces.push_back(argument(function, i, letterOf(i), arguments[i]));
     if (function.takesDatePart()) checkDatePart(pieces, function.name);
-    const SqlType type = function.result.of(pieces);
+    const SqlType type = resultType(function, pieces);
     for (std::size_t i = 0; i < pieces.size(); ++i)
         if (letterOf(i) == 'R') pieces[i] = coerce(pieces[i], type);
-    std::string sql = function.write(function, pieces, type);
+    const auto* writer = std::get_if<Writer>(&function.body);
+    std::string sql = (writer ? *writer : writeCall)(function, pieces, type);
     if (distinct) sql.insert(sql.find('(') + 1, "DISTINCT ");
     Typed result{sql, type};
     if (function.name == "isnull") result.nullable = pieces[0].nullable && pieces[1].nullable;
@@ -296,11 +295,16 @@ void reportError(FunctionContext& context, sqlite3_context* call) {
 }
 
 void registerFunctions(sqlite3* connection, FunctionContext& context) {
-    for (const auto functions : {kOperatorFunctions, kQueryFunctions})
-        for (const ScalarFunction& function : functions) registerScalar(connection, context, function);
+    for (const auto* functions : {&kOperatorFunctions, &kQueryFunctions})
+        for (const ScalarFunction& function : *functions) registerScalar(connection, context, function);
     for (const auto& [name, function] : allFunctions())
-        if (function->scalar.run) registerScalar(connection, context, function->scalar);
+        if (const auto* run = std::get_if<SqlFunction>(&function->body))
+            registerScalar(connection, context, {"ts_" + std::string(name), function->arguments, *run});
     registerAggregates(connection, context);
+    const auto collate = [](void*, int leftSize, const void* left, int rightSize, const void* right) {
+        return compareText({static_cast<const char*>(left), static_cast<std::size_t>(leftSize)},
+                           {static_cast<const char*>(right), static_cast<std::size_t>(rightSize)});
+    };
     const std::string name(kCollation);
     if (sqlite3_create_collation(connection, name.c_str(), SQLITE_UTF8, nullptr, collate) != SQLITE_OK)
         throw std::runtime_error(sqlite3_errmsg(connection));

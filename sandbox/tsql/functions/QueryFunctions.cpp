@@ -14,7 +14,6 @@ namespace {
 // variant, and its bytes in hexadecimal digits, with commas between them.
 std::string packed(std::span<const CellView> cells) {
     const auto bytesOf = []<typename T>(const T& value) -> std::string {
-        if constexpr (std::is_same_v<T, Null>) return {};
         if constexpr (requires { value.size(); }) return hexDigits(std::as_bytes(std::span(value)));
         return hexDigits(std::as_bytes(std::span(&value, 1)));
     };
@@ -33,18 +32,11 @@ Value runUnpack(const SqlCall& call) {
         std::memcpy(&number, bytes.data(), sizeof number);
         return Value(number);
     };
-    switch (cell[0]) {
-        case '0':
-            return Null{};
-        case '1':
-            return copied(std::int64_t{});
-        case '2':
-            return copied(double{});
-        case '3':
-            return std::string(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-        default:
-            return bytes;
-    }
+    if (cell[0] == '0') return Null{};
+    if (cell[0] == '1') return copied(std::int64_t{});
+    if (cell[0] == '2') return copied(double{});
+    if (cell[0] == '4') return bytes;
+    return std::string(reinterpret_cast<const char*>(bytes.data()), bytes.size());
 }
 
 // (string, separator); a packed row for each part, in a JSON array
@@ -109,8 +101,6 @@ Value runXmlValue(const SqlCall& call) {
     return result;
 }
 
-// --- properties of types in the system views
-
 template <Value (*fact)(const SqlType&)>
 Value runTypeFact(const SqlCall& call) {
     return fact(call.type(0));
@@ -137,8 +127,6 @@ Value digitsOf(const SqlType& type) {
     return std::int64_t{precisionOf(type) + fraction};
 }
 
-// --- TYPE_NAME and TYPE_ID
-
 // Names and numbers of the types, with those that are others here.
 std::vector<std::pair<std::string, int>> typeNumbers() {
     std::vector<std::pair<std::string, int>> all = {{"numeric", 108}, {"sysname", 256}};
@@ -147,7 +135,9 @@ std::vector<std::pair<std::string, int>> typeNumbers() {
     return all;
 }
 
-const ScalarFunction kQueryTable[] = {
+}  // namespace
+
+const std::vector<ScalarFunction> kQueryFunctions = {
     {"ts_variable", "~0", [](const SqlCall& call) { return call.session().variableValue(call.text(0)); }},
     {"ts_call", "~0",  // (database, key, argument...); a user-defined function
      [](const SqlCall& call) {
@@ -226,9 +216,5 @@ const ScalarFunction kQueryTable[] = {
     {"ts_type_precision", "", runTypeFact<digitsOf>},
     {"ts_type_scale", "", runTypeFact<[](auto& type) -> Value { return std::int64_t{type.scale}; }>},
 };
-
-}  // namespace
-
-const std::span<const ScalarFunction> kQueryFunctions = kQueryTable;
 
 }  // namespace tsql

@@ -21,10 +21,11 @@ Value runNewSequentialId(const SqlCall& call) {
     static std::atomic<unsigned long long> last{
         static_cast<unsigned long long>(std::chrono::system_clock::now().time_since_epoch().count())};
     static const std::string random = std::get<std::string>(runNewId(call)).substr(18);
-    std::array<char, 17> digits{};
-    std::snprintf(digits.data(), digits.size(), "%016llX", ++last);
-    const std::string time(digits.data());
-    return time.substr(0, 8) + "-" + time.substr(8, 4) + "-" + time.substr(12) + random;
+    std::array<char, 19> digits{};
+    const unsigned long long time = ++last;
+    std::snprintf(digits.data(), digits.size(), "%08llX-%04llX-%04llX", time >> 32, time >> 16 & 0xFFFF,
+                  time & 0xFFFF);
+    return digits.data() + random;
 }
 
 // Properties as "name = value; name = value ...".
@@ -56,11 +57,6 @@ std::optional<std::string> databaseArgument(const SqlCall& call, std::size_t pos
     return std::nullopt;
 }
 
-Value databaseNumber(const SqlCall& call) {
-    return orNull(databaseId(call.session().storage(),
-                             call.count() ? std::string(call.text(0)) : call.session().databaseOf({})));
-}
-
 Value serverProperty(const SqlCall& call) {
     for (const auto name : {"ServerName", "MachineName", "ComputerNamePhysicalNetBIOS"})
         if (sameWord(name, call.text(0))) return hostName();
@@ -88,13 +84,12 @@ Value ofObject(const SqlCall& call) {
 }
 
 Value objectProperty(const SqlCall& call) {
-    constexpr std::string_view kTypes =
-        "IsUserTable = U; IsTable = U; IsProcedure = P; IsView = V; IsInlineFunction = IF; IsScalarFunction "
-        "= FN; "
-        "IsPrimaryKey = PK; IsTrigger = TR; IsMSShipped = none";
+    constexpr std::string_view kUserTypes =
+        "IsUserTable = U; IsTable = U; IsProcedure = P; IsView = V; IsInlineFunction = IF; "
+        "IsScalarFunction = FN; IsPrimaryKey = PK; IsTrigger = TR; IsMSShipped = none";
     const auto found = call.session().catalogue({}).findById(call.integer(0));
     if (!found) return Null{};
-    if (const Value type = propertyIn(kTypes, call.text(1)); !isNull(type))
+    if (const Value type = propertyIn(kUserTypes, call.text(1)); !isNull(type))
         return std::int64_t{type == Value(found->type)};
     if (!sameWord(call.text(1), "TableHasIdentity"))
         throw unsupported("OBJECTPROPERTY's '" + std::string(call.text(1)) + "'");
@@ -183,11 +178,17 @@ Value isMember(const SqlCall&) {
 }
 const SqlType kName = nvarcharType(128);
 
-const FunctionInfo kSessionTable[] = {
+}  // namespace
+
+const std::vector<FunctionInfo> kSessionFunctions = {
     {"newid", "~", TypeId::UniqueIdentifier, runNewId},
     {"newsequentialid", "~", TypeId::UniqueIdentifier, runNewSequentialId},
     {"db_name", "~[I", kName, [](const SqlCall& call) { return orNull(databaseArgument(call, 0)); }},
-    {"db_id", "~[T", TypeId::Int, databaseNumber},
+    {"db_id", "~[T", TypeId::Int,
+     [](const SqlCall& call) {
+         const auto name = call.count() ? std::string(call.text(0)) : call.session().databaseOf({});
+         return orNull(databaseId(call.session().storage(), name));
+     }},
     {"object_id", "~T[T", TypeId::Int, objectId},
     {"object_name", "~I[I", kName, ofObject<&ObjectInfo::name>},
     {"objectproperty", "~IT", TypeId::Int, objectProperty},
@@ -239,8 +240,6 @@ const FunctionInfo kSessionTable[] = {
      [](const SqlCall& call) -> Value { return call.session().transactionState(); }},
 };
 
-}  // namespace
-
 std::string hostName() {
     char name[256] = {};
     return gethostname(name, sizeof name - 1) == 0 ? name : "localhost";
@@ -249,7 +248,5 @@ std::string hostName() {
 Value identityValue(const std::optional<std::int64_t>& identity) {
     return identity ? exactCell(*identity, decimalType(kMostDigits, 0)) : Value(Null{});
 }
-
-const std::span<const FunctionInfo> kSessionFunctions = kSessionTable;
 
 }  // namespace tsql
