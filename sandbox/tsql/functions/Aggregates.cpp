@@ -28,8 +28,7 @@ struct Gathered {
 
 struct Aggregate {
     std::string name;
-    // `sign`: 1 for a value that enters a window frame, -1 for one that leaves it. The count is already
-    // updated.
+    // `sign`: 1 for a value that enters a window frame, -1 for one that leaves it; it is counted already.
     void (*step)(Gathered& gathered, const SqlCall& arguments, int sign);
     Value (*result)(const Gathered& gathered, const Aggregate& aggregate);
     SqlType type = {};  // type of an exact result

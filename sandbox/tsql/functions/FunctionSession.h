@@ -72,6 +72,8 @@ class FunctionContext {
 void registerFunctions(struct sqlite3* connection, FunctionContext& context);
 
 std::string hostName();
+// Numbers of the types that every database has, with those that are others here.
+const WordMap<std::int64_t>& systemTypes();
 Value identityValue(const std::optional<std::int64_t>& identity);  // a decimal(38,0)
 
 }  // namespace tsql

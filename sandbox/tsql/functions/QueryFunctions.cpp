@@ -127,14 +127,6 @@ Value digitsOf(const SqlType& type) {
     return std::int64_t{precisionOf(type) + fraction};
 }
 
-// Names and numbers of the types, with those that are others here.
-std::vector<std::pair<std::string, int>> typeNumbers() {
-    std::vector<std::pair<std::string, int>> all = {{"numeric", 108}, {"sysname", 256}};
-    for (int i = 0; i <= static_cast<int>(TypeId::Image); ++i)
-        all.emplace_back(baseName(static_cast<TypeId>(i)), systemId(static_cast<TypeId>(i)));
-    return all;
-}
-
 }  // namespace
 
 const std::vector<ScalarFunction> kQueryFunctions = {
@@ -196,20 +188,8 @@ const std::vector<ScalarFunction> kQueryFunctions = {
      }},
     {"ts_on_delete", "", [](const SqlCall& call) -> Value { return parseConstraint(call.text(0)).onDelete; }},
     {"ts_on_update", "", [](const SqlCall& call) -> Value { return parseConstraint(call.text(0)).onUpdate; }},
-    {"ts_name_of_type", "",
-     [](const SqlCall& call) -> Value {
-         for (const auto& [name, id] : typeNumbers())
-             if (id == call.integer(0)) return name;
-         return Null{};
-     }},
-    {"ts_id_of_type", "",
-     [](const SqlCall& call) -> Value {
-         for (const auto& [name, id] : typeNumbers())
-             if (sameWord(name, parseObjectName(call.text(0)).name)) return id;
-         return Null{};
-     }},
-    {"ts_type_name", "", runTypeFact<[](auto& type) -> Value { return std::string(baseName(type.id)); }>},
-    {"ts_type_id", "", runTypeFact<[](auto& type) -> Value { return systemId(type.id); }>},
+    {"ts_type_base", "", runTypeFact<[](auto& type) -> Value { return std::string(baseName(type.id)); }>},
+    {"ts_type_number", "", runTypeFact<[](auto& type) -> Value { return systemId(type.id); }>},
     {"ts_type_family", "", runTypeFact<familyOf>},
     {"ts_type_length", "", runTypeFact<[](auto& type) -> Value { return maxLength(type); }>},
     {"ts_type_characters", "", runTypeFact<charactersOf>},

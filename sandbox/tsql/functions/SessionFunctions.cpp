@@ -141,6 +141,21 @@ Value columnProperty(const SqlCall& call) {
     return Null{};
 }
 
+Value typeName(const SqlCall& call) {
+    for (const auto& [name, number] : systemTypes())
+        if (number == call.integer(0)) return name;
+    const auto found = call.session().catalogue({}).findById(call.integer(0) - kBuiltInTypes, kUserTypes);
+    return found ? Value(found->name) : Value(Null{});
+}
+
+Value typeNumber(const SqlCall& call) {
+    const ObjectName name = parseObjectName(call.text(0));
+    const auto ofSystem = systemTypes().find(name.name);
+    if (ofSystem != systemTypes().end()) return ofSystem->second;
+    const auto found = call.session().catalogue({}).find(storedName(name.schema, name.name), kUserTypes);
+    return found ? Value(kBuiltInTypes + found->id) : Value(Null{});
+}
+
 Value currentIdentity(const SqlCall& call) {
     const TableInfo info = call.session().table(parseObjectName(call.text(0)));
     if (!info.identityColumn()) return Null{};
@@ -199,8 +214,8 @@ const std::vector<FunctionInfo> kSessionFunctions = {
     {"col_length", "~TT", TypeId::SmallInt, columnLength},
     {"col_name", "~II", kName, columnName},
     {"columnproperty", "~ITT", TypeId::Int, columnProperty},
-    {"type_name", "I", kName, "ts_name_of_type"},
-    {"type_id", "T", TypeId::Int, "ts_id_of_type"},
+    {"type_name", "~I", kName, typeName},
+    {"type_id", "~T", TypeId::Int, typeNumber},
     {"schema_id", "~[T", TypeId::Int, schemaNumber},
     {"schema_name", "~[I", kName, schemaName},
     {"user_name", "~[I", kName, owner},
@@ -243,6 +258,16 @@ const std::vector<FunctionInfo> kSessionFunctions = {
 std::string hostName() {
     char name[256] = {};
     return gethostname(name, sizeof name - 1) == 0 ? name : "localhost";
+}
+
+const WordMap<std::int64_t>& systemTypes() {
+    static const auto all = [] {
+        WordMap<std::int64_t> types = {{"numeric", 108}, {"sysname", kBuiltInTypes}};
+        for (int i = 0; i <= static_cast<int>(TypeId::Image); ++i)
+            types.emplace(baseName(static_cast<TypeId>(i)), systemId(static_cast<TypeId>(i)));
+        return types;
+    }();
+    return all;
 }
 
 Value identityValue(const std::optional<std::int64_t>& identity) {

@@ -138,7 +138,7 @@ SqlType makeType(std::string_view name, std::span<const int> arguments, TypeUse 
         " datetimeoffset geography geometry hierarchyid rowversion sql_variant timestamp ";
     if (!found && kMissing.find(" " + lowerAscii(name) + " ") != kMissing.npos)
         throw unsupported(lowerAscii(name) + " as a type");
-    if (!found) throw sqlError(kUnknownType, {name});
+    if (!found) throw sqlError(use == TypeUse::Cast ? kNotASystemType : kUnknownType, {name});
     const TypeId id = *found;
     if (sameWord(name, "sysname")) return nvarcharType(128);
     if (id == TypeId::Decimal) return makeDecimal(arguments);
