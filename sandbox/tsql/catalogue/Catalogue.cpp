@@ -20,7 +20,8 @@ constexpr std::string_view kTables[] = {
     "CREATE INDEX IF NOT EXISTS $.tsqlbox_triggers ON tsqlbox_objects (parent) WHERE type = 'TR'",
 };
 
-// Values of tsqlbox_columns.identity; a persisted computed column has kComputed + 1.
+// Values of tsqlbox_columns.identity; a persisted computed column has kComputed + 1. tsqlbox_columns.output
+// is 1 for an OUTPUT parameter, plus twice the id of a user-defined type.
 constexpr std::int64_t kIdentity = 1, kComputed = 2;
 
 std::string inSchema(std::string_view text, std::string_view schema) {
@@ -125,12 +126,16 @@ std::optional<ObjectInfo> Catalogue::latest(const std::string& where, const Valu
     return found.empty() ? std::nullopt : std::optional(std::move(found.back()));
 }
 
-std::optional<ObjectInfo> Catalogue::find(std::string_view key) const {
-    return latest("o.name = ?1 AND o.type NOT IN ('IX', 'SCHEMA')", std::string(key));
+std::optional<ObjectInfo> Catalogue::find(std::string_view key, std::string_view types) const {
+    return latest("o.name = ?1 AND o.type " + std::string(types), std::string(key));
 }
 
-std::optional<ObjectInfo> Catalogue::findById(std::int64_t id) const {
-    return latest("o.id = ?1 AND o.type NOT IN ('IX', 'SCHEMA')", id);
+std::optional<ObjectInfo> Catalogue::findById(std::int64_t id, std::string_view types) const {
+    return latest("o.id = ?1 AND o.type " + std::string(types), id);
+}
+
+std::optional<ObjectInfo> Catalogue::userOfType(std::int64_t type) const {
+    return latest("o.id IN (SELECT object FROM $.tsqlbox_columns WHERE output >> 1 = ?1)", type);
 }
 
 TableInfo Catalogue::tableOf(const ObjectInfo& object) const {
@@ -198,7 +203,8 @@ std::vector<TableColumn> Catalogue::columns(std::int64_t object) const {
         static_cast<Column&>(column) = {query.text(0), decodeType(query.integer(1)), query.integer(2) != 0,
                                         kind == kIdentity};
         (kind >= kComputed ? column.computed : column.byDefault) = query.text(4);
-        column.output = query.integer(5) != 0;
+        column.output = query.integer(5) % 2 != 0;
+        column.userType = query.integer(5) / 2;
         column.id = query.integer(6);
         column.persisted = kind > kComputed;
     }
@@ -229,10 +235,11 @@ void Catalogue::saveColumns(std::int64_t object, const std::vector<TableColumn>&
     for (const auto& column : columns) {
         const bool isComputed = !column.computed.empty();
         const std::int64_t kind = isComputed ? kComputed + column.persisted : column.identity;
-        const std::int64_t nullable{column.nullable}, output{column.output};
+        const std::int64_t nullable{column.nullable}, output = column.userType * 2 + column.output;
         run("INSERT INTO $.tsqlbox_columns SELECT ?1, iif(?8, ?8, coalesce(max(ordinal), 0) + 1), "
             "?2, ?3, ?4, ?5, ?6, ?7 FROM $.tsqlbox_columns WHERE object = ?1 "
-            "ON CONFLICT (object, ordinal) DO UPDATE SET name = ?2, type = ?3, nullable = ?4, fallback = ?6",
+            "ON CONFLICT (object, ordinal) DO UPDATE SET name = ?2, type = ?3, nullable = ?4, fallback = ?6, "
+            "output = ?7",
             {object, column.name, encodeType(column.type), nullable, kind,
              isComputed ? column.computed : column.byDefault, output, column.id});
     }

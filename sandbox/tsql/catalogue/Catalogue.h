@@ -42,6 +42,7 @@ inline std::string shownName(std::string stored) {
 struct TableColumn : Column {
     std::string byDefault = {};  // T-SQL text of the DEFAULT; empty: none
     bool output = false;         // OUTPUT parameter of a procedure
+    std::int64_t userType = 0;   // object id of its type of CREATE TYPE; 0: another type
     std::int64_t id = 0;         // column_id
     std::string computed = {};   // T-SQL text of a computed column
     bool persisted = false;
@@ -74,7 +75,11 @@ struct TableInfo {
 inline constexpr std::string_view kTable = "U", kView = "V", kProcedure = "P", kFunction = "FN",
                                   kTableFunction = "IF", kRowsFunction = "TF", kPrimaryKey = "PK",
                                   kUnique = "UQ", kForeignKey = "F", kCheck = "C", kDefault = "D",
-                                  kIndex = "IX", kTrigger = "TR", kSequence = "SO", kSchema = "SCHEMA";
+                                  kIndex = "IX", kTrigger = "TR", kSequence = "SO", kSchema = "SCHEMA",
+                                  kAliasType = "TYPE", kTableType = "TT";
+inline constexpr std::string_view kUserTypes = "IN ('TYPE', 'TT')",
+                                  kObjects = "NOT IN ('IX', 'SCHEMA', 'TYPE', 'TT')";
+inline constexpr std::int64_t kBuiltInTypes = 256;  // their numbers in sys.types; those of objects follow
 
 // A row of the catalogue: a table, a module, a constraint, an index or a schema.
 struct ObjectInfo {
@@ -141,9 +146,10 @@ class Catalogue {
 
     const std::string& schema() const { return m_schema; }
     bool isTemporary() const { return m_schema == kTempSchema; }
-    // Return an object that is neither an index nor a schema; of several with that key the newest one.
-    std::optional<ObjectInfo> find(std::string_view key) const;
-    std::optional<ObjectInfo> findById(std::int64_t id) const;
+    // Return an object of these types, kObjects or kUserTypes; of several with that key the newest one.
+    std::optional<ObjectInfo> find(std::string_view key, std::string_view types = kObjects) const;
+    std::optional<ObjectInfo> findById(std::int64_t id, std::string_view types = kObjects) const;
+    std::optional<ObjectInfo> userOfType(std::int64_t type) const;  // that has columns or parameters of it
     std::optional<TableInfo> table(std::string_view key) const;
     TableInfo tableOf(const ObjectInfo& object) const;
     std::vector<SchemaInfo> schemas() const;

@@ -36,11 +36,17 @@ WHEN 'FN' THEN 'SQL_SCALAR_FUNCTION' WHEN 'TF' THEN 'SQL_TABLE_VALUED_FUNCTION' 
 THEN 'DEFAULT_CONSTRAINT' ELSE 'CHECK_CONSTRAINT' END)"},
     {"$COLUMN", R"(object_id int = c.object; name sysname = c.name; column_id int = c.ordinal; $TYPE)"},
     {"$TYPE",
-     R"(system_type_id tinyint = ts_type_id(c.type); user_type_id int = ts_type_id(c.type); max_length
-smallint = ts_type_length(c.type); precision tinyint = ts_type_precision(c.type); scale tinyint =
+     R"(system_type_id tinyint = iif($ISTABLE, 243, ts_type_number(c.type)); user_type_id int =
+iif(c.output > 1, (c.output >> 1) + 256, ts_type_number(c.type)); max_length smallint = ts_type_length(c.type); precision tinyint = ts_type_precision(c.type); scale tinyint =
 ts_type_scale(c.type))"},
+    {"$ANYTYPE",
+     R"(name sysname = ts_bare_name(t.stored); system_type_id tinyint = ifnull(ts_type_number(t.type), 243); user_type_id int =
+iif(t.object, t.object + 256, ts_type_number(t.type)); schema_id int = iif(t.object, (SELECT s.id FROM $SCHEMAS WHERE s.name = ts_schema_of(t.stored) COLLATE ts_ci), 4); max_length
+smallint = ifnull(ts_type_length(t.type), -1); precision tinyint = ifnull(ts_type_precision(t.type), 0); scale tinyint =
+ifnull(ts_type_scale(t.type), 0); collation_name sysname = CASE ts_type_family(t.type) WHEN 't' THEN '$C' END; is_nullable
+bit = ifnull(t.nullable, 0); is_user_defined bit = t.object > 0; is_table_type bit = t.kind = 'TT')"},
     {"$NAMED",
-     R"(DATA_TYPE sysname = ts_type_name(c.type); CHARACTER_MAXIMUM_LENGTH int = ts_type_characters(c.type);
+     R"(DATA_TYPE sysname = iif($ISTABLE, 'table type', ts_type_base(c.type)); CHARACTER_MAXIMUM_LENGTH int = ts_type_characters(c.type);
 CHARACTER_OCTET_LENGTH int = CASE WHEN ts_type_characters(c.type) > 8000 THEN 2147483647 WHEN
 ts_type_characters(c.type) IS NOT NULL THEN ts_type_length(c.type) END; NUMERIC_PRECISION tinyint = CASE
 ts_type_family(c.type) WHEN 'd' THEN NULL ELSE nullif(ts_type_precision(c.type), 0) END; NUMERIC_SCALE int =
@@ -49,6 +55,7 @@ ts_type_family(c.type) WHEN 'd' THEN ts_type_scale(c.type) END)"},
     {"$STATE",
      R"(is_disabled bit = o.source GLOB 'NOCHECK *'; is_not_trusted bit = o.source GLOB 'NOCHECK *' OR
 o.source GLOB 'WITH NOCHECK *')"},
+    {"$ISTABLE", "(SELECT t.type FROM $o t WHERE t.id = c.output >> 1) IS 'TT'"},
     {"$LOGIN", "login_time datetime = strftime('%Y-%m-%d %H:%M:%f', s.begin, 'unixepoch', 'localtime')"},
     {"$TABLE",
      "TABLE_CATALOG sysname = $d; TABLE_SCHEMA sysname = ts_schema_of(o.name); TABLE_NAME sysname = "
@@ -76,7 +83,7 @@ p.type IN ('IX', 'UQ') AND p.id <= o.id) END)"},
 constexpr std::string_view kModules = "$o o WHERE o.type IN ('P', 'FN', 'IF', 'TF', 'V', 'TR')";
 constexpr std::string_view kRoutines = "$o o WHERE o.type IN ('P', 'FN', 'IF', 'TF')";
 constexpr std::string_view kIndexes = "$o o WHERE o.type IN ('IX', 'PK', 'UQ')";
-constexpr std::string_view kAllColumns = "$c c JOIN $o o ON o.id = c.object WHERE o.type IN ('U', 'V')";
+constexpr std::string_view kAllColumns = "$c c JOIN $o o ON o.id = c.object WHERE o.type IN ('U', 'V', 'TT')";
 constexpr std::string_view kColumns =
     R"($COLUMN; collation_name sysname = CASE ts_type_family(c.type) WHEN 't' THEN '$C' END; is_nullable bit =
 c.nullable; is_identity bit = c.identity = 1; is_computed bit = c.identity > 1; default_object_id int = coalesce((SELECT d.id FROM $o d WHERE d.type =
@@ -96,8 +103,8 @@ is_in_standby bit = 0; recovery_model tinyint = 3; recovery_model_desc nvarchar(
      R"(name sysname = ts_bare_name(o.name); id int = o.id; xtype char(2) = o.type; uid smallint = $SCHEMA_ID; parent_obj
 int = o.parent; crdate datetime = o.created; type char(2) = CASE o.type WHEN 'PK' THEN 'K' WHEN 'UQ' THEN 'K' ELSE
 o.type END)",
-     "$o o WHERE o.type NOT IN ('IX', 'SCHEMA')"},
-    {"sys", "objects", "$OBJECT", "$o o WHERE o.type NOT IN ('IX', 'SCHEMA')"},
+     "$o o WHERE o.type NOT IN ('IX', 'SCHEMA', 'TYPE', 'TT')"},
+    {"sys", "objects", "$OBJECT", "$o o WHERE o.type NOT IN ('IX', 'SCHEMA', 'TYPE', 'TT')"},
     {"sys", "tables",
      "$OBJECT; max_column_id_used int = (SELECT max(ordinal) FROM $c c WHERE c.object = o.id)",
      "$o o WHERE o.type = 'U'"},
@@ -129,7 +136,7 @@ AND rc.name = f.value COLLATE ts_ci WHERE o.type = 'F')"},
     // Columns, parameters and results of procedures as ODBC 2 and 3 describe them.
     {"sys", "spt_columns",
      R"(object_id int = object; column_id int = ordinal; name sysname = iif(name = '', '@RETURN_VALUE', name); odbc int =
-odbc; nullable smallint = nullable; output smallint = output; TYPE_NAME sysname = n || iif(identity = 1, ' identity',
+odbc; nullable smallint = nullable; output smallint = output & 1; TYPE_NAME sysname = n || iif(identity = 1, ' identity',
 ''); DATA_TYPE smallint = CASE WHEN odbc = 3 OR t NOT IN (91, 93) THEN t WHEN t = 91 THEN 9 ELSE 11 END; PRECISION int
 = CASE WHEN n IN ('decimal', 'time', 'datetime2') THEN digits WHEN k = 'F' AND odbc < 3 THEN iif(n = 'real', 7, 15)
 WHEN size = -1 THEN 0 WHEN par IS NULL THEN p WHEN k = 'N' THEN size / 2 ELSE size END; LENGTH int = CASE WHEN octets
@@ -142,7 +149,7 @@ END; CHAR_OCTET_LENGTH int = octets; IS_NULLABLE varchar(254) = iif(nullable, 'Y
      R"((SELECT *, CASE WHEN size = -1 THEN 0 WHEN n = 'ntext' THEN 2 * p WHEN n IN ('text', 'image') THEN p WHEN par LIKE
 '%length' THEN size END AS octets FROM (SELECT *, ts_type_length(type) AS size, ts_type_precision(type) AS digits FROM
 (SELECT object, ordinal, name, type, nullable, identity, output FROM $c UNION ALL SELECT id, 0, '', 3, 0, 0, 1 FROM $o
-WHERE type = 'P')) JOIN $I ON n = ts_type_name(type) JOIN (SELECT 2 AS odbc UNION SELECT 3)))"},
+WHERE type = 'P')) JOIN $I ON n = ts_type_base(type) JOIN (SELECT 2 AS odbc UNION SELECT 3)))"},
     {"sys", "indexes",
      R"(object_id int = o.parent; name sysname = ts_bare_name(o.name); index_id int = $INDEX; type tinyint = CASE o.type
 WHEN 'PK' THEN 1 ELSE 2 END; type_desc nvarchar(60) = CASE o.type WHEN 'PK' THEN 'CLUSTERED' ELSE
@@ -159,10 +166,8 @@ c.object = o.parent AND c.name = k.value COLLATE ts_ci WHERE o.type IN ('IX', 'P
     {"", "sysindexes", "name sysname = ts_bare_name(o.name); id int = o.parent; indid smallint = $INDEX",
      kIndexes},
     {"sys", "schemas", "name sysname = s.name; schema_id int = s.id; principal_id int = s.owner", "$SCHEMAS"},
-    {"sys", "types",
-     R"(name sysname = ts_type_name(c.type); $TYPE; schema_id int = 4; collation_name sysname = CASE
-ts_type_family(c.type) WHEN 't' THEN '$C' END; is_nullable bit = 1; is_user_defined bit = 0)",
-     "$T c"},
+    {"sys", "types", "$ANYTYPE", "$T t"},
+    {"sys", "table_types", "$ANYTYPE; type_table_object_id int = t.object", "$T t WHERE t.kind = 'TT'"},
     {"sys", "columns", kColumns, kAllColumns},
     {"sys", "all_columns", kColumns, kAllColumns},
     {"sys", "identity_columns",
@@ -187,12 +192,12 @@ ts_sequence_value(o.stored, max(q.seq - 1, 0)); is_exhausted bit = ts_sequence_v
 is_disabled bit = o.stored <> ''; is_not_for_replication bit = 0; is_instead_of_trigger bit = o.keys GLOB 'INSTEAD*')",
      "$o o WHERE o.type = 'TR'"},
     {"", "syscolumns",
-     R"(name sysname = c.name; id int = c.object; xtype tinyint = ts_type_id(c.type); length smallint =
+     R"(name sysname = c.name; id int = c.object; xtype tinyint = ts_type_number(c.type); length smallint =
 ts_type_length(c.type); colid smallint = c.ordinal; isnullable int = c.nullable)",
      "$c c"},
     {"sys", "parameters",
      R"(object_id int = c.object; name sysname = c.name; parameter_id int = c.ordinal - (o.type = 'FN');
-$TYPE; is_output bit = c.output)",
+$TYPE; is_output bit = c.output & 1; is_readonly bit = $ISTABLE)",
      "$c c JOIN $o o ON o.id = c.object WHERE o.type IN ('P', 'FN', 'IF', 'TF')"},
     {"sys", "sql_modules", "object_id int = o.id; definition nvarchar(max) = o.source", kModules},
     {"", "syscomments", "id int = o.id; colid smallint = 1; text nvarchar(4000) = o.source", kModules},
@@ -243,8 +248,9 @@ varchar(2) = 'NO')",
     {"INFORMATION_SCHEMA", "COLUMNS",
      R"($TABLE; COLUMN_NAME sysname = c.name; ORDINAL_POSITION int = c.ordinal; COLUMN_DEFAULT
 nvarchar(4000) = '(' || nullif(iif(c.identity > 1, '', c.fallback), '') || ')'; IS_NULLABLE varchar(3) = CASE c.nullable WHEN 1 THEN
-'YES' ELSE 'NO' END; $NAMED; COLLATION_NAME sysname = CASE ts_type_family(c.type) WHEN 't' THEN '$C' END)",
-     kAllColumns},
+'YES' ELSE 'NO' END; $NAMED; COLLATION_NAME sysname = CASE ts_type_family(c.type) WHEN 't' THEN '$C' END;
+DOMAIN_SCHEMA sysname = ts_schema_of(t.name); DOMAIN_NAME sysname = ts_bare_name(t.name))",
+     "$c c JOIN $o o ON o.id = c.object LEFT JOIN $o t ON t.id = c.output >> 1 WHERE o.type IN ('U', 'V')"},
     {"INFORMATION_SCHEMA", "ROUTINES",
      R"($SPECIFIC; ROUTINE_CATALOG sysname = $d; ROUTINE_SCHEMA sysname = ts_schema_of(o.name);
 ROUTINE_NAME sysname = ts_bare_name(o.name); ROUTINE_TYPE
@@ -253,7 +259,7 @@ ROUTINE_DEFINITION nvarchar(4000) = o.source; CREATED datetime = o.created; LAST
 o.created)",
      kRoutines},
     {"INFORMATION_SCHEMA", "PARAMETERS",
-     R"($SPECIFIC; ORDINAL_POSITION int = c.ordinal - (o.type = 'FN'); PARAMETER_MODE nvarchar(10) = CASE WHEN c.output = 0
+     R"($SPECIFIC; ORDINAL_POSITION int = c.ordinal - (o.type = 'FN'); PARAMETER_MODE nvarchar(10) = CASE WHEN c.output & 1 = 0
 THEN 'IN' WHEN c.name = '' THEN 'OUT' ELSE 'INOUT' END; IS_RESULT nvarchar(10) = CASE c.name WHEN '' THEN
 'YES' ELSE 'NO' END; PARAMETER_NAME sysname = c.name; $NAMED)",
      "$c c JOIN $o o ON o.id = c.object WHERE o.type IN ('P', 'FN', 'IF', 'TF')"},
@@ -337,7 +343,7 @@ std::string sessionList(const Storage& storage) {
     return "(" + rows + ")";
 }
 
-// Query for the list of types ($T), each type with its maximum size.
+// Query for the list of types ($T), each type of the system with its maximum size.
 std::string typeList() {
     std::vector<std::string> rows;
     for (int id = 0; id <= static_cast<int>(TypeId::RowVersion); ++id) {
@@ -346,7 +352,10 @@ std::string typeList() {
         if (hasLength(type.id)) type.length = isNational(type.id) ? 4000 : 8000;
         rows.push_back("(" + std::to_string(encodeType(type)) + ")");
     }
-    return "(SELECT column1 AS type FROM (VALUES " + commaList(rows) + "))";
+    return R"((SELECT column1 AS type, ts_type_base(column1) AS stored, 1 AS nullable, 0 AS object, '' AS kind FROM (VALUES )" +
+           commaList(rows) +
+           R"() UNION ALL SELECT c.type, o.name, c.nullable, o.id, o.type FROM $o o LEFT JOIN $c c ON
+c.object = o.id AND o.type = 'TYPE' WHERE o.type IN ('TYPE', 'TT')))";
 }
 
 }  // namespace

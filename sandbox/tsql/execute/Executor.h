@@ -183,7 +183,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     void run(const Truncate& truncate);
     using ChangeRows = std::function<void(const TableInfo& target)>;
     std::int64_t sendRows(PreparedStatement& statement, const QueryText& text, std::int64_t most = 0);
-    std::int64_t assignRows(PreparedStatement& statement, const std::vector<Assignment>& assignments,
+    std::int64_t assignRows(PreparedStatement& statement, const std::vector<Column>& variables,
                             std::int64_t most = 0);
     // Passes the rows that `work` sends to `handler` instead of the client.
     void divert(const RowHandler& handler, const std::function<void()>& work);
@@ -253,6 +253,11 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     // Runs `rollback` and preserves the rows of table variables.
     void keepTables(const std::function<void()>& rollback);
 
+    // ---- user-defined types (ExecutorTypes.cpp)
+    void run(const UserType& create);
+    FindType typesIn(const std::string& database, bool* used = nullptr);  // used: set if one is asked for
+    bool bindTable(const Declaration& parameter, const Argument* argument, Frame& frame);
+
     // ---- new names (ExecutorRename.cpp)
     void run(const TransferObject& transfer);
     void place(Catalogue& owner, ObjectInfo object, const std::string& schema, const std::string& name);
@@ -286,7 +291,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     // ---- procedures and functions (ExecutorModules.cpp)
     Flow run(const CreateModule& module);
     Flow run(const Execute& execute);
-    std::shared_ptr<const Batch> parsed(const std::string& text);
+    std::shared_ptr<const Batch> parsed(const std::string& text, const std::string& database);
     static const CreateModule& moduleOf(const Batch& batch) {
         return std::get<CreateModule>(batch.statements.front()->node);
     }

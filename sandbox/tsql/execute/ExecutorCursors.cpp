@@ -82,8 +82,7 @@ void Executor::run(const ChangeCursor& change) {
 }
 
 Flow Executor::sendRows(const Cursor& cursor, std::span<const std::vector<Value>> rows) {
-    std::vector<Column> heads(cursor.query.columns.size());
-    std::ranges::transform(cursor.query.columns, heads.begin(), [](const auto& each) { return each.column; });
+    const std::vector<Column> heads(cursor.query.columns.begin(), cursor.query.columns.end());
     return sendTable(heads, rows);
 }
 
@@ -102,11 +101,11 @@ Flow Executor::run(const Fetch& fetch) {
     m_fetchStatus = found ? 0 : -1;
     if (fetch.into.empty()) return sendRows(cursor, rows);
     for (std::size_t i = 0; found && i < columns.size(); ++i) try {
-            setVariable(fetch.into[i], viewOf(rows[0][i]), columns[i].column.type);
+            setVariable(fetch.into[i], viewOf(rows[0][i]), columns[i].type);
         } catch (const SqlError& error) {
             if (error.number != kOperandTypeClash && error.number != kNoImplicitConversion) throw;
             throw sqlError(kCursorTypeMismatch,
-                           {baseName(columns[i].column.type.id), baseName(local(fetch.into[i]).type.id)});
+                           {baseName(columns[i].type.id), baseName(local(fetch.into[i]).type.id)});
         }
     return finished(found);
 }

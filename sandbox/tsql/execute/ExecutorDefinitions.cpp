@@ -77,6 +77,7 @@ TableColumn columnOf(const ColumnDefinition& given, const CreateTable& create) {
                 column.nullable = column.nullable && !sameText(name, column.name);
     column.nullable = given.nullable.value_or(column.nullable);
     column.computed = given.computed;
+    column.userType = given.userType;
     column.persisted = given.persisted;
     for (const auto& constraint : given.constraints)
         if (constraint.kind == ConstraintKind::Default) column.byDefault = constraint.text;
@@ -131,6 +132,7 @@ TableInfo Executor::createTable(const CreateTable& create) {
     table.name = name;
     for (const auto& definition : create.columns) {
         if (table.column(definition.name)) throw sqlError(kRepeatedColumnName, {definition.name, name});
+        if (definition.userType && name.starts_with('#')) throw unsupported("user-defined types in tempdb");
         setIdentity(table, definition);
         table.columns.push_back(columnOf(definition, create));
     }
@@ -465,6 +467,7 @@ void Executor::alterColumn(Catalogue& catalogue, TableInfo& table, const ColumnD
         isWide(before) == isWide(definition.type);
     if (!longer) refuseDependents(table, column.name, "ALTER", catalogue.keysOf(table.id));
     column.type = definition.type;
+    column.userType = definition.userType;
     column.nullable = definition.nullable.value_or(true);
     catalogue.saveColumns(table.id, {column});
     table.columns = catalogue.columns(table.id);
@@ -601,22 +604,26 @@ void Executor::dropObject(const ObjectName& name, const Drop& drop) {
     struct Kind {
         std::string_view word, types;
     };
-    constexpr Kind kKinds[] = {{"table", "U"},     {"view", "V"},
-                               {"procedure", "P"}, {"function", "FN; IF; TF"},
-                               {"trigger", "TR"},  {"sequence", "SO"}};  // in the order of ObjectKind
+    constexpr Kind kKinds[] = {
+        {"table", "U"},    {"view", "V"},      {"procedure", "P"},  {"function", "FN; IF; TF"},
+        {"trigger", "TR"}, {"sequence", "SO"}, {"type", "TYPE; TT"}};  // in the order of ObjectKind
     const Kind& kind = kKinds[static_cast<int>(drop.kind)];
     const std::string written = asWritten(name);
     define(name, [&](Catalogue& owner) {
-        const auto found = object(name);
+        const bool isType = drop.kind == ObjectKind::Type;
+        const auto found = isType ? owner.find(storedName(name.schema, name.name), kUserTypes) : object(name);
         const auto* other = std::ranges::find_if(kKinds, [&](const Kind& each) {
             return found && std::ranges::count(listItems(each.types), found->type) > 0;
         });
         if (other != &kind) {
             if (drop.ifExists) return;
+            if (isType) throw sqlError(kTypeNotFound, {written});
             if (other == std::end(kKinds)) throw sqlError(kCannotDropMissing, {kind.word, written});
             throw sqlError(kDropOfOtherKind,
                            {toUpper(kind.word), name.name, name.name, other->word, toUpper(other->word)});
         }
+        if (const auto user = isType ? owner.userOfType(found->id) : std::nullopt)
+            throw sqlError(kTypeInUse, {written, user->name});
         if (drop.kind == ObjectKind::Table) {
             for (const auto& key : owner.keysTo(found->id))
                 if (key.parent != found->id) throw sqlError(kTableReferenced, {written});
@@ -641,7 +648,8 @@ void Executor::dropTemporaryTables() {
 
 // The stored name is compared, too, since the id of a rolled-back table may have been reused.
 void Executor::dropTemporaryTables(Frame& frame) {
-    for (const auto& [name, table] : frame.tables) frame.temporary.push_back(table.info);
+    for (const auto& [name, table] : frame.tables)
+        if (table.use_count() == 1) frame.temporary.push_back(table->info);
     for (const auto& table : frame.temporary)
         if (const auto object = temporary().findById(table.id); object && object->stored == table.stored)
             dropTable(table);
@@ -652,16 +660,18 @@ void Executor::dropTemporaryTables(Frame& frame) {
 void Executor::declareTable(const Declaration& declaration) {
     auto& tables = m_frames.back()->tables;
     if (tables.contains(declaration.name)) return;
-    tables[declaration.name] = {declaration.table, createTable(*declaration.table)};
+    tables[declaration.name] = std::make_shared<TableVariable>(
+        TableVariable{declaration.table, createTable(*declaration.table), declaration.userType});
 }
 
 void Executor::keepTables(const std::function<void()>& rollback) {
     std::vector<std::pair<TableVariable*, std::vector<std::vector<Value>>>> kept;  // with their rows
     for (Frame* frame : m_frames)
         for (auto& [name, table] : frame->tables) {
-            kept.push_back({&table, {}});
-            PreparedStatement query(m_connection,
-                                    "SELECT " + storedColumns(table.info) + " FROM " + table.info.sqlName());
+            if (frame->readOnly.contains(name) && table.use_count() > 1) continue;  // the caller's
+            kept.push_back({table.get(), {}});
+            PreparedStatement query(
+                m_connection, "SELECT " + storedColumns(table->info) + " FROM " + table->info.sqlName());
             while (query.step()) {
                 auto& row = kept.back().second.emplace_back();
                 for (int i = 0; i < query.columnCount(); ++i) row.push_back(ownedValue(query.cell(i)));

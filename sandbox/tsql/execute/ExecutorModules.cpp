@@ -21,8 +21,8 @@ bool isAlone(const Block& block) {
 std::vector<TableColumn> parameterColumns(const CreateModule& module) {
     std::vector<TableColumn> columns;
     if (module.function && !module.query && !module.rows) columns.push_back({{"", module.returns}, {}, true});
-    for (const auto& parameter : module.parameters)
-        columns.push_back({{parameter.name, parameter.type}, {}, parameter.output});
+    for (const auto& each : module.parameters)
+        columns.push_back({{each.name, each.type}, {}, each.output, each.userType.id});
     return columns;
 }
 
@@ -47,7 +47,7 @@ std::vector<TableColumn> Executor::viewColumns(const CreateModule& module) {
     within(stored, [&] {
         QueryText text = Translator(*this).query(*module.query);
         Translator::rename(text, module.columns, module.name.name, kUnnamedViewColumn, kRepeatedViewColumn);
-        for (const auto& [column, alias, nullLiteral, isNew] : text.columns)
+        for (const auto& column : text.columns)
             columns.push_back({{column.name, column.type, column.nullable}});
     });
     return columns;
@@ -72,6 +72,7 @@ Flow Executor::run(const CreateModule& module) try {
     frame.declare(module);
     inFrame(frame, [&] {
         if (module.rows) declareTable(*module.rows);
+        for (const auto& each : module.parameters) bindTable(each, nullptr, frame);
         check(module.body);
     });
     dropTemporaryTables(frame);
@@ -96,11 +97,15 @@ Flow Executor::run(const CreateModule& module) try {
     return Flow::Next;
 }
 
-std::shared_ptr<const Batch> Executor::parsed(const std::string& text) {
+// A text with user-defined types is parsed for each use, since another session may replace them.
+std::shared_ptr<const Batch> Executor::parsed(const std::string& text, const std::string& database) {
     const auto found = m_parsed.find(text);
     if (found != m_parsed.end()) return found->second;
+    bool usesTypes = false;
+    auto batch = parseBatch(text, m_settings.quotedIdentifiers, typesIn(database, &usesTypes));
+    if (usesTypes) return batch;
     if (m_parsed.size() >= kParsedTexts) m_parsed.clear();
-    return m_parsed[text] = parseBatch(text, m_settings.quotedIdentifiers);
+    return m_parsed[text] = std::move(batch);
 }
 
 // The sp_ procedures of master use the caller's database.
@@ -114,7 +119,7 @@ std::optional<StoredModule> Executor::module(const ObjectName& name, std::string
         found = object(key);
     }
     if (!found || found->type != type) return std::nullopt;
-    const auto batch = parsed(found->source);
+    const auto batch = parsed(found->source, databaseOf(key));
     return StoredModule{databaseOf(key), found->schemaName, found->name, batch, &moduleOf(*batch), found->id};
 }
 
@@ -184,7 +189,7 @@ void Executor::checkTransactions(int before, const std::string& procedure) {
 
 void Executor::runText(const std::string& text, const std::string& inside) {
     const Temporarily inner(m_text, text);
-    const auto batch = parseBatch(m_text, m_settings.quotedIdentifiers);
+    const auto batch = parseBatch(m_text, m_settings.quotedIdentifiers, typesIn(inside));
     Frame frame;
     frame.declare(batch->locals);
     frame.database = inside;
@@ -213,7 +218,8 @@ void Executor::callProcedure(const Execute& execute, const ObjectName& name, con
     auto procedure = system ? std::nullopt : Executor::module(name, kProcedure);
     if (system) {
         const auto head = parsed("CREATE PROCEDURE " + std::string(system->name) + " " +
-                                 std::string(system->parameters) + " AS " + std::string(system->text));
+                                     std::string(system->parameters) + " AS " + std::string(system->text),
+                                 m_database);
         procedure = StoredModule{databaseOf(name), "sys", std::string(system->name), head, &moduleOf(*head)};
     }
     if (!procedure && Executor::module(name, kFunction)) throw unsupported("EXECUTE of a function");
@@ -266,6 +272,7 @@ Executor::Arguments Executor::bindArguments(const CreateModule& module, const Ex
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         const Declaration& parameter = module.parameters[i];
         const Argument* argument = arguments[i];
+        if (bindTable(parameter, argument, frame)) continue;
         const Expr* value = argument && argument->value ? argument->value.get() : parameter.value.get();
         if (!value && !m_settings.describeOnly)
             throw sqlError(frame.procedure.empty() ? kParameterNotSupplied : kMissingParameter,
@@ -326,7 +333,7 @@ TableInfo Executor::calledTable(const StoredModule& function, const std::vector<
         frame.variables[module.parameters[i].name].value = compute(arguments[i], translator);
     inFrame(frame, [&] { declareTable(*module.rows); });
     if (runs) runFunction(module, frame);
-    return frame.tables.at(module.rows->name).info;
+    return frame.tables.at(module.rows->name)->info;
 }
 
 void Executor::runFunction(const CreateModule& function, Frame& frame) {

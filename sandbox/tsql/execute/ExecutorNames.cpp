@@ -93,7 +93,7 @@ std::optional<TableInfo> Executor::findTable(const ObjectName& name) {
         const auto& tables = m_frames.back()->tables;
         const auto found = tables.find(name.name);
         if (found == tables.end()) throw sqlError(kUndeclaredTableVariable, {name.name});
-        return found->second.info;
+        return found->second->info;
     }
     if ((m_checking && name.name.starts_with('#')) || namesChangedRows(name)) return std::nullopt;
     if (!m_connection.inTransaction()) m_knownTables.clear();
@@ -142,6 +142,7 @@ std::string Executor::asWritten(const ObjectName& name) {
 
 // missing, state: number and state of the error if there is no such table.
 TableInfo Executor::table(const ObjectName& name, int missing, int state) {
+    if (m_frames.back()->readOnly.contains(name.name)) throw sqlError(kReadOnlyTable, {name.name});
     if (auto found = findTable(name)) return *found;
     if (namesChangedRows(name)) throw sqlError(kChangedRowsChanged);
     if (module(name, kView)) throw unsupported("changes through a view ('" + name.name + "')");

@@ -159,7 +159,7 @@ void Executor::runStatement(const PreparedText& text, const Execute& call, std::
         returnOutputs({}, {}, call, frame);
         return;
     }
-    const auto batch = parsed("CREATE PROCEDURE [] " + declarations + " AS " + statement);
+    const auto batch = parsed("CREATE PROCEDURE [] " + declarations + " AS " + statement, database);
     const CreateModule& module = moduleOf(*batch);
     frame.database = database;
     frame.skippedArguments = firstValue;

@@ -55,8 +55,7 @@ Flow Executor::run(const SelectStatement& statement) {
 
 // `most`: number of rows after which the others are left out; 0: all.
 std::int64_t Executor::sendRows(PreparedStatement& statement, const QueryText& text, std::int64_t most) {
-    std::vector<Column> columns;
-    for (const auto& output : text.columns) columns.push_back(output.column);
+    const std::vector<Column> columns(text.columns.begin(), text.columns.end());
     std::vector<CellView> cells(columns.size());
     // An error in the first row produces no result set. Within TRY it produces an empty one before the
     // results of CATCH.
@@ -89,12 +88,12 @@ void Executor::divert(const RowHandler& handler, const std::function<void()>& wo
     work();
 }
 
-std::int64_t Executor::assignRows(PreparedStatement& statement, const std::vector<Assignment>& assignments,
+std::int64_t Executor::assignRows(PreparedStatement& statement, const std::vector<Column>& variables,
                                   std::int64_t most) {
     std::int64_t rows = 0;
     for (; (rows == 0 || rows != most) && statement.step(); ++rows)
-        for (std::size_t i = 0; i < assignments.size(); ++i)
-            setVariable(assignments[i].variable, statement.cell(static_cast<int>(i)), assignments[i].type);
+        for (std::size_t i = 0; i < variables.size(); ++i)
+            setVariable(variables[i].name, statement.cell(static_cast<int>(i)), variables[i].type);
     return rows;
 }
 
@@ -105,17 +104,16 @@ Flow Executor::selectInto(const Query& query, const ObjectName& name) {
     const auto* select = std::get_if<Select>(&query.body);
     const TableRef* only = select && select->from.size() == 1 ? select->from.front().get() : nullptr;
     const auto* from = only ? std::get_if<NamedTable>(&only->node) : nullptr;
-    const bool once =
-        std::ranges::count_if(text.columns, [](const auto& each) { return each.column.identity; }) == 1;
+    const bool once = std::ranges::count(text.columns, true, &Column::identity) == 1;
     const auto source = from && once && !from->arguments ? findTable(from->name) : std::nullopt;
     CreateTable create{name, {}, {}};
-    for (const auto& [column, alias, isNull, isNew] : text.columns) {
+    for (const OutputColumn& column : text.columns) {
         if (column.name.empty()) throw sqlError(kMissingColumnName);
         auto& made = create.columns.emplace_back(ColumnDefinition{column.name, column.type, column.nullable});
-        made.identity = isNew;
+        made.identity = column.newIdentity;
         if (column.identity && once && only && !std::holds_alternative<Join>(only->node))
             made.identity = source ? Identity{source->seed, source->increment} : Identity{};
-        if (isNew) made.nullable = false;
+        if (column.newIdentity) made.nullable = false;
     }
     const TableInfo target = createTable(create);
     ColumnList columns;

@@ -24,10 +24,11 @@ struct Cursor {
 };
 using Cursors = std::map<std::string, Cursor>;  // by name in lower case
 
-// A table variable: a temporary table that is visible in its frame only.
+// A table variable: a temporary table that is visible in its frame, and in those that get it as argument.
 struct TableVariable {
     std::shared_ptr<const CreateTable> definition;
     TableInfo info;
+    UserType userType = {};
 };
 
 // A change that fires triggers.
@@ -71,7 +72,8 @@ struct Frame {
     WordMap<TypedValue> variables;
     Cursors cursors;                       // LOCAL cursors
     std::optional<std::int64_t> identity;  // SCOPE_IDENTITY()
-    WordMap<TableVariable> tables;
+    WordMap<std::shared_ptr<TableVariable>> tables;
+    WordSet readOnly;                  // tables that are parameters
     std::vector<TableInfo> temporary;  // #tables created in this frame
     bool isFunction = false;
     bool isQuery = false;            // view or table-valued function

@@ -27,9 +27,8 @@ struct Gathered {
 };
 
 struct Aggregate {
-    const char* name;
-    // `sign`: 1 for a value that enters a window frame, -1 for one that leaves it. The count is already
-    // updated.
+    std::string name;
+    // `sign`: 1 for a value that enters a window frame, -1 for one that leaves it; it is counted already.
     void (*step)(Gathered& gathered, const SqlCall& arguments, int sign);
     Value (*result)(const Gathered& gathered, const Aggregate& aggregate);
     SqlType type = {};  // type of an exact result
@@ -117,29 +116,22 @@ Value aggregatedText(const Gathered& gathered, const Aggregate&) {
     return text;
 }
 
-const Aggregate kAggregates[] = {
-    {"ts_sum_int", addExact, exactSum, simpleType(TypeId::Int)},
-    {"ts_sum_bigint", addExact, exactSum, simpleType(TypeId::BigInt)},
-    {"ts_sum_money", addExact, exactSum, simpleType(TypeId::Money)},
-    {"ts_sum_decimal", addExact, exactSum, kSumType},
-    {"ts_sum_float", addReal, realTotal<false>},
-    {"ts_avg_int0", addExact, exactAverage, simpleType(TypeId::Int)},
-    {"ts_avg_bigint0", addExact, exactAverage, simpleType(TypeId::BigInt)},
-    {"ts_avg_money0", addExact, exactAverage, simpleType(TypeId::Money)},
-    {"ts_avg_decimal0", addExact, exactAverage, kSumType, 0},
-    {"ts_avg_decimal1", addExact, exactAverage, kSumType, 1},
-    {"ts_avg_decimal2", addExact, exactAverage, kSumType, 2},
-    {"ts_avg_decimal3", addExact, exactAverage, kSumType, 3},
-    {"ts_avg_decimal4", addExact, exactAverage, kSumType, 4},
-    {"ts_avg_decimal5", addExact, exactAverage, kSumType, 5},
-    {"ts_avg_decimal6", addExact, exactAverage, kSumType, 6},
-    {"ts_avg_float0", addReal, realTotal<true>},
-    {"ts_stdev", addSpread, spread<true, true>},
-    {"ts_stdevp", addSpread, spread<false, true>},
-    {"ts_var", addSpread, spread<true, false>},
-    {"ts_varp", addSpread, spread<false, false>},
-    {"ts_string_agg", addText, aggregatedText},
-};
+std::vector<Aggregate> allAggregates() {
+    constexpr int kMostDigitsAdded = 6;
+    std::vector<Aggregate> all = {
+        {"ts_sum_float", addReal, realTotal<false>}, {"ts_avg_float0", addReal, realTotal<true>},
+        {"ts_stdev", addSpread, spread<true, true>}, {"ts_stdevp", addSpread, spread<false, true>},
+        {"ts_var", addSpread, spread<true, false>},  {"ts_varp", addSpread, spread<false, false>},
+        {"ts_string_agg", addText, aggregatedText}};
+    for (const TypeId id : {TypeId::Int, TypeId::BigInt, TypeId::Money, TypeId::Decimal}) {
+        const SqlType type = id == TypeId::Decimal ? kSumType : simpleType(id);
+        const std::string name(baseName(id));
+        all.push_back({"ts_sum_" + name, addExact, exactSum, type});
+        for (int digits = 0; digits <= kMostDigitsAdded; ++digits)
+            all.push_back({"ts_avg_" + name + std::to_string(digits), addExact, exactAverage, type, digits});
+    }
+    return all;
+}
 
 template <int sign>
 void stepAggregate(sqlite3_context* call, int count, sqlite3_value** values) {
@@ -179,11 +171,12 @@ void giveAggregate(sqlite3_context* call) {
 }  // namespace
 
 void registerAggregates(sqlite3* connection, FunctionContext& context) {
+    static const auto kAggregates = allAggregates();
     for (const Aggregate& aggregate : kAggregates) {
         const int code = sqlite3_create_window_function(
-            connection, aggregate.name, /*nArg=*/-1, SQLITE_UTF8, new Binding<Aggregate>{context, aggregate},
-            stepAggregate<1>, giveAggregate<true>, giveAggregate<false>, stepAggregate<-1>,
-            deleteBinding<Aggregate>);
+            connection, aggregate.name.c_str(), /*nArg=*/-1, SQLITE_UTF8,
+            new Binding<Aggregate>{context, aggregate}, stepAggregate<1>, giveAggregate<true>,
+            giveAggregate<false>, stepAggregate<-1>, deleteBinding<Aggregate>);
         if (code != SQLITE_OK) throw std::runtime_error(sqlite3_errmsg(connection));
     }
 }

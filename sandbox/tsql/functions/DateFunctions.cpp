@@ -4,13 +4,6 @@
 namespace tsql {
 namespace {
 
-template <DatePart part>
-SqlType ofDateType(Pieces pieces) {
-    if (pieces[0].type.id == TypeId::Time)
-        throw sqlError(kDatePartNotSupportedForType, {nameOf(part), nameOf(part), "time"});
-    return simpleType(TypeId::Int);
-}
-
 template <DateTime Now::*clock>
 Value runNow(const SqlCall& call) {
     return toStorage(call.context().now().*clock, call.type(0));
@@ -29,9 +22,12 @@ Value runOfDate(const SqlCall& call) {
     return function(call.datePart(), call.dateTime(1));
 }
 
-template <DatePart part>
-Value runPart(const SqlCall& call) {
-    return datePart(part, call.dateTime(0));
+// YEAR(value) is DATEPART(year, value).
+std::string writePart(const FunctionInfo& function, Pieces pieces, const SqlType&) {
+    const auto part = static_cast<std::int64_t>(*findDatePart(function.name));
+    const Typed whole[] = {literal({part, simpleType(TypeId::Int)}), pieces[0]};
+    checkDatePart(whole, function.name);
+    return "ts_datepart(" + whole[0].sql + "," + whole[1].sql + ")";
 }
 
 // (value[, months])
@@ -75,12 +71,14 @@ Value runIsDate(const SqlCall& call) {
                         !call.text(0).empty()};
 }
 
-const FunctionInfo kDateTable[] = {
-    {"getdate", "=", TypeId::DateTime, runNow<&Now::local>, Nulls::GiveNull, Purity::Varying},
-    {"current_timestamp", "=", TypeId::DateTime, runNow<&Now::local>, Nulls::GiveNull, Purity::Varying},
-    {"getutcdate", "=", TypeId::DateTime, runNow<&Now::utc>, Nulls::GiveNull, Purity::Varying},
-    {"sysdatetime", "=", TypeId::DateTime2, runNow<&Now::local>, Nulls::GiveNull, Purity::Varying},
-    {"sysutcdatetime", "=", TypeId::DateTime2, runNow<&Now::utc>, Nulls::GiveNull, Purity::Varying},
+}  // namespace
+
+const std::vector<FunctionInfo> kDateFunctions = {
+    {"getdate", "~=", TypeId::DateTime, runNow<&Now::local>},
+    {"current_timestamp", "~=", TypeId::DateTime, runNow<&Now::local>},
+    {"getutcdate", "~=", TypeId::DateTime, runNow<&Now::utc>},
+    {"sysdatetime", "~=", TypeId::DateTime2, runNow<&Now::local>},
+    {"sysutcdatetime", "~=", TypeId::DateTime2, runNow<&Now::utc>},
     {"dateadd", "PIE=", [](Pieces pieces) { return pieces.back().type; },
      [](const SqlCall& call) -> Value {  // (part, number, value, type)
          const SqlType type = call.type(3);
@@ -90,34 +88,29 @@ const FunctionInfo kDateTable[] = {
     {"datediff_big", "PDD", TypeId::BigInt, runDateDiff<std::int64_t>},
     {"datepart", "PD", TypeId::Int, runOfDate<datePart>},
     {"datename", "PD", nvarcharType(30), runOfDate<dateName>},
-    {"year", "D", ofDateType<DatePart::Year>, runPart<DatePart::Year>},
-    {"month", "D", ofDateType<DatePart::Month>, runPart<DatePart::Month>},
-    {"day", "D", ofDateType<DatePart::Day>, runPart<DatePart::Day>},
+    {"year", "D", TypeId::Int, writePart},
+    {"month", "D", TypeId::Int, writePart},
+    {"day", "D", TypeId::Int, writePart},
     {"eomonth", "D[I", TypeId::Date, runEndOfMonth},
     {"datefromparts", "III=", TypeId::Date, runFromParts},
     {"datetimefromparts", "IIIIIII=", TypeId::DateTime, runFromParts},
     {"smalldatetimefromparts", "IIIII=", TypeId::SmallDateTime, runFromParts},
     {"datetime2fromparts", "IIIIIIII=", scaledType<TypeId::DateTime2>, runFromParts},
     {"timefromparts", "IIIII=", scaledType<TypeId::Time>, runFromParts},
-    {"isdate", "T", TypeId::Int, runIsDate, Nulls::Reach},
+    {"isdate", "0T", TypeId::Int, runIsDate},
 };
-
-}  // namespace
 
 void checkDatePart(Pieces arguments, std::string_view function) {
     const auto part = static_cast<DatePart>(*arguments[0].integer);
     const TypeId type = arguments.back().type.id;
-    const bool isDifference = function.starts_with("datediff"),
-               changes = isDifference || function == "dateadd";
+    const bool isDiff = function.starts_with("datediff"), changes = isDiff || function == "dateadd";
     if (part == DatePart::IsoWeek && changes)
-        throw sqlError(kDatePartNotSupported, {nameOf(part), isDifference ? "datediff" : function});
-    if (isDifference) return;
+        throw sqlError(kDatePartNotSupported, {nameOf(part), isDiff ? "datediff" : function});
+    if (isDiff) return;
     const bool ofClock = part >= DatePart::Hour;
     const bool tooFine = changes && part > DatePart::Millisecond && isClassicDate(type);
     if (tooFine || (ofClock ? type == TypeId::Date : type == TypeId::Time))
         throw sqlError(kDatePartNotSupportedForType, {nameOf(part), function, baseName(type)});
 }
-
-const std::span<const FunctionInfo> kDateFunctions = kDateTable;
 
 }  // namespace tsql

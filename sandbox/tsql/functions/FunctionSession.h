@@ -29,8 +29,7 @@ class FunctionSession {
     virtual std::optional<std::int64_t> lastIdentity(const TableInfo& table) = 0;
     virtual std::optional<std::int64_t> scopeIdentity() const = 0;
     // Next identity of a table of that increment, which SQLite does not generate.
-    virtual std::int64_t nextIdentity(std::string_view schema, std::string_view table,
-                                      std::int64_t increment) = 0;
+    virtual std::int64_t nextIdentity(std::string_view schema, std::string_view table, std::int64_t step) = 0;
     // Next value of the sequence with that id. Throws SqlError 11728 if there is none.
     virtual Value nextValue(std::string_view database, std::int64_t id) = 0;
     // Least rowversion of the current database that a transaction may still give. Throws SqlError 50000.
@@ -75,6 +74,8 @@ class FunctionContext {
 void registerFunctions(struct sqlite3* connection, FunctionContext& context);
 
 std::string hostName();
+// Numbers of the types that every database has, with those that are others here.
+const WordMap<std::int64_t>& systemTypes();
 Value identityValue(const std::optional<std::int64_t>& identity);  // a decimal(38,0)
 
 }  // namespace tsql

@@ -9,8 +9,14 @@ namespace {
 
 constexpr std::size_t kAnyNumber = 254;
 
-// --- result types
-
+SqlType resultType(const FunctionInfo& function, Pieces pieces) {
+    if (const auto* rule = std::get_if<TypeRule>(&function.result)) return (*rule)(pieces);
+    const auto* id = std::get_if<TypeId>(&function.result);
+    return id ? simpleType(*id) : std::get<SqlType>(function.result);
+}
+SqlType sameAsFirst(Pieces pieces) {
+    return pieces[pieces[0].nullLiteral ? 1 : 0].type;
+}
 SqlType coalescedType(Pieces pieces) {
     if (std::ranges::all_of(pieces, &Typed::nullLiteral)) throw sqlError(kCoalesceOfNulls);
     return commonType(pieces);
@@ -32,7 +38,27 @@ SqlType extremeType(Pieces pieces) {
     return pieces[0].type;
 }
 
-// --- writers
+// Whether a character of a pattern is an argument.
+constexpr bool isArgument(char letter) {
+    return letter >= 'A' && letter <= 'Z';
+}
+
+// NAME(argument, ...) with the function's name in SQLite and the type codes of the pattern.
+std::string writeCall(const FunctionInfo& function, Pieces pieces, const SqlType& result) {
+    const auto* inSqlite = std::get_if<const char*>(&function.body);
+    std::string sql = std::holds_alternative<SqlFunction>(function.body) ? "ts_" : "";
+    sql += inSqlite ? *inSqlite : function.name;
+    const auto add = [&](const std::string& text) { sql.append(sql.back() == '(' ? "" : ",").append(text); };
+    sql += '(';
+    std::size_t next = 0;
+    for (const char letter : function.arguments) {
+        if (letter == '#') add(std::to_string(encodeType(pieces[next - 1].type)));
+        if (isArgument(letter) && next < pieces.size()) add(pieces[next++].sql);
+    }
+    while (next < pieces.size()) add(pieces[next++].sql);
+    if (function.arguments.ends_with('=')) add(std::to_string(encodeType(result)));
+    return sql + ')';
+}
 
 std::string writeNullIf(const FunctionInfo&, Pieces pieces, const SqlType&) {
     return "CASE WHEN " + emitCompare(CompareOp::Equal, pieces[0], pieces[1]) + " THEN NULL ELSE " +
@@ -84,7 +110,7 @@ constexpr auto kAggregate = FunctionKind::Aggregate, kRanking = FunctionKind::Ra
                kFramed = FunctionKind::Framed;
 
 // Functions that SQLite has, or that are written with other functions.
-const FunctionInfo kWritten[] = {
+const std::vector<FunctionInfo> kWritten = {
     {"isnull", "AR", sameAsFirst, "ifnull"},
     {"coalesce", "RR*", coalescedType, "coalesce"},
     {"nullif", "AA", nullIfType, writeNullIf},
@@ -118,7 +144,29 @@ const FunctionInfo kWritten[] = {
     {"last_value", "A", sameAsFirst, "last_value", kFramed},
 };
 
-// --- arguments
+// Functions that SQL Server has and tsqlbox has not.
+constexpr std::string_view kMissingFunctions =
+    " approx_count_distinct applock_mode applock_test binary_checksum checksum checksum_agg "
+    "collationproperty columns_updated compress connectionproperty context_info current_request_id "
+    "current_timezone current_transaction_id datetimeoffsetfromparts decompress decryptbypassphrase "
+    "difference encryptbypassphrase eventdata file_id file_name filegroup_name fileproperty format "
+    "formatmessage has_perms_by_name host_id index_col indexproperty is_rolemember isjson json_modify "
+    "json_query json_value objectpropertyex parse percentile_cont percentile_disc "
+    "pwdcompare pwdencrypt rowcount_big session_context soundex sql_variant_property stats_date "
+    "string_escape suser_id suser_sid switchoffset sysdatetimeoffset todatetimeoffset trigger_nestlevel "
+    "try_parse typeproperty user_id ";
+
+// By their names, which are in lower case.
+const std::map<std::string_view, const FunctionInfo*>& allFunctions() {
+    static const auto all = [] {
+        std::map<std::string_view, const FunctionInfo*> table;
+        for (const auto* part :
+             {&kTextFunctions, &kMathFunctions, &kDateFunctions, &kSessionFunctions, &kWritten})
+            for (const FunctionInfo& function : *part) table.emplace(function.name, &function);
+        return table;
+    }();
+    return all;
+}
 
 // String type for every value of the type.
 SqlType textTypeFor(const SqlType& type) {
@@ -145,9 +193,9 @@ SqlType wantedType(char letter, const SqlType& type) {
 
 Typed argument(const FunctionInfo& function, std::size_t i, char letter, const Typed& value) {
     if (letter == 'P') {
-        const auto part = findDatePart(value.word);
-        if (!part) throw sqlError(kUnknownOption, {value.word, function.name});
-        return typedConstant(std::to_string(int(*part)), {std::int64_t{int(*part)}, simpleType(TypeId::Int)});
+        const auto part = findDatePart(value.sql);
+        if (!part) throw sqlError(kUnknownOption, {value.sql, function.name});
+        return literal({std::int64_t{int(*part)}, simpleType(TypeId::Int)});
     }
     const SqlType wanted = wantedType(letter, value.type);
     const TypeId given = value.type.id;
@@ -170,17 +218,14 @@ void checkCount(const FunctionInfo& function, std::size_t letters, std::size_t c
         : sqlError(kFunctionTakesArguments, {function.name, std::to_string(least), std::to_string(most)});
 }
 
-// --- registration in SQLite
-
 void callScalar(sqlite3_context* call, int count, sqlite3_value** values) {
     const auto& binding = *static_cast<const Binding<ScalarFunction>*>(sqlite3_user_data(call));
     try {
         const SqlCall arguments(binding.context, count, values);
-        for (const CellView& each : arguments.arguments())
+        for (const CellView& each : arguments.arguments()) {
+            if (isNull(each) && !binding.function.has('0')) return sqlite3_result_null(call);
             if (const auto* text = std::get_if<std::string_view>(&each)) spendWork(text->size());
-        const bool anyNull =
-            std::ranges::any_of(arguments.arguments(), [](const auto& each) { return isNull(each); });
-        if (binding.function.nulls == Nulls::GiveNull && anyNull) return sqlite3_result_null(call);
+        }
         giveResult(call, binding.function.run(arguments));
     } catch (...) {
         reportError(binding.context, call);
@@ -188,23 +233,14 @@ void callScalar(sqlite3_context* call, int count, sqlite3_value** values) {
 }
 
 void registerScalar(sqlite3* connection, FunctionContext& context, const ScalarFunction& function) {
-    const int flags = SQLITE_UTF8 | (function.purity == Purity::Pure ? SQLITE_DETERMINISTIC : 0);
+    const int flags = SQLITE_UTF8 | (function.has('~') ? 0 : SQLITE_DETERMINISTIC);
     const int code = sqlite3_create_function_v2(connection, function.name.c_str(), -1, flags,
                                                 new Binding<ScalarFunction>{context, function}, callScalar,
                                                 nullptr, nullptr, deleteBinding<ScalarFunction>);
     if (code != SQLITE_OK) throw std::runtime_error(sqlite3_errmsg(connection));
 }
 
-int collate(void*, int leftSize, const void* left, int rightSize, const void* right) {
-    return compareText({static_cast<const char*>(left), static_cast<std::size_t>(leftSize)},
-                       {static_cast<const char*>(right), static_cast<std::size_t>(rightSize)});
-}
-
 }  // namespace
-
-SqlType sameAsFirst(Pieces pieces) {
-    return pieces[pieces[0].nullLiteral ? 1 : 0].type;
-}
 
 SqlType numberType(Pieces pieces) {
     const SqlType& type = pieces[0].type;
@@ -213,33 +249,12 @@ SqlType numberType(Pieces pieces) {
     return type.id == TypeId::Real ? simpleType(TypeId::Float) : type;
 }
 
-std::string writeCall(const FunctionInfo& function, Pieces pieces, const SqlType& result) {
-    std::string sql = function.scalar.name.empty() ? std::string(function.name) : function.scalar.name;
-    const auto add = [&](const std::string& text) { sql.append(sql.back() == '(' ? "" : ",").append(text); };
-    sql += '(';
-    std::size_t next = 0;
-    for (const char letter : function.arguments) {
-        if (letter == '#') add(std::to_string(encodeType(pieces[next - 1].type)));
-        if (isArgument(letter) && next < pieces.size()) add(pieces[next++].sql);
-    }
-    while (next < pieces.size()) add(pieces[next++].sql);
-    if (function.arguments.ends_with('=')) add(std::to_string(encodeType(result)));
-    return sql + ')';
-}
-
-std::array<std::span<const FunctionInfo>, 5> allFunctions() {
-    return {kTextFunctions, kMathFunctions, kDateFunctions, kSessionFunctions, kWritten};
-}
-
-const FunctionInfo* findFunction(std::string_view name) {
-    static const auto index = [] {
-        std::map<std::string_view, const FunctionInfo*> table;
-        for (const auto& functions : allFunctions())
-            for (const FunctionInfo& function : functions) table.emplace(function.name, &function);
-        return table;
-    }();
-    const auto found = index.find(lowerAscii(name));
-    return found == index.end() ? nullptr : found->second;
+const FunctionInfo& functionNamed(const std::string& name) {
+    const auto found = allFunctions().find(lowerAscii(name));
+    if (found != allFunctions().end()) return *found->second;
+    if (kMissingFunctions.find(" " + lowerAscii(name) + " ") != std::string_view::npos)
+        throw unsupported(toUpper(name));
+    throw SqlError(kUnknownSetOption, "'" + name + "' is not a recognized built-in function name.", 15, 10);
 }
 
 Typed emitCall(const FunctionInfo& function, std::span<const Typed> arguments, bool distinct) {
@@ -247,16 +262,17 @@ Typed emitCall(const FunctionInfo& function, std::span<const Typed> arguments, b
     std::ranges::copy_if(function.arguments, std::back_inserter(letters), isArgument);
     const auto letterOf = [&](std::size_t i) { return letters[std::min(i, letters.size() - 1)]; };
     checkCount(function, letters.size(), arguments.size());
-    if (function.kind == FunctionKind::Aggregate && arguments[0].word == "*")
-        return {"count(*)", function.result.of(arguments)};
+    if (function.kind == FunctionKind::Aggregate && arguments[0].sql == "*")
+        return {"count(*)", resultType(function, arguments)};
     std::vector<Typed> pieces;
     for (std::size_t i = 0; i < arguments.size(); ++i)
         pieces.push_back(argument(function, i, letterOf(i), arguments[i]));
     if (function.takesDatePart()) checkDatePart(pieces, function.name);
-    const SqlType type = function.result.of(pieces);
+    const SqlType type = resultType(function, pieces);
     for (std::size_t i = 0; i < pieces.size(); ++i)
         if (letterOf(i) == 'R') pieces[i] = coerce(pieces[i], type);
-    std::string sql = function.write(function, pieces, type);
+    const auto* writer = std::get_if<Writer>(&function.body);
+    std::string sql = (writer ? *writer : writeCall)(function, pieces, type);
     if (distinct) sql.insert(sql.find('(') + 1, "DISTINCT ");
     Typed result{sql, type};
     if (function.name == "isnull") result.nullable = pieces[0].nullable && pieces[1].nullable;
@@ -279,12 +295,16 @@ void reportError(FunctionContext& context, sqlite3_context* call) {
 }
 
 void registerFunctions(sqlite3* connection, FunctionContext& context) {
-    for (const auto functions : {kOperatorFunctions, kQueryFunctions})
-        for (const ScalarFunction& function : functions) registerScalar(connection, context, function);
-    for (const auto& functions : allFunctions())
-        for (const FunctionInfo& function : functions)
-            if (function.scalar.run) registerScalar(connection, context, function.scalar);
+    for (const auto* functions : {&kOperatorFunctions, &kQueryFunctions})
+        for (const ScalarFunction& function : *functions) registerScalar(connection, context, function);
+    for (const auto& [name, function] : allFunctions())
+        if (const auto* run = std::get_if<SqlFunction>(&function->body))
+            registerScalar(connection, context, {"ts_" + std::string(name), function->arguments, *run});
     registerAggregates(connection, context);
+    const auto collate = [](void*, int leftSize, const void* left, int rightSize, const void* right) {
+        return compareText({static_cast<const char*>(left), static_cast<std::size_t>(leftSize)},
+                           {static_cast<const char*>(right), static_cast<std::size_t>(rightSize)});
+    };
     const std::string name(kCollation);
     if (sqlite3_create_collation(connection, name.c_str(), SQLITE_UTF8, nullptr, collate) != SQLITE_OK)
         throw std::runtime_error(sqlite3_errmsg(connection));

@@ -8,14 +8,12 @@
 namespace tsql {
 namespace {
 
-// Result type of CEILING and FLOOR: scale 0.
-SqlType wholeType(Pieces pieces) {
+// Result type of CEILING and FLOOR, which have scale 0, and of POWER.
+template <bool isWhole>
+SqlType resultOf(Pieces pieces) {
     const SqlType type = numberType(pieces);
-    return type.id == TypeId::Decimal ? decimalType(type.precision, 0) : type;
-}
-SqlType powerType(Pieces pieces) {
-    const SqlType type = numberType(pieces);
-    return type.id == TypeId::Decimal ? decimalType(38, type.scale) : type;
+    if (type.id != TypeId::Decimal) return type;
+    return isWhole ? decimalType(type.precision, 0) : decimalType(38, type.scale);
 }
 
 // Throws SqlError 3623 for a result outside of the function's domain.
@@ -55,8 +53,7 @@ Value runWhole(const SqlCall& call) {
     return exactCell(isMoney(type.id) ? whole * unit : whole, type);
 }
 
-// (value, type, places[, truncate]); result of the same type, at least int; negative places round before the
-// point
+// (value, type, places[, truncate]); of the same type, at least int; negative places: before the point
 Value runRound(const SqlCall& call) {
     const SqlType type = call.type(1);
     const std::int64_t places = call.integer(2);
@@ -101,13 +98,15 @@ Value runIsNumeric(const SqlCall& call) {
     return std::int64_t{reads(simpleType(TypeId::Float)) || reads(simpleType(TypeId::Money))};
 }
 
-const FunctionInfo kMathTable[] = {
+}  // namespace
+
+const std::vector<FunctionInfo> kMathFunctions = {
     {"abs", "N=", numberType, runAbs},
     {"sign", "N=", numberType, runSign},
-    {"ceiling", "N#", wholeType, runWhole<true>},
-    {"floor", "N#", wholeType, runWhole<false>},
+    {"ceiling", "N#", resultOf<true>, runWhole<true>},
+    {"floor", "N#", resultOf<true>, runWhole<false>},
     {"round", "N#I[I", numberType, runRound},
-    {"power", "N#F=", powerType, runPower},
+    {"power", "N#F=", resultOf<false>, runPower},
     {"log", "F[F", TypeId::Float,
      [](const SqlCall& call) -> Value {
          const double base = call.count() > 1 ? std::log(call.real(1)) : 1;
@@ -129,12 +128,8 @@ const FunctionInfo kMathTable[] = {
     {"pi", "", TypeId::Float, [](const SqlCall&) -> Value { return std::numbers::pi; }},
     {"degrees", "F", TypeId::Float, runFloat<[](double x) { return x * 180 / std::numbers::pi; }>},
     {"radians", "F", TypeId::Float, runFloat<[](double x) { return x * std::numbers::pi / 180; }>},
-    {"rand", "[I", TypeId::Float, runRand, Nulls::GiveNull, Purity::Varying},
-    {"isnumeric", "A#", TypeId::Int, runIsNumeric, Nulls::Reach},
+    {"rand", "~[I", TypeId::Float, runRand},
+    {"isnumeric", "0A#", TypeId::Int, runIsNumeric},
 };
-
-}  // namespace
-
-const std::span<const FunctionInfo> kMathFunctions = kMathTable;
 
 }  // namespace tsql

@@ -50,23 +50,6 @@ Value runLike(const SqlCall& call) {
     return std::int64_t{matchesLike(call.text(0), call.text(1), blanks, escape)};
 }
 
-const ScalarFunction kOperatorTable[] = {
-    {"ts_convert", runConvert<Conversion::Cast>},
-    {"ts_try_convert", runConvert<Conversion::Try>},
-    {"ts_assign", runAssign},
-    {"ts_arithmetic", runArithmetic, Nulls::Reach},
-    {"ts_compare",  // (left, left type, right, right type)
-     [](const SqlCall& call) -> Value {
-         return std::int64_t{compareExact(exactOf(call[0]), call.type(1), exactOf(call[2]), call.type(3))};
-     }},
-    {"ts_like", runLike},
-    {"ts_unpadded",  // (bytes), without the zeros at their end
-     [](const SqlCall& call) {
-         const auto bytes = std::get<Blob>(call[0]);
-         return ownedValue(bytes.substr(0, bytes.find_last_not_of(std::byte{0}) + 1));
-     }},
-};
-
 constexpr int kLongestChain = 30;  // operators of one ts_arithmetic call; SQLite limits its arguments
 constexpr std::string_view kCompareSigns[] = {" = ", " <> ", " < ", " <= ", " > ", " >= "};
 constexpr std::string_view kCompareNames[] = {"equal to",     "not equal to",
@@ -106,10 +89,11 @@ SqlType operandType(const Typed& value, const SqlType& partner) {
     return partner.id == TypeId::Decimal ? literalType(value) : value.type;
 }
 
-Typed withPartnersType(const Typed& value, const Typed& partner) {
-    Typed result = value;
-    if (value.nullLiteral) result.type = partner.type;
-    return result;
+// A NULL literal has the type of the other operand.
+std::pair<Typed, Typed> withTypes(Typed left, Typed right) {
+    if (left.nullLiteral) left.type = right.type;
+    if (right.nullLiteral) right.type = left.type;
+    return {left, right};
 }
 
 // Whether every number of the exact type `other` fits in `type`.
@@ -123,8 +107,7 @@ std::string compared(const std::string& left, std::string_view sign, const std::
     return "(" + left + std::string(sign) + right + ")";
 }
 
-// Compares numbers of different forms in the form of one side, so that its index can be used; else with a
-// function.
+// Compares numbers in the form of one side, so that its index can be used; else with a function.
 std::string compareExact(std::string_view sign, const Typed& left, const Typed& right) {
     if (sameScaling(left.type, right.type)) return compared(left.sql, sign, right.sql);
     if (holds(left.type, literalType(right))) return compared(left.sql, sign, coerce(right, left.type).sql);
@@ -145,8 +128,7 @@ std::string compareBytes(std::string_view sign, const Typed& left, const Typed& 
     return compared(comparable(left), sign, comparable(right));
 }
 
-// "(a || b || c)", truncated to the type's length. The chain is flat because SQLite's parser limits the
-// nesting of parentheses.
+// "(a || b || c)", truncated to the type's length; flat, because SQLite's parser limits the nesting.
 Typed joined(const Typed& left, const Typed& right, const SqlType& type) {
     constexpr std::string_view kCut = "substr(", kFrom = ",1,";
     const bool cut = left.sql.starts_with(kCut);
@@ -164,9 +146,22 @@ Typed joined(const Typed& left, const Typed& right, const SqlType& type) {
 
 }  // namespace
 
-Typed nullLiteral() {
-    return {"NULL", simpleType(TypeId::Int), true};
-}
+const std::vector<ScalarFunction> kOperatorFunctions = {
+    {"ts_convert", "", runConvert<Conversion::Cast>},
+    {"ts_try_convert", "", runConvert<Conversion::Try>},
+    {"ts_assign", "", runAssign},
+    {"ts_arithmetic", "0", runArithmetic},
+    {"ts_compare", "",  // (left, left type, right, right type)
+     [](const SqlCall& call) -> Value {
+         return std::int64_t{compareExact(exactOf(call[0]), call.type(1), exactOf(call[2]), call.type(3))};
+     }},
+    {"ts_like", "", runLike},
+    {"ts_unpadded", "",  // (bytes), without the zeros at their end
+     [](const SqlCall& call) {
+         const auto bytes = std::get<Blob>(call[0]);
+         return ownedValue(bytes.substr(0, bytes.find_last_not_of(std::byte{0}) + 1));
+     }},
+};
 
 Typed typedConstant(std::string sql, const TypedValue& constant) {
     Typed result{std::move(sql), constant.type, isNull(constant.value)};
@@ -195,21 +190,14 @@ Typed literal(const TypedValue& constant) {
     return typedConstant(std::visit(ConstantWriter{}, constant.value), constant);
 }
 
-Typed wordArgument(std::string_view word) {
-    return {{}, {}, false, {}, std::string(word)};
-}
-
-const std::span<const ScalarFunction> kOperatorFunctions = kOperatorTable;
-
 Typed emitConvert(const Typed& value, const SqlType& to, const Typed* style, Conversion kind) {
     if (!value.nullLiteral && conversionRule(value.type.id, to.id) == ConversionRule::Never)
         throw sqlError(kNoExplicitConversion, {baseName(value.type.id), baseName(to.id)});
     Typed result{value.sql, to};  // not a literal any more: its type is fixed
     if (value.nullLiteral || (!style && sameForm(value.type, to))) return result;
-    const std::string styleSql =
-        style ? coerce(*style, simpleType(TypeId::Int)).sql : std::to_string(kNoStyle);
+    const std::string number = style ? coerce(*style, simpleType(TypeId::Int)).sql : std::to_string(kNoStyle);
     result.sql = std::string(kind == Conversion::Try ? "ts_try_convert(" : "ts_convert(") + value.sql + "," +
-                 code(value.type) + "," + code(to) + "," + styleSql + ")";
+                 code(value.type) + "," + code(to) + "," + number + ")";
     return result;
 }
 
@@ -268,8 +256,7 @@ std::string checkedRowCount(const std::string& sql, int least, int error) {
 }
 
 Typed emitBinary(BinaryOp op, const Typed& leftPiece, const Typed& rightPiece) {
-    const Typed left = withPartnersType(leftPiece, rightPiece),
-                right = withPartnersType(rightPiece, leftPiece);
+    const auto [left, right] = withTypes(leftPiece, rightPiece);
     const bool bits = op >= BinaryOp::BitAnd;
     const SqlType type = bits
                              ? operatorType(op, left.type, right.type)
@@ -317,8 +304,7 @@ Typed emitBitNot(const Typed& value) {
 }
 
 std::string emitCompare(CompareOp op, const Typed& leftPiece, const Typed& rightPiece) {
-    const Typed left = withPartnersType(leftPiece, rightPiece),
-                right = withPartnersType(rightPiece, leftPiece);
+    const auto [left, right] = withTypes(leftPiece, rightPiece);
     const std::string_view sign = kCompareSigns[static_cast<std::size_t>(op)];
     if (isExact(left.type.id) && isExact(right.type.id)) return compareExact(sign, left, right);
     const SqlType type = commonType(left.type, right.type, kCompareNames[static_cast<std::size_t>(op)]);

@@ -14,7 +14,6 @@ namespace {
 // variant, and its bytes in hexadecimal digits, with commas between them.
 std::string packed(std::span<const CellView> cells) {
     const auto bytesOf = []<typename T>(const T& value) -> std::string {
-        if constexpr (std::is_same_v<T, Null>) return {};
         if constexpr (requires { value.size(); }) return hexDigits(std::as_bytes(std::span(value)));
         return hexDigits(std::as_bytes(std::span(&value, 1)));
     };
@@ -33,18 +32,11 @@ Value runUnpack(const SqlCall& call) {
         std::memcpy(&number, bytes.data(), sizeof number);
         return Value(number);
     };
-    switch (cell[0]) {
-        case '0':
-            return Null{};
-        case '1':
-            return copied(std::int64_t{});
-        case '2':
-            return copied(double{});
-        case '3':
-            return std::string(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-        default:
-            return bytes;
-    }
+    if (cell[0] == '0') return Null{};
+    if (cell[0] == '1') return copied(std::int64_t{});
+    if (cell[0] == '2') return copied(double{});
+    if (cell[0] == '4') return bytes;
+    return std::string(reinterpret_cast<const char*>(bytes.data()), bytes.size());
 }
 
 // (string, separator); a packed row for each part, in a JSON array
@@ -109,8 +101,6 @@ Value runXmlValue(const SqlCall& call) {
     return result;
 }
 
-// --- properties of types in the system views
-
 template <Value (*fact)(const SqlType&)>
 Value runTypeFact(const SqlCall& call) {
     return fact(call.type(0));
@@ -137,107 +127,73 @@ Value digitsOf(const SqlType& type) {
     return std::int64_t{precisionOf(type) + fraction};
 }
 
-// --- TYPE_NAME and TYPE_ID
+}  // namespace
 
-// Names and numbers of the types, with those that are others here.
-std::vector<std::pair<std::string, int>> typeNumbers() {
-    std::vector<std::pair<std::string, int>> all = {{"numeric", 108}, {"sysname", 256}};
-    for (int i = 0; i <= static_cast<int>(TypeId::RowVersion); ++i)
-        all.emplace_back(baseName(static_cast<TypeId>(i)), systemId(static_cast<TypeId>(i)));
-    return all;
-}
-
-constexpr auto kReach = Nulls::Reach;
-
-const ScalarFunction kQueryTable[] = {
-    {"ts_variable", [](const SqlCall& call) { return call.session().variableValue(call.text(0)); }, kReach,
-     Purity::Varying},
-    {"ts_call",  // (database, key, argument...); a user-defined function
+const std::vector<ScalarFunction> kQueryFunctions = {
+    {"ts_variable", "~0", [](const SqlCall& call) { return call.session().variableValue(call.text(0)); }},
+    {"ts_call", "~0",  // (database, key, argument...); a user-defined function
      [](const SqlCall& call) {
          return call.session().callFunction(call.text(0), call.text(1), call.arguments().subspan(2));
-     },
-     kReach, Purity::Varying},
-    {"ts_next_value",  // (database, id of a sequence)
-     [](const SqlCall& call) { return call.session().nextValue(call.text(0), call.integer(1)); }, kReach,
-     Purity::Varying},
-    {"ts_next_identity",  // (schema, table, increment)
+     }},
+    {"ts_next_value", "~0",  // (database, id of a sequence)
+     [](const SqlCall& call) { return call.session().nextValue(call.text(0), call.integer(1)); }},
+    {"ts_next_identity", "~0",  // (schema, table, increment)
      [](const SqlCall& call) -> Value {
          return call.session().nextIdentity(call.text(0), call.text(1), call.integer(2));
-     },
-     kReach, Purity::Varying},
-    {"ts_identity",  // (number, type of the column)
+     }},
+    {"ts_identity", "",  // (number, type of the column)
      [](const SqlCall& call) -> Value {
          if (fits(call.integer(0), call.type(1))) return call.integer(0);
          throw sqlError(kArithmeticOverflow, {"IDENTITY", baseName(call.type(1).id)}, 1);
      }},
-    {"ts_sequence_value",  // (its text, number of values given)
+    {"ts_sequence_value", "",  // (its text, number of values given)
      [](const SqlCall& call) {
          const auto value = Sequence::read(std::string(call.text(0))).value(call.integer(1));
          return value ? Value(*value) : Value(Null{});
      }},
-    {"ts_noted",  // (value); returns it, and notes a NULL that an aggregate skips
+    {"ts_noted", "~0",  // (value); returns it, and notes a NULL that an aggregate skips
      [](const SqlCall& call) {
          if (isNull(call[0])) call.context().noteNullLeftOut();
          return ownedValue(call[0]);
-     },
-     kReach, Purity::Varying},
-    {"ts_single",  // (rows, value); the value of a subquery, which may have one row at most
+     }},
+    {"ts_single", "0",  // (rows, value); the value of a subquery, which may have one row at most
      [](const SqlCall& call) {
          if (call.integer(0) > 1) throw sqlError(kSubqueryWithSeveralRows);
          return ownedValue(call[1]);
-     },
-     kReach},
-    {"ts_deeper",  // (depth, limit); depth + 1; limit 0: none
+     }},
+    {"ts_deeper", "",  // (depth, limit); depth + 1; limit 0: none
      [](const SqlCall& call) -> Value {
          if (call.integer(1) > 0 && call.integer(0) >= call.integer(1))
              throw sqlError(kRecursionExhausted, {std::to_string(call.integer(1))});
          return call.integer(0) + 1;
      }},
-    {"ts_rows",  // (requested rows, least, error)
+    {"ts_rows", "0",  // (requested rows, least, error)
      [](const SqlCall& call) -> Value {
          if (isNull(call[0])) throw sqlError(kRowCountNotInteger);
          if (call.integer(0) < call.integer(1)) throw sqlError(static_cast<int>(call.integer(2)));
          return call.integer(0);
-     },
-     kReach},
-    {"ts_pack", [](const SqlCall& call) -> Value { return packed(call.arguments()); }, kReach},
-    {"ts_unpack", runUnpack},
-    {"ts_split", runSplit},
-    {"ts_xml", runXml},
-    {"ts_xml_value", runXmlValue},
-    {"ts_schema_of", [](const SqlCall& call) -> Value { return std::string(schemaOf(call.text(0))); }},
-    {"ts_bare_name", [](const SqlCall& call) -> Value { return std::string(bareName(call.text(0))); }},
-    {"ts_referenced",  // (text of a foreign key, primary key); names of the columns that it references
+     }},
+    {"ts_pack", "0", [](const SqlCall& call) -> Value { return packed(call.arguments()); }},
+    {"ts_unpack", "", runUnpack},
+    {"ts_split", "", runSplit},
+    {"ts_xml", "", runXml},
+    {"ts_xml_value", "", runXmlValue},
+    {"ts_schema_of", "", [](const SqlCall& call) -> Value { return std::string(schemaOf(call.text(0))); }},
+    {"ts_bare_name", "", [](const SqlCall& call) -> Value { return std::string(bareName(call.text(0))); }},
+    {"ts_referenced", "0",  // (text of a foreign key, primary key); names of the columns that it references
      [](const SqlCall& call) {
          const auto names = parseConstraint(call.text(0)).referencedColumns;
          return names.empty() ? ownedValue(call[1]) : Value(commaList(names));
-     },
-     kReach},
-    {"ts_on_delete", [](const SqlCall& call) -> Value { return parseConstraint(call.text(0)).onDelete; }},
-    {"ts_on_update", [](const SqlCall& call) -> Value { return parseConstraint(call.text(0)).onUpdate; }},
-    {"ts_name_of_type",
-     [](const SqlCall& call) -> Value {
-         for (const auto& [name, id] : typeNumbers())
-             if (id == call.integer(0)) return name;
-         return Null{};
      }},
-    {"ts_id_of_type",
-     [](const SqlCall& call) -> Value {
-         for (const auto& [name, id] : typeNumbers())
-             if (sameWord(name, parseObjectName(call.text(0)).name)) return id;
-         return Null{};
-     }},
-    {"ts_type_name", runTypeFact<[](auto& type) -> Value { return std::string(baseName(type.id)); }>},
-    {"ts_type_id", runTypeFact<[](auto& type) -> Value { return systemId(type.id); }>},
-    {"ts_type_family", runTypeFact<familyOf>},
-    {"ts_type_length", runTypeFact<[](auto& type) -> Value { return maxLength(type); }>},
-    {"ts_type_characters", runTypeFact<charactersOf>},
-    {"ts_type_precision", runTypeFact<digitsOf>},
-    {"ts_type_scale", runTypeFact<[](auto& type) -> Value { return std::int64_t{type.scale}; }>},
+    {"ts_on_delete", "", [](const SqlCall& call) -> Value { return parseConstraint(call.text(0)).onDelete; }},
+    {"ts_on_update", "", [](const SqlCall& call) -> Value { return parseConstraint(call.text(0)).onUpdate; }},
+    {"ts_type_base", "", runTypeFact<[](auto& type) -> Value { return std::string(baseName(type.id)); }>},
+    {"ts_type_number", "", runTypeFact<[](auto& type) -> Value { return systemId(type.id); }>},
+    {"ts_type_family", "", runTypeFact<familyOf>},
+    {"ts_type_length", "", runTypeFact<[](auto& type) -> Value { return maxLength(type); }>},
+    {"ts_type_characters", "", runTypeFact<charactersOf>},
+    {"ts_type_precision", "", runTypeFact<digitsOf>},
+    {"ts_type_scale", "", runTypeFact<[](auto& type) -> Value { return std::int64_t{type.scale}; }>},
 };
-
-}  // namespace
-
-const std::span<const ScalarFunction> kQueryFunctions = kQueryTable;
 
 }  // namespace tsql

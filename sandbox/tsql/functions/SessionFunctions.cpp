@@ -1,8 +1,9 @@
 // T-SQL's functions about the session and the server, as SQLite functions.
-#include <sodium.h>
 #include <unistd.h>
 
 #include <atomic>
+#include <boost/uuid/random_generator.hpp>
+#include <boost/uuid/uuid_io.hpp>
 #include <cstdio>
 
 #include "functions/Functions.h"
@@ -11,14 +12,8 @@
 namespace tsql {
 namespace {
 
-// A random (version 4) identifier.
 Value runNewId(const SqlCall&) {
-    std::array<std::byte, 16> bytes{};
-    randombytes_buf(bytes.data(), bytes.size());
-    bytes[7] = (bytes[7] & std::byte{0x0F}) | std::byte{0x40};
-    bytes[8] = (bytes[8] & std::byte{0x3F}) | std::byte{0x80};
-    const SqlType binary{TypeId::Binary, 16, 0, 0};
-    return convertValue(Blob(bytes.data(), bytes.size()), binary, simpleType(TypeId::UniqueIdentifier));
+    return toUpper(boost::uuids::to_string(boost::uuids::random_generator()()));
 }
 
 // Ascends in the order of strings, also across restarts of the server.
@@ -26,10 +21,11 @@ Value runNewSequentialId(const SqlCall& call) {
     static std::atomic<unsigned long long> last{
         static_cast<unsigned long long>(std::chrono::system_clock::now().time_since_epoch().count())};
     static const std::string random = std::get<std::string>(runNewId(call)).substr(18);
-    std::array<char, 17> digits{};
-    std::snprintf(digits.data(), digits.size(), "%016llX", ++last);
-    const std::string time(digits.data());
-    return time.substr(0, 8) + "-" + time.substr(8, 4) + "-" + time.substr(12) + random;
+    std::array<char, 19> digits{};
+    const unsigned long long time = ++last;
+    std::snprintf(digits.data(), digits.size(), "%08llX-%04llX-%04llX", time >> 32, time >> 16 & 0xFFFF,
+                  time & 0xFFFF);
+    return digits.data() + random;
 }
 
 // Properties as "name = value; name = value ...".
@@ -61,11 +57,6 @@ std::optional<std::string> databaseArgument(const SqlCall& call, std::size_t pos
     return std::nullopt;
 }
 
-Value databaseNumber(const SqlCall& call) {
-    return orNull(databaseId(call.session().storage(),
-                             call.count() ? std::string(call.text(0)) : call.session().databaseOf({})));
-}
-
 Value serverProperty(const SqlCall& call) {
     for (const auto name : {"ServerName", "MachineName", "ComputerNamePhysicalNetBIOS"})
         if (sameWord(name, call.text(0))) return hostName();
@@ -93,13 +84,12 @@ Value ofObject(const SqlCall& call) {
 }
 
 Value objectProperty(const SqlCall& call) {
-    constexpr std::string_view kTypes =
-        "IsUserTable = U; IsTable = U; IsProcedure = P; IsView = V; IsInlineFunction = IF; IsScalarFunction "
-        "= FN; "
-        "IsPrimaryKey = PK; IsTrigger = TR; IsMSShipped = none";
+    constexpr std::string_view kUserTypes =
+        "IsUserTable = U; IsTable = U; IsProcedure = P; IsView = V; IsInlineFunction = IF; "
+        "IsScalarFunction = FN; IsPrimaryKey = PK; IsTrigger = TR; IsMSShipped = none";
     const auto found = call.session().catalogue({}).findById(call.integer(0));
     if (!found) return Null{};
-    if (const Value type = propertyIn(kTypes, call.text(1)); !isNull(type))
+    if (const Value type = propertyIn(kUserTypes, call.text(1)); !isNull(type))
         return std::int64_t{type == Value(found->type)};
     if (!sameWord(call.text(1), "TableHasIdentity"))
         throw unsupported("OBJECTPROPERTY's '" + std::string(call.text(1)) + "'");
@@ -151,6 +141,21 @@ Value columnProperty(const SqlCall& call) {
     return Null{};
 }
 
+Value typeName(const SqlCall& call) {
+    for (const auto& [name, number] : systemTypes())
+        if (number == call.integer(0)) return name;
+    const auto found = call.session().catalogue({}).findById(call.integer(0) - kBuiltInTypes, kUserTypes);
+    return found ? Value(found->name) : Value(Null{});
+}
+
+Value typeNumber(const SqlCall& call) {
+    const ObjectName name = parseObjectName(call.text(0));
+    const auto ofSystem = systemTypes().find(name.name);
+    if (ofSystem != systemTypes().end()) return ofSystem->second;
+    const auto found = call.session().catalogue({}).find(storedName(name.schema, name.name), kUserTypes);
+    return found ? Value(kBuiltInTypes + found->id) : Value(Null{});
+}
+
 Value currentIdentity(const SqlCall& call) {
     const TableInfo info = call.session().table(parseObjectName(call.text(0)));
     if (!info.identityColumn()) return Null{};
@@ -187,82 +192,88 @@ Value isMember(const SqlCall&) {
     return 1;
 }
 const SqlType kName = nvarcharType(128);
-constexpr auto kNulls = Nulls::GiveNull;
-constexpr auto kVarying = Purity::Varying;
 
-const FunctionInfo kSessionTable[] = {
-    {"newid", "", TypeId::UniqueIdentifier, runNewId, kNulls, kVarying},
-    {"newsequentialid", "", TypeId::UniqueIdentifier, runNewSequentialId, kNulls, kVarying},
-    {"db_name", "[I", kName, [](const SqlCall& call) { return orNull(databaseArgument(call, 0)); }, kNulls,
-     kVarying},
-    {"db_id", "[T", TypeId::Int, databaseNumber, kNulls, kVarying},
-    {"object_id", "T[T", TypeId::Int, objectId, kNulls, kVarying},
-    {"object_name", "I[I", kName, ofObject<&ObjectInfo::name>, kNulls, kVarying},
-    {"objectproperty", "IT", TypeId::Int, objectProperty, kNulls, kVarying},
-    {"object_schema_name", "I[I", kName, ofObject<&ObjectInfo::schemaName>, kNulls, kVarying},
-    {"object_definition", "I", nvarcharType(SqlType::kMax), objectDefinition, kNulls, kVarying},
-    {"has_dbaccess", "T", TypeId::Int,
-     [](const SqlCall& call) { return call.session().storage().exists(call.text(0)) ? Value(1) : Null{}; },
-     kNulls, kVarying},
-    {"col_length", "TT", TypeId::SmallInt, columnLength, kNulls, kVarying},
-    {"col_name", "II", kName, columnName, kNulls, kVarying},
-    {"columnproperty", "ITT", TypeId::Int, columnProperty, kNulls, kVarying},
-    {"type_name", "I", kName, "ts_name_of_type"},
-    {"type_id", "T", TypeId::Int, "ts_id_of_type"},
-    {"schema_id", "[T", TypeId::Int, schemaNumber, kNulls, kVarying},
-    {"schema_name", "[I", kName, schemaName, kNulls, kVarying},
-    {"user_name", "[I", kName, owner, kNulls, kVarying},
-    {"current_user", "", kName, owner, kNulls, kVarying},
-    {"session_user", "", kName, owner, kNulls, kVarying},
-    {"user", "", kName, owner, kNulls, kVarying},
-    {"suser_sname", "[A", kName, client<&FunctionSession::loginName>, kNulls, kVarying},
-    {"suser_name", "[A", kName, client<&FunctionSession::loginName>, kNulls, kVarying},
-    {"system_user", "", kName, client<&FunctionSession::loginName>, kNulls, kVarying},
-    {"original_login", "", kName, client<&FunctionSession::loginName>, kNulls, kVarying},
-    {"host_name", "", kName, client<&FunctionSession::clientHost>, kNulls, kVarying},
-    {"app_name", "", kName, client<&FunctionSession::clientProgram>, kNulls, kVarying},
-    {"serverproperty", "T", kName, serverProperty, kNulls, kVarying},
-    {"databasepropertyex", "TT", kName,
+}  // namespace
+
+const std::vector<FunctionInfo> kSessionFunctions = {
+    {"newid", "~", TypeId::UniqueIdentifier, runNewId},
+    {"newsequentialid", "~", TypeId::UniqueIdentifier, runNewSequentialId},
+    {"db_name", "~[I", kName, [](const SqlCall& call) { return orNull(databaseArgument(call, 0)); }},
+    {"db_id", "~[T", TypeId::Int,
+     [](const SqlCall& call) {
+         const auto name = call.count() ? std::string(call.text(0)) : call.session().databaseOf({});
+         return orNull(databaseId(call.session().storage(), name));
+     }},
+    {"object_id", "~T[T", TypeId::Int, objectId},
+    {"object_name", "~I[I", kName, ofObject<&ObjectInfo::name>},
+    {"objectproperty", "~IT", TypeId::Int, objectProperty},
+    {"object_schema_name", "~I[I", kName, ofObject<&ObjectInfo::schemaName>},
+    {"object_definition", "~I", nvarcharType(SqlType::kMax), objectDefinition},
+    {"has_dbaccess", "~T", TypeId::Int,
+     [](const SqlCall& call) { return call.session().storage().exists(call.text(0)) ? Value(1) : Null{}; }},
+    {"col_length", "~TT", TypeId::SmallInt, columnLength},
+    {"col_name", "~II", kName, columnName},
+    {"columnproperty", "~ITT", TypeId::Int, columnProperty},
+    {"type_name", "~I", kName, typeName},
+    {"type_id", "~T", TypeId::Int, typeNumber},
+    {"schema_id", "~[T", TypeId::Int, schemaNumber},
+    {"schema_name", "~[I", kName, schemaName},
+    {"user_name", "~[I", kName, owner},
+    {"current_user", "~", kName, owner},
+    {"session_user", "~", kName, owner},
+    {"user", "~", kName, owner},
+    {"suser_sname", "~[A", kName, client<&FunctionSession::loginName>},
+    {"suser_name", "~[A", kName, client<&FunctionSession::loginName>},
+    {"system_user", "~", kName, client<&FunctionSession::loginName>},
+    {"original_login", "~", kName, client<&FunctionSession::loginName>},
+    {"host_name", "~", kName, client<&FunctionSession::clientHost>},
+    {"app_name", "~", kName, client<&FunctionSession::clientProgram>},
+    {"serverproperty", "~T", kName, serverProperty},
+    {"databasepropertyex", "~TT", kName,
      [](const SqlCall& call) {
          const bool exists = call.session().storage().exists(call.text(0));
          return exists ? propertyIn(kDatabaseProperties, call.text(1)) : Value(Null{});
-     },
-     kNulls, kVarying},
-    {"is_srvrolemember", "T[T", TypeId::Int, isMember, kNulls, kVarying},
-    {"is_member", "T", TypeId::Int, isMember, kNulls, kVarying},
-    {"scope_identity", "", decimalType(38, 0),
-     [](const SqlCall& call) { return identityValue(call.session().scopeIdentity()); }, kNulls, kVarying},
-    {"ident_current", "T", decimalType(38, 0), currentIdentity, kNulls, kVarying},
-    {"ident_seed", "T", decimalType(38, 0), ofIdentity<&TableInfo::seed>, kNulls, kVarying},
-    {"ident_incr", "T", decimalType(38, 0), ofIdentity<&TableInfo::increment>, kNulls, kVarying},
-    {"min_active_rowversion", "", TypeId::RowVersion,
-     [](const SqlCall& call) { return call.session().leastActiveRowVersion(); }, kNulls, kVarying},
-    {"error_number", "", TypeId::Int, caught<&Message::number>, kNulls, kVarying},
-    {"error_severity", "", TypeId::Int, caught<&Message::severity>, kNulls, kVarying},
-    {"error_state", "", TypeId::Int, caught<&Message::state>, kNulls, kVarying},
-    {"error_line", "", TypeId::Int, caught<&Message::line>, kNulls, kVarying},
-    {"error_procedure", "", kName, caught<&Message::procedure>, kNulls, kVarying},
-    {"error_message", "", nvarcharType(4000), caught<&Message::text>, kNulls, kVarying},
-    {"cursor_status", "TT", TypeId::SmallInt,
-     [](const SqlCall& call) { return call.session().cursorStatus(call.text(0), call.text(1)); }, kNulls,
-     kVarying},
-    {"update", "T", TypeId::Int,  // UPDATE(column)
-     [](const SqlCall& call) -> Value { return call.session().isUpdated(call.text(0)); }, kNulls, kVarying},
-    {"xact_state", "", TypeId::SmallInt,
-     [](const SqlCall& call) -> Value { return call.session().transactionState(); }, kNulls, kVarying},
+     }},
+    {"is_srvrolemember", "~T[T", TypeId::Int, isMember},
+    {"is_member", "~T", TypeId::Int, isMember},
+    {"scope_identity", "~", decimalType(38, 0),
+     [](const SqlCall& call) { return identityValue(call.session().scopeIdentity()); }},
+    {"ident_current", "~T", decimalType(38, 0), currentIdentity},
+    {"ident_seed", "~T", decimalType(38, 0), ofIdentity<&TableInfo::seed>},
+    {"ident_incr", "~T", decimalType(38, 0), ofIdentity<&TableInfo::increment>},
+    {"min_active_rowversion", "~", TypeId::RowVersion,
+     [](const SqlCall& call) { return call.session().leastActiveRowVersion(); }},
+    {"error_number", "~", TypeId::Int, caught<&Message::number>},
+    {"error_severity", "~", TypeId::Int, caught<&Message::severity>},
+    {"error_state", "~", TypeId::Int, caught<&Message::state>},
+    {"error_line", "~", TypeId::Int, caught<&Message::line>},
+    {"error_procedure", "~", kName, caught<&Message::procedure>},
+    {"error_message", "~", nvarcharType(4000), caught<&Message::text>},
+    {"cursor_status", "~TT", TypeId::SmallInt,
+     [](const SqlCall& call) { return call.session().cursorStatus(call.text(0), call.text(1)); }},
+    {"update", "~T", TypeId::Int,  // UPDATE(column)
+     [](const SqlCall& call) -> Value { return call.session().isUpdated(call.text(0)); }},
+    {"xact_state", "~", TypeId::SmallInt,
+     [](const SqlCall& call) -> Value { return call.session().transactionState(); }},
 };
-
-}  // namespace
 
 std::string hostName() {
     char name[256] = {};
     return gethostname(name, sizeof name - 1) == 0 ? name : "localhost";
 }
 
+const WordMap<std::int64_t>& systemTypes() {
+    static const auto all = [] {
+        WordMap<std::int64_t> types = {{"numeric", 108}, {"sysname", kBuiltInTypes}};
+        for (int i = 0; i <= static_cast<int>(TypeId::RowVersion); ++i)
+            types.emplace(baseName(static_cast<TypeId>(i)), systemId(static_cast<TypeId>(i)));
+        return types;
+    }();
+    return all;
+}
+
 Value identityValue(const std::optional<std::int64_t>& identity) {
     return identity ? exactCell(*identity, decimalType(kMostDigits, 0)) : Value(Null{});
 }
-
-const std::span<const FunctionInfo> kSessionFunctions = kSessionTable;
 
 }  // namespace tsql

@@ -39,23 +39,22 @@ class SqlCall {
     std::size_t m_count;
 };
 
-// GiveNull: a NULL argument makes the result NULL. Reach: NULLs are passed to the function.
-enum class Nulls { GiveNull, Reach };
-enum class Purity { Pure, Varying };  // Pure: the same arguments give the same value
-
-// A scalar function to register in SQLite.
+using SqlFunction = Value (*)(const SqlCall& call);
+// A scalar function to register in SQLite. Its traits:
+//   ~  the same arguments may give another value
+//   0  NULLs are passed to it; else a NULL argument makes the result NULL
 struct ScalarFunction {
     std::string name;
-    Value (*run)(const SqlCall& call);
-    Nulls nulls = Nulls::GiveNull;
-    Purity purity = Purity::Pure;
+    std::string_view traits;
+    SqlFunction run;
+    bool has(char trait) const { return traits.find(trait) != std::string_view::npos; }
 };
 
 // What SQLite passes to the functions that are registered in it.
 template <typename Function>
 struct Binding {
     FunctionContext& context;
-    const Function& function;
+    const Function function;
 };
 template <typename Function>
 void deleteBinding(void* binding) {
@@ -63,7 +62,7 @@ void deleteBinding(void* binding) {
 }
 
 // Functions that do the work of operators; functions for queries and system views, which T-SQL lacks.
-extern const std::span<const ScalarFunction> kOperatorFunctions, kQueryFunctions;
+extern const std::vector<ScalarFunction> kOperatorFunctions, kQueryFunctions;
 void registerAggregates(struct sqlite3* connection, FunctionContext& context);
 
 // Passes the exception being handled to the context and to SQLite as an error.

@@ -17,35 +17,28 @@ constexpr std::int64_t kMostOfMax = 100'000'000;  // of REPLICATE and REPLACE; S
 
 // Varying-length type of the first argument's kind.
 SqlType varying(const SqlType& type, int length) {
+    if (length <= 0) length = SqlType::kMax;
     if (isBinary(type.id)) return {TypeId::VarBinary, length > 8000 ? SqlType::kMax : length, 0, 0};
     return isNational(type.id) ? nvarcharType(length) : varcharType(length);
 }
-int textLengthOf(const SqlType& type) {
-    return type.length <= 0 ? SqlType::kMax : type.length;
-}
 
-SqlType sameText(Pieces pieces) {
-    return varying(pieces[0].type, textLengthOf(pieces[0].type));
+SqlType varyingText(Pieces pieces) {
+    return varying(pieces[0].type, pieces[0].type.length);
 }
 
 // Type of a substring: a literal argument gives its length.
 SqlType partOfText(Pieces pieces) {
-    const int whole = textLengthOf(pieces[0].type);
-    const auto literal = pieces.back().integer;
-    const bool shorter =
-        literal && *literal >= 0 && *literal <= 8000 && (whole == SqlType::kMax || *literal < whole);
-    return varying(pieces[0].type, shorter ? std::max(1, static_cast<int>(*literal)) : whole);
+    const int whole = pieces[0].type.length;
+    const auto given = pieces.back().integer;
+    const bool shorter = given && *given >= 0 && *given <= 8000 && (whole <= 0 || *given < whole);
+    return varying(pieces[0].type, shorter ? std::max(1, static_cast<int>(*given)) : whole);
 }
 
 // Type of the concatenation of all arguments.
 SqlType joinedText(Pieces pieces) {
-    bool wide = false;
-    int length = 0;
-    for (const Typed& piece : pieces) {
-        wide = wide || isNational(piece.type.id);
-        length = length < 0 || piece.type.length <= 0 ? SqlType::kMax : length + piece.type.length;
-    }
-    return wide ? nvarcharType(std::min(length, 4000)) : varcharType(std::min(length, 8000));
+    SqlType type = pieces[0].type;
+    for (const Typed& piece : pieces.subspan(1)) type = operatorType(BinaryOp::Add, type, piece.type);
+    return type;
 }
 
 SqlType strText(Pieces pieces) {
@@ -150,9 +143,8 @@ Value runStuff(const SqlCall& call) {
 // (part, string[, start])
 Value runCharIndex(const SqlCall& call) {
     const std::string_view text = call.text(1);
-    const std::int64_t start = call.count() > 2 ? std::max<std::int64_t>(call.integer(2), 1) : 1;
-    const std::size_t at =
-        findText(text, call.text(0), byteOffset(text, static_cast<std::size_t>(start - 1)));
+    const std::int64_t start = call.count() > 2 ? std::max<std::int64_t>(call.integer(2) - 1, 0) : 0;
+    const std::size_t at = findText(text, call.text(0), byteOffset(text, static_cast<std::size_t>(start)));
     if (at == std::string_view::npos) return std::int64_t{0};
     return static_cast<std::int64_t>(characterCount(text.substr(0, at))) + 1;
 }
@@ -291,10 +283,12 @@ Value runParseName(const SqlCall& call) {
 // (algorithm, string, its type); NULL for an unknown algorithm
 Value runHashBytes(const SqlCall& call) {
     constexpr std::pair<std::string_view, const char*> kDigests[] = {
-        {"md5", "MD5"}, {"sha", "SHA1"}, {"sha1", "SHA1"}, {"sha2_256", "SHA256"}, {"sha2_512", "SHA512"}};
+        {"md2", nullptr}, {"md4", nullptr},       {"md5", "MD5"},        {"sha", "SHA1"},
+        {"sha1", "SHA1"}, {"sha2_256", "SHA256"}, {"sha2_512", "SHA512"}};
     const SqlType binary{TypeId::VarBinary, SqlType::kMax, 0, 0};
     for (const auto& [algorithm, digest] : kDigests) {
         if (!sameWord(algorithm, call.text(0))) continue;
+        if (!digest) throw unsupported("HASHBYTES with MD2 and MD4");
         const auto bytes = std::get<Bytes>(convertValue(call[1], call.type(2), binary));
         Bytes hash(EVP_MAX_MD_SIZE, std::byte{0});
         unsigned size = 0;
@@ -302,32 +296,32 @@ Value runHashBytes(const SqlCall& call) {
                    EVP_get_digestbyname(digest), nullptr);
         return hash.substr(0, size);
     }
-    if (sameWord("md2", call.text(0)) || sameWord("md4", call.text(0)))
-        throw unsupported("HASHBYTES with MD2 and MD4");
     return Null{};
 }
 
-const FunctionInfo kTextTable[] = {
+}  // namespace
+
+const std::vector<FunctionInfo> kTextFunctions = {
     {"len", "T", countType,
      [](const SqlCall& call) -> Value { return std::int64_t(characterCount(trimRight(call.text(0)))); }},
     {"datalength", "A#", countType, runDataLength},
     {"substring", "SII", partOfText, runSubstring},
     {"left", "TI", partOfText, runSide<false>},
     {"right", "TI", partOfText, runSide<true>},
-    {"upper", "T", sameText, runOnText<toUpper>},
-    {"lower", "T", sameText, runOnText<toLower>},
-    {"ltrim", "T", sameText, runOnText<trimLeft>},
-    {"rtrim", "T", sameText, runOnText<trimRight>},
-    {"trim", "C", sameText, runOnText<trimmed>},
+    {"upper", "T", varyingText, runOnText<toUpper>},
+    {"lower", "T", varyingText, runOnText<toLower>},
+    {"ltrim", "T", varyingText, runOnText<trimLeft>},
+    {"rtrim", "T", varyingText, runOnText<trimRight>},
+    {"trim", "C", varyingText, runOnText<trimmed>},
     {"replace", "TTT=", grownText, runReplace},
-    {"translate", "TTT=", sameText, runTranslate},
-    {"stuff", "TIIT=", grownText, runStuff, Nulls::Reach},
+    {"translate", "TTT=", varyingText, runTranslate},
+    {"stuff", "0TIIT=", grownText, runStuff},
     {"charindex", "CL[I", placeType, runCharIndex},
     {"patindex", "TL#", placeType, runPatIndex},
     {"replicate", "TI=", grownText, runReplicate},
     {"space", "I", varcharType(kLongest),
      [](const SqlCall& call) { return repeated(" ", call.integer(0), kLongest); }},
-    {"reverse", "T", sameText, runReverse},
+    {"reverse", "T", varyingText, runReverse},
     {"char", "I", SqlType{TypeId::Char, 1, 0, 0},
      [](const SqlCall& call) -> Value {
          if (call.integer(0) < 0 || call.integer(0) > 255) return Null{};
@@ -347,19 +341,15 @@ const FunctionInfo kTextTable[] = {
      }},
     {"str", "F[II", strText, runStr},
     {"concat", "TT*", joinedText, writeConcat},
-    {"concat_ws", "TTT*=", joinedText, runConcatWs, Nulls::Reach},
+    {"concat_ws", "0TTT*=", joinedText, runConcatWs},
     {"quotename", "T[T", nvarcharType(258), runQuoteName},
     {"parsename", "TI", nvarcharType(128), runParseName},
     {"hashbytes", "TS#", SqlType{TypeId::VarBinary, 8000, 0, 0}, runHashBytes},
 };
 
-}  // namespace
-
 SqlType grownText(Pieces pieces) {
     const SqlType& type = pieces[0].type;
     return varying(type, type.length <= 0 ? SqlType::kMax : isNational(type.id) ? 4000 : 8000);
 }
-
-const std::span<const FunctionInfo> kTextFunctions = kTextTable;
 
 }  // namespace tsql

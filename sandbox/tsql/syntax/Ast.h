@@ -212,12 +212,22 @@ struct Query {
 // ---- statements ------------------------------------------------------------------------------------------
 using Block = std::vector<StatementPtr>;
 
-// Declaration of a variable or parameter.
+// CREATE TYPE, and the type as a declaration uses it.
+struct UserType {
+    ObjectName name;
+    std::int64_t id = 0;  // of its object; 0: none
+    std::string text;     // definition behind the name
+    SqlType type = {};    // of an alias type
+    bool nullable = true;
+    std::shared_ptr<CreateTable> table = {};  // of a table type
+};
+// Declaration of a variable or parameter. Parameters with a table are READONLY.
 struct Declaration {
     std::string name;
     SqlType type;
     ExprPtr value;                                  // may be null
     std::shared_ptr<const CreateTable> table = {};  // DECLARE @t TABLE (...)
+    UserType userType = {};                         // without an id: another type
     bool output = false;
 };
 // Variable declared anywhere in a batch or module: it exists from the beginning, with the value NULL.
@@ -374,6 +384,7 @@ struct ColumnDefinition {
     std::string computed = {};  // text of its expression; `type` is not known then
     bool persisted = false;
     bool withValues = false;  // ALTER TABLE ADD: existing rows get the default
+    std::int64_t userType = 0;
     std::vector<Constraint> constraints = {};
 };
 struct CreateIndex {
@@ -404,7 +415,7 @@ struct AlterIndex {
     std::string name;  // empty: all
     ObjectName table;
 };
-enum class ObjectKind { Table, View, Procedure, Function, Trigger, Sequence, Index, Database, Schema };
+enum class ObjectKind { Table, View, Procedure, Function, Trigger, Sequence, Type, Index, Database, Schema };
 struct Drop {
     ObjectKind kind;
     std::vector<ObjectName> names;
@@ -461,8 +472,9 @@ struct CreateModule {
 };
 struct Argument {
     std::string name;  // "@x"; empty for a positional argument
-    ExprPtr value;     // null: DEFAULT
+    ExprPtr value;     // null: DEFAULT or a table
     bool output = false;
+    std::string table = {};  // table variable
 };
 struct Execute {
     std::string resultVariable;
@@ -512,8 +524,8 @@ struct Statement {
                      TryCatch, Print, RaiseError, Throw, WaitFor, Use, SelectStatement, Insert, InsertBulk,
                      Update, Delete, Truncate, CreateTable, AlterTable, CreateIndex, Drop, CreateDatabase,
                      AlterDatabase, AlterIndex, CreateSchema, TransferObject, SwitchTriggers, DefineSequence,
-                     CreateModule, Execute, Transaction, Backup, Restore, CheckDatabase, Maintenance,
-                     DeclareCursor, ChangeCursor, Fetch>;
+                     UserType, CreateModule, Execute, Transaction, Backup, Restore, CheckDatabase,
+                     Maintenance, DeclareCursor, ChangeCursor, Fetch>;
     int line = 1;
     Node node;
 };

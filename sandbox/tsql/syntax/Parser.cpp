@@ -19,8 +19,8 @@ ObjectName nameOf(std::vector<std::string> parts, int line) {
 
 }  // namespace
 
-std::shared_ptr<const Batch> parseBatch(std::string_view text, bool quotedIdentifiers) {
-    Parser parser(text, quotedIdentifiers);
+std::shared_ptr<const Batch> parseBatch(std::string_view text, bool quotedIdentifiers, FindType findType) {
+    Parser parser(text, quotedIdentifiers, std::move(findType));
     try {
         auto batch = std::make_shared<Batch>(Batch{parser.batch()});
         batch->locals = std::move(parser.m_locals);
@@ -65,8 +65,8 @@ SqlType parseType(std::string_view text) {
     return Parser(text, /*quotedIdentifiers=*/true).type(TypeUse::Declaration);
 }
 
-Parser::Parser(std::string_view text, bool quotedIdentifiers)
-    : m_quotedIdentifiers(quotedIdentifiers), m_tokens(tokenize(text)) {}
+Parser::Parser(std::string_view text, bool quotedIdentifiers, FindType findType)
+    : m_quotedIdentifiers(quotedIdentifiers), m_tokens(tokenize(text)), m_findType(std::move(findType)) {}
 
 const Token& Parser::takeToken() {
     const Token& token = peek();
@@ -138,9 +138,10 @@ ObjectName Parser::objectName() {
     return nameOf(parts, line);
 }
 
-SqlType Parser::type(TypeUse use) {
+SqlType Parser::type(TypeUse use, UserType* user) {
     const int line = peek().line;
-    if (atName() && at(".", 1)) m_next += 2;  // [sys].[int], dbo.int
+    const std::string schema = atName() && at(".", 1) ? expectName() : "";  // [sys].[int], dbo.int
+    accept(".");
     const bool keyword = at("NATIONAL") || at("DOUBLE");
     if (!keyword && !atName()) throwSyntaxError();
     std::string name = unquoted(takeToken());
@@ -153,10 +154,17 @@ SqlType Parser::type(TypeUse use) {
     };
     std::vector<int> arguments;
     if (at("(")) arguments = inList(argument);
+    if (user && sameWord(name, "sysname")) user->nullable = false;
     try {
         return makeType(name, arguments, use);
     } catch (const SqlError& error) {
-        throw SyntaxError(error, line);
+        const bool isUnknown = m_findType && error.number == kUnknownType;
+        auto found = isUnknown ? m_findType({{}, schema, name, line}) : std::nullopt;
+        if (!found) throw SyntaxError(error, line);
+        if (!arguments.empty()) throwError(kTypeWithoutWidth, {name}, line);
+        found = Parser(found->text, /*quotedIdentifiers=*/true, m_findType).definition(*found);
+        if (found->table && !user) throw SyntaxError(error, line);
+        return (user ? *user = std::move(*found) : *found).type;
     }
 }
 

@@ -17,8 +17,11 @@ struct Batch {
     std::vector<Local> locals = {};
 };
 
+// Returns the name, id and text of a user-defined type, if there is one of that name.
+using FindType = std::function<std::optional<UserType>(const ObjectName& name)>;
 // Throws SyntaxError; nothing of the batch may run then. `quotedIdentifiers`: "x" is a name, else a string.
-std::shared_ptr<const Batch> parseBatch(std::string_view text, bool quotedIdentifiers);
+std::shared_ptr<const Batch> parseBatch(std::string_view text, bool quotedIdentifiers,
+                                        FindType findType = {});
 // A stored expression, such as the default of a column.
 ExprPtr parseExpression(std::string_view text);
 Constraint parseConstraint(std::string_view text);  // ObjectInfo::source
@@ -30,7 +33,7 @@ bool hasWord(std::string_view words, const std::string& word);
 
 class Parser {
   public:
-    Parser(std::string_view text, bool quotedIdentifiers);
+    Parser(std::string_view text, bool quotedIdentifiers, FindType findType = {});
 
     // ---- tokens (Parser.cpp). A phrase is keywords and symbols separated by blanks: "ORDER BY".
     const Token& peek(std::size_t ahead = 0) const {
@@ -57,10 +60,11 @@ class Parser {
     bool atName(std::size_t ahead = 0) const;
     std::string expectName();
     bool atVariable() const { return peek().kind == TokenKind::Variable; }
+    bool atTableVariable() const { return atVariable() && m_declaredTables.contains(peek().raw); }
     std::string expectVariable(int state = 1);  // state of the error
     ObjectName objectName();
-    SqlType type(TypeUse use);
-    Identity identity();  // seed, increment
+    SqlType type(TypeUse use, UserType* user = nullptr);  // receives a user-defined type; null: no tables
+    Identity identity();                                  // seed, increment
     void collation();
     void skipParenthesized();
     std::string textSince(std::size_t token) const;  // as written, from that token to the last consumed one
@@ -156,7 +160,8 @@ class Parser {
 
     // ---- changes of data and schema (ParserDefinitions.cpp)
     bool acceptConstraint(Constraint& constraint, bool ofTable);
-    CreateTable tableVariable(const Token& name);
+    CreateTable tableVariable(const std::string& name);
+    UserType definition(UserType made);  // behind its name
 
     // State that earlier and enclosing statements pass on.
     bool m_quotedIdentifiers;
@@ -175,6 +180,7 @@ class Parser {
     std::size_t matchWhole(std::string_view phrase, std::size_t ahead) const;
 
     std::vector<Token> m_tokens;
+    FindType m_findType;
     std::size_t m_next = 0;
     int m_returns = 0;  // calls of goBackTo()
     bool m_scalarOnly = false;

@@ -237,10 +237,12 @@ ColumnDefinition columnDefinition(Parser& in) {
         while (!in.at("IDENTITY") && !in.at("DEFAULT") && option()) continue;
         return column;
     }
-    const std::size_t typeName = in.at(".", 1) ? 2 : 0;  // behind a schema
-    if (sameWord(unquoted(in.peek(typeName)), "sysname")) column.nullable = false;
+    UserType user;
     const bool isNameless = sameWord(column.name, "timestamp") && !in.atName();
-    column.type = isNameless ? simpleType(TypeId::RowVersion) : in.type(TypeUse::Declaration);
+    column.type = isNameless ? simpleType(TypeId::RowVersion) : in.type(TypeUse::Declaration, &user);
+    if (user.table) in.throwError(kColumnOfTableType, {column.name});
+    column.userType = user.id;
+    if (!user.nullable) column.nullable = false;
     while (option()) continue;
     return column;
 }
@@ -400,6 +402,8 @@ void parameters(Parser& in, CreateModule& module) {
         in.expect(")");
     else if (module.function)
         in.throwSyntaxError();
+    if (module.function && !std::ranges::all_of(module.parameters, std::not_fn(&Declaration::table)))
+        in.throwUnsupported("table-valued parameters of functions");
 }
 
 // The body of a module extends to the end of the batch.
@@ -591,6 +595,7 @@ Statement::Node parseDefinition(Parser& in, bool create) {
     const bool orAlter = create && module.alter;
     if (!create || orAlter) throwUnsupportedObject(in, orAlter ? "CREATE OR ALTER" : "ALTER");
     if (in.accept("TABLE")) return createTable(in);
+    if (in.accept("TYPE")) return in.definition({in.objectName(), 0, {}});
     if (in.accept("DATABASE")) return createDatabase(in);
     if (in.at("SCHEMA") && !first) in.throwError(kMustBeFirstInBatch, {"CREATE SCHEMA"});
     if (in.accept("SCHEMA")) return createSchema(in);
@@ -607,6 +612,7 @@ Statement::Node parseDrop(Parser& in) {
         {"INDEX", ObjectKind::Index},     {"DATABASE", ObjectKind::Database},
         {"VIEW", ObjectKind::View},       {"SCHEMA", ObjectKind::Schema},
         {"TRIGGER", ObjectKind::Trigger}, {"SEQUENCE", ObjectKind::Sequence},
+        {"TYPE", ObjectKind::Type},
     };
     const ObjectKind* kind = in.acceptOneOf(kKinds);
     if (!kind) throwUnsupportedObject(in, "DROP");
@@ -657,9 +663,29 @@ bool Parser::acceptConstraint(Constraint& constraint, bool ofTable) {
     return true;
 }
 
-CreateTable Parser::tableVariable(const Token& name) {
+// FROM type [NULL | NOT NULL], or AS TABLE (...)
+UserType Parser::definition(UserType made) {
+    const std::size_t begin = position();
+    throwIfAt("EXTERNAL", "CREATE TYPE ... EXTERNAL NAME");
+    if (accept("AS")) {
+        made.type = simpleType(TypeId::Xml);  // has the size that the catalogue shows
+        made.table = std::make_shared<CreateTable>(tableVariable("@" + made.name.name));
+        throwIfAt("WITH", "options of CREATE TYPE");
+    } else {
+        expect("FROM");
+        UserType base;
+        made.type = type(TypeUse::Declaration, &base);
+        if (base.id) throwError(kInvalidBaseType, {base.name.name}, faulty().line);
+        made.nullable = accept("NULL") || !accept("NOT NULL");
+    }
+    made.text = textSince(begin);
+    return made;
+}
+
+CreateTable Parser::tableVariable(const std::string& name) {
+    const int line = peek().line;
     expect("TABLE");
-    CreateTable table = tableElements(*this, {{}, {}, std::string(name.raw), name.line});
+    CreateTable table = tableElements(*this, {{}, {}, name, line});
     for (const auto* each : allConstraints(table))
         if (each->kind == ConstraintKind::ForeignKey) throwUnsupported("a foreign key of a table variable");
     return table;

@@ -245,6 +245,10 @@ Argument argument(Parser& in, std::size_t number, bool onlyNamed) {
         in.takeToken();
     }
     if (in.accept("DEFAULT")) return argument;
+    if (in.atTableVariable()) {
+        argument.table = in.takeToken().raw;
+        return argument;
+    }
     argument.value = in.wordOrConstant();
     argument.output = in.acceptAny({"OUTPUT", "OUT"});
     if (argument.output && !std::holds_alternative<VariableRef>(argument.value->node))
@@ -564,17 +568,23 @@ Declaration Parser::declaration(bool isParameter) {
     Declaration node{std::string(name.raw), {}, nullptr};
     accept("AS");
     throwIfAt("CURSOR", "cursor variables");
-    if (m_module && m_module->function && !m_module->rows)
-        throwIfAt("TABLE", "table variables inside scalar functions");
     if (at("TABLE") && !isParameter)
-        node.table = std::make_shared<const CreateTable>(tableVariable(name));
+        node.table = std::make_shared<const CreateTable>(tableVariable(node.name));
     else
-        node.type = type(isParameter && m_procedure.empty() ? TypeUse::Client : TypeUse::Declaration);
+        node.type =
+            type(isParameter && m_procedure.empty() ? TypeUse::Client : TypeUse::Declaration, &node.userType);
+    if (node.userType.table) {
+        node.userType.table->table.name = node.name;
+        node.table = node.userType.table;
+    }
+    if (node.table && m_module && m_module->function && !m_module->rows)
+        throwUnsupported("table variables inside scalar functions");
     if (!isParameter && isLob(node.type.id) && node.type.id != TypeId::Xml)
         throwError(kLobVariable, {}, name.line);
     if (accept("=")) node.value = isParameter ? wordOrConstant() : expression();
     node.output = isParameter && acceptAny({"OUTPUT", "OUT"});
-    throwIfAt("READONLY", "table-valued parameters");
+    if (accept("READONLY") != (isParameter && node.table))
+        throwError(node.table ? kNotReadOnly : kReadOnlyScalar, {name.raw}, name.line);
     if (m_declared.contains(name.raw) || m_declaredTables.contains(name.raw))
         throwError(kVariableAlreadyDeclared, {name.raw}, name.line);
     (node.table ? m_declaredTables : m_declared).insert(node.name);

@@ -1,5 +1,4 @@
-// Translation of T-SQL syntax trees to SQLite's SQL, with the type of every value. Variables become bound
-// parameters.
+// Translation of T-SQL syntax trees to SQLite's SQL with typed values. Variables become bound parameters.
 #pragma once
 
 #include <set>
@@ -35,8 +34,7 @@ class NameResolver {
     virtual std::optional<StoredModule> module(const ObjectName& name, std::string_view type) = 0;
     // NEXT VALUE FOR, of a sequence that the statement changes. Throws SqlError 208 and 11726.
     virtual Typed nextValue(const ObjectName& sequence) = 0;
-    // Runs `work` with names resolved as inside the view or function. Throws SqlError 217 (nesting too deep)
-    // and 4429 (it contains itself).
+    // Runs `work` with names resolved as inside the query. Throws SqlError 217 and 4429 (it contains itself).
     virtual void within(const StoredModule& query, const std::function<void()>& work) = 0;
     // Returns the rows of a function of statements. The arguments are SQL with parameters of the translator.
     virtual TableInfo calledTable(const StoredModule& function, const std::vector<std::string>& arguments,
@@ -55,13 +53,16 @@ struct Source {
     std::string rowid;       // SQL of the row id; empty: not a stored table
     std::string table;       // qualified name in SQLite; empty likewise
     std::vector<SourceColumn> columns;
+    std::string shown(const std::string& column) const {
+        return exposed.empty() ? column : exposed + "." + column;
+    }
 };
 
-struct OutputColumn {
-    Column column;
-    std::string alias;  // in SQLite; c1, c2 ... for a SELECT
+struct OutputColumn : Column {
+    std::string alias = {};  // in SQLite; c1, c2 ... for a SELECT
     bool nullLiteral = false;
     std::optional<Identity> newIdentity = {};  // IDENTITY() of SELECT INTO
+    Typed typed(const std::string& prefix = {}) const { return {prefix + alias, type, nullLiteral}; }
 };
 
 struct QueryText {
@@ -72,18 +73,9 @@ struct QueryText {
     bool collated = false;  // a UNION whose first branch, which decides on equality, names the collation
 };
 
-// A variable that a SELECT assigns: SELECT @a = ..., @b += ...
-struct Assignment {
-    std::string variable;
-    SqlType type;  // of the value
-};
-
-// Condition of a CHECK constraint or value of a computed column, with unqualified column names, and the
-// columns it uses.
-struct CheckText {
-    std::string sql;
-    std::set<std::string> columns;
-    SqlType type = {};  // of a value
+// Condition of a CHECK constraint or value of a computed column, with unqualified names, and its columns.
+struct CheckText : Typed {
+    std::set<std::string> columns = {};
 };
 
 class Translator {
@@ -123,7 +115,8 @@ class Translator {
         const Value* constant = nullptr;  // owned by the syntax tree
     };
     const std::vector<Parameter>& parameters() const { return m_parameters; }
-    const std::vector<Assignment>& assignments() const { return m_assignments; }
+    // Variables that a SELECT assigns (SELECT @a = ..., @b += ...), with the types of their values.
+    const std::vector<Column>& assignments() const { return m_assignments; }
     // OUTPUT clause of a change: its columns, and its query if the change itself does not return the rows.
     const QueryText& output() const { return m_output; }
     // Renames the columns of `text` to `names`, if there are any. `of`: the query's name for messages. Throws
@@ -134,11 +127,11 @@ class Translator {
   private:
     struct Scope {
         Scope* outer = nullptr;
-        std::vector<Source> sources;
+        std::vector<Source> sources = {};
         std::size_t firstSource = 0;  // that is visible: ON and APPLY do not see tables before a comma
-        std::set<std::string> groupKeys;
-        std::set<std::string> nullKeys;  // of other grouping sets
-        std::vector<std::string> loose;  // columns outside aggregates and GROUP BY, as named in messages
+        std::set<std::string> groupKeys = {};
+        std::set<std::string> nullKeys = {};  // of other grouping sets
+        std::vector<std::string> loose = {};  // columns outside aggregates and GROUP BY, as named in messages
         bool sawAggregate = false;
         int aggregateDepth = 0;
         bool windows = false;  // window functions are allowed
@@ -217,10 +210,9 @@ class Translator {
     QueryText forXml(const QueryText& rows, const ForXml& xml) const;
 
     std::string groupBy(const Select& select);
-    // distinctList: the select list of SELECT DISTINCT, which must contain the ORDER BY items; null without
-    // DISTINCT. firstOfSet: the first SELECT of a set operation, whose list must contain them. keys: receives
-    // items for the select list: those with columns of outer queries, which SQLite accepts there only, or
-    // all.
+    // distinctList: the list of SELECT DISTINCT, which must contain the items; else null. firstOfSet: the
+    // first SELECT of a set operation, whose list must contain them. keys: receives items for the select
+    // list: those with columns of outer queries, which SQLite accepts there only, or all.
     std::string orderBy(const std::vector<OrderItem>& items, const QueryText& text,
                         const std::string* distinctList = nullptr, const Select* firstOfSet = nullptr,
                         std::string* keys = nullptr, bool all = false);
@@ -244,22 +236,20 @@ class Translator {
 
     // ---- changes (TranslatorChanges.cpp)
     std::string insertText(const TableInfo& target, const ColumnList& columns, const std::string& rows);
-    std::string rowText(const TableInfo& target, const ColumnList& columns, const std::vector<Typed>& cells);
+    std::string rowText(const TableInfo& target, const ColumnList& columns, Pieces cells);
     Typed cell(const Expr& expr);
     std::string returning(const TableInfo& target, const std::optional<Output>& output,
                           const std::string& exposed, const std::string& record = {});
     std::string returnedToVariables(const TableInfo& target, const Update& update);
-    std::string filter(const Change& change);  // the WHERE clause
-    std::string joinedSources(const TableInfo& target, const ObjectName& name,
-                              const std::vector<TableRefPtr>& from, std::string& rowid);
+    std::string filter(const Change& change);  // WHERE and LIMIT
+    std::pair<std::string, std::string> joinedSources(const TableInfo& target, const Change& change);
 
     NameResolver& m_names;
     Scope* m_scope = nullptr;
     std::vector<NamedQuery> m_with;
     std::vector<Parameter> m_parameters;
-    std::vector<Assignment> m_assignments;
-    // SQL for the variables that the statement itself assigns: the value before the row, then the value
-    // assigned further left.
+    std::vector<Column> m_assignments;
+    // SQL for the variables that the statement assigns: before the row, then what is assigned further left.
     WordMap<std::string> m_live;
     int m_nextValue = 0;    // error of NEXT VALUE FOR in this place; 0: none
     WordSet m_sequences;    // that have given a value for the row

@@ -34,8 +34,7 @@ Typed Translator::defaultOf(const TableInfo& target, const TableColumn& column) 
     };
     if (column.isRowVersion()) return {next(kRowVersions, 1), simpleType(TypeId::BigInt)};
     if (column.identity) return emitIdentity(next(target.stored, target.increment), column.type);
-    if (column.byDefault.empty()) return nullLiteral();
-    return value(*parseExpression(column.byDefault));
+    return column.byDefault.empty() ? nullLiteral() : value(*parseExpression(column.byDefault));
 }
 
 // Constants in VALUES become parameters, so that rows with other values reuse the prepared statement.
@@ -49,8 +48,7 @@ Typed Translator::cell(const Expr& expr) {
 }
 
 // Returns the values of a row. Those after `cells` are defaults.
-std::string Translator::rowText(const TableInfo& target, const ColumnList& columns,
-                                const std::vector<Typed>& cells) {
+std::string Translator::rowText(const TableInfo& target, const ColumnList& columns, Pieces cells) {
     std::string row;
     for (std::size_t i = 0; i < columns.size(); ++i)
         row += (i ? ", " : "") +
@@ -60,8 +58,7 @@ std::string Translator::rowText(const TableInfo& target, const ColumnList& colum
 
 std::string Translator::insertText(const TableInfo& target, const ColumnList& columns,
                                    const std::string& rows) {
-    const std::string names =
-        commaList(columns, [](const TableColumn* column) { return quotedName(column->name); });
+    const std::string names = commaList(columns, [](auto* column) { return quotedName(column->name); });
     m_newRows = "given(" + names + ") AS (" + rows + "), incoming AS (SELECT *, NULL AS ts_row FROM given)";
     return "INSERT INTO " + target.sqlName() + " (" + names + ") " + rows;
 }
@@ -103,7 +100,7 @@ std::string Translator::insertSelected(const TableInfo& target, const ColumnList
                                        const QueryText& text, const ExprPtr& top) {
     std::vector<Typed> cells;
     for (const auto& output : text.columns)
-        if (!output.newIdentity || target.increment == 1) cells.push_back({output.alias, output.column.type});
+        if (!output.newIdentity || target.increment == 1) cells.push_back(output.typed());
     const ColumnList all = filledColumns(target, columns);
     return insertText(target, all,
                       "SELECT " + rowText(target, all, cells) + " FROM (" + limited(text.sql, top) + ")");
@@ -134,7 +131,7 @@ std::string Translator::returning(const TableInfo& target, const std::optional<O
     if (!output) return {};
     const Temporarily clause(m_nextValue, kNextValueInClause);
     Scope scope;
-    m_scope = &scope;
+    const Temporarily inner(m_scope, &scope);
     addSource(target, exposed, {});
     if (!record.empty()) {
         addSource(target, "deleted", {});
@@ -148,7 +145,6 @@ std::string Translator::returning(const TableInfo& target, const std::optional<O
         if (item.identity) throw sqlError(kIdentityWithoutInto);
         selectItem(item, m_output, list, /*collate=*/false);
     }
-    m_scope = nullptr;
     if (record.empty()) return " RETURNING " + list;
     m_output.sql = "SELECT " + list + " FROM temp." + record;
     return {};
@@ -171,11 +167,12 @@ std::string Translator::returnedToVariables(const TableInfo& target, const Updat
     return list;
 }
 
-// Returns the FROM clause of a change and sets `rowid` to the row id of the changed table in it.
-std::string Translator::joinedSources(const TableInfo& target, const ObjectName& name,
-                                      const std::vector<TableRefPtr>& from, std::string& rowid) {
-    std::string sql = this->from(from);
-    std::string other;  // the table under an alias: changed if it occurs only once
+// Returns the FROM clause of a change, and the row id of the changed table in it.
+std::pair<std::string, std::string> Translator::joinedSources(const TableInfo& target, const Change& change) {
+    m_topLevel = false;
+    const ObjectName& name = change.table;
+    std::string sql = from(change.from);
+    std::string rowid, other;  // the table under an alias: changed if it occurs only once
     for (const auto& source : m_scope->sources) {
         const bool isNamedSo = sameText(source.exposed, name.name);
         const bool isTarget = source.table == target.sqlName();
@@ -186,19 +183,16 @@ std::string Translator::joinedSources(const TableInfo& target, const ObjectName&
     }
     if (rowid.empty() && other == "twice") throw sqlError(kAmbiguousTable, {name.name});
     if (rowid.empty()) rowid = other;
-    if (!rowid.empty()) return sql;
+    if (!rowid.empty()) return {sql, rowid};
     const std::string alias = nextAlias();
     addSource(target, name.name, alias);
-    rowid = alias + "._rowid_";
-    return (sql.empty() ? " FROM " : sql + ", ") + target.sqlName() + " AS " + alias;
+    return {(sql.empty() ? " FROM " : sql + ", ") + target.sqlName() + " AS " + alias, alias + "._rowid_"};
 }
 
 std::string Translator::update(const TableInfo& target, const Update& update, const std::string& record) {
-    m_topLevel = false;
     Scope scope;
-    m_scope = &scope;
-    std::string rowid;
-    const std::string sources = joinedSources(target, update.table, update.from, rowid);
+    const Temporarily inner(m_scope, &scope);
+    const auto [sources, rowid] = joinedSources(target, update);
     const std::string prefix = rowid.substr(0, rowid.find('.') + 1);
     std::string picked, sets, away, kept;
     std::map<const TableColumn*, std::string> names;  // of the values
@@ -213,28 +207,24 @@ std::string Translator::update(const TableInfo& target, const Update& update, co
     for (const auto& clause : update.sets) {
         const TableColumn* column = target.column(clause.column);
         const bool isTarget = clause.table.empty() || sameText(clause.table, target.name) ||
-                              std::ranges::any_of(scope.sources, [&](const Source& each) {
-                                  return each.rowid == rowid && sameText(each.exposed, clause.table);
+                              std::ranges::any_of(scope.sources, [&, &id = rowid](const Source& each) {
+                                  return each.rowid == id && sameText(each.exposed, clause.table);
                               });
         if (!isTarget) throw sqlError(kUnboundIdentifier, {clause.table + "." + clause.column});
         if (!column) throw sqlError(kInvalidColumnName, {clause.column});
         if (column->identity) throw sqlError(kIdentityUpdate, {column->name});
         if (!column->computed.empty()) throw sqlError(kComputedColumnChanged, {column->name});
         if (column->isRowVersion()) throw sqlError(kRowVersionUpdate);
-        Typed given = clause.value ? value(*clause.value) : defaultOf({}, *column);
-        if (clause.op)
-            given = emitBinary(*clause.op, {prefix + quotedName(column->name), column->type}, given);
-        assign(*column, given);
+        Typed next = clause.value ? value(*clause.value) : defaultOf({}, *column);
+        if (clause.op) next = emitBinary(*clause.op, {prefix + quotedName(column->name), column->type}, next);
+        assign(*column, next);
     }
     for (const auto& column : target.columns)
         if (column.isRowVersion() && !target.isShadow) assign(column, defaultOf(target, column));
     if (scope.sawAggregate) throw sqlError(kAggregateInSetList);
-    const std::string where = filter(update);
-    const std::string top = changeLimit(update.top);
-    const std::string rows = "SELECT " + rowid + " AS id" + picked + sources + where + top;
+    const std::string rows = "SELECT " + rowid + " AS id" + picked + sources + filter(update);
     const std::string returned =
         returning(target, update.output, "inserted", record) + returnedToVariables(target, update);
-    m_scope = nullptr;
     for (const auto& column : target.columns) {
         const auto value = names.find(&column);
         const std::string name = quotedName(column.name);
@@ -255,37 +245,25 @@ std::string Translator::filter(const Change& change) {
     const Temporarily clause(m_nextValue, kNextValueInClause);
     const std::string where = change.where ? " WHERE " + condition(*change.where) : "";
     if (m_scope->sawAggregate) throw sqlError(kAggregateInWhere);
-    return where;
+    return where + changeLimit(change.top);
 }
 
 std::string Translator::remove(const TableInfo& target, const Delete& statement) {
-    m_topLevel = false;
     Scope scope;
-    m_scope = &scope;
-    std::string rowid;
-    const std::string sources = joinedSources(target, statement.table, statement.from, rowid);
-    const std::string where = filter(statement);
-    const std::string top = changeLimit(statement.top);
-    const std::string returned = returning(target, statement.output, "deleted");
-    m_scope = nullptr;
-    return "DELETE FROM " + target.sqlName() + " WHERE _rowid_ IN (SELECT " + rowid + sources + where + top +
-           ")" + returned;
+    const Temporarily inner(m_scope, &scope);
+    const auto [sources, rowid] = joinedSources(target, statement);
+    const std::string rows = "SELECT " + rowid + sources + filter(statement);
+    return "DELETE FROM " + target.sqlName() + " WHERE _rowid_ IN (" + rows + ")" +
+           returning(target, statement.output, "deleted");
 }
 
 CheckText Translator::check(const TableInfo& table, const Expr& expr) {
     Scope scope;
-    m_scope = &scope;
+    const Temporarily inner(m_scope, &scope);
     m_nextValue = kNextValueInSubquery;
     addSource(table, table.name, {});
-    CheckText text;
-    if (expr.isCondition()) {
-        text.sql = condition(expr);
-    } else {
-        const Typed typed = value(expr);
-        text = {typed.sql, {}, typed.type};
-    }
+    CheckText text{expr.isCondition() ? Typed{condition(expr), {}} : value(expr)};
     for (const auto& name : scope.loose) text.columns.insert(name.substr(table.name.size() + 1));
-    m_scope = nullptr;
     return text;
 }
 

@@ -94,8 +94,7 @@ Typed Translator::node(const ColumnRef& column) {
         if (!found) continue;
         if (scope->aggregateDepth == 0 && scope->nullKeys.contains(found->sql)) return {"NULL", found->type};
         if (scope->aggregateDepth == 0 && !scope->groupKeys.contains(found->sql))
-            scope->loose.push_back(source->exposed.empty() ? found->name
-                                                           : source->exposed + "." + found->name);
+            scope->loose.push_back(source->shown(found->name));
         Typed typed{found->sql, found->type};
         typed.nullable = found->nullable;
         return typed;
@@ -133,12 +132,10 @@ std::vector<Typed> Translator::callArguments(const Call& call, bool datePart) {
     std::vector<Typed> arguments;
     for (const auto& argument : call.arguments) {
         const auto* name = std::get_if<ColumnRef>(&argument->node);
-        if (datePart && arguments.empty() && name && name->path.size() == 1)
-            arguments.push_back(wordArgument(name->path.front()));
-        else
-            arguments.push_back(value(*argument));
+        const bool isWord = datePart && arguments.empty() && name && name->path.size() == 1;
+        arguments.push_back(isWord ? Typed{name->path.front(), {}} : value(*argument));
     }
-    if (call.star) arguments.push_back(wordArgument("*"));
+    if (call.star) arguments.push_back({"*", {}});
     return arguments;
 }
 
@@ -146,22 +143,15 @@ Typed Translator::node(const Call& call) {
     if (!call.name.schema.empty() || !call.name.database.empty()) return userCall(call);
     if (sameWord(call.name.name, "GROUPING") || sameWord(call.name.name, "GROUPING_ID"))
         return grouping(call);
-    const FunctionInfo* function = findFunction(call.name.name);
-    if (!function && kMissingFunctions.find(" " + lowerAscii(call.name.name) + " ") != std::string_view::npos)
-        throw unsupported(toUpper(call.name.name));
-    if (!function)
-        throw SqlError(kUnknownSetOption,
-                       "'" + call.name.name + "' is not a recognized built-in function name.", 15, 10);
-    const FunctionKind kind = function->kind;
-    if (!call.within.empty() && function->name != "string_agg")
+    const FunctionInfo& function = functionNamed(call.name.name);
+    const FunctionKind kind = function.kind;
+    if (!call.within.empty() && function.name != "string_agg")
         throw sqlError(kWithinGroupNotAllowed, {toUpper(call.name.name)});
-    if (call.over || kind == FunctionKind::Ranking || kind == FunctionKind::Framed)
-        return windowCall(*function, call);
-    if (kind == FunctionKind::Aggregate) return aggregateCall(*function, call);
-    const bool chooses =
-        function->name == "nullif" || function->arguments.find('R') != std::string_view::npos;
+    if (call.over || kind >= FunctionKind::Ranking) return windowCall(function, call);
+    if (kind == FunctionKind::Aggregate) return aggregateCall(function, call);
+    const bool chooses = function.name == "nullif" || function.arguments.find('R') != std::string_view::npos;
     const Temporarily inner(m_nextValue, chooses ? kNextValueInCase : m_nextValue);
-    return emitCall(*function, callArguments(call, function->takesDatePart()), call.distinct);
+    return emitCall(function, callArguments(call, function.takesDatePart()), call.distinct);
 }
 
 // GROUPING(key), GROUPING_ID(key, ...): 1, as bits, for keys of other grouping sets
@@ -206,7 +196,7 @@ Typed Translator::aggregateCall(const FunctionInfo& function, const Call& call) 
 Typed Translator::windowCall(const FunctionInfo& function, const Call& call) {
     const std::string name = toUpper(call.name.name);
     const FunctionKind kind = function.kind;
-    const bool windowOnly = kind == FunctionKind::Ranking || kind == FunctionKind::Framed;
+    const bool windowOnly = kind >= FunctionKind::Ranking;
     if (!call.over) throw sqlError(kOverRequired, {name});
     if (kind == FunctionKind::Scalar || !call.within.empty() || sameWord(name, "STRING_AGG"))
         throw sqlError(kNotAWindowFunction, {name});
@@ -278,10 +268,10 @@ Typed Translator::node(const ScalarQuery& scalar) {
     const Temporarily inner(m_nextValue, kNextValueInSubquery);
     const QueryText text = query(*scalar.query);
     if (text.columns.size() != 1) throw sqlError(kSubqueryWithSeveralColumns);
-    const auto& [column, alias, isNull, isNew] = text.columns.front();
+    const OutputColumn& column = text.columns.front();
     if (text.oneRow) return {"(" + text.sql + ")", column.type};
     // ts_single reports more than one row as an error; SQLite alone would use the first row.
-    return {"(SELECT ts_single(count(*), " + alias + ") FROM (" + text.sql + "))", column.type};
+    return {"(SELECT ts_single(count(*), " + column.alias + ") FROM (" + text.sql + "))", column.type};
 }
 
 std::string Translator::test(const Logic& logic) {
@@ -313,7 +303,7 @@ std::string Translator::test(const CompareQuery& compare) {
     const bool aggregate = m_scope && std::exchange(m_scope->sawAggregate, before || m_scope->sawAggregate);
     const QueryText text = query(*compare.query);
     if (text.columns.size() != 1) throw sqlError(kSubqueryWithSeveralColumns);
-    const Typed column{text.columns.front().alias, text.columns.front().column.type};
+    const Typed column = text.columns.front().typed();
     if (compare.op == CompareOp::Equal && !compare.all) {
         const Typed both[] = {operand, column};
         const SqlType type = comparedType(both);

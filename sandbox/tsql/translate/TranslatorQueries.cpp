@@ -16,8 +16,7 @@ bool isRecursive(const CommonTable& table) {
     const auto* next = operation && operation->op == SetOp::UnionAll
                            ? std::get_if<Select>(&operation->right->body)
                            : nullptr;
-    return next &&
-           std::ranges::any_of(next->from, [&](const auto& from) { return reads(*from, table.name); });
+    return next && std::ranges::any_of(next->from, [&](auto& from) { return reads(*from, table.name); });
 }
 
 // Whether * has the column.
@@ -26,22 +25,17 @@ bool hasColumn(const SelectItem& star, const std::string& column) {
 }
 
 bool hasVarBinary(const QueryText& text) {
-    return std::ranges::any_of(text.columns,
-                               [](const auto& each) { return each.column.type.id == TypeId::VarBinary; });
+    return std::ranges::any_of(text.columns, [](auto& each) { return each.type.id == TypeId::VarBinary; });
 }
 
 // The columns in the form in which equal values are the same.
 std::string keysOf(const QueryText& text, const std::string& prefix = {}) {
-    return commaList(text.columns, [&](const OutputColumn& each) {
-        return comparable({prefix + each.alias, each.column.type});
-    });
+    return commaList(text.columns, [&](const OutputColumn& each) { return comparable(each.typed(prefix)); });
 }
 
-// One row for all rows that are equal. DISTINCT of SQLite does not ignore the zeros at the end of binary
-// strings.
+// One row for all that are equal. SQLite's DISTINCT does not ignore the zeros at the end of binary strings.
 std::string distinctRows(const std::string& rows, const QueryText& text) {
-    const auto named = [](const OutputColumn& each) { return each.alias + " AS " + each.alias; };
-    return "SELECT " + commaList(text.columns, named) + " FROM (" + rows + ") GROUP BY " + keysOf(text);
+    return "SELECT * FROM (" + rows + ") GROUP BY " + keysOf(text);
 }
 
 // Returns the output column, by number, that an ORDER BY item of SELECT DISTINCT repeats.
@@ -49,13 +43,11 @@ std::string orderKeyOfDistinct(const Typed& item, const std::string& list, const
     const std::string all = ", " + list, entry = ", " + collated(item) + " AS c";
     const std::size_t found = all.find(entry);
     if (found == std::string::npos) throw sqlError(kOrderByItemNotInDistinct);
-    const OutputColumn& column = text.columns[std::stoul(all.substr(found + entry.size())) - 1];
-    return collated({column.alias, column.column.type});
+    return collated(text.columns[std::stoul(all.substr(found + entry.size())) - 1].typed());
 }
 
 // UNION, EXCEPT or INTERSECT of rows with a varbinary (see distinctRows()).
-std::string distinctSetOperation(SetOp op, const std::string& left, const std::string& right,
-                                 const QueryText& text) {
+std::string distinctSet(SetOp op, const std::string& left, const std::string& right, const QueryText& text) {
     if (op == SetOp::Union) return distinctRows(left + " UNION ALL " + right, text);
     return distinctRows("SELECT * FROM (" + left + ") AS l WHERE " + (op == SetOp::Except ? "NOT " : "") +
                             "EXISTS (SELECT " + keysOf(text, "l.") + " INTERSECT SELECT " +
@@ -63,8 +55,7 @@ std::string distinctSetOperation(SetOp op, const std::string& left, const std::s
                         text);
 }
 
-// Whether the SQL uses, outside of its strings, one of the first sources to which nextAlias() has given an
-// alias.
+// Whether the SQL uses, outside of its strings, one of the first sources that nextAlias() has named.
 bool usesSource(std::string sql, int sources) {
     bool quoted = false;
     std::erase_if(sql, [&](char c) { return (quoted = quoted != (c == '\'')); });
@@ -93,9 +84,8 @@ QueryText Translator::query(const Query& query) {
     const std::size_t common = m_with.size();
     for (const auto& table : query.with) m_with.push_back({&table});
     if (query.maxRecursion) m_maxRecursion = *query.maxRecursion;
-    const auto* operation = std::get_if<SetOperation>(&query.body);
-    QueryText text =
-        operation ? setOperation(*operation, query) : select(std::get<Select>(query.body), query);
+    const auto* set = std::get_if<SetOperation>(&query.body);
+    QueryText text = set ? setOperation(*set, query) : select(std::get<Select>(query.body), query);
     if (query.xml) text = forXml(text, *query.xml);
     m_with.resize(common);
     return text;
@@ -104,9 +94,7 @@ QueryText Translator::query(const Query& query) {
 QueryText Translator::select(const Select& select, const Query& query) {
     const bool topLevel = std::exchange(m_topLevel, false);
     if (m_scope && m_scope->aggregateDepth > 0) throw sqlError(kAggregateOfAggregate);
-    Scope scope;
-    scope.outer = m_scope;
-    scope.outerSources = m_aliases;
+    Scope scope{.outer = m_scope, .outerSources = m_aliases};
     const Temporarily inner(m_scope, &scope);
     const Temporarily clause(m_nextValue, kNextValueInClause);
     QueryText text;
@@ -219,7 +207,7 @@ void Translator::refuseLooseColumns(int error, bool grouped) {
 void Translator::addOutput(QueryText& text, std::string& list, Column column, const std::string& sql) {
     const std::string alias = "c" + std::to_string(text.columns.size() + 1);
     list += (list.empty() ? "" : ", ") + sql + " AS " + alias;
-    text.columns.push_back({std::move(column), alias, false});
+    text.columns.push_back({std::move(column), alias});
 }
 
 void Translator::selectItem(const SelectItem& item, QueryText& text, std::string& list, bool collate) {
@@ -249,8 +237,7 @@ void Translator::star(const SelectItem& item, QueryText& text, std::string& list
         any = true;
         for (const auto& column : source.columns) {
             if (!hasColumn(item, column.name)) continue;
-            if (!m_scope->groupKeys.contains(column.sql))
-                m_scope->loose.push_back(source.exposed + "." + column.name);
+            if (!m_scope->groupKeys.contains(column.sql)) m_scope->loose.push_back(source.shown(column.name));
             addOutput(text, list, column,
                       collate ? collated({column.sql, column.type}, kTypeNotDistinct) : column.sql);
         }
@@ -299,7 +286,7 @@ std::optional<std::size_t> Translator::outputPosition(const Expr& expr, const Qu
     if (!name || name->path.size() != 1) return std::nullopt;
     std::optional<std::size_t> position;
     for (std::size_t i = 0; i < text.columns.size(); ++i)
-        if (sameText(text.columns[i].column.name, name->path.front())) {
+        if (sameText(text.columns[i].name, name->path.front())) {
             if (position) throw sqlError(kAmbiguousColumnName, {name->path.front()});
             position = i;
         }
@@ -318,7 +305,7 @@ std::string Translator::orderBy(const std::vector<OrderItem>& items, const Query
         auto position = outputPosition(*item.value, text);
         if (firstOfSet && !position) position = positionInList(*item.value, *firstOfSet);
         if (position)
-            key = collated({text.columns[*position].alias, text.columns[*position].column.type});
+            key = collated(text.columns[*position].typed());
         else if (isLiteral || std::holds_alternative<VariableRef>(node))
             throw sqlError(isLiteral ? kConstantInOrderBy : kVariableInOrderBy,
                            {std::to_string(&item - items.data() + 1)});
@@ -388,26 +375,24 @@ QueryText Translator::setOperation(const SetOperation& operation, const Query& q
     bool flat = left.compound && (left.collated || !distinct);
     for (std::size_t i = 0; i < left.columns.size(); ++i) {
         OutputColumn& column = left.columns[i];
+        const OutputColumn& other = right.columns[i];
         if (column.newIdentity) throw unsupported("IDENTITY() in a UNION");
-        const Typed pieces[] = {
-            {column.alias, column.column.type, column.nullLiteral},
-            {right.columns[i].alias, right.columns[i].column.type, right.columns[i].nullLiteral}};
-        column.column.type = tsql::commonType(pieces);
-        column.nullLiteral = column.nullLiteral && right.columns[i].nullLiteral;
-        column.column.nullable = column.column.nullable || right.columns[i].column.nullable;
-        column.column.identity = false;
-        const std::string comma = i ? ", " : "";
-        flat = flat && coerce(pieces[0], column.column.type).sql == pieces[0].sql;
-        const Typed merged = coerce(pieces[0], column.column.type);
-        leftList += comma + (distinct ? collated(merged, kTypeNotInSetOperation) : merged.sql) + " AS " +
-                    column.alias;
-        rightList += comma + coerce(pieces[1], column.column.type).sql + " AS " + column.alias;
+        const Typed pieces[] = {column.typed(), other.typed()};
+        column.type = tsql::commonType(pieces);
+        column.nullLiteral = column.nullLiteral && other.nullLiteral;
+        column.nullable = column.nullable || other.nullable;
+        column.identity = false;
+        const Typed merged = coerce(pieces[0], column.type);
+        flat = flat && merged.sql == pieces[0].sql;
+        const std::string comma = i ? ", " : "", as = " AS " + column.alias;
+        leftList += comma + (distinct ? collated(merged, kTypeNotInSetOperation) : merged.sql) + as;
+        rightList += comma + coerce(pieces[1], column.type).sql + as;
     }
     QueryText text{{}, left.columns};
     const std::string leftRows = "SELECT " + leftList + " FROM (" + left.sql + ")";
     const std::string rightRows = "SELECT " + rightList + " FROM (" + right.sql + ")";
     if (distinct && hasVarBinary(text)) {
-        text.sql = distinctSetOperation(operation.op, leftRows, rightRows, text);
+        text.sql = distinctSet(operation.op, leftRows, rightRows, text);
     } else {
         text.compound = query.orderBy.empty() && !query.offset;
         text.collated = flat ? left.collated : distinct;
@@ -458,10 +443,10 @@ std::string Translator::tableRef(const TableRef& table, bool applied) {
 
 void Translator::addSource(const TableInfo& table, const std::string& exposed, const std::string& alias) {
     const std::string prefix = alias.empty() ? "" : alias + ".";
-    Source source{exposed, table.database, table.schemaName, prefix + "_rowid_", table.sqlName(), {}};
+    auto& source = m_scope->sources.emplace_back(
+        Source{exposed, table.database, table.schemaName, prefix + "_rowid_", table.sqlName(), {}});
     for (const auto& column : table.columns)
         source.columns.push_back({column, prefix + quotedName(column.name)});
-    m_scope->sources.push_back(std::move(source));
 }
 
 std::string Translator::namedTable(const NamedTable& table, const std::string& alias, bool applied) {
@@ -475,18 +460,12 @@ std::string Translator::namedTable(const NamedTable& table, const std::string& a
                 m_depth = "ts_deeper(" + reference + ".depth, " + std::to_string(m_maxRecursion) + ")";
                 return m_with[i].recursive + " AS " + reference;
             }
-            const auto all = m_with;
-            const CommonTable& common = *all[i].table;
-            m_with.resize(i);  // it sees only those before it
-            std::string sql = isRecursive(common)
-                                  ? recursiveTable(common, exposed)
-                                  : derivedTable(beside(false, [&] { return query(*common.query); }),
-                                                 common.columns, exposed);
-            m_with = all;
-            return sql;
+            const CommonTable& common = *m_with[i].table;
+            const Temporarily before(m_with, std::vector(m_with.begin(), m_with.begin() + std::ptrdiff_t(i)));
+            if (isRecursive(common)) return recursiveTable(common, exposed);
+            return derivedTable(beside(false, [&] { return query(*common.query); }), common.columns, exposed);
         }
-    std::optional<TableInfo> info;
-    if (!table.arguments) info = m_names.findTable(table.name);
+    auto info = table.arguments ? std::nullopt : m_names.findTable(table.name);
     std::optional<StoredModule> stored;
     if (!info) stored = m_names.module(table.name, table.arguments ? kTableFunction : kView);
     if (!stored && table.arguments) stored = m_names.module(table.name, kRowsFunction);
@@ -565,23 +544,20 @@ void Translator::rename(QueryText& text, const std::vector<std::string>& names, 
     if (!names.empty() && names.size() != text.columns.size())
         throw sqlError(names.size() > text.columns.size() ? kFewerColumnsThanNames : kMoreColumnsThanNames,
                        {of});
-    for (std::size_t i = 0; i < names.size(); ++i) text.columns[i].column.name = names[i];
+    for (std::size_t i = 0; i < names.size(); ++i) text.columns[i].name = names[i];
     std::set<std::string> seen;
-    for (const auto& [column, alias, isNull, isNew] : text.columns) {
-        if (column.name.empty()) throw sqlError(unnamed, {alias.substr(1), of});
+    for (const OutputColumn& column : text.columns) {
+        if (column.name.empty()) throw sqlError(unnamed, {column.alias.substr(1), of});
         if (!seen.insert(toLower(column.name)).second) throw sqlError(repeated, {column.name, of});
     }
 }
 
 // Adds a source with these columns to the scope and returns its alias in SQLite.
 std::string Translator::addSource(const std::vector<OutputColumn>& columns, const std::string& exposed) {
-    std::string sqlAlias = nextAlias();
-    const std::string prefix = sqlAlias + ".";
-    Source source{exposed, {}, {}, {}, {}, {}};
-    for (const auto& [column, alias, nullLiteral, isNew] : columns)
-        source.columns.push_back({column, prefix + alias});
-    m_scope->sources.push_back(std::move(source));
-    return sqlAlias;
+    std::string alias = nextAlias();
+    auto& source = m_scope->sources.emplace_back(Source{exposed, {}, {}, {}, {}, {}});
+    for (const OutputColumn& column : columns) source.columns.push_back({column, alias + "." + column.alias});
+    return alias;
 }
 
 std::string Translator::derivedTable(QueryText text, const std::vector<std::string>& names,
@@ -601,7 +577,7 @@ std::string Translator::recursiveTable(const CommonTable& table, const std::stri
     const QueryText next = beside(/*applied=*/false, [&] {
         anchor = query(*operation.left);
         rename(anchor, table.columns, table.name);
-        for (auto& output : anchor.columns) output.column.nullable = true;
+        for (auto& output : anchor.columns) output.nullable = true;
         m_with.push_back({&table, name, anchor.columns});
         return query(*operation.right);
     });
@@ -609,8 +585,8 @@ std::string Translator::recursiveTable(const CommonTable& table, const std::stri
     std::string list;
     for (std::size_t i = 0; i < anchor.columns.size(); ++i) {
         const OutputColumn& output = anchor.columns[i];
-        if (output.column.type != next.columns[i].column.type && !next.columns[i].nullLiteral)
-            throw sqlError(kRecursiveTypesDiffer, {output.column.name, table.name});
+        if (output.type != next.columns[i].type && !next.columns[i].nullLiteral)
+            throw sqlError(kRecursiveTypesDiffer, {output.name, table.name});
         list += output.alias + ", ";
     }
     return "(WITH RECURSIVE " + name + "(" + list + "depth) AS (SELECT " + list + "0 FROM (" + anchor.sql +

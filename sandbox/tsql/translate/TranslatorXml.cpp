@@ -7,7 +7,6 @@ namespace {
 
 // Encodes characters that XML names cannot contain: a space becomes _x0020_.
 std::string xmlName(std::string_view name) {
-    constexpr std::string_view kHex = "0123456789ABCDEF";
     std::string result;
     while (!name.empty()) {
         const std::string_view before = name;
@@ -18,20 +17,23 @@ std::string xmlName(std::string_view name) {
             result += before.substr(0, before.size() - name.size());
             continue;
         }
-        result += "_x";
-        for (int shift = 12; shift >= 0; shift -= 4) result += kHex[(c >> shift) & 15U];
-        result += '_';
+        const std::byte code[] = {std::byte(c >> 8 & 0xFFU), std::byte(c & 0xFFU)};
+        result += "_x" + hexDigits(code) + "_";
     }
     return result;
 }
 
 // Returns a call of ts_xml(cell), which gives the XML text of the cell, or NULL for NULL.
 std::string cellText(const OutputColumn& output, bool attribute) {
-    const TypeId id = output.column.type.id;
+    const TypeId id = output.type.id;
     if (isBinary(id)) throw unsupported("binary columns in FOR XML");
     if (attribute && id == TypeId::Xml) throw unsupported("xml in an attribute of FOR XML");
-    return "ts_xml(" + output.alias + "," + std::to_string(encodeType(output.column.type)) +
+    return "ts_xml(" + output.alias + "," + std::to_string(encodeType(output.type)) +
            (attribute ? ",1)" : ",0)");
+}
+
+std::string inTag(const std::string& tag, const std::string& sql) {
+    return quotedText("<" + tag + ">") + " || " + sql + " || " + quotedText("</" + tag + ">");
 }
 
 std::string orNothing(const std::string& sql) {
@@ -44,7 +46,7 @@ QueryText Translator::forXml(const QueryText& rows, const ForXml& xml) const {
     if (!m_assignments.empty()) throw unsupported("SELECT @variable = ... FOR XML");
     std::string attributes = "''", content = "''";
     for (const auto& output : rows.columns) {
-        const std::string& name = output.column.name;
+        const std::string& name = output.name;
         const bool isContent = name.empty() || name == "*" || name == "text()" || name == "node()";
         if (xml.path && isContent) {
             content += orNothing(cellText(output, /*attribute=*/false));
@@ -58,10 +60,7 @@ QueryText Translator::forXml(const QueryText& rows, const ForXml& xml) const {
         } else {
             if (xml.path && name.find_first_of("/()") != std::string::npos)
                 throw unsupported("the path '" + name + "' in FOR XML PATH");
-            const std::string tag = xmlName(name);
-            content +=
-                orNothing(quotedText("<" + tag + ">") + " || " + cellText(output, /*attribute=*/false) +
-                          " || " + quotedText("</" + tag + ">"));
+            content += orNothing(inTag(xmlName(name), cellText(output, /*attribute=*/false)));
         }
     }
     const std::string row = xmlName(xml.row), root = xmlName(xml.root);
@@ -70,13 +69,12 @@ QueryText Translator::forXml(const QueryText& rows, const ForXml& xml) const {
         one = quotedText("<" + row) + " || a || CASE c WHEN '' THEN '/>' ELSE '>' || c || " +
               quotedText("</" + row + ">") + " END";
     std::string all = "group_concat(" + one + ", '')";
-    if (!root.empty())
-        all = quotedText("<" + root + ">") + " || " + all + " || " + quotedText("</" + root + ">");
+    if (!root.empty()) all = inTag(root, all);
     QueryText text;
     text.sql = "SELECT " + all + " AS c1 FROM (SELECT " + attributes + " AS a, " + content + " AS c FROM (" +
                rows.sql + ")) HAVING count(*) > 0";
     const SqlType type = xml.typed ? simpleType(TypeId::Xml) : nvarcharType(SqlType::kMax);
-    text.columns.push_back({{"XML_F52E2B61-18A1-11d1-B105-00805F49916B", type, true, false}, "c1", false});
+    text.columns.push_back({{"XML_F52E2B61-18A1-11d1-B105-00805F49916B", type, true, false}, "c1"});
     text.oneRow = true;
     return text;
 }

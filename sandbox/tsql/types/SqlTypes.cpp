@@ -137,7 +137,7 @@ SqlType makeType(std::string_view name, std::span<const int> arguments, TypeUse 
     constexpr std::string_view kMissing = " datetimeoffset geography geometry hierarchyid sql_variant ";
     if (!found && kMissing.find(" " + lowerAscii(name) + " ") != kMissing.npos)
         throw unsupported(lowerAscii(name) + " as a type");
-    if (!found) throw sqlError(kUnknownType, {name});
+    if (!found) throw sqlError(use == TypeUse::Cast ? kNotASystemType : kUnknownType, {name});
     const TypeId id = *found;
     if (sameWord(name, "sysname")) return nvarcharType(128);
     if (id == TypeId::Decimal) return makeDecimal(arguments);

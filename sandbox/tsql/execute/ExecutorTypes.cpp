@@ -1,0 +1,57 @@
+// CREATE TYPE, and table-valued parameters.
+#include "execute/Executor.h"
+
+namespace tsql {
+
+void Executor::run(const UserType& create) {
+    if (systemTypes().contains(create.name.name)) throw sqlError(kTypeExists, {asWritten(create.name)});
+    std::vector<TableColumn> columns = {{"", create.type, create.nullable}};
+    if (create.table) {  // checks its definition
+        const TableInfo made = createTable(*create.table);
+        columns = made.columns;
+        dropTable(made);
+    }
+    define(create.name, [&](Catalogue& owner) {
+        ObjectInfo object = newObject(owner, create.name, create.table ? kTableType : kAliasType);
+        if (owner.find(object.key(), kUserTypes)) throw sqlError(kTypeExists, {asWritten(create.name)});
+        object.source = create.text;
+        owner.save(object);
+        owner.saveColumns(object.id, columns);
+    });
+}
+
+FindType Executor::typesIn(const std::string& database, bool* used) {
+    return [this, used, place = databaseOf({database, {}, {}})](const ObjectName& name) {
+        if (used) *used = true;
+        std::optional<UserType> type;
+        if (const auto found =
+                catalogue({place, {}, {}}).find(storedName(name.schema, name.name), kUserTypes))
+            type = {{place, found->schemaName, found->name}, found->id, found->source};
+        return type;
+    };
+}
+
+// Lets a table-valued parameter stand for the table of the caller or, without an argument, for an empty one.
+// Returns false if neither is a table.
+bool Executor::bindTable(const Declaration& parameter, const Argument* argument, Frame& frame) {
+    const bool isTable = argument && !argument->table.empty();
+    if (!parameter.table && !isTable) return false;
+    frame.readOnly.insert(parameter.name);
+    if (!isTable && (!argument || !argument->value)) {
+        inFrame(frame, [&] { declareTable(parameter); });
+        return true;
+    }
+    const auto& tables = m_frames.back()->tables;
+    const auto found = tables.find(argument->table);
+    const UserType from = found == tables.end() ? UserType() : found->second->userType,
+                   &to = parameter.userType;
+    if (!from.table || from.id != to.id || from.name.database != to.name.database) {
+        const auto word = isTable ? "table" : baseName(evaluate(*argument->value).type.id);
+        throw sqlError(kOperandTypeClash, {from.table ? from.name.name : word,
+                                           to.table ? to.name.name : baseName(parameter.type.id)});
+    }
+    frame.tables[parameter.name] = found->second;
+    return true;
+}
+
+}  // namespace tsql
