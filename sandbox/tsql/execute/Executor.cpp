@@ -40,6 +40,8 @@ RequestEnd Executor::run(ResultSink& sink, Frame& frame, Work work) {
     } catch (const SyntaxError& error) {
         m_error = error.number;
         report(messageOf(error, error.line, error.procedure));
+    } catch (const SqliteFailure& failure) {  // while the types that the text names were looked up
+        report(messageOf({kUserDefined, failure.what()}, 1, ""));
     } catch (const ScopeEnd&) {
     } catch (const BatchEnd&) {
         end = RequestEnd::Aborted;

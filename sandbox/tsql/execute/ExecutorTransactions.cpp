@@ -45,7 +45,7 @@ bool Executor::beginsImplicitly(const Statement& statement) const {
         }
         return std::is_base_of_v<Change, Node> ||
                isOneOf<Node, Truncate, CreateTable, AlterTable, CreateIndex, CreateModule, CreateSchema,
-                       TransferObject, SwitchTriggers, Fetch, InsertBulk>;
+                       TransferObject, SwitchTriggers, Fetch, InsertBulk, UserType>;
     };
     return std::visit(begins, statement.node);
 }

@@ -231,8 +231,7 @@ Value runStr(const SqlCall& call) {
 // CONCAT treats NULL as an empty string.
 std::string writeConcat(const FunctionInfo&, Pieces pieces, const SqlType& result) {
     std::string sql;
-    for (const Typed& piece : pieces)
-        sql.append(sql.empty() ? "(" : "||").append("ifnull(" + piece.sql + ",'')");
+    for (auto& piece : pieces) sql.append(sql.empty() ? "(" : "||").append("ifnull(" + piece.sql + ",'')");
     if (result.length == SqlType::kMax) return sql + ")";
     return "substr(" + sql + "),1," + std::to_string(result.length) + ")";
 }

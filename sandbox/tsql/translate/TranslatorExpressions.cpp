@@ -184,8 +184,7 @@ Typed Translator::aggregateCall(const FunctionInfo& function, const Call& call) 
     Typed result = emitCall(function, arguments, call.distinct);
     if (!call.within.empty()) {
         std::string keys;
-        for (const auto& item : call.within)
-            keys += (item.descending ? ",1," : ",0,") + value(*item.value).sql;
+        for (auto& item : call.within) keys += (item.descending ? ",1," : ",0,") + value(*item.value).sql;
         result.sql.insert(result.sql.size() - 1, keys);
     }
     --m_scope->aggregateDepth;
@@ -303,7 +302,7 @@ std::string Translator::test(const CompareQuery& compare) {
     const bool aggregate = m_scope && std::exchange(m_scope->sawAggregate, before || m_scope->sawAggregate);
     const QueryText text = query(*compare.query);
     if (text.columns.size() != 1) throw sqlError(kSubqueryWithSeveralColumns);
-    const Typed column = text.columns.front().typed();
+    const Typed column{text.columns.front().alias, text.columns.front().type};
     if (compare.op == CompareOp::Equal && !compare.all) {
         const Typed both[] = {operand, column};
         const SqlType type = comparedType(both);

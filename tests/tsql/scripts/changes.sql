@@ -115,3 +115,5 @@ SELECT * FROM #x
 --> Divide by zero error encountered. --> id int | v int? = 2 | 11; 1 | 21 (2 rows)
 CREATE PROCEDURE q @p int AS UPDATE #x SET v = @p OUTPUT deleted.v + @p AS s, inserted.* WHERE id = @p -->
 EXEC q 1 --> s int? = 22 | id int = 1 | v int? = 1 (1 rows)
+CREATE TABLE dated (d date, b varbinary(3))
+INSERT dated SELECT NULL, NULL --> (1 changed)
