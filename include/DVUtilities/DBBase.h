@@ -163,6 +163,7 @@ class DVU_EXPORT DBBase {
     // parseOutputFile() reads. The failure message has no "!".
     bool RunStringQuery(const char* sql, const char* outputFile, const char* dbName);
     bool RunStringQuery_TS(const char* sql, const char* outputFile, const char* dbName, int options);
+    // `separator`: between two columns; null means ",".
     bool generateCSVOutput(const char* sqlFile, const char* outputFile, const char* dbName,
                            const char* separator);
     // Sets and logs the path of sqlcmd that the command lines use; only the first call has an effect. The
