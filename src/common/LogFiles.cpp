@@ -73,17 +73,6 @@ std::string_view currentTime() {
     return {last.text.data(), last.length};
 }
 
-// Writes all bytes, after short writes and interruptions, too.
-bool writeAll(int descriptor, std::string_view bytes) {
-    while (!bytes.empty()) {
-        const ssize_t written = ::write(descriptor, bytes.data(), bytes.size());
-        if (written < 0 && errno == EINTR) continue;
-        if (written <= 0) return false;
-        bytes.remove_prefix(static_cast<std::size_t>(written));
-    }
-    return true;
-}
-
 // Whether echoed lines are also logged. Off without an instance and when the setting cannot be read.
 bool isEchoLogged(bool echo, const char* instance) {
     unsigned int setting = 0;
@@ -156,7 +145,7 @@ void appendToLog(const char* logFile, std::string_view entry) {
     const FileDescriptor log = openLog(logFile);
     if (!log.isOpen())
         std::printf(common_messages::kCannotOpenLog, logFile, errno);
-    else if (!writeAll(log.get(), entry))
+    else if (!writeAll(log, entry))
         std::printf(common_messages::kCannotWriteLog, logFile, errno);
 }
 
