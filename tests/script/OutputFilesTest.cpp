@@ -7,6 +7,7 @@
 #include "TempDir.h"
 #include "files/OutputHeader.h"
 #include "files/OutputReader.h"
+#include "files/RunMark.h"
 #include "files/UniqueFile.h"
 
 namespace {
@@ -32,6 +33,19 @@ TEST(OutputHeader, IsDroppedOnlyAboveItsSeparator) {
         EXPECT_EQ(support::readFile(folder / "out.log"), c.after);
         EXPECT_EQ(std::distance(fs::directory_iterator(folder.path()), {}), 1) << "nothing beside it";
     }
+}
+
+TEST(RunMark, IsHeldByOneObjectAFile) {
+    const support::TempDir folder;
+    const std::string path = folder / "out.log";
+    support::writeFile(path, "");
+    const RunMark first(path);
+    EXPECT_TRUE(first.isHeld());
+    EXPECT_FALSE(RunMark(path).isHeld()) << "it must not replace the one that is";
+    fs::remove(path);
+    EXPECT_FALSE(RunMark(path).isHeld());
+    support::writeFile(path, "");
+    EXPECT_TRUE(RunMark(path).isHeld()) << "another file of that name";
 }
 
 TEST(OutputHeader, StaysWithoutASeparator) {
