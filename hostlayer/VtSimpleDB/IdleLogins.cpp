@@ -176,7 +176,8 @@ void beginAnewInChild() {
     processLogins = new IdleLogins;
 }
 
-// Text that the query tool runs, from its options -i or -Q; empty if it is not certain or long.
+// Returns the text that the query tool runs, from its option -i or -Q; empty if that is not certain, or the
+// text is longer than 256 KiB.
 std::string scriptOf(const std::vector<std::string>& arguments) {
     constexpr std::size_t kLongest = std::size_t{256} << 10;
     const auto isScript = [](const std::string& argument) { return argument == "-i" || argument == "-Q"; };

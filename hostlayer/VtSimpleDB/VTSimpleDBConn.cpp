@@ -56,7 +56,7 @@ RequestLimits limitsOf(const char* timeSetting, unsigned int seconds) {
             std::uint64_t{numberOf("replyLimit", kDefaultReplyLimit)} << 20, timeSetting};
 }
 
-// FreeTDS says "Unknown error".
+// Reports a lost connection, for which FreeTDS has the message "Unknown error" only.
 void reportLostConnection() {
     const VtCause cause{
         .place = VtCause::kConnection, .sqlState = "08S01", .text = "the connection to the server has ended"};

@@ -1,4 +1,4 @@
-// File descriptors: their owner, a careful way to open them, a complete write.
+// File descriptors: owner, open of a regular file, complete write.
 #pragma once
 
 #include <fcntl.h>

@@ -47,7 +47,7 @@ std::string startFailure(const std::string& program, int error, const hostlayer:
 
 // Strings of which one may hold a password. Wiped when they are destroyed.
 struct WipedStrings : std::vector<std::string> {
-    using std::vector<std::string>::vector;
+    WipedStrings() = default;
     ~WipedStrings() {
         for (std::string& text : *this) ::explicit_bzero(text.data(), text.size());
     }
