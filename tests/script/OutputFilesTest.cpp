@@ -71,7 +71,7 @@ TEST(OutputHeader, LeavesTheFileWholeWhenTheScratchFileCannotBeMade) {
 
 TEST(OutputReader, LosesNoByteButThoseBehindANulInItsChunk) {
     const support::TempDir folder;
-    for (const std::size_t size : {0, 1, 4094, 4095, 4096, 9000, 600'000}) {
+    for (const std::size_t size : {0U, 1U, 4094U, 4095U, 4096U, 9000U, 600'000U}) {
         std::string content(size, 'x');
         for (std::size_t i = 0; i < size; i += 7) content[i] = static_cast<char>(i % 255 + 1);
         support::writeFile(folder / "out.log", content);
