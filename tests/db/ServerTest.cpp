@@ -179,6 +179,11 @@ TEST_F(Server, AFailedOperationKeepsItsCauses) {
         for (const DVUCause_t& cause : causes)
             EXPECT_EQ(cause.text.find(s_box->password()), std::string::npos) << c.name;
     }
+    db.SetAccountInfo("127.0.0.1,0", login.c_str(), password.c_str(), log.c_str());
+    EXPECT_FALSE(db.Open(nullptr, nullptr, nullptr));
+    DVU_GetCauses(db, causes);
+    ASSERT_EQ(causes.size(), 1U) << "not the empty connection string as well";
+    EXPECT_NE(causes[0].text.find("The port of the server"), std::string::npos);
     db.SetAccountInfo(server.c_str(), login.c_str(), password.c_str(), log.c_str());
     EXPECT_TRUE(db.Open(nullptr, nullptr, nullptr));
     DVU_GetCauses(db, causes);
