@@ -243,9 +243,9 @@ bool EvDebug::Log::openBySettings(Opening wanted, std::string fileName) {
 bool EvDebug::Log::openOnFirstUse() {
     thread_local bool isOpening = false;  // reading the store may itself log a problem
     if (isOpening || name != kDefaultName) return false;
-    const struct Opens {
-        Opens() { isOpening = true; }
-        ~Opens() { isOpening = false; }
+    const struct OpeningScope {
+        OpeningScope() { isOpening = true; }
+        ~OpeningScope() { isOpening = false; }
     } scope;
     std::string folder;
     const bool isNamed = VTPlatformInfo().getString("EventManager", "dEVLOGDIR", &folder) != 0;
