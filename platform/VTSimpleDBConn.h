@@ -54,7 +54,8 @@ class VT_PLATFORM_EXPORT VTSimpleDBConnObject {
     // `windowsAuthentication` it contains no user and password. `encrypt` requests an encrypted connection.
     std::string getConnectionString(const char* server, const char* database, const char* user,
                                     const char* password, bool windowsAuthentication, bool encrypt) const;
-    // Closes an open connection and opens a new one. `readOnly`: for reading only.
+    // Closes an open connection and opens a new one. `readOnly` announces to the driver that nothing will be
+    // changed; it does not prevent changes.
     int OpenSQLConnectionUsingConnectionString(const char* connectionString, bool readOnly);
     int CloseSQLConnection();
 

@@ -6,5 +6,6 @@
 
 #include "PlatformExport.h"
 
-// Returns whether the setting exists, and its value, a number as decimal digits.
+// Reads a setting, a number as decimal digits, into `value`. False, with `value` unchanged, if the setting is
+// missing or empty.
 VT_PLATFORM_EXPORT __attribute__((weak)) bool VtSetting(const char* name, std::string* value);

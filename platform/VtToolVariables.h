@@ -3,6 +3,6 @@
 
 #include "PlatformExport.h"
 
-// Sets whether the strict query tool, when the calling thread starts it, expands the variables that a script
-// sets. Returns the value before; it is false at first.
+// Sets whether the strict query tool expands variables, $(NAME), in its script when the calling thread starts
+// it. Returns the value before, which is false at first.
 VT_PLATFORM_EXPORT __attribute__((weak)) bool VtExpandToolVariables(bool expand) noexcept;

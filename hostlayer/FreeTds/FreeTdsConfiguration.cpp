@@ -62,9 +62,15 @@ class Configuration {
     // another descriptor table and finds no file there.
     bool open() {
         if (m_file >= 0) return true;
-        m_file = ::memfd_create("freetds.conf", MFD_CLOEXEC);
-        const std::string path = "/proc/self/fd/" + std::to_string(m_file);
-        return m_file >= 0 && ::setenv("FREETDSCONF", path.c_str(), /*replace=*/1) == 0;
+        const int file = ::memfd_create("freetds.conf", MFD_CLOEXEC);
+        if (file < 0) return false;
+        const std::string path = "/proc/self/fd/" + std::to_string(file);
+        const bool isNamed = ::setenv("FREETDSCONF", path.c_str(), /*replace=*/1) == 0;
+        if (isNamed)
+            m_file = file;
+        else
+            ::close(file);
+        return isNamed;
     }
 
     std::mutex m_mutex;

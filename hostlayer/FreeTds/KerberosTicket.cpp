@@ -98,7 +98,8 @@ std::string problemWith(const std::string& principal) {
     return problem;
 }
 
-// Returns the last value of a keyword that is not the first, without its braces.
+// Returns the value of the keyword's last attribute, without its braces; "" without the attribute. A
+// semicolon must precede it, so that the string's first attribute is not found.
 std::string attribute(std::string_view text, const std::string& keyword) {
     const std::string start = ";" + keyword + "=";
     const std::size_t at = text.rfind(start);

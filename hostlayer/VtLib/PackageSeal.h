@@ -29,8 +29,8 @@ struct PackageSeal {
 // True for the text of a seal's record, which a package may hold at its beginning only.
 VT_PLATFORM_EXPORT bool isSealText(std::string_view plain);
 
-// The first entry of a list of public keys, as in trustedSigners, that is none; empty if each is one. Points
-// into `list`.
+// Returns the first entry of `list`, a value of trustedSigners, that is not a public key in base64; empty if
+// every entry is one. A list that has separators only is returned whole. The result points into `list`.
 VT_PLATFORM_EXPORT std::string_view unusableSigner(std::string_view list);
 
 // Check of a package's seal with the key and the settings requireSeal and trustedSigners of the store.

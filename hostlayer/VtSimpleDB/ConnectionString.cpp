@@ -49,16 +49,6 @@ struct Dialect {
         return true;
     }
 
-    // FreeTDS verifies a certificate only for a server of its configuration file.
-    static bool appendVerifiedServer(std::string& text, const ServerAddress& server,
-                                     const std::string& caFile) {
-        const bool needsPort = server.instance.empty() && server.port.empty();
-        const std::string section = freetds::encryptedSection(
-            {server.host, server.instance, needsPort ? kDefaultPort : server.port, caFile});
-        text += "Servername=" + section + ";";
-        return !section.empty();
-    }
-
     // FreeTDS has an attribute for the port. For an instance without a port, the driver asks the host's SQL
     // Server Browser service.
     bool appendServer(std::string& text, const ServerAddress& server) const {
@@ -89,6 +79,20 @@ struct Dialect {
     }
 };
 
+// Returns the section of FreeTDS's configuration file for a server whose certificate is verified, which
+// FreeTDS does for servers of that file only. Empty, with the reason in `problem`, if the file cannot hold
+// it.
+std::string verifiedServer(const ServerAddress& server, const std::string& caFile, std::string& problem) {
+    const bool needsPort = server.instance.empty() && server.port.empty();
+    std::string section = freetds::encryptedSection(
+        {server.host, server.instance, needsPort ? kDefaultPort : server.port, caFile});
+    if (section.empty())
+        problem =
+            "FreeTDS cannot verify the server: its name is too long, it or caFile under [host] has a "
+            "control character, or caFile cannot be opened";
+    return section;
+}
+
 // Upper bound of the connection string's length: every character may be doubled.
 std::size_t longestConnectionString(const ConnectionSettings& settings, const ConnectionRequest& request) {
     constexpr std::size_t kKeywords = 256;
@@ -106,13 +110,17 @@ bool makeConnectionString(const ConnectionSettings& settings, const ConnectionRe
     std::optional<Encryption> encryption;
     if (!parseEncryption(settings, encryption, problem)) return false;
     const bool needsSection = dialect.isFreeTds && encryption == Encryption::kVerify;
+    const std::string section =
+        needsSection ? verifiedServer(request.server, settings.caFile, problem) : std::string();
+    if (needsSection && section.empty()) return false;
     std::string result;
     result.reserve(longestConnectionString(settings, request));  // growing would leave copies of the password
-    bool isRepresentable =
-        dialect.append(result, "Driver", settings.driver) &&
-        (needsSection ? Dialect::appendVerifiedServer(result, request.server, settings.caFile)
-                      : dialect.appendServer(result, request.server)) &&
-        dialect.append(result, "Database", request.database);
+    bool isRepresentable = dialect.append(result, "Driver", settings.driver);
+    if (needsSection)
+        result += "Servername=" + section + ";";
+    else
+        isRepresentable = isRepresentable && dialect.appendServer(result, request.server);
+    isRepresentable = isRepresentable && dialect.append(result, "Database", request.database);
     if (request.windowsAuthentication) {
         result += "Trusted_Connection=yes;";
     } else {

@@ -84,14 +84,14 @@ std::unique_ptr<Login> IdleLogins::remove(std::string_view connectionString, boo
 }
 
 void IdleLogins::keep(std::unique_ptr<Login> login, std::chrono::seconds time) {
-    std::unique_ptr<Login> oldest;  // outlives the lock
+    std::unique_ptr<Login> notKept;  // disconnected without the lock
     const std::lock_guard lock(m_mutex);
     if (m_isShutDown || !startCloser()) {
-        oldest = std::move(login);
+        notKept = std::move(login);
         return;
     }
     if (m_idle.size() == kMaxIdle) {
-        oldest = std::move(m_idle.front().login);
+        notKept = std::move(m_idle.front().login);
         m_idle.pop_front();
     }
     const auto until = Clock::now() + time;
@@ -176,7 +176,8 @@ void beginAnewInChild() {
     processLogins = new IdleLogins;
 }
 
-// Text that the query tool runs, from its options -i or -Q; empty if it is not certain or long.
+// Returns the text that the query tool runs, from its option -i or -Q; empty if that is not certain, or the
+// text is longer than 256 KiB.
 std::string scriptOf(const std::vector<std::string>& arguments) {
     constexpr std::size_t kLongest = std::size_t{256} << 10;
     const auto isScript = [](const std::string& argument) { return argument == "-i" || argument == "-Q"; };

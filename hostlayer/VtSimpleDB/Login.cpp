@@ -59,13 +59,19 @@ Login::~Login() {
 bool Login::connect(const RequestLimits& limits) {
     m_limits = limits;
     m_environment = OdbcHandle::environment();
-    if (!m_environment) return false;
+    if (!m_environment) {
+        reportError(VtCause::kConnection, "Connect: the ODBC driver manager has no environment handle");
+        return false;
+    }
     const auto version = odbcNumber(SQL_OV_ODBC3);
     if (!m_environment.check(::SQLSetEnvAttr(m_environment.get(), SQL_ATTR_ODBC_VERSION, version, 0),
                              "Set up"))
         return false;
     m_connection = OdbcHandle(SQL_HANDLE_DBC, m_environment.get());
-    if (!m_connection) return false;
+    if (!m_connection) {
+        m_environment.reportFailure("Connect");
+        return false;
+    }
     const auto setAttribute = [&](SQLINTEGER attribute, SQLULEN value) {
         return m_connection.check(::SQLSetConnectAttr(m_connection.get(), attribute, odbcNumber(value), 0),
                                   "Set up");
@@ -120,6 +126,12 @@ void Login::reportReason() const {
 bool Login::isFor(std::string_view connectionString, bool readOnly) const {
     return m_readOnly == readOnly && m_connectionString == connectionString &&
            m_identity == windowsIdentity();
+}
+
+OdbcHandle Login::newStatement() const {
+    OdbcHandle statement(SQL_HANDLE_STMT, m_connection.get());
+    if (!statement) m_connection.reportFailure("Create statement");
+    return statement;
 }
 
 bool Login::isReusable() const {

@@ -27,7 +27,8 @@ class Login {
     bool connect(const RequestLimits& limits);
 
     bool isFor(std::string_view connectionString, bool readOnly) const;
-    SQLHANDLE handle() const { return m_connection.get(); }
+    // Returns a statement handle; empty, and reported, on a failure. The login must outlive it.
+    OdbcHandle newStatement() const;
     const std::vector<ServerSocket>& sockets() const { return m_sockets; }
 
     // True if the session is as it was after the login and this process made the login.

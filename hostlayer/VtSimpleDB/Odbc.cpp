@@ -1,5 +1,6 @@
 #include "Odbc.h"
 
+#include <algorithm>
 #include <mutex>
 #include <string>
 #include <string_view>
@@ -82,7 +83,7 @@ class RecordFields {
         const auto size = static_cast<SQLSMALLINT>(buffer.size() * sizeof(char16_t));
         const SQLRETURN result =
             ::SQLGetDiagFieldW(m_type, m_handle, m_number, field, buffer.data(), size, &bytes);
-        buffer.resize(SQL_SUCCEEDED(result) ? buffer.find(u'\0') : 0);
+        buffer.resize(SQL_SUCCEEDED(result) ? std::min(buffer.find(u'\0'), buffer.size()) : 0);
         return toUtf8(buffer);
     }
 

@@ -46,7 +46,7 @@ class OdbcHandle {
     // native error number, text) to the debug log under the name `action`: errors at level 1, information at
     // level 3. Errors are noted as causes, too (VtCauses.h).
     bool check(SQLRETURN result, const char* action) const;
-    // check() for a call that returned success and has an error record.
+    // Reports, as check() does, the diagnostic records of a call that has failed, whatever it returned.
     void reportFailure(const char* action) const;
 
     // True if one of the last call's diagnostic records is an error. Drivers return success for a block of

@@ -62,10 +62,10 @@ class RequestList {
 
 void RequestList::add(ServerRequest& request, bool isLimited) {
     const std::lock_guard lock(m_mutex);
-    m_requests.push_back(&request);
-    if (!isLimited || m_isShutDown) return;
-    if (!m_watcher) startWatcher();
-    if (std::exchange(m_isAsleep, false)) m_changed.notify_one();
+    const bool isWatched = isLimited && !m_isShutDown;
+    if (isWatched && !m_watcher) startWatcher();
+    m_requests.push_back(&request);  // last: a request that the list holds must not end by an exception
+    if (isWatched && std::exchange(m_isAsleep, false)) m_changed.notify_one();
 }
 
 void RequestList::remove(ServerRequest& request) {

@@ -56,11 +56,11 @@ RequestLimits limitsOf(const char* timeSetting, unsigned int seconds) {
             std::uint64_t{numberOf("replyLimit", kDefaultReplyLimit)} << 20, timeSetting};
 }
 
-// FreeTDS says "Unknown error".
+// Reports a lost connection, for which FreeTDS has the message "Unknown error" only.
 void reportLostConnection() {
     const VtCause cause{
         .place = VtCause::kConnection, .sqlState = "08S01", .text = "the connection to the server has ended"};
-    EvDebug().DebugLevel(/*level=*/1, "Execute: %s", cause.text.c_str());
+    EvDebug().DebugLevel(kErrorDebugLevel, "Execute: %s", cause.text.c_str());
     VtNoteCause(cause);
 }
 
@@ -85,7 +85,7 @@ struct OpenStatement {
 // The driver cancels a statement at its time-out; a server that does not answer to that is cut off.
 bool OpenStatement::run(const Login& login, std::u16string& sql, bool prepared) {
     const RequestLimits limits = limitsOf("queryTimeout", kDefaultQueryTimeout);
-    handle = OdbcHandle(SQL_HANDLE_STMT, login.handle());
+    handle = login.newStatement();
     if (!handle) return false;
     if (limits.time > std::chrono::seconds::zero()) {
         const auto seconds = hostlayer::odbcNumber(static_cast<SQLULEN>(limits.time.count()));

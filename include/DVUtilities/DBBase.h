@@ -153,7 +153,8 @@ class DVU_EXPORT DBBase {
     // as a string is one argument of the tool, for which the operating system's limit is 128 KiB; above it
     // the tool does not start. RunStringQuery() has a limit of its own.
     //
-    // `toolSyntax`: columns separated by tabs, trailing blanks trimmed, and `errorLevel` for "-m 1".
+    // `toolSyntax`: columns separated by tabs, trailing blanks trimmed, and `errorLevel` for "-m 1". Without
+    // it, the tool's own layout of padded columns; `errorLevel` is not used then.
     bool RunFileQuery(const char* sqlFile, const char* outputFile, const char* dbName, bool toolSyntax,
                       bool errorLevel);
     // `options`: 2 error level 1, 4 unlimited column width, 8 Unicode output file.
@@ -163,6 +164,7 @@ class DVU_EXPORT DBBase {
     // parseOutputFile() reads. The failure message has no "!".
     bool RunStringQuery(const char* sql, const char* outputFile, const char* dbName);
     bool RunStringQuery_TS(const char* sql, const char* outputFile, const char* dbName, int options);
+    // `separator`: between two columns; null means ",".
     bool generateCSVOutput(const char* sqlFile, const char* outputFile, const char* dbName,
                            const char* separator);
     // Sets and logs the path of sqlcmd that the command lines use; only the first call has an effect. The

@@ -46,16 +46,15 @@ DVU_EXPORT void DVU_GetCauses(const DBBase& db, std::vector<DVUCause_t>& causes)
 DVU_EXPORT void DVU_GetCauses(const TScript& script, std::vector<DVUCause_t>& causes);
 DVU_EXPORT void DVU_GetCauses(const TScriptRecords& records, std::vector<DVUCause_t>& causes);
 
-// Writes an entry to the debug log of this installation. `level`: 1 error, 2 warning, 3 trace. Null is no
-// entry.
+// Writes an entry to the debug log of this installation. `level`: 1 error, 2 warning, 3 trace. A null `text`
+// writes nothing.
 DVU_EXPORT void DVU_DebugLog(int level, const char* text);
 
 // Collector of the causes that occur on its thread while it exists, for functions without an object (TS_...,
 // GetDatabaseList(), EncryptFile(), ...). Objects may nest; destroy them in the reverse order, on the thread
 // that constructed them. After a call that succeeded, what was collected is no cause: clear() it. One
 // exception: a query tool that ends with exit code 0 without writing its output file counts as a success, and
-// its cause
-// (`exitCode` 0) shows that it was not sqlcmd.
+// its cause (`exitCode` 0) shows that it was not sqlcmd.
 class DVU_EXPORT DVUCauses {
   public:
     DVUCauses();

@@ -105,8 +105,12 @@ void CauseCollector::keepIn(DVUCauseList*& kept, bool failed) noexcept {
 
 ExplainedStep::ExplainedStep() noexcept : m_before(notedCauses) {}
 
+bool ExplainedStep::isExplained() const noexcept {
+    return notedCauses != m_before;
+}
+
 void ExplainedStep::noteUnlessExplained(DVUCause_t cause) const noexcept {
-    if (notedCauses == m_before) noteCause(std::move(cause));
+    if (!isExplained()) noteCause(std::move(cause));
 }
 
 void DVU_DebugLog(int level, const char* text) {

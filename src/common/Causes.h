@@ -52,7 +52,9 @@ class CauseCollector {
 class ExplainedStep {
   public:
     ExplainedStep() noexcept;
-    // Adds the cause unless one was added since the construction.
+    // Returns whether a cause was added since the construction.
+    bool isExplained() const noexcept;
+    // Adds the cause unless isExplained().
     void noteUnlessExplained(DVUCause_t cause) const noexcept;
 
   private:

@@ -1,4 +1,4 @@
-// File descriptor.
+// File descriptors: owner, open of a regular file, complete write.
 #pragma once
 
 #include <fcntl.h>
@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <string_view>
 #include <utility>
 
 // Whether both paths lead to one file, through links, too. False if either cannot be inspected.
@@ -60,10 +61,28 @@ class FileDescriptor {
 inline FileDescriptor openPlainFile(const char* path, int access) {
     FileDescriptor file(path, access | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY);
     struct stat status {};
-    if (!file.isOpen() || ::fstat(file.get(), &status) != 0) return file;
-    const bool isRegular = S_ISREG(status.st_mode);
-    if (isRegular && status.st_nlink <= 1) return file;
+    if (!file.isOpen()) return file;
+    int problem = 0;
+    if (::fstat(file.get(), &status) != 0)
+        problem = errno;
+    else if (!S_ISREG(status.st_mode))
+        problem = EINVAL;
+    else if (status.st_nlink > 1)
+        problem = EMLINK;
+    if (problem == 0) return file;
     file = FileDescriptor();
-    errno = isRegular ? EMLINK : EINVAL;
+    errno = problem;
     return file;
+}
+
+// Writes all bytes, after short writes and interruptions, too. False, with errno, on a failure.
+inline bool writeAll(const FileDescriptor& file, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t written = ::write(file.get(), bytes.data(), bytes.size());
+        if (written < 0 && errno == EINTR) continue;
+        if (written == 0) errno = EIO;  // a device that accepts no bytes would keep the loop running
+        if (written <= 0) return false;
+        bytes.remove_prefix(static_cast<std::size_t>(written));
+    }
+    return true;
 }

@@ -73,17 +73,6 @@ std::string_view currentTime() {
     return {last.text.data(), last.length};
 }
 
-// Writes all bytes, after short writes and interruptions, too.
-bool writeAll(int descriptor, std::string_view bytes) {
-    while (!bytes.empty()) {
-        const ssize_t written = ::write(descriptor, bytes.data(), bytes.size());
-        if (written < 0 && errno == EINTR) continue;
-        if (written <= 0) return false;
-        bytes.remove_prefix(static_cast<std::size_t>(written));
-    }
-    return true;
-}
-
 // Whether echoed lines are also logged. Off without an instance and when the setting cannot be read.
 bool isEchoLogged(bool echo, const char* instance) {
     unsigned int setting = 0;
@@ -125,12 +114,15 @@ void copyLines(std::FILE* source, const CopyTarget& target) {
     target.end();
 }
 
-// True for a regular file that has two or more names. Asks for nothing else: after a request for the
-// modification time (fstat()), the kernel writes a new time with each line, which takes longer than the line.
+// True for a regular file that has two or more names, and for one that cannot be inspected. Asks for nothing
+// else: after a request for the modification time (fstat()), the kernel writes a new time with each line,
+// which takes longer than the line.
 bool hasSecondName(int descriptor) {
     struct statx status {};
-    return ::statx(descriptor, "", AT_EMPTY_PATH, STATX_TYPE | STATX_NLINK, &status) == 0 &&
-           S_ISREG(status.stx_mode) && status.stx_nlink > 1;
+    if (::statx(descriptor, "", AT_EMPTY_PATH, STATX_TYPE | STATX_NLINK, &status) == 0)
+        return S_ISREG(status.stx_mode) && status.stx_nlink > 1;
+    struct stat whole {};  // some sandboxes forbid statx()
+    return ::fstat(descriptor, &whole) != 0 || (S_ISREG(whole.st_mode) && whole.st_nlink > 1);
 }
 
 // Follows no link but those of /dev, does not wait for a pipe, and refuses a file with a second name: whoever
@@ -156,7 +148,7 @@ void appendToLog(const char* logFile, std::string_view entry) {
     const FileDescriptor log = openLog(logFile);
     if (!log.isOpen())
         std::printf(common_messages::kCannotOpenLog, logFile, errno);
-    else if (!writeAll(log.get(), entry))
+    else if (!writeAll(log, entry))
         std::printf(common_messages::kCannotWriteLog, logFile, errno);
 }
 

@@ -15,8 +15,10 @@ class OpenFile {
     OpenFile(const char* path, const char* mode)
         : m_stream(std::fopen(path, (std::string(mode) + "e").c_str())) {}
 
-    // Wraps an open descriptor; if fdopen() fails, the descriptor is closed.
-    OpenFile(FileDescriptor file, const char* mode) : m_stream(::fdopen(file.get(), mode)) {
+    // Wraps an open descriptor; if fdopen() fails, the descriptor is closed. One that is not open keeps
+    // errno.
+    OpenFile(FileDescriptor file, const char* mode)
+        : m_stream(file.isOpen() ? ::fdopen(file.get(), mode) : nullptr) {
         if (isOpen()) file.release();
     }
 

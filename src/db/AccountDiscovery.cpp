@@ -147,15 +147,22 @@ void AccountDiscovery::readAuthentication(const std::string& dbName) {
 bool AccountDiscovery::readServerInstance() {
     if (!isZephra()) return true;
     const char* valueName = valueNameFor(kServerInstances);
+    if (valueName == nullptr) return failAtUnknownDatabase();
     std::string instance;
-    if (valueName != nullptr)
-        readRegistryText(registry::key::kDatabase, valueName, instance, m_db.report.message);
+    readRegistryText(registry::key::kDatabase, valueName, instance, m_db.report.message);
     if (instance.empty()) {
-        reportConfiguration(registry::key::kDatabase, textOrEmpty(valueName), common_messages::kValueMissing);
+        reportConfiguration(registry::key::kDatabase, valueName, common_messages::kValueMissing);
         return m_db.report.fail(database_messages::kNoServerName);
     }
     m_db.account.serverInstance = cutTo(instance, kServerInstanceLength);
     return true;
+}
+
+// Always false. No value name belongs to the database: "TNet", or a name that the suite does not have.
+bool AccountDiscovery::failAtUnknownDatabase() {
+    noteCause({.where = kDVUConfiguration,
+               .text = FXString::Format(database_messages::kUnknownDatabase, m_db.account.dbName.c_str())});
+    return m_db.report.fail(database_messages::kNoServerName);
 }
 
 bool AccountDiscovery::findUserAndLog(const char* controlSetName, const std::string& dbName,

@@ -34,6 +34,7 @@ class AccountDiscovery {
     bool checkComponent(const Component& component, const char* controlSetName, const std::string& dbName);
     void readAuthentication(const std::string& dbName);
     bool readServerInstance();
+    bool failAtUnknownDatabase();
     bool findUserAndLog(const char* controlSetName, const std::string& dbName, const char* givenName);
 
     // findUser(), in order

@@ -410,8 +410,8 @@ bool DBBase::generateCSVOutput(const char* sqlFile, const char* outputFile, cons
                                const char* separator) {
     return collected(m_causes, false, [&] {
         QueryTool tool(partsOf(*this), outputFile, kToolName);
-        const ToolInput input = tool.input(sqlFile, dbName);
-        return tool.run(input, csvCommand(tool.login(), input, separator), database_messages::kScriptFailed);
+        const ToolInput input = tool.input(sqlFile, dbName, separator);
+        return tool.run(input, csvCommand(tool.login(), input), database_messages::kScriptFailed);
     });
 }
 

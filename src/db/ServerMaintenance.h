@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "Causes.h"
 #include "parts/DatabaseParts.h"
 
 // The version of a server that could not be asked.
@@ -33,4 +34,5 @@ class ServerMaintenance {
 
     DatabaseParts m_db;
     std::string m_outputFile;
+    ExplainedStep m_operation;  // all of it
 };

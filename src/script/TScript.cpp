@@ -152,8 +152,7 @@ bool TScript::execTscript(int operation, const char* arguments, const char* reco
     });
 }
 
-// ---- State and results of the run
-// --------------------------------------------------------------------------
+// ---- State and results of the run ----------------------------------------------------------------------
 
 const char* TScript::getScriptName() const {
     return m_scriptName.c_str();

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdlib>
 #include <ctime>
 #include <limits>
 #include <string_view>
@@ -14,6 +13,7 @@
 #include "DVUtilities/TScript.h"
 #include "ExceptionGuard.h"
 #include "FX.h"
+#include "RowText.h"
 #include "catalogue/ScriptSession.h"
 #include "state/Attempt.h"
 #include "state/ScriptParts.h"
@@ -40,10 +40,6 @@ std::array<std::string, kCount> columnsOf(std::string_view row) {
     return columns;
 }
 
-int number(const std::string& text) {
-    return static_cast<int>(std::strtol(text.c_str(), nullptr, 10));
-}
-
 // "YYYY-MM-DD hh:mm:ss" as seconds since 1970, read as UTC; 0 for any other text.
 std::int64_t secondsOf(const std::string& text) {
     std::tm time{};
@@ -63,7 +59,8 @@ std::string olderThan(int id) {
     return id > 0 ? "id < " + std::to_string(id) : std::string();
 }
 
-// Of a run that has ended. DATEDIFF() would fail for some of the times that a row may have.
+// Condition of the runs that took longer, or have not ended. Uses DATEADD(), because DATEDIFF() fails for
+// times that are far apart.
 std::string lastedLongerThan(std::int64_t seconds) {
     const std::int64_t bounded = std::min<std::int64_t>(seconds, std::numeric_limits<int>::max());
     return "(status = 0 OR timeEnd > DATEADD(second, " + std::to_string(bounded) + ", timeStart))";
@@ -138,9 +135,9 @@ bool ScriptRecords::checkPage(std::string_view pattern, int maximum) {
 TScriptEntry_t ScriptRecords::entryOf(const std::string& row) const {
     auto columns = columnsOf<catalogue_sql::kScriptColumns>(row);
     TScriptEntry_t entry;
-    entry.id = number(columns[0]);
-    entry.type = number(columns[1]);
-    entry.auditLevel = number(columns[2]);
+    entry.id = leadingNumber(columns[0]);
+    entry.type = leadingNumber(columns[1]);
+    entry.auditLevel = leadingNumber(columns[2]);
     entry.creationTime = timeOf(columns[3]);
     entry.name = std::move(columns[4]);
     return entry;
@@ -149,11 +146,11 @@ TScriptEntry_t ScriptRecords::entryOf(const std::string& row) const {
 TScriptRun_t ScriptRecords::runOf(const std::string& row) const {
     auto columns = columnsOf<catalogue_sql::kRunColumns>(row);
     TScriptRun_t run;
-    run.id = number(columns[0]);
-    run.scriptId = number(columns[1]);
-    run.type = number(columns[2]);
-    run.status = number(columns[3]);
-    run.userId = number(columns[4]);
+    run.id = leadingNumber(columns[0]);
+    run.scriptId = leadingNumber(columns[1]);
+    run.type = leadingNumber(columns[2]);
+    run.status = leadingNumber(columns[3]);
+    run.userId = leadingNumber(columns[4]);
     run.startTime = timeOf(columns[5]);
     run.endTime = timeOf(columns[6]);
     run.name = std::move(columns[7]);

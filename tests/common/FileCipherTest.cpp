@@ -1,10 +1,14 @@
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <string>
 
 #include "DVUtilities/Diagnostics.h"
 #include "DVUtilities/commonFunc.h"
+#include "FileCipher.h"
+#include "FileDescriptor.h"
 #include "SampleInstallation.h"
 #include "VTPassword.h"
 
@@ -80,6 +84,24 @@ TEST_F(FileCipher, RecordOfMoreThan510CharactersIsRefused) {
     writeFile(secret, record.substr(0, size));
     EXPECT_FALSE(DecryptFile(secret.c_str(), back.c_str(), error));
     EXPECT_EQ(error, "DescryptFile failed with error [" + std::to_string(VTPassword::kBufferTooSmall) + "]");
+}
+
+TEST_F(FileCipher, ADescriptorLimitIsTheCause) {
+    writeFile(plain, "text\n");
+    ASSERT_TRUE(EncryptFile(plain.c_str(), secret.c_str(), error)) << error;
+    FileDescriptor source(secret.c_str(), O_RDONLY);
+    const FileDescriptor target(back.c_str(), O_RDWR | O_CREAT, 0600);
+    rlimit before{};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
+    const rlimit noneLeft{static_cast<rlim_t>(target.get()) + 1, before.rlim_max};
+    const DVUCauses collector;
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &noneLeft), 0);
+    const bool isDecrypted = decryptPackage(std::move(source), secret.c_str(), target, back.c_str(), error);
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &before), 0);
+    std::vector<DVUCause_t> causes;
+    collector.get(causes);
+    ASSERT_TRUE(!isDecrypted && causes.size() == 1);
+    EXPECT_EQ(causes[0].systemError, EMFILE);
 }
 
 TEST_F(FileCipher, FailuresAreReported) {

@@ -55,6 +55,10 @@ TEST_F(AccountDiscovery, ServerInstanceMissing) {
     const std::string message = "Unable to get SQL Server name from the registry";
     EXPECT_FALSE(find("Unknown"));
     EXPECT_EQ(db.getErrorMsg(), message);
+    std::vector<DVUCause_t> causes;
+    DVU_GetCauses(db, causes);
+    ASSERT_EQ(causes.size(), 1U);
+    EXPECT_EQ(causes[0].text, "The configuration has no values for a database [Unknown].");
     installation.set("Database", "sNQ2INSTANCE", "");
     EXPECT_FALSE(find("NQ2"));
     EXPECT_EQ(logLines(), Lines{message});

@@ -34,8 +34,9 @@ TEST(QueryToolCommand, Lines) {
          windows + "-d Dorvas  -m 0 " + files + "-s \"\t\" -W"},
         {scriptStringCommand(kSql, {"SELECT 1", "out.txt", nullptr}, 0),
          sql + "-d Dorvas  -m 0 -Q \"SELECT 1\" -o \"out.txt\" -s \"\t\" -W"},
-        {csvCommand(kWindows, kInput, ";"), windows + "-d NQ2 " + files + "-s \";\" -W"},
-        {csvCommand(kSql, kNoDatabase, nullptr), sql + "-d Dorvas " + files + "-s \",\" -W"},
+        {csvCommand(kWindows, {"in.sql", "out.txt", "NQ2", ";"}),
+         windows + "-d NQ2 " + files + "-s \";\" -W"},
+        {csvCommand(kSql, kNoDatabase), sql + "-d Dorvas " + files + "-s \",\" -W"},
         // always with user and password, and no separator
         {stringCommand(kWindows, {"SELECT 1", "out.txt", nullptr}),
          "\"/opt/mssql-tools/bin/sqlcmd\" -b -w 4000 -S host,1433 -U sa -P \"pass word\" -d Dorvas -Q "

@@ -123,6 +123,7 @@ TEST_F(Server, AFailedOperationKeepsItsCauses) {
     std::vector<int> numbers;
     int number = 0;
     Lines rows;
+    std::string absent = output + ".absent";
     const auto runTool = [&](const char* sql) { return db.RunStringQuery(sql, output.c_str(), "master"); };
     const auto noServer = [&] {
         db.SetAccountInfo("127.0.0.1,1", login.c_str(), password.c_str(), log.c_str());
@@ -157,6 +158,10 @@ TEST_F(Server, AFailedOperationKeepsItsCauses) {
         {"its end", [&] { return runTool("SELECT * FROM nowhere"); }, kDVUQueryTool, 0, 1, 0, "exit code 1"},
         {"double quote", [&] { return runTool("PRINT \"1\""); }, kDVUQueryTool, 0, -1, 0,
          "A double quote in the statement"},
+        {"quote as separator", [&] { return db.generateCSVOutput("x.sql", output.c_str(), "", "\" -e \""); },
+         kDVUQueryTool, 0, -1, 0, "A double quote in the column separator"},
+        {"output file", [&] { return db.parseOutputFile(absent.data(), rows, 1); }, kDVUFile, 0, -1, 0,
+         "No such file"},
         {"login", [&] { return db.Open(nullptr, nullptr, const_cast<char*>("wrong")); }, kDVUConnection,
          18456, -1, 0, "Login failed"},
         {"no server", noServer, kDVUConnection, 20009, -1, 0, "Unable to connect"},
@@ -174,6 +179,11 @@ TEST_F(Server, AFailedOperationKeepsItsCauses) {
         for (const DVUCause_t& cause : causes)
             EXPECT_EQ(cause.text.find(s_box->password()), std::string::npos) << c.name;
     }
+    db.SetAccountInfo("127.0.0.1,0", login.c_str(), password.c_str(), log.c_str());
+    EXPECT_FALSE(db.Open(nullptr, nullptr, nullptr));
+    DVU_GetCauses(db, causes);
+    ASSERT_EQ(causes.size(), 1U) << "not the empty connection string as well";
+    EXPECT_NE(causes[0].text.find("The port of the server"), std::string::npos);
     db.SetAccountInfo(server.c_str(), login.c_str(), password.c_str(), log.c_str());
     EXPECT_TRUE(db.Open(nullptr, nullptr, nullptr));
     DVU_GetCauses(db, causes);
@@ -359,8 +369,12 @@ TEST_F(Server, MaintenanceFailures) {
         "'Northwind', "
         "'pubs')";
     std::string error;
+    std::vector<DVUCause_t> causes;
+    const DVUCauses collector;
     EXPECT_FALSE(list(empty.password(), error));
     EXPECT_EQ(error, "Failed to parse resultset for DB query [" + statement + "].");
+    collector.get(causes);
+    EXPECT_TRUE(causes.size() == 1 && causes[0].text == "The statement returned no row.");
     EXPECT_FALSE(list("wrong", error));
     EXPECT_EQ(error, "Failed to execute DB query [" + statement + "].");
     DBBase nobody(true);
@@ -382,6 +396,9 @@ TEST_F(Server, OutputIsNeverWrittenThroughALink) {
     EXPECT_EQ(std::string(db.getErrorMsg()).substr(0, 28), "Failed to execute DB query [");
     EXPECT_FALSE(db.RunStringQuery("SELECT 1", nullptr, "dorvas"));
     EXPECT_STREQ(db.getErrorMsg(), "Failed to execute SQL Script");
+    std::vector<DVUCause_t> causes;
+    DVU_GetCauses(db, causes);
+    EXPECT_TRUE(causes.size() == 1 && causes[0].text.find("is a link") != std::string::npos);
     EXPECT_EQ(readFile(victim), "kept");
     EXPECT_EQ(readFile(log).find("kept"), std::string::npos);
 }

@@ -8,6 +8,7 @@
 
 #include "DVUtilities/DBBase.h"
 #include "SampleInstallation.h"
+#include "querytool/ToolMessages.h"
 
 namespace {
 
@@ -81,6 +82,20 @@ TEST_F(ToolOutput, FileThatCannotBeRead) {
         EXPECT_EQ(support::logTexts(log).back(), db.getErrorMsg());
     }
     EXPECT_FALSE(db.parseOutputFile(nullptr, rows, 1));
+}
+
+TEST_F(ToolOutput, HalvesOfUtf16PairsInMessagesAreReplaced) {
+    const std::u16string lines =
+        u"\xDE00\nMsg 50000, Level 16, State 1, Server s, Line 1\na\xDE00"
+        u"b\xD83D"
+        u"c\xD83D\xDE00\n";
+    writeFile(file, {reinterpret_cast<const char*>(lines.data()), 2 * lines.size()});
+    const DVUCauses collector;
+    noteToolMessages(file);
+    std::vector<DVUCause_t> causes;
+    collector.get(causes);
+    ASSERT_EQ(causes.size(), 1U);
+    EXPECT_EQ(causes[0].text, "a\uFFFDb\uFFFDc\U0001F600");
 }
 
 TEST_F(ToolOutput, OnlyThisUsersFilesServeAsTemporaryOutput) {

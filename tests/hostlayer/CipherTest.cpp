@@ -7,6 +7,7 @@
 #include <set>
 #include <vector>
 
+#include "PackageSeal.h"
 #include "TestStore.h"
 #include "VTPassword.h"
 
@@ -185,6 +186,23 @@ TEST_F(Cipher, DecryptsWithThePreviousKeyWhileTheStoreNamesIt) {
         unsigned long size = sizeof plain;
         EXPECT_EQ(cipher.decrypt(record.c_str(), plain, &size), 0);
     }
+}
+
+TEST_F(Cipher, AKeyThatCannotVerifyASealIsNamed) {
+    std::string text, problem;
+    hostlayer::PackageSealer sealer({.version = 1, .name = "purge"});
+    ASSERT_TRUE(sealer.makeText(text, problem)) << problem;
+    writeKey(std::string(32, 'n'), 0600);  // not the key of the seal
+    hostlayer::PackageSealCheck check;
+    check.addLine("record", "\n", text);
+    EXPECT_EQ(check.sealProblem().rfind("the package differs", 0), 0U);
+    const std::string previous = m_folder / "absent.key";
+    support::writeFile(m_store.path(),
+                       support::readFile(m_store.path()) + "previousKeyFile = '" + previous + "'\n");
+    EXPECT_EQ(check.sealProblem(),
+              "the previous key [" + previous + "] cannot be used: it is missing or cannot be read");
+    writeKey(std::string(31, 'n'), 0600);
+    EXPECT_EQ(check.sealProblem(), "the key file is not a regular file of exactly 32 bytes");
 }
 
 TEST_F(Cipher, NeverReusesANonceNotEvenInAForkedChild) {

@@ -9,6 +9,7 @@
 #include "Program.h"
 #include "TestStore.h"
 #include "VTSimpleDBConn.h"
+#include "VtCauses.h"
 
 namespace {
 
@@ -94,6 +95,24 @@ TEST(ConnectionString, HasOneMeaningOfEncryptForEveryDriver) {
             EXPECT_NE(text.find(expected != nullptr ? expected : ""), std::string::npos) << text;
         }
     }
+}
+
+std::string problemText;
+void keepProblem(const VtCause& cause) {
+    problemText = cause.text;
+}
+
+TEST(ConnectionString, RefusalNamesWhatCannotBeUsed) {
+    const TestStore store("");
+    VtCauseListener const before = VtListenToCauses(keepProblem);
+    for (const auto& [settings, problem] :
+         {std::pair("caFile = '" + std::string(201, 'x') + "'", "caFile cannot be opened"),
+          {"odbcAttributes = 'Encryption=off'", "Both encrypt and odbcAttributes"}}) {
+        store.write("[host]\nencrypt = 'verify'\n" + settings);
+        EXPECT_EQ(connectionString("h"), "");
+        EXPECT_NE(problemText.find(problem), std::string::npos) << problemText;
+    }
+    VtListenToCauses(before);
 }
 
 TEST(Connection, ReportsWhyItCannotBeOpened) {

@@ -7,6 +7,7 @@
 #include "TempDir.h"
 #include "files/OutputHeader.h"
 #include "files/OutputReader.h"
+#include "files/RunMark.h"
 #include "files/UniqueFile.h"
 
 namespace {
@@ -34,6 +35,19 @@ TEST(OutputHeader, IsDroppedOnlyAboveItsSeparator) {
     }
 }
 
+TEST(RunMark, IsHeldByOneObjectAFile) {
+    const support::TempDir folder;
+    const std::string path = folder / "out.log";
+    support::writeFile(path, "");
+    const RunMark first(path);
+    EXPECT_TRUE(first.isHeld());
+    EXPECT_FALSE(RunMark(path).isHeld()) << "it must not replace the one that is";
+    fs::remove(path);
+    EXPECT_FALSE(RunMark(path).isHeld());
+    support::writeFile(path, "");
+    EXPECT_TRUE(RunMark(path).isHeld()) << "another file of that name";
+}
+
 TEST(OutputHeader, StaysWithoutASeparator) {
     for (const char* text :
          {"", "\n", "\n\nrow\n", "name\n---\nrow", "name\n-----\nrow\n", "name\n--x-\nrow\n",
@@ -57,7 +71,7 @@ TEST(OutputHeader, LeavesTheFileWholeWhenTheScratchFileCannotBeMade) {
 
 TEST(OutputReader, LosesNoByteButThoseBehindANulInItsChunk) {
     const support::TempDir folder;
-    for (const std::size_t size : {0, 1, 4094, 4095, 4096, 9000, 600'000}) {
+    for (const std::size_t size : {0U, 1U, 4094U, 4095U, 4096U, 9000U, 600'000U}) {
         std::string content(size, 'x');
         for (std::size_t i = 0; i < size; i += 7) content[i] = static_cast<char>(i % 255 + 1);
         support::writeFile(folder / "out.log", content);

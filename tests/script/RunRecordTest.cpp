@@ -135,6 +135,9 @@ TEST_F(RunRecords, AreNotNeededForARun) {
     fs::create_directory(folder());
     fs::permissions(folder(), fs::perms::all);
     expectRefused("users other than its owner may write to it");
+    const RecordFolder refused("/sys/zephra-runs", RecordFolder::Access::kWrite);  // sysfs has no new folders
+    EXPECT_FALSE(refused.problem().empty());
+    EXPECT_NE(refused.systemError(), ENOENT) << "why it is not created counts";
 }
 
 TEST_F(RunRecords, AreDeletedByNumberAndAge) {
@@ -169,6 +172,7 @@ TEST_F(RunRecords, ThatAreDamagedAreRefused) {
          {std::string(), std::string("{"), std::string("[]"), std::string(100'000, '['), "{" + start + "}",
           R"({"version": 1, "script": 7, )" + start + "}",
           std::string(R"({"version": 1, "script": "x", "start": "soon"})"),
+          std::string(R"({"version": 1, "script": "x", "start": "2020-01-31T18:30:00.5 and later"})"),
           std::string(R"({"version": 1, "script": "x", "start": "1013-01-31T18:30:00.123Z"})")}) {
         support::writeFile(file, text);
         expectProblem("it is damaged");

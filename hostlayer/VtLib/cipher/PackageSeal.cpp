@@ -130,6 +130,21 @@ Bytes bytesOfBase64(std::string_view text, std::size_t size) {
     return isValid ? bytes : Bytes();
 }
 
+// What is wrong with a key file that must have `size` bytes. cipherErrorText() speaks of the file that
+// cipherKeyFile names.
+std::string keyFileProblem(VTPassword::Error error, std::size_t size) {
+    switch (error) {
+        case VTPassword::kKeyUnreadable:
+            return "it is missing or cannot be read";
+        case VTPassword::kKeyExposed:
+            return "others than its owner may read it";
+        case VTPassword::kKeyMalformed:
+            return "it does not hold exactly " + std::to_string(size) + " bytes";
+        default:
+            return cipherErrorText(error);
+    }
+}
+
 std::string_view nextWord(std::string_view& text) {
     const std::size_t end = std::min(text.find(' '), text.size());
     const std::string_view word = text.substr(0, end);
@@ -239,14 +254,20 @@ std::string PackageSealCheck::sealProblem() {
     if (impl.isMisplaced) return "a seal is not the first line of the package";
     if (impl.isMalformed) return "the package's seal is malformed, or of a newer version";
     if (!impl.seal) return {};
-    VTPassword::Error error = VTPassword::kNoError;
+    const std::vector<std::string> keyFiles = decryptingKeyPaths();
+    std::string unusableKey;  // why the first key that cannot be used cannot be
     const auto isCodeOf = [&](const std::string& keyFile) {
+        VTPassword::Error error = VTPassword::kNoError;
         const std::optional<Hash> code = impl.digest->code(*impl.seal, keyFile, error);
+        if (!code && unusableKey.empty())
+            unusableKey = keyFile == keyFiles.front()
+                              ? cipherErrorText(error)
+                              : "the previous key [" + keyFile +
+                                    "] cannot be used: " + keyFileProblem(error, kCipherKeyBytes);
         return code && ::sodium_memcmp(code->data(), impl.seal->code.data(), code->size()) == 0;
     };
-    const std::vector<std::string> keyFiles = decryptingKeyPaths();
     const bool isSealed = std::any_of(keyFiles.begin(), keyFiles.end(), isCodeOf);
-    if (!isSealed && error != VTPassword::kNoError) return cipherErrorText(error);
+    if (!isSealed && !unusableKey.empty()) return unusableKey;
     if (!isSealed)
         return "the package differs from what was sealed: records were removed, added, moved or exchanged";
     if (impl.seal->signatureBytes.empty()) return {};
@@ -295,14 +316,7 @@ bool PackageSealer::setSigningKey(const std::string& file, std::string& problem)
         initializeSodium() ? readKeyFile(file, m_impl->signingKey.data(), m_impl->signingKey.size())
                            : VTPassword::kCipherUnavailable;
     m_impl->isSigned = error == VTPassword::kNoError;
-    if (error == VTPassword::kKeyUnreadable)
-        problem = "it is missing or cannot be read";
-    else if (error == VTPassword::kKeyExposed)
-        problem = "others than its owner may read it";
-    else if (error == VTPassword::kKeyMalformed)
-        problem = "it does not hold exactly 64 bytes";
-    else
-        problem = cipherErrorText(error);
+    if (!m_impl->isSigned) problem = keyFileProblem(error, m_impl->signingKey.size());
     return m_impl->isSigned;
 }
 

@@ -243,12 +243,13 @@ bool EvDebug::Log::openBySettings(Opening wanted, std::string fileName) {
 bool EvDebug::Log::openOnFirstUse() {
     thread_local bool isOpening = false;  // reading the store may itself log a problem
     if (isOpening || name != kDefaultName) return false;
-    isOpening = true;
+    const struct OpeningScope {
+        OpeningScope() { isOpening = true; }
+        ~OpeningScope() { isOpening = false; }
+    } scope;
     std::string folder;
     const bool isNamed = VTPlatformInfo().getString("EventManager", "dEVLOGDIR", &folder) != 0;
-    const bool isOpen = isNamed && openBySettings({.level = kDefaultLevel}, "");
-    isOpening = false;
-    return isOpen;
+    return isNamed && openBySettings({.level = kDefaultLevel}, "");
 }
 
 EvDebug::EvDebug(const char* fileInstance) : m_log(Log::named(fileInstance)) {}

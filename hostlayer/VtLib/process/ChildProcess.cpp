@@ -165,6 +165,7 @@ bool ChildProcess::readErrors(std::size_t tailSize) {
     if (count < 0 && errno == EINTR) return true;
     if (count == 0 || (count < 0 && errno != EAGAIN)) m_errors.reset();
     if (count <= 0) return false;
+    if (tailSize == 0) return true;
     m_tail.append(chunk, static_cast<std::size_t>(count));
     if (m_tail.size() > tailSize) m_tail.erase(0, m_tail.size() - tailSize);
     return true;

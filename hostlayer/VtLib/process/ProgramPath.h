@@ -13,6 +13,7 @@ namespace hostlayer {
 // current packages, and `sqlcmd` on PATH. The debug log gets a path that differs from the name.
 std::string programPath(std::string_view name, const StoreState& store);
 
+// Returns what follows the last slash.
 std::string_view baseNameOf(std::string_view path);
 
 }  // namespace hostlayer

@@ -6,6 +6,7 @@
 
 #include "HostSettings.h"
 #include "VtToolVariables.h"
+#include "process/ProgramPath.h"
 
 namespace hostlayer {
 namespace {
@@ -48,7 +49,7 @@ void movePassword(std::vector<std::string>& arguments, std::vector<std::string>&
 }  // namespace
 
 bool isStrictQueryTool(std::string_view program) {
-    std::string name(program.substr(program.rfind('/') + 1));
+    std::string name(baseNameOf(program));
     std::erase(name, '"');
     return name == kQueryTool && hostSetting("strictQueryTool", kLenient) != kLenient;
 }

@@ -45,10 +45,15 @@ std::string startFailure(const std::string& program, int error, const hostlayer:
     return text;
 }
 
-// One of the strings may hold a password.
-void wipe(std::vector<std::string>& strings) {
-    for (std::string& text : strings) ::explicit_bzero(text.data(), text.size());
-}
+// Strings of which one may hold a password. Wiped when they are destroyed.
+struct WipedStrings : std::vector<std::string> {
+    WipedStrings() = default;
+    ~WipedStrings() {
+        for (std::string& text : *this) ::explicit_bzero(text.data(), text.size());
+    }
+    WipedStrings(const WipedStrings&) = delete;
+    WipedStrings& operator=(const WipedStrings&) = delete;
+};
 
 // Notes the end of a program that failed, with what it wrote. An exit code of -1: it has none.
 void noteFailure(const std::string& program, int exitCode, int signal, const std::string& text) {
@@ -61,16 +66,15 @@ void noteFailure(const std::string& program, int exitCode, int signal, const std
                              : text});
 }
 
-// Settings that the query tool reads from its environment, because its command line is fixed: the host's
-// encryption and network time-out, and that scripts start no programs.
-std::vector<std::string> queryToolVariables() {
-    std::vector<std::string> variables{"SQLCMD_NO_PROGRAMS=1"};
+// Adds the settings that the query tool reads from its environment, because its command line is fixed: the
+// host's encryption and network time-out, and that scripts start no programs.
+void addQueryToolVariables(std::vector<std::string>& variables) {
+    variables.emplace_back("SQLCMD_NO_PROGRAMS=1");
     for (const auto& [variable, setting] : {std::pair("SQLCMD_ENCRYPT", "encrypt"),
                                             {"SQLCMD_CA_FILE", "caFile"},
                                             {"SQLCMD_NETWORK_TIMEOUT", "networkTimeout"}})
         if (const std::string value = hostlayer::hostSetting(setting, ""); !value.empty())
             variables.push_back(std::string(variable) + "=" + value);
-    return variables;
 }
 
 }  // namespace
@@ -101,7 +105,11 @@ std::string VtProcess::Impl::reap(std::size_t tailSize, int& exitCode, int& sign
 VtProcess::VtProcess() : m_impl(std::make_unique<Impl>()) {}
 
 VtProcess::~VtProcess() {
-    if (m_impl->child.isStarted()) Wait(nullptr, nullptr, 0, kNoTimeout);
+    if (!m_impl->child.isStarted()) return;
+    constexpr std::size_t kNoTail = 0;  // takes no memory, whose lack could not be reported
+    int status = 0;
+    m_impl->child.waitForEnd(std::nullopt, kNoTail);
+    m_impl->child.reap(status, kNoTail);
 }
 
 void VtProcess::SetSilence(bool silent) {
@@ -120,7 +128,7 @@ bool VtProcess::Start(const char* program, const char* commandLine, char* error,
     if (m_impl->child.isStarted()) return fail("The previous process has not been waited for.");
     const auto store = hostlayer::currentStore();
     const std::string path = hostlayer::programPath(program, *store);
-    std::vector<std::string> arguments;
+    WipedStrings arguments;
     if (!hostlayer::splitCommandLine(commandLine, arguments))
         return fail("A double quote in the command line of [" + path + "] is not closed.");
     if (arguments.empty()) arguments.emplace_back();
@@ -128,12 +136,11 @@ bool VtProcess::Start(const char* program, const char* commandLine, char* error,
     m_impl->program = path;
     hostlayer::announceProcessStart(arguments);
     using Output = hostlayer::ChildProcess::Output;
-    std::vector<std::string> variables = queryToolVariables();
+    WipedStrings variables;
+    addQueryToolVariables(variables);
     if (hostlayer::isStrictQueryTool(program)) hostlayer::makeStrict(arguments, variables);
     const int failure = m_impl->child.start(path, arguments, variables,
                                             m_impl->isSilent ? Output::kDiscard : Output::kInherit);
-    wipe(arguments);
-    wipe(variables);
     if (failure == 0) return true;
     const std::string reason = startFailure(path, failure, *store);
     VtNoteCause({.place = VtCause::kQueryTool, .systemError = failure, .subject = path, .text = reason});

@@ -152,8 +152,8 @@ bool editStore(const std::string& text, const std::vector<std::string>& table, c
     if (!parseStore(text, content, problem)) return false;
     if (Edit(text, table, valueName, value).apply(edited)) {
         if (parseStore(edited, content, problem)) return true;
-        problem =
-            "the value [" + valueName + "] is not set, since the store could not be read then: " + problem;
+        problem = "the value [" + valueName +
+                  "] is not set, because the store could not be read with it: " + problem;
         return false;
     }
     problem = "the value [" + valueName +

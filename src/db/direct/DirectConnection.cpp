@@ -24,7 +24,10 @@ bool DirectConnection::open(const char* dataSource, const char* userName, const 
         m_connection->getConnectionString(m_account.serverInstance.c_str(), m_account.dbName.c_str(), user,
                                           password != nullptr ? password : m_account.password.c_str(),
                                           m_account.windowsAuthentication, kEncrypted));
-    if (m_connection->OpenSQLConnectionUsingConnectionString(target.c_str(), kReadOnly) == 0) return true;
+    // The platform layer has reported why there is no connection string; an attempt would add another reason.
+    const bool isRefused = target.text().empty() && step.isExplained();
+    if (!isRefused && m_connection->OpenSQLConnectionUsingConnectionString(target.c_str(), kReadOnly) == 0)
+        return true;
     EvDebug().Debug("Open", "%s", database_messages::debug::kOpenFailed);
     step.noteUnlessExplained({.where = kDVUConnection,
                               .server = m_account.serverInstance,

@@ -18,8 +18,9 @@ bool runAndBind(VTSimpleDBConnObject& connection, const char* sql, VTDBAutoBindR
     return bound == kBound || bound == kNoColumns;
 }
 
-bool failStatement(const ExplainedStep& step) {
-    step.noteUnlessExplained({.where = kDVUStatement, .text = database_messages::kStatementFailed});
+// Always false.
+bool failStatement(const ExplainedStep& step, const char* reason = database_messages::kStatementFailed) {
+    step.noteUnlessExplained({.where = kDVUStatement, .text = reason});
     return false;
 }
 
@@ -39,8 +40,8 @@ bool readFirstValue(VTSimpleDBConnObject& connection, const char* sql, std::stri
     VTDBAutoBindResult result;
     if (!runAndBind(connection, sql, result)) return failStatement(step);
     const int fetched = result.getNextRow();
-    if (fetched == kNoMoreRows) noteCause({.where = kDVUStatement, .text = database_messages::kNoRow});
-    if (fetched != kNextRow) return fetched == kNoMoreRows ? false : failStatement(step);
+    if (fetched == kNoMoreRows) return failStatement(step, database_messages::kNoRow);
+    if (fetched != kNextRow) return failStatement(step);
     value = result.column(0).asUtf8();
     return true;
 }

@@ -27,6 +27,7 @@ inline constexpr char kRestored[] = "Successfully restored the Database dump [%s
 inline constexpr char kLastBackup[] = "Last backup of database[%s] taken on %s. Days since last backup [%s].";
 
 // ---- Causes --------------------------------------------------------------------------------------------
+inline constexpr char kUnknownDatabase[] = "The configuration has no values for a database [%s].";
 inline constexpr char kCredentialsUnusable[] =
     "The credentials cannot be decrypted, or their plain text has no length of the user name in front.";
 inline constexpr char kQuoteInArgument[] =
@@ -35,6 +36,9 @@ inline constexpr char kNotOpen[] = "The connection is not open.";
 inline constexpr char kStatementFailed[] = "The statement failed. The platform layer gives no reason.";
 inline constexpr char kNothingWritten[] =
     "The query tool ended with exit code 0, but did not write its output file %s. Is it sqlcmd?";
+inline constexpr char kOutputNotOwn[] =
+    "The temporary output file is a link, belongs to another user or is no regular file with one name. "
+    "Delete it.";
 inline constexpr char kNoRow[] = "The statement returned no row.";
 inline constexpr char kFailureValue[] = "The value -1 counts as a failure.";
 inline constexpr char kExitCode[] = "The query tool ended with exit code %d.";
@@ -53,8 +57,6 @@ inline constexpr char kOpenFailed[] = "VTSimpleDBConn Open failed.";
 inline constexpr char kStartFailed[] = "Start process failed, Error[%s]";
 inline constexpr char kWaitFailed[] = "Wait for process to end failed, Error[%s]";
 inline constexpr char kProcessFailed[] = "Process returned error, Code[%d], Error[%s]";
-inline constexpr char kOutputNotOwn[] =
-    "Output file [%s] is a link or does not belong to this user: delete it";
 }  // namespace debug
 
 }  // namespace database_messages

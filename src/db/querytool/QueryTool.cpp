@@ -37,8 +37,9 @@ bool QueryTool::refuseQuote(const ToolInput& input) const {
     const struct {
         const char *name, *value;
     } arguments[] = {{"the statement or its file", input.sql}, {"the output file", input.outputFile},
-                     {"the database", input.dbName},           {"the server", account.serverInstance},
-                     {"the user name", account.userName},      {"the password", account.password}};
+                     {"the database", input.dbName},           {"the column separator", input.separator},
+                     {"the server", account.serverInstance},   {"the user name", account.userName},
+                     {"the password", account.password}};
     for (const auto& argument : arguments) {
         if (std::strchr(textOrEmpty(argument.value), '"') == nullptr) continue;
         reportCause({.where = kDVUQueryTool,

@@ -16,7 +16,9 @@ class QueryTool {
     QueryTool(const DatabaseParts& db, const char* outputFile, const char* fallbackTool);
 
     ToolLogin login() const;  // valid as long as the database object is not changed
-    ToolInput input(const char* sql, const char* dbName) const { return {sql, m_outputFile.c_str(), dbName}; }
+    ToolInput input(const char* sql, const char* dbName, const char* separator = nullptr) const {
+        return {sql, m_outputFile.c_str(), dbName, separator};
+    }
     // Waits for the tool's end, without limit. On failure `whenFailed` becomes the error message and is
     // logged. The command is wiped. A double quote in the input or the login ends an argument of the command
     // line, and another statement might run: the tool is not started then.

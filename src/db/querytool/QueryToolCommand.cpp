@@ -82,10 +82,10 @@ std::string scriptStringCommand(const ToolLogin& login, const ToolInput& input, 
                             textOrEmpty(input.outputFile), kColumnSeparator, widthSwitch(options));
 }
 
-std::string csvCommand(const ToolLogin& login, const ToolInput& input, const char* separator) {
+std::string csvCommand(const ToolLogin& login, const ToolInput& input) {
     return FXString::Format(format::kCsv, baseCommand(login).c_str(), databaseOf(input),
                             textOrEmpty(input.sql), textOrEmpty(input.outputFile),
-                            separator != nullptr ? separator : kDefaultSeparator);
+                            input.separator != nullptr ? input.separator : kDefaultSeparator);
 }
 
 std::string stringCommand(const ToolLogin& login, const ToolInput& input) {

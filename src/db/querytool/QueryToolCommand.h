@@ -12,12 +12,13 @@ struct ToolLogin {
     bool windowsAuthentication;  // without user name and password
 };
 
-// Input and output of the query tool. Null strings count as empty; an empty database means "Dorvas". SQL and
-// file names are put between double quotes without escaping.
+// Input and output of the query tool. Null strings count as empty, unless stated otherwise; an empty database
+// means "Dorvas". SQL, file names and separator are put between double quotes without escaping.
 struct ToolInput {
     const char* sql;  // a file's path or, in the string commands, the statement itself
     const char* outputFile;
     const char* dbName;
+    const char* separator = nullptr;  // of columns, for csvCommand() only; null means ","
 };
 
 // Option bits of the script commands; other bits are ignored.
@@ -30,7 +31,7 @@ std::string fileCommand(const ToolLogin& login, const ToolInput& input, bool err
 std::string plainFileCommand(const ToolLogin& login, const ToolInput& input);
 std::string scriptFileCommand(const ToolLogin& login, const ToolInput& input, int options);
 std::string scriptStringCommand(const ToolLogin& login, const ToolInput& input, int options);
-std::string csvCommand(const ToolLogin& login, const ToolInput& input, const char* separator);
+std::string csvCommand(const ToolLogin& login, const ToolInput& input);
 // Always uses user name and password, whatever the authentication. Uses no column separator:
 // parseOutputFile() reads that layout. The command line is cut to 4,095 bytes. Callers rely on all three.
 std::string stringCommand(const ToolLogin& login, const ToolInput& input);

@@ -57,17 +57,24 @@ void appendUtf8(std::string& text, char32_t c) {
     append(0x80 | (c & kSixBits));
 }
 
+// Converts little-endian UTF-16. A half without its other half becomes U+FFFD: the end of a file may begin in
+// a pair.
 std::string utf8Of(std::string_view utf16) {
+    constexpr char32_t kReplacement = 0xFFFD;
     std::string text;
-    char32_t high = 0;  // first half of a pair
+    char32_t high = 0;  // first half of a pair; 0: none
     for (std::size_t i = 0; i + 1 < utf16.size(); i += 2) {
         const char32_t unit = static_cast<unsigned char>(utf16[i]) |
                               static_cast<char32_t>(static_cast<unsigned char>(utf16[i + 1])) << 8U;
+        const bool isFirstHalf = unit >= 0xD800 && unit < 0xDC00;
         const bool isSecondHalf = unit >= 0xDC00 && unit < 0xE000;
-        if (unit >= 0xD800 && unit < 0xDC00)
-            high = unit;
-        else
-            appendUtf8(text, isSecondHalf ? 0x10000 + ((high - 0xD800) << 10U) + (unit - 0xDC00) : unit);
+        if (high != 0 && isSecondHalf) {
+            appendUtf8(text, 0x10000 + ((high - 0xD800) << 10U) + (unit - 0xDC00));
+        } else {
+            if (high != 0) appendUtf8(text, kReplacement);
+            if (!isFirstHalf) appendUtf8(text, isSecondHalf ? kReplacement : unit);
+        }
+        high = isFirstHalf ? unit : 0;
     }
     return text;
 }

@@ -9,7 +9,7 @@
 #include <memory>
 #include <utility>
 
-#include "EvDebug.h"
+#include "Causes.h"
 #include "FX.h"
 #include "FileDescriptor.h"
 #include "VTPI.h"
@@ -25,13 +25,14 @@ constexpr mode_t kOwnerOnly = 0600;
 // Reader of a file's lines in large blocks. Memory: one block and one line that crosses blocks.
 class LineReader {
   public:
-    explicit LineReader(const char* path) : m_file(path, O_RDONLY), m_block(new char[kBlockSize]) {}
+    explicit LineReader(const char* path)
+        : m_file(path, O_RDONLY), m_error(m_file.isOpen() ? 0 : errno), m_block(new char[kBlockSize]) {}
 
-    bool isOpen() const { return m_file.isOpen(); }
-    bool hasFailed() const { return m_failed; }
+    // errno of the open or read that failed; 0: none did.
+    int error() const { return m_error; }
 
-    // Returns the next line without its newline, valid until the next call; false at the end. Text behind the
-    // last newline is a line, too.
+    // Returns the next line without its newline, valid until the next call; false at the end and after an
+    // error. Text behind the last newline is a line, too.
     bool next(std::string_view& line) {
         m_carried.clear();
         while (!m_rest.empty() || readBlock()) {
@@ -45,7 +46,7 @@ class LineReader {
             m_rest = {};
         }
         line = m_carried;
-        return !m_carried.empty() && !m_failed;
+        return !m_carried.empty() && m_error == 0;
     }
 
   private:
@@ -59,20 +60,21 @@ class LineReader {
     }
 
     bool readBlock() {
+        if (m_error != 0) return false;
         ssize_t size = -1;
         do {
             size = ::read(m_file.get(), m_block.get(), kBlockSize);
         } while (size < 0 && errno == EINTR);
-        m_failed = size < 0;
+        if (size < 0) m_error = errno;
         if (size > 0) m_rest = {m_block.get(), static_cast<std::size_t>(size)};
         return size > 0;
     }
 
     FileDescriptor m_file;
+    int m_error;
     std::unique_ptr<char[]> m_block;
     std::string_view m_rest;  // of the block
     std::string m_carried;
-    bool m_failed = false;
 };
 
 // A regular file of this user without a second name.
@@ -109,11 +111,11 @@ std::string rowOfLine(std::string_view line, char separator, int count) {
 
 bool readToolOutput(const char* path, char separator, int count, std::vector<std::string>& rows) {
     LineReader reader(path);
-    if (!reader.isOpen()) return false;
     std::string_view line;
     for (int i = 0; i < kHeadingLines; ++i) reader.next(line);
     while (reader.next(line) && !line.empty()) rows.push_back(rowOfLine(line, separator, count));
-    return !reader.hasFailed();
+    if (reader.error() != 0) reportFileFailure(path, reader.error());
+    return reader.error() == 0;
 }
 
 bool readToolOutput(const char* path, char separator, int count, std::vector<std::string>& rows,
@@ -130,7 +132,7 @@ std::string temporaryOutputPath() {
 
 bool claimToolOutput(const std::string& path) {
     if (createOrClaim(path.c_str())) return true;
-    EvDebug().Debug("claimToolOutput", database_messages::debug::kOutputNotOwn, path.c_str());
+    reportCause({.where = kDVUFile, .subject = path, .text = database_messages::kOutputNotOwn});
     return false;
 }
 

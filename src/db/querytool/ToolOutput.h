@@ -14,11 +14,11 @@
 // an empty row. The line ends at its first NUL.
 std::string rowOfLine(std::string_view line, char separator, int count);
 
-// Appends the rows behind the two heading lines, up to the first empty line or the end of the file. False
-// when the file cannot be opened or read.
+// Appends the rows behind the two heading lines, up to the first empty line or the end of the file. False,
+// with a cause, when the file cannot be opened or read.
 bool readToolOutput(const char* path, char separator, int count, std::vector<std::string>& rows);
 
-// The same; reports a failure.
+// The same; a failure becomes the last message, too, and is logged.
 bool readToolOutput(const char* path, char separator, int count, std::vector<std::string>& rows,
                     const DatabaseReport& report);
 
@@ -28,7 +28,7 @@ std::string temporaryOutputPath();
 // Creates a temporary output file before the tool opens it, because others can guess its name: only this user
 // may read it, and the tool does not write to a link or a file of somebody else. A file that this user left
 // there earlier is used again. Also true if the file cannot be created at all: the tool then fails on it.
-// False, with a line in the debug log, for a link or another user's file.
+// False, with a cause, for whatever else has the name: a link, a pipe, another user's file.
 bool claimToolOutput(const std::string& path);
 
 // Watches an output file from before the tool's start, to see whether the tool writes it. An empty file has

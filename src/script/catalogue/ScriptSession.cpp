@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <string>
+#include <string_view>
 
 #include "CallerText.h"
 #include "Causes.h"
@@ -15,6 +16,7 @@
 #include "FX.h"
 #include "RegistryNames.h"
 #include "VTPI.h"
+#include "parts/DatabaseNames.h"
 #include "text/ScriptMessages.h"
 
 namespace {
@@ -29,7 +31,6 @@ constexpr bool kUnusedFlag = false;
 
 // Accepted names, in the spelling that is stored.
 constexpr const char* kDatabases[] = {"Dorvas", "TNet", "NQ2", "WFEngine", "VTCloud", "HistoryDB"};
-constexpr const char* kManagementDatabase = "Dorvas";
 
 // Installed components and their databases; TNet is never detected.
 struct Component {
@@ -104,7 +105,7 @@ bool ScriptSession::chooseName(const char* dbName) {
 // The database of the only installed component; the management server's if several are.
 bool ScriptSession::detectDatabase() {
     int count = 0;
-    const char* first = nullptr;
+    std::string_view first;
     for (const Component& component : kComponents) {
         if (!component.installed(m_session.instanceName.c_str(), m_messages.last)) continue;
         if (++count == 1) first = component.database;

@@ -6,8 +6,8 @@
 
 class CVoFile;
 
-// Appends the rest of an open file to `text` until a read fails, which is noted as a cause and is no failure
-// of the run, or the file ends.
-// Of every `chunk` bytes, only those before their first NUL byte are appended: text behind a NUL, the closing
-// messages above all, stays visible. `path` is the file's path; its size is reserved at once.
+// Appends the rest of an open file to `text`. Of every `chunk` bytes, only those before their first NUL byte
+// are appended: a NUL hides the rest of its chunk, but not the closing messages behind it. A failed read ends
+// the text; it is reported as a cause and does not fail the run. `path` is the file's path, from which the
+// memory for its size is reserved at once.
 void readRest(CVoFile& file, const std::string& path, std::size_t chunk, std::string& text);

@@ -12,8 +12,10 @@ inline constexpr char kRunAttribute[] = "user.dvutilities.run";
 class RunMark {
   public:
     RunMark() = default;
-    // Marks and locks an existing file of this process. A file that cannot be marked stays as it is.
+    // Marks and locks an existing file of this process. A file that another object has locked, or that cannot
+    // be opened, stays as it is: isHeld() is false then.
     explicit RunMark(const std::string& path);
+    bool isHeld() const { return m_file.isOpen(); }
     // Removes the mark of a file that is to stay.
     void remove();
 

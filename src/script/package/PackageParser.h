@@ -21,11 +21,12 @@ struct PackageContent {
     std::string databaseName;
 };
 
-// True if the description or the developer's name has the line by which a package's header says that the
-// query tool expands variables. For programs that do not know the line it is text.
-bool needsToolVariables(const std::string& headerText);
-
+// Header line of a package for which the query tool expands variables. It has none of the header's keys, so
+// that it becomes a line of the description or of the developer's name, also in programs that do not know it.
 inline constexpr std::string_view kToolVariablesLine = "Tool Variables:yes";
+
+// Returns whether the description or the developer's name has that line.
+bool needsToolVariables(const std::string& headerText);
 
 class PackageParser {
   public:

@@ -15,7 +15,8 @@ inline std::string hostName() {
     return name.data();
 }
 
-// Empty if the configuration names none. An empty instance is the default one.
+// Returns the folder of the installation; empty if the configuration names none. An empty instance is the
+// default one.
 inline std::string installationFolder(const char* instance) {
     std::string folder;
     VTPlatformInfo(instance).getString(registry::key::kBase, registry::value::kInstallDirectory, &folder);

@@ -73,15 +73,6 @@ void forEachName(const FileDescriptor& folder, const std::function<void(std::str
     }
 }
 
-bool writeAll(int file, std::string_view text) {
-    while (!text.empty()) {
-        const ssize_t written = ::write(file, text.data(), text.size());
-        if (written < 0 && errno != EINTR) return false;
-        if (written > 0) text.remove_prefix(static_cast<std::size_t>(written));
-    }
-    return true;
-}
-
 }  // namespace
 
 RecordFolder::RecordFolder(const std::string& path, Access access) {
@@ -89,10 +80,11 @@ RecordFolder::RecordFolder(const std::string& path, Access access) {
         fail("the path is not absolute");
         return;
     }
-    if (access == Access::kWrite) ::mkdir(path.c_str(), S_IRWXU);
+    const bool isRefused = access == Access::kWrite && ::mkdir(path.c_str(), S_IRWXU) != 0 && errno != EEXIST;
+    const int refusal = isRefused ? errno : 0;
     m_folder = FileDescriptor(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW);
     if (!isOpen()) {
-        fail(errno);
+        fail(isRefused && errno == ENOENT ? refusal : errno);  // why the missing folder was not created
         return;
     }
     checkTrust(access);
@@ -128,18 +120,19 @@ bool RecordFolder::fail(std::string problem) {
 bool RecordFolder::write(const RunRecord& record) {
     const std::string name = newName(record);
     const std::string incomplete = kIncomplete + name;
-    if (!writeFile(incomplete, jsonText(jsonOf(record)) + "\n")) {
+    const bool isStored =
+        writeFile(incomplete, jsonText(jsonOf(record)) + "\n") &&
+        (::renameat(m_folder.get(), incomplete.c_str(), m_folder.get(), name.c_str()) == 0 || fail(errno));
+    if (isStored)
+        ::fsync(m_folder.get());
+    else
         ::unlinkat(m_folder.get(), incomplete.c_str(), /*flags=*/0);
-        return false;
-    }
-    if (::renameat(m_folder.get(), incomplete.c_str(), m_folder.get(), name.c_str()) != 0) return fail(errno);
-    ::fsync(m_folder.get());
-    return true;
+    return isStored;
 }
 
 bool RecordFolder::writeFile(const std::string& name, const std::string& text) {
     const FileDescriptor file = openIn(m_folder, name, O_WRONLY | O_CREAT | O_EXCL);
-    const bool written = file.isOpen() && writeAll(file.get(), text) && ::fsync(file.get()) == 0;
+    const bool written = file.isOpen() && writeAll(file, text) && ::fsync(file.get()) == 0;
     return written || fail(errno);
 }
 

@@ -27,9 +27,9 @@ class RecordFolder {
     // is no limit. Also deletes what writers left incomplete an hour ago or earlier. Other files stay.
     void prune(std::size_t keep, std::size_t days, std::int64_t now);
 
-    // Names of the records, newest first.
+    // Returns the names of the records, newest first. Looks at 200,000 files at most.
     std::vector<std::string> names() const;
-    // Names among `all` for that row of a database's journal.
+    // Returns those of the names `all` whose records belong to a row of the database's journal.
     static std::vector<std::string> namesOf(const std::vector<std::string>& all, const std::string& database,
                                             int run);
     // Reads a record of names(). False for a file that is no record; problem() names the reason.

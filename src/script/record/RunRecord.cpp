@@ -70,7 +70,8 @@ std::int64_t timeIn(const Json& json, const char* name) {
     const char* rest = strptime(text.c_str(), "%Y-%m-%dT%H:%M:%S", &time);
     int milliseconds = 0;
     if (rest == nullptr || std::sscanf(rest, ".%3dZ", &milliseconds) != 1) return 0;
-    return std::max<std::int64_t>(timegm(&time) * kPerSecond + milliseconds, 0);
+    const std::int64_t parsed = timegm(&time) * kPerSecond + milliseconds;
+    return parsed > 0 && isoTime(parsed) == text ? parsed : 0;
 }
 
 DVUCause_t causeIn(const Json& json) {

@@ -43,9 +43,9 @@ std::string parseRecord(std::string_view json, RunRecord& record);
 // "connection", "statement" etc. for DVUCause_t::where; empty for other numbers.
 const char* causePlaceName(int where);
 
-// Longest text that is `text` without its middle: its beginning and its end, with a line between them that
-// names the number of bytes left out. UTF-8 characters stay whole. Texts of up to `most` bytes are returned
-// unchanged.
+// Returns a text of up to `most` bytes unchanged. Of a longer one, returns the beginning and the end,
+// together at most `most` bytes, with a line between them that states how many bytes are left out. UTF-8
+// characters stay whole.
 std::string withoutMiddle(std::string_view text, std::size_t most);
 
 // "2026-01-31T18:30:00.123Z"

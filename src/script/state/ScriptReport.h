@@ -36,10 +36,10 @@ class ScriptReport {
     // `lastMessage` the text becomes the last message, too.
     void toolOutput(CVoFile& outputFile, const std::string& path, std::size_t chunk, bool lastMessage);
 
-    // False, and reported, without the session's database and host objects.
+    // Returns whether the session has its database and host objects; reports it if not.
     bool requireSession();
 
-    // What `work` returns; an exception is reported and counts as false.
+    // Returns what `work` returns; an exception is reported and counts as false.
     template <typename Work>
     bool attempted(Work&& work) {
         return attempt(std::forward<Work>(work), [this] { reportBrokenOff(); });

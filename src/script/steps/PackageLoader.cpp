@@ -42,23 +42,16 @@ PackageLoader::PackageLoader(const ScriptParts& script, std::string dbName)
       m_chosenDatabase(std::move(dbName)) {}
 
 bool PackageLoader::run(const char* path, const std::function<bool()>& accept) {
-    if (!open(path)) return false;
-    const RemovedAtEnd copy(m_copy.isOpen() ? std::string() : m_copyPath);
-    return decrypt() && parse() && agreeOnDatabase() && (!accept || accept()) && bindDatabase() &&
-           catalogue();
+    return read(path) && (!accept || accept()) && bindDatabase() && catalogue();
 }
 
 bool PackageLoader::read(const char* path) {
-    if (!open(path)) return false;
-    const RemovedAtEnd copy(m_copy.isOpen() ? std::string() : m_copyPath);
-    return decrypt() && parse() && agreeOnDatabase();
-}
-
-bool PackageLoader::open(const char* path) {
     if (!m_report.requireSession() || !choosePath(path) || !openPackage()) return false;
     m_fromPackage = true;
     reserveCopy();
-    return true;
+    // Whatever has the name of a copy that could not be opened is deleted when the load fails.
+    const RemovedAtEnd unopened(m_copy.isOpen() ? std::string() : m_copyPath);
+    return decrypt() && parse() && agreeOnDatabase();
 }
 
 bool PackageLoader::choosePath(const char* path) {

@@ -32,7 +32,6 @@ class PackageLoader {
     void findByName();
 
   private:
-    bool open(const char* path);
     bool choosePath(const char* path);
     bool openPackage();
     void reserveCopy();

@@ -2,6 +2,8 @@
 
 #include <fcntl.h>
 
+#include <utility>
+
 #include "CVoFile.h"
 #include "CallerText.h"
 #include "Causes.h"
@@ -173,7 +175,8 @@ void ProcedureRun::recordEnd() {
 void ProcedureRun::cleanHeader() {
     if ((m_contentType & kDropHeader) == 0 || m_failed) return;
     const CVoError error = removeOutputHeader(m_run.outputFile);
-    m_outputMark = RunMark(m_run.outputFile);  // another file may have the name now
+    // Another file has the name if there was a heading. Otherwise the lock that is held must not be given up.
+    if (RunMark mark(m_run.outputFile); mark.isHeld()) m_outputMark = std::move(mark);
     if (!error.IsError()) return;
     reportFileFailure(m_run.outputFile, error.GetErrorCode());
     fail(FXString::Format(texts::kHeaderNotRemoved, m_run.outputFile.c_str(), error.GetErrorCode(),

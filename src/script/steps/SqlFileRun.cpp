@@ -1,6 +1,7 @@
 #include "steps/SqlFileRun.h"
 
 #include <fcntl.h>
+
 #include <utility>
 
 #include "CallerText.h"
