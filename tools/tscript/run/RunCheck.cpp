@@ -1,5 +1,7 @@
 #include "run/RunCheck.h"
 
+#include <string.h>
+
 #include <algorithm>
 #include <vector>
 
@@ -70,11 +72,39 @@ std::string withoutDriver(std::string text) {
     return text;
 }
 
-// The query tool replaces the variables of these batches, and the server would not understand them.
-std::size_t removeExpandedBatches(std::vector<PackageBatch>& batches, const PackageContent& content) {
-    if (!needsToolVariables(content.description) && !needsToolVariables(content.developerName)) return 0;
-    return std::erase_if(
-        batches, [](const PackageBatch& batch) { return batch.text().find("$(") != std::string::npos; });
+// Number of batches that are not sent to the server.
+struct Unsent {
+    std::size_t withVariables = 0;
+    std::size_t switchingCheck = 0;
+
+    std::size_t all() const { return withVariables + switchingCheck; }
+    std::string text() const {
+        std::string reasons;
+        if (withVariables > 0)
+            reasons = ", not sent " + std::to_string(withVariables) + " with variables of the query tool";
+        if (switchingCheck > 0)
+            reasons += ", not sent " + std::to_string(switchingCheck) + " with NOEXEC or PARSEONLY";
+        return reasons;
+    }
+};
+
+// The server would not understand variables, which the query tool replaces in a run.
+bool hasVariable(const PackageBatch& batch) {
+    return batch.text().find("$(") != std::string::npos;
+}
+
+// The server obeys SET NOEXEC and SET PARSEONLY during a check as well: behind OFF it executes statements.
+bool switchesCheck(const PackageBatch& batch) {
+    const std::string text = batch.text();
+    return strcasestr(text.c_str(), "NOEXEC") != nullptr || strcasestr(text.c_str(), "PARSEONLY") != nullptr;
+}
+
+Unsent removeUnsent(std::vector<PackageBatch>& batches, const PackageContent& content) {
+    Unsent unsent;
+    if (needsToolVariables(content.description) || needsToolVariables(content.developerName))
+        unsent.withVariables = std::erase_if(batches, hasVariable);
+    unsent.switchingCheck = std::erase_if(batches, switchesCheck);
+    return unsent;
 }
 
 struct BatchError {
@@ -147,7 +177,7 @@ RunCheck checkRun(const ScriptRequest& request, const SqlPreview& preview, bool 
     Site thisSite;
     const std::optional<SiteFault> foreign = siteFault(content, thisSite);
     std::vector<PackageBatch> batches = divideStatements(filledLines(preview.sql, file)).batches;
-    const std::size_t expanded = removeExpandedBatches(batches, content);
+    const Unsent unsent = removeUnsent(batches, content);
     const std::vector<BatchError> errors = errorsOf(batches, database, compiles);
 
     RunCheck check;
@@ -157,15 +187,13 @@ RunCheck checkRun(const ScriptRequest& request, const SqlPreview& preview, bool 
         " of " + std::to_string(preview.placeholders) + " placeholder(s)\nsite       " +
         (foreign ? foreign->what : siteText(content)) + "\ncatalogue  " + catalogue + "\nserver     " +
         (compiles ? "compiled " : "parsed ") + std::to_string(batches.size()) + " batch(es) in " + database +
-        ", refused " + std::to_string(errors.size()) +
-        (expanded == 0 ? ""
-                       : ", not sent " + std::to_string(expanded) + " with variables of the query tool") +
-        "\n";
+        ", refused " + std::to_string(errors.size()) + unsent.text() + "\n";
     check.json = {{"script", request.name},
                   {"database", database},
                   {"catalogue", catalogue},
                   {"site", foreign ? foreign->what : siteText(content)},
-                  {"batches", batches.size()}};
+                  {"batches", batches.size()},
+                  {"notSent", unsent.all()}};
     Json list = Json::array();
     for (const BatchError& error : errors) {
         check.text += "           " + error.text() + "\n";
