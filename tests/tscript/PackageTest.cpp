@@ -335,7 +335,8 @@ TEST_F(Installation, RepacksWithANewKey) {
     const fs::path purge = folder / "Scripts" / "PurgeEvents.sql";
     const fs::path report = folder / "Scripts" / "EventReport.sql";
     const fs::path broken = folder / "Scripts" / "Broken.sql";
-    const Words words = {"repack", "--old-key", key, "--new-key", next, broken, purge, report};
+    const fs::path none = m_temp / "none.sql";
+    const Words words = {"repack", "--old-key", key, "--new-key", next, none, broken, purge, report};
     expectAll({{words, 3, "", "next.key cannot be used: it is missing"},
                {{"key", "create", next}, 0, "", "created"}});
     const std::string old = support::readFile(purge);
@@ -349,7 +350,8 @@ TEST_F(Installation, RepacksWithANewKey) {
     EXPECT_EQ(support::readFile(purge), old);
     support::writeFile(broken, old + "ZF1.AAAA\n");
     fs::permissions(purge, fs::perms(0640));
-    expectAll({{words, 3, "", "Broken.sql was left as it is: line "},
+    expectAll({{words, 3, "", "none.sql was left as it is: No such file"},
+               {words, 3, "", "Broken.sql was left as it is: line "},
                {words, 3, "", "PurgeEvents.sql has the new key already"},
                {{"repack", "--old-key", key, "--new-key", key, purge}, 2, "", "same file"},
                {{"inspect", purge}, 3, "no: ", ""},
