@@ -142,6 +142,8 @@ TEST_F(Installation, ListsAndComparesScripts) {
     expectAll({{{"list", "--packages"}, 0, "TYPED\tpackage\t\t\tnot authentic\t", ""},
                {{"list", "--packages"}, 0, "Bad 'x' \tpackage\t", ""},
                {{"run", "tyPED", "--b", "1"}, 3, "", "there is no package"},  // two fit
+               {{"sandbox", "shell"}, 0, "", "", "EXEC sp_rename 'ZpTscripts', 'Away'\n"},
+               {{"list"}, 3, "Typed\tpackage\tDorvas\tany\tsealed\t", "Invalid object name 'ZpTscripts'"},
                {{"sandbox", "down", "--dir", folder}, 0, "", "stopped"},
                {{"list"}, 4, "Typed\tpackage\tDorvas\tany\tsealed\t", ""}});
 }
