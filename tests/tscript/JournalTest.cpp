@@ -1,5 +1,7 @@
 // Catalogue and journal as `tscript` lists them.
 #include <signal.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <nlohmann/json.hpp>
@@ -121,6 +123,18 @@ TEST_F(Installation, FollowsTheJournal) {
     int exitCode = 0;
     EXPECT_TRUE(support::waitFor(tail, std::chrono::seconds(20), exitCode));
     EXPECT_EQ(exitCode, 130);
+
+    int ends[2];
+    ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends), 0);
+    support::Descriptor reader(ends[0]);
+    support::Descriptor writer(ends[1]);
+    const pid_t unread = support::spawn({TSCRIPT_PROGRAM, "journal", "tail", "-f"}, options,
+                                        {output.get(), writer.get(), output.get()});
+    writer.reset();
+    char first = 0;
+    EXPECT_EQ(read(reader.get(), &first, 1), 1);
+    reader.reset();
+    EXPECT_TRUE(support::waitFor(unread, std::chrono::seconds(20), exitCode));
 }
 
 TEST_F(Installation, ShowsOneRunWithItsRecord) {
