@@ -198,6 +198,26 @@ TEST_F(Faults, AKilledRunIsTidiedUp) {
     EXPECT_NE(journal("Endless").find("2| [the host's power failed]|"), std::string::npos);
 }
 
+// A row whose end is recorded between the check and the change is not closed.
+TEST_F(Faults, ARunThatEndsMeanwhileKeepsItsEnd) {
+    pack("Ending",
+         "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\n"
+         "INSERT ZpTscriptExec (tsId, type, name, timeStart, timeEnd, status, inputParams, userId) VALUES\n"
+         "(1, 4, 'Old', dbo.GetDateTime(1700000000), dbo.GetDateTime(1700000000), 0, '', 0)\nGO\n"
+         "BEGIN TRANSACTION UPDATE ZpTscriptExec SET status = 1 WHERE name = 'Old' PRINT 'held'\nGO\n"
+         "WAITFOR DELAY '00:00:02' COMMIT\n");
+    support::ProgramOptions options;
+    options.environment = {storeVariable()};
+    const support::Descriptor output = support::memoryFile();
+    const pid_t ending = support::spawn({TSCRIPT_PROGRAM, "run", "Ending", "--follow"}, options,
+                                        {output.get(), output.get(), output.get()});
+    while (support::contentOf(output).find("held") == std::string::npos) std::this_thread::yield();
+    expectAll({{{"journal", "close", "2"}, 2, "", "run 2 has ended meanwhile"}});
+    int exitCode = -1;
+    EXPECT_TRUE(support::waitFor(ending, std::chrono::seconds(60), exitCode));
+    EXPECT_EQ(exitCode, 0) << support::contentOf(output);
+}
+
 // A run opens nothing but a regular file with one name, and never waits for a pipe.
 TEST_F(Faults, APackageIsARegularFileWithOneName) {
     const fs::path scripts = folder / "Scripts";
