@@ -304,6 +304,18 @@ TEST_F(Faults, ARotationMayBeKilledAtAnyMoment) {
     expectAll({{works, 3, "", "encrypted with another key"}});
 }
 
+// Ignoring SIGCHLD is inherited: the exit codes of the query tool would be lost.
+TEST_F(Faults, ACallerMayIgnoreItsChildren) {
+    support::ProgramOptions options;
+    options.environment = {storeVariable()};
+    for (const Words& command : {Words{"run", "SiteInventory"}, {"doctor"}}) {
+        Words words = {"env", "--ignore-signal=CHLD", TSCRIPT_PROGRAM};
+        words.insert(words.end(), command.begin(), command.end());
+        const ProgramResult result = support::runProgram(words, options);
+        EXPECT_EQ(result.exitCode, 0) << result.output << result.errors;
+    }
+}
+
 // The server frees the lock of a run that is killed.
 TEST_F(Faults, OneRunAtATimeHoldsTheLock) {
     packEndless();

@@ -84,6 +84,7 @@ int main(int argc, char** argv) {
     std::setlocale(LC_CTYPE, "C.UTF-8");  // for TextWidth.h
     signal(SIGXFSZ, SIG_IGN);             // exceeding the file size limit then fails write()
     signal(SIGPIPE, SIG_IGN);             // so does a pipe without a reader
+    signal(SIGCHLD, SIG_DFL);             // the exit codes of children are lost while it is ignored
     try {
         return runTool(argc, argv);
     } catch (const Failure& failure) {
