@@ -316,6 +316,36 @@ TEST_F(Faults, ACallerMayIgnoreItsChildren) {
     }
 }
 
+// At whatever moment of its server's start, too.
+TEST(CommandLine, AnInterruptedPackageTestLeavesNothing) {
+    const support::TempDir temp;
+    const fs::path package = fs::path(TSCRIPT_PROGRAM).parent_path() /
+                             "../share/dvutilities/installation/packages/SiteInventory.txt";
+    const auto isServed = [&] {
+        for (const auto& process : fs::directory_iterator("/proc")) {
+            std::ifstream words(process.path() / "cmdline");
+            const std::string text(std::istreambuf_iterator<char>(words), {});
+            if (text.find(temp.path().string() + "/") != std::string::npos) return true;
+        }
+        return false;
+    };
+    support::ProgramOptions options;
+    options.environment = {"TMPDIR=" + temp.path().string()};
+    const support::Descriptor output = support::memoryFile();
+    for (const int milliseconds : {0, 30, 300}) {
+        const pid_t test = support::spawn({TSCRIPT_PROGRAM, "test", package}, options,
+                                          {output.get(), output.get(), output.get()});
+        while (!isServed()) std::this_thread::yield();
+        std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+        kill(test, SIGINT);
+        int exitCode = -1;
+        EXPECT_TRUE(support::waitFor(test, std::chrono::seconds(60), exitCode));
+        EXPECT_EQ(exitCode, 130) << support::contentOf(output);
+        EXPECT_FALSE(isServed());
+        EXPECT_TRUE(fs::is_empty(temp.path()));
+    }
+}
+
 // The server frees the lock of a run that is killed.
 TEST_F(Faults, OneRunAtATimeHoldsTheLock) {
     packEndless();
