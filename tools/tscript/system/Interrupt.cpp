@@ -81,6 +81,7 @@ void endWhenMemoryLacks() {
 }
 
 void endWhenDriverFails() {
+    isFreeTdsOnStack();  // loads what backtrace() needs; in the handler, malloc() may be locked
     signal(SIGABRT, endIfDriverAborts);
     if (hostlayer::callWhenStuck == nullptr) return;
     hostlayer::callWhenStuck([] {
