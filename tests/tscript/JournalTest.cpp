@@ -94,6 +94,7 @@ TEST_F(Installation, ListsCatalogueAndJournal) {
         {{"which", "None"}, 2, "", "neither a package nor a stored-procedure"},
         {{"journal", "--status", "broken"}, 2, "", "broken"},
         {{"journal", "--since", "2026-02-30"}, 2, "", "is not a time"},
+        {{"journal", "--since", "9999w"}, 2, "", "is not a time"},
         {{"journal", "--last", "-1"}, 2, "", "-1"},
         {{"journal", "--name", std::string(257, '*')}, 2, "", "longer than 256"},
         {{"catalogue", "--db", "Nope"}, 2, "", "Dorvas, NQ2"},
