@@ -56,7 +56,10 @@ int runTool(int argc, char** argv) {
     CommandLine commandLine(kDescription, "tscript", TSCRIPT_VERSION, kFooter);
     addOptionFunction(
         commandLine.app(), "--store",
-        [](const std::string& file) { setenv("ZEPHRA_REGISTRY", file.c_str(), 1); },
+        [](const std::string& file) {
+            if (file.empty()) throw Failure(ExitCode::kUsage, "--store names no file");
+            setenv("ZEPHRA_REGISTRY", file.c_str(), 1);
+        },
         "Configuration store (default: $ZEPHRA_REGISTRY, else /etc/zephra/registry.toml)", "FILE");
     addNoInputOption(commandLine.app());
     Action action;
