@@ -295,6 +295,10 @@ TEST_F(Installation, NamesTheCauseOfAFailedRun) {
         {{"params", "tsEventSummary"}, 3, "", "tscript doctor names every procedure"},
         {{"run", "Drop", "-p", "DELETE app_plexum WHERE id = 2"}, 0, "", ""},
         {{"run", "SiteInventory"}, 3, "", "lacks a row that runs need: The statement returned no row"},
+        {{"run", "SiteInventory", "--check"},
+         3,
+         "site       26; the number of this one cannot be read",
+         "is bound to a site"},
     });
     support::writeFile(m_temp / "tool", "#!/nowhere/sh\n");
     fs::permissions(m_temp / "tool", fs::perms(0700));

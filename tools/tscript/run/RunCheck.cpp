@@ -148,8 +148,10 @@ std::string catalogueText(const std::string& script, const std::string& database
     return std::string("no entry yet; the first run adds it to ") + records.getDbName();
 }
 
-std::string siteText(const PackageContent& content) {
-    if (content.plexumId != 0) return std::to_string(content.plexumId) + ", this one";
+std::string siteText(const PackageContent& content, Site& thisSite) {
+    if (content.plexumId != 0)
+        return std::to_string(content.plexumId) +
+               (thisSite.number().empty() ? "; the number of this one cannot be read" : ", this one");
     return content.guid.empty() ? "any" : "the NQ2 database " + content.guid;
 }
 
@@ -159,9 +161,13 @@ std::string databaseOf(const SqlPreview& preview) {
     return installed.empty() ? "Dorvas" : installed.front()->name;
 }
 
-std::optional<Failure> failureOf(const std::string& script, const std::optional<SiteFault>& site,
-                                 const std::vector<BatchError>& errors) {
-    if (site) return Failure(ExitCode::kRefused, script + " " + site->what, site->advice);
+std::optional<Failure> failureOf(const std::string& script, const std::optional<SiteFault>& foreign,
+                                 bool isSiteUnknown, const std::vector<BatchError>& errors) {
+    if (foreign) return Failure(ExitCode::kRefused, script + " " + foreign->what, foreign->advice);
+    if (isSiteUnknown)
+        return Failure(ExitCode::kInstallation,
+                       script + " is bound to a site, and the number of this one cannot be read",
+                       "tscript doctor shows why.");
     if (errors.empty()) return std::nullopt;
     return Failure(ExitCode::kScriptFailed,
                    "the server refuses " + std::to_string(errors.size()) + " batch(es) of " + script);
@@ -176,24 +182,21 @@ RunCheck checkRun(const ScriptRequest& request, const SqlPreview& preview, bool 
     const std::string catalogue = catalogueText(request.name, database);
     Site thisSite;
     const std::optional<SiteFault> foreign = siteFault(content, thisSite);
+    const std::string site = foreign ? foreign->what : siteText(content, thisSite);
     std::vector<PackageBatch> batches = divideStatements(filledLines(preview.sql, file)).batches;
     const Unsent unsent = removeUnsent(batches, content);
     const std::vector<BatchError> errors = errorsOf(batches, database, compiles);
 
     RunCheck check;
-    check.failure = failureOf(request.name, foreign, errors);
-    check.text =
-        "package    " + file + ", authentic\n" + "values     " + std::to_string(request.parameters.size()) +
-        " of " + std::to_string(preview.placeholders) + " placeholder(s)\nsite       " +
-        (foreign ? foreign->what : siteText(content)) + "\ncatalogue  " + catalogue + "\nserver     " +
-        (compiles ? "compiled " : "parsed ") + std::to_string(batches.size()) + " batch(es) in " + database +
-        ", refused " + std::to_string(errors.size()) + unsent.text() + "\n";
-    check.json = {{"script", request.name},
-                  {"database", database},
-                  {"catalogue", catalogue},
-                  {"site", foreign ? foreign->what : siteText(content)},
-                  {"batches", batches.size()},
-                  {"notSent", unsent.all()}};
+    const bool isSiteUnknown = content.plexumId != 0 && thisSite.number().empty();
+    check.failure = failureOf(request.name, foreign, isSiteUnknown, errors);
+    check.text = "package    " + file + ", authentic\n" + "values     " +
+                 std::to_string(request.parameters.size()) + " of " + std::to_string(preview.placeholders) +
+                 " placeholder(s)\nsite       " + site + "\ncatalogue  " + catalogue + "\nserver     " +
+                 (compiles ? "compiled " : "parsed ") + std::to_string(batches.size()) + " batch(es) in " +
+                 database + ", refused " + std::to_string(errors.size()) + unsent.text() + "\n";
+    check.json = {{"script", request.name}, {"database", database},      {"catalogue", catalogue},
+                  {"site", site},           {"batches", batches.size()}, {"notSent", unsent.all()}};
     Json list = Json::array();
     for (const BatchError& error : errors) {
         check.text += "           " + error.text() + "\n";
