@@ -24,7 +24,8 @@ constexpr const char* kDescription = "Runs and packs tscripts, and maintains the
 constexpr const char* kFooter = R"(
 Exit codes:
   0    done
-  1    the script, a check of backups, or a command of each failed
+  1    a script, test or check failed, diff found differences, or a command
+       that each runs failed
   2    wrong usage
   3    the installation is not in order
   4    no connection to the database
