@@ -138,8 +138,8 @@ void addProcedures(std::vector<ListedScript>& scripts, const std::string& patter
 std::string parameterNames(const std::vector<Parameter>& parameters) {
     std::string names;
     for (const Parameter& parameter : parameters)
-        names +=
-            (names.empty() ? "" : " ") + (parameter.standard ? "[" + parameter.name + "]" : parameter.name);
+        names += (names.empty() ? "" : " ") +
+                 (parameter.defaultValue ? "[" + parameter.name + "]" : parameter.name);
     return names;
 }
 
