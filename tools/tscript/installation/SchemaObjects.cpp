@@ -1,7 +1,6 @@
 #include "installation/SchemaObjects.h"
 
 #include <algorithm>
-#include <array>
 #include <fstream>
 #include <iterator>
 #include <string_view>

@@ -39,7 +39,8 @@ const StoreEntry* findEntry(const std::vector<StoreEntry>& entries, const StoreE
     return found == entries.end() ? nullptr : &*found;
 }
 
-// What is known of the entry; of another one, what the value in the store says.
+// Returns the known value of that name, else one of the type that the value in the store has. Throws Failure
+// (kUsage) if there is neither.
 KnownValue knownValueOf(const StoreEntry& entry) {
     if (const KnownValue* known = findKnownValue(entry.table.back(), entry.name)) return *known;
     const std::vector<StoreEntry> entries = storeEntries();

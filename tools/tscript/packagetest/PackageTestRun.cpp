@@ -1,6 +1,5 @@
 #include "packagetest/PackageTestRun.h"
 
-#include <algorithm>
 #include <chrono>
 #include <filesystem>
 #include <fstream>
@@ -104,8 +103,7 @@ std::vector<std::string> runCommand(const TestedPackage& package, const PackageT
     return command;
 }
 
-// ---- Comparison
-// --------------------------------------------------------------------------------------------
+// ---- Comparison ---------------------------------------------------------------------------------------
 
 bool hasLine(const std::string& output, const std::string& line) {
     return ("\n" + output + "\n").find("\n" + line + "\n") != std::string::npos;

@@ -3,7 +3,6 @@
 #include <signal.h>
 #include <sys/wait.h>
 
-#include <cerrno>
 #include <chrono>
 #include <cstdlib>
 #include <fstream>
