@@ -297,8 +297,10 @@ TEST_F(Installation, NamesTheCauseOfAFailedRun) {
         {{"run", "SiteInventory"}, 3, "", "lacks a row that runs need: The statement returned no row"},
         {{"run", "SiteInventory", "--check"},
          3,
-         "site       26; the number of this one cannot be read",
+         "site       26; which one this is cannot be read",
          "is bound to a site"},
+        {{"run", "Drop", "-p", "DELETE nq2..NQSetting"}, 0, "", ""},
+        {{"run", "NQCleanup", "--check"}, 3, "; which one this is cannot be read", "is bound to a site"},
     });
     support::writeFile(m_temp / "tool", "#!/nowhere/sh\n");
     fs::permissions(m_temp / "tool", fs::perms(0700));

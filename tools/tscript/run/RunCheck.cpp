@@ -148,11 +148,10 @@ std::string catalogueText(const std::string& script, const std::string& database
     return std::string("no entry yet; the first run adds it to ") + records.getDbName();
 }
 
-std::string siteText(const PackageContent& content, Site& thisSite) {
-    if (content.plexumId != 0)
-        return std::to_string(content.plexumId) +
-               (thisSite.number().empty() ? "; the number of this one cannot be read" : ", this one");
-    return content.guid.empty() ? "any" : "the NQ2 database " + content.guid;
+std::string siteText(const PackageContent& content, bool isUnknown) {
+    const std::string here = isUnknown ? "; which one this is cannot be read" : ", this one";
+    if (content.plexumId != 0) return std::to_string(content.plexumId) + here;
+    return content.guid.empty() ? "any" : "the NQ2 database " + content.guid + (isUnknown ? here : "");
 }
 
 std::string databaseOf(const SqlPreview& preview) {
@@ -162,11 +161,11 @@ std::string databaseOf(const SqlPreview& preview) {
 }
 
 std::optional<Failure> failureOf(const std::string& script, const std::optional<SiteFault>& foreign,
-                                 bool isSiteUnknown, const std::vector<BatchError>& errors) {
+                                 bool isUnknown, const std::vector<BatchError>& errors) {
     if (foreign) return Failure(ExitCode::kRefused, script + " " + foreign->what, foreign->advice);
-    if (isSiteUnknown)
+    if (isUnknown)
         return Failure(ExitCode::kInstallation,
-                       script + " is bound to a site, and the number of this one cannot be read",
+                       script + " is bound to a site, and which one this is cannot be read",
                        "tscript doctor shows why.");
     if (errors.empty()) return std::nullopt;
     return Failure(ExitCode::kScriptFailed,
@@ -182,14 +181,14 @@ RunCheck checkRun(const ScriptRequest& request, const SqlPreview& preview, bool 
     const std::string catalogue = catalogueText(request.name, database);
     Site thisSite;
     const std::optional<SiteFault> foreign = siteFault(content, thisSite);
-    const std::string site = foreign ? foreign->what : siteText(content, thisSite);
+    const bool isUnknown = isSiteUnknown(content, thisSite);
+    const std::string site = foreign ? foreign->what : siteText(content, isUnknown);
     std::vector<PackageBatch> batches = divideStatements(filledLines(preview.sql, file)).batches;
     const Unsent unsent = removeUnsent(batches, content);
     const std::vector<BatchError> errors = errorsOf(batches, database, compiles);
 
     RunCheck check;
-    const bool isSiteUnknown = content.plexumId != 0 && thisSite.number().empty();
-    check.failure = failureOf(request.name, foreign, isSiteUnknown, errors);
+    check.failure = failureOf(request.name, foreign, isUnknown, errors);
     check.text = "package    " + file + ", authentic\n" + "values     " +
                  std::to_string(request.parameters.size()) + " of " + std::to_string(preview.placeholders) +
                  " placeholder(s)\nsite       " + site + "\ncatalogue  " + catalogue + "\nserver     " +
