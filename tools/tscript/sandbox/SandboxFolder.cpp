@@ -147,10 +147,12 @@ void SandboxFolder::markIncomplete() const {
 }
 
 void SandboxFolder::create() const {
-    std::error_code ignored;
     for (const char* old :
-         {"data", "Scripts", "temp", "logs", "records", "cipher.key", "tls-cert.pem", "tls-key.pem"})
-        fs::remove_all(m_path / old, ignored);
+         {"data", "Scripts", "temp", "logs", "records", "cipher.key", "tls-cert.pem", "tls-key.pem"}) {
+        std::error_code error;
+        fs::remove_all(m_path / old, error);
+        if (error) throwFailure(m_path / old, "cannot be deleted: " + error.message());
+    }
     for (const char* part : {"data", "Scripts", "temp", "logs", "backups"})
         createPrivateFolder(m_path / part);
     Secret password = randomPassword();
