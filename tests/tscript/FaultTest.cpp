@@ -198,6 +198,26 @@ TEST_F(Faults, AKilledRunIsTidiedUp) {
     EXPECT_NE(journal("Endless").find("2| [the host's power failed]|"), std::string::npos);
 }
 
+// A row whose end is recorded between the check and the change is not closed.
+TEST_F(Faults, ARunThatEndsMeanwhileKeepsItsEnd) {
+    pack("Ending",
+         "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\n"
+         "INSERT ZpTscriptExec (tsId, type, name, timeStart, timeEnd, status, inputParams, userId) VALUES\n"
+         "(1, 4, 'Old', dbo.GetDateTime(1700000000), dbo.GetDateTime(1700000000), 0, '', 0)\nGO\n"
+         "BEGIN TRANSACTION UPDATE ZpTscriptExec SET status = 1 WHERE name = 'Old' PRINT 'held'\nGO\n"
+         "WAITFOR DELAY '00:00:02' COMMIT\n");
+    support::ProgramOptions options;
+    options.environment = {storeVariable()};
+    const support::Descriptor output = support::memoryFile();
+    const pid_t ending = support::spawn({TSCRIPT_PROGRAM, "run", "Ending", "--follow"}, options,
+                                        {output.get(), output.get(), output.get()});
+    while (support::contentOf(output).find("held") == std::string::npos) std::this_thread::yield();
+    expectAll({{{"journal", "close", "2"}, 2, "", "run 2 has ended meanwhile"}});
+    int exitCode = -1;
+    EXPECT_TRUE(support::waitFor(ending, std::chrono::seconds(60), exitCode));
+    EXPECT_EQ(exitCode, 0) << support::contentOf(output);
+}
+
 // A run opens nothing but a regular file with one name, and never waits for a pipe.
 TEST_F(Faults, APackageIsARegularFileWithOneName) {
     const fs::path scripts = folder / "Scripts";
@@ -274,10 +294,56 @@ TEST_F(Faults, ARotationMayBeKilledAtAnyMoment) {
         killRotation(killed);
         expectAll({{works, 0, "", ""}, {{"credentials", "test", "Dorvas"}, 0, "", ""}});
     }
-    expectAll({{{"rotate", "--grace", "0"}, 0, "", "is not used any more"}, {works, 0, "", ""}});
+    support::writeFile(folder / "Scripts" / "Foreign.sql", "no record\n");
+    const std::string notes = run({"rotate", "--grace", "0"}).errors;
+    EXPECT_NE(notes.find("is not used any more"), std::string::npos) << notes;
+    EXPECT_EQ(notes.find("Foreign.sql: line 1: "), notes.rfind("Foreign.sql")) << notes;
+    expectAll({{works, 0, "", ""}});
     EXPECT_EQ(run({"doctor"}).output.find("key rotation"), std::string::npos);
     support::writeFile(package, withOldKey);
     expectAll({{works, 3, "", "encrypted with another key"}});
+}
+
+// Ignoring SIGCHLD is inherited: the exit codes of the query tool would be lost.
+TEST_F(Faults, ACallerMayIgnoreItsChildren) {
+    support::ProgramOptions options;
+    options.environment = {storeVariable()};
+    for (const Words& command : {Words{"run", "SiteInventory"}, {"doctor"}}) {
+        Words words = {"env", "--ignore-signal=CHLD", TSCRIPT_PROGRAM};
+        words.insert(words.end(), command.begin(), command.end());
+        const ProgramResult result = support::runProgram(words, options);
+        EXPECT_EQ(result.exitCode, 0) << result.output << result.errors;
+    }
+}
+
+// At whatever moment of its server's start, too.
+TEST(CommandLine, AnInterruptedPackageTestLeavesNothing) {
+    const support::TempDir temp;
+    const fs::path package = fs::path(TSCRIPT_PROGRAM).parent_path() /
+                             "../share/dvutilities/installation/packages/SiteInventory.txt";
+    const auto isServed = [&] {
+        for (const auto& process : fs::directory_iterator("/proc")) {
+            std::ifstream words(process.path() / "cmdline");
+            const std::string text(std::istreambuf_iterator<char>(words), {});
+            if (text.find(temp.path().string() + "/") != std::string::npos) return true;
+        }
+        return false;
+    };
+    support::ProgramOptions options;
+    options.environment = {"TMPDIR=" + temp.path().string()};
+    const support::Descriptor output = support::memoryFile();
+    for (const int milliseconds : {0, 30, 300}) {
+        const pid_t test = support::spawn({TSCRIPT_PROGRAM, "test", package}, options,
+                                          {output.get(), output.get(), output.get()});
+        while (!isServed()) std::this_thread::yield();
+        std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+        kill(test, SIGINT);
+        int exitCode = -1;
+        EXPECT_TRUE(support::waitFor(test, std::chrono::seconds(60), exitCode));
+        EXPECT_EQ(exitCode, 130) << support::contentOf(output);
+        EXPECT_FALSE(isServed());
+        EXPECT_TRUE(fs::is_empty(temp.path()));
+    }
 }
 
 // The server frees the lock of a run that is killed.

@@ -1,5 +1,7 @@
 // Catalogue and journal as `tscript` lists them.
 #include <signal.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <nlohmann/json.hpp>
@@ -92,6 +94,7 @@ TEST_F(Installation, ListsCatalogueAndJournal) {
         {{"which", "None"}, 2, "", "neither a package nor a stored-procedure"},
         {{"journal", "--status", "broken"}, 2, "", "broken"},
         {{"journal", "--since", "2026-02-30"}, 2, "", "is not a time"},
+        {{"journal", "--since", "9999w"}, 2, "", "is not a time"},
         {{"journal", "--last", "-1"}, 2, "", "-1"},
         {{"journal", "--name", std::string(257, '*')}, 2, "", "longer than 256"},
         {{"catalogue", "--db", "Nope"}, 2, "", "Dorvas, NQ2"},
@@ -121,6 +124,18 @@ TEST_F(Installation, FollowsTheJournal) {
     int exitCode = 0;
     EXPECT_TRUE(support::waitFor(tail, std::chrono::seconds(20), exitCode));
     EXPECT_EQ(exitCode, 130);
+
+    int ends[2];
+    ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends), 0);
+    support::Descriptor reader(ends[0]);
+    support::Descriptor writer(ends[1]);
+    const pid_t unread = support::spawn({TSCRIPT_PROGRAM, "journal", "tail", "-f"}, options,
+                                        {output.get(), writer.get(), output.get()});
+    writer.reset();
+    char first = 0;
+    EXPECT_EQ(read(reader.get(), &first, 1), 1);
+    reader.reset();
+    EXPECT_TRUE(support::waitFor(unread, std::chrono::seconds(20), exitCode));
 }
 
 TEST_F(Installation, ShowsOneRunWithItsRecord) {

@@ -142,6 +142,8 @@ TEST_F(Installation, ListsAndComparesScripts) {
     expectAll({{{"list", "--packages"}, 0, "TYPED\tpackage\t\t\tnot authentic\t", ""},
                {{"list", "--packages"}, 0, "Bad 'x' \tpackage\t", ""},
                {{"run", "tyPED", "--b", "1"}, 3, "", "there is no package"},  // two fit
+               {{"sandbox", "shell"}, 0, "", "", "EXEC sp_rename 'ZpTscripts', 'Away'\n"},
+               {{"list"}, 3, "Typed\tpackage\tDorvas\tany\tsealed\t", "Invalid object name 'ZpTscripts'"},
                {{"sandbox", "down", "--dir", folder}, 0, "", "stopped"},
                {{"list"}, 4, "Typed\tpackage\tDorvas\tany\tsealed\t", ""}});
 }
@@ -335,7 +337,8 @@ TEST_F(Installation, RepacksWithANewKey) {
     const fs::path purge = folder / "Scripts" / "PurgeEvents.sql";
     const fs::path report = folder / "Scripts" / "EventReport.sql";
     const fs::path broken = folder / "Scripts" / "Broken.sql";
-    const Words words = {"repack", "--old-key", key, "--new-key", next, broken, purge, report};
+    const fs::path none = m_temp / "none.sql";
+    const Words words = {"repack", "--old-key", key, "--new-key", next, none, broken, purge, report};
     expectAll({{words, 3, "", "next.key cannot be used: it is missing"},
                {{"key", "create", next}, 0, "", "created"}});
     const std::string old = support::readFile(purge);
@@ -349,7 +352,8 @@ TEST_F(Installation, RepacksWithANewKey) {
     EXPECT_EQ(support::readFile(purge), old);
     support::writeFile(broken, old + "ZF1.AAAA\n");
     fs::permissions(purge, fs::perms(0640));
-    expectAll({{words, 3, "", "Broken.sql was left as it is: line "},
+    expectAll({{words, 3, "", "none.sql was left as it is: No such file"},
+               {words, 3, "", "Broken.sql was left as it is: line "},
                {words, 3, "", "PurgeEvents.sql has the new key already"},
                {{"repack", "--old-key", key, "--new-key", key, purge}, 2, "", "same file"},
                {{"inspect", purge}, 3, "no: ", ""},

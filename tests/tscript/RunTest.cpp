@@ -118,6 +118,9 @@ TEST_F(Installation, ChecksARunWithoutRunningIt) {
     pack("Wrong",
          "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\nDELETE FROM EventLog\nGO\nDECLARE @i int\n"
          "SELECT nodeIdd FROM EventLog\nGO\nSELECT 1\nFROM WHERE '%s' = ''\n");
+    pack("Switching",
+         "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\nDECLARE @noexec int\nGO\n"
+         "SET NoExec\nOFF\nDELETE FROM EventLog\nGO\nSET PARSEONLY OFF\nGO\nDELETE FROM EventLog\n");
     pack("Foreign", "#START_OPTIONS#\nPlexum ID:5\nDatabase Name:Dorvas\n#START_SCRIPT#\nPRINT 'x'\n");
     pack("Variable",
          "#START_OPTIONS#\nDatabase Name:Dorvas\nDescription:x\nTool Variables:yes\n#START_SCRIPT#\n"
@@ -144,6 +147,8 @@ TEST_F(Installation, ChecksARunWithoutRunningIt) {
         {{"run", "SiteInventory", "--check"}, 0, "site       26, this one", ""},
         {{"run", "Wrong", "--check=all"}, 2, "", "--check"},
         {{"run", "Variable", "--check"}, 0, "parsed 1 batch(es) in Dorvas, refused 0, not sent 1", ""},
+        {{"run", "Switching", "--check"}, 0, "parsed 1 batch(es) in Dorvas, refused 0, not sent 3 with", ""},
+        {{"run", "Switching", "--check=compile", "--json"}, 0, "\"notSent\": 3,", ""},
     });
     EXPECT_EQ(journal("Wrong"), journal("None"));
     expectAll({{{"run", "PurgeEvents", "-p", "30", "-p", "2"}, 0, "Deleted 54 event(s)", ""},
@@ -290,6 +295,12 @@ TEST_F(Installation, NamesTheCauseOfAFailedRun) {
         {{"params", "tsEventSummary"}, 3, "", "tscript doctor names every procedure"},
         {{"run", "Drop", "-p", "DELETE app_plexum WHERE id = 2"}, 0, "", ""},
         {{"run", "SiteInventory"}, 3, "", "lacks a row that runs need: The statement returned no row"},
+        {{"run", "SiteInventory", "--check"},
+         3,
+         "site       26; which one this is cannot be read",
+         "is bound to a site"},
+        {{"run", "Drop", "-p", "DELETE nq2..NQSetting"}, 0, "", ""},
+        {{"run", "NQCleanup", "--check"}, 3, "; which one this is cannot be read", "is bound to a site"},
     });
     support::writeFile(m_temp / "tool", "#!/nowhere/sh\n");
     fs::permissions(m_temp / "tool", fs::perms(0700));

@@ -136,6 +136,12 @@ TEST_F(OnATerminal, OutputFitsAndIsPlainWhereItMustBe) {
         EXPECT_EQ(moves, kind == kLively) << program.screen();
         EXPECT_NE(program.screen().find("Zürich ]0; "), std::string::npos) << program.screen();
     }
+    const std::string control = "\u009B";  // begins an escape sequence
+    ASSERT_EQ(run({"run", slow[1], "-p", control}).exitCode, 0);
+    EXPECT_NE(run({"journal", "--json"}).output.find(control), std::string::npos);
+    TerminalProgram json = terminal({"journal", "--json"});
+    EXPECT_EQ(json.end(), 0);
+    EXPECT_EQ(json.screen().find(control), std::string::npos) << json.screen();
     for (const Words& kind : {kLively, kDumb, kColourless}) {
         for (const int columns : {20, 40, 80, 110}) {
             for (const Words& words : listings) {

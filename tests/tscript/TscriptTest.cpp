@@ -28,6 +28,7 @@ TEST(CommandLine, WrongInputsAreRefusedWithTheirExitCode) {
         {{"run", std::string(129, 'x')}, 2, "", "cannot be a script's name"},
         {{"which", "Z\xFCrich"}, 2, "", "cannot be a script's name"},
         {{"run", "X"}, 3, "", "/nowhere"},
+        {{"--store", "", "run", "X"}, 2, "", "--store names no file"},
         {{"--store", temp / "bad.toml", "run", "X"}, 3, "", "line 2"},
         {{"pack", temp / "bad.toml"}, 3, "", "/nowhere"},
         {{"credentials", "set", "Dorvas"}, 2, "", "--user is required"},

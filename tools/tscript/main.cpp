@@ -24,7 +24,8 @@ constexpr const char* kDescription = "Runs and packs tscripts, and maintains the
 constexpr const char* kFooter = R"(
 Exit codes:
   0    done
-  1    the script, a check of backups, or a command of each failed
+  1    a script, test or check failed, diff found differences, or a command
+       that each runs failed
   2    wrong usage
   3    the installation is not in order
   4    no connection to the database
@@ -56,7 +57,10 @@ int runTool(int argc, char** argv) {
     CommandLine commandLine(kDescription, "tscript", TSCRIPT_VERSION, kFooter);
     addOptionFunction(
         commandLine.app(), "--store",
-        [](const std::string& file) { setenv("ZEPHRA_REGISTRY", file.c_str(), 1); },
+        [](const std::string& file) {
+            if (file.empty()) throw Failure(ExitCode::kUsage, "--store names no file");
+            setenv("ZEPHRA_REGISTRY", file.c_str(), 1);
+        },
         "Configuration store (default: $ZEPHRA_REGISTRY, else /etc/zephra/registry.toml)", "FILE");
     addNoInputOption(commandLine.app());
     Action action;
@@ -84,6 +88,7 @@ int main(int argc, char** argv) {
     std::setlocale(LC_CTYPE, "C.UTF-8");  // for TextWidth.h
     signal(SIGXFSZ, SIG_IGN);             // exceeding the file size limit then fails write()
     signal(SIGPIPE, SIG_IGN);             // so does a pipe without a reader
+    signal(SIGCHLD, SIG_DFL);             // the exit codes of children are lost while it is ignored
     try {
         return runTool(argc, argv);
     } catch (const Failure& failure) {

@@ -85,7 +85,7 @@ std::string performanceData(const BackupAge& age, const Limits& limits) {
            std::to_string(limits.critical);
 }
 
-// One line, as Nagios and its relatives expect it.
+// Writes one line in the form of a Nagios plugin: state, text, "|", performance data.
 ExitCode writeNagiosCheck(const std::vector<BackupAge>& ages, const Limits& limits) {
     NagiosState state = NagiosState::kOk;
     std::string findings;

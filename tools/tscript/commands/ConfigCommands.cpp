@@ -1,5 +1,4 @@
 // Command family `config`: the values of the configuration store.
-#include <algorithm>
 #include <memory>
 
 #include "HostSetup.h"

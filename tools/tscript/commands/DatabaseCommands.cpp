@@ -94,7 +94,7 @@ ExitCode executeRestore(DBBase& db, const DatabaseOptions& options, const std::s
     return ExitCode::kDone;
 }
 
-// Always fails in the library, which returns the statement as its error message.
+// Returns the statement, which DBBase::restoreDB() puts into its error message: it always fails.
 std::string restoreStatement(DBBase& db, const DatabaseOptions& options, const std::string& folder) {
     std::string_view built;
     std::size_t end = built.npos;
@@ -148,7 +148,7 @@ void addLastBackup(CLI::App* family, Action& action, const std::shared_ptr<LastB
               {.type = "TIME"});
     addFlag(last, "--json", options->json, "Write JSON");
     addFlag(last, "--nagios", options->nagios,
-            "Write one line and return an exit code as a check of Nagios does; --older-than is critical",
+            "Write one line and exit with the code of a Nagios check; older than --older-than is critical",
             "--json");
     addFlag(last, "--prometheus", options->prometheus, "Write metrics for Prometheus", "--json");
 }

@@ -152,11 +152,11 @@ void addEachCommand(CLI::App& app, Action& action) {
     CLI::App* command = addCommand(
         &app, action, "each", "Run a command on several installations, by their stores", options, runOnEach);
     addRepeatable(command, "--stores", options->patterns,
-                  "The stores, a pattern as of a shell; may be repeated", "GLOB");
+                  "The stores, as a pattern of the shell; may be repeated", "GLOB");
     addNumber(command, "--jobs", options->jobs, "How many run at the same time",
               {.type = "N", .least = 1, .most = kMostJobs});
     addFlag(command, "--keep-going", options->keepGoing,
-            "Run on all stores; without, none is started after a failure");
+            "Run on all stores; without it, no further one is started after a failure");
     addOption(command, "--output-dir", options->folder,
               "Write the output of each to files LABEL.out and LABEL.err in this folder", {.type = "DIR"});
     addFlag(command, "--quiet", options->quiet, "Write the summary only");

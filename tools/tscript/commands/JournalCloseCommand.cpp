@@ -11,6 +11,7 @@
 #include "installation/Account.h"
 #include "installation/Diagnosis.h"
 #include "installation/Installation.h"
+#include "installation/ServerQuery.h"
 #include "journal/Records.h"
 
 namespace {
@@ -33,8 +34,7 @@ std::string withQuotesDoubled(const std::string& text) {
 std::vector<std::string> query(DBBase& db, const std::string& sql) {
     std::vector<std::string> rows;
     if (db.GetDBValueList(sql.c_str(), rows, 1)) return rows;
-    throw Failure(ExitCode::kConnection, "the journal cannot be read or changed",
-                  "See the server's message in the debug log beside " + sessionLogFile().string() + ".");
+    throw Failure(ExitCode::kConnection, withCauses("the journal cannot be read or changed", db));
 }
 
 // Throws Failure (kUsage) for a row that does not exist, has an end, or may belong to a live run.
@@ -60,9 +60,12 @@ ExitCode closeRun(const CloseOptions& options) {
     if (!openAccount(db, suiteDatabase(database))) throw diagnoseDatabase(database).failure();
     const std::string now = "dbo.GetDateTime(" + std::to_string(std::time(nullptr)) + ")";
     requireAbandoned(db, options, now);
-    query(db, "SET NOCOUNT ON UPDATE ZpTscriptExec SET status = 2, timeEnd = " + now +
-                  ", inputParams = ISNULL(inputParams, N'') + N' [" + withQuotesDoubled(options.remark) +
-                  "]' WHERE id = " + std::to_string(options.id) + " AND status = 0 SELECT 1");
+    const std::vector<std::string> closedRows =
+        query(db, "SET NOCOUNT ON UPDATE ZpTscriptExec SET status = 2, timeEnd = " + now +
+                      ", inputParams = ISNULL(inputParams, N'') + N' [" + withQuotesDoubled(options.remark) +
+                      "]' WHERE id = " + std::to_string(options.id) + " AND status = 0 SELECT @@ROWCOUNT");
+    if (closedRows.empty() || closedRows.front() == "0")
+        throw Failure(ExitCode::kUsage, "run " + std::to_string(options.id) + " has ended meanwhile");
     writeNote("closed run " + std::to_string(options.id) + " of " + database + " as failed");
     return ExitCode::kDone;
 }

@@ -183,10 +183,11 @@ std::vector<TScriptRun_t> Follower::changes() {
     return changed;
 }
 
-// True when nobody reads standard output any more.
+// Waits. Returns true at once when nobody reads standard output any more: a pipe then reports POLLERR, a
+// terminal or socket POLLHUP.
 bool isOutputClosedWithin(std::chrono::milliseconds time) {
     pollfd output{.fd = STDOUT_FILENO, .events = 0, .revents = 0};
-    return poll(&output, 1, static_cast<int>(time.count())) > 0 && (output.revents & POLLERR) != 0;
+    return poll(&output, 1, static_cast<int>(time.count())) > 0;
 }
 
 void follow(SelectedRuns& selected, Follower& follower, RunWriter& writer) {

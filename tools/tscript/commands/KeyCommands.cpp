@@ -23,7 +23,7 @@ std::string configuredKeyFile() {
     throw Failure(ExitCode::kInstallation, hostlayer::cipherErrorText(VTPassword::kKeyNotConfigured));
 }
 
-// The public key is the result: it belongs into the store's trustedSigners.
+// The public key is the result: it belongs in the store's trustedSigners.
 ExitCode createSigningKey(const std::string& file) {
     if (file.empty()) throw Failure(ExitCode::kUsage, "name the file of the signing key");
     std::string problem;

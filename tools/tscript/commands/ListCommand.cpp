@@ -22,6 +22,8 @@
 
 namespace {
 
+constexpr double kStaleHours = 24;  // after which a run without an end counts as abandoned
+
 struct ListOptions {
     RecordOptions records;
     bool packagesOnly = false;
@@ -40,27 +42,32 @@ struct ListedScript {
     std::optional<TScriptRun_t> lastRun{};
 };
 
-// Journals of the databases, each opened once. A journal that cannot be read is reported once and has no
-// runs.
-class Journals {
+// Catalogues and journals of the databases, each opened once.
+class Databases {
   public:
-    TScriptRecords* of(const std::string& database) {
-        const auto [entry, isNew] = m_opened.try_emplace(database);
-        if (!isNew) return entry->second.get();
+    // Calls `work` with the records of the database, unless it could not be opened before. Keeps a failure.
+    template <typename Work>
+    void with(const std::string& database, Work work) {
         try {
-            auto records = std::make_unique<TScriptRecords>();
-            openRecords(*records, database);
-            entry->second = std::move(records);
+            if (TScriptRecords* records = opened(database)) work(*records);
         } catch (const Failure& failure) {
-            m_failure = failure;
+            if (!m_failure) m_failure = failure;
         }
-        return entry->second.get();
     }
     const std::optional<Failure>& failure() const { return m_failure; }
 
   private:
+    TScriptRecords* opened(const std::string& database) {
+        const auto [entry, isNew] = m_opened.try_emplace(database);
+        if (!isNew) return entry->second.get();
+        auto records = std::make_unique<TScriptRecords>();
+        openRecords(*records, database);  // the entry stays null if this throws
+        entry->second = std::move(records);
+        return entry->second.get();
+    }
+
     std::map<std::string, std::unique_ptr<TScriptRecords>> m_opened;
-    std::optional<Failure> m_failure;  // the last one
+    std::optional<Failure> m_failure;  // the first one
 };
 
 std::string withoutBreaks(std::string text) {
@@ -101,45 +108,42 @@ bool isSelected(const std::string& name, const std::string& pattern) {
     return pattern.empty() || fnmatch(pattern.c_str(), name.c_str(), FNM_CASEFOLD | FNM_NOESCAPE) == 0;
 }
 
-std::optional<TScriptRun_t> lastRunOf(const std::string& name, TScriptRecords* records) {
-    std::vector<TScriptRun_t> runs;
+std::optional<TScriptRun_t> lastRunOf(const std::string& name, TScriptRecords& records) {
     TScriptRunFilter_t filter;
     filter.namePattern = name;
-    for (int beforeId = 0; records != nullptr && records->listRuns(filter, beforeId, kJournalPage, runs);
-         beforeId = runs.back().id) {
+    std::vector<TScriptRun_t> runs;
+    int beforeId = 0;
+    do {
+        if (!records.listRuns(filter, beforeId, kJournalPage, runs)) throwUnreadable(records);
         // The name is a pattern: with wildcards in it, runs of other scripts match as well.
         for (const TScriptRun_t& run : runs)
             if (strcasecmp(run.name.c_str(), name.c_str()) == 0) return run;
-        if (runs.size() < kJournalPage) break;
-    }
+        if (!runs.empty()) beforeId = runs.back().id;
+    } while (runs.size() == kJournalPage);
     return std::nullopt;
 }
 
-void addProcedures(std::vector<ListedScript>& scripts, const std::string& pattern, TScriptRecords* records) {
+void addProcedures(std::vector<ListedScript>& scripts, const std::string& pattern, TScriptRecords& records) {
     std::vector<TScriptEntry_t> page;
-    for (int beforeId = 0;
-         records != nullptr && records->listScripts(pattern.c_str(), beforeId, kJournalPage, page);
-         beforeId = page.back().id) {
+    int beforeId = 0;
+    do {
+        if (!records.listScripts(pattern.c_str(), beforeId, kJournalPage, page)) throwUnreadable(records);
         for (const TScriptEntry_t& entry : page)
             if ((entry.type & kTScriptPermanent) != 0)
-                scripts.push_back({.name = entry.name,
-                                   .kind = "procedure",
-                                   .database = records->getDbName(),
-                                   .lastRun = lastRunOf(entry.name, records)});
-        if (page.size() < kJournalPage) return;
-    }
+                scripts.push_back({.name = entry.name, .kind = "procedure", .database = records.getDbName()});
+        if (!page.empty()) beforeId = page.back().id;
+    } while (page.size() == kJournalPage);
 }
 
 std::string parameterNames(const std::vector<Parameter>& parameters) {
     std::string names;
     for (const Parameter& parameter : parameters)
-        names +=
-            (names.empty() ? "" : " ") + (parameter.standard ? "[" + parameter.name + "]" : parameter.name);
+        names += (names.empty() ? "" : " ") +
+                 (parameter.defaultValue ? "[" + parameter.name + "]" : parameter.name);
     return names;
 }
 
 Cells cellsOf(const ListedScript& script) {
-    constexpr double kStaleHours = 24;
     std::string run = "-";
     if (script.lastRun)
         run = localTime(script.lastRun->startTime, "%Y-%m-%d %H:%M") + " " +
@@ -156,7 +160,6 @@ Cells cellsOf(const ListedScript& script) {
 }
 
 Json jsonOf(const ListedScript& script) {
-    constexpr double kStaleHours = 24;
     Json value = {{"name", script.name}, {"kind", script.kind}, {"database", script.database}};
     if (script.kind == "package") {
         value["site"] = script.site;
@@ -196,16 +199,20 @@ ExitCode listScripts(const ListOptions& options) {
     std::vector<ListedScript> scripts;
     for (const std::string& name : packageNames())
         if (isSelected(name, options.records.name)) scripts.push_back(describePackage(name));
-    Journals journals;
+    Databases databases;
     if (!options.packagesOnly) {
-        for (ListedScript& script : scripts)
-            script.lastRun =
-                lastRunOf(script.name,
-                          journals.of(script.database.empty() ? options.records.database : script.database));
-        addProcedures(scripts, options.records.name, journals.of(options.records.database));
+        const std::string& chosen = options.records.database;
+        databases.with(
+            chosen, [&](TScriptRecords& records) { addProcedures(scripts, options.records.name, records); });
+        for (ListedScript& script : scripts) {
+            const bool hasOwn = script.kind == "package" && !script.database.empty();
+            databases.with(hasOwn ? script.database : chosen, [&](TScriptRecords& records) {
+                script.lastRun = lastRunOf(script.name, records);
+            });
+        }
     }
     write(scripts, options.records.json);
-    if (journals.failure()) throw *journals.failure();
+    if (databases.failure()) throw *databases.failure();
     return ExitCode::kDone;
 }
 

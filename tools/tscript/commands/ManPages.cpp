@@ -5,7 +5,7 @@
 
 namespace {
 
-// A text in which nothing is a request or an escape of roff.
+// Escapes text for roff: nothing in the result is a request or an escape.
 std::string roff(const std::string& text) {
     std::string escaped;
     for (const char c : text)

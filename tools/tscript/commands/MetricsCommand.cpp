@@ -2,7 +2,6 @@
 #include <algorithm>
 #include <ctime>
 #include <memory>
-#include <optional>
 #include <vector>
 
 #include "DVUtilities/DBBase.h"
@@ -110,7 +109,8 @@ void MetricsPage::addFindings() {
 }
 
 std::string MetricsPage::finish() {
-    m_metrics.add("tscript_metrics_complete", "gauge", "Whether a part of these metrics could be collected.");
+    m_metrics.add("tscript_metrics_complete", "gauge",
+                  "1 if a part of these metrics was collected, 0 if not.");
     for (const auto& [name, isComplete] : m_parts) m_metrics.sample(isComplete ? 1 : 0, {{"part", name}});
     return m_metrics.text();
 }

@@ -1,7 +1,6 @@
 // Command `report`: writes an HTML page about the runs in a journal.
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstdio>
 #include <ctime>
 #include <memory>

@@ -23,9 +23,8 @@ ExitCode rotate(const RotateOptions& options) {
               result.newKey + ": " + std::to_string(result.packages) + " package(s), " +
               std::to_string(result.credentials) + " credential(s)");
     writeNote(result.previousKey + " is not used any more; delete it when no backup needs it");
-    if (result.unreadable > 0)
-        writeNote("tscript: " + std::to_string(result.unreadable) +
-                  " package(s) that neither key decrypts were left as they are");
+    for (const std::string& package : result.unreadable)
+        writeNote("tscript: left as it is, because neither key decrypts it: " + package);
     return ExitCode::kDone;
 }
 

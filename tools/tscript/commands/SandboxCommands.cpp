@@ -155,8 +155,8 @@ void addSandboxCommands(CLI::App& app, Action& action) {
     const auto options = std::make_shared<SandboxOptions>();
     CLI::App* family = addFamily(app, "sandbox", "A sample installation with a local SQL server");
     addOption(family, "--dir", options->folder,
-              "Its folder (default: except for up, that of the sandbox whose store is in force; else "
-              "zephra-sandbox in the user's data folder)",
+              "Its folder (default: that of the sandbox whose store is in force, except for up; if there is "
+              "none, zephra-sandbox in the user's data folder)",
               {.type = "DIR"});
     CLI::App* start =
         addCommand(family, action, "up", "Create it if it does not exist, and start the server", options, up);

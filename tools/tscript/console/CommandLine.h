@@ -41,8 +41,7 @@ std::string usageOf(const CLI::App& app);
 void setHeading(CLI::App& app, const char* command, const char* heading);
 // Returns the commands and options that have been added so far.
 CommandDescription describe(const CLI::App& app);
-// Makes a command accept words that it does not know; `help`, one line, describes them behind its
-// usage.
+// Makes a command accept words that it does not know. Its usage ends with `help`, one line about them.
 void acceptFurtherWords(CLI::App* command, const char* help);
 // Words of the parsed command line that its command does not know.
 std::vector<std::string> furtherWords(const CLI::App& app);

@@ -6,8 +6,8 @@
 
 #include "console/JsonOutput.h"
 
-// Quoted; control characters, line breaks included, become blanks.
+// Returns the text in double quotes. Control characters, line breaks included, become blanks.
 std::string csvField(std::string_view text);
-// The names, or the values, of an object's members as one line. Null is an empty field.
+// Return the names, or the values, of an object's members as one line with its end. Null is an empty field.
 std::string csvHeading(const Json& object);
 std::string csvLine(const Json& object);

@@ -104,7 +104,8 @@ std::string Listing::coloured(const Cell& cell, const std::string& text) const {
 
 void JsonListing::write(const Json& element) {
     writeResult(m_empty ? "[\n" : ",\n");
-    const std::string text = jsonLine(element);
+    const std::string line = jsonLine(element);
+    const std::string text = isTerminal(STDOUT_FILENO) ? withoutControls(line) : line;
     std::fwrite(text.data(), 1, text.size(), resultStream());
     m_empty = false;
 }

@@ -43,7 +43,7 @@ class Listing {
     bool m_vertical = false;
 };
 
-// One JSON array over all pages, one element per line.
+// One JSON array over all pages, one element per line. On a terminal, control characters become blanks.
 class JsonListing {
   public:
     void write(const Json& element);

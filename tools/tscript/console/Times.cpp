@@ -6,7 +6,6 @@
 #include <ctime>
 #include <iomanip>
 #include <sstream>
-#include <string_view>
 
 #include "console/Outcome.h"
 
@@ -74,7 +73,8 @@ std::string twoParts(std::int64_t seconds, std::int64_t unit, const char* unitNa
 }  // namespace
 
 std::int64_t parseMoment(const std::string& text) {
-    if (const std::int64_t ago = parseUnits(text)) return std::time(nullptr) - ago;
+    const std::int64_t now = std::time(nullptr);
+    if (const std::int64_t ago = parseUnits(text); ago > 0 && ago < now) return now - ago;
     if (const std::int64_t day = parseDay(text)) return day;
     if (const std::int64_t moment = parseLocal(text)) return moment;
     throw Failure(ExitCode::kUsage, "'" + text.substr(0, 64) + "' is not a time",

@@ -22,7 +22,8 @@ namespace {
 
 constexpr const char* kServerTime = "SELECT DATEDIFF(second, '20200101', GETUTCDATE())";
 constexpr std::time_t kServerEpoch = 1577836800;  // 2020-01-01; the difference to it fits an int until 2088
-// Seconds. Kerberos refuses tickets above five minutes, and journal and abandoned runs are then misjudged.
+// Differences of the clocks in seconds: the largest without a warning, and the largest without a failure.
+// Kerberos refuses tickets at five minutes, and ages of runs in the journal are wrong by the difference.
 constexpr long long kSmallDifference = 60;
 constexpr long long kLargestDifference = 300;
 

@@ -4,7 +4,6 @@
 #include <sys/stat.h>
 
 #include <array>
-#include <filesystem>
 #include <string>
 #include <string_view>
 

@@ -58,13 +58,13 @@ std::string adviceFor(const SchemaUse& use, const SuiteDatabase& database) {
            " shows how. Otherwise grant the login the right that is missing.";
 }
 
-// The direct connection reports no message, so the query tool repeats the statement.
+// Repeats the statement through the query tool, whose output has the server's message. Empty if it succeeds.
 std::string serverMessage(DBBase& db, const SuiteDatabase& database, const char* sql) {
     constexpr int kNoOptions = 0;
     const ProbeFile output(sessionLogFile().parent_path(), "");
-    const ToolLimit limit;
+    ToolLimit limit;
     if (db.RunStringQuery_TS(sql, output.path().c_str(), database.name, kNoOptions)) return {};
-    return output.content();
+    return limit.expired() ? "the query tool " + ToolLimit::text() : output.content();
 }
 
 bool works(DBBase& db, const SchemaUse& use) {
@@ -79,10 +79,12 @@ void checkUses(CheckList& list, const std::string& name, DBBase& db, const Suite
         const bool belongs = use.database == nullptr || use.database == std::string_view(database.name);
         if (!belongs || use.object == failed || works(db, use)) continue;
         failed = use.object;
-        const std::string message = serverMessage(db, database, use.sql);
+        std::string message = serverMessage(db, database, use.sql);
+        if (message.empty())
+            message = use.returnsNumber ? "the row is missing or the value is wrong"
+                                        : "the statement failed, and then succeeded through the query tool";
         list.addFailure(name, ExitCode::kInstallation,
-                        std::string(use.object) + " (" + use.purpose +
-                            "): " + (message.empty() ? "the row is missing or the value is wrong" : message),
+                        std::string(use.object) + " (" + use.purpose + "): " + message,
                         adviceFor(use, database));
     }
 }

@@ -1,5 +1,4 @@
 // Check of the query tool by a run of it.
-#include <filesystem>
 #include <string>
 #include <system_error>
 

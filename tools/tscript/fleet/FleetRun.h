@@ -28,8 +28,8 @@ struct FleetPlan {
     std::filesystem::path folder;      // of the outputs, one file LABEL.out and LABEL.err per store
 };
 
-// Runs the command on each member. Calls `ended` after each, with how many have ended; false starts no
-// further ones. Ctrl-C is passed on to those that run, and no further ones are started; the
-// result is then false. Throws Failure.
+// Runs the command on each member. Calls `ended` with each member that has ended and with their number so
+// far; if it returns false, no further member is started. Ctrl-C is passed on to the running members; no
+// further one is started then, and the result is false. Throws Failure.
 bool runFleet(std::vector<FleetMember>& members, const FleetPlan& plan,
               const std::function<bool(const FleetMember&, std::size_t)>& ended);

@@ -194,8 +194,7 @@ Diagnosis databaseUnreachable(const std::string&, const std::string& database) {
     return diagnoseDatabase(database);
 }
 
-// ---- Table of the library's messages
-// ----------------------------------------------------------------------------
+// ---- Table of the library's messages ------------------------------------------------------------------
 
 struct KnownMessage {
     const char* lineStart;  // of a line of the output

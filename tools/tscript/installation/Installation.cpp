@@ -152,7 +152,7 @@ std::filesystem::path scriptsFolder() {
 }
 
 std::string storeText(const char* key, const char* valueName) {
-    std::vector<char> text(8192);
+    std::vector<char> text(kValueCapacity);
     std::string ignored;
     return GetRegistryItemValue("", key, valueName, nullptr, text.data(), ignored) ? text.data() : "";
 }

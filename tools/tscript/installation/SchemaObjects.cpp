@@ -1,12 +1,12 @@
 #include "installation/SchemaObjects.h"
 
 #include <algorithm>
-#include <array>
 #include <fstream>
 #include <iterator>
 #include <string_view>
 
 #include "console/Outcome.h"
+#include "installation/ServerQuery.h"
 #include "system/ScratchFile.h"
 
 namespace {
@@ -48,12 +48,12 @@ constexpr Routine kRoutines[] = {
     {"VT_GetSpParams", nullptr},
 };
 
-// Asks whether the object exists: its number, or 0. Objects that the login must not see do not exist for it.
+// Returns whether the object exists; false for one that the login may not see.
 bool exists(DBBase& db, const std::string& name) {
     int found = 0;
     if (!db.GetDBValueInt(("SELECT CASE WHEN OBJECT_ID('" + name + "') IS NULL THEN 0 ELSE 1 END").c_str(),
                           found))
-        throw Failure(ExitCode::kConnection, "the database cannot be asked for its objects");
+        throw Failure(ExitCode::kConnection, withCauses("the database cannot be asked for its objects", db));
     return found != 0;
 }
 
@@ -70,7 +70,8 @@ Columns columnsOf(DBBase& db, const char* table) {
                                 "WHERE TABLE_NAME = '") +
                             table + "' ORDER BY ORDINAL_POSITION";
     if (!db.GetDBValueList(sql.c_str(), rows, 1))
-        throw Failure(ExitCode::kConnection, std::string("the columns of ") + table + " cannot be read");
+        throw Failure(ExitCode::kConnection,
+                      withCauses(std::string("the columns of ") + table + " cannot be read", db));
     Columns columns;
     for (const std::string& row : rows) {
         const std::size_t blank = row.find(' ');

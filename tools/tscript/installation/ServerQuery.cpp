@@ -21,18 +21,18 @@ std::vector<std::string> columnsOf(std::string_view row, std::size_t number) {
     return values;
 }
 
-std::string withCauses(std::string what, const DBBase& db) {
-    std::vector<DVUCause_t> causes;
-    DVU_GetCauses(db, causes);
-    for (const DVUCause_t& cause : causes) what += "\n" + cause.text;
-    return what;
-}
-
 }  // namespace
 
 void connectToServer(DBBase& db, const std::string& account) {
     requireStore();
     if (!openAccount(db, suiteDatabase(account))) throw diagnoseDatabase(account).failure();
+}
+
+std::string withCauses(std::string what, const DBBase& db) {
+    std::vector<DVUCause_t> causes;
+    DVU_GetCauses(db, causes);
+    for (const DVUCause_t& cause : causes) what += "\n" + cause.text;
+    return what;
 }
 
 void throwQueryFailure(const DBBase& db) {

@@ -7,6 +7,7 @@
 #include "DVUtilities/commonFunc.h"
 #include "HostSetup.h"
 #include "console/Outcome.h"
+#include "installation/Credentials.h"
 #include "installation/KnownValues.h"
 
 namespace {
@@ -38,7 +39,8 @@ const StoreEntry* findEntry(const std::vector<StoreEntry>& entries, const StoreE
     return found == entries.end() ? nullptr : &*found;
 }
 
-// What is known of the entry; of another one, what the value in the store says.
+// Returns the known value of that name, else one of the type that the value in the store has. Throws Failure
+// (kUsage) if there is neither.
 KnownValue knownValueOf(const StoreEntry& entry) {
     if (const KnownValue* known = findKnownValue(entry.table.back(), entry.name)) return *known;
     const std::vector<StoreEntry> entries = storeEntries();
@@ -54,7 +56,8 @@ KnownValue knownValueOf(const StoreEntry& entry) {
 // The library expands percent signs in an instance's strings, so that they have to be doubled.
 void checkString(const StoreEntry& entry, const std::string& text, ValueKind kind) {
     const auto isControl = [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; };
-    if (text.size() > kLongestText) throwUsage("the value is longer than 1023 bytes");
+    if (text.size() > kLongestText)
+        throwUsage("the value is longer than " + std::to_string(kLongestText) + " bytes");
     if (std::any_of(text.begin(), text.end(), isControl)) throwUsage("the value holds a control character");
     if (kind == ValueKind::kPath && (text.empty() || text.front() != '/'))
         throwUsage(entry.fullName() + " is an absolute path");
@@ -80,7 +83,7 @@ std::string StoreEntry::text() const {
 bool StoreEntry::isSecret() const {
     const bool isEncrypted = name.size() > 1 && name[0] == 'p' && name[1] >= 'A' && name[1] <= 'Z';
     const std::string content = text();
-    return isEncrypted || content.starts_with("ZC1.") || holdsIgnoringCase(name, "password") ||
+    return isEncrypted || isStoredCredentials(content) || holdsIgnoringCase(name, "password") ||
            holdsPassword(content);
 }
 

@@ -8,5 +8,6 @@
 // Opens the records of a database, by default the one of the installed components. Throws Failure with the
 // diagnosis.
 void openRecords(TScriptRecords& records, const std::string& database);
-// Throws Failure (kConnection) with the error of the last call.
+// Throws Failure with the error and the causes of the last call: kInstallation if SQL Server refused the
+// statement, else kConnection.
 [[noreturn]] void throwUnreadable(const TScriptRecords& records);

@@ -10,7 +10,6 @@ struct WatchOptions {
     bool json;
 };
 
-// Lists the runs that have not ended, each with its session on the server: state, wait, blocking session.
-// Repeats it every two seconds on an ANSI terminal, unless as JSON; ends there only with the process. Throws
-// Failure.
+// Lists the runs that have not ended, each with its session on the server: state, wait, blocking session. On
+// an ANSI terminal, and not as JSON, repeats this every two seconds until the process ends. Throws Failure.
 void watchRuns(const WatchOptions& options);

@@ -1,7 +1,6 @@
 #include "package/Inspection.h"
 
 #include <algorithm>
-#include <array>
 #include <string_view>
 
 #include "HostSetup.h"
@@ -10,11 +9,10 @@
 #include "installation/CipherKey.h"
 #include "package/PackageFile.h"
 #include "package/PercentSigns.h"
+#include "package/PlainRecord.h"
 #include "package/RecordReader.h"
 
 namespace {
-
-constexpr std::size_t kPlainCapacity = 511;  // the library's buffer for a record's plain text
 
 // Splits the plain text into the pieces in which the loader reads it, and parses them.
 class PieceParser {
@@ -71,12 +69,11 @@ Inspection inspectPackage(const std::string& file) {
         if (!reader.blankLines().empty()) seal.addLine({}, reader.blankLines(), {});
     };
     for (std::string record; reader.next(record); ++found.records) {
-        std::array<char, kPlainCapacity> plain{};
-        unsigned long size = plain.size();
+        PlainRecord plain;
         addBlankLines();
-        if (cipher.decrypt(record.c_str(), plain.data(), &size) != 0) {
-            const bool isContent = seal.addLine(record, reader.lineEnd(), plain.data());
-            if (found.badRecords == 0 && isContent) parser.append(plain.data());
+        if (plain.decrypt(cipher, record)) {
+            const bool isContent = seal.addLine(record, reader.lineEnd(), plain.text());
+            if (found.badRecords == 0 && isContent) parser.append(plain.text());
         } else if (++found.badRecords == 1) {
             found.firstBadLine = reader.line();
             found.firstReason = hostlayer::cipherErrorText(cipher.getLastError());

@@ -1,5 +1,7 @@
 #include "package/PackageFile.h"
 
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 
 #include "console/Outcome.h"
@@ -9,10 +11,10 @@ std::ifstream openPackageFile(const std::string& file, std::uintmax_t mostGiB) {
     if (!std::filesystem::is_regular_file(file, error))
         throw Failure(ExitCode::kUsage,
                       file + " is not a file" + (error ? ": " + error.message() : std::string()));
-    if (std::filesystem::file_size(file, error) > mostGiB << 30 || error)
+    if (std::filesystem::file_size(file, error) > mostGiB << 30 && !error)
         throw Failure(ExitCode::kUsage, file + " is larger than " + std::to_string(mostGiB) + " GiB");
     std::ifstream in(file, std::ios::binary);
-    if (!in) throw Failure(ExitCode::kUsage, file + " cannot be read");
+    if (!in) throw Failure(ExitCode::kUsage, file + " cannot be read: " + std::strerror(errno));
     return in;
 }
 

@@ -13,9 +13,9 @@ std::string parametersText(const std::vector<Parameter>& parameters) {
     for (std::size_t i = 0; i < parameters.size(); ++i) {
         const Parameter& parameter = parameters[i];
         std::string line = heads[i] + std::string(width + 2 - heads[i].size(), ' ') + parameter.description;
-        if (parameter.standard)
+        if (parameter.defaultValue)
             line += std::string(parameter.description.empty() ? "" : " ") +
-                    "(default: " + *parameter.standard + ")";
+                    "(default: " + *parameter.defaultValue + ")";
         line.erase(line.find_last_not_of(' ') + 1);
         text += (text.empty() ? "" : "\n") + line;
     }
@@ -27,7 +27,7 @@ Json parametersJson(const std::vector<Parameter>& parameters) {
     for (const Parameter& parameter : parameters)
         list.push_back({{"name", parameter.name},
                         {"type", parameter.type},
-                        {"default", parameter.standard ? Json(*parameter.standard) : Json()},
+                        {"default", parameter.defaultValue ? Json(*parameter.defaultValue) : Json()},
                         {"description", parameter.description}});
     return list;
 }

@@ -53,8 +53,7 @@ std::optional<std::int64_t> integerOf(std::string_view text) {
     return isWhole ? std::optional(number) : std::nullopt;
 }
 
-// ---- Types
-// -------------------------------------------------------------------------------------------------
+// ---- Types --------------------------------------------------------------------------------------------
 
 struct TypeText {
     std::string_view name;
@@ -113,8 +112,7 @@ bool isType(std::string_view text) {
     return isPlain;
 }
 
-// ---- Values
-// ------------------------------------------------------------------------------------------------
+// ---- Values -------------------------------------------------------------------------------------------
 
 std::string integerProblem(const IntegerType& type, std::optional<std::string_view> limits,
                            std::string_view value) {
@@ -171,8 +169,7 @@ std::int64_t characters(std::string_view text) {
                          [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; });
 }
 
-// ---- Declarations
-// ------------------------------------------------------------------------------------------
+// ---- Declarations -------------------------------------------------------------------------------------
 
 void skipBlanks(std::string_view& text) {
     text.remove_prefix(std::min(text.find_first_not_of(' '), text.size()));
@@ -226,7 +223,7 @@ std::string parseParameter(std::string_view text, Parameter& parameter) {
     if (!text.empty() && text.front() != '"') {
         part = text.front() == '\'' ? takeQuoted(text) : std::optional<std::string>(takeWord(text));
         if (!part) return "the default's closing quote is missing";
-        parameter.standard = part;
+        parameter.defaultValue = part;
     }
     if (!text.empty() && text.front() == '"') {
         part = takeQuoted(text);
@@ -234,8 +231,8 @@ std::string parseParameter(std::string_view text, Parameter& parameter) {
         parameter.description = *part;
     }
     if (!text.empty()) return "nothing may follow the description, and it is in double quotes";
-    if (!parameter.standard) return {};
-    const std::string problem = valueProblem(parameter, *parameter.standard);
+    if (!parameter.defaultValue) return {};
+    const std::string problem = valueProblem(parameter, *parameter.defaultValue);
     return problem.empty() ? "" : "the default " + problem;
 }
 

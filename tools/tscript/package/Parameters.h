@@ -3,7 +3,7 @@
 //
 //     Parameter:NAME TYPE[(LIMITS)] [DEFAULT] ["DESCRIPTION"]
 //
-// For programs that do not know these lines they are text of the description.
+// Programs that do not know these lines take them for text of the description.
 #pragma once
 
 #include <optional>
@@ -13,8 +13,8 @@
 
 struct Parameter {
     std::string name;
-    std::string type;                     // as written: "int(1..365)"
-    std::optional<std::string> standard;  // value of a run that gives none; without one a run must give it
+    std::string type;                         // as written: "int(1..365)"
+    std::optional<std::string> defaultValue;  // of a run that gives none; empty: a run must give a value
     std::string description;
 };
 

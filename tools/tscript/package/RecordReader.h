@@ -14,9 +14,8 @@ class RecordReader {
     // Reads the next record; false at the end of the file. A line that is too long or holds a NUL byte gives
     // an empty record. Throws Failure (kInstallation) if reading fails.
     bool next(std::string& record);
-    const std::string& blankLines() const {
-        return m_blankLines;
-    }                                                         // between the last record and the one before
+    // Line breaks of the empty lines between the last record and the one before it.
+    const std::string& blankLines() const { return m_blankLines; }
     const std::string& lineEnd() const { return m_lineEnd; }  // of the last record
     std::size_t line() const { return m_line; }               // of the last record, from 1
     std::uintmax_t size() const { return m_size; }

@@ -22,6 +22,10 @@ const std::string& read(std::optional<std::string>& value, const char* database,
     return value.emplace(isRead ? rows.front() : "");
 }
 
+bool isBoundToNq2(const PackageContent& package) {
+    return !package.guid.empty() && strcasecmp(package.databaseName.c_str(), "NQ2") == 0;
+}
+
 }  // namespace
 
 const std::string& Site::number() {
@@ -32,13 +36,16 @@ const std::string& Site::guid() {
     return read(m_guid, "NQ2", kInstallationGuid);
 }
 
+bool isSiteUnknown(const PackageContent& package, Site& site) {
+    return (package.plexumId != 0 && site.number().empty()) || (isBoundToNq2(package) && site.guid().empty());
+}
+
 std::optional<SiteFault> siteFault(const PackageContent& package, Site& site) {
     if (package.plexumId != 0 && !site.number().empty() && site.number() != std::to_string(package.plexumId))
         return SiteFault{
             "is made for site " + std::to_string(package.plexumId) + "; this is site " + site.number(),
             "Ask its developer for a package for this site, or delete it."};
-    if (!package.guid.empty() && strcasecmp(package.databaseName.c_str(), "NQ2") == 0 &&
-        !site.guid().empty() && site.guid() != package.guid)
+    if (isBoundToNq2(package) && !site.guid().empty() && site.guid() != package.guid)
         return SiteFault{"is made for the NQ2 database " + package.guid + "; this is " + site.guid(),
                          "Ask its developer for a package for this database, or delete it."};
     return std::nullopt;

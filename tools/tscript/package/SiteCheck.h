@@ -23,5 +23,9 @@ struct SiteFault {
     std::string advice;
 };
 
-// Empty if the package may run at this site, or if the database does not say which one this is.
+// Returns whether the package is bound to a site or an NQ2 database, and the database does not return the
+// name of the one here. A run then fails.
+bool isSiteUnknown(const PackageContent& package, Site& site);
+
+// Empty if the package may run at this site, or if isSiteUnknown().
 std::optional<SiteFault> siteFault(const PackageContent& package, Site& site);

@@ -6,7 +6,6 @@
 //     output: Deleted 54 event(s).
 #pragma once
 
-#include <optional>
 #include <string>
 #include <vector>
 

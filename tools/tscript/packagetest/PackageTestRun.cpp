@@ -1,19 +1,17 @@
 #include "packagetest/PackageTestRun.h"
 
-#include <stdlib.h>
-
-#include <algorithm>
-#include <cerrno>
 #include <chrono>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <string_view>
 
+#include "console/Console.h"
 #include "console/JsonOutput.h"
 #include "console/Outcome.h"
 #include "sandbox/SampleInstallation.h"
 #include "system/ChildProcess.h"
+#include "system/ScratchFolder.h"
 
 namespace {
 
@@ -24,41 +22,26 @@ std::string contentOf(const fs::path& file) {
     return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
-class TemporaryFolder {
-  public:
-    TemporaryFolder() {
-        std::string pattern = (fs::temp_directory_path() / "tscript-test-XXXXXX").string();
-        if (mkdtemp(pattern.data()) == nullptr)
-            throw Failure(ExitCode::kInstallation, pattern + " cannot be created: " + std::strerror(errno));
-        m_path = pattern;
-    }
-    ~TemporaryFolder() {
-        std::error_code ignored;
-        fs::remove_all(m_path, ignored);
-    }
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-    const fs::path& path() const { return m_path; }
-
-  private:
-    fs::path m_path;
-};
-
 // A sample installation, up as long as the object lives. Commands on it are child processes, because a
 // process reads one store.
 class TestInstallation {
   public:
     TestInstallation() : m_folder(m_temp.path() / "installation") {
-        require({"sandbox", "up", "--dir", m_folder.path().string()}, ExitCode::kInstallation);
+        try {
+            require({"sandbox", "up", "--dir", m_folder.path().string()}, ExitCode::kInstallation);
+        } catch (...) {
+            stop();  // an interrupted start leaves its server
+            throw;
+        }
     }
-    ~TestInstallation() { call({"sandbox", "down", "--dir", m_folder.path().string()}); }
+    ~TestInstallation() { stop(); }
     TestInstallation(const TestInstallation&) = delete;
     TestInstallation& operator=(const TestInstallation&) = delete;
 
     fs::path file(const char* name) const { return m_temp.path() / name; }
     const SandboxFolder& folder() const { return m_folder; }
 
-    // Runs a command of this program; what it prints is in messages().
+    // Runs a command of this program. Its output is in messages().
     int call(std::vector<std::string> command) const {
         command.insert(command.begin(), fs::read_symlink("/proc/self/exe").string());
         return runChild(command, {.environment = {"ZEPHRA_REGISTRY=" + m_folder.store().string()},
@@ -67,7 +50,10 @@ class TestInstallation {
     std::string messages() const { return contentOf(file("messages")); }
 
     void require(const std::vector<std::string>& command, ExitCode otherwise) const {
-        if (call(command) != 0) throw Failure(otherwise, messages());
+        constexpr std::string_view kProgram = "tscript: ";  // which main() adds
+        if (call(command) == 0) return;
+        const std::string text = messages();
+        throw Failure(otherwise, text.starts_with(kProgram) ? text.substr(kProgram.size()) : text);
     }
 
     // Runs T-SQL with the query tool. Returns its rows as CSV; throws Failure (kUsage) with the server's
@@ -76,7 +62,9 @@ class TestInstallation {
         const std::optional<RunningServer> server = findServer(m_folder);
         if (!server) throw Failure(ExitCode::kInstallation, "the server of the test has ended");
         const Secret password = readSandboxPassword(m_folder);
-        std::ofstream(file("query.sql")) << sql << "\n";
+        std::ofstream out(file("query.sql"));
+        out << sql << "\n" << std::flush;
+        if (!out) throw Failure(ExitCode::kInstallation, file("query.sql").string() + " cannot be written");
         const int code =
             runChild({sandboxSqlcmd().string(), "-b", "--csv", "-S", addressOf(server->port), "-U",
                       kSandboxLogin, "-d", database, "-i", file("query.sql").string()},
@@ -93,7 +81,17 @@ class TestInstallation {
     }
 
   private:
-    TemporaryFolder m_temp;
+    // Not by a child process, which an interruption of this one would end.
+    void stop() const {
+        try {
+            if (const std::optional<RunningServer> server = findServer(m_folder))
+                stopServer(m_folder, *server);
+        } catch (const std::exception& error) {
+            writeNote(error.what());
+        }
+    }
+
+    ScratchFolder m_temp;
     SandboxFolder m_folder;
 };
 
@@ -105,8 +103,7 @@ std::vector<std::string> runCommand(const TestedPackage& package, const PackageT
     return command;
 }
 
-// ---- Comparison
-// --------------------------------------------------------------------------------------------
+// ---- Comparison ---------------------------------------------------------------------------------------
 
 bool hasLine(const std::string& output, const std::string& line) {
     return ("\n" + output + "\n").find("\n" + line + "\n") != std::string::npos;

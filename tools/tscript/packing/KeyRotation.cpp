@@ -8,12 +8,10 @@
 #include <cerrno>
 #include <cstring>
 #include <functional>
-#include <optional>
 #include <thread>
 #include <vector>
 
 #include "HostSettings.h"
-#include "console/Console.h"
 #include "console/Outcome.h"
 #include "installation/CipherKey.h"
 #include "installation/Credentials.h"
@@ -117,12 +115,12 @@ void KeyRotation::deleteLeftOvers() const {
             fs::remove(path, ignored);
 }
 
-// Who can read the previous key can read the new one, and nobody else.
+// Gives the new key the owner of the previous one, so that the same users can read it.
 void KeyRotation::createKey() {
     m_result.previousKey = std::exchange(m_result.newKey, nextKeyPath(m_result.newKey));
     createKeyFile(m_result.newKey);
-    struct stat before {
-    }, now{};
+    struct stat before {};
+    struct stat now {};
     if (stat(m_result.previousKey.c_str(), &before) != 0 || stat(m_result.newKey.c_str(), &now) != 0)
         throwErrno("cannot read the owner of the keys");
     const bool hasSameOwner = before.st_uid == now.st_uid && before.st_gid == now.st_gid;
@@ -160,7 +158,7 @@ std::vector<hostlayer::StoreChange> KeyRotation::convertedCredentials(bool areNe
 }
 
 void KeyRotation::convertPackages() {
-    m_result.unreadable = 0;
+    m_result.unreadable.clear();
     for (const fs::path& file : pathsIn(m_scripts, ".sql"))
         if (fs::symlink_status(file).type() == fs::file_type::regular) convertPackage(file);
 }
@@ -178,8 +176,7 @@ void KeyRotation::convertPackage(const fs::path& file) {
         if (isAuthentic(file.string(), from))
             throw Failure(ExitCode::kInstallation, file.string() + " was left as it is: " + failure.what(),
                           "Both keys stay in use. Run tscript rotate again.");
-        writeNote("tscript: " + file.string() + " was left as it is: " + failure.what());
-        ++m_result.unreadable;
+        m_result.unreadable.push_back(file.string() + ": " + failure.what());
     }
 }
 

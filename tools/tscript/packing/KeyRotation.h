@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <filesystem>
 #include <string>
+#include <vector>
 
 #include "HostSetup.h"
 
@@ -19,7 +20,8 @@ class KeyRotation {
         std::string previousKey;
         std::size_t packages = 0;     // converted now
         std::size_t credentials = 0;  // converted now
-        std::size_t unreadable = 0;   // packages that neither key decrypts; reported and left as they are
+        std::vector<std::string>
+            unreadable;  // packages that neither key decrypts, left as they are: "FILE: REASON"
     };
 
     // `grace`: time for which both keys stay in use after the last conversion, for programs that have read

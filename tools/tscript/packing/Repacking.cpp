@@ -133,7 +133,9 @@ bool isAuthentic(const std::string& file, KeyedCipher& cipher) {
 
 Repacked repackFile(const std::string& file, KeyedCipher& from, KeyedCipher& to, Unsealed unsealed,
                     const std::string& temporaryName) {
-    const std::string real = std::filesystem::canonical(file).string();
+    std::error_code error;
+    const std::string real = std::filesystem::canonical(file, error).string();
+    if (error) throw Failure(ExitCode::kUsage, error.message());
     const FileIdentity before(real);
     PackageState state = readPackage(file, from);
     if (!state.problem.empty()) {

@@ -30,6 +30,6 @@ enum class Repacked { kDone, kHadNewKey };
 
 // Encrypts a package with another key and renews its seal. Replaces the file that a link points to, not the
 // link. `temporaryName`: beginning of a temporary file's path in the same folder; empty for the package's.
-// Throws Failure if the file is unchanged.
+// Throws Failure; the file is then unchanged.
 Repacked repackFile(const std::string& file, KeyedCipher& from, KeyedCipher& to, Unsealed unsealed,
                     const std::string& temporaryName = {});

@@ -2,7 +2,6 @@
 
 #include <ctime>
 #include <string_view>
-#include <utility>
 
 namespace {
 

@@ -3,7 +3,6 @@
 #include <strings.h>
 
 #include <algorithm>
-#include <array>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -60,8 +59,7 @@ const char* riskOf(std::string_view line) {
     return nullptr;
 }
 
-// ---- Batches
-// -------------------------------------------------------------------------------------------------
+// ---- Batches ------------------------------------------------------------------------------------------
 
 struct Place {
     std::size_t offset = 0;  // in the text of the batch

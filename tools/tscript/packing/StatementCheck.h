@@ -6,6 +6,6 @@
 #include "package/PackageLines.h"
 #include "package/PercentSigns.h"
 
-// Each finding is a doubt: SQL Server knows more T-SQL than the parser. Of each batch the first error is
-// found.
+// Returns findings that may be wrong, because SQL Server supports more T-SQL than the parser: the first error
+// of each batch, names of databases that the suite does not have, and commands with a risk.
 std::vector<PackageFinding> checkStatements(const std::vector<PackageLine>& lines);

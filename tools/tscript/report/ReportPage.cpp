@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <ctime>
-#include <iterator>
 #include <set>
 #include <utility>
 
@@ -103,8 +102,7 @@ constexpr char kFailure[] = R"(<details class="run {}"{}>
 
 constexpr char kUnknownOutput[] =
     "<p class=\"hint\">Its output is unknown: it left no run record, and the log of that time was deleted or "
-    "cannot be "
-    "read.</p>\n";
+    "cannot be read.</p>\n";
 constexpr char kNoOutput[] = "<p class=\"hint\">It printed nothing.</p>\n";
 constexpr char kMoreInRecord[] =
     "<p class=\"hint\">Its first lines; <code>tscript journal show {}</code> prints the rest.</p>\n";

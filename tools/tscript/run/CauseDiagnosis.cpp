@@ -65,8 +65,7 @@ bool isLostConnection(const DVUCause_t& cause) {
             (says("connection to the server is lost") || says("Communication link failure")));
 }
 
-// ---- Corrections, each for one kind of failure: empty if the run is not of that kind
-// -------------------------
+// ---- Corrections, each for one kind of failure: empty for a run of another kind -----------------------
 
 using Correction = std::optional<Diagnosis>;
 
@@ -80,8 +79,7 @@ Correction ofCutOutput(const Diagnosis& /*first*/, const RunResult& result) {
 
 constexpr const char* kRestorePackage =
     "Restore it from a backup, or pack it again from its plain text: tscript pack. If every package fails, "
-    "the key "
-    "is another one: tscript doctor";
+    "the key is another one: tscript doctor";
 constexpr const char* kRestoreKey =
     "Restore the key file, or name it as cipherKeyFile: tscript doctor checks it.";
 

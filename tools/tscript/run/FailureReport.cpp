@@ -5,16 +5,11 @@
 #include <utility>
 
 #include "installation/Installation.h"
+#include "record/RunRecord.h"
 #include "run/CauseDiagnosis.h"
 #include "run/FailurePlace.h"
 
 namespace {
-
-const char* nameOfPlace(int where) {
-    constexpr const char* kNames[] = {"",     "connection", "statement",    "query tool",
-                                      "file", "package",    "configuration"};
-    return where > 0 && where < static_cast<int>(std::size(kNames)) ? kNames[where] : "";
-}
 
 class ReportWriter {
   public:
@@ -83,7 +78,7 @@ void ReportWriter::addPackagePlaces(const std::vector<FailurePlace>& places) {
 
 void ReportWriter::addPlace(const ScriptRequest& request, const RunResult& result) {
     if (!m_cause.procedure.empty()) add("procedure", m_cause.procedure);
-    if (m_cause.line == 0) return add("where", nameOfPlace(m_cause.where));
+    if (m_cause.line == 0) return add("where", causePlaceName(m_cause.where));
     m_report.json["line"] = m_cause.line;
     const bool isInPackage = result.kind == ScriptKind::kPackage && m_cause.procedure.empty();
     const std::vector<FailurePlace> places =

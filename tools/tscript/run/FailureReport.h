@@ -12,5 +12,6 @@ struct FailureReport {
     Json json;         // the same as an object
 };
 
+// Describes a failed run by its main cause; without causes, only what is known of its journal row.
 FailureReport describeFailure(const ScriptRequest& request, const RunResult& result,
                               const Diagnosis& diagnosis);

@@ -69,7 +69,7 @@ std::vector<std::string> valuesInOrder(const std::vector<Parameter>& parameters,
         const auto byName = std::find_if(named.begin(), named.end(), [&](const NamedValue& value) {
             return findParameter({parameter}, value.name) != nullptr;
         });
-        std::optional<std::string> value = parameter.standard;
+        std::optional<std::string> value = parameter.defaultValue;
         if (byName != named.end()) {
             value = byName->value;
         } else if (next != positional.end()) {

@@ -3,7 +3,6 @@
 #include <strings.h>
 
 #include <algorithm>
-#include <array>
 #include <map>
 #include <string_view>
 
@@ -12,6 +11,7 @@
 #include "console/Pattern.h"
 #include "installation/Account.h"
 #include "installation/Diagnosis.h"
+#include "installation/ServerQuery.h"
 
 namespace {
 
@@ -91,7 +91,8 @@ Types readTypes(const std::string& procedure, std::string database) {
         quoted(procedure);
     std::vector<std::string> rows;
     if (!db.GetDBValueList(sql.c_str(), rows, 2))
-        throw Failure(ExitCode::kInstallation, "the parameters of " + procedure + " cannot be read",
+        throw Failure(ExitCode::kInstallation,
+                      withCauses("the parameters of " + procedure + " cannot be read", db),
                       "Give the arguments as T-SQL instead.");
     Types types;
     for (const std::string& row : rows) {

@@ -1,5 +1,7 @@
 #include "run/RunCheck.h"
 
+#include <string.h>
+
 #include <algorithm>
 #include <vector>
 
@@ -70,11 +72,39 @@ std::string withoutDriver(std::string text) {
     return text;
 }
 
-// The query tool replaces the variables of these batches, and the server would not understand them.
-std::size_t removeExpandedBatches(std::vector<PackageBatch>& batches, const PackageContent& content) {
-    if (!needsToolVariables(content.description) && !needsToolVariables(content.developerName)) return 0;
-    return std::erase_if(
-        batches, [](const PackageBatch& batch) { return batch.text().find("$(") != std::string::npos; });
+// Number of batches that are not sent to the server.
+struct Unsent {
+    std::size_t withVariables = 0;
+    std::size_t switchingCheck = 0;
+
+    std::size_t all() const { return withVariables + switchingCheck; }
+    std::string text() const {
+        std::string reasons;
+        if (withVariables > 0)
+            reasons = ", not sent " + std::to_string(withVariables) + " with variables of the query tool";
+        if (switchingCheck > 0)
+            reasons += ", not sent " + std::to_string(switchingCheck) + " with NOEXEC or PARSEONLY";
+        return reasons;
+    }
+};
+
+// The server would not understand variables, which the query tool replaces in a run.
+bool hasVariable(const PackageBatch& batch) {
+    return batch.text().find("$(") != std::string::npos;
+}
+
+// The server obeys SET NOEXEC and SET PARSEONLY during a check as well: behind OFF it executes statements.
+bool switchesCheck(const PackageBatch& batch) {
+    const std::string text = batch.text();
+    return strcasestr(text.c_str(), "NOEXEC") != nullptr || strcasestr(text.c_str(), "PARSEONLY") != nullptr;
+}
+
+Unsent removeUnsent(std::vector<PackageBatch>& batches, const PackageContent& content) {
+    Unsent unsent;
+    if (needsToolVariables(content.description) || needsToolVariables(content.developerName))
+        unsent.withVariables = std::erase_if(batches, hasVariable);
+    unsent.switchingCheck = std::erase_if(batches, switchesCheck);
+    return unsent;
 }
 
 struct BatchError {
@@ -118,9 +148,10 @@ std::string catalogueText(const std::string& script, const std::string& database
     return std::string("no entry yet; the first run adds it to ") + records.getDbName();
 }
 
-std::string siteText(const PackageContent& content) {
-    if (content.plexumId != 0) return std::to_string(content.plexumId) + ", this one";
-    return content.guid.empty() ? "any" : "the NQ2 database " + content.guid;
+std::string siteText(const PackageContent& content, bool isUnknown) {
+    const std::string here = isUnknown ? "; which one this is cannot be read" : ", this one";
+    if (content.plexumId != 0) return std::to_string(content.plexumId) + here;
+    return content.guid.empty() ? "any" : "the NQ2 database " + content.guid + (isUnknown ? here : "");
 }
 
 std::string databaseOf(const SqlPreview& preview) {
@@ -129,9 +160,13 @@ std::string databaseOf(const SqlPreview& preview) {
     return installed.empty() ? "Dorvas" : installed.front()->name;
 }
 
-std::optional<Failure> failureOf(const std::string& script, const std::optional<SiteFault>& site,
-                                 const std::vector<BatchError>& errors) {
-    if (site) return Failure(ExitCode::kRefused, script + " " + site->what, site->advice);
+std::optional<Failure> failureOf(const std::string& script, const std::optional<SiteFault>& foreign,
+                                 bool isUnknown, const std::vector<BatchError>& errors) {
+    if (foreign) return Failure(ExitCode::kRefused, script + " " + foreign->what, foreign->advice);
+    if (isUnknown)
+        return Failure(ExitCode::kInstallation,
+                       script + " is bound to a site, and which one this is cannot be read",
+                       "tscript doctor shows why.");
     if (errors.empty()) return std::nullopt;
     return Failure(ExitCode::kScriptFailed,
                    "the server refuses " + std::to_string(errors.size()) + " batch(es) of " + script);
@@ -146,26 +181,21 @@ RunCheck checkRun(const ScriptRequest& request, const SqlPreview& preview, bool 
     const std::string catalogue = catalogueText(request.name, database);
     Site thisSite;
     const std::optional<SiteFault> foreign = siteFault(content, thisSite);
+    const bool isUnknown = isSiteUnknown(content, thisSite);
+    const std::string site = foreign ? foreign->what : siteText(content, isUnknown);
     std::vector<PackageBatch> batches = divideStatements(filledLines(preview.sql, file)).batches;
-    const std::size_t expanded = removeExpandedBatches(batches, content);
+    const Unsent unsent = removeUnsent(batches, content);
     const std::vector<BatchError> errors = errorsOf(batches, database, compiles);
 
     RunCheck check;
-    check.failure = failureOf(request.name, foreign, errors);
-    check.text =
-        "package    " + file + ", authentic\n" + "values     " + std::to_string(request.parameters.size()) +
-        " of " + std::to_string(preview.placeholders) + " placeholder(s)\nsite       " +
-        (foreign ? foreign->what : siteText(content)) + "\ncatalogue  " + catalogue + "\nserver     " +
-        (compiles ? "compiled " : "parsed ") + std::to_string(batches.size()) + " batch(es) in " + database +
-        ", refused " + std::to_string(errors.size()) +
-        (expanded == 0 ? ""
-                       : ", not sent " + std::to_string(expanded) + " with variables of the query tool") +
-        "\n";
-    check.json = {{"script", request.name},
-                  {"database", database},
-                  {"catalogue", catalogue},
-                  {"site", foreign ? foreign->what : siteText(content)},
-                  {"batches", batches.size()}};
+    check.failure = failureOf(request.name, foreign, isUnknown, errors);
+    check.text = "package    " + file + ", authentic\n" + "values     " +
+                 std::to_string(request.parameters.size()) + " of " + std::to_string(preview.placeholders) +
+                 " placeholder(s)\nsite       " + site + "\ncatalogue  " + catalogue + "\nserver     " +
+                 (compiles ? "compiled " : "parsed ") + std::to_string(batches.size()) + " batch(es) in " +
+                 database + ", refused " + std::to_string(errors.size()) + unsent.text() + "\n";
+    check.json = {{"script", request.name}, {"database", database},      {"catalogue", catalogue},
+                  {"site", site},           {"batches", batches.size()}, {"notSent", unsent.all()}};
     Json list = Json::array();
     for (const BatchError& error : errors) {
         check.text += "           " + error.text() + "\n";

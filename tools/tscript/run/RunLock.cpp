@@ -12,6 +12,7 @@
 #include "installation/Components.h"
 #include "installation/Diagnosis.h"
 #include "installation/Installation.h"
+#include "installation/ServerQuery.h"
 #include "system/Interrupt.h"
 
 namespace {
@@ -70,7 +71,7 @@ bool RunLock::acquire(std::chrono::milliseconds time, const InterruptGuard& guar
     const int result = m_db.GetValue(sql.c_str(), nullptr, nullptr);
     const bool isKnown = result == kGranted || result == kHeldByAnother;
     if (!isKnown && !guard.interrupted())
-        throw Failure(ExitCode::kConnection, "the lock of " + m_script + " cannot be taken",
+        throw Failure(ExitCode::kConnection, withCauses("the lock of " + m_script + " cannot be taken", m_db),
                       "See the server's message in the debug log beside " + sessionLogFile().string() + ".");
     return result == kGranted;
 }

@@ -47,8 +47,7 @@ struct RunResult {
 
 class FollowedOutput;
 
-// Prints the lines of `output` if it is wanted.
-// Throws Failure (kInstallation) if the log folder cannot be used, and as RunLock does; a script's failure is
-// in the result.
+// Runs the script. Prints the lines of `output` meanwhile if it is wanted. Throws Failure (kInstallation) if
+// the log folder cannot be used, and as RunLock does; a script's failure is in the result.
 RunResult runScript(const ScriptRequest& request, ScriptKind kind, Operation operation, bool showProgress,
                     FollowedOutput& output);

@@ -28,21 +28,20 @@ constexpr std::size_t kLongestPath = 512;
     throw Failure(ExitCode::kInstallation, path.string() + ": " + reason);
 }
 
+// Writes into the existing file, which keeps its mode and its lock.
+void writeInPlace(const fs::path& path, std::string_view text) {
+    std::ofstream out(path, std::ios::trunc);
+    out << text << std::flush;
+    if (!out) throwFailure(path, std::strerror(errno));
+}
+
 // Replaces the file with a new one of mode 0600.
 void writePrivateFile(const fs::path& path, std::string_view text) {
     unlink(path.c_str());
     const int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
     if (fd < 0) throwFailure(path, std::strerror(errno));
-    const bool written = write(fd, text.data(), text.size()) == static_cast<ssize_t>(text.size());
-    const int error = errno;
-    if (close(fd) != 0 || !written) throwFailure(path, std::strerror(error));
-}
-
-// Writes in place: a new file would not be locked.
-void writeMark(const fs::path& mark, std::string_view text) {
-    std::ofstream out(mark, std::ios::trunc);
-    out << text << std::flush;
-    if (!out) throwFailure(mark, std::strerror(errno));
+    close(fd);
+    writeInPlace(path, text);
 }
 
 void createPrivateFolder(const fs::path& path) {
@@ -140,18 +139,20 @@ bool SandboxFolder::isComplete() const {
 }
 
 void SandboxFolder::markComplete() const {
-    writeMark(mark(), kComplete);
+    writeInPlace(mark(), kComplete);
 }
 
 void SandboxFolder::markIncomplete() const {
-    writeMark(mark(), "incomplete\n");
+    writeInPlace(mark(), "incomplete\n");
 }
 
 void SandboxFolder::create() const {
-    std::error_code ignored;
     for (const char* old :
-         {"data", "Scripts", "temp", "logs", "records", "cipher.key", "tls-cert.pem", "tls-key.pem"})
-        fs::remove_all(m_path / old, ignored);
+         {"data", "Scripts", "temp", "logs", "records", "cipher.key", "tls-cert.pem", "tls-key.pem"}) {
+        std::error_code error;
+        fs::remove_all(m_path / old, error);
+        if (error) throwFailure(m_path / old, "cannot be deleted: " + error.message());
+    }
     for (const char* part : {"data", "Scripts", "temp", "logs", "backups"})
         createPrivateFolder(m_path / part);
     Secret password = randomPassword();
@@ -179,7 +180,11 @@ SandboxLock::SandboxLock(const SandboxFolder& folder) : m_fd(-1) {
     createPrivateFolder(path);
     m_fd = open(folder.mark().c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
     if (m_fd < 0) throwFailure(folder.mark(), std::strerror(errno));
-    while (flock(m_fd, LOCK_EX) != 0 && errno == EINTR) {
+    while (flock(m_fd, LOCK_EX) != 0) {
+        const int error = errno;
+        if (error == EINTR) continue;
+        close(m_fd);
+        throwFailure(folder.mark(), std::string("cannot be locked: ") + std::strerror(error));
     }
 }
 

@@ -3,7 +3,6 @@
 #include <signal.h>
 #include <sys/wait.h>
 
-#include <cerrno>
 #include <chrono>
 #include <cstdlib>
 #include <fstream>
@@ -12,6 +11,7 @@
 
 #include "console/Outcome.h"
 #include "system/ChildProcess.h"
+#include "system/Interrupt.h"
 
 namespace {
 
@@ -55,11 +55,13 @@ int announcedPort(const std::string& log) {
 
 int waitForPort(const SandboxFolder& folder, pid_t pid) {
     const auto deadline = std::chrono::steady_clock::now() + kStartLimit;
-    while (std::chrono::steady_clock::now() < deadline && waitpid(pid, nullptr, WNOHANG) == 0) {
+    bool isRunning = true;
+    while (isRunning && std::chrono::steady_clock::now() < deadline) {
         if (const int port = announcedPort(logFile(folder))) return port;
         std::this_thread::sleep_for(kPollInterval);
+        isRunning = waitpid(pid, nullptr, WNOHANG) == 0;
     }
-    kill(pid, SIGKILL);
+    if (isRunning) kill(pid, SIGKILL);
     throw Failure(ExitCode::kConnection, "the server did not start:\n" + content(logFile(folder)));
 }
 
@@ -79,6 +81,7 @@ std::optional<RunningServer> findServer(const SandboxFolder& folder) {
 }
 
 RunningServer startServer(const SandboxFolder& folder, int port) {
+    const InterruptDelay delay;  // without its pid file, nobody would find the server of an interrupted start
     const std::string program = (programFolder() / "tsqlbox").string();
     const pid_t pid =
         startChild({program, "--data", folder.data(), "--port", std::to_string(port), "--login", "sa",

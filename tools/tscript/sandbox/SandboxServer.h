@@ -19,7 +19,8 @@ struct RunningServer {
 // Returns the running server. Compares the start time as well, because another process may have got its pid.
 std::optional<RunningServer> findServer(const SandboxFolder& folder);
 
-// Starts tsqlbox on a port (0: any free one) and waits until it listens. Throws Failure.
+// Starts tsqlbox on a port (0: any free one) and waits until it listens. Signals stay blocked meanwhile
+// (InterruptDelay). Throws Failure.
 RunningServer startServer(const SandboxFolder& folder, int port);
 
 // Stops the server and waits for its end. Throws Failure if it does not end.

@@ -7,10 +7,10 @@
 #include "run/SqlPreview.h"
 #include "script/ScriptOptions.h"
 
-// An empty package, or values that do not fit the placeholders.
+// Finds an empty package, or values that do not fit the placeholders.
 std::optional<Failure> findObstacle(const ScriptOptions& options, const SqlPreview& preview);
 
-// Throws it before anything runs.
+// Throws the obstacle that findObstacle() finds, if there is one, and writes it as the result of --json.
 void requireRunnable(const ScriptOptions& options, const SqlPreview& preview);
 
 // Writes the obstacle as the result of --json; nothing without that option.

@@ -1,4 +1,4 @@
-// What the commands `run`, `exec`, `help` and `params` are asked for.
+// Options of the commands `run`, `exec`, `help` and `params`.
 #pragma once
 
 #include <string>

@@ -6,7 +6,6 @@
 #include "system/Interrupt.h"
 
 ChildPool::ChildPool() : m_signals(interruptions()) {
-    signal(SIGCHLD, SIG_DFL);  // an ignored one would not keep the exit codes
     sigaddset(&m_signals, SIGCHLD);
     pthread_sigmask(SIG_BLOCK, &m_signals, &m_before);
 }

@@ -19,7 +19,7 @@ class SpawnSettings {
     SpawnSettings() {
         posix_spawn_file_actions_init(&files);
         posix_spawnattr_init(&attributes);
-        sigset_t ignored;  // by this process, see main.cpp
+        sigset_t ignored;  // by main(); SIGXFSZ stays ignored in children, too
         sigemptyset(&ignored);
         sigaddset(&ignored, SIGPIPE);
         posix_spawnattr_setsigdefault(&attributes, &ignored);

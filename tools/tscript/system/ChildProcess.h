@@ -20,6 +20,7 @@ struct ChildOptions {
 pid_t startChild(const std::vector<std::string>& command, const ChildOptions& options);
 
 // Starts a program and waits for it. Returns its exit code, or 128 + the number of the signal that ended it.
+// The process must not ignore SIGCHLD.
 int runChild(const std::vector<std::string>& command, const ChildOptions& options);
 
 // Exit code, or 128 + the number of the signal, of a status of waitpid().

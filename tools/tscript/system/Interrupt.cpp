@@ -32,7 +32,7 @@ template <std::size_t size>
     _exit(static_cast<int>(code));
 }
 
-// FreeTDS asserts what it expects of a reply.
+// FreeTDS aborts the process, by assert(), on a reply that it does not expect.
 bool isFreeTdsOnStack() {
     void* frames[64];
     const int count = backtrace(frames, static_cast<int>(std::size(frames)));
@@ -43,7 +43,7 @@ bool isFreeTdsOnStack() {
     });
 }
 
-// Other aborts go on.
+// Returns for other aborts, which then end the process as usual.
 void endIfDriverAborts(int) {
     if (isFreeTdsOnStack())
         endWithNote(
@@ -81,6 +81,7 @@ void endWhenMemoryLacks() {
 }
 
 void endWhenDriverFails() {
+    isFreeTdsOnStack();  // loads what backtrace() needs; in the handler, malloc() may be locked
     signal(SIGABRT, endIfDriverAborts);
     if (hostlayer::callWhenStuck == nullptr) return;
     hostlayer::callWhenStuck([] {
@@ -95,7 +96,7 @@ InterruptGuard::InterruptGuard(std::chrono::seconds timeout) : m_timeout(timeout
     sigaddset(&set, kWakeUp);
     pthread_sigmask(SIG_BLOCK, &set, &m_before);
     m_watcher = std::thread(&InterruptGuard::watch, this, gettid());
-    // Where it is ignored, it stays so for the other threads.
+    // An ignored SIGINT is blocked in the watcher only. Here it must be discarded, not stay pending.
     set = interruptions();
     if (!sigismember(&set, kWakeUp) && !sigismember(&m_before, kWakeUp)) {
         sigemptyset(&set);
