@@ -3,7 +3,7 @@
 
 #include <sys/types.h>
 
-#include <optional>
+#include <cstddef>
 #include <string>
 
 #include "text/Output.h"
@@ -29,8 +29,8 @@ class Pager {
     pid_t m_pid = -1;
 };
 
-// Returns the text as the editor, a shell command, leaves it. Throws ToolError if there is no place for the
-// text.
+// Returns the text as the editor, a shell command, leaves it. Throws ToolError if the temporary file of the
+// text cannot be created, written or read, or the shell cannot be started.
 std::string edited(const std::string& text, const std::string& editor);
 
 }  // namespace sqlcmd
