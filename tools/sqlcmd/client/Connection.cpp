@@ -23,11 +23,12 @@ bool isFreeTds(std::string_view driver) {
 // Returns the value between braces. ODBC doubles a closing brace in it. FreeTDS does not: a value ends at the
 // first "};", so that it cannot contain these characters.
 std::string braced(std::string_view value, bool freeTds) {
-    if (value.find('\0') != std::string_view::npos || (freeTds && value.find("};") != std::string_view::npos))
+    if (value.find('\0') != std::string_view::npos)
+        throw ToolError("Sqlcmd: Error: a value of the connection contains a NUL character.");
+    if (freeTds && value.find("};") != std::string_view::npos)
         throw ToolError(
             "Sqlcmd: Error: FreeTDS cannot connect with a value that contains '};'. Change the login's "
-            "password "
-            "or name.");
+            "password or name.");
     std::string result = "{";
     for (const char c : value) result.append(c == '}' && !freeTds ? 2 : 1, c);
     return result + "};";
