@@ -368,10 +368,10 @@ void Tool::runExitQuery(BatchRunner& runner, const Step& step) {
     const auto [severity, exitCode] = runner.run(step.text, {.xml = m_xml, .lastValue = &value});
     if (exitCode)
         m_exitCode = *exitCode;
-    else if (!value.empty())
-        m_exitCode = exitCodeOf(value);
+    else if (severity >= kErrorSeverity)  // `value` may be that of an earlier statement
+        m_exitCode = kExitQueryFailed;
     else
-        m_exitCode = severity < kErrorSeverity ? kExitQueryWithoutRows : kExitQueryFailed;
+        m_exitCode = value.empty() ? kExitQueryWithoutRows : exitCodeOf(value);
 }
 
 }  // namespace sqlcmd
