@@ -11,7 +11,8 @@
 namespace sqlcmd {
 
 // Runs a command with /bin/sh and waits for its end. It gets the tool's standard streams and no other
-// descriptor. Throws ToolError if the shell cannot be started.
+// descriptor; its standard input is empty unless the tool's is a terminal. Throws ToolError if the shell
+// cannot be started.
 void runShellCommand(const std::string& command);
 
 // Pages what is written to the output while the object exists, if the output is a terminal that is narrower
