@@ -5,8 +5,8 @@
 #include "Bench.h"
 #include "DVUtilities/TScriptApi.h"
 #include "Growth.h"
-#include "Program.h"
 #include "Rows.h"
+#include "ToolCost.h"
 
 namespace bench {
 namespace {
@@ -31,13 +31,6 @@ void runAtOnce(std::size_t runs, const Step& run) {
     for (const std::string& failure : failures) check(failure.empty(), failure);
 }
 
-void runProgram(const std::vector<std::string>& command, const std::string& password) {
-    support::ProgramOptions options;
-    options.environment = {"SQLCMDPASSWORD=" + password};
-    const support::ProgramResult result = support::runProgram(command, options);
-    check(result.exitCode == 0, command[0] + " fails: " + result.output + result.errors);
-}
-
 void runByLibrary() {
     std::string database;
     std::string log;
@@ -58,14 +51,14 @@ class Runs {
     Step byQueryTool(std::size_t runs) const {
         return [this, runs] {
             runAtOnce(runs, [this] {
-                runProgram({SQLCMD_PROGRAM, "-b", "-S", m_box.server(), "-U", m_box.login(), "-d", "Dorvas",
-                            "-i", m_input},
-                           m_box.password());
+                runTool({SQLCMD_PROGRAM, "-b", "-S", m_box.server(), "-U", m_box.login(), "-d", "Dorvas",
+                         "-i", m_input},
+                        m_box.password());
             });
         };
     }
     static Step byProcesses(std::size_t runs) {
-        return [runs] { runAtOnce(runs, [] { runProgram({TSCRIPT_PROGRAM, "run", kScript}, ""); }); };
+        return [runs] { runAtOnce(runs, [] { runTool({TSCRIPT_PROGRAM, "run", kScript}); }); };
     }
     static Step byThreads(std::size_t runs) {
         return [runs] { runAtOnce(runs, runByLibrary); };

@@ -4,6 +4,7 @@
 #include "HandOdbc.h"
 #include "Rows.h"
 #include "SlowLink.h"
+#include "ToolCost.h"
 
 namespace bench {
 namespace {
@@ -31,13 +32,6 @@ class Distance {
     const support::TsqlBox& m_box;
 };
 
-void runTool(const std::vector<std::string>& command, const std::string& password) {
-    support::ProgramOptions options;
-    options.environment = {"SQLCMDPASSWORD=" + password};
-    const support::ProgramResult result = support::runProgram(command, options);
-    check(result.exitCode == 0, command[0] + " fails: " + result.output + result.errors);
-}
-
 void printCount(const std::string& name, int count, int limit) {
     Bench::print(name, count, atMost(limit), "counted");
 }
@@ -50,7 +44,7 @@ void runs(Bench& bench) {
     support::writeFile(input, kStatements);
     const auto atDistance = [&](milliseconds roundTrip) {
         Distance distance(bench, roundTrip);
-        const Step measured = [&] { runTool({TSCRIPT_PROGRAM, "run", kScript}, ""); };
+        const Step measured = [&] { runTool({TSCRIPT_PROGRAM, "run", kScript}); };
         const Step reference = [&] {
             runTool({SQLCMD_PROGRAM, "-b", "-S", distance.link.server(), "-U", box.login(), "-d", "Dorvas",
                      "-i", input, "-s", "\t", "-W"},

@@ -63,8 +63,8 @@ void makeRows(const HandDbLib& connection, std::size_t rows) {
 }
 
 // Runs sqlcmd and returns its peak memory in bytes.
-std::size_t runTool(const support::TsqlBox& box, std::vector<std::string> arguments,
-                    const std::string& output) {
+std::size_t peakOfTool(const support::TsqlBox& box, std::vector<std::string> arguments,
+                       const std::string& output) {
     std::vector<std::string> command = {SQLCMD_PROGRAM, "-S",      box.server(), "-U",  box.login(),
                                         "-d",           kDatabase, "-o",         output};
     command.insert(command.end(), arguments.begin(), arguments.end());
@@ -84,13 +84,13 @@ void queryTool(Bench& bench) {
 
     const Step removeOutput = [&] { std::filesystem::remove(output); };
     // The first run reads the libraries into the page cache: more of their pages count for the later ones.
-    runTool(box, {"-Q", "SELECT 1"}, output);
-    const std::size_t few = runTool(box, {"-Q", "SELECT 1"}, output);
+    peakOfTool(box, {"-Q", "SELECT 1"}, output);
+    const std::size_t few = peakOfTool(box, {"-Q", "SELECT 1"}, output);
     std::size_t peak = 0;
     const Step fetch = [&] { check(connection.run(kAllRows) == rows, "rows are missing"); };
-    const Step print = [&] { peak = std::max(peak, runTool(box, {"-Q", kAllRows}, output)); };
-    const Step printTrimmed = [&] { runTool(box, {"-W", "-s", "\t", "-Q", kAllRows}, output); };
-    const Step printCsv = [&] { runTool(box, {"--csv", "-Q", kAllRows}, output); };
+    const Step print = [&] { peak = std::max(peak, peakOfTool(box, {"-Q", kAllRows}, output)); };
+    const Step printTrimmed = [&] { peakOfTool(box, {"-W", "-s", "\t", "-Q", kAllRows}, output); };
+    const Step printCsv = [&] { peakOfTool(box, {"--csv", "-Q", kAllRows}, output); };
     bench.compare("query-tool/rows", atLeast(0.75), {print, fetch, removeOutput});
     bench.compare("query-tool/rows-trimmed", atLeast(0.75), {printTrimmed, fetch, removeOutput});
     bench.compare("query-tool/rows-csv", {}, {printCsv, fetch, removeOutput});
@@ -105,7 +105,7 @@ void queryTool(Bench& bench) {
         support::writeFile(script, text);
     }
     peak = 0;
-    const Step runScript = [&] { peak = std::max(peak, runTool(box, {"-i", script}, output)); };
+    const Step runScript = [&] { peak = std::max(peak, peakOfTool(box, {"-i", script}, output)); };
     const Step runByHand = [&] {
         for (std::size_t i = 0; i < batches; ++i) connection.run("SELECT 1");
     };

@@ -120,7 +120,12 @@ void SlowLink::serve() {
         const int client = ::accept4(m_listener, nullptr, nullptr, SOCK_CLOEXEC);
         const int server = newSocket();
         const sockaddr_in address = loopback(m_serverPort);
-        ::connect(server, reinterpret_cast<const sockaddr*>(&address), sizeof address);
+        if (client < 0 ||
+            ::connect(server, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
+            if (client >= 0) ::close(client);  // the client sees a connection that is lost
+            ::close(server);
+            return;
+        }
         sendAtOnce(client);
         sendAtOnce(server);
         connections.push_back({{client, server, {}}, {server, client, {}}});

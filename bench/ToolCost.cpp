@@ -56,6 +56,13 @@ class TracedProgram {
 
 }  // namespace
 
+void runTool(const std::vector<std::string>& command, const std::string& password) {
+    support::ProgramOptions options;
+    options.environment = {"SQLCMDPASSWORD=" + password};
+    const support::ProgramResult result = support::runProgram(command, options);
+    check(result.exitCode == 0, command[0] + " fails: " + result.output + result.errors);
+}
+
 // The peak that wait4() reports would include the memory of this process, which starts the program.
 ToolCost costOfTool(const std::vector<std::string>& command, const support::ProgramOptions& options) {
     const support::Descriptor output = support::memoryFile();

@@ -1,4 +1,4 @@
-// Time and peak memory of a program.
+// Runs of programs: their success, their time and peak memory.
 #pragma once
 
 #include <cstddef>
@@ -8,6 +8,10 @@
 #include "Program.h"
 
 namespace bench {
+
+// Runs a program without input, with SQLCMDPASSWORD in its environment. Throws std::runtime_error, with what
+// it printed, unless its exit code is 0.
+void runTool(const std::vector<std::string>& command, const std::string& password = {});
 
 struct ToolCost {
     double seconds = 0;

@@ -1,8 +1,8 @@
 // Own time of `tscript`: of its start, and of a run of a trivial package on this host beside that of
 // `sqlcmd`.
 #include "Bench.h"
-#include "Program.h"
 #include "Rows.h"
+#include "ToolCost.h"
 
 namespace bench {
 namespace {
@@ -11,12 +11,7 @@ constexpr const char* kScript = "benchTrivial";
 constexpr const char* kStatement = "SELECT 1\n";
 
 Step runs(const std::vector<std::string>& command, const std::string& password = {}) {
-    return [command, password] {
-        support::ProgramOptions options;
-        options.environment = {"SQLCMDPASSWORD=" + password};
-        const support::ProgramResult result = support::runProgram(command, options);
-        check(result.exitCode == 0, command[0] + " fails: " + result.output + result.errors);
-    };
+    return [command, password] { runTool(command, password); };
 }
 
 void printDifference(const std::string& name, double limit, double measured, double reference) {

@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <cstdio>
 #include <exception>
+#include <filesystem>
+#include <string>
+#include <vector>
 
 #include "Bench.h"
 #include "Growth.h"
@@ -60,17 +63,15 @@ bool runAll(const bench::Options& options, const std::vector<std::string>& names
     return allSucceeded;
 }
 
-}  // namespace
-
-bool runGrowth(const bench::Options& options, const std::filesystem::path& folder) {
+void runGrowth(const bench::Options& options, const std::filesystem::path& folder) {
     std::filesystem::create_directories(folder);
     bench::Bench bench(options);
-    // The journal first: a child process's peak memory includes that of this process at its start.
     for (const auto grow :
          {bench::growJournal, bench::growRows, bench::growOutput, bench::growPackage, bench::growConcurrency})
         grow(bench, folder);
-    return true;
 }
+
+}  // namespace
 
 // The exit code is 0 even if ratios miss their bars, and 1 after an error.
 int main(int argc, char** argv) {
@@ -80,12 +81,14 @@ int main(int argc, char** argv) {
     app.add_flag("--quick", options.quick, "Do a twentieth of the work");
     app.add_flag("!--no-big-process", options.bigProcess, "Skip the row that needs 4 GiB of memory");
     app.add_option("--rounds", options.rounds, "Number of runs of each side")->check(CLI::Range(1, 1000));
-    std::string growth;
+    std::filesystem::path growth;
     app.add_option("--growth", growth, "Measure costs against sizes instead; the folder of the tables");
     app.add_option("rows", names, "Run only these benchmarks")->check(CLI::IsMember(rowNames()));
     CLI11_PARSE(app, argc, argv);
     try {
-        return (growth.empty() ? runAll(options, names) : runGrowth(options, growth)) ? 0 : 1;
+        if (growth.empty()) return runAll(options, names) ? 0 : 1;
+        runGrowth(options, growth);
+        return 0;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "dvu_bench: %s\n", error.what());
         return 1;

@@ -33,7 +33,7 @@ install(DIRECTORY include/DVUtilities DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} CO
 install(FILES LICENSE CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT library)
 install(FILES README.md CONTRIBUTING.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT tools)
 install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT tools
-  FILES_MATCHING PATTERN "*.md" PATTERN man EXCLUDE)
+  FILES_MATCHING PATTERN "*.md" PATTERN "*.png" PATTERN "*.svg" PATTERN man EXCLUDE)
 
 set(dvu_config_dir ${CMAKE_INSTALL_LIBDIR}/cmake/DVUtilities)
 install(EXPORT DVUtilitiesTargets NAMESPACE DVUtilities:: DESTINATION ${dvu_config_dir} COMPONENT development)
@@ -53,7 +53,6 @@ install(FILES "${CMAKE_BINARY_DIR}/DVUtilities.pc"
 # libraries of headers, which are compiled in.
 get_filename_component(sybdb_file "${SYBDB_LIBRARY}" REALPATH)
 string(REGEX REPLACE ".*\\.so\\." "" SYBDB_VERSION "${sybdb_file}")
-find_package(nlohmann_json REQUIRED)
 set(linked_spdlog "")
 set(compiled_spdlog "spdlog ${spdlog_VERSION}\n")
 if(DVU_SHARED_SPDLOG)

@@ -1,6 +1,7 @@
 // Command lines of child processes: the arguments of a valid one, quoted and joined, are split into the same
 // arguments.
-#include <algorithm>
+#include <string>
+#include <vector>
 
 #include "Fuzz.h"
 #include "process/CommandLine.h"

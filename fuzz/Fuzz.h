@@ -17,12 +17,12 @@ inline std::string_view textOf(const std::uint8_t* data, std::size_t size) {
 inline std::vector<std::string_view> partsOf(std::string_view input) {
     constexpr char kUnitSeparator = '\x1F';
     std::vector<std::string_view> parts;
-    for (std::size_t end = 0; end != std::string_view::npos; input.remove_prefix(end + 1)) {
-        end = input.find(kUnitSeparator);
+    for (;;) {
+        const std::size_t end = input.find(kUnitSeparator);
         parts.push_back(input.substr(0, end));
-        if (end == std::string_view::npos) break;
+        if (end == std::string_view::npos) return parts;
+        input.remove_prefix(end + 1);
     }
-    return parts;
 }
 
 // Ends the program, which libFuzzer records as a finding, unless the property holds.

@@ -10,7 +10,7 @@ namespace {
 
 constexpr const char* kName = "Package";
 
-// The text stands for the record, too: the check is made on bytes of any kind.
+// Each line is passed as its record and as its text: the check accepts any bytes as a record.
 std::string problemOf(const std::string& sealText, const std::vector<std::string_view>& lines,
                       const std::string& name = kName) {
     hostlayer::PackageSealCheck check;
@@ -21,7 +21,7 @@ std::string problemOf(const std::string& sealText, const std::vector<std::string
 
 }  // namespace
 
-// A number that chooses the change, then the lines of the package.
+// Two bytes that choose version and changes, then the lines of the package.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static const StoreWithKey store;
     if (size < 2) return 0;

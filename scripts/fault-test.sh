@@ -22,8 +22,11 @@ complain() {
   status=1
 }
 
-eval "$("$tscript" sandbox up --dir "$sandbox" 2>/dev/null)"
 trap '"$tscript" sandbox down --dir "$sandbox" >/dev/null 2>&1; rm -rf "$place"' EXIT
+injector=$build/lib/libfault_injector.so
+[[ -e $injector ]] || { echo "fault-test: $injector is missing; build with the tests" >&2; exit 1; }
+up=$("$tscript" sandbox up --dir "$sandbox") || exit 1
+eval "$up"
 plain='#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\nPRINT '\''plain text of %%s'\''\n'
 # shellcheck disable=SC2059
 printf "$plain" >"$place/Faulty.txt"
@@ -103,8 +106,9 @@ check() {  # EXIT CODE
 
 [[ $# -gt 0 ]] || set -- run exec pack repack credentials report backup rotate
 for command in "$@"; do
+  [[ -n ${commands[$command]-} ]] || { echo "fault-test: there is no command '$command': ${!commands[*]}" >&2; exit 2; }
   restore
-  run
+  run || { echo "fault-test: $command fails without a fault" >&2; cat "$place/errors" >&2; exit 1; }
   cp "$place/output" "$place/expected"
   programs=tscript
   [[ $command != run && $command != exec && $command != backup ]] || programs+=' sqlcmd'
@@ -115,7 +119,7 @@ for command in "$@"; do
       for ((call = 1; ; call += stride)); do
         restore
         run FAULT_KIND=$kind FAULT_CALL=$call FAULT_PROGRAM="$program" FAULT_MODULES="$build/" \
-          FAULT_REPORT="$place/report" LD_PRELOAD="$build/lib/libfault_injector.so"
+          FAULT_REPORT="$place/report" LD_PRELOAD="$injector"
         code=$?
         [[ -s $place/report ]] || break
         check $code

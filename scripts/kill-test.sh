@@ -16,10 +16,11 @@ complain() {
   status=1
 }
 
-eval "$("$tscript" sandbox up --dir "$place/sandbox")"
+up=$("$tscript" sandbox up --dir "$place/sandbox")
+eval "$up"
 trap '"$tscript" sandbox down --dir "$place/sandbox" >/dev/null 2>&1; rm -rf "$place/sandbox"; rmdir "$place" 2>/dev/null || true' EXIT
 printf '#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\nPRINT '\''secret text'\''\nGO\nPRINT '\''%%s'\''\n' >"$place/sandbox/Killed.txt"
-"$tscript" pack "$place/sandbox/Killed.txt" 2>/dev/null
+"$tscript" pack "$place/sandbox/Killed.txt"
 rm "$place/sandbox/Killed.txt"
 
 for ((i = 1; i <= times; i++)); do

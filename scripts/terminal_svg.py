@@ -4,8 +4,8 @@
     terminal_svg.py OUTPUT.svg TITLE < COMMANDS
 
 Each line of the input is a command for one bash, which keeps its variables. Lines appear at the time at which they
-were printed; with reduced motion, all at once. Understood of a terminal's control sequences: colours, and a line that
-is drawn again."""
+were printed; with reduced motion, all at once. The script understands two of a terminal's control sequences: colours, and
+a line that is drawn again."""
 import html
 import os
 import pty

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Checks that every test and every function that docs/quirks.md names exists.
+# Checks that every test that docs/quirks.md and docs/security.md name, and every function of the former, exists.
 # Arguments: the source folder, the build folder.
 set -euo pipefail
 source=$1
@@ -11,6 +11,9 @@ cells() { awk -F' [|] ' -v cell="$1" '/^[|] [^b-]/ { print $cell }' "$source/doc
 status=0
 for name in $(cells 3); do
   grep -qxF "$name" <<<"$tests" || { echo "docs/quirks.md names a test that does not exist: $name"; status=1; }
+done
+for name in $(grep -oE '`[A-Z][A-Za-z]*\.[A-Z][A-Za-z0-9]*`' "$source/docs/security.md" | tr -d '`' | sort -u); do
+  grep -qxF "$name" <<<"$tests" || { echo "docs/security.md names a test that does not exist: $name"; status=1; }
 done
 for name in $(cells 2 | grep -v '\.cpp$'); do
   grep -rqwF "${name##*::}" "$source/src" "$source/include" || { echo "docs/quirks.md names a function that does not exist: $name"; status=1; }

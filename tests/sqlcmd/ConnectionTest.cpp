@@ -50,7 +50,8 @@ TEST(ConnectionString, BracesPasswords) {
 }
 
 TEST(ServerName, RejectsInvalidNames) {
-    for (const char* text : {"", ",1", "h,", "h,0", "h,65536", "h,1x", "h\\", "h;UID=x", "{h}", "[::1"})
+    for (const char* text :
+         {"", ",1", "h,", "h,0", "h,65536", "h,1x", "h\\", "np:h", "h:1433", "h;UID=x", "{h}", "[::1"})
         EXPECT_THROW(parseServerName(text), UsageError) << text;
 }
 

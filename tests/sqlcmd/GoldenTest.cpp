@@ -134,6 +134,14 @@ TEST(Script, UsesFilesStreamsAndPrograms) {
         {"printf \"PRINT 'a\\0b'\\n\" | \"$@\"", "it contains a NUL character.\n", 1},
         {"\"$@\" --progress -Q 'SELECT 1' 2>&1 >e | sed 's/, .*//'", "Sqlcmd: batch 1: 1 rows\n", 0},
         {"\"$@\" -p1 -Q ':perftrace e\nSELECT 1' >o; sed 's/1:.*//' e", "\n4096:\n", 0},
+        {"\"$@\" -? >/dev/full", "cannot write to standard output: No space left on device.\n", 1},
+        {"trap '' XFSZ; ulimit -f 8; printf \"PRINT 'x' --%05000d\\n:ed\\n\" 0 | EDITOR=true \"$@\"",
+         ".sql': File too large.\n", 1},
+        // Without a descriptor for the script, nothing runs and the tool fails.
+        {"echo \"PRINT 'ran'\" >in; for n in 4 5 6 7 8 9; do "
+         "printed=$(exec <in 2>e; ulimit -n $n; exec \"$@\") && case $printed in ran) ran=$printed;; "
+         "*) silent=\"$silent $n\";; esac; done; echo \"$ran, silent:$silent\"",
+         "ran, silent:\n", 0},
         // tsqlbox keeps the old password.
         {"\"$@\" -Z new",
          "Login failed for user 'sa'..\nSqlcmd: Error: FreeTDS : Unable to connect to data source.\n", 1},
@@ -244,9 +252,21 @@ TEST(Terminal, KeepsItsSessionUntilTheEndOfInput) {
     answers("PRINT 'kept'\nGO\n", "kept\r\n1> ");
     answers("-- password\n'a secret'\nGO\n", "'a secret'.\r\n1> ");
     answers("\x10\x10 + '!'\nGO\n", "kept!\r\n1> ");
+    // An error, a failed :connect and Ctrl-C end the :r file that is being read.
+    const support::TempDir folder;
+    const std::string rest = "GO\nPRINT 'the' + ' rest'\nGO\n";
+    support::writeFile(folder / "error", "IF $(nothing) = 1\n" + rest);
+    support::writeFile(folder / "connect", ":connect 127.0.0.1,1 -U u -P p\n" + rest);
+    support::writeFile(folder / "wait",
+                       "RAISERROR('waits', 0, 1) WITH NOWAIT WAITFOR DELAY '00:10'\n" + rest);
+    answers(":r " + (folder / "error").string() + "\n", "error' is not run.\r\n1> ");
+    answers(":r " + (folder / "connect").string() + "\n", "connect' is not run.\r\n1> ");
+    answers(":r " + (folder / "wait").string() + "\n", "waits\r\n");
+    answers(support::kControlC, "wait' is not run.\r\n1> ");
     program.type(support::kControlD);
     EXPECT_EQ(program.end(), 0) << program.screen();
     EXPECT_EQ(program.screen().find("wrong\r\n1>"), std::string::npos) << program.screen();
+    EXPECT_EQ(program.screen().find("the rest\r\n"), std::string::npos) << program.screen();
 }
 
 // Otherwise the server's socket would take descriptor 0 or 1.

@@ -57,6 +57,7 @@ TEST(Options, TakeVariablesUpToTheNextOption) {
     EXPECT_EQ(options.variables, expected);
     EXPECT_EQ(options.errorStream, ErrorStream::Errors);
     EXPECT_EQ(options.severityLevel, 16);
+    EXPECT_EQ(Arguments({"-L", "c"}).parse().action, Options::Action::ListServersOnly);
 }
 
 TEST(Options, TakeTheLastValueOfARange) {

@@ -1,10 +1,12 @@
 // The built program without a database.
 #include <arpa/inet.h>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
 #include <poll.h>
 #include <signal.h>
 #include <sys/socket.h>
+#include <unistd.h>
 
 #include <thread>
 
@@ -49,6 +51,31 @@ TEST(Program, DoesNotOverwriteItsScript) {
     const auto result = sqlcmd({"-i", folder / "in.sql", "-o", folder.path() / "." / "in.sql"});
     EXPECT_NE(result.errors.find("both the input and the output file"), std::string::npos) << result.errors;
     EXPECT_EQ(support::readFile(folder / "in.sql"), "select 1\n");
+}
+
+// Another process may have made standard output non-blocking.
+TEST(Program, WaitsForAFullPipe) {
+    int ends[2];
+    ASSERT_EQ(pipe2(ends, O_CLOEXEC | O_NONBLOCK), 0);
+    const Descriptor output(ends[0]), input(ends[1]), nothing = support::memoryFile(),
+                                                      errors = support::memoryFile();
+    const std::string filler(static_cast<std::size_t>(fcntl(input.get(), F_SETPIPE_SZ, 4096)), 'x');
+    ASSERT_EQ(write(input.get(), filler.data(), filler.size()), static_cast<ssize_t>(filler.size()));
+    const pid_t pid = support::spawn({SQLCMD_PROGRAM, "-?"}, {}, {nothing.get(), input.get(), errors.get()});
+    std::string printed;
+    int exitCode = -1;
+    std::thread reader([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(300));
+        char piece[4096];
+        pollfd entry{output.get(), POLLIN, 0};
+        while (poll(&entry, 1, 1000) == 1)
+            if (const ssize_t size = read(output.get(), piece, sizeof piece); size > 0)
+                printed.append(piece, static_cast<std::size_t>(size));
+    });
+    support::waitFor(pid, std::chrono::seconds(30), exitCode);
+    reader.join();
+    EXPECT_EQ(exitCode, 0) << support::contentOf(errors);
+    EXPECT_EQ(printed, filler + sqlcmd({"-?"}).output);
 }
 
 // A server that accepts connections and never answers.

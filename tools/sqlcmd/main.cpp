@@ -5,9 +5,11 @@
 #include <csignal>
 #include <cstdio>
 #include <exception>
+#include <string>
 
 #include "options/CommandLine.h"
 #include "session/Tool.h"
+#include "text/Output.h"
 
 namespace {
 
@@ -20,22 +22,25 @@ void occupyClosedStreams() {
         if (fcntl(stream, F_GETFD) < 0) open("/dev/null", stream == 0 ? O_WRONLY : O_RDONLY);
 }
 
+// Throws ToolError if standard output cannot be written.
+int print(const std::string& text) {
+    sqlcmd::Output output("");
+    output.write(text);
+    output.flush();
+    return 0;
+}
+
 int run(int argc, char** argv) {
     sqlcmd::Options options = sqlcmd::parseOptions(argc, argv);
     switch (options.action) {
         case sqlcmd::Options::Action::Help:
-            std::fputs(kVersion, stdout);
-            std::fputs(sqlcmd::usageText().c_str(), stdout);
-            return 0;
+            return print(kVersion + sqlcmd::usageText());
         case sqlcmd::Options::Action::Version:
-            std::fputs(kVersion, stdout);
-            return 0;
+            return print(kVersion);
         case sqlcmd::Options::Action::ListServers:
-        case sqlcmd::Options::Action::ListServersOnly: {
-            const bool namesOnly = options.action == sqlcmd::Options::Action::ListServersOnly;
-            std::fputs(sqlcmd::serverList(namesOnly).c_str(), stdout);
-            return 0;
-        }
+            return print(sqlcmd::serverList(/*namesOnly=*/false));
+        case sqlcmd::Options::Action::ListServersOnly:
+            return print(sqlcmd::serverList(/*namesOnly=*/true));
         case sqlcmd::Options::Action::Run:
             break;
     }

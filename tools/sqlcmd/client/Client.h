@@ -1,7 +1,6 @@
 // Connection to SQL Server as the tool needs it. An interrupt (terminal/Interrupt.h) cancels the running
-// batch. OdbcClient works with every ODBC driver. DbLibClient works
-// over FreeTDS's DB-Library, which reports the state and procedure of messages; FreeTDS's ODBC driver does
-// not.
+// batch. OdbcClient works with every ODBC driver. DbLibClient works over FreeTDS's DB-Library, which reports
+// the state and procedure of messages; FreeTDS's ODBC driver does not.
 #pragma once
 
 #include <functional>

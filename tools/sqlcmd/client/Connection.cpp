@@ -23,11 +23,12 @@ bool isFreeTds(std::string_view driver) {
 // Returns the value between braces. ODBC doubles a closing brace in it. FreeTDS does not: a value ends at the
 // first "};", so that it cannot contain these characters.
 std::string braced(std::string_view value, bool freeTds) {
-    if (value.find('\0') != std::string_view::npos || (freeTds && value.find("};") != std::string_view::npos))
+    if (value.find('\0') != std::string_view::npos)
+        throw ToolError("Sqlcmd: Error: a value of the connection contains a NUL character.");
+    if (freeTds && value.find("};") != std::string_view::npos)
         throw ToolError(
             "Sqlcmd: Error: FreeTDS cannot connect with a value that contains '};'. Change the login's "
-            "password "
-            "or name.");
+            "password or name.");
     std::string result = "{";
     for (const char c : value) result.append(c == '}' && !freeTds ? 2 : 1, c);
     return result + "};";
@@ -104,8 +105,8 @@ Connection::Connection(Options& options, std::string_view driver, std::string ol
       m_queryTimeout(options.queryTimeout) {
     std::string text = connectionString(options, driver);
     explicit_bzero(options.password.data(), options.password.size());
-    SQLSetConnectAttr(m_connection.get(), SQL_ATTR_LOGIN_TIMEOUT, attributeValue(options.loginTimeout),
-                      SQL_IS_UINTEGER);
+    SQLSetConnectAttr(m_connection.get(), SQL_ATTR_LOGIN_TIMEOUT,
+                      attributeValue(static_cast<SQLULEN>(options.loginTimeout)), SQL_IS_UINTEGER);
     if (!oldPassword.empty())
         SQLSetConnectAttr(m_connection.get(), kOldPassword, oldPassword.data(), SQL_NTS);
     explicit_bzero(oldPassword.data(), oldPassword.size());
@@ -143,7 +144,7 @@ Statement::Statement(const Connection& connection)
       m_handle(SQL_HANDLE_STMT, connection.driver().connection, m_functions) {
     if (connection.queryTimeout() > 0)
         m_functions.setStmtAttr(m_handle.get(), SQL_ATTR_QUERY_TIMEOUT,
-                                attributeValue(connection.queryTimeout()), 0);
+                                attributeValue(static_cast<SQLULEN>(connection.queryTimeout())), 0);
 }
 
 SQLRETURN Statement::execute(const std::string& batch) {

@@ -55,8 +55,11 @@ class OdbcBatch : public RunningBatch {
     long long rowCount() const override { return m_statement.rowCount(); }
 
     bool appendValue(std::size_t column, std::size_t enough, TextBuffer& text) override {
-        if (column >= m_cells.size())
-            return appendPieces(static_cast<SQLUSMALLINT>(column + 1), enough, text) != SQL_NO_DATA;
+        if (column >= m_cells.size()) {
+            const SQLRETURN code = appendPieces(static_cast<SQLUSMALLINT>(column + 1), enough, text);
+            if (code == SQL_ERROR) m_running = passMessages(code);  // the value is incomplete
+            return code != SQL_NO_DATA;
+        }
         const Cell& cell = *m_cells[column];
         if (cell.length == SQL_NULL_DATA) return false;
         const std::size_t capacity = cell.buffer.size() - 1;

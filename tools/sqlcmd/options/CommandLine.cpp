@@ -35,6 +35,7 @@ class ArgumentReader {
     }
 
     bool hasRead(char letter) const { return m_letters.find(letter) != std::string::npos; }
+    int optionCount() const { return m_optionCount; }  // of the options read, repeated ones included
 
   private:
     static bool isInformation(Options::Action action) {
@@ -62,6 +63,7 @@ class ArgumentReader {
     void readValues(const OptionRule& rule, char* attached, Options& options) {
         static char nothing[] = "";
         if (rule.letter != '\0') m_letters += rule.letter;
+        ++m_optionCount;
         switch (rule.takes) {
             case Takes::Nothing:
                 if (attached != nullptr) throwUnknown(m_optionName + (isLong() ? "=" : "") + attached);
@@ -119,6 +121,7 @@ class ArgumentReader {
     std::size_t m_next = 0;
     std::string m_optionName;
     std::string m_letters;  // of the options read
+    int m_optionCount = 0;
 };
 
 Encryption encryptionNamed(std::string_view name) {
@@ -218,9 +221,9 @@ bool listsServers(const Options& options) {
            options.action == Options::Action::ListServersOnly;
 }
 
-void checkExclusiveOptions(const Options& options, int argumentCount) {
+void checkExclusiveOptions(const Options& options, int optionCount) {
     const bool userGiven = !options.user.empty();
-    if (listsServers(options) && argumentCount > 1)
+    if (listsServers(options) && optionCount > 1)
         throw UsageError("The -L option cannot be used together with other options.");
     if (!options.newPassword.empty() && !userGiven)
         throw UsageError("The -z and -Z options change the password of a login: give -U.");
@@ -242,7 +245,7 @@ Options parseOptions(int argc, char** argv) {
     const std::span<char*> arguments(argv + 1, static_cast<std::size_t>(argc > 0 ? argc - 1 : 0));
     ArgumentReader reader(arguments);
     reader.readInto(options);
-    checkExclusiveOptions(options, static_cast<int>(arguments.size()));
+    checkExclusiveOptions(options, reader.optionCount());
     takePasswordFromEnvironment(options);
     readEnvironment(options, reader);
     readHostSettings(options);

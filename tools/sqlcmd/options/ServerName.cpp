@@ -1,5 +1,6 @@
 #include "options/ServerName.h"
 
+#include <algorithm>
 #include <charconv>
 
 #include "text/Errors.h"
@@ -37,8 +38,11 @@ ServerName parseServerName(std::string_view text) {
         if (server.instance.empty()) throwInvalidName(text);
     }
     if (rest.starts_with('[') && rest.ends_with(']')) rest = rest.substr(1, rest.size() - 2);
+    // An IPv6 address has more of them. FreeTDS would take "np:host" for a port of the host "np".
+    const bool hasOneColon = std::count(rest.begin(), rest.end(), ':') == 1;
     if (rest == "." || equalsIgnoringCase(rest, "(local)")) rest = "localhost";
-    if (rest.empty() || rest.find_first_of(";{}[]=") != std::string_view::npos) throwInvalidName(text);
+    if (rest.empty() || hasOneColon || rest.find_first_of(";{}[]=") != std::string_view::npos)
+        throwInvalidName(text);
     server.host = rest;
     return server;
 }

@@ -21,9 +21,11 @@ std::size_t lineWidthOf(const Layout& layout, const Output& output) {
 ResultPrinter::ResultPrinter(RunningBatch& batch, const Layout& layout, const ResultMode& mode,
                              Output& output)
     : m_batch(batch), m_layout(layout), m_mode(mode), m_output(output) {
+    // -k2 shortens a value before it is cut: its beginning may be a single run of control characters.
+    const bool needsWholeValues = mode.xml || layout.controlCharacters == ControlCharacters::RunToBlank;
     for (const ColumnInfo& column : batch.columns()) {
         m_formats.push_back(formatOf(column, layout));
-        const std::size_t limit = mode.xml ? 0 : m_formats.back().limit;
+        const std::size_t limit = needsWholeValues ? 0 : m_formats.back().limit;
         m_neededBytes.push_back(limit == 0 ? RunningBatch::kWholeValue : limit * kBytesPerCharacter);
     }
 }

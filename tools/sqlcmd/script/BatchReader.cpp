@@ -194,6 +194,13 @@ int BatchReader::batchLine() const {
     return 1 + static_cast<int>(std::count(m_batch.begin(), m_batch.end(), '\n'));
 }
 
+std::string BatchReader::discardInput() {
+    replaceBatch({});
+    const std::string outermost = m_sources.size() > 1 ? m_sources[1].name() : "";
+    while (m_sources.size() > 1) m_sources.pop_back();
+    return outermost;
+}
+
 // Returns nullopt if the line is not a command.
 std::optional<Step> BatchReader::readCommand() {
     const std::string_view line = trimmed(m_line);

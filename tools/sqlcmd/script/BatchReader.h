@@ -69,9 +69,13 @@ class BatchReader {
     // Whether next() may wait for more of the script.
     bool mayWait() const;
 
-    // The batch that is being read: number of its next line, from 1; other text for it.
+    // Number of the next line in the batch that is being read, from 1.
     int batchLine() const;
+    // Replaces the text of that batch.
     void replaceBatch(std::string text) { m_batch = std::move(text), m_state = {}; }
+    // Discards that batch and the rest of all :r files. Returns the path of the outermost of these files,
+    // empty if none was being read.
+    std::string discardInput();
 
   private:
     bool nextLine();

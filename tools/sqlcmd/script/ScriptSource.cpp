@@ -28,6 +28,13 @@ int openScript(const std::string& path) {
     return descriptor;
 }
 
+// Returns a descriptor of its own for standard input.
+int openStandardInput() {
+    const int descriptor = fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0);
+    if (descriptor < 0) throw ToolError(std::string("Sqlcmd: standard input: ") + std::strerror(errno) + ".");
+    return descriptor;
+}
+
 bool isRegularFile(int descriptor) {
     struct stat status {};
     return fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
@@ -57,7 +64,7 @@ ScriptSource ScriptSource::ofFile(const std::string& path, int codePage) {
 }
 
 ScriptSource ScriptSource::ofStandardInput(int codePage) {
-    return {dup(STDIN_FILENO), {}, codePage};
+    return {openStandardInput(), {}, codePage};
 }
 
 ScriptSource ScriptSource::ofText(std::string text) {

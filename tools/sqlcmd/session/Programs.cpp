@@ -11,7 +11,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
-#include <sstream>
+#include <iterator>
 #include <vector>
 
 #include "text/Errors.h"
@@ -19,30 +19,39 @@
 namespace sqlcmd {
 namespace {
 
-// File with a text, deleted by the destructor. Only its owner can read it.
+// Temporary file, deleted by the destructor. Only its owner can read it. Its operations throw ToolError.
 class TextFile {
   public:
-    explicit TextFile(const std::string& text) {
+    TextFile() {
         const char* folder = std::getenv("TMPDIR");
         m_path = std::string(folder != nullptr && *folder != '\0' ? folder : "/tmp") + "/sqlcmd-XXXXXX.sql";
         const int descriptor = mkostemps(m_path.data(), kSuffixLength, O_CLOEXEC);
-        if (descriptor < 0)
-            throw ToolError("Sqlcmd: Error: cannot create '" + m_path + "': " + std::strerror(errno) + ".");
+        if (descriptor < 0) throwFailure("create");
         close(descriptor);
-        std::ofstream(m_path, std::ios::binary) << text;
     }
     ~TextFile() { unlink(m_path.c_str()); }
     TextFile(const TextFile&) = delete;
     TextFile& operator=(const TextFile&) = delete;
 
     const std::string& path() const { return m_path; }
-    std::string text() const {
-        std::ostringstream text;
-        text << std::ifstream(m_path, std::ios::binary).rdbuf();
-        return text.str();
+    void write(const std::string& text) const {
+        std::ofstream file(m_path, std::ios::binary);
+        file << text << std::flush;
+        if (!file) throwFailure("write");
+    }
+    std::string read() const {
+        std::ifstream file(m_path, std::ios::binary);
+        if (!file) throwFailure("read");
+        return {std::istreambuf_iterator<char>(file), {}};
     }
 
   private:
+    [[noreturn]] void throwFailure(const char* operation) const {
+        const std::string reason = std::strerror(errno);
+        throw ToolError(std::string("Sqlcmd: Error: cannot ") + operation + " '" + m_path + "': " + reason +
+                        ".");
+    }
+
     static constexpr int kSuffixLength = 4;  // of ".sql"
     std::string m_path;
 };
@@ -101,9 +110,9 @@ void runShell(std::vector<std::string> arguments) {
 }
 
 std::size_t terminalWidth() {
-    constexpr std::size_t kUsual = 80;
+    constexpr std::size_t kDefault = 80;
     winsize size{};
-    return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col != 0 ? size.ws_col : kUsual;
+    return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col != 0 ? size.ws_col : kDefault;
 }
 
 }  // namespace
@@ -112,7 +121,7 @@ Pager::Pager(Output& output, const std::string& command, std::size_t width) : m_
     if (command.empty() || !output.isTerminal() || width <= terminalWidth()) return;
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0)
-        throw ToolError(std::string("Sqlcmd: Error: no pipe: ") + std::strerror(errno) + ".");
+        throw ToolError(std::string("Sqlcmd: Error: cannot create a pipe: ") + std::strerror(errno) + ".");
     try {
         m_pid = startShell({"sh", "-c", command}, ends[0]);
     } catch (const ToolError&) {
@@ -136,9 +145,10 @@ void runShellCommand(const std::string& command) {
 }
 
 std::string edited(const std::string& text, const std::string& editor) {
-    const TextFile file(text);
+    const TextFile file;
+    file.write(text);
     runShell({"sh", "-c", editor + " \"$1\"", "sh", file.path()});
-    return file.text();
+    return file.read();
 }
 
 }  // namespace sqlcmd

@@ -3,7 +3,7 @@
 
 #include <sys/types.h>
 
-#include <optional>
+#include <cstddef>
 #include <string>
 
 #include "text/Output.h"
@@ -11,7 +11,8 @@
 namespace sqlcmd {
 
 // Runs a command with /bin/sh and waits for its end. It gets the tool's standard streams and no other
-// descriptor. Throws ToolError if the shell cannot be started.
+// descriptor; its standard input is empty unless the tool's is a terminal. Throws ToolError if the shell
+// cannot be started.
 void runShellCommand(const std::string& command);
 
 // Pages what is written to the output while the object exists, if the output is a terminal that is narrower
@@ -29,8 +30,8 @@ class Pager {
     pid_t m_pid = -1;
 };
 
-// Returns the text as the editor, a shell command, leaves it. Throws ToolError if there is no place for the
-// text.
+// Returns the text as the editor, a shell command, leaves it. Throws ToolError if the temporary file of the
+// text cannot be created, written or read, or the shell cannot be started.
 std::string edited(const std::string& text, const std::string& editor);
 
 }  // namespace sqlcmd

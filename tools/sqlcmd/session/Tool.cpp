@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <charconv>
 #include <cstdio>
-#include <cstring>
 #include <filesystem>
 #include <limits>
 
@@ -56,6 +55,11 @@ void requireDifferentFiles(const std::string& input, const std::string& output) 
         throw ToolError("Sqlcmd: Error: '" + output + "' is both the input and the output file.");
 }
 
+void discardInput(BatchReader& reader) {
+    const std::string file = reader.discardInput();
+    if (!file.empty()) std::fprintf(stderr, "Sqlcmd: the rest of '%s' is not run.\n", file.c_str());
+}
+
 }  // namespace
 
 std::string serverList(bool namesOnly) {
@@ -97,15 +101,15 @@ void Tool::setVariables() {
 void Tool::logInAndRun(Output& output) {
     m_client = connect(m_options);
     BatchRunner runner(*m_client, m_options, output);
-    setUpSession(*m_client, runner);
+    setUpSession(runner);
     if (!m_options.endsAfterNewPassword) runScripts(runner, output);
     runner.finishOutput();
 }
 
-void Tool::setUpSession(const Client& client, BatchRunner& runner) const {
-    runner.setSessionSettings(std::string(client.sessionSettings()) + (m_options.quotedIdentifier
-                                                                           ? "SET QUOTED_IDENTIFIER ON"
-                                                                           : "SET QUOTED_IDENTIFIER OFF"));
+void Tool::setUpSession(BatchRunner& runner) const {
+    runner.setSessionSettings(std::string(m_client->sessionSettings()) + (m_options.quotedIdentifier
+                                                                              ? "SET QUOTED_IDENTIFIER ON"
+                                                                              : "SET QUOTED_IDENTIFIER OFF"));
 }
 
 bool Tool::runScripts(BatchRunner& runner, Output& output) {
@@ -143,7 +147,8 @@ bool Tool::runScript(BatchRunner& runner, Output& output, ScriptSource source) {
     return runSteps(runner, output, reader);
 }
 
-// An error in a line or a batch does not end the session.
+// An error in a line or a batch does not end the session, but the :r files that are being read: the rest of a
+// script must not run without what has failed, nor on the server that a failed :connect keeps.
 bool Tool::runTerminal(BatchRunner& runner, Output& output) {
     const InterruptScope interrupts;
     const bool mayPage =
@@ -161,8 +166,8 @@ bool Tool::runTerminal(BatchRunner& runner, Output& output) {
             MessagePrinter(m_options, output).printLoginError(error.diagnostics);
         } catch (const ToolError& error) {
             std::fprintf(stderr, "%s\n", error.what());
-            reader.replaceBatch({});
         }
+        discardInput(reader);
     }
 }
 
@@ -177,7 +182,10 @@ bool Tool::runSteps(BatchRunner& runner, Output& output, BatchReader& reader) {
         if (step.kind != Step::Kind::Batch) output.flush();
         if (!runStep(runner, output, step)) return false;
         if (!runner.defersOutput() || reader.mayWait()) output.flush();
-        if (isInterrupted()) std::fputs("Sqlcmd: the batch was cancelled.\n", stderr);
+        if (isInterrupted()) {
+            std::fputs("Sqlcmd: the batch was cancelled.\n", stderr);
+            discardInput(reader);
+        }
         clearInterrupt();
     }
 }
@@ -199,7 +207,8 @@ bool Tool::runStep(BatchRunner& runner, Output& output, const Step& step) {
                 runBatch(runner, step);
             return false;
         case Step::Kind::Refused:
-            return refuse(step.name);
+            refuse(step.name);
+            return true;
         case Step::Kind::Exit:
         case Step::Kind::End:
             return false;
@@ -254,12 +263,11 @@ void Tool::runCommand(BatchRunner& runner, Output& output, const Step& step) {
     }
 }
 
-// Returns whether the script continues.
-bool Tool::refuse(const std::string& command) const {
-    const bool ends = m_options.restriction == Restriction::End;
-    if (ends) throw ToolError("Sqlcmd: Error: '" + command + "' is disabled by -X1.");
+// Throws with -X1; with -X, the script continues after a warning.
+void Tool::refuse(const std::string& command) const {
+    if (m_options.restriction == Restriction::End)
+        throw ToolError("Sqlcmd: Error: '" + command + "' is disabled by -X1.");
     std::fprintf(stderr, "Sqlcmd: Warning: '%s' is disabled by -X.\n", command.c_str());
-    return true;
 }
 
 void Tool::setOption(const Step& step) {
@@ -325,7 +333,7 @@ void Tool::connectTo(BatchRunner& runner, std::string_view arguments) {
     m_options = std::move(next);
     m_client = std::move(client);
     runner.setClient(*m_client);
-    setUpSession(*m_client, runner);
+    setUpSession(runner);
     m_variables.set("SQLCMDSERVER", m_options.server);
     m_variables.set("SQLCMDUSER", m_options.user);
     m_variables.set("SQLCMDDBNAME", m_options.database);
@@ -360,10 +368,10 @@ void Tool::runExitQuery(BatchRunner& runner, const Step& step) {
     const auto [severity, exitCode] = runner.run(step.text, {.xml = m_xml, .lastValue = &value});
     if (exitCode)
         m_exitCode = *exitCode;
-    else if (!value.empty())
-        m_exitCode = exitCodeOf(value);
+    else if (severity >= kErrorSeverity)  // `value` may be that of an earlier statement
+        m_exitCode = kExitQueryFailed;
     else
-        m_exitCode = severity < kErrorSeverity ? kExitQueryWithoutRows : kExitQueryFailed;
+        m_exitCode = value.empty() ? kExitQueryWithoutRows : exitCodeOf(value);
 }
 
 }  // namespace sqlcmd

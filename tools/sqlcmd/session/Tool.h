@@ -2,7 +2,8 @@
 #pragma once
 
 #include <memory>
-#include <optional>
+#include <string>
+#include <string_view>
 
 #include "options/Options.h"
 #include "options/Variables.h"
@@ -25,7 +26,7 @@ class Tool {
   private:
     void setVariables();
     void logInAndRun(Output& output);
-    void setUpSession(const Client& client, BatchRunner& runner) const;
+    void setUpSession(BatchRunner& runner) const;
     // These return false if the tool must end with m_exitCode.
     bool runScripts(BatchRunner& runner, Output& output);
     bool runStandardInput(BatchRunner& runner, Output& output);
@@ -36,7 +37,7 @@ class Tool {
     // A command after which the script continues.
     void runCommand(BatchRunner& runner, Output& output, const Step& step);
     bool runBatch(BatchRunner& runner, const Step& step);
-    bool refuse(const std::string& command) const;
+    void refuse(const std::string& command) const;
     void setOption(const Step& step);
     ScriptRules rules() const;
     std::string editor() const;

@@ -1,6 +1,7 @@
 #include "text/Output.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -70,6 +71,12 @@ int openOutput(const std::string& path) {
 bool isRegular(int descriptor) {
     struct stat status {};
     return fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
+}
+
+// For a descriptor that another process has made non-blocking, as some do with a terminal or pipe they share.
+void waitUntilWritable(int descriptor) {
+    pollfd entry{descriptor, POLLOUT, 0};
+    poll(&entry, 1, -1);
 }
 
 }  // namespace
@@ -156,6 +163,10 @@ void Output::writeBytes(std::string_view bytes) {
     while (!bytes.empty()) {
         const ssize_t count = ::write(m_descriptor, bytes.data(), bytes.size());
         if (count < 0 && errno == EINTR) continue;
+        if (count < 0 && errno == EAGAIN) {
+            waitUntilWritable(m_descriptor);
+            continue;
+        }
         if (count < 0 && errno == EPIPE && m_diverted >= 0) return;
         if (count < 0) {
             const std::string reason = std::strerror(errno);
