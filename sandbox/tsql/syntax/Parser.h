@@ -31,6 +31,10 @@ SqlType parseType(std::string_view text);
 // words: separated by blanks. An empty word is none of them.
 bool hasWord(std::string_view words, const std::string& word);
 
+inline ExprPtr make(int line, Expr::Node node) {
+    return std::make_unique<Expr>(Expr{line, std::move(node)});
+}
+
 class Parser {
   public:
     Parser(std::string_view text, bool quotedIdentifiers, FindType findType = {});

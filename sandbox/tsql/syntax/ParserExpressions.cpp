@@ -47,10 +47,6 @@ constexpr Operator kOperators[] = {
 constexpr std::string_view kNiladic = "CURRENT_TIMESTAMP CURRENT_USER SYSTEM_USER SESSION_USER USER";
 constexpr std::string_view kReservedFunctions = "COALESCE NULLIF LEFT RIGHT";
 
-ExprPtr make(int line, Expr::Node node) {
-    return std::make_unique<Expr>(Expr{line, std::move(node)});
-}
-
 ExprPtr asValue(const Parser& in, ExprPtr expr) {
     if (expr->isCondition()) in.throwSyntaxError();
     return expr;

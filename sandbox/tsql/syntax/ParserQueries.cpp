@@ -29,10 +29,6 @@ QueryPtr queryOf(int line, std::variant<Select, SetOperation> body) {
     return std::make_unique<Query>(Query{{}, std::move(body), {}, {}, {}, {}, {}, line});
 }
 
-ExprPtr exprOf(int line, Expr::Node node) {
-    return std::make_unique<Expr>(Expr{line, std::move(node)});
-}
-
 TableRefPtr tableOf(int line, std::variant<NamedTable, DerivedTable, Join> node) {
     return std::make_unique<TableRef>(TableRef{std::move(node), {}, line});
 }
@@ -253,17 +249,17 @@ TableRefPtr tableRef(Parser& in) {
 Select pivot(TableRefPtr table, const ObjectName& aggregate, const std::string& value, const std::string& key,
              const std::vector<std::string>& names) {
     const int line = table->line;
-    const auto column = [line](const std::string& name) { return exprOf(line, ColumnRef{{name}}); };
+    const auto column = [line](const std::string& name) { return make(line, ColumnRef{{name}}); };
     Select select;
     select.pivots = true;
     select.from.push_back(std::move(table));
     select.items.push_back({nullptr, {}, {}, {}, {}, {value, key}});
     for (const auto& name : names) {
         Case part{column(key), {}, nullptr};
-        part.branches.emplace_back(exprOf(line, Literal{textLiteral(name, true)}), column(value));
+        part.branches.emplace_back(make(line, Literal{textLiteral(name, true)}), column(value));
         Call call{aggregate, {}};
-        call.arguments.push_back(exprOf(line, std::move(part)));
-        select.items.push_back({exprOf(line, std::move(call)), {}, name, {}});
+        call.arguments.push_back(make(line, std::move(part)));
+        select.items.push_back({make(line, std::move(call)), {}, name, {}});
     }
     return select;
 }
@@ -276,10 +272,10 @@ Select unpivot(TableRefPtr table, const std::string& value, const std::string& k
     QueryPtr rows;
     for (const auto& name : names) {
         Select row;
-        row.items.push_back({exprOf(line, ColumnRef{{name}}), {}, {}, {}});
-        ExprPtr text = exprOf(line, Literal{textLiteral(name, true)});
-        row.items.push_back({exprOf(line, Cast{std::move(text), nvarcharType(128), nullptr}), {}, {}, {}});
-        row.where = exprOf(line, Not{exprOf(line, IsNull{exprOf(line, ColumnRef{{name}})})});
+        row.items.push_back({make(line, ColumnRef{{name}}), {}, {}, {}});
+        ExprPtr text = make(line, Literal{textLiteral(name, true)});
+        row.items.push_back({make(line, Cast{std::move(text), nvarcharType(128), nullptr}), {}, {}, {}});
+        row.where = make(line, Not{make(line, IsNull{make(line, ColumnRef{{name}})})});
         append(rows, SetOp::UnionAll, std::move(row), line);
     }
     TableRefPtr applied = tableOf(line, DerivedTable{std::move(rows), {value, key}});
@@ -431,7 +427,7 @@ SelectItem Parser::selectItem() {
         item.identity.emplace(type(TypeUse::Declaration), Identity{});
         if (accept(",")) item.identity->second = identity();
         expect(")");
-        item.value = exprOf(line, Literal{});
+        item.value = make(line, Literal{});
     } else {
         item.value = expression();
     }
@@ -451,7 +447,7 @@ ExprPtr Parser::assignedValue(const std::string& variable) {
     const auto op = assignmentOperator();
     ExprPtr value = expression();
     if (!op) return value;
-    return exprOf(line, Binary{*op, exprOf(line, VariableRef{variable}), std::move(value)});
+    return make(line, Binary{*op, make(line, VariableRef{variable}), std::move(value)});
 }
 
 // Name of a table or table variable.

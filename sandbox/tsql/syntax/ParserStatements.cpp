@@ -610,7 +610,7 @@ ExprPtr Parser::constant() {
 ExprPtr Parser::wordOrConstant() {
     if (!atName() && !at("ON")) return constant();
     const Token& word = takeToken();
-    return std::make_unique<Expr>(Expr{word.line, Literal{textLiteral(unquoted(word), /*national=*/true)}});
+    return make(word.line, Literal{textLiteral(unquoted(word), /*national=*/true)});
 }
 
 }  // namespace tsql
