@@ -14,7 +14,6 @@ namespace {
 constexpr std::size_t kHeaderSize = 8;
 constexpr std::size_t kReceiveBlock = 32768;
 constexpr std::size_t kSendBlock = 32768;  // several packets in one system call
-constexpr int kBlocking = 0;               // flags of recv()
 
 struct MessageLimit {
     PacketType type;
@@ -94,10 +93,6 @@ bool PacketChannel::attentionArrived() {
     return true;
 }
 
-void PacketChannel::fillBuffer(std::size_t bytes) {
-    while (buffered() < bytes) receive(kBlocking);
-}
-
 void PacketChannel::waitForLoginData() const {
     using std::chrono::milliseconds;
     const auto left = std::chrono::duration_cast<milliseconds>(*m_loginDeadline - Clock::now());
@@ -110,7 +105,7 @@ void PacketChannel::waitForLoginData() const {
 void PacketChannel::receive(int flags) {
     m_input.erase(0, m_inputPosition);
     m_inputPosition = 0;
-    const bool waits = flags == kBlocking;
+    const bool waits = (flags & MSG_DONTWAIT) == 0;
     if (waits && m_loginDeadline) waitForLoginData();
     char block[kReceiveBlock];
     const ssize_t got = recv(m_socket, block, sizeof block, flags);

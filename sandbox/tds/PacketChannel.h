@@ -68,7 +68,9 @@ class PacketChannel {
     };
     Header peekHeader() const;
     std::size_t maxMessageBytes(PacketType type) const;
-    void fillBuffer(std::size_t bytes);
+    void fillBuffer(std::size_t bytes) {
+        while (buffered() < bytes) receive(/*flags=*/0);
+    }
     void receive(int flags);
     void waitForLoginData() const;
     void appendInput(ByteView received);

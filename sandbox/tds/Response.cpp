@@ -218,11 +218,6 @@ void Response::finish() {
     if (m_attention) acknowledgeAttention();
 }
 
-void Response::refuseRequest() {
-    m_statementFailed = true;
-    finish();
-}
-
 void Response::acknowledgeAttention() {
     m_attention = false;
     setPendingDone({Token::Done, kDoneAttention});

@@ -51,7 +51,10 @@ class Response final : public tsql::ResultSink {
     // Ends the response with its last DONE token. Acknowledges an attention if one has arrived.
     void finish();
     // Sends a complete response to a request that was not executed.
-    void refuseRequest();
+    void refuseRequest() {
+        m_statementFailed = true;
+        finish();
+    }
     // Sends the acknowledgement of an attention, which is a response of its own behind the cancelled one.
     void acknowledgeAttention();
     bool attention() const { return m_attention; }

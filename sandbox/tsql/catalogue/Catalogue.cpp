@@ -165,19 +165,6 @@ std::optional<SchemaInfo> Catalogue::schemaNamed(std::string_view name) const {
     return std::nullopt;
 }
 
-std::vector<ObjectInfo> Catalogue::objectsIn(std::string_view schemaName) const {
-    return objects("o.parent = 0 AND o.type <> 'SCHEMA' AND ts_schema_of(o.name) = ?1 COLLATE ts_ci",
-                   std::string(schemaName));
-}
-
-std::vector<ObjectInfo> Catalogue::keysOf(std::int64_t table) const {
-    return objects("o.parent = ?1 AND o.type <> 'TR'", table);
-}
-
-std::vector<ObjectInfo> Catalogue::triggersOf(std::int64_t table) const {
-    return objects("o.parent = ?1 AND o.type = 'TR'", table);
-}
-
 bool Catalogue::hasTriggers() const {
     return m_connection
         .number(inSchema("SELECT 1 FROM $.tsqlbox_objects WHERE type = 'TR' LIMIT 1", m_schema))

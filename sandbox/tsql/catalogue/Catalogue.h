@@ -154,11 +154,18 @@ class Catalogue {
     TableInfo tableOf(const ObjectInfo& object) const;
     std::vector<SchemaInfo> schemas() const;
     std::optional<SchemaInfo> schemaNamed(std::string_view name) const;
-    std::vector<ObjectInfo> objectsIn(std::string_view schemaName) const;  // without constraints and indexes
+    std::vector<ObjectInfo> objectsIn(std::string_view schemaName) const {  // without constraints and indexes
+        return objects("o.parent = 0 AND o.type <> 'SCHEMA' AND ts_schema_of(o.name) = ?1 COLLATE ts_ci",
+                       std::string(schemaName));
+    }
     std::vector<TableColumn> columns(std::int64_t object) const;
-    std::vector<ObjectInfo> keysOf(std::int64_t table) const;  // constraints and indexes
+    std::vector<ObjectInfo> keysOf(std::int64_t table) const {  // constraints and indexes
+        return objects("o.parent = ?1 AND o.type <> 'TR'", table);
+    }
     std::vector<ObjectInfo> keysTo(std::int64_t table) const;  // foreign keys that reference it
-    std::vector<ObjectInfo> triggersOf(std::int64_t table) const;
+    std::vector<ObjectInfo> triggersOf(std::int64_t table) const {
+        return objects("o.parent = ?1 AND o.type = 'TR'", table);
+    }
     bool hasTriggers() const;
     std::int64_t lastId() const;
 

@@ -373,11 +373,10 @@ std::optional<SystemView> systemView(std::string_view schema, std::string_view n
         replace_all(found.sql, "$I", kTypeInfo);
         if (found.sql.find("$S") != std::string::npos) replace_all(found.sql, "$S", sessionList(storage));
         const bool temporary = sameWord(database, "tempdb");
-        const std::string objects = std::string(sqliteSchema) + ".tsqlbox_objects";
-        const std::string columns = std::string(sqliteSchema) + ".tsqlbox_columns";
-        replace_all(found.sql, "$o", temporary ? kTemporaryObjects : objects);
-        replace_all(found.sql, "$c", temporary ? kTemporaryColumns : columns);
-        replace_all(found.sql, "$q", std::string(sqliteSchema) + ".sqlite_sequence");
+        const std::string prefix = std::string(sqliteSchema) + ".";
+        replace_all(found.sql, "$o", temporary ? kTemporaryObjects : prefix + "tsqlbox_objects");
+        replace_all(found.sql, "$c", temporary ? kTemporaryColumns : prefix + "tsqlbox_columns");
+        replace_all(found.sql, "$q", prefix + "sqlite_sequence");
         replace_all(found.sql, "$d", quotedText(database));
         replace_all(found.sql, "$s", quotedText(databaseKey(database)));
         replace_all(found.sql, "$C", kCollationName);

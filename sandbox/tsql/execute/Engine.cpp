@@ -28,10 +28,6 @@ Engine::Engine(const std::filesystem::path& dataDirectory,
     FailingSink sink;
     Executor executor(storage, locks, {"sa"}, "msdb", 1);
     executor.runBatch(kBackupSet, sink);
-    // Attaches each database once outside a transaction, which rebuilds outdated indexes. A database that
-    // cannot be opened fails when it is used.
-    for (const std::string& name : storage.databases())
-        executor.runBatch("BEGIN TRY USE " + quotedName(name) + " END TRY BEGIN CATCH END CATCH", sink);
 }
 
 std::unique_ptr<Session> openSession(Engine& engine, Client client, std::string_view database, int spid) {

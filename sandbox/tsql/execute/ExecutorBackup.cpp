@@ -152,7 +152,6 @@ void Executor::restoreFrom(const std::string& file, const Restore& restore) {
     try {
         const BackupHeader header =
             restoreDatabase(m_storage, file, name, restore.replace, moved, progress(restore.stats));
-        m_connection.attach(name);  // rebuilds outdated indexes
         informDone("RESTORE", header, name, start);
     } catch (const SqlError& error) {
         if (error.number != kFileInUse) throw;

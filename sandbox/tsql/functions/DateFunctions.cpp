@@ -65,6 +65,17 @@ Value runFromParts(const SqlCall& call) {
     return toStorage(value, type);
 }
 
+// (value, type, pattern[, culture])
+Value runFormat(const SqlCall& call) {
+    const SqlType type = call.type(1);
+    if (!isDateTime(type.id) || type.id == TypeId::Time)
+        throw unsupported("FORMAT of " + std::string(baseName(type.id)));
+    if (call.count() > 3 && !sameText(call.text(3), "en-US"))
+        throw unsupported("FORMAT for the culture '" + std::string(call.text(3)) + "'");
+    const auto text = formatted(fromStorage(std::get<std::string_view>(call[0])), call.text(2));
+    return text ? Value(*text) : Value(Null{});
+}
+
 Value runIsDate(const SqlCall& call) {
     return std::int64_t{!isNull(convertValue(call[0], varcharType(SqlType::kMax),
                                              simpleType(TypeId::DateTime), kNoStyle, Conversion::Try)) &&
@@ -97,6 +108,7 @@ const std::vector<FunctionInfo> kDateFunctions = {
     {"smalldatetimefromparts", "IIIII=", TypeId::SmallDateTime, runFromParts},
     {"datetime2fromparts", "IIIIIIII=", scaledType<TypeId::DateTime2>, runFromParts},
     {"timefromparts", "IIIII=", scaledType<TypeId::Time>, runFromParts},
+    {"format", "A#T[T", nvarcharType(4000), runFormat},
     {"isdate", "0T", TypeId::Int, runIsDate},
 };
 

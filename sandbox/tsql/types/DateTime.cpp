@@ -1,5 +1,6 @@
 #include "types/DateTime.h"
 
+#include <boost/algorithm/string/replace.hpp>
 #include <ctime>
 
 #include "messages/Messages.h"
@@ -24,44 +25,44 @@ constexpr std::string_view kMonths[] = {"January",   "February", "March",    "Ap
 constexpr std::string_view kWeekdays[] = {"Sunday",   "Monday", "Tuesday", "Wednesday",
                                           "Thursday", "Friday", "Saturday"};
 
-constexpr std::string_view kIsoDate = "Y-M-D", kIsoTime = "h:m:s.f";
+// Marks of CONVERT: the next number is padded with a blank; a fraction has as many digits as the type.
+constexpr char kPadded = '\1', kScaled = '\2';
+constexpr std::string_view kIsoDate = "yyyy-MM-dd", kIsoTime = "HH:mm:ss.\2";
 
-// Formats a value. Letters of the pattern: Y year (y: two digits), M month (N: its name), D day (d: padded
-// with a blank), h hour, H hour of twelve, m minute, s second, f fraction in `scale` digits, P AM or PM.
+// Formats a value. The pattern is one of FORMAT without quotes, and may have marks of CONVERT.
 std::string written(std::string_view pattern, const DateTime& value, int scale = 0) {
     const CivilDate date = civilFromDays(value.days);
-    const unsigned month{date.month()}, day{date.day()};
-    const std::int64_t hour = value.ticks / kHour;
-    const int year = static_cast<int>(date.year());
-    const struct {
-        std::int64_t number;
-        int width;
-        char letter;
-        char filler = '0';
-    } fields[] = {{year, 4, 'Y'},
-                  {year % 100, 2, 'y'},
-                  {month, 2, 'M'},
-                  {day, 2, 'D'},
-                  {day, 2, 'd', ' '},
-                  {hour, 2, 'h'},
-                  {(hour + 11) % 12 + 1, 2, 'H', ' '},
-                  {value.ticks / kMinute % 60, 2, 'm'},
-                  {value.ticks / kSecond % 60, 2, 's'},
-                  {value.ticks % kSecond / powerOfTen(7 - scale), scale, 'f'}};
+    const std::int64_t hour = value.ticks / kHour, month = unsigned{date.month()};
+    const std::pair<char, std::int64_t> numbers[] = {
+        {'y', int{date.year()}},          {'M', month},
+        {'d', unsigned{date.day()}},      {'H', hour},
+        {'h', (hour + 11) % 12 + 1},      {'m', value.ticks / kMinute % 60},
+        {'s', value.ticks / kSecond % 60}};
     std::string text;
-    for (const char letter : pattern) {
-        const auto* field = std::ranges::find(fields, letter, [](const auto& each) { return each.letter; });
-        if (letter == 'N')
-            text += monthName(static_cast<int>(month)).substr(0, 3);
-        else if (letter == 'P')
-            text += hour < 12 ? "AM" : "PM";
-        else if (field == std::end(fields))
-            text += letter;
-        else if (field->width == 0)
+    for (std::size_t length = 1; !pattern.empty(); pattern.remove_prefix(length)) {
+        const char letter = pattern[0];
+        length = std::min(pattern.find_first_not_of(letter), pattern.size());
+        const auto* number = std::ranges::find(numbers, letter, [](const auto& each) { return each.first; });
+        const int places = letter == 'f' ? static_cast<int>(length) : scale;
+        if (letter == kScaled && scale == 0)
             text.pop_back();  // drops the point of an empty fraction
+        else if (letter == 'f' || letter == kScaled)
+            text +=
+                std::to_string(powerOfTen(places) + value.ticks % kSecond / powerOfTen(7 - places)).substr(1);
+        else if (letter == 't')
+            text.append(hour < 12 ? "AM" : "PM", std::min<std::size_t>(length, 2));
+        else if (length > 2 && (letter == 'M' || letter == 'd'))
+            text += (letter == 'M' ? kMonths[month - 1] : kWeekdays[(value.days + 1) % 7])
+                        .substr(0, length == 3 ? 3 : 9);
+        else if (number == std::end(numbers))
+            text.append(pattern.substr(0, length));
         else {
-            const std::string digits = std::to_string(field->number);
-            text.append(static_cast<std::size_t>(field->width) - digits.size(), field->filler) += digits;
+            const std::string digits =
+                std::to_string(letter == 'y' && length < 3 ? number->second % 100 : number->second);
+            const bool isPadded = text.ends_with(kPadded);
+            if (isPadded) text.pop_back();
+            const std::size_t width = letter == 'y' ? length : std::min<std::size_t>(length, 2);
+            text.append(std::max(width, digits.size()) - digits.size(), isPadded ? ' ' : '0') += digits;
         }
     }
     return text;
@@ -83,30 +84,37 @@ struct Style {
     std::string_view date, time = {};
 };
 constexpr Style kStyles[] = {
-    {22, "M/D/y", "H:m:s P"},
+    {22, "MM/dd/yy", "\1hh:mm:ss tt"},
     {23, kIsoDate},
-    {24, "", "h:m:s"},
+    {24, "", "HH:mm:ss"},
     {25, kIsoDate, kIsoTime},
-    {100, "N d Y", "H:mP"},
-    {101, "M/D/Y"},
-    {102, "Y.M.D"},
-    {103, "D/M/Y"},
-    {104, "D.M.Y"},
-    {105, "D-M-Y"},
-    {106, "D N Y"},
-    {107, "N D, Y"},
-    {108, "", "h:m:s"},
-    {109, "N d Y", "H:m:s.fP"},
-    {110, "M-D-Y"},
-    {111, "Y/M/D"},
-    {112, "YMD"},
-    {113, "D N Y", kIsoTime},
+    {100, "MMM \1dd yyyy", "\1hh:mmtt"},
+    {101, "MM/dd/yyyy"},
+    {102, "yyyy.MM.dd"},
+    {103, "dd/MM/yyyy"},
+    {104, "dd.MM.yyyy"},
+    {105, "dd-MM-yyyy"},
+    {106, "dd MMM yyyy"},
+    {107, "MMM dd, yyyy"},
+    {108, "", "HH:mm:ss"},
+    {109, "MMM \1dd yyyy", "\1hh:mm:ss.\2tt"},
+    {110, "MM-dd-yyyy"},
+    {111, "yyyy/MM/dd"},
+    {112, "yyyyMMdd"},
+    {113, "dd MMM yyyy", kIsoTime},
     {114, "", kIsoTime},
-    {120, kIsoDate, "h:m:s"},
+    {120, kIsoDate, "HH:mm:ss"},
     {121, kIsoDate, kIsoTime},
     {126, kIsoDate, kIsoTime},
     {127, kIsoDate, kIsoTime},
 };
+
+// Standard patterns of FORMAT, behind their letters.
+constexpr std::string_view kFormats =
+    "dM/d/yyyy; Ddddd, MMMM d, yyyy; fdddd, MMMM d, yyyy h:mm tt; Fdddd, MMMM d, yyyy h:mm:ss tt; "
+    "gM/d/yyyy h:mm tt; GM/d/yyyy h:mm:ss tt; mMMMM d; MMMMM d; oyyyy-MM-ddTHH:mm:ss.fffffff; "
+    "Oyyyy-MM-ddTHH:mm:ss.fffffff; syyyy-MM-ddTHH:mm:ss; th:mm tt; Th:mm:ss tt; uyyyy-MM-dd HH:mm:ssZ; "
+    "yMMMM yyyy; YMMMM yyyy";
 
 // A date has no time to format, a time no date.
 Style styleFor(int number, const SqlType& type) {
@@ -229,7 +237,7 @@ std::string toStorage(const DateTime& value, const SqlType& type, std::string_vi
     const DateTime rounded{value.days + ticks / DateTime::kTicksPerDay, ticks % DateTime::kTicksPerDay};
     if (type.id == TypeId::Time) return written(kIsoTime, rounded, type.scale);
     if (!isInRange(rounded, type)) throw sqlError(kDateOutOfRange, {from, baseName(type.id)});
-    return written("Y-M-D h:m:s.f", rounded, type.scale);
+    return written("yyyy-MM-dd HH:mm:ss.\2", rounded, type.scale);
 }
 
 std::string formatDateTime(const DateTime& value, const SqlType& type, int style) {
@@ -242,10 +250,20 @@ std::string formatDateTime(const DateTime& value, const SqlType& type, int style
     if (!whole.empty() && !pattern.time.empty()) whole += iso8601 ? 'T' : ' ';
     const int scale = iso8601 && value.ticks % kSecond == 0 ? 0 : classic ? 3 : type.scale;
     // Styles below 100 have a two-digit year, except 0, 9, 13 and those from 20 on.
-    if (style > 0 && style < 20 && style != 9 && style != 13) std::ranges::replace(whole, 'Y', 'y');
+    if (style > 0 && style < 20 && style != 9 && style != 13) boost::replace_all(whole, "yyyy", "yy");
     std::string time(pattern.time);
     if (classic && style % 100 < 20) std::ranges::replace(time, '.', ':');
     return written(whole + time, value, scale);
+}
+
+std::optional<std::string> formatted(const DateTime& value, std::string_view pattern) {
+    for (const std::string& standard : listItems(kFormats))
+        if (pattern.empty() ? standard[0] == 'G' : pattern == standard.substr(0, 1))
+            return written(standard.substr(1), value);
+    if (pattern.find_first_of("FgKzRrU'\"\\%\1\2") != pattern.npos)
+        throw unsupported("the pattern '" + std::string(pattern) + "' of FORMAT");
+    const bool isValid = pattern.size() > 1 && pattern.find("ffffffff") == pattern.npos;
+    return isValid ? std::optional(written(pattern, value)) : std::nullopt;
 }
 
 std::optional<DatePart> findDatePart(std::string_view name) {

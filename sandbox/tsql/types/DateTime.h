@@ -43,6 +43,9 @@ bool isInRange(const DateTime& value, const SqlType& type);
 // CONVERT(varchar, value, style). Throws SqlError 281 for an unknown style.
 std::string formatDateTime(const DateTime& value, const SqlType& type, int style);
 
+// FORMAT(value, pattern) for the culture en-US. Empty for a pattern that is not valid. Throws SqlError 50000.
+std::optional<std::string> formatted(const DateTime& value, std::string_view pattern);
+
 enum class DatePart {
     // date parts
     Year,

@@ -119,10 +119,6 @@ std::string_view trimLeft(std::string_view text) {
     return text.substr(std::min(text.find_first_not_of(' '), text.size()));
 }
 
-std::string_view trimmed(std::string_view text) {
-    return trimLeft(trimRight(text));
-}
-
 std::vector<std::string> listItems(std::string_view text) {
     std::string line(text);
     std::ranges::replace(line, '\n', ' ');

@@ -35,7 +35,9 @@ using WordSet = std::set<std::string, WordLess>;
 std::string lowerAscii(std::string_view text);
 std::string_view trimRight(std::string_view text);  // only blanks, as T-SQL's RTRIM
 std::string_view trimLeft(std::string_view text);
-std::string_view trimmed(std::string_view text);
+inline std::string_view trimmed(std::string_view text) {
+    return trimLeft(trimRight(text));
+}
 
 // "a, b": the strings of the items.
 template <typename Items, typename StringOf = std::identity>

@@ -122,10 +122,9 @@ class Converter {
     Value integerFromFloat() const {
         const double value = real();
         if (m_to.id == TypeId::Bit) return std::int64_t{value != 0};
-        if (!(std::fabs(value) < 9.2233720368547748e18)) throwFloatOverflow();
-        const auto whole = static_cast<std::int64_t>(value);
-        if (!fits(whole, m_to)) throwFloatOverflow();
-        return whole;
+        const bool isRepresentable = std::fabs(value) < 9.2233720368547748e18;
+        if (!isRepresentable || !fits(static_cast<std::int64_t>(value), m_to)) throwFloatOverflow();
+        return static_cast<std::int64_t>(value);
     }
 
     [[noreturn]] void throwFloatOverflow() const {

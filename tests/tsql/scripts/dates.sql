@@ -52,3 +52,10 @@ SELECT CONVERT(varchar(30), GETDATE(), 130) --> Msg 50000, Level 16, State 1, Li
 SELECT CONVERT(varchar(30), CAST('2026-11-21' AS date), 108) --> Msg 9809, Level 16, State 1, Line 1: The style 108 is not supported for conversions from date to varchar.
 -- a point precedes the fraction, except in datetime
 SELECT CONVERT(varchar(40), CAST('2024-02-29 13:05:07.25' AS datetime2(2)), 109), CONVERT(varchar(40), CAST('13:05:07.25' AS time(3)), 114), CONVERT(varchar(40), CAST('2024-02-29 13:05:07.25' AS datetime), 113) --> - varchar(40)? = Feb 29 2024  1:05:07.25PM | - varchar(40)? = 13:05:07.250 | - varchar(40)? = 29 Feb 2024 13:05:07:250 (1 rows)
+DECLARE @d datetime2 = '2026-01-05 15:04:09.0501234'
+SELECT FORMAT(@d, 'd'), FORMAT(@d, 'F'), FORMAT(@d, 'o'), FORMAT(@d, 'u'), FORMAT(@d, ''), FORMAT(@d, 'x'), FORMAT(NULL, 'd')
+SELECT FORMAT(@d, 'yyyy-MM-dd HH:mm:ss.fff'), FORMAT(@d, 'ddd d MMM yy hhh:m:s tt', 'en-us'), FORMAT(CAST(@d AS date), 'MM/yyyy')
+--> - nvarchar(4000)? = 1/5/2026 | - nvarchar(4000)? = Monday, January 5, 2026 3:04:09 PM | - nvarchar(4000)? = 2026-01-05T15:04:09.0501234 | - nvarchar(4000)? = 2026-01-05 15:04:09Z | - nvarchar(4000)? = 1/5/2026 3:04:09 PM | - nvarchar(4000)? = NULL | - nvarchar(4000)? = NULL (1 rows)
+--> - nvarchar(4000)? = 2026-01-05 15:04:09.050 | - nvarchar(4000)? = Mon 5 Jan 26 03:4:9 PM | - nvarchar(4000)? = 01/2026 (1 rows)
+SELECT FORMAT(GETDATE(), 'd', 'de-DE') --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support FORMAT for the culture 'de-DE'.
+SELECT FORMAT(GETDATE(), 'R') --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support the pattern 'R' of FORMAT.

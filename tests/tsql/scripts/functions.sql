@@ -17,7 +17,7 @@ SELECT 1 AS a ORDER BY a OFFSET 0 ROWS FETCH NEXT 0 ROWS ONLY --> Msg 10744, Lev
 SELECT TOP 1 1 AS a ORDER BY a OFFSET 0 ROWS --> Msg 10741, Level 15, State 2, Line 1: A TOP can not be used in the same query or sub-query as a OFFSET.
 DECLARE @top int = -5 SELECT TOP (@top) 1 AS a --> Msg 127, Level 15, State 1, Line 1: A TOP N or FETCH rowcount value may not be negative.
 SELECT DISTINCT a FROM (SELECT 1 AS a, 2 AS b) q ORDER BY b --> Msg 145, Level 15, State 1, Line 1: ORDER BY items must appear in the select list if SELECT DISTINCT is specified.
-SELECT FORMAT(GETDATE(), 'd') --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support FORMAT.
+SELECT FORMAT(1, 'N') --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support FORMAT of int.
 SELECT 1 WHERE 1 > ALL (SELECT 1) --> - int (0 rows)
 SELECT TOP 1 WITH TIES 1 AS a ORDER BY a --> a int = 1 (1 rows)
 SELECT * FROM (SELECT 1 AS a) q CROSS APPLY (SELECT 2 AS b) r --> a int = 1 | b int = 2 (1 rows)
