@@ -121,6 +121,10 @@ inline bool isDisabled(const ObjectInfo& constraint) {
 inline bool isUniqueKey(const ObjectInfo& key) {
     return key.type == kPrimaryKey || key.type == kUnique || key.source == kUniqueIndex;
 }
+// Indexes and unique keys of a table share their names.
+inline bool isIndexed(const ObjectInfo& key) {
+    return key.type == kIndex || isUniqueKey(key);
+}
 
 inline constexpr std::string_view kCollationName = "SQL_Latin1_General_CP1_CI_AS";
 inline constexpr std::string_view kTempSchema = "temp";

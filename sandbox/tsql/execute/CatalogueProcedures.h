@@ -14,6 +14,7 @@ struct SystemProcedure {
     std::string_view parameters;  // in T-SQL
     std::string_view text = "RETURN";
     int (Executor::*body)(const Frame& frame) = nullptr;
+    int failed = 1;  // return value after an error in `body`
 };
 
 // The types of SQL Server as ODBC describes them. Drivers read the largest length of a string and the

@@ -279,7 +279,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     int rename(const Frame& frame);
     int getAppLock(const Frame& frame);
     int releaseAppLock(const Frame& frame);
-    std::optional<AppLocks::Lock> appLock(const Frame& frame, std::string_view mode);
+    AppLocks::Lock appLock(const Frame& frame, std::string_view mode);
 
     // ---- procedures and functions (ExecutorModules.cpp)
     Flow run(const CreateModule& module);

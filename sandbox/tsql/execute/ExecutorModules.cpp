@@ -235,7 +235,7 @@ void Executor::callProcedure(const Execute& execute, const ObjectName& name, con
                 frame.returned = std::int64_t{(this->*system->body)(frame)};
             } catch (const SqlError& error) {
                 afterError(messageOf(error, m_line), /*raised=*/error.number != kUserDefined);
-                frame.returned = std::int64_t{1};
+                frame.returned = std::int64_t{system->failed};
             }
         else if (!runScope(module.body, frame))
             frame.returned = std::int64_t{-6};
