@@ -184,6 +184,8 @@ struct SystemView {
     std::string sql;
     std::vector<TableColumn> columns;
 };
+// columns: "name type = expression; ...".
+SystemView queryOf(std::string_view columns, std::string_view from);
 std::optional<SystemView> systemView(std::string_view schema, std::string_view name,
                                      std::string_view sqliteSchema, std::string_view database,
                                      const Storage& storage);

@@ -294,27 +294,6 @@ void replaceCalls(std::string& text, std::string_view mark, std::string_view bef
     }
 }
 
-// Returns the view. Its query still has the placeholders for the database.
-SystemView read(const ViewText& view) {
-    std::string text(view.columns);
-    for (const auto& [mark, fragment] : kFragments) replace_all(text, mark, fragment);
-    SystemView read;
-    for (const std::string& item : listItems(text)) {
-        const std::size_t name = item.find(' '), value = item.find(" = ");
-        read.columns.push_back({item.substr(0, name), parseType(item.substr(name + 1, value - name - 1))});
-        read.sql += (read.sql.empty() ? "SELECT " : ", ") + item.substr(value + 3) + " AS " +
-                    quotedName(read.columns.back().name);
-    }
-    read.sql += " FROM " + std::string(view.from);
-    replaceCalls(read.sql, "$REFERENCED", "coalesce(ts_referenced(",
-                 "), (SELECT p.keys FROM $o p WHERE p.parent = r.id AND p.type = 'PK'))");
-    replaceCalls(read.sql, "$SCHEMA_ID",
-                 "(SELECT s.id FROM " + std::string(kSchemas) + " WHERE s.name = ts_schema_of(",
-                 ") COLLATE ts_ci)");
-    replaceCalls(read.sql, "$EACH", "json_each('[' || replace(json_quote(", R"(), ', ', '","') || ']'))");
-    return read;
-}
-
 std::string databaseList(const Storage& storage) {
     const auto row = [&](const std::string& name) {
         return "(" + quotedText(name) + ", " + std::to_string(*databaseId(storage, name)) + ")";
@@ -360,6 +339,27 @@ std::string typeList() {
 
 }  // namespace
 
+// The query still has the placeholders for the database.
+SystemView queryOf(std::string_view columns, std::string_view from) {
+    std::string text(columns);
+    for (const auto& [mark, fragment] : kFragments) replace_all(text, mark, fragment);
+    SystemView read;
+    for (const std::string& item : listItems(text)) {
+        const std::size_t name = item.find(' '), value = item.find(" = ");
+        read.columns.push_back({item.substr(0, name), parseType(item.substr(name + 1, value - name - 1))});
+        read.sql += (read.sql.empty() ? "SELECT " : ", ") + item.substr(value + 3) + " AS " +
+                    quotedName(read.columns.back().name);
+    }
+    read.sql += " FROM " + std::string(from);
+    replaceCalls(read.sql, "$REFERENCED", "coalesce(ts_referenced(",
+                 "), (SELECT p.keys FROM $o p WHERE p.parent = r.id AND p.type = 'PK'))");
+    replaceCalls(read.sql, "$SCHEMA_ID",
+                 "(SELECT s.id FROM " + std::string(kSchemas) + " WHERE s.name = ts_schema_of(",
+                 ") COLLATE ts_ci)");
+    replaceCalls(read.sql, "$EACH", "json_each('[' || replace(json_quote(", R"(), ', ', '","') || ']'))");
+    return read;
+}
+
 std::optional<SystemView> systemView(std::string_view schema, std::string_view name,
                                      std::string_view sqliteSchema, std::string_view database,
                                      const Storage& storage) {
@@ -367,7 +367,7 @@ std::optional<SystemView> systemView(std::string_view schema, std::string_view n
     for (const auto& view : kViews) {
         if (!sameWord(view.name, name) || !(view.schema.empty() ? legacy : sameWord(view.schema, schema)))
             continue;
-        SystemView found = read(view);
+        SystemView found = queryOf(view.columns, view.from);
         replace_all(found.sql, "$L", found.sql.find("$L") == std::string::npos ? "" : databaseList(storage));
         replace_all(found.sql, "$T", typeList());
         replace_all(found.sql, "$I", kTypeInfo);

@@ -158,10 +158,10 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     Flow finished(std::int64_t rowCount = 0);  // ends a statement without rows
     void failingAs(const SqlError& failure, const std::function<void()>& work);
     Value compute(const std::string& sql, const Translator& translator);
-    std::optional<TypedValue> knownValue(const Expr& expr);
     TypedValue evaluate(const Expr& expr);
     Value evaluate(const Expr& expr, const SqlType& type);
-    std::string evaluateText(const Expr& expr);
+    std::string evaluateText(const Expr& expr);                        // empty for NULL
+    int evaluateInteger(const Expr& expr, TypeId type = TypeId::Int);  // 0 for NULL
     bool holds(const Expr& condition);
     std::vector<Value> parameterValues(const Translator& translator);
     void setVariable(const std::string& name, const CellView& value, const SqlType& type);
@@ -296,8 +296,8 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     void checkTransactions(int before, const std::string& procedure);
     // Arguments of a call in the order of the parameters; null: not given.
     using Arguments = std::vector<const Argument*>;
-    Arguments bindArguments(const CreateModule& module, const Execute& execute, const std::string& name,
-                            Frame& frame);
+    Arguments bindArguments(const CreateModule& module, std::span<const Argument> given,
+                            const std::string& name, Frame& frame);
     void returnOutputs(const CreateModule& module, const Arguments& arguments, const Execute& execute,
                        const Frame& frame);
     void inFrame(Frame& frame, const std::function<void()>& work);

@@ -72,10 +72,7 @@ void Executor::releaseDatabase(std::string_view name, const SqlError& inUse) {
 }
 
 void Executor::dropDatabase(const std::string& name, bool ifExists) {
-    if (!m_storage.exists(name)) {
-        if (ifExists) return;
-        throw sqlError(kCannotDropMissing, {"database", name}, 1);
-    }
+    if (ifExists && !m_storage.exists(name)) return;
     if (m_transactions > 0) throw sqlError(kNotWithinTransaction, {"DROP DATABASE"});
     releaseDatabase(name, sqlError(kCannotDropInUse, {name}));
     m_storage.drop(name);

@@ -95,9 +95,7 @@ Flow Executor::run(const Fetch& fetch) {
     if (!cursor.scroll && fetch.from != FetchFrom::Next)
         throw sqlError(kForwardOnlyCursor, {kTypes[static_cast<std::size_t>(fetch.from)]});
     if (!fetch.into.empty() && fetch.into.size() != columns.size()) throw sqlError(kCursorColumnCount);
-    const Value offset = fetch.offset ? evaluate(*fetch.offset, simpleType(TypeId::Int)) : Value(Null{});
-    const auto* number = std::get_if<std::int64_t>(&offset);
-    const auto rows = cursor.move(fetch.from, number ? *number : 0, 1);
+    const auto rows = cursor.move(fetch.from, fetch.offset ? evaluateInteger(*fetch.offset) : 0, 1);
     const bool found = !rows.empty();
     m_fetchStatus = found ? 0 : -1;
     if (fetch.into.empty()) return sendRows(cursor, rows);

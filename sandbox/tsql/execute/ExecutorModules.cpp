@@ -225,7 +225,7 @@ void Executor::callProcedure(const Execute& execute, const ObjectName& name, con
     const int transactions = m_transactions;
     Arguments arguments;
     try {
-        arguments = bindArguments(module, execute, name.name, frame);
+        arguments = bindArguments(module, execute.arguments, name.name, frame);
     } catch (const SqlError& error) {  // reported for the procedure with line 0
         afterError(messageOf(error, 0, frame.procedure), /*raised=*/false);
         return;
@@ -245,14 +245,14 @@ void Executor::callProcedure(const Execute& execute, const ObjectName& name, con
     });
 }
 
-Executor::Arguments Executor::bindArguments(const CreateModule& module, const Execute& execute,
+Executor::Arguments Executor::bindArguments(const CreateModule& module, std::span<const Argument> given,
                                             const std::string& name, Frame& frame) {
     frame.declare(module.locals);
     Arguments arguments(module.parameters.size());
     const Argument* unknown = nullptr;
-    for (std::size_t i = frame.skippedArguments; i < execute.arguments.size(); ++i) {
-        const Argument& argument = execute.arguments[i];
-        std::size_t at = i - frame.skippedArguments;
+    for (std::size_t i = 0; i < given.size(); ++i) {
+        const Argument& argument = given[i];
+        std::size_t at = i;
         if (arguments.empty()) throw sqlError(kProcedureWithoutParameters, {frame.procedure});
         if (!argument.name.empty())
             at = static_cast<std::size_t>(
@@ -273,12 +273,12 @@ Executor::Arguments Executor::bindArguments(const CreateModule& module, const Ex
                            {name, parameter.name});
         if (argument && argument->output && !parameter.output)
             throw sqlError(kNotAnOutputParameter, {parameter.name});
-        const TypedValue given = value ? evaluate(*value) : TypedValue{};
+        const auto [cell, type] = value ? evaluate(*value) : TypedValue{};
         try {
-            frame.variables[parameter.name] = {convertValue(viewOf(given.value), given.type, parameter.type),
+            frame.variables[parameter.name] = {convertValue(viewOf(cell), type, parameter.type),
                                                parameter.type};
         } catch (const SqlError&) {
-            throw sqlError(kConversionError, {baseName(given.type.id), baseName(parameter.type.id)});
+            throw sqlError(kConversionError, {baseName(type.id), baseName(parameter.type.id)});
         }
     }
     if (unknown) throw sqlError(kNotAParameter, {unknown->name, frame.procedure});

@@ -78,8 +78,7 @@ struct Frame {
     const Firing* firing = nullptr;  // of a trigger
     SqlType returnType;
     Value returned = Null{};
-    std::size_t skippedArguments = 0;  // arguments of sp_executesql itself
-    int tries = 0;                     // TRY blocks in this frame around the current statement
+    int tries = 0;  // TRY blocks in this frame around the current statement
 };
 
 }  // namespace tsql
