@@ -221,7 +221,8 @@ Flow Executor::done(std::int64_t count, StatementKind kind) {
     if (!m_sink || m_frames.back()->isFunction) return Flow::Next;
     warnOfNulls();
     const bool isReported = !m_settings.noCount || m_frames.size() == 1 || kind == StatementKind::Select;
-    if (isReported || m_error != 0) m_sink->statementDone(m_settings.noCount ? -1 : count, kind);
+    if (!m_rowHandler && (isReported || m_error != 0))
+        m_sink->statementDone(m_settings.noCount ? -1 : count, kind);
     return Flow::Next;
 }
 

@@ -61,8 +61,6 @@ struct Settings {
     }
 };
 
-using RowHandler = std::function<void(std::span<const Column>, std::span<const CellView>)>;
-
 class Executor final : public Session, public NameResolver, public FunctionSession {
   public:
     Executor(Storage& storage, AppLocks& locks, Client client, std::string_view database, int spid);
@@ -184,8 +182,12 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     std::int64_t sendRows(PreparedStatement& statement, const QueryText& text, std::int64_t most = 0);
     std::int64_t assignRows(PreparedStatement& statement, const std::vector<Assignment>& assignments,
                             std::int64_t most = 0);
-    // Passes the rows that `work` sends to `handler` instead of the client.
-    void divert(const RowHandler& handler, const std::function<void()>& work);
+    void beginRows(std::span<const Column> columns) {
+        if (!m_rowHandler) m_sink->columns(columns);
+    }
+    void sendRow(std::span<const Column> columns, std::span<const CellView> cells) {
+        m_rowHandler ? (*m_rowHandler)(columns, cells) : m_sink->row(cells);
+    }
     Flow selectInto(const Query& query, const ObjectName& name);
     ColumnList insertColumns(const TableInfo& target, const std::vector<std::string>& names,
                              bool defaultValues) const;
@@ -383,6 +385,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     std::string m_database;
     int m_spid;
     ResultSink* m_sink = nullptr;
+    const RowHandler* m_rowHandler = nullptr;  // receives the rows instead of the client
     std::vector<Frame*> m_frames;
     std::unordered_map<std::string, std::shared_ptr<const Batch>> m_parsed;
     std::vector<Message> m_caught;      // errors of the CATCH blocks being executed

@@ -121,11 +121,11 @@ void Executor::checkIdentity(const TableInfo& table, const Maintenance& check) {
 
 // Sends a result set that is not from a query.
 Flow Executor::sendTable(std::span<const Column> columns, std::span<const std::vector<Value>> rows) {
-    m_sink->columns(columns);
+    beginRows(columns);
     for (const auto& row : rows) {
         std::vector<CellView> cells(row.size());
         std::ranges::transform(row, cells.begin(), [](const Value& cell) { return viewOf(cell); });
-        m_sink->row(cells);
+        sendRow(columns, cells);
     }
     m_rowCount = static_cast<std::int64_t>(rows.size());
     m_error = 0;

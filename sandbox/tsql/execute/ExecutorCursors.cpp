@@ -63,13 +63,14 @@ void Executor::run(const ChangeCursor& change) {
         PreparedStatement statement(m_connection, cursor.query.sql);
         statement.bindAll(cursor.parameters);
         constexpr std::size_t kMostRows = 1'000'000;  // all rows are kept in memory
-        const auto keep = [&](std::span<const Column>, std::span<const CellView> cells) {
+        const RowHandler keep = [&](std::span<const Column>, std::span<const CellView> cells) {
             if (cursor.rows.size() == kMostRows)
                 throw unsupported("a cursor over more than " + std::to_string(kMostRows) + " rows");
             std::vector<Value>& row = cursor.rows.emplace_back();
             for (const auto& cell : cells) row.push_back(ownedValue(cell));
         };
-        divert(keep, [&] { sendRows(statement, cursor.query, m_settings.mostRows); });
+        const Temporarily diverted(m_rowHandler, &keep);
+        sendRows(statement, cursor.query, m_settings.mostRows);
         cursor.open = true;
         m_cursorRows = cursor.counted ? static_cast<std::int64_t>(cursor.rows.size()) : -1;
     } else if (change.verb == CursorVerb::Deallocate) {

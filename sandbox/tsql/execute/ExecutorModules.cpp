@@ -195,7 +195,7 @@ void Executor::runText(const std::string& text, const std::string& inside) {
 }
 
 void Executor::asCall(const std::function<std::int32_t()>& work) {
-    const bool ofBatch = m_frames.size() == 1;
+    const bool ofBatch = m_frames.size() == 1 && !m_rowHandler;
     if (ofBatch) m_sink->procedureBegan();
     std::optional<std::int32_t> status;
     try {

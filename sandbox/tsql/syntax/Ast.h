@@ -1,7 +1,6 @@
 // Syntax tree of a batch: expressions, queries, statements. Every node owns its children.
 #pragma once
 
-#include <functional>
 #include <map>
 #include <memory>
 #include <utility>
@@ -12,7 +11,6 @@
 
 namespace tsql {
 
-class ResultSink;
 struct Expr;
 struct Query;
 struct Statement;
@@ -334,7 +332,7 @@ struct InsertBulk {
     std::vector<std::string> columns;
     bool keepsNulls = false;  // else NULL becomes the default of its column
     bool firesTriggers = false;
-    std::function<void(ResultSink&)> sendRows{};  // null until the rows have arrived
+    RowSource sendRows{};  // null until the rows have arrived
 };
 struct SetClause {
     std::string table;  // may be empty
