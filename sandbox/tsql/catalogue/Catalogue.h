@@ -107,7 +107,6 @@ struct Sequence {
 struct SchemaInfo {
     std::string name;
     std::int64_t id;          // in sys.schemas
-    std::int64_t object = 0;  // id of its row; 0: every database has it
     bool isOfSystem = false;  // sys, INFORMATION_SCHEMA: without objects of users
 };
 // SQLite's type and collation of a column.
@@ -150,9 +149,9 @@ class Catalogue {
     std::optional<ObjectInfo> findById(std::int64_t id) const;
     std::optional<TableInfo> table(std::string_view key) const;
     TableInfo tableOf(const ObjectInfo& object) const;
+    TableInfo ownTable(const std::string& name) const;  // of the catalogue itself, for system procedures
     std::vector<SchemaInfo> schemas() const;
     std::optional<SchemaInfo> schemaNamed(std::string_view name) const;
-    std::vector<ObjectInfo> objectsIn(std::string_view schemaName) const;  // without constraints and indexes
     std::vector<TableColumn> columns(std::int64_t object) const;
     std::vector<ObjectInfo> keysOf(std::int64_t table) const;  // constraints and indexes
     std::vector<ObjectInfo> keysTo(std::int64_t table) const;  // foreign keys that reference it

@@ -13,11 +13,11 @@ using boost::replace_all;
 //   $o, $c  tables of the catalogue       $d  name of the database     $s  SQLite's name of its schema
 //   $L      list of databases (name, id)  $C  name of the collation    $S  list of sessions
 //   $T      list of types (type)          $q  sqlite_sequence          $PART n  a number of a sequence
-//   $I      ODBC's list of types
+//   $I      ODBC's list of types        $p, $m  users, roles, logins; members of roles
 //   $EACH(list)  its names, none of which contains ", ", as rows of `key` (from 0) and `value`
 //   $SCHEMA_ID(name)  number of the schema of the object with that stored name
 //   $REFERENCED(text)  list of the columns of table r that the foreign key of that text references
-//   $OBJECT, $TYPE, $NAMED, $KIND, $STATE, $TABLE, $CONSTRAINT, $SPECIFIC, $INDEX: the fragments below
+//   $OBJECT, $TYPE, $NAMED, $KIND, $STATE, $TABLE, $CONSTRAINT, $SPECIFIC, $INDEX, $USER: the fragments below
 // A view without a schema is found in sys, in dbo and by its unqualified name.
 struct ViewText {
     std::string_view schema, name, columns, from;
@@ -60,6 +60,11 @@ CONSTRAINT_NAME sysname = ts_bare_name(n.name))"},
     {"$SPECIFIC",
      R"(SPECIFIC_CATALOG sysname = $d; SPECIFIC_SCHEMA sysname = ts_schema_of(o.name);
 SPECIFIC_NAME sysname = ts_bare_name(o.name))"},
+    {"$USER",
+     R"(name sysname = iif(p.name = '', ts_system_user(), p.name); principal_id int = p.id; sid varbinary(85) = p.sid; type
+char(1) = p.type; type_desc nvarchar(60) = CASE p.type WHEN 'R' THEN iif(p.login, 'SERVER', 'DATABASE') || '_ROLE' WHEN
+'S' THEN 'SQL_' ELSE 'WINDOWS_' END || iif(p.type = 'R', '', iif(p.login, 'LOGIN', 'USER')); create_date datetime =
+p.created; modify_date datetime = p.created; owning_principal_id int = p.owner; is_fixed_role bit = p.id > 16383)"},
     {"$PART", "('[' || o.stored || ']') ->> "},
     {"$INDEX",
      R"(CASE o.type WHEN 'PK' THEN 1 ELSE 1 + (SELECT count(*) FROM $o p WHERE p.parent = o.parent AND
@@ -69,7 +74,7 @@ p.type IN ('IX', 'UQ') AND p.id <= o.id) END)"},
 // Those of the catalogue are numbered after the four that every database has.
 constexpr std::string_view kSchemas =
     R"((SELECT column1 AS name, column2 AS id, column2 AS owner FROM (VALUES ('dbo', 1), ('guest', 2),
-('INFORMATION_SCHEMA', 3), ('sys', 4)) UNION ALL SELECT name, id + 4, 1 FROM $o WHERE type = 'SCHEMA') s)";
+('INFORMATION_SCHEMA', 3), ('sys', 4)) UNION ALL SELECT name, id + 4, iif(stored, stored + 0, 1) FROM $o WHERE type = 'SCHEMA') s)";
 constexpr std::string_view kModules = "$o o WHERE o.type IN ('P', 'FN', 'IF', 'TF', 'V', 'TR')";
 constexpr std::string_view kRoutines = "$o o WHERE o.type IN ('P', 'FN', 'IF', 'TF')";
 constexpr std::string_view kIndexes = "$o o WHERE o.type IN ('IX', 'PK', 'UQ')";
@@ -156,6 +161,10 @@ c.object = o.parent AND c.name = k.value COLLATE ts_ci WHERE o.type IN ('IX', 'P
     {"", "sysindexes", "name sysname = ts_bare_name(o.name); id int = o.parent; indid smallint = $INDEX",
      kIndexes},
     {"sys", "schemas", "name sysname = s.name; schema_id int = s.id; principal_id int = s.owner", kSchemas},
+    {"sys", "database_principals", "$USER; default_schema_name sysname = p.home", "$p p WHERE NOT p.login"},
+    {"sys", "server_principals", "$USER; is_disabled bit = 0; default_database_name sysname = p.home",
+     "$p p WHERE p.login"},
+    {"sys", "database_role_members", "role_principal_id int = role; member_principal_id int = member", "$m"},
     {"sys", "types",
      R"(name sysname = ts_type_name(c.type); $TYPE; schema_id int = 4; collation_name sysname = CASE
 ts_type_family(c.type) WHEN 't' THEN '$C' END; is_nullable bit = 1; is_user_defined bit = 0)",
@@ -208,7 +217,8 @@ s.blocker)",
 'sleeping'); hostname nchar(128) = s.host; program_name nchar(128) = s.program; loginame nchar(128) = s.login)",
      "$S s"},
     {"INFORMATION_SCHEMA", "SCHEMATA",
-     R"(CATALOG_NAME sysname = $d; SCHEMA_NAME sysname = s.name; SCHEMA_OWNER sysname = iif(s.id > 4, 'dbo', s.name))",
+     R"(CATALOG_NAME sysname = $d; SCHEMA_NAME sysname = s.name; SCHEMA_OWNER sysname =
+(SELECT p.name FROM $p p WHERE p.id = s.owner AND NOT p.login))",
      kSchemas},
     {"INFORMATION_SCHEMA", "TABLE_CONSTRAINTS",
      R"($CONSTRAINT; $TABLE; CONSTRAINT_TYPE varchar(11) = CASE n.type WHEN 'PK' THEN 'PRIMARY KEY' WHEN 'UQ' THEN
@@ -377,6 +387,8 @@ std::optional<SystemView> systemView(std::string_view schema, std::string_view n
         const std::string columns = std::string(sqliteSchema) + ".tsqlbox_columns";
         replace_all(found.sql, "$o", temporary ? kTemporaryObjects : objects);
         replace_all(found.sql, "$c", temporary ? kTemporaryColumns : columns);
+        replace_all(found.sql, "$p", std::string(sqliteSchema) + ".tsqlbox_principals");
+        replace_all(found.sql, "$m", std::string(sqliteSchema) + ".tsqlbox_members");
         replace_all(found.sql, "$q", std::string(sqliteSchema) + ".sqlite_sequence");
         replace_all(found.sql, "$d", quotedText(database));
         replace_all(found.sql, "$s", quotedText(databaseKey(database)));

@@ -275,8 +275,7 @@ std::vector<Value> Executor::parameterValues(const Translator& translator) {
 
 Value Executor::compute(const std::string& sql, const Translator& translator) {
     const auto values = parameterValues(translator);
-    PreparedStatement statement(m_connection, "SELECT " + sql);
-    statement.bindAll(values);
+    PreparedStatement statement(m_connection, "SELECT " + sql, values);
     statement.step();
     warnOfNulls();
     return ownedValue(statement.cell(0));

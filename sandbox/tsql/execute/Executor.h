@@ -244,8 +244,6 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     void dropConstraint(Catalogue& catalogue, const TableInfo& table, const std::string& name, bool ifExists);
     void dropObject(const ObjectName& name, const Drop& drop);
     void run(const DefineSequence& define);
-    void run(const CreateSchema& create);
-    void dropSchema(const std::string& name, bool ifExists);
     void dropTemporaryTables(Frame& frame);
     void dropTemporaryTables();
     void dropTable(const TableInfo& table);
@@ -294,6 +292,8 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     void runText(const std::string& text, const std::string& inside);
     // Passes the end of a procedure that the batch itself calls to the client.
     void asCall(const std::function<std::int32_t()>& work);
+    std::optional<StoredModule> moduleOf(const SystemProcedure& procedure, const ObjectName& name);
+    void run(const SystemStatement& statement);
     void callProcedure(const Execute& execute, const ObjectName& name, const SystemProcedure* system);
     void checkTransactions(int before, const std::string& procedure);
     // Arguments of a call in the order of the parameters; null: not given.

@@ -110,8 +110,7 @@ Flow Executor::run(const Restore& restore) {
         restore.kind == RestoreKind::FileList ? queryOf(kFileList, kFiles) : queryOf(kHeader, "(VALUES (0))");
     const Value values[] = {header->database,    header->dataFile, header->bytes,   header->name,
                             header->description, header->started,  header->finished};
-    PreparedStatement statement(m_connection, view.sql);
-    statement.bindAll(values);
+    PreparedStatement statement(m_connection, view.sql, values);
     QueryText text;
     for (const auto& column : view.columns) text.columns.push_back({{column.name, column.type}, {}});
     m_rowCount = sendRows(statement, text);

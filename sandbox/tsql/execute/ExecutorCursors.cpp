@@ -41,14 +41,10 @@ Flow Executor::run(const DeclareCursor& declare) {
     const std::string name = toLower(declare.name);
     if (cursors.contains(name)) throw sqlError(kCursorExists, {declare.name});
     Translator translator(*this);
-    Cursor cursor;
-    cursor.query = translator.query(*declare.query);
+    const QueryText query = translator.query(*declare.query);
     if (!translator.assignments().empty())
         throw sqlError(kNotAllowedHere, {"Variable assignment", "a cursor declaration"});
-    cursor.parameters = parameterValues(translator);
-    cursor.scroll = declare.scroll;
-    cursor.counted = declare.counted;
-    cursors.emplace(name, std::move(cursor));
+    cursors[name] = {query, parameterValues(translator), declare.scroll, declare.counted};
     return finished(1);
 }
 
@@ -60,8 +56,7 @@ void Executor::run(const ChangeCursor& change) {
         if (cursor.open) throw sqlError(kCursorAlreadyOpen);
         cursor.rows.clear();
         cursor.at = 0, cursor.block = 1;
-        PreparedStatement statement(m_connection, cursor.query.sql);
-        statement.bindAll(cursor.parameters);
+        PreparedStatement statement(m_connection, cursor.query.sql, cursor.parameters);
         constexpr std::size_t kMostRows = 1'000'000;  // all rows are kept in memory
         const RowHandler keep = [&](std::span<const Column>, std::span<const CellView> cells) {
             if (cursor.rows.size() == kMostRows)

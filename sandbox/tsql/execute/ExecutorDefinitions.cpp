@@ -555,14 +555,8 @@ void Executor::run(const AlterIndex& alter) {
 
 void Executor::run(const Drop& drop) {
     for (const auto& index : drop.indexes) dropIndex(index, drop.ifExists);
-    for (const auto& name : drop.names) {
-        if (drop.kind == ObjectKind::Database)
-            dropDatabase(name.name, drop.ifExists);
-        else if (drop.kind == ObjectKind::Schema)
-            dropSchema(name.name, drop.ifExists);
-        else
-            dropObject(name, drop);
-    }
+    for (const auto& name : drop.names)
+        drop.kind == ObjectKind::Database ? dropDatabase(name.name, drop.ifExists) : dropObject(name, drop);
 }
 
 void Executor::dropIndex(const AlterIndex& dropped, bool ifExists) {
@@ -581,24 +575,21 @@ void Executor::dropIndex(const AlterIndex& dropped, bool ifExists) {
 }
 
 void Executor::dropObject(const ObjectName& name, const Drop& drop) {
-    struct Kind {
-        std::string_view word, types;
-    };
-    constexpr Kind kKinds[] = {{"table", "U"},     {"view", "V"},
-                               {"procedure", "P"}, {"function", "FN; IF; TF"},
-                               {"trigger", "TR"},  {"sequence", "SO"}};  // in the order of ObjectKind
-    const Kind& kind = kKinds[static_cast<int>(drop.kind)];
+    constexpr std::pair<std::string_view, std::string_view> kKinds[] = {
+        {"table", "U"},    {"view", "V"},     {"procedure", "P"}, {"function", "FN; IF; TF"},
+        {"trigger", "TR"}, {"sequence", "SO"}};  // words and types, in the order of ObjectKind
+    const auto& kind = kKinds[static_cast<int>(drop.kind)];
     const std::string written = asWritten(name);
     define(name, [&](Catalogue& owner) {
         const auto found = object(name);
-        const auto* other = std::ranges::find_if(kKinds, [&](const Kind& each) {
-            return found && std::ranges::count(listItems(each.types), found->type) > 0;
+        const auto* other = std::ranges::find_if(kKinds, [&](const auto& each) {
+            return found && std::ranges::count(listItems(each.second), found->type) > 0;
         });
         if (other != &kind) {
             if (drop.ifExists) return;
-            if (other == std::end(kKinds)) throw sqlError(kCannotDropMissing, {kind.word, written});
+            if (other == std::end(kKinds)) throw sqlError(kCannotDropMissing, {kind.first, written});
             throw sqlError(kDropOfOtherKind,
-                           {toUpper(kind.word), name.name, name.name, other->word, toUpper(other->word)});
+                           {toUpper(kind.first), name.name, name.name, other->first, toUpper(other->first)});
         }
         if (drop.kind == ObjectKind::Table) {
             for (const auto& key : owner.keysTo(found->id))

@@ -101,10 +101,10 @@ Flow Executor::run(const RaiseError& raise) {
     std::string format = textOf(viewOf(message.value), message.type);
     int raisedNumber = kUserDefined;
     if (isInteger(message.type.id)) {
-        constexpr int kFirst = 13'000;
+        const int first = m_frames.back()->schemaName == "sys" ? 0 : 13'000;  // others are not for users
         raisedNumber = evaluateInteger(*raise.values[0]);
-        if (raisedNumber < kFirst || !hasText(raisedNumber))
-            throw sqlError(raisedNumber < kFirst ? kInvalidRaisedNumber : kNoTextOfRaisedNumber,
+        if (raisedNumber < first || !hasText(raisedNumber))
+            throw sqlError(raisedNumber < first ? kInvalidRaisedNumber : kNoTextOfRaisedNumber,
                            {format, std::to_string(severity), std::to_string(state)});
         const SqlError known = sqlError(raisedNumber);
         format = known.what();

@@ -210,13 +210,26 @@ void Executor::asCall(const std::function<std::int32_t()>& work) {
         done(-1);
 }
 
+std::optional<StoredModule> Executor::moduleOf(const SystemProcedure& procedure, const ObjectName& name) {
+    const auto head = parsed("CREATE PROCEDURE " + std::string(procedure.name) + " " +
+                             std::string(procedure.parameters) + " AS " + std::string(procedure.text));
+    return StoredModule{databaseOf(name), "sys", std::string(procedure.name), head, &moduleOf(*head)};
+}
+
+// The procedure runs as a function, whose errors are those of its caller.
+void Executor::run(const SystemStatement& statement) {
+    define(statement.procedure, [&](Catalogue&) {
+        const auto called = moduleOf(*systemProcedure(statement.procedure.name), statement.procedure);
+        Frame frame(*called);
+        frame.isFunction = true;
+        for (const auto& [name, value] : statement.values) frame.variables[name].value = value;
+        const auto run = [&] { runFunction(*called->module, frame); };
+        called->name == "sp_create_schema" ? failingAs(sqlError(kSchemaNotCreated), run) : run();
+    });
+}
+
 void Executor::callProcedure(const Execute& execute, const ObjectName& name, const SystemProcedure* system) {
-    auto procedure = system ? std::nullopt : Executor::module(name, kProcedure);
-    if (system) {
-        const auto head = parsed("CREATE PROCEDURE " + std::string(system->name) + " " +
-                                 std::string(system->parameters) + " AS " + std::string(system->text));
-        procedure = StoredModule{databaseOf(name), "sys", std::string(system->name), head, &moduleOf(*head)};
-    }
+    const auto procedure = system ? moduleOf(*system, name) : Executor::module(name, kProcedure);
     if (!procedure && Executor::module(name, kFunction)) throw unsupported("EXECUTE of a function");
     if (!procedure) throw sqlError(kProcedureNotFound, {asWritten(name)});
     const CreateModule& module = *procedure->module;
@@ -254,11 +267,10 @@ Executor::Arguments Executor::bindArguments(const CreateModule& module, std::spa
         const Argument& argument = given[i];
         std::size_t at = i;
         if (arguments.empty()) throw sqlError(kProcedureWithoutParameters, {frame.procedure});
+        const auto isNamed = [&](const Declaration& each) { return sameWord(each.name, argument.name); };
         if (!argument.name.empty())
-            at = static_cast<std::size_t>(
-                std::ranges::find_if(module.parameters,
-                                     [&](const auto& each) { return sameWord(each.name, argument.name); }) -
-                module.parameters.begin());
+            at = static_cast<std::size_t>(std::ranges::find_if(module.parameters, isNamed) -
+                                          module.parameters.begin());
         if (at < arguments.size() && arguments[at]) throw sqlError(kParameterSuppliedTwice, {argument.name});
         if (at >= arguments.size() && argument.name.empty())
             throw sqlError(kTooManyArguments, {frame.procedure});
@@ -331,13 +343,12 @@ TableInfo Executor::calledTable(const StoredModule& function, const std::vector<
 }
 
 void Executor::runFunction(const CreateModule& function, Frame& frame) {
-    const int line = m_line;
+    const Temporarily afterwards(m_line, m_line);
     try {
         runFrame(function.body, frame);
     } catch (const Raised& error) {
         throw SqlError(error.message.number, error.message.text, error.message.severity, error.message.state);
     }
-    m_line = line;
 }
 
 }  // namespace tsql

@@ -20,8 +20,7 @@ Flow Executor::run(const SelectStatement& statement) {
     Translator translator(*this);
     const QueryText text = translator.query(*statement.query);
     const auto values = parameterValues(translator);
-    PreparedStatement prepared(m_connection, text.sql);
-    prepared.bindAll(values);
+    PreparedStatement prepared(m_connection, text.sql, values);
     const bool assigns = !translator.assignments().empty();
     if (assigns && m_settings.describeOnly) return Flow::Next;
     m_rowCount = assigns ? assignRows(prepared, translator.assignments(), m_settings.mostRows)
@@ -105,8 +104,7 @@ void Executor::change(const TableInfo& target, std::string_view verb, const std:
     beforeWrite();
     m_change.newRows = translator.newRows();
     m_change.values = parameterValues(translator);
-    PreparedStatement prepared(m_connection, sql);
-    prepared.bindAll(m_change.values);
+    PreparedStatement prepared(m_connection, sql, m_change.values);
     if (!translator.assignments().empty())
         assignRows(prepared, translator.assignments());
     else if (!translator.output().columns.empty() && translator.output().sql.empty())
@@ -115,8 +113,7 @@ void Executor::change(const TableInfo& target, std::string_view verb, const std:
         while (prepared.step()) continue;
     m_rowCount = sqlite3_changes64(m_connection.handle());
     if (!translator.output().sql.empty()) {
-        PreparedStatement record(m_connection, translator.output().sql);
-        record.bindAll(m_change.values);
+        PreparedStatement record(m_connection, translator.output().sql, m_change.values);
         sendRows(record, translator.output());
     }
     m_error = 0;

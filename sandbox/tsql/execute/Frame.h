@@ -14,7 +14,7 @@ struct Cursor {
     bool scroll = false;
     bool counted = false;
     bool open = false;
-    std::vector<std::vector<Value>> rows;
+    std::vector<std::vector<Value>> rows = {};
     std::int64_t at = 0;     // row, from 1; 0: before the first row
     std::int64_t block = 1;  // rows from there on that the last fetch has returned; at least 1
 

@@ -400,15 +400,12 @@ struct AlterIndex {
     std::string name;  // empty: all
     ObjectName table;
 };
-enum class ObjectKind { Table, View, Procedure, Function, Trigger, Sequence, Index, Database, Schema };
+enum class ObjectKind { Table, View, Procedure, Function, Trigger, Sequence, Index, Database };
 struct Drop {
     ObjectKind kind;
     std::vector<ObjectName> names;
     std::vector<AlterIndex> indexes;  // instead of names
     bool ifExists = false;
-};
-struct CreateSchema {
-    std::string name, owner;  // owner: empty if not given
 };
 // ALTER SCHEMA schema TRANSFER object
 struct TransferObject {
@@ -467,6 +464,11 @@ struct Execute {
     std::vector<Argument> arguments;
     ExprPtr text;  // EXEC ('...')
 };
+// A statement that a system procedure executes.
+struct SystemStatement {
+    ObjectName procedure;
+    std::map<std::string, std::string> values = {};  // of its parameters; the others are NULL
+};
 
 enum class TransactionVerb { Begin, Commit, Rollback, Save };
 struct Transaction {
@@ -507,8 +509,8 @@ struct Statement {
         std::variant<Declare, Assign, SetOption, If, While, Break, Continue, Label, Goto, Return, Compound,
                      TryCatch, Print, RaiseError, Throw, WaitFor, Use, SelectStatement, Insert, InsertBulk,
                      Update, Delete, Truncate, CreateTable, AlterTable, CreateIndex, Drop, CreateDatabase,
-                     AlterDatabase, AlterIndex, CreateSchema, TransferObject, SwitchTriggers, DefineSequence,
-                     CreateModule, Execute, Transaction, Backup, Restore, CheckDatabase, Maintenance,
+                     AlterDatabase, AlterIndex, TransferObject, SwitchTriggers, DefineSequence, CreateModule,
+                     Execute, SystemStatement, Transaction, Backup, Restore, CheckDatabase, Maintenance,
                      DeclareCursor, ChangeCursor, Fetch>;
     int line = 1;
     Node node;
