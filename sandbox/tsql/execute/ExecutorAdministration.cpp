@@ -9,7 +9,7 @@ void Executor::set(const Settings& settings) {
 }
 
 void Executor::run(const SetOption& option) {
-    constexpr int kLongestLockTimeout = 60'000;  // milliseconds
+    constexpr std::int64_t kUsual = -1, kLongest = 60'000;  // milliseconds
     for (const auto& name : option.names) {
         if (name == "NOCOUNT") m_settings.noCount = option.on;
         if (name == "FMTONLY") m_settings.describeOnly = option.on;
@@ -20,8 +20,7 @@ void Executor::run(const SetOption& option) {
         if (name == "QUOTED_IDENTIFIER") m_settings.quotedIdentifiers = option.on;
         if (name == "ROWCOUNT") m_settings.mostRows = *option.number;
         if (name == "LOCK_TIMEOUT")
-            m_settings.lockTimeout =
-                static_cast<int>(std::clamp<std::int64_t>(*option.number, -1, kLongestLockTimeout));
+            m_settings.lockTimeout = static_cast<int>(std::clamp(*option.number, kUsual, kLongest));
     }
     set(m_settings);
     if (option.table) {

@@ -53,6 +53,7 @@ IF @id IS NULL AND @if IS NULL RAISERROR(15151, -1, -1, 'drop', @kind, @name)
 IF @id < 5 OR @id > 16383 RAISERROR(15150, -1, -1, 'drop', @kind, @name)
 IF @id IN (SELECT role FROM tsqlbox_members) RAISERROR(15144, -1, -1)
 IF @id IN (SELECT principal_id FROM sys.schemas) RAISERROR(15138, -1, -1, 'schema')
+IF @id IN (SELECT owner FROM tsqlbox_principals) RAISERROR(15138, -1, -1, 'database role')
 DELETE tsqlbox_members WHERE member = @id
 DELETE tsqlbox_principals WHERE id = @id)"},
 };

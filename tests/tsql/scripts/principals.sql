@@ -42,6 +42,7 @@ SELECT s.name, p.name, i.SCHEMA_OWNER FROM sys.schemas s JOIN sys.database_princ
 DROP ROLE readers --> Msg 15144, Level 16, State 1, Line 1: The role has members. It must be empty before it can be dropped.
 DROP USER dbo --> Msg 15150, Level 16, State 1, Line 1: Cannot drop the user 'dbo'.
 DROP USER app --> Msg 15138, Level 16, State 1, Line 1: The database principal owns a schema in the database, and cannot be dropped.
+DROP USER guide --> Msg 15138, Level 16, State 1, Line 1: The database principal owns a database role in the database, and cannot be dropped.
 DROP SCHEMA sales
 DROP USER app -->
 ALTER ROLE db_datareader DROP MEMBER readers
