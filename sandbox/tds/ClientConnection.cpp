@@ -155,7 +155,7 @@ bool ClientConnection::execute(const Request& request) {
                              "The request is too long. A batch or procedure call may have 64 MiB.");
     if (request.type == PacketType::BulkLoad)
         return m_session->insertBulk(
-            [&](tsql::ResultSink& sink) { sendBulkRows(request.data, m_response.version(), sink); },
+            [&](const auto& handler) { sendBulkRows(request.data, m_response.version(), handler); },
             m_response);
     const ByteView body = withoutHeaders(request.data);
     if (request.type == PacketType::Rpc) return runCalls(body);

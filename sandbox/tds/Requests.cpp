@@ -62,17 +62,14 @@ ProcedureCall parseCall(ByteReader& in) {
 
 constexpr std::size_t kFlagsSize = 2, kTextTimestampSize = 8;
 
-std::vector<WireType> sendColumns(ByteReader& in, Version version, tsql::ResultSink& sink) {
+std::vector<WireType> readColumns(ByteReader& in, Version version) {
     std::vector<WireType> types;
-    std::vector<tsql::Column> columns;
     for (std::size_t left = in.u16(); left > 0; --left) {
         in.skip((version >= Version::V72 ? 4 : 2) + kFlagsSize);  // behind the user type
         const WireType& type = types.emplace_back(readTypeInfo(in));
         if (type.carriesTableName()) in.skip(2 * std::size_t{in.u16()});
         in.skip(2 * std::size_t{in.u8()});  // the name, which INSERT BULK has given
-        columns.push_back({{}, type.type});
     }
-    sink.columns(columns);
     return types;
 }
 
@@ -85,9 +82,10 @@ tsql::Value readCell(ByteReader& in, const WireType& type) {
     return readValue(in, type);
 }
 
-void sendRow(ByteReader& in, const std::vector<WireType>& types, tsql::ResultSink& sink) {
+void sendRow(ByteReader& in, const std::vector<WireType>& types, const tsql::RowHandler& handler) {
     std::vector<tsql::Value> values;
     std::vector<tsql::CellView> cells;
+    std::vector<tsql::Column> columns;
     try {
         for (const WireType& type : types) values.push_back(readCell(in, type));
     } catch (const OddUnicode&) {
@@ -96,7 +94,8 @@ void sendRow(ByteReader& in, const std::vector<WireType>& types, tsql::ResultSin
         throw tsql::SqlError(tsql::kConversionError, problem.what());
     }
     for (const auto& value : values) cells.push_back(tsql::viewOf(value));
-    sink.row(cells);
+    for (const WireType& each : types) columns.push_back({{}, each.type});
+    handler(columns, cells);
 }
 
 // ---- transactions
@@ -125,15 +124,15 @@ std::vector<ProcedureCall> parseRpc(ByteView body) {
     return calls;
 }
 
-void sendBulkRows(ByteView data, Version version, tsql::ResultSink& sink) {
+void sendBulkRows(ByteView data, Version version, const tsql::RowHandler& handler) {
     ByteReader in(data);
     std::vector<WireType> types;
     while (!in.atEnd()) {
         const auto token = static_cast<Token>(in.u8());
         if (token == Token::ColMetadata)
-            types = sendColumns(in, version, sink);
+            types = readColumns(in, version);
         else if (token == Token::Row)
-            sendRow(in, types, sink);
+            sendRow(in, types, handler);
         else if (token == Token::Done)  // FreeTDS sends none
             return;
         else

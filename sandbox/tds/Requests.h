@@ -11,8 +11,8 @@ namespace tds {
 // Parses the procedure calls of a request, [MS-TDS] 2.2.6.6. Calls by number get the procedure's name.
 std::vector<tsql::ProcedureCall> parseRpc(ByteView body);
 
-// Sends the columns and rows of a client's bulk load, [MS-TDS] 2.2.6.1, to a sink.
-void sendBulkRows(ByteView data, Version version, tsql::ResultSink& sink);
+// Passes the rows of a client's bulk load, [MS-TDS] 2.2.6.1.
+void sendBulkRows(ByteView data, Version version, const tsql::RowHandler& handler);
 
 // Returns the T-SQL batch equivalent to a transaction manager request, [MS-TDS] 2.2.6.9, such as "COMMIT
 // TRANSACTION".

@@ -4,6 +4,8 @@
 #include <boost/algorithm/string/replace.hpp>
 #include <sstream>
 
+#include "syntax/Parser.h"
+
 namespace tsql {
 namespace {
 
@@ -18,6 +20,16 @@ constexpr std::string_view kTables[] = {
     "ordinal))",
     "CREATE INDEX IF NOT EXISTS $.tsqlbox_objects_name ON tsqlbox_objects (name)",
     "CREATE INDEX IF NOT EXISTS $.tsqlbox_triggers ON tsqlbox_objects (parent) WHERE type = 'TR'",
+    // Users and roles and, in master, logins. The columns have the types of T-SQL.
+    R"(CREATE TABLE IF NOT EXISTS $.tsqlbox_principals (id int, login bit, name nvarchar(128) COLLATE ts_ci, type char(1),
+sid varbinary(85), home nvarchar(128), owner int, created datetime DEFAULT '2003-04-08 09:10:42.287', PRIMARY KEY
+(login, id)))",
+    R"(INSERT OR IGNORE INTO $.tsqlbox_principals (id, login, name, type, sid) VALUES (1, 1, '', 'S', x'01'), (2, 1,
+'public', 'R', x'02'), (3, 1, 'sysadmin', 'R', x'03'), (0, 0, 'public', 'R', NULL), (1, 0, 'dbo', 'S', x'01'), (2,
+0, 'guest', 'S', x'00'), (3, 0, 'INFORMATION_SCHEMA', 'S', NULL), (4, 0, 'sys', 'S', NULL), (16384, 0, 'db_owner',
+'R', NULL), (16387, 0, 'db_ddladmin', 'R', NULL), (16390, 0, 'db_datareader', 'R', NULL), (16391, 0,
+'db_datawriter', 'R', NULL))",
+    "CREATE TABLE IF NOT EXISTS $.tsqlbox_members (role int, member int)",
 };
 
 // Values of tsqlbox_columns.identity; a persisted computed column has kComputed + 1. tsqlbox_columns.output
@@ -88,7 +100,7 @@ Catalogue::Catalogue(Connection& connection, std::string database, std::string s
     : m_connection(connection), m_database(std::move(database)), m_schema(std::move(schema)) {
     if (m_connection.hasCatalogue(m_schema)) return;
     const std::string master = isTemporary() ? "sqlite_temp_master" : m_schema + ".sqlite_master";
-    if (m_connection.number("SELECT 1 FROM " + master + " WHERE name = 'tsqlbox_columns'")) {
+    if (m_connection.number("SELECT 1 FROM " + master + " WHERE name = 'tsqlbox_members'")) {
         // A rollback would delete tables that the current transaction has created.
         if (!m_connection.inTransaction()) m_connection.noteCatalogue(m_schema);
         return;
@@ -150,12 +162,19 @@ std::optional<TableInfo> Catalogue::table(std::string_view key) const {
     return found ? std::optional(tableOf(*found)) : std::nullopt;
 }
 
+TableInfo Catalogue::ownTable(const std::string& name) const {
+    TableInfo table{0, m_database, name, m_schema, name, 1, 1, {}};
+    PreparedStatement columns(m_connection, "PRAGMA " + m_schema + ".table_info(" + name + ")");
+    while (columns.step()) table.columns.push_back({columns.text(1), parseType(columns.text(2))});
+    return table;
+}
+
 std::vector<SchemaInfo> Catalogue::schemas() const {
     std::vector<SchemaInfo> all = {
-        {"dbo", 1}, {"guest", 2}, {"INFORMATION_SCHEMA", 3, 0, true}, {"sys", 4, 0, true}};
+        {"dbo", 1}, {"guest", 2}, {"INFORMATION_SCHEMA", 3, true}, {"sys", 4, true}};
     const auto builtIn = static_cast<std::int64_t>(all.size());
     for (auto& schema : objects("o.type = ?1", std::string(kSchema)))
-        all.push_back({std::move(schema.name), schema.id + builtIn, schema.id});
+        all.push_back({std::move(schema.name), schema.id + builtIn});
     return all;
 }
 

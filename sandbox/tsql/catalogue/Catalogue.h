@@ -110,7 +110,6 @@ struct Sequence {
 struct SchemaInfo {
     std::string name;
     std::int64_t id;          // in sys.schemas
-    std::int64_t object = 0;  // id of its row; 0: every database has it
     bool isOfSystem = false;  // sys, INFORMATION_SCHEMA: without objects of users
 };
 // SQLite's type and collation of a column.
@@ -123,6 +122,10 @@ inline bool isDisabled(const ObjectInfo& constraint) {
 }
 inline bool isUniqueKey(const ObjectInfo& key) {
     return key.type == kPrimaryKey || key.type == kUnique || key.source == kUniqueIndex;
+}
+// Indexes and unique keys of a table share their names.
+inline bool isIndexed(const ObjectInfo& key) {
+    return key.type == kIndex || isUniqueKey(key);
 }
 
 inline constexpr std::string_view kCollationName = "SQL_Latin1_General_CP1_CI_AS";
@@ -152,12 +155,9 @@ class Catalogue {
     std::optional<ObjectInfo> userOfType(std::int64_t type) const;  // that has columns or parameters of it
     std::optional<TableInfo> table(std::string_view key) const;
     TableInfo tableOf(const ObjectInfo& object) const;
+    TableInfo ownTable(const std::string& name) const;  // of the catalogue itself, for system procedures
     std::vector<SchemaInfo> schemas() const;
     std::optional<SchemaInfo> schemaNamed(std::string_view name) const;
-    std::vector<ObjectInfo> objectsIn(std::string_view schemaName) const {  // without constraints and indexes
-        return objects("o.parent = 0 AND o.type <> 'SCHEMA' AND ts_schema_of(o.name) = ?1 COLLATE ts_ci",
-                       std::string(schemaName));
-    }
     std::vector<TableColumn> columns(std::int64_t object) const;
     std::vector<ObjectInfo> keysOf(std::int64_t table) const {  // constraints and indexes
         return objects("o.parent = ?1 AND o.type <> 'TR'", table);
@@ -193,6 +193,8 @@ struct SystemView {
     std::string sql;
     std::vector<TableColumn> columns;
 };
+// columns: "name type = expression; ...".
+SystemView queryOf(std::string_view columns, std::string_view from);
 std::optional<SystemView> systemView(std::string_view schema, std::string_view name,
                                      std::string_view sqliteSchema, std::string_view database,
                                      const Storage& storage);

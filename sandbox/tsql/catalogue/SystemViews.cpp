@@ -13,10 +13,11 @@ using boost::replace_all;
 //   $o, $c  tables of the catalogue       $d  name of the database     $s  SQLite's name of its schema
 //   $L      list of databases (name, id)  $C  name of the collation    $S  list of sessions
 //   $T      list of types (type)          $q  sqlite_sequence          $PART n  a number of a sequence
-//   $I      ODBC's list of types
+//   $I      ODBC's list of types          $p, $m  users, roles, logins; members of roles
 //   $EACH(list$)  its names, none of which contains ", ", as rows of `key` (from 0) and `value`
 //   $SCHEMA_ID  number of the schema of object o    $PRIMARY_KEY  list of the columns of table r's primary
-//   key $OBJECT, $TYPE, $NAMED, $KIND, $STATE, $TABLE, $CONSTRAINT, $SPECIFIC, $INDEX: the fragments below
+//   key $OBJECT, $TYPE, $NAMED, $KIND, $STATE, $TABLE, $CONSTRAINT, $SPECIFIC, $INDEX, $USER: the fragments
+//   below
 // A view without a schema is found in sys, in dbo and by its unqualified name.
 struct ViewText {
     std::string_view schema, name, columns, from;
@@ -66,6 +67,11 @@ CONSTRAINT_NAME sysname = ts_bare_name(n.name))"},
     {"$SPECIFIC",
      R"(SPECIFIC_CATALOG sysname = $d; SPECIFIC_SCHEMA sysname = ts_schema_of(o.name);
 SPECIFIC_NAME sysname = ts_bare_name(o.name))"},
+    {"$USER",
+     R"(name sysname = iif(p.name = '', ts_system_user(), p.name); principal_id int = p.id; sid varbinary(85) = p.sid; type
+char(1) = p.type; type_desc nvarchar(60) = CASE p.type WHEN 'R' THEN iif(p.login, 'SERVER', 'DATABASE') || '_ROLE' WHEN
+'S' THEN 'SQL_' ELSE 'WINDOWS_' END || iif(p.type = 'R', '', iif(p.login, 'LOGIN', 'USER')); create_date datetime =
+p.created; modify_date datetime = p.created; owning_principal_id int = p.owner; is_fixed_role bit = p.id > 16383)"},
     {"$PART", "('[' || o.stored || ']') ->> "},
     {"$PRIMARY_KEY", "(SELECT p.keys FROM $o p WHERE p.parent = r.id AND p.type = 'PK')"},
     {"$EACH(", "json_each('[' || replace(json_quote("},
@@ -74,7 +80,7 @@ SPECIFIC_NAME sysname = ts_bare_name(o.name))"},
     // Those of the catalogue are numbered after the four that every database has.
     {"$SCHEMAS",
      R"((SELECT column1 AS name, column2 AS id, column2 AS owner FROM (VALUES ('dbo', 1), ('guest', 2),
-('INFORMATION_SCHEMA', 3), ('sys', 4)) UNION ALL SELECT name, id + 4, 1 FROM $o WHERE type = 'SCHEMA') s)"},
+('INFORMATION_SCHEMA', 3), ('sys', 4)) UNION ALL SELECT name, id + 4, iif(stored, stored + 0, 1) FROM $o WHERE type = 'SCHEMA') s)"},
     {"$INDEX",
      R"(CASE o.type WHEN 'PK' THEN 1 ELSE 1 + (SELECT count(*) FROM $o p WHERE p.parent = o.parent AND
 p.type IN ('IX', 'UQ') AND p.id <= o.id) END)"},
@@ -166,6 +172,10 @@ c.object = o.parent AND c.name = k.value COLLATE ts_ci WHERE o.type IN ('IX', 'P
     {"", "sysindexes", "name sysname = ts_bare_name(o.name); id int = o.parent; indid smallint = $INDEX",
      kIndexes},
     {"sys", "schemas", "name sysname = s.name; schema_id int = s.id; principal_id int = s.owner", "$SCHEMAS"},
+    {"sys", "database_principals", "$USER; default_schema_name sysname = p.home", "$p p WHERE NOT p.login"},
+    {"sys", "server_principals", "$USER; is_disabled bit = 0; default_database_name sysname = p.home",
+     "$p p WHERE p.login"},
+    {"sys", "database_role_members", "role_principal_id int = role; member_principal_id int = member", "$m"},
     {"sys", "types", "$ANYTYPE", "$T t"},
     {"sys", "table_types", "$ANYTYPE; type_table_object_id int = t.object", "$T t WHERE t.kind = 'TT'"},
     {"sys", "columns", kColumns, kAllColumns},
@@ -216,7 +226,8 @@ s.blocker)",
 'sleeping'); hostname nchar(128) = s.host; program_name nchar(128) = s.program; loginame nchar(128) = s.login)",
      "$S s"},
     {"INFORMATION_SCHEMA", "SCHEMATA",
-     R"(CATALOG_NAME sysname = $d; SCHEMA_NAME sysname = s.name; SCHEMA_OWNER sysname = iif(s.id > 4, 'dbo', s.name))",
+     R"(CATALOG_NAME sysname = $d; SCHEMA_NAME sysname = s.name; SCHEMA_OWNER sysname =
+(SELECT p.name FROM $p p WHERE p.id = s.owner AND NOT p.login))",
      "$SCHEMAS"},
     {"INFORMATION_SCHEMA", "TABLE_CONSTRAINTS",
      R"($CONSTRAINT; $TABLE; CONSTRAINT_TYPE varchar(11) = CASE n.type WHEN 'PK' THEN 'PRIMARY KEY' WHEN 'UQ' THEN
@@ -294,24 +305,6 @@ constexpr std::string_view kTemporaryColumns =
     R"((SELECT * FROM tempdb.tsqlbox_columns UNION ALL SELECT -object, ordinal, name, type, nullable, identity,
 fallback, output FROM temp.tsqlbox_columns))";
 
-// Returns the view. Its query still has the placeholders for the database.
-SystemView read(const ViewText& view) {
-    std::string text(view.columns), from(view.from);
-    for (const auto& [mark, fragment] : kFragments) {
-        replace_all(text, mark, fragment);
-        replace_all(from, mark, fragment);
-    }
-    SystemView read;
-    for (const std::string& item : listItems(text)) {
-        const std::size_t name = item.find(' '), value = item.find(" = ");
-        read.columns.push_back({{item.substr(0, name), parseType(item.substr(name + 1, value - name - 1))}});
-        read.sql += (read.sql.empty() ? "SELECT " : ", ") + item.substr(value + 3) + " AS " +
-                    quotedName(read.columns.back().name);
-    }
-    read.sql += " FROM " + from;
-    return read;
-}
-
 std::string databaseList(const Storage& storage) {
     const auto row = [id = 0](const std::string& name) mutable {
         return "(" + quotedText(name) + ", " + std::to_string(++id) + ")";
@@ -360,6 +353,24 @@ c.object = o.id AND o.type = 'TYPE' WHERE o.type IN ('TYPE', 'TT')))";
 
 }  // namespace
 
+// The query still has the placeholders for the database.
+SystemView queryOf(std::string_view columns, std::string_view source) {
+    std::string text(columns), from(source);
+    for (const auto& [mark, fragment] : kFragments) {
+        replace_all(text, mark, fragment);
+        replace_all(from, mark, fragment);
+    }
+    SystemView read;
+    for (const std::string& item : listItems(text)) {
+        const std::size_t name = item.find(' '), value = item.find(" = ");
+        read.columns.push_back({{item.substr(0, name), parseType(item.substr(name + 1, value - name - 1))}});
+        read.sql += (read.sql.empty() ? "SELECT " : ", ") + item.substr(value + 3) + " AS " +
+                    quotedName(read.columns.back().name);
+    }
+    read.sql += " FROM " + from;
+    return read;
+}
+
 std::optional<SystemView> systemView(std::string_view schema, std::string_view name,
                                      std::string_view sqliteSchema, std::string_view database,
                                      const Storage& storage) {
@@ -367,7 +378,7 @@ std::optional<SystemView> systemView(std::string_view schema, std::string_view n
     for (const auto& view : kViews) {
         if (!sameWord(view.name, name) || !(view.schema.empty() ? legacy : sameWord(view.schema, schema)))
             continue;
-        SystemView found = read(view);
+        SystemView found = queryOf(view.columns, view.from);
         replace_all(found.sql, "$L", found.sql.find("$L") == std::string::npos ? "" : databaseList(storage));
         replace_all(found.sql, "$T", typeList());
         replace_all(found.sql, "$I", kTypeInfo);
@@ -376,6 +387,8 @@ std::optional<SystemView> systemView(std::string_view schema, std::string_view n
         const std::string prefix = std::string(sqliteSchema) + ".";
         replace_all(found.sql, "$o", temporary ? kTemporaryObjects : prefix + "tsqlbox_objects");
         replace_all(found.sql, "$c", temporary ? kTemporaryColumns : prefix + "tsqlbox_columns");
+        replace_all(found.sql, "$p", prefix + "tsqlbox_principals");
+        replace_all(found.sql, "$m", prefix + "tsqlbox_members");
         replace_all(found.sql, "$q", prefix + "sqlite_sequence");
         replace_all(found.sql, "$d", quotedText(database));
         replace_all(found.sql, "$s", quotedText(databaseKey(database)));

@@ -12,9 +12,9 @@ constexpr std::string_view kCompatible[] = {"++++-", "+++--", "++---", "+--+-", 
 constexpr int kLongestCircle = 64;
 constexpr std::chrono::milliseconds kSlice(50);  // between two checks for cancellation
 
-std::optional<LockMode> lockModeNamed(std::string_view name) {
+std::optional<std::size_t> lockModeNamed(std::string_view name) {
     for (std::size_t i = 0; i < std::size(kModes); ++i)
-        if (sameWord(kModes[i], name)) return static_cast<LockMode>(i);
+        if (sameWord(kModes[i], name)) return i;
     return std::nullopt;
 }
 
@@ -22,7 +22,7 @@ std::vector<const void*> AppLocks::blockersOf(const Lock& lock) const {
     std::vector<const void*> blockers;
     for (const auto& held : m_granted)
         if (held.resource == lock.resource && held.session != lock.session &&
-            kCompatible[static_cast<int>(held.mode)][static_cast<std::size_t>(lock.mode)] == '-')
+            kCompatible[held.mode][lock.mode] == '-')
             blockers.push_back(held.session);
     return blockers;
 }

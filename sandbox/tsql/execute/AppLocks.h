@@ -13,15 +13,14 @@
 
 namespace tsql {
 
-enum class LockMode { IntentShared, Shared, Update, IntentExclusive, Exclusive };
-std::optional<LockMode> lockModeNamed(std::string_view name);
+std::optional<std::size_t> lockModeNamed(std::string_view name);  // in AppLocks.cpp's order of modes
 
 // Lock table shared by all sessions. Thread-safe.
 class AppLocks {
   public:
     struct Lock {
         std::string resource;
-        LockMode mode;
+        std::size_t mode;
         const void* session;
         bool ofTransaction;  // released with the transaction, otherwise with the session
     };

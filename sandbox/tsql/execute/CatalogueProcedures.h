@@ -14,6 +14,7 @@ struct SystemProcedure {
     std::string_view parameters;  // in T-SQL
     std::string_view text = "RETURN";
     int (Executor::*body)(const Frame& frame) = nullptr;
+    int failed = 1;  // return value after an error in `body`
 };
 
 // The types of SQL Server as ODBC describes them. Drivers read the largest length of a string and the
@@ -82,8 +83,7 @@ SCHEMA_NAME(o.schema_id) LIKE @table_owner) AND (@column_name IS NULL OR c.name 
 17)"},
     {"sp_sproc_columns",
      "@procedure_name nvarchar(390) = '%', @procedure_owner nvarchar(384) = NULL, @procedure_qualifier "
-     "sysname "
-     "= NULL, @column_name nvarchar(384) = NULL, @ODBCVer int = 2, @fUsePattern bit = 1",
+     "sysname = NULL, @column_name nvarchar(384) = NULL, @ODBCVer int = 2, @fUsePattern bit = 1",
      R"(IF @procedure_qualifier <> DB_NAME() BEGIN RAISERROR(15250, -1, -1) RETURN 1 END
 SELECT PROCEDURE_QUALIFIER = DB_NAME(), PROCEDURE_OWNER = SCHEMA_NAME(o.schema_id), PROCEDURE_NAME = CAST(o.name +
 IIF(o.type = 'P', ';1', ';0') AS nvarchar(134)), COLUMN_NAME = c.name, COLUMN_TYPE = CAST(IIF(c.name =
@@ -134,8 +134,7 @@ ISNULL(@fktable_owner, OBJECT_SCHEMA_NAME(p)) ORDER BY CASE WHEN @pktable_name I
 OBJECT_NAME(p) END, 12, 9)"},
     {"sp_statistics",
      "@table_name sysname, @table_owner sysname = NULL, @table_qualifier sysname = NULL, @index_name sysname "
-     "= '%', "
-     "@is_unique char(1) = 'N', @accuracy char(1) = 'Q'",
+     "= '%', @is_unique char(1) = 'N', @accuracy char(1) = 'Q'",
      R"(IF @table_qualifier <> DB_NAME() BEGIN RAISERROR(15250, -1, -1) RETURN 1 END
 SELECT TABLE_QUALIFIER = DB_NAME(), TABLE_OWNER = SCHEMA_NAME(o.schema_id), TABLE_NAME = o.name, NON_UNIQUE = CAST(1 -
 i.is_unique AS smallint), INDEX_QUALIFIER = o.name, INDEX_NAME = i.name, TYPE = CAST(CASE i.type WHEN 1 THEN 1 ELSE 3

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <optional>
 #include <span>
 #include <string>
@@ -62,8 +61,5 @@ class ResultSink {
     // Called between rows and statements. True cancels the batch.
     virtual bool cancelled() = 0;
 };
-
-// Sends columns and rows to a sink.
-using RowSource = std::function<void(ResultSink&)>;
 
 }  // namespace tsql

@@ -223,7 +223,8 @@ Flow Executor::done(std::int64_t count, StatementKind kind) {
     if (!m_sink || m_frames.back()->isFunction) return Flow::Next;
     warnOfNulls();
     const bool isReported = !m_settings.noCount || m_frames.size() == 1 || kind == StatementKind::Select;
-    if (isReported || m_error != 0) m_sink->statementDone(m_settings.noCount ? -1 : count, kind);
+    if (!m_rowHandler && (isReported || m_error != 0))
+        m_sink->statementDone(m_settings.noCount ? -1 : count, kind);
     return Flow::Next;
 }
 
@@ -276,32 +277,18 @@ std::vector<Value> Executor::parameterValues(const Translator& translator) {
 
 Value Executor::compute(const std::string& sql, const Translator& translator) {
     const auto values = parameterValues(translator);
-    PreparedStatement statement(m_connection, "SELECT " + sql);
-    statement.bindAll(values);
+    PreparedStatement statement(m_connection, "SELECT " + sql, values);
     statement.step();
     warnOfNulls();
     return ownedValue(statement.cell(0));
 }
 
-// Returns the value of a constant or variable, for which no SQL is needed.
-std::optional<TypedValue> Executor::knownValue(const Expr& expr) {
-    if (const auto* literal = std::get_if<Literal>(&expr.node)) return literal->constant;
-    if (const auto* variable = std::get_if<VariableRef>(&expr.node))
-        return TypedValue{variableValue(variable->name), variableType(variable->name)};
-    return std::nullopt;
-}
-
 Value Executor::evaluate(const Expr& expr, const SqlType& type) {
-    if (const auto known = knownValue(expr)) {
-        if (!isNull(known->value)) requireImplicit(known->type, type);
-        return convertValue(viewOf(known->value), known->type, type);
-    }
     Translator translator(*this);
     return compute(coerce(translator.value(expr), type).sql, translator);
 }
 
 TypedValue Executor::evaluate(const Expr& expr) {
-    if (auto known = knownValue(expr)) return std::move(*known);
     Translator translator(*this);
     const Typed typed = translator.value(expr);
     return {compute(typed.sql, translator), typed.type};
@@ -311,6 +298,11 @@ std::string Executor::evaluateText(const Expr& expr) {
     const Value value = evaluate(expr, nvarcharType(SqlType::kMax));
     const auto* text = std::get_if<std::string>(&value);
     return text ? *text : std::string();
+}
+
+int Executor::evaluateInteger(const Expr& expr, TypeId type) {
+    const Value value = evaluate(expr, simpleType(type));
+    return isNull(value) ? 0 : static_cast<int>(std::get<std::int64_t>(value));
 }
 
 bool Executor::holds(const Expr& condition) {

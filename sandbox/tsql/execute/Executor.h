@@ -61,8 +61,6 @@ struct Settings {
     }
 };
 
-using RowHandler = std::function<void(std::span<const Column>, std::span<const CellView>)>;
-
 class Executor final : public Session, public NameResolver, public FunctionSession {
   public:
     Executor(Storage& storage, AppLocks& locks, Client client, std::string_view database, int spid);
@@ -159,10 +157,10 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     Flow finished(std::int64_t rowCount = 0);  // ends a statement without rows
     void failingAs(const SqlError& failure, const std::function<void()>& work);
     Value compute(const std::string& sql, const Translator& translator);
-    std::optional<TypedValue> knownValue(const Expr& expr);
     TypedValue evaluate(const Expr& expr);
     Value evaluate(const Expr& expr, const SqlType& type);
-    std::string evaluateText(const Expr& expr);
+    std::string evaluateText(const Expr& expr);                        // empty for NULL
+    int evaluateInteger(const Expr& expr, TypeId type = TypeId::Int);  // 0 for NULL
     bool holds(const Expr& condition);
     std::vector<Value> parameterValues(const Translator& translator);
     void setVariable(const std::string& name, const CellView& value, const SqlType& type);
@@ -185,8 +183,12 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     std::int64_t sendRows(PreparedStatement& statement, const QueryText& text, std::int64_t most = 0);
     std::int64_t assignRows(PreparedStatement& statement, const std::vector<Column>& variables,
                             std::int64_t most = 0);
-    // Passes the rows that `work` sends to `handler` instead of the client.
-    void divert(const RowHandler& handler, const std::function<void()>& work);
+    void beginRows(std::span<const Column> columns) {
+        if (!m_rowHandler) m_sink->columns(columns);
+    }
+    void sendRow(std::span<const Column> columns, std::span<const CellView> cells) {
+        m_rowHandler ? (*m_rowHandler)(columns, cells) : m_sink->row(cells);
+    }
     Flow selectInto(const Query& query, const ObjectName& name);
     ColumnList insertColumns(const TableInfo& target, const std::vector<std::string>& names,
                              bool defaultValues) const;
@@ -244,8 +246,6 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     void dropConstraint(Catalogue& catalogue, const TableInfo& table, const std::string& name, bool ifExists);
     void dropObject(const ObjectName& name, const Drop& drop);
     void run(const DefineSequence& define);
-    void run(const CreateSchema& create);
-    void dropSchema(const std::string& name, bool ifExists);
     void dropTemporaryTables(Frame& frame);
     void dropTemporaryTables();
     void dropTable(const TableInfo& table);
@@ -286,7 +286,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     int rename(const Frame& frame);
     int getAppLock(const Frame& frame);
     int releaseAppLock(const Frame& frame);
-    std::optional<AppLocks::Lock> appLock(const Frame& frame, std::string_view mode);
+    AppLocks::Lock appLock(const Frame& frame, std::string_view mode);
 
     // ---- procedures and functions (ExecutorModules.cpp)
     Flow run(const CreateModule& module);
@@ -299,12 +299,14 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     void runText(const std::string& text, const std::string& inside);
     // Passes the end of a procedure that the batch itself calls to the client.
     void asCall(const std::function<std::int32_t()>& work);
+    std::optional<StoredModule> moduleOf(const SystemProcedure& procedure, const ObjectName& name);
+    void run(const SystemStatement& statement);
     void callProcedure(const Execute& execute, const ObjectName& name, const SystemProcedure* system);
     void checkTransactions(int before, const std::string& procedure);
     // Arguments of a call in the order of the parameters; null: not given.
     using Arguments = std::vector<const Argument*>;
-    Arguments bindArguments(const CreateModule& module, const Execute& execute, const std::string& name,
-                            Frame& frame);
+    Arguments bindArguments(const CreateModule& module, std::span<const Argument> given,
+                            const std::string& name, Frame& frame);
     void returnOutputs(const CreateModule& module, const Arguments& arguments, const Execute& execute,
                        const Frame& frame);
     void inFrame(Frame& frame, const std::function<void()>& work);
@@ -390,6 +392,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     std::string m_database;
     int m_spid;
     ResultSink* m_sink = nullptr;
+    const RowHandler* m_rowHandler = nullptr;  // receives the rows instead of the client
     std::vector<Frame*> m_frames;
     std::unordered_map<std::string, std::shared_ptr<const Batch>> m_parsed;
     std::vector<Message> m_caught;      // errors of the CATCH blocks being executed

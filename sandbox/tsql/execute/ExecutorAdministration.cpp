@@ -9,7 +9,7 @@ void Executor::set(const Settings& settings) {
 }
 
 void Executor::run(const SetOption& option) {
-    constexpr int kLongestLockTimeout = 60'000;  // milliseconds
+    constexpr std::int64_t kUsual = -1, kLongest = 60'000;  // milliseconds
     for (const auto& name : option.names) {
         if (name == "NOCOUNT") m_settings.noCount = option.on;
         if (name == "FMTONLY") m_settings.describeOnly = option.on;
@@ -20,8 +20,7 @@ void Executor::run(const SetOption& option) {
         if (name == "QUOTED_IDENTIFIER") m_settings.quotedIdentifiers = option.on;
         if (name == "ROWCOUNT") m_settings.mostRows = *option.number;
         if (name == "LOCK_TIMEOUT")
-            m_settings.lockTimeout =
-                static_cast<int>(std::clamp<std::int64_t>(*option.number, -1, kLongestLockTimeout));
+            m_settings.lockTimeout = static_cast<int>(std::clamp(*option.number, kUsual, kLongest));
     }
     set(m_settings);
     if (option.table) {
@@ -72,10 +71,7 @@ void Executor::releaseDatabase(std::string_view name, const SqlError& inUse) {
 }
 
 void Executor::dropDatabase(const std::string& name, bool ifExists) {
-    if (!m_storage.exists(name)) {
-        if (ifExists) return;
-        throw sqlError(kCannotDropMissing, {"database", name}, 1);
-    }
+    if (ifExists && !m_storage.exists(name)) return;
     if (m_transactions > 0) throw sqlError(kNotWithinTransaction, {"DROP DATABASE"});
     releaseDatabase(name, sqlError(kCannotDropInUse, {name}));
     m_storage.drop(name);
@@ -124,11 +120,11 @@ void Executor::checkIdentity(const TableInfo& table, const Maintenance& check) {
 
 // Sends a result set that is not from a query.
 Flow Executor::sendTable(std::span<const Column> columns, std::span<const std::vector<Value>> rows) {
-    m_sink->columns(columns);
+    beginRows(columns);
     for (const auto& row : rows) {
         std::vector<CellView> cells(row.size());
         std::ranges::transform(row, cells.begin(), [](const Value& cell) { return viewOf(cell); });
-        m_sink->row(cells);
+        sendRow(columns, cells);
     }
     m_rowCount = static_cast<std::int64_t>(rows.size());
     m_error = 0;

@@ -1,6 +1,5 @@
 // BACKUP, RESTORE and what they report.
 #include <cstdio>
-#include <sstream>
 
 #include "execute/Executor.h"
 
@@ -8,67 +7,35 @@ namespace tsql {
 
 namespace {
 
-// What RESTORE FILELISTONLY and HEADERONLY show of a backup.
-struct BackupReport {
-    std::vector<Column> columns;
-    std::vector<std::vector<Value>> rows;
-};
-
-// columns: the name and type of each column, and its value. "?" is the next value of the row; without a value
-// the column is 0 or NULL.
-BackupReport reportOf(std::string_view columns, const std::vector<std::vector<Value>>& rows) {
-    BackupReport report{{}, std::vector<std::vector<Value>>(rows.size())};
-    std::size_t next = 0;
-    for (const std::string& item : listItems(columns)) {
-        std::istringstream words(item);
-        std::string name, type, value;
-        words >> name >> type >> value;
-        const SqlType is = report.columns.emplace_back(Column{name, parseType(type)}).type;
-        if (value.empty()) value = isNumber(is.id) ? "0" : "NULL";
-        for (std::size_t i = 0; i < rows.size(); ++i)
-            report.rows[i].push_back(value == "?"      ? rows[i][next]
-                                     : value == "NULL" ? Value(Null{})
-                                                       : convertValue(value, varcharType(SqlType::kMax), is));
-        next += value == "?";
-    }
-    return report;
-}
-
-BackupReport fileListOf(const BackupHeader& header) {
-    constexpr std::string_view kColumns =
-        R"(LogicalName nvarchar(128) ?; PhysicalName nvarchar(260) ?; Type char(1) ?; FileGroupName nvarchar(128) ?;
-Size numeric(20) ?; MaxSize numeric(20) 35184372080640; FileId bigint ?; CreateLSN numeric(25); DropLSN
-numeric(25); UniqueId uniqueidentifier; ReadOnlyLSN numeric(25); ReadWriteLSN numeric(25); BackupSizeInBytes
-bigint ?; SourceBlockSize int 4096; FileGroupId int ?; LogGroupGUID uniqueidentifier; DifferentialBaseLSN
-numeric(25); DifferentialBaseGUID uniqueidentifier; IsReadOnly bit; IsPresent bit 1; TDEThumbprint varbinary(32); SnapshotUrl nvarchar(360))";
-    const Value none = std::int64_t{0}, first = std::int64_t{1}, second = std::int64_t{2};
-    return reportOf(
-        kColumns,
-        {{header.database, header.dataFile, "D", "PRIMARY", header.bytes, first, header.bytes, first},
-         {header.logName(), header.dataFile + "-wal", "L", Null{}, none, second, none, none}});
-}
-
-BackupReport headerOf(const BackupHeader& header) {
-    constexpr std::string_view kColumns =
-        R"(BackupName nvarchar(128) ?; BackupDescription nvarchar(255) ?; BackupType smallint 1; ExpirationDate
-datetime; Compressed bit; Position smallint 1; DeviceType tinyint 2; UserName nvarchar(128); ServerName
-nvarchar(128); DatabaseName nvarchar(128) ?; DatabaseVersion int; DatabaseCreationDate datetime; BackupSize
-numeric(20) ?; FirstLSN numeric(25); LastLSN numeric(25); CheckpointLSN numeric(25); DatabaseBackupLSN
-numeric(25); BackupStartDate datetime ?; BackupFinishDate datetime ?; SortOrder smallint; CodePage smallint;
-UnicodeLocaleId int; UnicodeComparisonStyle int; CompatibilityLevel tinyint 150; SoftwareVendorId int;
-SoftwareVersionMajor int 15; SoftwareVersionMinor int; SoftwareVersionBuild int 2000; MachineName
-nvarchar(128); Flags int; BindingID uniqueidentifier; RecoveryForkID uniqueidentifier; Collation
-nvarchar(128) SQL_Latin1_General_CP1_CI_AS; FamilyGUID uniqueidentifier; HasBulkLoggedData bit; IsSnapshot
-bit; IsReadOnly bit; IsSingleUser bit; HasBackupChecksums bit 1; IsDamaged bit; BeginsLogChain bit;
-HasIncompleteMetaData bit; IsForceOffline bit; IsCopyOnly bit; FirstRecoveryForkID uniqueidentifier;
-ForkPointLSN numeric(25) NULL; RecoveryModel nvarchar(60) SIMPLE; DifferentialBaseLSN numeric(25) NULL;
-DifferentialBaseGUID uniqueidentifier; BackupTypeDescription nvarchar(60) Database; BackupSetGUID
-uniqueidentifier; CompressedBackupSize bigint ?; Containment tinyint; KeyAlgorithm nvarchar(32);
-EncryptorThumbprint varbinary(20); EncryptorType nvarchar(32))";
-    const auto given = [](const std::string& text) { return text.empty() ? Value(Null{}) : Value(text); };
-    return reportOf(kColumns, {{given(header.name), given(header.description), header.database, header.bytes,
-                                header.started, header.finished, header.bytes}});
-}
+// What RESTORE FILELISTONLY and HEADERONLY show of a backup. ?1 is the database's name, ?2 the file of its
+// data, ?3 its size, ?4 and ?5 name and description of the backup, ?6 and ?7 its start and end.
+constexpr std::string_view kFileList =
+    R"(LogicalName nvarchar(128) = column1; PhysicalName nvarchar(260) = column2; Type char(1) = column3; FileGroupName
+nvarchar(128) = column4; Size numeric(20) = column5; MaxSize numeric(20) = 35184372080640; FileId bigint = column6;
+CreateLSN numeric(25) = 0; DropLSN numeric(25) = 0; UniqueId uniqueidentifier = NULL; ReadOnlyLSN numeric(25) = 0;
+ReadWriteLSN numeric(25) = 0; BackupSizeInBytes bigint = column5; SourceBlockSize int = 4096; FileGroupId int =
+column6; LogGroupGUID uniqueidentifier = NULL; DifferentialBaseLSN numeric(25) = 0; DifferentialBaseGUID
+uniqueidentifier = NULL; IsReadOnly bit = 0; IsPresent bit = 1; TDEThumbprint varbinary(32) = NULL; SnapshotUrl
+nvarchar(360) = NULL)";
+constexpr std::string_view kFiles =
+    "(VALUES (?1, ?2, 'D', 'PRIMARY', ?3, 1), (?1 || '_log', ?2 || '-wal', 'L', NULL, 0, 2))";
+constexpr std::string_view kHeader =
+    R"(BackupName nvarchar(128) = nullif(?4, ''); BackupDescription nvarchar(255) = nullif(?5, ''); BackupType smallint = 1;
+ExpirationDate datetime = NULL; Compressed bit = 0; Position smallint = 1; DeviceType tinyint = 2; UserName
+nvarchar(128) = NULL; ServerName nvarchar(128) = NULL; DatabaseName nvarchar(128) = ?1; DatabaseVersion int = 0;
+DatabaseCreationDate datetime = NULL; BackupSize numeric(20) = ?3; FirstLSN numeric(25) = 0; LastLSN numeric(25) = 0;
+CheckpointLSN numeric(25) = 0; DatabaseBackupLSN numeric(25) = 0; BackupStartDate datetime = ?6; BackupFinishDate
+datetime = ?7; SortOrder smallint = 0; CodePage smallint = 0; UnicodeLocaleId int = 0; UnicodeComparisonStyle int = 0;
+CompatibilityLevel tinyint = 150; SoftwareVendorId int = 0; SoftwareVersionMajor int = 15; SoftwareVersionMinor int =
+0; SoftwareVersionBuild int = 2000; MachineName nvarchar(128) = NULL; Flags int = 0; BindingID uniqueidentifier =
+NULL; RecoveryForkID uniqueidentifier = NULL; Collation nvarchar(128) = 'SQL_Latin1_General_CP1_CI_AS'; FamilyGUID
+uniqueidentifier = NULL; HasBulkLoggedData bit = 0; IsSnapshot bit = 0; IsReadOnly bit = 0; IsSingleUser bit = 0;
+HasBackupChecksums bit = 1; IsDamaged bit = 0; BeginsLogChain bit = 0; HasIncompleteMetaData bit = 0; IsForceOffline
+bit = 0; IsCopyOnly bit = 0; FirstRecoveryForkID uniqueidentifier = NULL; ForkPointLSN numeric(25) = NULL;
+RecoveryModel nvarchar(60) = 'SIMPLE'; DifferentialBaseLSN numeric(25) = NULL; DifferentialBaseGUID uniqueidentifier =
+NULL; BackupTypeDescription nvarchar(60) = 'Database'; BackupSetGUID uniqueidentifier = NULL; CompressedBackupSize
+bigint = ?3; Containment tinyint = 0; KeyAlgorithm nvarchar(32) = NULL; EncryptorThumbprint varbinary(20) = NULL;
+EncryptorType nvarchar(32) = NULL)";
 
 }  // namespace
 
@@ -126,7 +93,7 @@ void Executor::run(const Backup& backup) {
 Flow Executor::run(const Restore& restore) {
     constexpr const char* kVerbs[] = {"RESTORE DATABASE", "RESTORE FILELIST", "RESTORE HEADERONLY",
                                       "VERIFY DATABASE"};
-    std::optional<BackupReport> report;
+    std::optional<BackupHeader> header;
     runMedia(kVerbs[static_cast<int>(restore.kind)], [&] {
         const std::string file = evaluateText(*restore.file);
         if (restore.kind == RestoreKind::Verify) {
@@ -135,11 +102,20 @@ Flow Executor::run(const Restore& restore) {
         } else if (restore.kind == RestoreKind::Database) {
             restoreFrom(file, restore);
         } else {
-            const BackupHeader header = readBackupHeader(file, progress(0));
-            report = restore.kind == RestoreKind::FileList ? fileListOf(header) : headerOf(header);
+            header = readBackupHeader(file, progress(0));
         }
     });
-    return report ? sendTable(report->columns, report->rows) : finished();
+    if (!header) return finished();
+    const SystemView view =
+        restore.kind == RestoreKind::FileList ? queryOf(kFileList, kFiles) : queryOf(kHeader, "(VALUES (0))");
+    const Value values[] = {header->database,    header->dataFile, header->bytes,   header->name,
+                            header->description, header->started,  header->finished};
+    PreparedStatement statement(m_connection, view.sql, values);
+    QueryText text;
+    for (const auto& column : view.columns) text.columns.push_back({{column.name, column.type}, {}});
+    m_rowCount = sendRows(statement, text);
+    m_error = 0;
+    return done(m_rowCount, StatementKind::Select);
 }
 
 void Executor::restoreFrom(const std::string& file, const Restore& restore) {
@@ -156,9 +132,9 @@ void Executor::restoreFrom(const std::string& file, const Restore& restore) {
     } catch (const SqlError& error) {
         if (error.number != kFileInUse) throw;
         const BackupHeader header = readBackupHeader(file);
-        for (const auto& row : fileListOf(header).rows) {
+        for (const auto& [own, path] : {std::pair(header.database, header.dataFile),
+                                        std::pair(header.logName(), header.dataFile + "-wal")}) {
             if (m_tries > 0) break;
-            const auto &own = std::get<std::string>(row[0]), &path = std::get<std::string>(row[1]);
             inform(kFileInUse, {path, header.database});
             inform(kFileCannotBeRestored, {own, path});
         }

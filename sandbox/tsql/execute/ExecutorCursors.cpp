@@ -41,14 +41,10 @@ Flow Executor::run(const DeclareCursor& declare) {
     const std::string name = toLower(declare.name);
     if (cursors.contains(name)) throw sqlError(kCursorExists, {declare.name});
     Translator translator(*this);
-    Cursor cursor;
-    cursor.query = translator.query(*declare.query);
+    const QueryText query = translator.query(*declare.query);
     if (!translator.assignments().empty())
         throw sqlError(kNotAllowedHere, {"Variable assignment", "a cursor declaration"});
-    cursor.parameters = parameterValues(translator);
-    cursor.scroll = declare.scroll;
-    cursor.counted = declare.counted;
-    cursors.emplace(name, std::move(cursor));
+    cursors[name] = {query, parameterValues(translator), declare.scroll, declare.counted};
     return finished(1);
 }
 
@@ -60,16 +56,16 @@ void Executor::run(const ChangeCursor& change) {
         if (cursor.open) throw sqlError(kCursorAlreadyOpen);
         cursor.rows.clear();
         cursor.at = 0, cursor.block = 1;
-        PreparedStatement statement(m_connection, cursor.query.sql);
-        statement.bindAll(cursor.parameters);
+        PreparedStatement statement(m_connection, cursor.query.sql, cursor.parameters);
         constexpr std::size_t kMostRows = 1'000'000;  // all rows are kept in memory
-        const auto keep = [&](std::span<const Column>, std::span<const CellView> cells) {
+        const RowHandler keep = [&](std::span<const Column>, std::span<const CellView> cells) {
             if (cursor.rows.size() == kMostRows)
                 throw unsupported("a cursor over more than " + std::to_string(kMostRows) + " rows");
             std::vector<Value>& row = cursor.rows.emplace_back();
             for (const auto& cell : cells) row.push_back(ownedValue(cell));
         };
-        divert(keep, [&] { sendRows(statement, cursor.query, m_settings.mostRows); });
+        const Temporarily diverted(m_rowHandler, &keep);
+        sendRows(statement, cursor.query, m_settings.mostRows);
         cursor.open = true;
         m_cursorRows = cursor.counted ? static_cast<std::int64_t>(cursor.rows.size()) : -1;
     } else if (change.verb == CursorVerb::Deallocate) {
@@ -94,9 +90,7 @@ Flow Executor::run(const Fetch& fetch) {
     if (!cursor.scroll && fetch.from != FetchFrom::Next)
         throw sqlError(kForwardOnlyCursor, {kTypes[static_cast<std::size_t>(fetch.from)]});
     if (!fetch.into.empty() && fetch.into.size() != columns.size()) throw sqlError(kCursorColumnCount);
-    const Value offset = fetch.offset ? evaluate(*fetch.offset, simpleType(TypeId::Int)) : Value(Null{});
-    const auto* number = std::get_if<std::int64_t>(&offset);
-    const auto rows = cursor.move(fetch.from, number ? *number : 0, 1);
+    const auto rows = cursor.move(fetch.from, fetch.offset ? evaluateInteger(*fetch.offset) : 0, 1);
     const bool found = !rows.empty();
     m_fetchStatus = found ? 0 : -1;
     if (fetch.into.empty()) return sendRows(cursor, rows);

@@ -43,18 +43,19 @@ void setState(Catalogue& catalogue, ObjectInfo& constraint, std::string_view sta
     catalogue.save(constraint);
 }
 
-const ObjectInfo* keyNamed(const std::vector<ObjectInfo>& keys, std::string_view name, bool isIndex) {
-    const auto found = std::ranges::find_if(keys, [&](const ObjectInfo& key) {
-        return (key.type == kIndex) == isIndex && sameText(key.name, name);
-    });
+bool isConstraint(const ObjectInfo& key) {
+    return key.type != kIndex;
+}
+
+const ObjectInfo* keyNamed(const std::vector<ObjectInfo>& keys, std::string_view name,
+                           bool (*isMeant)(const ObjectInfo&)) {
+    const auto named = [&](const ObjectInfo& key) { return isMeant(key) && sameText(key.name, name); };
+    const auto found = std::ranges::find_if(keys, named);
     return found == keys.end() ? nullptr : &*found;
 }
 
-// Indexes and unique keys of a table share their names.
 void refuseSecondIndex(const std::vector<ObjectInfo>& keys, std::string_view name, const TableInfo& table) {
-    const ObjectInfo* key = keyNamed(keys, name, /*isIndex=*/false);
-    if (keyNamed(keys, name, /*isIndex=*/true) || (key && isUniqueKey(*key)))
-        throw sqlError(kIndexExists, {name, table.qualifiedName()});
+    if (keyNamed(keys, name, isIndexed)) throw sqlError(kIndexExists, {name, table.qualifiedName()});
 }
 
 void requireKeyType(const TableInfo& table, const TableColumn& column) {
@@ -369,7 +370,7 @@ void Executor::switchConstraints(Catalogue& catalogue, const TableInfo& table, c
     auto keys = catalogue.keysOf(table.id);
     failingAs(sqlError(kConstraintNotSwitched), [&] {
         for (const auto& name : alter.switched) {
-            const ObjectInfo* key = keyNamed(keys, name, /*isIndex=*/false);
+            const ObjectInfo* key = keyNamed(keys, name, isConstraint);
             if (!key) throw sqlError(kSwitchedConstraintNotFound, {name});
             if (!isCondition(*key)) throw sqlError(kConstraintNotSwitchable, {name});
         }
@@ -482,7 +483,7 @@ void Executor::alterColumn(Catalogue& catalogue, TableInfo& table, const ColumnD
 void Executor::dropConstraint(Catalogue& catalogue, const TableInfo& table, const std::string& name,
                               bool ifExists) {
     const auto keys = catalogue.keysOf(table.id);
-    const ObjectInfo* key = keyNamed(keys, name, /*isIndex=*/false);
+    const ObjectInfo* key = keyNamed(keys, name, isConstraint);
     if (!key && ifExists) return;
     failingAs(sqlError(kConstraintNotDropped), [&] {
         if (!key) throw sqlError(kNotAConstraint, {name});
@@ -502,9 +503,8 @@ void Executor::dropConstraint(Catalogue& catalogue, const TableInfo& table, cons
 
 void Executor::run(const AlterTable& alter) {
     checkDefaults(alter.added);
-    claim(alter.added.table);
-    TableInfo target = table(alter.added.table, kAlteredTableNotFound);
     define(alter.added.table, [&](Catalogue& owner) {
+        TableInfo target = table(alter.added.table, kAlteredTableNotFound);
         for (const auto& definition : alter.added.columns) addColumn(owner, target, definition);
         for (auto& key : noteConstraints(owner, target, alter.added)) {
             if (isCondition(key) && alter.checksRows.value_or(true))
@@ -556,43 +556,33 @@ void Executor::addIndex(Catalogue& catalogue, const TableInfo& table, const Crea
 }
 
 void Executor::run(const CreateIndex& create) {
-    claim(create.table);
-    const TableInfo target = table(create.table, kObjectNotFound);
-    define(create.table, [&](Catalogue& owner) { addIndex(owner, target, create); });
+    define(create.table,
+           [&](Catalogue& owner) { addIndex(owner, table(create.table, kObjectNotFound), create); });
 }
 
 void Executor::run(const AlterIndex& alter) {
-    const TableInfo target = table(alter.table, kObjectNotFound, 9);
     define(alter.table, [&](Catalogue& owner) {
-        const auto keys = owner.keysOf(target.id);
-        const ObjectInfo* key = keyNamed(keys, alter.name, /*isIndex=*/false);
-        const bool known = keyNamed(keys, alter.name, /*isIndex=*/true) || (key && isUniqueKey(*key));
-        if (!alter.name.empty() && !known) throw sqlError(kIndexNotFound, {alter.name});
+        const TableInfo target = table(alter.table, kObjectNotFound, 9);
+        if (!alter.name.empty() && !keyNamed(owner.keysOf(target.id), alter.name, isIndexed))
+            throw sqlError(kIndexNotFound, {alter.name});
         m_connection.run("REINDEX " + target.sqlName());
     });
 }
 
 void Executor::run(const Drop& drop) {
     for (const auto& index : drop.indexes) dropIndex(index, drop.ifExists);
-    for (const auto& name : drop.names) {
-        if (drop.kind == ObjectKind::Database)
-            dropDatabase(name.name, drop.ifExists);
-        else if (drop.kind == ObjectKind::Schema)
-            dropSchema(name.name, drop.ifExists);
-        else
-            dropObject(name, drop);
-    }
+    for (const auto& name : drop.names)
+        drop.kind == ObjectKind::Database ? dropDatabase(name.name, drop.ifExists) : dropObject(name, drop);
 }
 
 void Executor::dropIndex(const AlterIndex& dropped, bool ifExists) {
     define(dropped.table, [&](Catalogue& owner) {
         const auto target = findTable(dropped.table);
         const auto keys = target ? owner.keysOf(target->id) : std::vector<ObjectInfo>();
-        const ObjectInfo* index = keyNamed(keys, dropped.name, /*isIndex=*/true);
-        const ObjectInfo* key = keyNamed(keys, dropped.name, /*isIndex=*/false);
+        const ObjectInfo* index = keyNamed(keys, dropped.name, isIndexed);
         const std::string written = asWritten(dropped.table) + "." + dropped.name;
-        if (key && isUniqueKey(*key))
-            throw sqlError(kCannotDropKeyIndex, {written, key->type == kPrimaryKey ? "PRIMARY" : "UNIQUE"});
+        if (index && isConstraint(*index))
+            throw sqlError(kCannotDropKeyIndex, {written, index->type == kPrimaryKey ? "PRIMARY" : "UNIQUE"});
         if (!index && !ifExists) throw sqlError(kCannotDropMissing, {"index", written}, 7);
         if (!index) return;
         dropIndex(*target, index->name);
@@ -601,26 +591,24 @@ void Executor::dropIndex(const AlterIndex& dropped, bool ifExists) {
 }
 
 void Executor::dropObject(const ObjectName& name, const Drop& drop) {
-    struct Kind {
-        std::string_view word, types;
-    };
-    constexpr Kind kKinds[] = {
+    constexpr std::pair<std::string_view, std::string_view> kKinds[] = {
         {"table", "U"},    {"view", "V"},      {"procedure", "P"},  {"function", "FN; IF; TF"},
-        {"trigger", "TR"}, {"sequence", "SO"}, {"type", "TYPE; TT"}};  // in the order of ObjectKind
-    const Kind& kind = kKinds[static_cast<int>(drop.kind)];
+        {"trigger", "TR"}, {"sequence", "SO"}, {"type", "TYPE; TT"}};  // words and types, in the order of
+                                                                       // ObjectKind
+    const auto& kind = kKinds[static_cast<int>(drop.kind)];
     const std::string written = asWritten(name);
     define(name, [&](Catalogue& owner) {
         const bool isType = drop.kind == ObjectKind::Type;
         const auto found = isType ? owner.find(storedName(name.schema, name.name), kUserTypes) : object(name);
-        const auto* other = std::ranges::find_if(kKinds, [&](const Kind& each) {
-            return found && std::ranges::count(listItems(each.types), found->type) > 0;
+        const auto* other = std::ranges::find_if(kKinds, [&](const auto& each) {
+            return found && std::ranges::count(listItems(each.second), found->type) > 0;
         });
         if (other != &kind) {
             if (drop.ifExists) return;
             if (isType) throw sqlError(kTypeNotFound, {written});
-            if (other == std::end(kKinds)) throw sqlError(kCannotDropMissing, {kind.word, written});
+            if (other == std::end(kKinds)) throw sqlError(kCannotDropMissing, {kind.first, written});
             throw sqlError(kDropOfOtherKind,
-                           {toUpper(kind.word), name.name, name.name, other->word, toUpper(other->word)});
+                           {toUpper(kind.first), name.name, name.name, other->first, toUpper(other->first)});
         }
         if (const auto user = isType ? owner.userOfType(found->id) : std::nullopt)
             throw sqlError(kTypeInUse, {written, user->name});

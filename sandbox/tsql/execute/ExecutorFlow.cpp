@@ -7,10 +7,7 @@ namespace tsql {
 
 Flow Executor::run(const Declare& declare) {
     for (const auto& each : declare.variables) {
-        if (each.table) {
-            declareTable(each);
-            continue;
-        }
+        if (each.table) declareTable(each);
         if (!each.value) continue;  // in a loop, the variable keeps its value
         m_frames.back()->variables[each.name].value = evaluate(*each.value, each.type);
         m_error = 0;

@@ -91,12 +91,8 @@ Flow Executor::run(const Print& print) {
 }
 
 Flow Executor::run(const RaiseError& raise) {
-    const auto number = [this](const Expr& expr) {
-        const Value value = evaluate(expr, simpleType(TypeId::Int));
-        return isNull(value) ? 0 : static_cast<int>(std::get<std::int64_t>(value));
-    };
-    const int askedSeverity = number(*raise.values[1]);
-    const int askedState = number(*raise.values[2]);
+    const int askedSeverity = evaluateInteger(*raise.values[1]);
+    const int askedState = evaluateInteger(*raise.values[2]);
     int severity = std::max(0, askedSeverity);
     const int state = askedState < 0 ? 1 : std::min(askedState, 255);
     constexpr int kTopUserSeverity = 18;
@@ -105,10 +101,10 @@ Flow Executor::run(const RaiseError& raise) {
     std::string format = textOf(viewOf(message.value), message.type);
     int raisedNumber = kUserDefined;
     if (isInteger(message.type.id)) {
-        constexpr int kFirst = 13'000;
-        raisedNumber = number(*raise.values[0]);
-        if (raisedNumber < kFirst || !hasText(raisedNumber))
-            throw sqlError(raisedNumber < kFirst ? kInvalidRaisedNumber : kNoTextOfRaisedNumber,
+        const int first = m_frames.back()->schemaName == "sys" ? 0 : 13'000;  // others are not for users
+        raisedNumber = evaluateInteger(*raise.values[0]);
+        if (raisedNumber < first || !hasText(raisedNumber))
+            throw sqlError(raisedNumber < first ? kInvalidRaisedNumber : kNoTextOfRaisedNumber,
                            {format, std::to_string(severity), std::to_string(state)});
         const SqlError known = sqlError(raisedNumber);
         format = known.what();
@@ -135,13 +131,10 @@ Flow Executor::run(const Throw& node) {
         if (m_caught.empty()) throw sqlError(kRethrowOutsideCatch);
         message = m_caught.back();
     } else {
-        const Value number = evaluate(*node.values[0], simpleType(TypeId::Int));
-        const Value state = evaluate(*node.values[2], simpleType(TypeId::TinyInt));
-        const auto given = isNull(number) ? 0 : std::get<std::int64_t>(number);
-        if (given < kUserDefined) throw sqlError(kThrowNumberOutOfRange, {std::to_string(given)});
-        const auto shown = isNull(state) ? 0 : static_cast<int>(std::get<std::int64_t>(state));
-        const SqlError error(static_cast<int>(given), evaluateText(*node.values[1]), 16, shown);
-        message = messageOf(error, m_line);
+        const int number = evaluateInteger(*node.values[0]);
+        const int state = evaluateInteger(*node.values[2], TypeId::TinyInt);
+        if (number < kUserDefined) throw sqlError(kThrowNumberOutOfRange, {std::to_string(number)});
+        message = messageOf({number, evaluateText(*node.values[1]), 16, state}, m_line);
     }
     m_error = message.number;
     if (m_tries > 0) {

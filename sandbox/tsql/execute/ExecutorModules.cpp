@@ -199,7 +199,7 @@ void Executor::runText(const std::string& text, const std::string& inside) {
 }
 
 void Executor::asCall(const std::function<std::int32_t()>& work) {
-    const bool ofBatch = m_frames.size() == 1;
+    const bool ofBatch = m_frames.size() == 1 && !m_rowHandler;
     if (ofBatch) m_sink->procedureBegan();
     std::optional<std::int32_t> status;
     try {
@@ -214,14 +214,27 @@ void Executor::asCall(const std::function<std::int32_t()>& work) {
         done(-1);
 }
 
+std::optional<StoredModule> Executor::moduleOf(const SystemProcedure& procedure, const ObjectName& name) {
+    const auto head = parsed("CREATE PROCEDURE " + std::string(procedure.name) + " " +
+                                 std::string(procedure.parameters) + " AS " + std::string(procedure.text),
+                             m_database);
+    return StoredModule{databaseOf(name), "sys", std::string(procedure.name), head, &moduleOf(*head)};
+}
+
+// The procedure runs as a function, whose errors are those of its caller.
+void Executor::run(const SystemStatement& statement) {
+    define(statement.procedure, [&](Catalogue&) {
+        const auto called = moduleOf(*systemProcedure(statement.procedure.name), statement.procedure);
+        Frame frame(*called);
+        frame.isFunction = true;
+        for (const auto& [name, value] : statement.values) frame.variables[name].value = value;
+        const auto run = [&] { runFunction(*called->module, frame); };
+        called->name == "sp_create_schema" ? failingAs(sqlError(kSchemaNotCreated), run) : run();
+    });
+}
+
 void Executor::callProcedure(const Execute& execute, const ObjectName& name, const SystemProcedure* system) {
-    auto procedure = system ? std::nullopt : Executor::module(name, kProcedure);
-    if (system) {
-        const auto head = parsed("CREATE PROCEDURE " + std::string(system->name) + " " +
-                                     std::string(system->parameters) + " AS " + std::string(system->text),
-                                 m_database);
-        procedure = StoredModule{databaseOf(name), "sys", std::string(system->name), head, &moduleOf(*head)};
-    }
+    const auto procedure = system ? moduleOf(*system, name) : Executor::module(name, kProcedure);
     if (!procedure && Executor::module(name, kFunction)) throw unsupported("EXECUTE of a function");
     if (!procedure) throw sqlError(kProcedureNotFound, {asWritten(name)});
     const CreateModule& module = *procedure->module;
@@ -230,7 +243,7 @@ void Executor::callProcedure(const Execute& execute, const ObjectName& name, con
     const int transactions = m_transactions;
     Arguments arguments;
     try {
-        arguments = bindArguments(module, execute, name.name, frame);
+        arguments = bindArguments(module, execute.arguments, name.name, frame);
     } catch (const SqlError& error) {  // reported for the procedure with line 0
         afterError(messageOf(error, 0, frame.procedure), /*raised=*/false);
         return;
@@ -240,7 +253,7 @@ void Executor::callProcedure(const Execute& execute, const ObjectName& name, con
                 frame.returned = std::int64_t{(this->*system->body)(frame)};
             } catch (const SqlError& error) {
                 afterError(messageOf(error, m_line), /*raised=*/error.number != kUserDefined);
-                frame.returned = std::int64_t{1};
+                frame.returned = std::int64_t{system->failed};
             }
         else if (!runScope(module.body, frame))
             frame.returned = std::int64_t{-6};
@@ -250,20 +263,19 @@ void Executor::callProcedure(const Execute& execute, const ObjectName& name, con
     });
 }
 
-Executor::Arguments Executor::bindArguments(const CreateModule& module, const Execute& execute,
+Executor::Arguments Executor::bindArguments(const CreateModule& module, std::span<const Argument> given,
                                             const std::string& name, Frame& frame) {
     frame.declare(module.locals);
     Arguments arguments(module.parameters.size());
     const Argument* unknown = nullptr;
-    for (std::size_t i = frame.skippedArguments; i < execute.arguments.size(); ++i) {
-        const Argument& argument = execute.arguments[i];
-        std::size_t at = i - frame.skippedArguments;
+    for (std::size_t i = 0; i < given.size(); ++i) {
+        const Argument& argument = given[i];
+        std::size_t at = i;
         if (arguments.empty()) throw sqlError(kProcedureWithoutParameters, {frame.procedure});
+        const auto isNamed = [&](const Declaration& each) { return sameWord(each.name, argument.name); };
         if (!argument.name.empty())
-            at = static_cast<std::size_t>(
-                std::ranges::find_if(module.parameters,
-                                     [&](const auto& each) { return sameWord(each.name, argument.name); }) -
-                module.parameters.begin());
+            at = static_cast<std::size_t>(std::ranges::find_if(module.parameters, isNamed) -
+                                          module.parameters.begin());
         if (at < arguments.size() && arguments[at]) throw sqlError(kParameterSuppliedTwice, {argument.name});
         if (at >= arguments.size() && argument.name.empty())
             throw sqlError(kTooManyArguments, {frame.procedure});
@@ -279,12 +291,12 @@ Executor::Arguments Executor::bindArguments(const CreateModule& module, const Ex
                            {name, parameter.name});
         if (argument && argument->output && !parameter.output)
             throw sqlError(kNotAnOutputParameter, {parameter.name});
-        const TypedValue given = value ? evaluate(*value) : TypedValue{};
+        const auto [cell, type] = value ? evaluate(*value) : TypedValue{};
         try {
-            frame.variables[parameter.name] = {convertValue(viewOf(given.value), given.type, parameter.type),
+            frame.variables[parameter.name] = {convertValue(viewOf(cell), type, parameter.type),
                                                parameter.type};
         } catch (const SqlError&) {
-            throw sqlError(kConversionError, {baseName(given.type.id), baseName(parameter.type.id)});
+            throw sqlError(kConversionError, {baseName(type.id), baseName(parameter.type.id)});
         }
     }
     if (unknown) throw sqlError(kNotAParameter, {unknown->name, frame.procedure});
@@ -337,13 +349,12 @@ TableInfo Executor::calledTable(const StoredModule& function, const std::vector<
 }
 
 void Executor::runFunction(const CreateModule& function, Frame& frame) {
-    const int line = m_line;
+    const Temporarily afterwards(m_line, m_line);
     try {
         runFrame(function.body, frame);
     } catch (const Raised& error) {
         throw SqlError(error.message.number, error.message.text, error.message.severity, error.message.state);
     }
-    m_line = line;
 }
 
 }  // namespace tsql

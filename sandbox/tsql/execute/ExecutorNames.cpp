@@ -95,6 +95,8 @@ std::optional<TableInfo> Executor::findTable(const ObjectName& name) {
         if (found == tables.end()) throw sqlError(kUndeclaredTableVariable, {name.name});
         return found->second->info;
     }
+    if (m_frames.back()->schemaName == "sys" && name.name.starts_with("tsqlbox_"))
+        return catalogue(name).ownTable(name.name);
     if ((m_checking && name.name.starts_with('#')) || namesChangedRows(name)) return std::nullopt;
     if (!m_connection.inTransaction()) m_knownTables.clear();
     const std::string& schemaName = name.schema.empty() ? m_frames.back()->schemaName : name.schema;
@@ -153,8 +155,8 @@ std::optional<SystemView> Executor::view(const ObjectName& name) {
     if (namesChangedRows(name)) return changedRows(name);
     if (isTemporaryName(name.name) || (!name.database.empty() && !m_storage.exists(name.database)))
         return std::nullopt;
-    const std::string database = databaseOf(name);
-    catalogue(name), temporary();  // creates the tables that the views read
+    const std::string database = sameWord(name.name, "server_principals") ? "master" : databaseOf(name);
+    catalogue({database, {}, {}}), temporary();  // creates the tables that the views read
     return systemView(name.schema, name.name, m_connection.attach(database), database, m_storage);
 }
 

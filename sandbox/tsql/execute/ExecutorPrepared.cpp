@@ -121,13 +121,9 @@ std::string Executor::textArgument(const Execute& call, std::size_t at, std::str
     return std::move(std::get<std::string>(given.value));
 }
 
-// NULL is 0.
 std::int64_t Executor::integerArgument(const Execute& call, std::size_t at, std::int64_t usual) {
     const Argument* argument = argumentAt(call, at);
-    if (!argument) return usual;
-    const Value value = evaluate(*argument->value, simpleType(TypeId::Int));
-    const auto* number = std::get_if<std::int64_t>(&value);
-    return number ? *number : 0;
+    return argument ? evaluateInteger(*argument->value) : usual;
 }
 
 // Sets an argument if it is an output.
@@ -162,8 +158,8 @@ void Executor::runStatement(const PreparedText& text, const Execute& call, std::
     const auto batch = parsed("CREATE PROCEDURE [] " + declarations + " AS " + statement, database);
     const CreateModule& module = moduleOf(*batch);
     frame.database = database;
-    frame.skippedArguments = firstValue;
-    const auto arguments = bindArguments(module, call, "(" + declarations + ")" + statement, frame);
+    const auto values = std::span(call.arguments).subspan(std::min(firstValue, call.arguments.size()));
+    const auto arguments = bindArguments(module, values, "(" + declarations + ")" + statement, frame);
     inFrame(own, [&] { runScope(module.body, frame); });
     frame.returned = std::int64_t{m_error};
     returnOutputs(module, arguments, call, frame);

@@ -12,29 +12,6 @@ constexpr std::int64_t kRowsBetweenLooks = 64;  // rows between two checks for c
 constexpr int kCountErrors[] = {kMoreInsertColumnsThanValues, kFewerInsertColumnsThanValues,
                                 kFewerSelectedThanInserted, kMoreSelectedThanInserted};
 
-// Sink that passes rows to a function and everything else to the client.
-class DivertingSink final : public ResultSink {
-  public:
-    DivertingSink(ResultSink& outer, const RowHandler& handler) : m_outer(outer), m_handler(handler) {}
-
-    void columns(std::span<const Column> columns) override {
-        m_columns.assign(columns.begin(), columns.end());
-    }
-    void row(std::span<const CellView> cells) override { m_handler(m_columns, cells); }
-    void message(const Message& message) override { m_outer.message(message); }
-    void databaseChanged(std::string_view from, std::string_view to) override {
-        m_outer.databaseChanged(from, to);
-    }
-    void transactionChanged(TransactionEvent event) override { m_outer.transactionChanged(event); }
-    void flush() override { m_outer.flush(); }
-    bool cancelled() override { return m_outer.cancelled(); }
-
-  private:
-    ResultSink& m_outer;
-    const RowHandler& m_handler;
-    std::vector<Column> m_columns;
-};
-
 }  // namespace
 
 Flow Executor::run(const SelectStatement& statement) {
@@ -43,8 +20,7 @@ Flow Executor::run(const SelectStatement& statement) {
     Translator translator(*this);
     const QueryText text = translator.query(*statement.query);
     const auto values = parameterValues(translator);
-    PreparedStatement prepared(m_connection, text.sql);
-    prepared.bindAll(values);
+    PreparedStatement prepared(m_connection, text.sql, values);
     const bool assigns = !translator.assignments().empty();
     if (assigns && m_settings.describeOnly) return Flow::Next;
     m_rowCount = assigns ? assignRows(prepared, translator.assignments(), m_settings.mostRows)
@@ -60,11 +36,11 @@ std::int64_t Executor::sendRows(PreparedStatement& statement, const QueryText& t
     // An error in the first row produces no result set. Within TRY it produces an empty one before the
     // results of CATCH.
     const bool shown = m_tries > 0 && m_change.verb.empty();
-    if (shown) m_sink->columns(columns);
+    if (shown) beginRows(columns);
     std::int64_t rows = 0;
     try {
         bool more = !m_settings.describeOnly && statement.step();
-        if (!shown) m_sink->columns(columns);
+        if (!shown) beginRows(columns);
         for (; more; more = rows != most && statement.step()) {
             for (std::size_t i = 0; i < cells.size(); ++i) {
                 cells[i] = statement.cell(static_cast<int>(i));
@@ -72,7 +48,7 @@ std::int64_t Executor::sendRows(PreparedStatement& statement, const QueryText& t
                     whole && isApproximate(columns[i].type.id))
                     cells[i] = static_cast<double>(*whole);
             }
-            m_sink->row(cells);
+            sendRow(columns, cells);
             if (++rows % kRowsBetweenLooks == 0 && isCancelled()) throw BatchEnd{};
         }
     } catch (const SqliteFailure&) {
@@ -80,12 +56,6 @@ std::int64_t Executor::sendRows(PreparedStatement& statement, const QueryText& t
         throw;
     }
     return rows;
-}
-
-void Executor::divert(const RowHandler& handler, const std::function<void()>& work) {
-    DivertingSink sink(*m_sink, handler);
-    const Temporarily diverted(m_sink, &sink);
-    work();
 }
 
 std::int64_t Executor::assignRows(PreparedStatement& statement, const std::vector<Column>& variables,
@@ -132,8 +102,7 @@ void Executor::change(const TableInfo& target, std::string_view verb, const std:
     beforeWrite();
     m_change.newRows = translator.newRows();
     m_change.values = parameterValues(translator);
-    PreparedStatement prepared(m_connection, sql);
-    prepared.bindAll(m_change.values);
+    PreparedStatement prepared(m_connection, sql, m_change.values);
     if (!translator.assignments().empty())
         assignRows(prepared, translator.assignments());
     else if (!translator.output().columns.empty() && translator.output().sql.empty())
@@ -142,8 +111,7 @@ void Executor::change(const TableInfo& target, std::string_view verb, const std:
         while (prepared.step()) continue;
     m_rowCount = sqlite3_changes64(m_connection.handle());
     if (!translator.output().sql.empty()) {
-        PreparedStatement record(m_connection, translator.output().sql);
-        record.bindAll(m_change.values);
+        PreparedStatement record(m_connection, translator.output().sql, m_change.values);
         sendRows(record, translator.output());
     }
     m_error = 0;
@@ -246,7 +214,7 @@ Flow Executor::run(const InsertBulk& bulk) {
         return finished();
     }
     std::int64_t rows = 0;
-    const auto insertOne = [&](std::span<const Column> sent, std::span<const CellView> cells) {
+    const RowHandler insertOne = [&](std::span<const Column> sent, std::span<const CellView> cells) {
         if (cells.size() != columns.size()) throw sqlError(kColumnCountMismatch);
         ColumnList given;
         std::vector<TypedValue> values;
@@ -260,7 +228,7 @@ Flow Executor::run(const InsertBulk& bulk) {
     };
     withIdentities(target, [&] {
         insertAll(target, [&] {
-            divert(insertOne, [&] { bulk.sendRows(*m_sink); });
+            bulk.sendRows(insertOne);
             return rows;
         });
     });
@@ -355,7 +323,7 @@ void Executor::insertRowsOf(const TableInfo& target, const ColumnList& columns,
                             const std::function<void()>& work) {
     std::vector<std::vector<TypedValue>> collected;  // `work` may read the target table
     bool misfits = false;                            // a row has another number of columns
-    const auto collect = [&](std::span<const Column> types, std::span<const CellView> cells) {
+    const RowHandler collect = [&](std::span<const Column> types, std::span<const CellView> cells) {
         misfits = misfits || cells.size() != columns.size();
         if (misfits) return;
         auto& row = collected.emplace_back();
@@ -364,7 +332,8 @@ void Executor::insertRowsOf(const TableInfo& target, const ColumnList& columns,
     if (m_insertsRows) throw sqlError(kNestedInsertExec);
     {
         const Temporarily inserting(m_insertsRows, true);
-        divert(collect, work);
+        const Temporarily diverted(m_rowHandler, &collect);
+        work();
     }
     if (misfits) throw sqlError(kColumnCountMismatch);
     insertAll(target, [&] {

@@ -16,10 +16,6 @@ std::string sourceOf(const ObjectInfo& key, const TableInfo& table, const std::v
            ") ON DELETE " + constraint.onDelete + " ON UPDATE " + constraint.onUpdate;
 }
 
-bool isIndexed(const ObjectInfo& key) {
-    return key.type == kIndex || isUniqueKey(key);
-}
-
 bool replaceName(std::vector<std::string>& names, std::string_view name, const std::string& newName) {
     const auto found = std::ranges::find_if(names, [&](const auto& each) { return sameText(each, name); });
     if (found == names.end()) return false;

@@ -2,18 +2,13 @@
 // T-SQL.
 #include <span>
 
-#include "execute/CatalogueProcedures.h"
 #include "execute/Executor.h"
+#include "execute/SecurityProcedures.h"
 
 namespace tsql {
 
-namespace {
-
-constexpr int kWrongCall = -999;
-
-}  // namespace
-
 const SystemProcedure* Executor::systemProcedure(std::string_view name) {
+    constexpr int kAppLockFailed = -999;
     static constexpr SystemProcedure kProcedures[] = {
         {"sp_helptext", "@objname nvarchar(776), @columnname sysname = NULL", "RETURN", &Executor::helpText},
         {"sp_rename", "@objname nvarchar(1035), @newname sysname, @objtype varchar(13) = NULL", "RETURN",
@@ -21,12 +16,13 @@ const SystemProcedure* Executor::systemProcedure(std::string_view name) {
         {"sp_getapplock",
          "@Resource nvarchar(255), @LockMode varchar(32), @LockOwner varchar(32) = 'Transaction', "
          "@LockTimeout int = NULL, @DbPrincipal sysname = 'public'",
-         "RETURN", &Executor::getAppLock},
+         "RETURN", &Executor::getAppLock, kAppLockFailed},
         {"sp_releaseapplock",
          "@Resource nvarchar(255), @LockOwner varchar(32) = 'Transaction', @DbPrincipal sysname = 'public'",
-         "RETURN", &Executor::releaseAppLock},
+         "RETURN", &Executor::releaseAppLock, kAppLockFailed},
     };
-    for (const auto& procedures : {std::span<const SystemProcedure>(kProcedures), {kCatalogueProcedures}})
+    for (const auto& procedures :
+         {std::span<const SystemProcedure>(kProcedures), {kCatalogueProcedures}, {kSecurityProcedures}})
         for (const SystemProcedure& each : procedures)
             if (sameWord(each.name, name)) return &each;
     return nullptr;
@@ -52,9 +48,8 @@ int Executor::helpText(const Frame& frame) {
     return 0;
 }
 
-// Returns the lock that the arguments of both lock procedures describe. Reports an error and returns nothing
-// if they are invalid.
-std::optional<AppLocks::Lock> Executor::appLock(const Frame& frame, std::string_view mode) {
+// Returns the lock that the arguments of both lock procedures describe.
+AppLocks::Lock Executor::appLock(const Frame& frame, std::string_view mode) {
     const std::string owner = frame.text("@lockowner");
     const auto known = lockModeNamed(mode);
     const bool ofTransaction = sameWord(owner, "Transaction");
@@ -63,29 +58,21 @@ std::optional<AppLocks::Lock> Executor::appLock(const Frame& frame, std::string_
                       : !sameWord(frame.text("@dbprincipal"), "public") ? kInvalidAppLockPrincipal
                       : ofTransaction && m_transactions == 0            ? kTransactionRequired
                                                                         : 0;
-    if (wrong) {
-        afterError(messageOf(sqlError(wrong, {frame.procedure}), m_line), /*raised=*/true);
-        return std::nullopt;
-    }
-    return AppLocks::Lock{databaseKey(frame.database) + ":" + frame.text("@resource"), *known, this,
-                          ofTransaction};
+    if (wrong) throw sqlError(wrong, {frame.procedure});
+    return {databaseKey(frame.database) + ":" + frame.text("@resource"), *known, this, ofTransaction};
 }
 
 int Executor::getAppLock(const Frame& frame) {
-    const auto lock = appLock(frame, frame.text("@lockmode"));
-    if (!lock) return kWrongCall;
     const auto* given = std::get_if<std::int64_t>(&frame.variables.at("@locktimeout").value);
-    return m_locks.acquire(*lock, std::chrono::milliseconds(given ? *given : m_settings.lockTimeout),
+    return m_locks.acquire(appLock(frame, frame.text("@lockmode")),
+                           std::chrono::milliseconds(given ? *given : m_settings.lockTimeout),
                            [this] { return isCancelled(); });
 }
 
 int Executor::releaseAppLock(const Frame& frame) {
     const auto lock = appLock(frame, "Exclusive");
-    if (!lock) return kWrongCall;
-    if (m_locks.release(lock->resource, this, lock->ofTransaction)) return 0;
-    afterError(messageOf(sqlError(kAppLockNotHeld, {frame.text("@resource")}), m_line),
-               /*raised=*/true);
-    return kWrongCall;
+    if (m_locks.release(lock.resource, this, lock.ofTransaction)) return 0;
+    throw sqlError(kAppLockNotHeld, {frame.text("@resource")});
 }
 
 }  // namespace tsql

@@ -44,7 +44,7 @@ bool Executor::beginsImplicitly(const Statement& statement) const {
             return node.kind != ObjectKind::Database;
         }
         return std::is_base_of_v<Change, Node> ||
-               isOneOf<Node, Truncate, CreateTable, AlterTable, CreateIndex, CreateModule, CreateSchema,
+               isOneOf<Node, Truncate, CreateTable, AlterTable, CreateIndex, CreateModule, SystemStatement,
                        TransferObject, SwitchTriggers, Fetch, InsertBulk, UserType>;
     };
     return std::visit(begins, statement.node);

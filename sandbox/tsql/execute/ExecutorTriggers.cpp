@@ -160,11 +160,10 @@ void Executor::fire(const ObjectInfo& trigger, const Firing& firing) {
     const auto stored = module({firing.table.database, trigger.schemaName, trigger.name, m_line}, kTrigger);
     Frame frame(*stored);
     frame.firing = &firing;
-    const int line = m_line;
+    const Temporarily afterwards(m_line, m_line);
     const Temporarily aborts(m_settings.abortOnError, true);
     const Temporarily mayCommit(m_fewestTransactions, 0);
     runScope(stored->module->body, frame);
-    m_line = line;
     if (m_doomed) throw sqlError(kErrorInTrigger);
     if (m_transactions == 0) throw sqlError(kTransactionEndedInTrigger);
 }

@@ -14,7 +14,7 @@ struct Cursor {
     bool scroll = false;
     bool counted = false;
     bool open = false;
-    std::vector<std::vector<Value>> rows;
+    std::vector<std::vector<Value>> rows = {};
     std::int64_t at = 0;     // row, from 1; 0: before the first row
     std::int64_t block = 1;  // rows from there on that the last fetch has returned; at least 1
 
@@ -80,8 +80,7 @@ struct Frame {
     const Firing* firing = nullptr;  // of a trigger
     SqlType returnType;
     Value returned = Null{};
-    std::size_t skippedArguments = 0;  // arguments of sp_executesql itself
-    int tries = 0;                     // TRY blocks in this frame around the current statement
+    int tries = 0;  // TRY blocks in this frame around the current statement
 };
 
 }  // namespace tsql

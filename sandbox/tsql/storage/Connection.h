@@ -34,6 +34,10 @@ class Connection;
 class PreparedStatement {
   public:
     PreparedStatement(Connection& connection, std::string sql);
+    PreparedStatement(Connection& connection, std::string sql, std::span<const Value> values)
+        : PreparedStatement(connection, std::move(sql)) {
+        bindAll(values);
+    }
     ~PreparedStatement();
     PreparedStatement(PreparedStatement&&) = delete;  // neither moved nor copied
 

@@ -1,7 +1,6 @@
 // Syntax tree of a batch: expressions, queries, statements. Every node owns its children.
 #pragma once
 
-#include <functional>
 #include <map>
 #include <memory>
 #include <utility>
@@ -12,7 +11,6 @@
 
 namespace tsql {
 
-class ResultSink;
 struct Expr;
 struct Query;
 struct Statement;
@@ -346,7 +344,7 @@ struct InsertBulk {
     std::vector<std::string> columns;
     bool keepsNulls = false;  // else NULL becomes the default of its column
     bool firesTriggers = false;
-    std::function<void(ResultSink&)> sendRows{};  // null until the rows have arrived
+    RowSource sendRows{};  // null until the rows have arrived
 };
 struct SetClause {
     std::string table;  // may be empty
@@ -415,15 +413,12 @@ struct AlterIndex {
     std::string name;  // empty: all
     ObjectName table;
 };
-enum class ObjectKind { Table, View, Procedure, Function, Trigger, Sequence, Type, Index, Database, Schema };
+enum class ObjectKind { Table, View, Procedure, Function, Trigger, Sequence, Type, Index, Database };
 struct Drop {
     ObjectKind kind;
     std::vector<ObjectName> names;
     std::vector<AlterIndex> indexes;  // instead of names
     bool ifExists = false;
-};
-struct CreateSchema {
-    std::string name, owner;  // owner: empty if not given
 };
 // ALTER SCHEMA schema TRANSFER object
 struct TransferObject {
@@ -483,6 +478,11 @@ struct Execute {
     std::vector<Argument> arguments;
     ExprPtr text;  // EXEC ('...')
 };
+// A statement that a system procedure executes.
+struct SystemStatement {
+    ObjectName procedure;
+    std::map<std::string, std::string> values = {};  // of its parameters; the others are NULL
+};
 
 enum class TransactionVerb { Begin, Commit, Rollback, Save };
 struct Transaction {
@@ -523,8 +523,8 @@ struct Statement {
         std::variant<Declare, Assign, SetOption, If, While, Break, Continue, Label, Goto, Return, Compound,
                      TryCatch, Print, RaiseError, Throw, WaitFor, Use, SelectStatement, Insert, InsertBulk,
                      Update, Delete, Truncate, CreateTable, AlterTable, CreateIndex, Drop, CreateDatabase,
-                     AlterDatabase, AlterIndex, CreateSchema, TransferObject, SwitchTriggers, DefineSequence,
-                     UserType, CreateModule, Execute, Transaction, Backup, Restore, CheckDatabase,
+                     AlterDatabase, AlterIndex, TransferObject, SwitchTriggers, DefineSequence, UserType,
+                     CreateModule, Execute, SystemStatement, Transaction, Backup, Restore, CheckDatabase,
                      Maintenance, DeclareCursor, ChangeCursor, Fetch>;
     int line = 1;
     Node node;

@@ -199,6 +199,8 @@ Statement::Node parseRows(Parser& in);  // SELECT, INSERT, UPDATE, DELETE, WITH 
 Statement::Node parseDefinition(Parser& in, bool create);  // CREATE or ALTER
 Statement::Node parseDrop(Parser& in);
 Statement::Node parseTriggerSwitch(Parser& in, bool enables);
+// Without a value if the next word is not SCHEMA, USER, ROLE or LOGIN.
+std::optional<Statement::Node> parsePrincipal(Parser& in, const std::string& verb);
 
 // Returns the table that UPDATE or DELETE changes. `name` may be an alias in `from`.
 const ObjectName& targetName(const ObjectName& name, const std::vector<TableRefPtr>& from);

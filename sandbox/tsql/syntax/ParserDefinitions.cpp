@@ -502,19 +502,6 @@ AlterIndex droppedIndex(Parser& in) {
     return index;
 }
 
-// CREATE SCHEMA name [AUTHORIZATION owner], CREATE SCHEMA AUTHORIZATION owner
-Statement::Node createSchema(Parser& in) {
-    CreateSchema node;
-    const int line = in.peek().line;
-    if (!in.at("AUTHORIZATION")) node.name = in.expectName();
-    if (in.accept("AUTHORIZATION")) node.owner = in.expectName();
-    if (node.name.empty()) node.name = node.owner;
-    if (node.name.empty()) in.throwError(kMissingColumnName, {}, line, 4);
-    for (const auto word : {"CREATE", "GRANT", "REVOKE", "DENY"})
-        in.throwIfAt(word, std::string(word) + " within CREATE SCHEMA");
-    return node;
-}
-
 Statement::Node transferObject(Parser& in) {
     TransferObject node{in.expectName(), {}};
     in.expect("TRANSFER");
@@ -593,12 +580,13 @@ Statement::Node parseDefinition(Parser& in, bool create) {
     if (!create && in.accept("SCHEMA")) return transferObject(in);
     if (!(create && module.alter) && in.accept("SEQUENCE")) return defineSequence(in, !create);
     const bool orAlter = create && module.alter;
+    if (create && in.at("SCHEMA") && !first) in.throwError(kMustBeFirstInBatch, {"CREATE SCHEMA"});
+    auto principal = orAlter ? std::nullopt : parsePrincipal(in, create ? "create" : "alter");
+    if (principal) return std::move(*principal);
     if (!create || orAlter) throwUnsupportedObject(in, orAlter ? "CREATE OR ALTER" : "ALTER");
     if (in.accept("TABLE")) return createTable(in);
     if (in.accept("TYPE")) return in.definition({in.objectName(), 0, {}});
     if (in.accept("DATABASE")) return createDatabase(in);
-    if (in.at("SCHEMA") && !first) in.throwError(kMustBeFirstInBatch, {"CREATE SCHEMA"});
-    if (in.accept("SCHEMA")) return createSchema(in);
     const bool unique = in.accept("UNIQUE");
     in.acceptAny({"CLUSTERED", "NONCLUSTERED"});
     if (in.accept("INDEX")) return createIndex(in, unique);
@@ -610,14 +598,14 @@ Statement::Node parseDrop(Parser& in) {
         {"TABLE", ObjectKind::Table},     {"PROCEDURE", ObjectKind::Procedure},
         {"PROC", ObjectKind::Procedure},  {"FUNCTION", ObjectKind::Function},
         {"INDEX", ObjectKind::Index},     {"DATABASE", ObjectKind::Database},
-        {"VIEW", ObjectKind::View},       {"SCHEMA", ObjectKind::Schema},
-        {"TRIGGER", ObjectKind::Trigger}, {"SEQUENCE", ObjectKind::Sequence},
-        {"TYPE", ObjectKind::Type},
+        {"VIEW", ObjectKind::View},       {"SEQUENCE", ObjectKind::Sequence},
+        {"TRIGGER", ObjectKind::Trigger}, {"TYPE", ObjectKind::Type},
     };
     const ObjectKind* kind = in.acceptOneOf(kKinds);
+    if (auto principal = kind ? std::nullopt : parsePrincipal(in, "drop")) return std::move(*principal);
     if (!kind) throwUnsupportedObject(in, "DROP");
     Drop node{*kind, {}, {}, in.accept("IF EXISTS")};
-    const bool plain = *kind == ObjectKind::Database || *kind == ObjectKind::Schema;
+    const bool plain = *kind == ObjectKind::Database;
     if (*kind == ObjectKind::Index)
         node.indexes = in.list([&] { return droppedIndex(in); });
     else

@@ -3,6 +3,8 @@
 
 #include <compare>
 #include <cstdint>
+#include <functional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -61,5 +63,9 @@ struct Column {
     bool nullable = true;
     bool identity = false;
 };
+
+// Receiver of rows with their columns, and what sends rows to one.
+using RowHandler = std::function<void(std::span<const Column>, std::span<const CellView>)>;
+using RowSource = std::function<void(const RowHandler&)>;
 
 }  // namespace tsql

@@ -8,7 +8,9 @@ CREATE SCHEMA Sales
 CREATE SCHEMA sys
 --> Msg 2714, Level 16, State 6, Line 1: There is already an object named 'sys' in the database.
 --> Msg 2759, Level 16, State 0, Line 1: CREATE SCHEMA failed due to previous errors.
-CREATE SCHEMA other AUTHORIZATION nobody --> Msg 15151, Level 16, State 1, Line 1: Cannot find the user 'nobody', because it does not exist or you do not have permission.
+CREATE SCHEMA other AUTHORIZATION nobody
+--> Msg 15151, Level 16, State 1, Line 1: Cannot find the user 'nobody', because it does not exist or you do not have permission.
+--> Msg 2759, Level 16, State 0, Line 1: CREATE SCHEMA failed due to previous errors.
 SELECT 1 CREATE SCHEMA late --> Msg 111, Level 15, State 1, Line 1: 'CREATE SCHEMA' must be the first statement in a query batch.
 CREATE SCHEMA whole CREATE TABLE t (a int) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support CREATE within CREATE SCHEMA.
 CREATE TABLE dbo.item (id int CONSTRAINT PK_item PRIMARY KEY, nm varchar(9)) -->

@@ -1,0 +1,62 @@
+// Schemas, and users, roles and logins, which are recorded without effect, in T-SQL.
+#pragma once
+
+#include "execute/CatalogueProcedures.h"
+
+namespace tsql {
+
+inline constexpr SystemProcedure kSecurityProcedures[] = {
+    {"sp_create_schema", "@kind sysname, @name sysname, @authorization sysname",
+     R"(DECLARE @owner int = (SELECT principal_id FROM sys.database_principals WHERE name = ISNULL(@authorization, 'dbo'))
+IF @owner IS NULL RAISERROR(15151, -1, -1, 'find', 'user', @authorization)
+IF SCHEMA_ID(@name) > 0 RAISERROR(2714, -1, 6, @name)
+INSERT tsqlbox_objects VALUES (NULL, @name, 'SCHEMA', 0, CAST(@owner AS varchar(9)), '', CONVERT(varchar(23),
+GETDATE(), 121), ''))"},
+    {"sp_drop_schema", "@kind sysname, @name sysname, @if sysname",
+     R"(DECLARE @id int = SCHEMA_ID(@name), @object sysname
+IF @id IS NULL AND @if IS NULL RAISERROR(15151, -1, -1, 'drop', @kind, @name)
+IF @id < 5 RAISERROR(15150, -1, -1, 'drop', @kind, @name)
+SELECT TOP (1) @object = name FROM (SELECT name, object_id, schema_id FROM sys.objects WHERE parent_object_id = 0 UNION
+ALL SELECT name, user_type_id - 256, schema_id FROM sys.types) o WHERE schema_id = @id ORDER BY object_id
+IF @object > '' RAISERROR(3729, -1, -1, 'drop schema', @name, @object)
+DELETE tsqlbox_objects WHERE id = @id - 4)"},
+    {"sp_create_principal",
+     R"(@kind sysname, @name sysname, @for sysname, @from sysname, @without sysname, @authorization sysname, @default_schema
+sysname, @default_database sysname)",
+     R"(DECLARE @isLogin bit = IIF(@kind = 'login', 1, 0), @exists int = IIF(@kind = 'login', 15025, 15023), @sid
+varbinary(85), @owner int
+IF @kind = 'user' AND @without IS NULL SET @for = COALESCE(@for, @from, @name)
+SELECT @sid = sid FROM sys.server_principals WHERE name = @for
+SELECT @owner = id FROM tsqlbox_principals WHERE login = 0 AND name = ISNULL(@authorization, 'dbo')
+IF EXISTS (SELECT 1 FROM tsqlbox_principals WHERE login = @isLogin AND name = @name) RAISERROR(@exists, -1, -1, @name)
+IF @for > '' AND @sid IS NULL RAISERROR(15007, -1, -1, @for)
+IF EXISTS (SELECT 1 FROM tsqlbox_principals WHERE login = 0 AND sid = @sid) RAISERROR(15063, -1, -1)
+IF @owner IS NULL RAISERROR(15151, -1, -1, 'find', 'user', @authorization)
+INSERT tsqlbox_principals SELECT MAX(id) + 1, @isLogin, @name, IIF(@kind = 'role', 'R', IIF(@from = 'WINDOWS', 'U', 'S')),
+ISNULL(@sid, HASHBYTES('MD5', CAST(NEWID() AS varchar(36)))), COALESCE(@default_schema, @default_database, CASE @kind
+WHEN 'user' THEN 'dbo' WHEN 'login' THEN 'master' END), IIF(@kind = 'role', @owner, NULL), GETDATE() FROM
+tsqlbox_principals WHERE id < 16384)"},
+    {"sp_alter_principal", "@kind sysname, @name sysname, @add sysname, @drop sysname",
+     R"(DECLARE @verb varchar(4) = IIF(@add IS NULL, 'drop', 'add'), @role int, @member int
+IF @add IS NULL SET @add = @drop
+SELECT @role = principal_id FROM sys.database_principals WHERE name = @name AND type = 'R'
+SELECT @member = principal_id FROM sys.database_principals WHERE name = @add
+IF @role IS NULL RAISERROR(15151, -1, -1, 'alter', 'role', @name)
+IF @member IS NULL RAISERROR(15151, -1, -1, @verb, 'principal', @add)
+IF @member = 1 RAISERROR(15405, -1, -1, @add)
+IF @member = @role RAISERROR(15413, -1, -1)
+DELETE tsqlbox_members WHERE role = @role AND member = @member
+IF @verb = 'add' INSERT tsqlbox_members VALUES (@role, @member))"},
+    {"sp_drop_principal", "@kind sysname, @name sysname, @if sysname",
+     R"(DECLARE @isLogin bit = IIF(@kind = 'login', 1, 0), @id int
+SELECT @id = id FROM tsqlbox_principals WHERE login = @isLogin AND name = @name AND IIF(type = 'R', 'role', @kind) = @kind
+IF @id IS NULL AND @if IS NULL RAISERROR(15151, -1, -1, 'drop', @kind, @name)
+IF @id < 5 OR @id > 16383 RAISERROR(15150, -1, -1, 'drop', @kind, @name)
+IF @id IN (SELECT role FROM tsqlbox_members) RAISERROR(15144, -1, -1)
+IF @id IN (SELECT principal_id FROM sys.schemas) RAISERROR(15138, -1, -1, 'schema')
+IF @id IN (SELECT owner FROM tsqlbox_principals) RAISERROR(15138, -1, -1, 'database role')
+DELETE tsqlbox_members WHERE member = @id
+DELETE tsqlbox_principals WHERE id = @id)"},
+};
+
+}  // namespace tsql
