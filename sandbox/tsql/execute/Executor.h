@@ -25,9 +25,6 @@ struct StatementCall;
 // FirstLabel + n: GOTO the label of number n.
 enum class Flow { Next, Break, Continue, Return, FirstLabel };
 
-template <typename Node, typename... Others>
-inline constexpr bool isOneOf = (std::is_same_v<Node, Others> || ...);
-
 // Exceptions that end the execution of statements early.
 struct Raised {  // an error on its way to a CATCH block
     Message message;
@@ -351,7 +348,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     void run(const AlterDatabase& alter);
     void run(const Backup& backup);
     Flow run(const Restore& restore);
-    void run(const CheckDatabase& check);
+    void checkDatabase(const Maintenance& check);
     void run(const Maintenance& maintenance);
     void checkIdentity(const TableInfo& table, const Maintenance& check);
     void set(const Settings& settings);

@@ -33,11 +33,8 @@ struct SqlError : std::runtime_error {
 #include "messages/MessageTable.inc"
 #undef TSQL_MESSAGE
 
-// Texts of these are composed where they are raised.
-inline constexpr int kSyntaxErrorNear = 102;
-inline constexpr int kSyntaxErrorNearKeyword = 156;
 inline constexpr int kStatementTerminated = 3621;
-inline constexpr int kUserDefined = 50000;
+inline constexpr int kUserDefined = 50000;  // with a text of its own
 
 // Returns the error of that number. Each %s in its text is replaced by the next of `values`. `state` replaces
 // the table's state unless it is 0, for numbers that SQL Server raises with several states.

@@ -124,6 +124,9 @@ struct Expr {
     Node node;
     bool isCondition() const { return node.index() >= kFirstCondition; }
 };
+inline ExprPtr makeExpr(int line, Expr::Node node) {
+    return std::make_unique<Expr>(Expr{line, std::move(node)});
+}
 
 // ---- queries ---------------------------------------------------------------------------------------------
 struct TableRef;
@@ -489,29 +492,27 @@ struct Restore {
     std::int64_t stats = 0;
     std::vector<ExprPtr> moved;  // logical names of files
 };
-struct CheckDatabase {
-    ExprPtr database;  // null: the current one
-    bool onlyFaults = false;
-};
 
-// UPDATE STATISTICS, CHECKPOINT and the DBCC statements that need no more than a message here.
+// UPDATE STATISTICS, CHECKPOINT and DBCC. Most need no more than a message here.
 struct Maintenance {
-    bool isDbcc = false;
+    std::string dbcc;                 // CHECKDB, CHECKIDENT ...; empty: not DBCC
     bool onlyFaults = false;          // NO_INFOMSGS
     std::optional<ObjectName> table;  // must exist
-    bool checksIdentity = false;      // CHECKIDENT
-    bool reseeds = false;
-    ExprPtr seed;  // null: the highest value of the column
+    ExprPtr database;                 // of CHECKDB; null: the current one
+    bool reseeds = false;             // CHECKIDENT
+    ExprPtr seed;                     // null: the highest value of the column
 };
 
+template <typename Node, typename... Others>
+inline constexpr bool isOneOf = (std::is_same_v<Node, Others> || ...);
+
 struct Statement {
-    using Node =
-        std::variant<Declare, Assign, SetOption, If, While, Break, Continue, Label, Goto, Return, Compound,
-                     TryCatch, Print, RaiseError, Throw, WaitFor, Use, SelectStatement, Insert, InsertBulk,
-                     Update, Delete, Truncate, CreateTable, AlterTable, CreateIndex, Drop, CreateDatabase,
-                     AlterDatabase, AlterIndex, CreateSchema, TransferObject, SwitchTriggers, DefineSequence,
-                     CreateModule, Execute, Transaction, Backup, Restore, CheckDatabase, Maintenance,
-                     DeclareCursor, ChangeCursor, Fetch>;
+    using Node = std::variant<Declare, Assign, SetOption, If, While, Break, Continue, Label, Goto, Return,
+                              Compound, TryCatch, Print, RaiseError, Throw, WaitFor, Use, SelectStatement,
+                              Insert, InsertBulk, Update, Delete, Truncate, CreateTable, AlterTable,
+                              CreateIndex, Drop, CreateDatabase, AlterDatabase, AlterIndex, CreateSchema,
+                              TransferObject, SwitchTriggers, DefineSequence, CreateModule, Execute,
+                              Transaction, Backup, Restore, Maintenance, DeclareCursor, ChangeCursor, Fetch>;
     int line = 1;
     Node node;
 };

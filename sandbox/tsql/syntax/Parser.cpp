@@ -8,10 +8,6 @@ namespace {
 constexpr int kDeepestNesting = 150;
 constexpr int kLongestChain = 400;  // operators in a row; SQLite limits the depth of expressions to 1000
 
-[[noreturn]] void throwTooDeep(int line) {
-    throw SyntaxError(sqlError(kNestedTooDeeply), line);
-}
-
 ObjectName nameOf(std::vector<std::string> parts, int line) {
     parts.insert(parts.begin(), 2, std::string());
     return {parts[parts.size() - 3], parts[parts.size() - 2], parts.back(), line};
@@ -25,9 +21,11 @@ std::shared_ptr<const Batch> parseBatch(std::string_view text, bool quotedIdenti
         auto batch = std::make_shared<Batch>(Batch{parser.batch()});
         batch->locals = std::move(parser.m_locals);
         return batch;
-    } catch (SyntaxError& error) {
-        error.procedure = parser.m_procedure;
-        throw;
+    } catch (const SqlError& error) {  // without a line: of a type or constant
+        const auto* placed = dynamic_cast<const SyntaxError*>(&error);
+        SyntaxError failure(error, placed ? placed->line : parser.last().line);
+        failure.procedure = parser.m_procedure;
+        throw failure;
     }
 }
 
@@ -40,11 +38,9 @@ ExprPtr parseExpression(std::string_view text) {
 }
 
 Constraint parseConstraint(std::string_view text) {
-    Constraint constraint{};
     Parser parser(text, /*quotedIdentifiers=*/true);
     parser.acceptAny({"NOCHECK", "WITH NOCHECK"});
-    parser.acceptConstraint(constraint, /*ofTable=*/false);
-    return constraint;
+    return *parser.acceptConstraint(/*ofTable=*/false);
 }
 
 // Accepts reserved words as names. A string that is no name is returned as it is; no object has it as name.
@@ -118,8 +114,16 @@ bool Parser::atName(std::size_t ahead) const {
 
 std::string Parser::expectName() {
     if (!atName()) throwSyntaxError();
-    checkName(peek());
-    return unquoted(takeToken());
+    return takeName();
+}
+
+std::string Parser::takeName() {
+    constexpr std::size_t kLongest = 128;
+    std::string name = unquoted(peek());
+    if (characterCount(name) > kLongest)
+        throwError(kNameTooLong, {"identifier", characters(name, 0, kLongest)});
+    takeToken();
+    return name;
 }
 
 std::string Parser::expectVariable(int state) {
@@ -139,7 +143,6 @@ ObjectName Parser::objectName() {
 }
 
 SqlType Parser::type(TypeUse use) {
-    const int line = peek().line;
     if (atName() && at(".", 1)) m_next += 2;  // [sys].[int], dbo.int
     const bool keyword = at("NATIONAL") || at("DOUBLE");
     if (!keyword && !atName()) throwSyntaxError();
@@ -153,11 +156,7 @@ SqlType Parser::type(TypeUse use) {
     };
     std::vector<int> arguments;
     if (at("(")) arguments = inList(argument);
-    try {
-        return makeType(name, arguments, use);
-    } catch (const SqlError& error) {
-        throw SyntaxError(error, line);
-    }
+    return makeType(name, arguments, use);
 }
 
 Identity Parser::identity() {
@@ -184,35 +183,31 @@ void Parser::skipParenthesized() {
 }
 
 std::string Parser::textSince(std::size_t token) const {
-    const std::string_view last = m_tokens[m_next - 1].raw;
-    return {m_tokens[token].raw.data(), last.data() + last.size()};
+    return {m_tokens[token].raw.data(), last().raw.data() + last().raw.size()};
 }
 
 void Parser::goBackTo(std::size_t position) {
     constexpr int kMost = 4096;  // nested queries could multiply them without limit
-    if (++m_returns > kMost) throwTooDeep(peek().line);
+    if (++m_returns > kMost) throwError(kNestedTooDeeply);
     m_next = position;
 }
 
 // At the end of the text, errors name the last token.
 const Token& Parser::faulty() const {
-    const bool atEnd = peek().kind == TokenKind::End && m_next > 0;
-    return atEnd ? m_tokens[m_next - 1] : peek();
+    return peek().kind == TokenKind::End && m_next > 0 ? last() : peek();
 }
 
 void Parser::throwSyntaxError() const {
-    const std::string place = peek().reserved ? "the keyword '" : "'";
-    throw SyntaxError(peek().reserved ? kSyntaxErrorNearKeyword : kSyntaxErrorNear,
-                      "Incorrect syntax near " + place + near() + "'.", faulty().line);
+    throwError(peek().reserved ? kSyntaxErrorNearKeyword : kSyntaxErrorNear, {near()}, faulty().line);
 }
 
 int Parser::nextDepth() const {
-    if (m_depth >= kDeepestNesting) throwTooDeep(peek().line);
+    if (m_depth >= kDeepestNesting) throwError(kNestedTooDeeply);
     return m_depth + 1;
 }
 
 void Parser::checkChain(int length) const {
-    if (length > kLongestChain) throwTooDeep(peek().line);
+    if (length > kLongestChain) throwError(kNestedTooDeeply);
 }
 
 }  // namespace tsql

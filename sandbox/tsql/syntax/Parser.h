@@ -36,6 +36,7 @@ class Parser {
     const Token& peek(std::size_t ahead = 0) const {
         return m_tokens[std::min(m_next + ahead, m_tokens.size() - 1)];
     }
+    const Token& last() const { return m_tokens[m_next - 1]; }  // that was consumed
     const Token& takeToken();
     bool at(std::string_view phrase, std::size_t ahead = 0) const { return match(phrase, ahead) > 0; }
     bool accept(std::string_view phrase);
@@ -45,17 +46,27 @@ class Parser {
     void expect(std::string_view phrase) {
         if (!accept(phrase)) throwSyntaxError();
     }
+    void expectAny(std::initializer_list<std::string_view> phrases) {
+        if (!acceptAny(phrases)) throwSyntaxError();
+    }
     // Consumes the first phrase of `table` that matches. Returns its value, or null if none matches.
     template <typename Table>
     auto acceptOneOf(const Table& table) -> decltype(&std::begin(table)->second) {
         const auto found = std::ranges::find_if(table, [this](const auto& row) { return accept(row.first); });
         return found == std::end(table) ? nullptr : &found->second;
     }
+    template <typename Table>
+    auto expectOneOf(const Table& table) {
+        const auto* value = acceptOneOf(table);
+        if (!value) throwSyntaxError();
+        return *value;
+    }
     std::int64_t expectInteger();
     bool isString(const Token& token) const;
     std::string expectString();
     bool atName(std::size_t ahead = 0) const;
     std::string expectName();
+    std::string takeName();  // of any token. Throws SyntaxError 103 above 128 characters.
     bool atVariable() const { return peek().kind == TokenKind::Variable; }
     std::string expectVariable(int state = 1);  // state of the error
     ObjectName objectName();
@@ -155,7 +166,7 @@ class Parser {
     bool atBatchBegin() const { return m_next == 1 && m_depth == 1; }  // after the first word
 
     // ---- changes of data and schema (ParserDefinitions.cpp)
-    bool acceptConstraint(Constraint& constraint, bool ofTable);
+    std::optional<Constraint> acceptConstraint(bool ofTable);
     CreateTable tableVariable(const Token& name);
 
     // State that earlier and enclosing statements pass on.

@@ -209,7 +209,6 @@ ColumnDefinition columnDefinition(Parser& in) {
     const auto option = [&] {
         for (const auto word : {"GENERATED", "MASKED", "ENCRYPTED", "FILESTREAM", "HIDDEN", "INDEX"})
             in.throwIfAt(word, "the option " + std::string(word) + " of a column");
-        Constraint constraint{};
         if (in.accept("NOT NULL")) {
             column.nullable = false;
         } else if (in.accept("NULL")) {
@@ -220,9 +219,9 @@ ColumnDefinition columnDefinition(Parser& in) {
             column.withValues = true;
         } else if (in.accept("IDENTITY")) {
             column.identity = in.at("(") ? in.parenthesized([&] { return in.identity(); }) : Identity{};
-        } else if (in.acceptConstraint(constraint, /*ofTable=*/false)) {
-            if (constraint.columns.empty()) constraint.columns = {column.name};
-            column.constraints.push_back(std::move(constraint));
+        } else if (auto constraint = in.acceptConstraint(/*ofTable=*/false)) {
+            if (constraint->columns.empty()) constraint->columns = {column.name};
+            column.constraints.push_back(std::move(*constraint));
         } else {
             return in.acceptAny({"ROWGUIDCOL", "SPARSE", "NOT FOR REPLICATION"});
         }
@@ -281,9 +280,8 @@ void tableElement(Parser& in, CreateTable& table) {
         return indexBody(in, index);
     }
     in.throwIfAt("PERIOD FOR", "PERIOD FOR SYSTEM_TIME");
-    Constraint constraint{};
-    if (in.acceptConstraint(constraint, /*ofTable=*/true))
-        table.constraints.push_back(std::move(constraint));
+    if (auto constraint = in.acceptConstraint(/*ofTable=*/true))
+        table.constraints.push_back(std::move(*constraint));
     else
         table.columns.push_back(columnDefinition(in));
 }
@@ -409,9 +407,8 @@ void moduleBody(Parser& in, CreateModule& module) {
     in.m_module = nullptr;
     module.locals = std::move(in.m_locals);
     if (!module.function) return;
-    if (module.body.empty()) in.throwSyntaxError();
     const auto* body = std::get_if<Compound>(&module.body.front()->node);
-    if ((!body || !std::holds_alternative<Return>(body->statements.back()->node)))
+    if (!body || !std::holds_alternative<Return>(body->statements.back()->node))
         in.throwError(kFunctionWithoutFinalReturn, {}, 0, 2);
 }
 
@@ -625,21 +622,19 @@ Statement::Node parseTriggerSwitch(Parser& in, bool enables) {
     return node;
 }
 
-bool Parser::acceptConstraint(Constraint& constraint, bool ofTable) {
+std::optional<Constraint> Parser::acceptConstraint(bool ofTable) {
     constexpr std::pair<std::string_view, ConstraintKind> kKinds[] = {
         {"PRIMARY KEY", ConstraintKind::PrimaryKey},
         {"UNIQUE", ConstraintKind::Unique},
         {"CHECK", ConstraintKind::Check},
         {"DEFAULT", ConstraintKind::Default},
         {"FOREIGN KEY", ConstraintKind::ForeignKey}};
+    Constraint constraint{};
     const bool named = accept("CONSTRAINT");
     if (named) constraint.name = expectName();
     const std::size_t begin = position();
     const ConstraintKind* kind = acceptOneOf(kKinds);
-    if (!kind && !at("REFERENCES")) {
-        if (named) throwSyntaxError();
-        return false;
-    }
+    if (!kind && !named && !at("REFERENCES")) return std::nullopt;
     constraint.kind = kind ? *kind : ConstraintKind::ForeignKey;
     if (constraint.kind == ConstraintKind::Check) {
         accept("NOT FOR REPLICATION");
@@ -653,7 +648,7 @@ bool Parser::acceptConstraint(Constraint& constraint, bool ofTable) {
         keyColumns(*this, constraint, ofTable);
     }
     constraint.source = textSince(begin);
-    return true;
+    return constraint;
 }
 
 CreateTable Parser::tableVariable(const Token& name) {

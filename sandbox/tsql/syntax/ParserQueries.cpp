@@ -17,7 +17,7 @@ constexpr std::pair<std::string_view, JoinKind> kJoins[] = {
     {"CROSS APPLY", JoinKind::Cross}, {"OUTER APPLY", JoinKind::Left}, {"CROSS", JoinKind::Cross},
     {"INNER", JoinKind::Inner},       {"LEFT OUTER", JoinKind::Left},  {"LEFT", JoinKind::Left},
     {"RIGHT OUTER", JoinKind::Right}, {"RIGHT", JoinKind::Right},      {"FULL OUTER", JoinKind::Full},
-    {"FULL", JoinKind::Full},
+    {"FULL", JoinKind::Full},         {"JOIN", JoinKind::Inner},
 };
 constexpr std::pair<std::string_view, BinaryOp> kAssignments[] = {
     {"+=", BinaryOp::Add},    {"-=", BinaryOp::Subtract}, {"*=", BinaryOp::Multiply},
@@ -175,17 +175,13 @@ std::optional<ForXml> forXml(Parser& in) {
 }
 
 void offset(Parser& in, Query& query) {
-    const auto rows = [&] {
-        if (!in.acceptAny({"ROWS", "ROW"})) in.throwSyntaxError();
-    };
     if (query.orderBy.empty() || !in.accept("OFFSET")) return;
     query.offset = in.expression();
-    rows();
+    in.expectAny({"ROWS", "ROW"});
     if (!in.accept("FETCH")) return;
-    if (!in.acceptAny({"NEXT", "FIRST"})) in.throwSyntaxError();
+    in.expectAny({"NEXT", "FIRST"});
     query.fetch = in.expression();
-    rows();
-    in.expect("ONLY");
+    in.expectAny({"ROWS ONLY", "ROW ONLY"});
 }
 
 // An alias may be a string. Without AS, it must not be a keyword of the next clause.
@@ -239,25 +235,17 @@ TableRefPtr tableRef(Parser& in) {
     return table;
 }
 
-// Consumes a join keyword, if one follows, with its algorithm hint, which has no effect.
-std::optional<JoinKind> acceptJoin(Parser& in, bool applies) {
-    if (in.accept("JOIN")) return JoinKind::Inner;
-    const JoinKind* kind = in.acceptOneOf(kJoins);
-    if (!kind) return std::nullopt;
-    if (applies) return *kind;
-    if (*kind != JoinKind::Cross) in.acceptAny({"LOOP", "HASH", "MERGE", "REMOTE"});
-    in.expect("JOIN");
-    return *kind;
-}
-
 TableRefPtr joins(Parser& in) {
     const Temporarily deeper(in.m_depth, in.nextDepth());
     TableRefPtr left = tableRef(in);
     for (const auto word : {"PIVOT", "UNPIVOT", "TABLESAMPLE", "FOR SYSTEM_TIME"}) in.throwIfAt(word, word);
     for (int chain = 0;; in.checkChain(++chain)) {
         const bool applies = in.at("CROSS APPLY") || in.at("OUTER APPLY");
-        const auto kind = acceptJoin(in, applies);
+        const bool isWhole = applies || in.at("JOIN");
+        const JoinKind* kind = in.acceptOneOf(kJoins);
         if (!kind) return left;
+        if (!isWhole) in.acceptAny({"LOOP", "HASH", "MERGE", "REMOTE"});  // hints have no effect
+        if (!isWhole) in.expect("JOIN");
         const int line = in.peek().line;
         Join join{*kind, std::move(left), tableRef(in), nullptr, applies};
         if (!applies && join.kind != JoinKind::Cross) {
@@ -342,14 +330,12 @@ ExprPtr Parser::top(Select* select) {
 SelectItem Parser::selectItem() {
     SelectItem item;
     if (acceptStar(*this, item)) return item;
-    const bool assigns = at("=", 1) || std::ranges::any_of(kAssignments, [this](const auto& each) {
-                             return at(each.first, 1);
-                         });
-    if (atVariable() && assigns) {
+    if (atVariable() && peek(1).raw.ends_with('=')) {
         item.variable = expectVariable();
         item.value = assignedValue(item.variable);
         return item;
-    } else if ((atName() || isString(peek())) && at("=", 1)) {
+    }
+    if ((atName() || isString(peek())) && at("=", 1)) {
         item.alias = alias(*this);
         takeToken();
     }
@@ -357,7 +343,7 @@ SelectItem Parser::selectItem() {
         item.identity.emplace(type(TypeUse::Declaration), Identity{});
         if (accept(",")) item.identity->second = identity();
         expect(")");
-        item.value = std::make_unique<Expr>(Expr{line, Literal{}});
+        item.value = makeExpr(line, Literal{});
     } else {
         item.value = expression();
     }
@@ -377,8 +363,7 @@ ExprPtr Parser::assignedValue(const std::string& variable) {
     const auto op = assignmentOperator();
     ExprPtr value = expression();
     if (!op) return value;
-    auto before = std::make_unique<Expr>(Expr{line, VariableRef{variable}});
-    return std::make_unique<Expr>(Expr{line, Binary{*op, std::move(before), std::move(value)}});
+    return makeExpr(line, Binary{*op, makeExpr(line, VariableRef{variable}), std::move(value)});
 }
 
 // Name of a table or table variable.
@@ -386,8 +371,7 @@ ObjectName Parser::tableName() {
     if (!atVariable()) return objectName();
     const Token& name = takeToken();
     throwIfAt(".", "methods of xml");
-    if (!m_declaredTables.contains(name.raw))
-        throw SyntaxError(sqlError(kUndeclaredTableVariable, {name.raw}), name.line);
+    if (!m_declaredTables.contains(name.raw)) throwError(kUndeclaredTableVariable, {name.raw}, name.line);
     return {{}, {}, std::string(name.raw), name.line};
 }
 

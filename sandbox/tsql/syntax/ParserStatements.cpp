@@ -37,9 +37,7 @@ void checkSetting(const std::string& name, const std::string& value, int line) {
 
 Statement::Node setOption(Parser& in) {
     if (in.accept("TRANSACTION ISOLATION LEVEL")) {  // no effect: the storage provides every level
-        if (!in.acceptAny(
-                {"READ UNCOMMITTED", "READ COMMITTED", "REPEATABLE READ", "SERIALIZABLE", "SNAPSHOT"}))
-            in.throwSyntaxError();
+        in.expectAny({"READ UNCOMMITTED", "READ COMMITTED", "REPEATABLE READ", "SERIALIZABLE", "SNAPSHOT"});
         return SetOption{};
     }
     const auto word = [&] {
@@ -89,9 +87,7 @@ Statement::Node declareCursor(Parser& in) {
     while (!in.accept("FOR")) {
         for (const auto word : {"DYNAMIC", "KEYSET", "SCROLL_LOCKS", "OPTIMISTIC"})
             in.throwIfAt(word, std::string(word) + " cursors");
-        bool* const* option = in.acceptOneOf(kOptions);
-        if (!option) in.throwSyntaxError();
-        **option = true;
+        *in.expectOneOf(kOptions) = true;
     }
     if (!isCursor) in.throwSyntaxError();
     if (forward && node.scroll) in.throwError(kConflictingCursorOptions, {"FORWARD_ONLY", "SCROLL"});
@@ -181,7 +177,7 @@ Statement::Node tryCatch(Parser& in) {
     TryCatch node{block(in), {}};
     in.expect("TRY");
     in.accept(";");
-    if (!in.accept("BEGIN CATCH")) in.throwSyntaxError();
+    in.expect("BEGIN CATCH");
     node.handler = in.statements("END");
     in.expect("CATCH");
     return node;
@@ -208,10 +204,8 @@ void withOptions(Parser& in, const std::string& verb, Accept accept) {
 Statement::Node raiseError(Parser& in) {
     if (!in.at("(")) in.throwUnsupported("RAISERROR without parentheses");
     RaiseError node;
-    in.expect("(");
-    node.values = in.list([&] { return in.constant(); });
-    if (node.values.size() < 3) in.throwSyntaxError();
-    in.expect(")");
+    node.values = in.inList([&] { return in.constant(); });
+    if (node.values.size() < 3) in.throwError(kSyntaxErrorNear, {")"}, in.last().line);
     const std::pair<std::string_view, bool*> kOptions[] = {
         {"LOG", &node.log}, {"SETERROR", &node.setError}, {"NOWAIT", &node.noWait}};
     withOptions(in, "RAISERROR", [&] {
@@ -369,22 +363,9 @@ Statement::Node restore(Parser& in) {
     return node;
 }
 
-Statement::Node databaseCheck(Parser& in) {
-    CheckDatabase node;
-    if (in.accept("(")) {
-        node.database = in.isString(in.peek()) ? in.primary() : nameOrVariable(in);
-        in.expect(")");
-    }
-    withOptions(in, "DBCC CHECKDB", [&] {
-        node.onlyFaults = node.onlyFaults || in.at("NO_INFOMSGS");
-        return in.acceptAny({"NO_INFOMSGS", "ALL_ERRORMSGS", "PHYSICAL_ONLY"});
-    });
-    return node;
-}
-
-// DBCC CHECKIDENT (table [, NORESEED | , RESEED [, seed]])
+// (table [, NORESEED | , RESEED [, seed]])
 void identityCheck(Parser& in, Maintenance& node) {
-    node.checksIdentity = node.reseeds = true;
+    node.reseeds = true;
     in.expect("(");
     node.table = in.isString(in.peek()) ? parseObjectName(in.expectString()) : in.objectName();
     if (in.accept(",")) {
@@ -401,18 +382,22 @@ constexpr std::string_view kWithoutEffect =
     "SHRINKFILE TRACEOFF TRACEON UPDATEUSAGE";
 
 Statement::Node dbcc(Parser& in) {
-    if (in.accept("CHECKDB")) return databaseCheck(in);
     Maintenance node;
-    node.isDbcc = true;
-    const std::string verb = toUpper(in.near());
-    const bool hasEffect = !hasWord(kWithoutEffect, verb);
-    if (hasEffect && verb != "CHECKIDENT") in.throwUnsupported("DBCC " + verb);
+    const std::string& verb = node.dbcc = toUpper(in.near());
+    if (!hasWord("CHECKDB CHECKIDENT", verb) && !hasWord(kWithoutEffect, verb))
+        in.throwUnsupported("DBCC " + verb);
     in.takeToken();
-    if (hasEffect)
+    if (verb == "CHECKIDENT")
         identityCheck(in, node);
+    else if (verb == "CHECKDB" && in.at("("))
+        node.database = in.parenthesized([&] { return in.wordOrConstant(); });
     else if (in.at("("))
         in.inList([&] { return in.expression(); });
-    withOptions(in, "DBCC " + verb, [&] { return node.onlyFaults = in.accept("NO_INFOMSGS"); });
+    withOptions(in, "DBCC " + verb, [&] {
+        node.onlyFaults = node.onlyFaults || in.at("NO_INFOMSGS");
+        return in.accept("NO_INFOMSGS") ||
+               (verb == "CHECKDB" && in.acceptAny({"ALL_ERRORMSGS", "PHYSICAL_ONLY"}));
+    });
     return node;
 }
 
@@ -470,24 +455,21 @@ constexpr std::pair<std::string_view, Statement::Node (*)(Parser&)> kStatements[
 
 // Functions may not have side effects, except on their table variables.
 void checkInFunction(const Statement& statement, const std::string& verb) {
-    const auto changesOwnTable = []<typename Node>(const Node& node) {
+    const auto isTraceless = []<typename Node>(const Node& node) {
         if constexpr (std::is_base_of_v<Change, Node>)
             return targetName(node.table, node.from).name.starts_with('@') &&
                    (!node.output || node.output->into);
-        return false;
+        return isOneOf<Node, Declare, Assign, If, While, Break, Continue, Goto, Compound, Return, Execute,
+                       DeclareCursor, ChangeCursor, Fetch>;
     };
-    if (std::visit(changesOwnTable, statement.node)) return;
-    constexpr std::string_view kTraceless =
-        "DECLARE SET IF WHILE BREAK CONTINUE GOTO BEGIN RETURN SELECT WITH EXEC EXECUTE OPEN FETCH CLOSE "
-        "DEALLOCATE";
+    if (std::visit(isTraceless, statement.node)) return;
     const auto* select = std::get_if<SelectStatement>(&statement.node);
     const auto* body = select ? std::get_if<Select>(&select->query->body) : nullptr;
     if (select && (!body || body->items.front().variable.empty() || select->into))
-        throw SyntaxError(sqlError(kSelectInFunction, {}, 2), statement.line);
+        throw SyntaxError(sqlError(kSelectInFunction), statement.line);
+    if (select) return;
     const bool option = std::holds_alternative<SetOption>(statement.node);
-    if (option || !hasWord(kTraceless, verb) || std::holds_alternative<TryCatch>(statement.node) ||
-        std::holds_alternative<Transaction>(statement.node))
-        throw SyntaxError(sqlError(kSideEffectInFunction, {option ? "SET COMMAND" : verb}), statement.line);
+    throw SyntaxError(sqlError(kSideEffectInFunction, {option ? "SET COMMAND" : verb}), statement.line);
 }
 
 }  // namespace
@@ -528,7 +510,7 @@ Block Parser::statements(std::string_view end) {
     for (;;) {
         while (accept(";")) continue;
         if (end.empty() ? peek().kind == TokenKind::End : accept(end)) return statements;
-        const bool open = !statements.empty() && m_tokens[m_next - 1].raw != ";";
+        const bool open = !statements.empty() && last().raw != ";";
         if (open && at("THROW")) throwSyntaxError();
         if (open && at("WITH")) throwError(kMissingSemicolonBeforeWith);
         statements.push_back(atName() && at(":", 1) ? label() : statement());
@@ -560,8 +542,8 @@ StatementPtr Parser::statement() {
 // @name [AS] type [= value] of a variable or parameter.
 Declaration Parser::declaration(bool isParameter) {
     if (!atVariable()) throwSyntaxError();
-    const Token& name = takeToken();
-    Declaration node{std::string(name.raw), {}, nullptr};
+    const Token& name = peek();
+    Declaration node{takeName(), {}, nullptr};
     accept("AS");
     throwIfAt("CURSOR", "cursor variables");
     if (m_module && m_module->function && !m_module->rows)
@@ -600,7 +582,7 @@ ExprPtr Parser::constant() {
 ExprPtr Parser::wordOrConstant() {
     if (!atName() && !at("ON")) return constant();
     const Token& word = takeToken();
-    return std::make_unique<Expr>(Expr{word.line, Literal{textLiteral(unquoted(word), /*national=*/true)}});
+    return makeExpr(word.line, Literal{textLiteral(unquoted(word), /*national=*/true)});
 }
 
 }  // namespace tsql
