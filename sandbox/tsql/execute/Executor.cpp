@@ -122,9 +122,9 @@ Flow Executor::runBlock(const Block& block) {
     for (auto next = block.begin(); next != block.end();) {
         const Flow flow = runStatement(**next++);
         if (flow == Flow::Next) continue;
-        next = std::ranges::find_if(block, [flow](const StatementPtr& statement) {
+        next = std::ranges::find_if(block, [&](const StatementPtr& statement) {
             const auto* label = std::get_if<Label>(&statement->node);
-            return label && flowTo(label->number) == flow;
+            return label && flow == Flow::Goto && sameWord(label->name, m_goto);
         });
         if (next == block.end()) return flow;
     }

@@ -83,15 +83,6 @@ void Executor::dropDatabase(const std::string& name, bool ifExists) {
 
 // ---- maintenance
 
-void Executor::checkDatabase(const Maintenance& check) {
-    const std::string name = check.database ? evaluateText(*check.database) : m_database;
-    PreparedStatement findings(m_connection, "PRAGMA " + m_connection.attach(name) + ".integrity_check");
-    int faults = 0;
-    for (; findings.step() && findings.text(0) != "ok"; ++faults) inform(kTableError, {findings.text(0)});
-    if (faults > 0 || !check.onlyFaults)
-        inform(kDatabaseChecked, {std::to_string(faults), m_storage.canonicalName(name)});
-}
-
 void Executor::run(const Maintenance& maintenance) {
     if (maintenance.table) {
         const bool isDbcc = !maintenance.dbcc.empty();
@@ -99,7 +90,14 @@ void Executor::run(const Maintenance& maintenance) {
             table(*maintenance.table, isDbcc ? kDbccTableUnknown : kStatisticsTableUnknown);
         if (isDbcc) checkIdentity(target, maintenance);
     }
-    if (maintenance.dbcc == "CHECKDB") checkDatabase(maintenance);
+    if (maintenance.dbcc == "CHECKDB") {
+        const std::string name = maintenance.database ? evaluateText(*maintenance.database) : m_database;
+        PreparedStatement findings(m_connection, "PRAGMA " + m_connection.attach(name) + ".integrity_check");
+        int faults = 0;
+        for (; findings.step() && findings.text(0) != "ok"; ++faults) inform(kTableError, {findings.text(0)});
+        if (faults > 0 || !maintenance.onlyFaults)
+            inform(kDatabaseChecked, {std::to_string(faults), m_storage.canonicalName(name)});
+    }
     if (!maintenance.dbcc.empty() && !maintenance.onlyFaults) inform(kDbccDone);
 }
 

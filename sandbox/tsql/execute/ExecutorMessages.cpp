@@ -107,7 +107,7 @@ Flow Executor::run(const RaiseError& raise) {
     if (isInteger(message.type.id)) {
         constexpr int kFirst = 13'000;
         raisedNumber = number(*raise.values[0]);
-        if (raisedNumber < kFirst || !hasText(raisedNumber))
+        if (raisedNumber < kFirst || !findMessage(raisedNumber))
             throw sqlError(raisedNumber < kFirst ? kInvalidRaisedNumber : kNoTextOfRaisedNumber,
                            {format, std::to_string(severity), std::to_string(state)});
         const SqlError known = sqlError(raisedNumber);

@@ -40,11 +40,15 @@ inline constexpr int kUserDefined = 50000;  // with a text of its own
 // the table's state unless it is 0, for numbers that SQL Server raises with several states.
 SqlError sqlError(int number, std::initializer_list<std::string_view> values = {}, int state = 0);
 
-bool hasText(int number);
-
 // What an error ends outside of TRY. Scope: the procedure or batch, but not the transaction, as for errors
 // that a compiler would find. Batch: the batch, whose transaction is rolled back.
 enum class Ends { Statement, Scope, Batch };
+struct MessageText {
+    int number, severity, state;
+    Ends ends;
+    std::string_view text;
+};
+const MessageText* findMessage(int number);  // null for a number without a text in the table
 Ends endOf(int number);
 
 // Error 50000 for a construct that tsqlbox does not support.

@@ -52,7 +52,7 @@ class Lexer {
     std::vector<Token> run() {
         std::vector<Token> tokens;
         for (skipBlanks(); m_at < m_text.size(); skipBlanks()) tokens.push_back(next());
-        tokens.push_back({TokenKind::End, false, '\0', m_line, {}});
+        tokens.push_back({TokenKind::End, false, m_line, {}});
         return tokens;
     }
 
@@ -113,7 +113,9 @@ class Lexer {
         const bool isPair = two.size() == 2 && two[1] != ' ' && kPairs.find(two) != std::string_view::npos;
         if (kSymbols.find(c) != std::string_view::npos) return takeToken(TokenKind::Symbol, isPair ? 2 : 1);
         if (c == '{') throw SyntaxError(unsupported("an ODBC escape sequence such as {fn ...}"), m_line);
-        if (c == '$') throw SyntaxError(unsupported(m_text.substr(m_at, past(isNamePart, 1))), m_line);
+        const std::size_t end = past(isNamePart, 1);
+        if (sameWord(m_text.substr(m_at, end), "$action")) return takeToken(TokenKind::Word, end);
+        if (c == '$') throw SyntaxError(unsupported(m_text.substr(m_at, end)), m_line);
         throw SyntaxError(sqlError(kSyntaxErrorNear, {{&c, 1}}), m_line);
     }
 
@@ -126,8 +128,7 @@ class Lexer {
 
     Token takeToken(TokenKind kind, std::size_t length) {
         const std::string_view raw = m_text.substr(m_at, length);
-        const bool isWord = kind == TokenKind::Word, hasFirst = isWord || kind == TokenKind::Symbol;
-        const Token token{kind, isWord && isReserved(raw), hasFirst ? upperAscii(raw[0]) : '\0', m_line, raw};
+        const Token token{kind, kind == TokenKind::Word && isReserved(raw), m_line, raw};
         advance(length);
         return token;
     }

@@ -26,7 +26,6 @@ enum class TokenKind : std::uint8_t {
 struct Token {
     TokenKind kind = TokenKind::End;
     bool reserved = false;  // a reserved word
-    char initial = '\0';    // first character of a word or symbol, in upper case
     int line = 1;           // from 1
     std::string_view raw;   // as written, including quotes
 };

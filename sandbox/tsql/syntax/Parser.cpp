@@ -45,16 +45,14 @@ Constraint parseConstraint(std::string_view text) {
 
 // Accepts reserved words as names. A string that is no name is returned as it is; no object has it as name.
 ObjectName parseObjectName(std::string_view text) {
-    ObjectName name;
-    name.name = text;
     std::vector<std::string> parts(1);
     for (const Token& token : tokenize(text)) {
         if (token.raw == ".")
             parts.emplace_back();
         else if (token.kind != TokenKind::End && !std::exchange(parts.back(), unquoted(token)).empty())
-            return name;
+            return {{}, {}, std::string(text)};
     }
-    return nameOf(parts, name.line);
+    return nameOf(parts, 1);
 }
 
 SqlType parseType(std::string_view text) {
@@ -70,12 +68,13 @@ const Token& Parser::takeToken() {
     return token;
 }
 
-std::size_t Parser::matchWhole(std::string_view phrase, std::size_t ahead) const {
+std::size_t Parser::match(std::string_view phrase, std::size_t ahead) const {
     for (std::size_t count = 0;; ++count) {
         const Token& token = peek(ahead + count);
         const std::size_t size = token.raw.size();
         const bool isWord = size == phrase.size() || (size < phrase.size() && phrase[size] == ' ');
-        if (token.initial == '\0' || !isWord || !sameWord(token.raw, phrase.substr(0, size))) return 0;
+        const bool isPlain = token.kind == TokenKind::Word || token.kind == TokenKind::Symbol;
+        if (!isPlain || !isWord || !sameWord(token.raw, phrase.substr(0, size))) return 0;
         if (size == phrase.size()) return count + 1;
         phrase.remove_prefix(size + 1);
     }
@@ -173,23 +172,19 @@ void Parser::collation() {
     expectName();
 }
 
-void Parser::skipParenthesized() {
+WordSet Parser::skipParenthesized() {
+    WordSet words;
     int depth = 0;
     do {
         if (peek().kind == TokenKind::End) throwSyntaxError();
         depth += at("(") - at(")");
-        takeToken();
+        words.emplace(takeToken().raw);
     } while (depth > 0);
+    return words;
 }
 
 std::string Parser::textSince(std::size_t token) const {
     return {m_tokens[token].raw.data(), last().raw.data() + last().raw.size()};
-}
-
-void Parser::goBackTo(std::size_t position) {
-    constexpr int kMost = 4096;  // nested queries could multiply them without limit
-    if (++m_returns > kMost) throwError(kNestedTooDeeply);
-    m_next = position;
 }
 
 // At the end of the text, errors name the last token.

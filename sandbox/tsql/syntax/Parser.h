@@ -46,6 +46,11 @@ class Parser {
     void expect(std::string_view phrase) {
         if (!accept(phrase)) throwSyntaxError();
     }
+    // Consumes the first phrase that matches and sets its flag.
+    bool acceptFlag(std::initializer_list<std::pair<std::string_view, bool*>> flags) {
+        bool* const* flag = acceptOneOf(flags);
+        return flag && (**flag = true);
+    }
     void expectAny(std::initializer_list<std::string_view> phrases) {
         if (!acceptAny(phrases)) throwSyntaxError();
     }
@@ -73,10 +78,9 @@ class Parser {
     SqlType type(TypeUse use);
     Identity identity();  // seed, increment
     void collation();
-    void skipParenthesized();
+    WordSet skipParenthesized();                     // returns the tokens
     std::string textSince(std::size_t token) const;  // as written, from that token to the last consumed one
     std::size_t position() const { return m_next; }
-    void goBackTo(std::size_t position);
     const Token& faulty() const;                             // token that an error refers to
     std::string near() const { return unquoted(faulty()); }  // as errors quote it
     [[noreturn]] void throwSyntaxError() const;
@@ -152,13 +156,6 @@ class Parser {
     Block batch();
     Block statements(std::string_view end);
     StatementPtr statement();
-    StatementPtr label();
-    struct LabelUse {
-        int number = 0;
-        int line = 0;  // of the first GOTO or of the label
-        bool isDeclared = false;
-    };
-    LabelUse& useOfLabel();
     Declaration declaration(bool isParameter);
     bool atConstant() const;
     ExprPtr constant();
@@ -177,19 +174,16 @@ class Parser {
     const CreateModule* m_module = nullptr;       // module whose body is being parsed
     std::string m_procedure;                      // procedure that the text defines
     std::vector<Local> m_locals;
+    WordSet m_labels;
+    std::vector<std::pair<std::string, int>> m_gotos;  // labels, lines
 
   private:
-    // Number of tokens that the phrase matches; 0 for no match. The first character rules out most phrases.
-    std::size_t match(std::string_view phrase, std::size_t ahead) const {
-        return peek(ahead).initial == phrase.front() ? matchWhole(phrase, ahead) : 0;
-    }
-    std::size_t matchWhole(std::string_view phrase, std::size_t ahead) const;
+    // Number of tokens that the phrase matches; 0 for no match.
+    std::size_t match(std::string_view phrase, std::size_t ahead) const;
 
     std::vector<Token> m_tokens;
     std::size_t m_next = 0;
-    int m_returns = 0;  // calls of goBackTo()
     bool m_scalarOnly = false;
-    WordMap<LabelUse> m_labels;
     WordSet m_declared;  // variables
     WordSet m_declaredTables;
     WordSet m_temporary;  // tables that the text creates

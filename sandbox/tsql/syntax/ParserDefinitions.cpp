@@ -17,6 +17,10 @@ std::optional<Output> output(Parser& in) {
     return output;
 }
 
+std::vector<ExprPtr> insertedRow(Parser& in) {
+    return in.inList([&] { return in.accept("DEFAULT") ? ExprPtr() : in.expression(); });
+}
+
 Insert insert(Parser& in) {
     Insert node;
     node.top = in.top();
@@ -28,17 +32,15 @@ Insert insert(Parser& in) {
     node.defaultValues = in.accept("DEFAULT VALUES");
     if (node.defaultValues) return node;
     if (in.accept("VALUES")) {
-        const auto cell = [&] { return in.accept("DEFAULT") ? ExprPtr() : in.expression(); };
         const int line = in.peek().line;
-        constexpr int kMostRows = 1000;
-        node.rows = in.list([&, count = 0]() mutable {
-            if (++count > kMostRows) in.throwError(kTooManyInsertRows);
-            return in.inList(cell);
-        });
+        constexpr std::size_t kMostRows = 1000;
+        node.rows = in.list([&] { return insertedRow(in); });
+        if (node.rows.size() > kMostRows) in.throwError(kTooManyInsertRows);
         for (const auto& row : node.rows)
             if (row.size() != node.rows.front().size()) in.throwError(kRowLengthsDiffer, {}, line);
     } else if (in.at("EXEC") || in.at("EXECUTE")) {
         if (node.top) in.throwUnsupported("INSERT TOP ... EXECUTE");
+        if (node.output) in.throwUnsupported("INSERT ... OUTPUT ... EXECUTE");
         node.execute = in.statement();
     } else if (in.atQuery()) {
         node.query = in.query();
@@ -57,15 +59,10 @@ InsertBulk insertBulk(Parser& in) {
         if (in.at("COLLATE")) in.collation();
         return name;
     });
-    const auto option = [&] {
-        const std::string_view word = in.takeToken().raw;
-        node.keepsNulls = node.keepsNulls || sameWord(word, "KEEP_NULLS");
-        node.firesTriggers = node.firesTriggers || sameWord(word, "FIRE_TRIGGERS");
-        if (in.accept("=")) in.expectInteger();
-        if (in.at("(")) in.skipParenthesized();
-        return word;
-    };
-    if (in.accept("WITH")) in.inList(option);
+    if (!in.accept("WITH")) return node;
+    const WordSet options = in.skipParenthesized();
+    node.keepsNulls = options.contains("KEEP_NULLS");
+    node.firesTriggers = options.contains("FIRE_TRIGGERS");
     return node;
 }
 
@@ -101,6 +98,57 @@ Node changeOfRows(Parser& in) {
     in.throwIfAt("WHERE CURRENT", "WHERE CURRENT OF");
     if (in.accept("WHERE")) node.where = in.condition();
     node.maxRecursion = in.options();
+    return node;
+}
+
+// What follows WHEN.
+MergeClause mergeClause(Parser& in, const std::vector<MergeClause>& before) {
+    constexpr std::pair<std::string_view, MergeRows> kRows[] = {{"MATCHED", MergeRows::Matched},
+                                                                {"NOT MATCHED BY SOURCE", MergeRows::Old},
+                                                                {"NOT MATCHED BY TARGET", MergeRows::New},
+                                                                {"NOT MATCHED", MergeRows::New}};
+    constexpr const char* kWords[] = {"WHEN MATCHED", "WHEN NOT MATCHED", "WHEN NOT MATCHED BY SOURCE"};
+    const int line = in.peek().line;
+    MergeClause clause{in.expectOneOf(kRows), in.accept("AND") ? in.condition() : nullptr, {}};
+    in.expect("THEN");
+    if (clause.rows == MergeRows::New) {
+        in.expect("INSERT");
+        auto& insert = clause.change.emplace<Insert>();
+        if (in.at("(")) insert.columns = in.columnNames();
+        in.throwIfAt("DEFAULT", "DEFAULT VALUES in MERGE");
+        in.expect("VALUES");
+        insert.rows.push_back(insertedRow(in));
+    } else if (in.accept("UPDATE SET")) {
+        clause.change.emplace<Update>().sets = in.list([&] { return setClause(in); });
+    } else {
+        in.expect("DELETE");
+    }
+    const char* words = kWords[static_cast<int>(clause.rows)];
+    for (const auto& each : before) {
+        if (each.rows != clause.rows) continue;
+        if (each.verb() == clause.verb()) in.throwError(kMergeActionRepeated, {words, each.verb()}, line);
+        if (!each.condition) in.throwError(kMergeClauseUnreachable, {words, words}, line);
+    }
+    return clause;
+}
+
+// MERGE [INTO] table [AS alias] USING source ON condition WHEN ...
+Merge merge(Parser& in) {
+    Merge node;
+    in.throwIfAt("TOP", "MERGE TOP");
+    in.accept("INTO");
+    node.table = in.tableName();
+    in.tableHints();
+    node.alias = in.accept("AS") || !in.at("USING") ? in.expectName() : node.table.name;
+    in.expect("USING");
+    node.source = in.from();
+    in.expect("ON");
+    node.where = in.condition();
+    while (in.accept("WHEN")) node.clauses.push_back(mergeClause(in, node.clauses));
+    if (node.clauses.empty()) in.throwSyntaxError();
+    node.output = output(in);
+    node.maxRecursion = in.options();
+    if (!in.at(";")) in.throwError(kMergeWithoutSemicolon, {}, in.faulty().line);
     return node;
 }
 
@@ -156,13 +204,6 @@ void indexStorage(Parser& in) {
     fileGroup(in);
 }
 
-void keyColumns(Parser& in, Constraint& constraint, bool ofTable) {
-    in.acceptAny({"CLUSTERED", "NONCLUSTERED"});
-    if (ofTable || in.at("("))
-        for (auto& [name, descending] : indexColumns(in)) constraint.columns.push_back(std::move(name));
-    indexStorage(in);
-}
-
 void references(Parser& in, Constraint& constraint) {
     in.expect("REFERENCES");
     constraint.references = in.objectName();
@@ -215,15 +256,14 @@ ColumnDefinition columnDefinition(Parser& in) {
             column.nullable = true;
         } else if (in.at("COLLATE")) {
             in.collation();
-        } else if (in.accept("WITH VALUES")) {
-            column.withValues = true;
         } else if (in.accept("IDENTITY")) {
             column.identity = in.at("(") ? in.parenthesized([&] { return in.identity(); }) : Identity{};
         } else if (auto constraint = in.acceptConstraint(/*ofTable=*/false)) {
             if (constraint->columns.empty()) constraint->columns = {column.name};
             column.constraints.push_back(std::move(*constraint));
         } else {
-            return in.acceptAny({"ROWGUIDCOL", "SPARSE", "NOT FOR REPLICATION"});
+            return in.acceptFlag({{"WITH VALUES", &column.withValues}}) ||
+                   in.acceptAny({"ROWGUIDCOL", "SPARSE", "NOT FOR REPLICATION"});
         }
         return true;
     };
@@ -370,14 +410,13 @@ Statement::Node alterTable(Parser& in) {
 
 // Options of modules that change no result.
 void moduleOptions(Parser& in) {
-    const auto option = [&] {
+    if (!in.accept("WITH")) return;
+    do {
         in.accept("EXEC");
         if (!in.acceptAny({"RECOMPILE", "SCHEMABINDING", "VIEW_METADATA", "CALLED ON NULL INPUT",
                            "EXECUTE AS CALLER", "EXECUTE AS OWNER", "EXECUTE AS SELF"}))
             in.throwUnsupported("WITH " + toUpper(in.near()) + " of a procedure, function, view or trigger");
-        return true;
-    };
-    if (in.accept("WITH")) in.list(option);
+    } while (in.accept(","));
 }
 
 // The query of a view, RETURN query of a function. It extends to the end of the batch.
@@ -559,6 +598,7 @@ Statement::Node parseRows(Parser& in) {
     if (in.accept("INSERT")) return change(insert(in));
     if (in.accept("UPDATE")) return change(changeOfRows<Update>(in));
     if (in.accept("DELETE")) return change(changeOfRows<Delete>(in));
+    if (in.accept("MERGE")) return change(merge(in));
     if (!in.atQuery()) in.throwSyntaxError();
     SelectStatement statement;
     in.m_into = &statement.into;
@@ -645,7 +685,10 @@ std::optional<Constraint> Parser::acceptConstraint(bool ofTable) {
         if (kind && at("(")) constraint.columns = columnNames();
         references(*this, constraint);
     } else {
-        keyColumns(*this, constraint, ofTable);
+        acceptAny({"CLUSTERED", "NONCLUSTERED"});
+        if (ofTable || at("("))
+            for (const auto& [name, descending] : indexColumns(*this)) constraint.columns.push_back(name);
+        indexStorage(*this);
     }
     constraint.source = textSince(begin);
     return constraint;

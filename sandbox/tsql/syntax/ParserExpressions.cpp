@@ -59,36 +59,35 @@ ExprPtr asCondition(const Parser& in, ExprPtr expr) {
 
 Expr::Node predicate(Parser& in, Predicate kind, ExprPtr left) {
     const auto operand = [&in] { return asValue(in, in.operators(kAdditive)); };
-    if (kind == Predicate::IsNull || kind == Predicate::IsNotNull) return IsNull{std::move(left)};
+    if (kind == Predicate::IsNull || kind == Predicate::IsNotNull) return IsNull{left};
     if (kind == Predicate::In)
         return in.parenthesized([&]() -> Expr::Node {
-            if (in.atQuery())
-                return CompareQuery{CompareOp::Equal, /*all=*/false, std::move(left), in.subquery()};
-            return InList{std::move(left), in.expressions()};
+            if (in.atQuery()) return CompareQuery{CompareOp::Equal, /*all=*/false, left, in.subquery()};
+            return InList{left, in.expressions()};
         });
     ExprPtr first = operand();
     if (kind == Predicate::Like)
-        return Like{std::move(left), std::move(first),
-                    in.accept("ESCAPE") ? asValue(in, in.primary()) : nullptr};
+        return Like{left, first, in.accept("ESCAPE") ? asValue(in, in.primary()) : nullptr};
     in.expect("AND");
-    return Between{std::move(left), std::move(first), operand()};
+    const auto is = [&](CompareOp op, ExprPtr bound) {
+        return makeExpr(left->line, Compare{op, left, bound});
+    };
+    return Logic{/*isAnd=*/true, is(CompareOp::GreaterOrEqual, first), is(CompareOp::LessOrEqual, operand())};
 }
 
 // Parses the right side of an operator that is already consumed.
 Expr::Node operation(Parser& in, const Operator& op, ExprPtr left) {
-    if (const auto* kind = std::get_if<Predicate>(&op.meaning)) return predicate(in, *kind, std::move(left));
+    if (const auto* kind = std::get_if<Predicate>(&op.meaning)) return predicate(in, *kind, left);
     if (const auto* compare = std::get_if<CompareOp>(&op.meaning)) {
         const bool all = in.accept("ALL");
         if (all || in.acceptAny({"ANY", "SOME"}))
-            return CompareQuery{*compare, all, std::move(left),
-                                in.parenthesized([&] { return in.subquery(); })};
+            return CompareQuery{*compare, all, left, in.parenthesized([&] { return in.subquery(); })};
     }
     ExprPtr right = in.operators(op.level + 1);
-    if (op.level <= kAnd) return Logic{op.level == kAnd, std::move(left), asCondition(in, std::move(right))};
-    right = asValue(in, std::move(right));
-    if (const auto* compare = std::get_if<CompareOp>(&op.meaning))
-        return Compare{*compare, std::move(left), std::move(right)};
-    return Binary{std::get<BinaryOp>(op.meaning), std::move(left), std::move(right)};
+    if (op.level <= kAnd) return Logic{op.level == kAnd, left, asCondition(in, right)};
+    right = asValue(in, right);
+    if (const auto* compare = std::get_if<CompareOp>(&op.meaning)) return Compare{*compare, left, right};
+    return Binary{std::get<BinaryOp>(op.meaning), left, right};
 }
 
 TypedValue valueOf(const Token& token) {
@@ -103,8 +102,7 @@ ExprPtr xmlValue(Parser& in, QueryPtr query) {
     constexpr std::string_view kWhole = ". (.)[1]", kText = "TEXT()[1] (./TEXT())[1]";
     const int line = in.peek().line;
     if (!query->xml || !query->xml->typed) in.throwSyntaxError();
-    in.accept(". VALUE");
-    in.expect("(");
+    in.expect(". VALUE (");
     const std::string path = in.expectString();
     const bool whole = hasWord(kWhole, path);
     if (!whole && !hasWord(kText, toUpper(path))) in.throwUnsupported("the path '" + path + "' in .value()");
@@ -112,8 +110,7 @@ ExprPtr xmlValue(Parser& in, QueryPtr query) {
     Cast cast;
     cast.type = Parser(in.expectString(), /*quotedIdentifiers=*/true).type(TypeUse::Cast);
     in.expect(")");
-    Call call{{"", "", "xml.value", line}, {}};
-    call.arguments.push_back(makeExpr(line, ScalarQuery{std::move(query)}));
+    Call call{{"", "", "xml.value", line}, {makeExpr(line, ScalarQuery{query})}};
     call.arguments.push_back(makeExpr(line, Literal{numericLiteral(whole ? "1" : "0")}));
     cast.operand = makeExpr(line, std::move(call));
     return makeExpr(line, std::move(cast));
@@ -124,18 +121,19 @@ ExprPtr inParentheses(Parser& in) {
     if (!in.at("( SELECT") && !in.at("( WITH"))
         return in.parenthesized([&] { return in.expressionOrCondition(); });
     QueryPtr query = in.parenthesized([&] { return in.subquery(); });
-    if (in.at(". VALUE")) return xmlValue(in, std::move(query));
-    return makeExpr(line, ScalarQuery{std::move(query)});
+    if (in.at(". VALUE")) return xmlValue(in, query);
+    return makeExpr(line, ScalarQuery{query});
 }
 
 ExprPtr caseOf(Parser& in) {
     const int line = in.takeToken().line;
     Case node;
-    if (!in.at("WHEN")) node.input = in.expression();
+    const ExprPtr input = in.at("WHEN") ? nullptr : in.expression();
     while (in.accept("WHEN")) {
-        ExprPtr when = node.input ? in.expression() : in.condition();
+        ExprPtr when = input ? in.expression() : in.condition();
+        if (input) when = makeExpr(when->line, Compare{CompareOp::Equal, input, when});
         in.expect("THEN");
-        node.branches.emplace_back(std::move(when), in.expression());
+        node.branches.emplace_back(when, in.expression());
     }
     if (node.branches.empty()) in.throwSyntaxError();
     if (in.accept("ELSE")) node.otherwise = in.expression();
@@ -222,9 +220,8 @@ ExprPtr call(Parser& in, ObjectName name) {
 ExprPtr updated(Parser& in) {
     const int line = in.takeToken().line;
     if (!in.m_module || !in.m_module->isTrigger()) in.throwSyntaxError();
-    Call call{{"", "", "update", line}, {}};
     const std::string column = in.parenthesized([&] { return in.expectName(); });
-    call.arguments.push_back(makeExpr(line, Literal{textLiteral(column, /*national=*/true)}));
+    Call call{{"", "", "update", line}, {makeExpr(line, Literal{textLiteral(column, /*national=*/true)})}};
     return makeExpr(line, Compare{CompareOp::Equal, makeExpr(line, std::move(call)),
                                   makeExpr(line, Literal{numericLiteral("1")})});
 }
@@ -297,12 +294,12 @@ ExprPtr Parser::operators(int loosest) {
         if (next == std::end(kOperators) || next->level < loosest) return left;
         if (next->level != std::exchange(level, next->level)) chain = 0;
         const int line = peek().line;
-        left = next->level <= kAnd ? asCondition(*this, std::move(left)) : asValue(*this, std::move(left));
+        left = next->level <= kAnd ? asCondition(*this, left) : asValue(*this, left);
         accept("NOT");
         accept(next->phrase);
-        left = makeExpr(line, operation(*this, *next, std::move(left)));
+        left = makeExpr(line, operation(*this, *next, left));
         const auto* kind = std::get_if<Predicate>(&next->meaning);
-        if (negated || (kind && *kind == Predicate::IsNotNull)) left = makeExpr(line, Not{std::move(left)});
+        if (negated || (kind && *kind == Predicate::IsNotNull)) left = makeExpr(line, Not{left});
     }
 }
 
@@ -312,14 +309,11 @@ ExprPtr Parser::unary() {
         const Temporarily deeper(m_depth, nextDepth());
         const std::string_view sign = takeToken().raw;
         ExprPtr operand = asValue(*this, unary());
-        return sign == "+" ? std::move(operand) : makeExpr(line, Unary{sign == "~", std::move(operand)});
+        return sign == "+" ? operand : makeExpr(line, Unary{sign == "~", operand});
     }
     ExprPtr operand = primary();
     throwIfAt("AT TIME ZONE", "AT TIME ZONE");
-    while (at("COLLATE")) {
-        operand = asValue(*this, std::move(operand));
-        collation();
-    }
+    for (; at("COLLATE"); collation()) operand = asValue(*this, operand);
     return operand;
 }
 

@@ -67,9 +67,7 @@ GroupingSets groupingSets(Parser& in, std::vector<ExprPtr>& keys, bool isNested)
     return combined(in, in.inList(unit), isCube);
 }
 
-// set: number of the grouping set that the query is for
-void groupBy(Parser& in, Select& select, std::size_t set) {
-    std::vector<ExprPtr> keys;
+GroupingSets groupBy(Parser& in, std::vector<ExprPtr>& keys) {
     GroupingSets sets{{}};
     in.list([&] {
         GroupingSets product;
@@ -85,15 +83,14 @@ void groupBy(Parser& in, Select& select, std::size_t set) {
         GroupingSets units(keys.size());
         for (std::size_t i = 0; i < keys.size(); ++i) units[i] = {i};
         in.takeToken();
-        sets = combined(in, units, in.takeToken().initial == 'C');
+        sets = combined(in, units, sameWord(in.takeToken().raw, "CUBE"));
     }
-    select.sets = sets.size();
-    if (sets.size() > 1 && select.top) in.throwUnsupported("TOP with GROUPING SETS, CUBE or ROLLUP");
-    for (std::size_t i = 0; i < keys.size(); ++i)
-        (std::ranges::count(sets[set], i) ? select.groupBy : select.ungrouped).push_back(std::move(keys[i]));
+    return sets;
 }
 
-Select select(Parser& in, std::size_t groupingSet) {
+// A UNION of one query for each grouping set.
+QueryPtr selects(Parser& in) {
+    const int line = in.peek().line;
     in.expect("SELECT");
     auto* const into = std::exchange(in.m_into, nullptr);
     Select select;
@@ -107,25 +104,19 @@ Select select(Parser& in, std::size_t groupingSet) {
         in.throwError(kIdentityWithoutInto, {}, in.faulty().line);
     if (in.accept("FROM")) select.from = in.from();
     if (in.accept("WHERE")) select.where = in.condition();
-    if (in.accept("GROUP BY")) groupBy(in, select, groupingSet);
+    std::vector<ExprPtr> keys;
+    const auto sets = in.accept("GROUP BY") ? groupBy(in, keys) : GroupingSets{{}};
     if (in.accept("HAVING")) select.having = in.condition();
-    return select;
-}
-
-// A UNION of one query for each grouping set.
-QueryPtr selects(Parser& in) {
-    const int line = in.peek().line;
-    const std::size_t begin = in.position();
-    auto* const into = in.m_into;
+    select.sets = sets.size();
+    if (sets.size() > 1 && select.top) in.throwUnsupported("TOP with GROUPING SETS, CUBE or ROLLUP");
     QueryPtr query;
-    for (std::size_t set = 0, sets = 1; set < sets; ++set) {
-        if (set > 0) in.goBackTo(begin);
-        in.m_into = into;
-        Select one = select(in, set);
-        sets = one.sets;
+    for (const auto& set : sets) {
+        Select one = select;
+        for (std::size_t i = 0; i < keys.size(); ++i)
+            (std::ranges::count(set, i) ? one.groupBy : one.ungrouped).push_back(keys[i]);
         const SetOp op = one.distinct ? SetOp::Union : SetOp::UnionAll;
         QueryPtr next = queryOf(line, std::move(one));
-        query = query ? queryOf(line, SetOperation{op, std::move(query), std::move(next)}) : std::move(next);
+        query = query ? queryOf(line, SetOperation{op, query, next}) : next;
     }
     return query;
 }
@@ -142,7 +133,7 @@ QueryPtr setOperations(Parser& in, bool intersect) {
         const int line = in.peek().line;
         const SetOp* op = in.acceptOneOf(kSetOperations);
         if (!op) break;
-        left = queryOf(line, SetOperation{*op, std::move(left), operand()});
+        left = queryOf(line, SetOperation{*op, left, operand()});
     }
     return left;
 }
@@ -164,11 +155,7 @@ std::optional<ForXml> forXml(Parser& in) {
         in.throwIfAt("ELEMENTS XSINIL", "ELEMENTS XSINIL in FOR XML");
         if (in.accept("ROOT"))
             name(xml.root = "root");
-        else if (in.accept("TYPE"))
-            xml.typed = true;
-        else if (in.accept("ELEMENTS"))
-            xml.elements = true;
-        else
+        else if (!in.acceptFlag({{"TYPE", &xml.typed}, {"ELEMENTS", &xml.elements}}))
             in.throwUnsupported("the option " + toUpper(in.near()) + " of FOR XML");
     }
     return xml;
@@ -200,12 +187,11 @@ QueryPtr rowValues(Parser& in) {
         const int line = in.peek().line;
         Select select;
         for (auto& cell : in.parenthesized([&] { return in.expressions(); }))
-            select.items.push_back({std::move(cell), {}, {}, {}});
+            select.items.push_back({cell, {}, {}, {}});
         if (rows && select.items.size() != width) in.throwError(kRowLengthsDiffer, {}, line);
         width = select.items.size();
         QueryPtr row = queryOf(line, std::move(select));
-        rows = rows ? queryOf(line, SetOperation{SetOp::UnionAll, std::move(rows), std::move(row)})
-                    : std::move(row);
+        rows = rows ? queryOf(line, SetOperation{SetOp::UnionAll, rows, row}) : row;
     }
     return rows;
 }
@@ -247,7 +233,7 @@ TableRefPtr joins(Parser& in) {
         if (!isWhole) in.acceptAny({"LOOP", "HASH", "MERGE", "REMOTE"});  // hints have no effect
         if (!isWhole) in.expect("JOIN");
         const int line = in.peek().line;
-        Join join{*kind, std::move(left), tableRef(in), nullptr, applies};
+        Join join{*kind, left, tableRef(in), nullptr, applies};
         if (!applies && join.kind != JoinKind::Cross) {
             in.expect("ON");
             join.on = in.condition();
@@ -320,7 +306,8 @@ ExprPtr Parser::top(Select* select) {
     ExprPtr count = primary();
     const auto* literal = std::get_if<Literal>(&count->node);
     if (literal && literal->constant.value == Value(std::int64_t{100}) && accept("PERCENT"))  // all rows
-        count->node = Literal{{std::numeric_limits<std::int64_t>::max(), simpleType(TypeId::BigInt)}};
+        count = makeExpr(count->line,
+                         Literal{{std::numeric_limits<std::int64_t>::max(), simpleType(TypeId::BigInt)}});
     throwIfAt(select ? "" : "PERCENT", "TOP ... PERCENT of a change");
     if (select) select->percent = accept("PERCENT");
     if (select) select->ties = accept("WITH TIES");
@@ -403,14 +390,13 @@ std::optional<std::int64_t> Parser::options() {
     if (!accept("OPTION")) return most;
     expect("(");
     while (!accept(")")) {
-        const int line = peek().line;
         if (accept("MAXRECURSION"))
             most = expectInteger();
         else if (at("("))
             skipParenthesized();
         else if (takeToken().kind == TokenKind::End)
             throwSyntaxError();
-        if (most > kMost) throwError(kMaxRecursionTooLarge, {std::to_string(*most)}, line);
+        if (most > kMost) throwError(kMaxRecursionTooLarge, {std::to_string(*most)}, last().line);
     }
     return most;
 }
