@@ -1,4 +1,4 @@
-// SELECT, INSERT, UPDATE, DELETE.
+// SELECT, INSERT, UPDATE, DELETE, MERGE.
 
 #include "execute/Executor.h"
 

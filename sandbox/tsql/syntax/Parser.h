@@ -190,7 +190,7 @@ class Parser {
 };
 
 // ---- statements of ParserDefinitions.cpp; the caller has consumed the keyword in their names
-Statement::Node parseRows(Parser& in);  // SELECT, INSERT, UPDATE, DELETE, WITH before one of them
+Statement::Node parseRows(Parser& in);  // SELECT, INSERT, UPDATE, DELETE, MERGE, WITH before one of them
 Statement::Node parseDefinition(Parser& in, bool create);  // CREATE or ALTER
 Statement::Node parseDrop(Parser& in);
 Statement::Node parseTriggerSwitch(Parser& in, bool enables);

@@ -1,4 +1,4 @@
-// INSERT, UPDATE, DELETE; CREATE, ALTER and DROP.
+// INSERT, UPDATE, DELETE, MERGE; CREATE, ALTER and DROP.
 
 #include "syntax/Parser.h"
 
@@ -142,6 +142,7 @@ Merge merge(Parser& in) {
     node.alias = in.accept("AS") || !in.at("USING") ? in.expectName() : node.table.name;
     in.expect("USING");
     node.source = in.from();
+    if (node.source.size() > 1) in.throwSyntaxError();
     in.expect("ON");
     node.where = in.condition();
     while (in.accept("WHEN")) node.clauses.push_back(mergeClause(in, node.clauses));
