@@ -194,8 +194,7 @@ void Executor::afterError(const Message& message, bool raised) {
     const Frame* const blind = endsHere && !inFunction ? m_frames.back() : nullptr;
     if (message.severity < kFatalSeverity && (m_tries > (blind ? blind->tries : 0) || inFunction)) {
         m_doomed = m_doomed || (endsBatch && m_transactions > 0);
-        const bool changes = verb == "INSERT" || verb == "UPDATE" || verb == "DELETE";
-        if (changes) done(0);  // precedes the results of CATCH
+        if (verb == "INSERT" || verb == "UPDATE" || verb == "DELETE") done(0);  // before CATCH's results
         throw Raised{message, blind};
     }
     report(message);

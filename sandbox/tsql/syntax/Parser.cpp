@@ -46,12 +46,11 @@ Constraint parseConstraint(std::string_view text) {
 // Accepts reserved words as names. A string that is no name is returned as it is; no object has it as name.
 ObjectName parseObjectName(std::string_view text) {
     std::vector<std::string> parts(1);
-    for (const Token& token : tokenize(text)) {
+    for (const Token& token : tokenize(text))
         if (token.raw == ".")
             parts.emplace_back();
         else if (token.kind != TokenKind::End && !std::exchange(parts.back(), unquoted(token)).empty())
             return {{}, {}, std::string(text)};
-    }
     return nameOf(parts, 1);
 }
 

@@ -200,6 +200,8 @@ TableRefPtr joins(Parser& in);
 
 TableRefPtr tableRef(Parser& in) {
     for (const auto word : {"OPENROWSET", "OPENQUERY", "OPENJSON", "OPENXML"}) in.throwIfAt(word, word);
+    for (const auto word : {"INSERT", "UPDATE", "DELETE", "MERGE"})
+        in.throwIfAt(word, std::string(word) + " as a source of rows");
     const bool values = in.at("( VALUES");
     if (in.at("(") && !values && !in.atQuery()) return in.parenthesized([&] { return joins(in); });
     auto table = std::make_unique<TableRef>();
