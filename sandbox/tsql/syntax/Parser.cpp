@@ -72,8 +72,7 @@ std::size_t Parser::match(std::string_view phrase, std::size_t ahead) const {
         const Token& token = peek(ahead + count);
         const std::size_t size = token.raw.size();
         const bool isWord = size == phrase.size() || (size < phrase.size() && phrase[size] == ' ');
-        const bool isPlain = token.kind == TokenKind::Word || token.kind == TokenKind::Symbol;
-        if (!isPlain || !isWord || !sameWord(token.raw, phrase.substr(0, size))) return 0;
+        if (!isWord || !sameWord(token.raw, phrase.substr(0, size))) return 0;
         if (size == phrase.size()) return count + 1;
         phrase.remove_prefix(size + 1);
     }

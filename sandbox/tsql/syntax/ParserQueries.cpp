@@ -310,7 +310,7 @@ ExprPtr Parser::top(Select* select) {
     if (literal && literal->constant.value == Value(std::int64_t{100}) && accept("PERCENT"))  // all rows
         count = makeExpr(count->line,
                          Literal{{std::numeric_limits<std::int64_t>::max(), simpleType(TypeId::BigInt)}});
-    throwIfAt(select ? "" : "PERCENT", "TOP ... PERCENT of a change");
+    if (!select) throwIfAt("PERCENT", "TOP ... PERCENT of a change");
     if (select) select->percent = accept("PERCENT");
     if (select) select->ties = accept("WITH TIES");
     return count;
