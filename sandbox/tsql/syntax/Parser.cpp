@@ -17,16 +17,9 @@ ObjectName nameOf(std::vector<std::string> parts, int line) {
 
 std::shared_ptr<const Batch> parseBatch(std::string_view text, bool quotedIdentifiers) {
     Parser parser(text, quotedIdentifiers);
-    try {
-        auto batch = std::make_shared<Batch>(Batch{parser.batch()});
-        batch->locals = std::move(parser.m_locals);
-        return batch;
-    } catch (const SqlError& error) {  // without a line: of a type or constant
-        const auto* placed = dynamic_cast<const SyntaxError*>(&error);
-        SyntaxError failure(error, placed ? placed->line : parser.last().line);
-        failure.procedure = parser.m_procedure;
-        throw failure;
-    }
+    auto batch = std::make_shared<Batch>(Batch{parser.batch()});
+    batch->locals = std::move(parser.m_locals);
+    return batch;
 }
 
 bool hasWord(std::string_view words, const std::string& word) {

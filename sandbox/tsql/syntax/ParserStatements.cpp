@@ -453,10 +453,17 @@ void checkInFunction(const Statement& statement, const std::string& verb) {
 }  // namespace
 
 Block Parser::batch() {
-    Block all = statements("");
-    for (const auto& [name, line] : m_gotos)
-        if (!m_labels.contains(name)) throwError(kUnknownLabel, {name}, line);
-    return all;
+    try {
+        Block all = statements("");
+        for (const auto& [name, line] : m_gotos)
+            if (!m_labels.contains(name)) throwError(kUnknownLabel, {name}, line);
+        return all;
+    } catch (const SqlError& error) {  // without a line: of a type or constant
+        const auto* placed = dynamic_cast<const SyntaxError*>(&error);
+        SyntaxError failure(error, placed ? placed->line : last().line);
+        failure.procedure = m_procedure;
+        throw failure;
+    }
 }
 
 // Parses statements up to `end`, which is consumed, or to the end of the text. THROW and WITH need a
