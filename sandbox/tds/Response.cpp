@@ -13,7 +13,7 @@ constexpr unsigned kColumnIdentity = 0x10;
 constexpr std::uint8_t kStatusOutputParameter = 0x01;
 
 // Commands of DONE tokens, in the order of tsql::StatementKind; the call of a procedure.
-constexpr unsigned kCommands[] = {0, 0xC1, 0xC3, 0xC5, 0xC4};
+constexpr unsigned kCommands[] = {0, 0xC1, 0xC3, 0xC5, 0xC4, 0x117};
 constexpr unsigned kCommandExecute = 0xE0;
 
 // A look at the socket costs more than sending a row, hence not one for every row.

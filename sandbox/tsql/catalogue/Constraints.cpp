@@ -78,8 +78,8 @@ SqlError BrokenConstraint::error(const SqliteFailure& failure) const {
                                             m_change.verb});
         case SQLITE_CONSTRAINT_CHECK:
             for (const auto& key : m_catalogue.keysOf(m_change.target.id))
-                if (key.name == what) return conflict(m_change.verb, "CHECK", m_change.target, key);
-            return conflict(m_change.verb, "CHECK", m_change.target, {});
+                if (key.name == what) return conflict(m_change.statement(), "CHECK", m_change.target, key);
+            return conflict(m_change.statement(), "CHECK", m_change.target, {});
         case SQLITE_CONSTRAINT_FOREIGNKEY:
             return brokenReference();
         default:
@@ -95,7 +95,7 @@ SqlError BrokenConstraint::brokenReference() const {
         const std::string broken = "WITH " + m_change.newRows + " SELECT 1 FROM incoming WHERE " +
                                    orphans(m_catalogue, m_change.target, key, "incoming") + " LIMIT 1";
         if (m_connection.number(broken, m_change.values))
-            return foreignKeyConflict(m_change.verb, m_catalogue, key);
+            return foreignKeyConflict(m_change.statement(), m_catalogue, key);
     }
     auto others = m_catalogue.keysTo(m_change.target.id);
     std::erase_if(others, [&](const ObjectInfo& key) {  // no row prevents the change; NULL references nothing
@@ -105,10 +105,10 @@ SqlError BrokenConstraint::brokenReference() const {
         return action != kNoAction || isDisabled(key) ||
                !anyRow(m_connection, *m_catalogue.table(key.table), own + " = " + own);
     });
-    if (others.size() != 1) return conflict(m_change.verb, "REFERENCE", m_change.target, {});
+    if (others.size() != 1) return conflict(m_change.statement(), "REFERENCE", m_change.target, {});
     const ObjectInfo& key = others.front();
     const bool isWithinTable = sameText(key.table, key.stored);
-    return conflict(m_change.verb, isWithinTable ? "SAME TABLE REFERENCE" : "REFERENCE",
+    return conflict(m_change.statement(), isWithinTable ? "SAME TABLE REFERENCE" : "REFERENCE",
                     *m_catalogue.table(key.table), key);
 }
 

@@ -11,6 +11,8 @@ struct RowChange {
     std::string verb;           // INSERT, UPDATE, DELETE; empty: none
     std::string newRows;        // as Translator::newRows()
     std::vector<Value> values;  // of the parameters in newRows
+    bool merges = false;        // it is part of a MERGE, which most messages name
+    std::string_view statement() const { return merges ? std::string_view("MERGE") : verb; }
 };
 
 // Returns the columns that a foreign key references. Throws SqlError 1767 and others for an impossible key.

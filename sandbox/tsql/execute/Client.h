@@ -36,7 +36,7 @@ struct ProcedureCall {
 };
 
 // What a finished statement did.
-enum class StatementKind { Other, Select, Insert, Update, Delete };
+enum class StatementKind { Other, Select, Insert, Update, Delete, Merge };
 
 enum class TransactionEvent { Began, Committed, RolledBack };
 

@@ -124,9 +124,9 @@ Flow Executor::runBlock(const Block& block) {
     for (auto next = block.begin(); next != block.end();) {
         const Flow flow = runStatement(**next++);
         if (flow == Flow::Next) continue;
-        next = std::ranges::find_if(block, [flow](const StatementPtr& statement) {
+        next = std::ranges::find_if(block, [&](const StatementPtr& statement) {
             const auto* label = std::get_if<Label>(&statement->node);
-            return label && flowTo(label->number) == flow;
+            return label && flow == Flow::Goto && sameWord(label->name, m_goto);
         });
         if (next == block.end()) return flow;
     }
@@ -196,8 +196,7 @@ void Executor::afterError(const Message& message, bool raised) {
     const Frame* const blind = endsHere && !inFunction ? m_frames.back() : nullptr;
     if (message.severity < kFatalSeverity && (m_tries > (blind ? blind->tries : 0) || inFunction)) {
         m_doomed = m_doomed || (endsBatch && m_transactions > 0);
-        const bool changes = verb == "INSERT" || verb == "UPDATE" || verb == "DELETE";
-        if (changes) done(0);  // precedes the results of CATCH
+        if (verb == "INSERT" || verb == "UPDATE" || verb == "DELETE") done(0);  // before CATCH's results
         throw Raised{message, blind};
     }
     report(message);

@@ -22,11 +22,7 @@ namespace tsql {
 struct SystemProcedure;
 struct StatementCall;
 
-// FirstLabel + n: GOTO the label of number n.
-enum class Flow { Next, Break, Continue, Return, FirstLabel };
-
-template <typename Node, typename... Others>
-inline constexpr bool isOneOf = (std::is_same_v<Node, Others> || ...);
+enum class Flow { Next, Break, Continue, Return, Goto };
 
 // Exceptions that end the execution of statements early.
 struct Raised {  // an error on its way to a CATCH block
@@ -118,7 +114,6 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     Flow runBlock(const Block& block);
     Flow runStatement(const Statement& statement);
     Flow guarded(int line, const std::function<Flow()>& work);
-    static Flow flowTo(int label) { return static_cast<Flow>(static_cast<int>(Flow::FirstLabel) + label); }
     bool isSkipping() const { return m_settings.parseOnly || m_settings.checkOnly; }
     void check(const Block& block);
     void check(const Statement& statement);
@@ -131,7 +126,10 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     Flow run(const Break&) { return Flow::Break; }
     Flow run(const Continue&) { return Flow::Continue; }
     Flow run(const Label&) { return Flow::Next; }
-    Flow run(const Goto& node) { return flowTo(node.label); }
+    Flow run(const Goto& node) {
+        m_goto = node.label;
+        return Flow::Goto;
+    }
     Flow run(const Return& node);
     Flow run(const Compound& node) { return runBlock(node.statements); }
     Flow run(const TryCatch& node);
@@ -174,11 +172,19 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
 
     // ---- queries and changes of rows (ExecutorQueries.cpp)
     Flow run(const SelectStatement& statement);
-    Flow run(const Insert& insert);
+    Flow run(const Insert& insert) { return runChange(insert, StatementKind::Insert); }
     Flow run(const InsertBulk& bulk);
-    Flow run(const Update& update);
-    Flow run(const Delete& remove);
+    Flow run(const Update& update) { return runChange(update, StatementKind::Update); }
+    Flow run(const Delete& remove) { return runChange(remove, StatementKind::Delete); }
+    Flow run(const Merge& merge) { return runChange(merge, StatementKind::Merge); }
     void run(const Truncate& truncate);
+    // Runs a change and the triggers that it fires.
+    template <typename Node>
+    Flow runChange(const Node& node, StatementKind kind);
+    void apply(const Insert& insert, const TableInfo& target, Translator& translator);
+    void apply(const Update& update, const TableInfo& target, Translator& translator);
+    void apply(const Delete& remove, const TableInfo& target, Translator& translator);
+    void apply(const Merge& merge, const TableInfo& target, Translator& translator);
     using ChangeRows = std::function<void(const TableInfo& target)>;
     std::int64_t sendRows(PreparedStatement& statement, const QueryText& text, std::int64_t most = 0);
     std::int64_t assignRows(PreparedStatement& statement, const std::vector<Column>& variables,
@@ -192,15 +198,10 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     Flow selectInto(const Query& query, const ObjectName& name);
     ColumnList insertColumns(const TableInfo& target, const std::vector<std::string>& names,
                              bool defaultValues) const;
-    std::string insertText(const TableInfo& target, const ColumnList& columns, const Insert& insert,
-                           Translator& translator);
     void insertRow(const TableInfo& target, const ColumnList& columns, const std::vector<TypedValue>& cells);
     void insertRowsOf(const TableInfo& target, const ColumnList& columns, const std::function<void()>& work);
-    void changeWithOutput(const TableInfo& target, std::string_view verb, const std::string& sql,
-                          const Translator& translator, const std::optional<Output>& output);
     TableInfo changedTable(const Change& change, Translator& translator);
-    void updateInSteps(const TableInfo& target, const Translator& translator,
-                       const std::optional<Output>& output);
+    void updateInSteps(const TableInfo& target, const Translator& translator);
     void change(const TableInfo& target, std::string_view verb, const std::string& sql,
                 const Translator& translator);
     void insertAll(const TableInfo& target, const std::function<std::int64_t()>& insertRows);
@@ -270,8 +271,8 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     TableInfo tableOfTrigger(const CreateModule& trigger);
     static void bindTrigger(const Catalogue& owner, const CreateModule& trigger, const TableInfo& table,
                             ObjectInfo& object);
-    // Runs a change of `target` and the triggers that it fires. updated: columns that an UPDATE sets.
-    Flow withTriggers(const TableInfo& target, StatementKind kind, const WordSet& updated,
+    // Runs changes of a table and the triggers that they fire.
+    Flow withTriggers(const std::vector<Firing>& changes, StatementKind kind,
                       const std::optional<Output>& output, const ChangeRows& change);
     std::vector<ObjectInfo> enabledTriggers(const TableInfo& table, std::string_view verb);
     void addFiring(Firing firing, std::vector<Firing>& all);
@@ -360,7 +361,6 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     void run(const AlterDatabase& alter);
     void run(const Backup& backup);
     Flow run(const Restore& restore);
-    void run(const CheckDatabase& check);
     void run(const Maintenance& maintenance);
     void checkIdentity(const TableInfo& table, const Maintenance& check);
     void set(const Settings& settings);
@@ -416,6 +416,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     bool m_checking = false;           // statements are checked, not executed
     bool m_ownTransaction = false;     // the open transaction is the statement's own
     int m_fewestTransactions = 0;      // COMMIT is an error at this number
+    std::string m_goto;                // label, while the flow is Goto
     bool m_insertsRows = false;        // INSERT ... EXECUTE is running
     bool m_isCalledByQuery = false;    // a scalar function is running
     std::optional<InsertBulk> m_bulk;  // expects its rows

@@ -79,23 +79,22 @@ void Executor::dropDatabase(const std::string& name, bool ifExists) {
 
 // ---- maintenance
 
-void Executor::run(const CheckDatabase& check) {
-    const std::string name = check.database ? evaluateText(*check.database) : m_database;
-    PreparedStatement findings(m_connection, "PRAGMA " + m_connection.attach(name) + ".integrity_check");
-    int faults = 0;
-    for (; findings.step() && findings.text(0) != "ok"; ++faults) inform(kTableError, {findings.text(0)});
-    if (faults > 0 || !check.onlyFaults)
-        inform(kDatabaseChecked, {std::to_string(faults), m_storage.canonicalName(name)});
-    if (!check.onlyFaults) inform(kDbccDone);
-}
-
 void Executor::run(const Maintenance& maintenance) {
     if (maintenance.table) {
-        const int missing = maintenance.isDbcc ? kDbccTableUnknown : kStatisticsTableUnknown;
-        const TableInfo target = table(*maintenance.table, missing);
-        if (maintenance.checksIdentity) checkIdentity(target, maintenance);
+        const bool isDbcc = !maintenance.dbcc.empty();
+        const TableInfo target =
+            table(*maintenance.table, isDbcc ? kDbccTableUnknown : kStatisticsTableUnknown);
+        if (isDbcc) checkIdentity(target, maintenance);
     }
-    if (maintenance.isDbcc && !maintenance.onlyFaults) inform(kDbccDone);
+    if (maintenance.dbcc == "CHECKDB") {
+        const std::string name = maintenance.database ? evaluateText(*maintenance.database) : m_database;
+        PreparedStatement findings(m_connection, "PRAGMA " + m_connection.attach(name) + ".integrity_check");
+        int faults = 0;
+        for (; findings.step() && findings.text(0) != "ok"; ++faults) inform(kTableError, {findings.text(0)});
+        if (faults > 0 || !maintenance.onlyFaults)
+            inform(kDatabaseChecked, {std::to_string(faults), m_storage.canonicalName(name)});
+    }
+    if (!maintenance.dbcc.empty() && !maintenance.onlyFaults) inform(kDbccDone);
 }
 
 // DBCC CHECKIDENT. A given seed is the next identity of a table that never had one, else the last identity.

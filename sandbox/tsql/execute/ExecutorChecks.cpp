@@ -32,12 +32,12 @@ void Executor::checkNode(const Node& node) {
     } else if constexpr (isOneOf<Node, SelectStatement, DeclareCursor>) {
         translator.query(*node.query);
     } else if constexpr (std::is_same_v<Node, Insert>) {
-        const TableInfo target = table(node.table);
+        const TableInfo target = changedTable(node, translator);
         const auto columns = insertColumns(target, node.columns, node.defaultValues);
         if (node.execute)
             checkNode(std::get<Execute>(node.execute->node));
         else
-            insertText(target, columns, node, translator);
+            translator.insert(target, columns, node);
     } else if constexpr (std::is_same_v<Node, Execute>) {
         // Not all system procedures are supported.
         const std::string &caller = m_frames.back()->procedure, &called = node.procedure.name;
@@ -48,6 +48,8 @@ void Executor::checkNode(const Node& node) {
         const TableInfo target = changedTable(node, translator);
         if constexpr (std::is_same_v<Node, Update>)
             translator.update(target, node, "a record");
+        else if constexpr (std::is_same_v<Node, Merge>)
+            translator.merge(target, node);
         else
             translator.remove(target, node);
     }

@@ -103,7 +103,7 @@ Flow Executor::run(const RaiseError& raise) {
     if (isInteger(message.type.id)) {
         const int first = m_frames.back()->schemaName == "sys" ? 0 : 13'000;  // others are not for users
         raisedNumber = evaluateInteger(*raise.values[0]);
-        if (raisedNumber < first || !hasText(raisedNumber))
+        if (raisedNumber < first || !findMessage(raisedNumber))
             throw sqlError(raisedNumber < first ? kInvalidRaisedNumber : kNoTextOfRaisedNumber,
                            {format, std::to_string(severity), std::to_string(state)});
         const SqlError known = sqlError(raisedNumber);

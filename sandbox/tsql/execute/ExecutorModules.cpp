@@ -134,7 +134,7 @@ void Executor::runFrame(const Block& body, Frame& frame) {
     inFrame(frame, [&] {
         const bool isModule = !frame.procedure.empty();
         if (!isModule && !m_settings.parseOnly && (!isAlone(body) || m_settings.checkOnly)) check(body);
-        if (runBlock(body) >= Flow::FirstLabel) fail(unsupported("GOTO into a block"), m_line);
+        if (runBlock(body) == Flow::Goto) fail(unsupported("GOTO into a block"), m_line);
     });
 }
 

@@ -1,4 +1,4 @@
-// SELECT, INSERT, UPDATE, DELETE.
+// SELECT, INSERT, UPDATE, DELETE, MERGE.
 
 #include "execute/Executor.h"
 
@@ -8,9 +8,19 @@ namespace {
 
 constexpr std::int64_t kRowsBetweenLooks = 64;  // rows between two checks for cancellation
 
-// The number of columns or values of an INSERT is wrong.
-constexpr int kCountErrors[] = {kMoreInsertColumnsThanValues, kFewerInsertColumnsThanValues,
-                                kFewerSelectedThanInserted, kMoreSelectedThanInserted};
+// Adds what a statement does to its table.
+template <typename Node>
+void addChanges(const Node& node, const TableInfo& target, std::vector<Firing>& changes) {
+    if constexpr (std::is_same_v<Node, Merge>) {
+        for (const auto& clause : node.clauses)
+            std::visit([&](const auto& each) { addChanges(each, target, changes); }, clause.change);
+    } else {
+        constexpr bool inserts = std::is_same_v<Node, Insert>, deletes = std::is_same_v<Node, Delete>;
+        changes.push_back({target, inserts ? "INSERT" : deletes ? "DELETE" : "UPDATE"});
+        if constexpr (!inserts && !deletes)
+            for (const auto& clause : node.sets) changes.back().updated.insert(clause.column);
+    }
+}
 
 }  // namespace
 
@@ -118,27 +128,6 @@ void Executor::change(const TableInfo& target, std::string_view verb, const std:
     m_change.verb.clear();
 }
 
-// OUTPUT ... INTO: inserts the output into another table, atomically with the change.
-void Executor::changeWithOutput(const TableInfo& target, std::string_view verb, const std::string& sql,
-                                const Translator& translator, const std::optional<Output>& output) {
-    if (!output || !output->into) return change(target, verb, sql, translator);
-    beforeWrite();
-    Atomic atomic(m_connection, target.schema);
-    claim(*output->into);
-    const TableInfo into = table(*output->into);
-    if (into.schema != kTempSchema && !enabledTriggers(into, "INSERT").empty())
-        throw sqlError(kOutputIntoTriggers, {asWritten(*output->into)});
-    std::int64_t changed = 0, identity = 0;
-    insertRowsOf(into, insertColumns(into, output->columns, /*defaultValues=*/false), [&] {
-        change(target, verb, sql, translator);
-        changed = m_rowCount;
-        identity = sqlite3_last_insert_rowid(m_connection.handle());
-    });
-    m_rowCount = changed;
-    sqlite3_set_last_insert_rowid(m_connection.handle(), identity);  // SCOPE_IDENTITY() of the change
-    atomic.commit();
-}
-
 ColumnList Executor::insertColumns(const TableInfo& target, const std::vector<std::string>& names,
                                    bool defaultValues) const {
     const bool identityGiven = sameWord(m_settings.identityInsert, target.fullName());
@@ -160,40 +149,44 @@ ColumnList Executor::insertColumns(const TableInfo& target, const std::vector<st
     return columns;
 }
 
-// Without a column list, values are expected for all columns but the identity.
-std::string Executor::insertText(const TableInfo& target, const ColumnList& columns, const Insert& insert,
-                                 Translator& translator) {
-    translator.useCommonTables(insert, insert.table);
-    try {
-        return insert.query ? translator.insertQuery(target, columns, insert)
-                            : translator.insertRows(target, columns, insert);
-    } catch (const SqlError& error) {
-        const bool isCount = std::ranges::find(kCountErrors, error.number) != std::end(kCountErrors);
-        if (!insert.columns.empty() || !isCount) throw;
-        const bool more = insert.query ? error.number == kMoreSelectedThanInserted
-                                       : insert.rows[0].size() == target.columns.size();
-        if (more && target.identityColumn()) throw sqlError(kIdentityValueNeedsColumnList, {target.name});
-        throw sqlError(kColumnCountMismatch);
-    }
+template <typename Node>
+Flow Executor::runChange(const Node& node, StatementKind kind) {
+    Translator translator(*this);
+    std::vector<Firing> changes;
+    addChanges(node, changedTable(node, translator), changes);
+    return withTriggers(changes, kind, node.output, [&](const TableInfo& target) {
+        if (!node.output || !node.output->into) return apply(node, target, translator);
+        // OUTPUT ... INTO: the output is inserted into another table, atomically with the change.
+        beforeWrite();
+        Atomic atomic(m_connection, target.schema);
+        claim(*node.output->into);
+        const TableInfo into = table(*node.output->into);
+        if (into.schema != kTempSchema && !enabledTriggers(into, "INSERT").empty())
+            throw sqlError(kOutputIntoTriggers, {asWritten(*node.output->into)});
+        std::int64_t changed = 0;
+        insertRowsOf(into, insertColumns(into, node.output->columns, /*defaultValues=*/false), [&] {
+            apply(node, target, translator);
+            changed = m_rowCount;
+        });
+        m_rowCount = changed;
+        atomic.commit();
+    });
 }
 
-Flow Executor::run(const Insert& insert) {
-    claim(insert.table);
-    if (insert.execute && insert.output) throw unsupported("INSERT ... OUTPUT ... EXECUTE");
-    const auto change = [&](const TableInfo& target) {
-        const auto columns = insertColumns(target, insert.columns, insert.defaultValues);
-        Translator translator(*this);
-        withIdentities(target, [&] {
-            if (insert.execute)
-                inTransaction([&] {
-                    insertRowsOf(target, columns, [&] { run(std::get<Execute>(insert.execute->node)); });
-                });
-            else
-                changeWithOutput(target, "INSERT", insertText(target, columns, insert, translator),
-                                 translator, insert.output);
-        });
-    };
-    return withTriggers(table(insert.table), StatementKind::Insert, {}, insert.output, change);
+template Flow Executor::runChange(const Insert&, StatementKind);
+template Flow Executor::runChange(const Update&, StatementKind);
+template Flow Executor::runChange(const Delete&, StatementKind);
+template Flow Executor::runChange(const Merge&, StatementKind);
+
+void Executor::apply(const Insert& insert, const TableInfo& target, Translator& translator) {
+    const auto columns = insertColumns(target, insert.columns, insert.defaultValues);
+    withIdentities(target, [&] {
+        if (insert.execute)
+            return inTransaction([&] {
+                insertRowsOf(target, columns, [&] { run(std::get<Execute>(insert.execute->node)); });
+            });
+        change(target, "INSERT", translator.insert(target, columns, insert), translator);
+    });
 }
 
 // A client that sends values for the identity means to keep them.
@@ -350,32 +343,25 @@ TableInfo Executor::changedTable(const Change& change, Translator& translator) {
     return table(name);
 }
 
-Flow Executor::run(const Update& update) {
-    Translator translator(*this);
-    const auto change = [&](const TableInfo& target) {
-        std::optional<RowRecord> record;
-        if (update.output) record.emplace(m_connection, target, "UPDATE");
-        const std::string sql = translator.update(target, update, record ? record->name() : "");
-        try {
-            changeWithOutput(target, "UPDATE", sql, translator, update.output);
-        } catch (const SqliteFailure& failure) {
-            if (failure.code != SQLITE_CONSTRAINT_UNIQUE) throw;
-            // The steps would act for keys that stay the same, too.
-            for (const auto& key : Catalogue(m_connection, target.database, target.schema).keysTo(target.id))
-                if (parseConstraint(key.source).onUpdate == "SET NULL")
-                    throw unsupported("ON UPDATE SET NULL for rows that take over each other's keys");
-            updateInSteps(target, translator, update.output);
-        }
-    };
-    WordSet set;
-    for (const auto& clause : update.sets) set.insert(clause.column);
-    return withTriggers(changedTable(update, translator), StatementKind::Update, set, update.output, change);
+void Executor::apply(const Update& update, const TableInfo& target, Translator& translator) {
+    std::optional<RowRecord> record;
+    if (update.output) record.emplace(m_connection, target, "UPDATE");
+    const std::string sql = translator.update(target, update, record ? "temp." + record->name() : "");
+    try {
+        change(target, "UPDATE", sql, translator);
+    } catch (const SqliteFailure& failure) {
+        if (failure.code != SQLITE_CONSTRAINT_UNIQUE) throw;
+        // The steps would act for keys that stay the same, too.
+        for (const auto& key : Catalogue(m_connection, target.database, target.schema).keysTo(target.id))
+            if (parseConstraint(key.source).onUpdate == "SET NULL")
+                throw unsupported("ON UPDATE SET NULL for rows that take over each other's keys");
+        updateInSteps(target, translator);
+    }
 }
 
 // SQLite checks keys row by row, T-SQL at the end of the statement. Therefore the rows give up their keys
 // first.
-void Executor::updateInSteps(const TableInfo& target, const Translator& translator,
-                             const std::optional<Output>& output) {
+void Executor::updateInSteps(const TableInfo& target, const Translator& translator) {
     Atomic atomic(m_connection, target.schema);
     const auto steps = translator.updateInSteps();
     m_connection.run(steps[0], parameterValues(translator));
@@ -384,19 +370,54 @@ void Executor::updateInSteps(const TableInfo& target, const Translator& translat
         m_connection.run("PRAGMA ignore_check_constraints = 1");
         m_connection.run(steps[1]);
     }
-    changeWithOutput(target, "UPDATE", steps[2], translator, output);
+    change(target, "UPDATE", steps[2], translator);
     const std::int64_t changed = m_rowCount;
     m_connection.run(steps[3]);
     m_rowCount = changed;
     atomic.commit();
 }
 
-Flow Executor::run(const Delete& remove) {
-    Translator translator(*this);
-    const auto change = [&](const TableInfo& target) {
-        changeWithOutput(target, "DELETE", translator.remove(target, remove), translator, remove.output);
-    };
-    return withTriggers(changedTable(remove, translator), StatementKind::Delete, {}, remove.output, change);
+void Executor::apply(const Delete& remove, const TableInfo& target, Translator& translator) {
+    change(target, "DELETE", translator.remove(target, remove), translator);
+}
+
+// First determines the clause of each row, then runs one clause after the other.
+void Executor::apply(const Merge& merge, const TableInfo& target, Translator& translator) {
+    constexpr const char* kTwice =
+        "SELECT 1 FROM temp.tsqlbox_merged WHERE clause AND id NOT NULL GROUP BY id HAVING count(*) > 1";
+    const std::string rows = translator.merge(target, merge);
+    m_change.verb = "UPDATE";
+    beforeWrite();
+    Atomic atomic(m_connection, target.schema);
+    const Finally drop([this] { m_connection.tryRun("DROP TABLE IF EXISTS temp.tsqlbox_merged"); });
+    m_connection.run(rows, parameterValues(translator));
+    if (m_connection.number(kTwice)) throw sqlError(kMergedTwice);
+    std::int64_t changed = 0;
+    std::list<RowRecord> records;
+    std::string output;
+    for (const std::string verb : {"DELETE", "UPDATE", "INSERT"}) {
+        if (merge.output)
+            output += (output.empty() ? "(SELECT '" : " UNION ALL SELECT '") + verb +
+                      "' AS action, * FROM temp." + records.emplace_back(m_connection, target, verb).name() +
+                      " AS changed JOIN temp.tsqlbox_merged AS merged ON merged.clause AND " +
+                      (verb == "INSERT" ? "merged._rowid_ = changed._rowid_" : "merged.id = ts_row");
+        for (const auto& clause : merge.clauses) {
+            if (clause.verb() != verb) continue;
+            translator.begin(clause);
+            try {
+                std::visit([&](const auto& node) { apply(node, target, translator); }, clause.change);
+            } catch (const SqliteFailure& failure) {  // its error names values of the rows
+                const Temporarily merging(m_change.merges, true);
+                throw errorOf(failure);
+            }
+            changed += m_rowCount;
+        }
+        if (merge.output) records.back().stop();
+    }
+    translator.returning(target, merge.output, "inserted", output + ") AS merged");
+    if (merge.output) change(target, "UPDATE", "SELECT 1", translator);
+    m_rowCount = changed;
+    atomic.commit();
 }
 
 // TRUNCATE TABLE restarts the identity.

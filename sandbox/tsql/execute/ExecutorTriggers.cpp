@@ -87,8 +87,9 @@ std::vector<ObjectInfo> Executor::enabledTriggers(const TableInfo& table, std::s
 
 // Adds the change, if it fires triggers, and those that foreign keys add to it.
 void Executor::addFiring(Firing firing, std::vector<Firing>& all) {
-    for (const auto& each : all)
-        if (each.table.id == firing.table.id && each.verb == firing.verb) return;
+    for (auto& each : all)
+        if (each.table.id == firing.table.id && each.verb == firing.verb)
+            return each.updated.merge(firing.updated);
     firing.triggers = enabledTriggers(firing.table, firing.verb);
     all.push_back(firing);
     const bool instead = !firing.triggers.empty() && isInsteadOf(firing.triggers.front());
@@ -105,17 +106,20 @@ void Executor::addFiring(Firing firing, std::vector<Firing>& all) {
     }
 }
 
-Flow Executor::withTriggers(const TableInfo& target, StatementKind kind, const WordSet& updated,
+Flow Executor::withTriggers(const std::vector<Firing>& changes, StatementKind kind,
                             const std::optional<Output>& output, const ChangeRows& change) {
-    constexpr std::string_view kVerbs[] = {"", "", "INSERT", "UPDATE", "DELETE"};  // by kind
+    const TableInfo& target = changes.front().table;
     std::vector<Firing> firings;
     if (target.schema != kTempSchema && Catalogue(m_connection, target.database, target.schema).hasTriggers())
-        addFiring({target, kVerbs[static_cast<int>(kind)], updated}, firings);
-    const bool ownTriggers = !firings.empty() && !firings.front().triggers.empty();
-    if (output && !output->into && ownTriggers) throw sqlError(kOutputOfTriggers, {target.name});
-    if (output && ownTriggers && isInsteadOf(firings.front().triggers.front()))
-        throw unsupported("OUTPUT of a change that a trigger replaces");
+        for (const auto& each : changes) addFiring(each, firings);
     std::erase_if(firings, [](const Firing& each) { return each.triggers.empty(); });
+    for (const auto& own : firings) {
+        if (own.cascades) continue;
+        if (output && !output->into) throw sqlError(kOutputOfTriggers, {target.name});
+        if (isInsteadOf(own.triggers.front()) && (output || kind == StatementKind::Merge))
+            throw unsupported(output ? "OUTPUT of a change that a trigger replaces"
+                                     : "MERGE of a table with INSTEAD OF triggers");
+    }
     if (firings.empty())
         change(target);
     else

@@ -35,7 +35,7 @@ struct TableVariable {
 struct Firing {
     TableInfo table;
     std::string_view verb;                  // INSERT, UPDATE or DELETE
-    WordSet updated;                        // columns that an UPDATE sets
+    WordSet updated = {};                   // columns that an UPDATE sets
     std::vector<ObjectInfo> triggers = {};  // either one INSTEAD OF trigger or AFTER triggers
     bool cascades = false;                  // by a foreign key: fires only if it changes rows
     std::string rows = {};                  // name of the RowRecord

@@ -5,25 +5,18 @@
 namespace tsql {
 namespace {
 
-struct MessageText {
-    int number, severity, state;
-    Ends ends;
-    std::string_view text;
-};
-
 constexpr MessageText kMessages[] = {
 #define TSQL_MESSAGE(name, number, severity, state, ends, text) {number, severity, state, Ends::ends, text},
 #include "messages/MessageTable.inc"
 #undef TSQL_MESSAGE
 };
 
-// Returns null for a number without a text in the table.
+}  // namespace
+
 const MessageText* findMessage(int number) {
     const auto* found = std::ranges::lower_bound(kMessages, number, {}, &MessageText::number);
     return found == std::end(kMessages) || found->number != number ? nullptr : found;
 }
-
-}  // namespace
 
 SqlError sqlError(int number, std::initializer_list<std::string_view> values, int state) {
     const MessageText* found = findMessage(number);
@@ -37,10 +30,6 @@ SqlError sqlError(int number, std::initializer_list<std::string_view> values, in
         rest.remove_prefix(at + 2);
     }
     return {number, text.append(rest), found->severity, state ? state : found->state};
-}
-
-bool hasText(int number) {
-    return findMessage(number) != nullptr;
 }
 
 Ends endOf(int number) {

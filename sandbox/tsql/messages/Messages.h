@@ -33,21 +33,22 @@ struct SqlError : std::runtime_error {
 #include "messages/MessageTable.inc"
 #undef TSQL_MESSAGE
 
-// Texts of these are composed where they are raised.
-inline constexpr int kSyntaxErrorNear = 102;
-inline constexpr int kSyntaxErrorNearKeyword = 156;
 inline constexpr int kStatementTerminated = 3621;
-inline constexpr int kUserDefined = 50000;
+inline constexpr int kUserDefined = 50000;  // with a text of its own
 
 // Returns the error of that number. Each %s in its text is replaced by the next of `values`. `state` replaces
 // the table's state unless it is 0, for numbers that SQL Server raises with several states.
 SqlError sqlError(int number, std::initializer_list<std::string_view> values = {}, int state = 0);
 
-bool hasText(int number);
-
 // What an error ends outside of TRY. Scope: the procedure or batch, but not the transaction, as for errors
 // that a compiler would find. Batch: the batch, whose transaction is rolled back.
 enum class Ends { Statement, Scope, Batch };
+struct MessageText {
+    int number, severity, state;
+    Ends ends;
+    std::string_view text;
+};
+const MessageText* findMessage(int number);  // null for a number without a text in the table
 Ends endOf(int number);
 
 // Error 50000 for a construct that tsqlbox does not support.

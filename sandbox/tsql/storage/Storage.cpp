@@ -47,7 +47,7 @@ void removeFiles(const fs::path& file) {
 
 void checkName(std::string_view name) {
     if (name.empty() || characterCount(name) > kMaxName || encodeName(name).size() > 250)
-        throw sqlError(kBadDatabaseName, {name});
+        throw name.empty() ? sqlError(kMissingColumnName) : sqlError(kNameTooLong, {"database name", name});
 }
 
 }  // namespace

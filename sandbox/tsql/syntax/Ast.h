@@ -1,6 +1,7 @@
-// Syntax tree of a batch: expressions, queries, statements. Every node owns its children.
+// Syntax tree of a batch: expressions, queries, statements. Queries for several grouping sets share nodes.
 #pragma once
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <utility>
@@ -16,8 +17,8 @@ struct Query;
 struct Statement;
 struct Window;
 struct CreateTable;
-using ExprPtr = std::unique_ptr<Expr>;
-using QueryPtr = std::unique_ptr<Query>;
+using ExprPtr = std::shared_ptr<const Expr>;
+using QueryPtr = std::shared_ptr<Query>;
 using StatementPtr = std::unique_ptr<Statement>;
 
 // [database .] [schema .] name; `database..name` leaves the schema empty. The parser refuses server names.
@@ -47,7 +48,6 @@ struct Binary {
     ExprPtr left, right;
 };
 struct Case {
-    ExprPtr input;  // null in a searched CASE
     std::vector<std::pair<ExprPtr, ExprPtr>> branches;
     ExprPtr otherwise;  // may be null
 };
@@ -91,9 +91,6 @@ struct Not {
 struct IsNull {
     ExprPtr operand;
 };
-struct Between {
-    ExprPtr operand, low, high;
-};
 struct InList {
     ExprPtr operand;
     std::vector<ExprPtr> items;
@@ -113,19 +110,21 @@ struct Exists {
 };
 
 struct Expr {
-    using Node =
-        std::variant<Literal, VariableRef, ColumnRef, Unary, Binary, Case, Cast, Call, ScalarQuery, NextValue,
-                     Compare, Logic, Not, IsNull, Between, InList, CompareQuery, Like, Exists>;
+    using Node = std::variant<Literal, VariableRef, ColumnRef, Unary, Binary, Case, Cast, Call, ScalarQuery,
+                              NextValue, Compare, Logic, Not, IsNull, InList, CompareQuery, Like, Exists>;
     static constexpr std::size_t kFirstCondition = 10;  // Compare and what follows it
 
     int line = 1;
     Node node;
     bool isCondition() const { return node.index() >= kFirstCondition; }
 };
+inline ExprPtr makeExpr(int line, Expr::Node node) {
+    return std::make_shared<const Expr>(Expr{line, std::move(node)});
+}
 
 // ---- queries ---------------------------------------------------------------------------------------------
 struct TableRef;
-using TableRefPtr = std::unique_ptr<TableRef>;
+using TableRefPtr = std::shared_ptr<TableRef>;
 struct NamedTable {
     ObjectName name;                                     // a table variable's begins with @
     std::optional<std::vector<ExprPtr>> arguments = {};  // of a table function
@@ -152,12 +151,11 @@ struct Identity {
     std::int64_t seed = 1, increment = 1;
 };
 struct SelectItem {
-    ExprPtr value;                    // null for *; of SELECT @v += 1: @v + 1
-    std::vector<std::string> starOf;  // qualifier of t.*
-    std::string alias;                // empty if there is none
-    std::string variable;             // SELECT @v = value
-    std::optional<std::pair<SqlType, Identity>> identity =
-        {};                                  // IDENTITY() of SELECT INTO; its value is NULL
+    ExprPtr value;                                              // null for *; of SELECT @v += 1: @v + 1
+    std::vector<std::string> starOf;                            // qualifier of t.*
+    std::string alias;                                          // empty if there is none
+    std::string variable;                                       // SELECT @v = value
+    std::optional<std::pair<SqlType, Identity>> identity = {};  // IDENTITY(), with the value NULL
     std::vector<std::string> replaced = {};  // columns that the * of a PIVOT or UNPIVOT leaves out
 };
 struct Window {
@@ -254,10 +252,10 @@ struct While {
 struct Break {};
 struct Continue {};
 struct Label {
-    int number;  // from 1, in the batch or module
+    std::string name;
 };
 struct Goto {
-    int label;
+    std::string label;
 };
 struct Return {
     ExprPtr value;  // may be null
@@ -357,6 +355,18 @@ struct Update : Change {
     std::vector<SetClause> sets;
 };
 struct Delete : Change {};
+enum class MergeRows { Matched, New, Old };  // New: only in the source; Old: only in the table
+struct MergeClause {
+    MergeRows rows;
+    ExprPtr condition;  // may be null
+    std::variant<Delete, Update, Insert> change;
+    std::string_view verb() const { return std::array{"DELETE", "UPDATE", "INSERT"}[change.index()]; }
+};
+struct Merge : Change {  // `where` is the condition of ON
+    std::string alias;   // of the table
+    std::vector<TableRefPtr> source;
+    std::vector<MergeClause> clauses;
+};
 struct Truncate {
     ObjectName table;
 };
@@ -487,8 +497,7 @@ struct SystemStatement {
 enum class TransactionVerb { Begin, Commit, Rollback, Save };
 struct Transaction {
     TransactionVerb verb;
-    std::string name;
-    std::string variable;  // variable that holds the name
+    ExprPtr name;  // null if not given
 };
 struct Backup {
     ExprPtr database, file;
@@ -503,29 +512,27 @@ struct Restore {
     std::int64_t stats = 0;
     std::vector<ExprPtr> moved;  // logical names of files
 };
-struct CheckDatabase {
-    ExprPtr database;  // null: the current one
-    bool onlyFaults = false;
-};
 
-// UPDATE STATISTICS, CHECKPOINT and the DBCC statements that need no more than a message here.
+// UPDATE STATISTICS, CHECKPOINT and DBCC. Most need no more than a message here.
 struct Maintenance {
-    bool isDbcc = false;
+    std::string dbcc;                 // CHECKDB, CHECKIDENT ...; empty: not DBCC
     bool onlyFaults = false;          // NO_INFOMSGS
     std::optional<ObjectName> table;  // must exist
-    bool checksIdentity = false;      // CHECKIDENT
-    bool reseeds = false;
-    ExprPtr seed;  // null: the highest value of the column
+    ExprPtr database;                 // of CHECKDB; null: the current one
+    bool reseeds = false;             // CHECKIDENT
+    ExprPtr seed;                     // null: the highest value of the column
 };
 
+template <typename Node, typename... Others>
+inline constexpr bool isOneOf = (std::is_same_v<Node, Others> || ...);
+
 struct Statement {
-    using Node =
-        std::variant<Declare, Assign, SetOption, If, While, Break, Continue, Label, Goto, Return, Compound,
-                     TryCatch, Print, RaiseError, Throw, WaitFor, Use, SelectStatement, Insert, InsertBulk,
-                     Update, Delete, Truncate, CreateTable, AlterTable, CreateIndex, Drop, CreateDatabase,
-                     AlterDatabase, AlterIndex, TransferObject, SwitchTriggers, DefineSequence, UserType,
-                     CreateModule, Execute, SystemStatement, Transaction, Backup, Restore, CheckDatabase,
-                     Maintenance, DeclareCursor, ChangeCursor, Fetch>;
+    using Node = std::variant<Declare, Assign, SetOption, If, While, Break, Continue, Label, Goto, Return,
+                              Compound, TryCatch, Print, RaiseError, Throw, WaitFor, Use, SelectStatement,
+                              Insert, InsertBulk, Update, Delete, Merge, Truncate, CreateTable, AlterTable,
+                              CreateIndex, Drop, CreateDatabase, AlterDatabase, AlterIndex, TransferObject,
+                              SwitchTriggers, DefineSequence, UserType, CreateModule, Execute, SystemStatement,
+                              Transaction, Backup, Restore, Maintenance, DeclareCursor, ChangeCursor, Fetch>;
     int line = 1;
     Node node;
 };

@@ -4,7 +4,6 @@
 #include <cctype>
 #include <iterator>
 #include <sstream>
-#include <unordered_set>
 
 #include "messages/Messages.h"
 #include "types/Text.h"
@@ -41,11 +40,9 @@ bool isNamePart(char c) {
     return isNameStart(c) || isDigit(c) || c == '@' || c == '$';
 }
 bool isReserved(std::string_view word) {
-    static const auto words = [] {
-        std::istringstream text{lowerAscii(kReserved)};
-        return std::unordered_set<std::string>(std::istream_iterator<std::string>(text), {});
-    }();
-    return words.contains(lowerAscii(word));
+    static std::istringstream text{std::string(kReserved)};
+    static const WordSet words(std::istream_iterator<std::string>(text), {});
+    return words.contains(word);
 }
 
 class Lexer {
@@ -55,7 +52,7 @@ class Lexer {
     std::vector<Token> run() {
         std::vector<Token> tokens;
         for (skipBlanks(); m_at < m_text.size(); skipBlanks()) tokens.push_back(next());
-        tokens.push_back({TokenKind::End, false, '\0', m_line, {}});
+        tokens.push_back({TokenKind::End, false, m_line, {}});
         return tokens;
     }
 
@@ -116,8 +113,10 @@ class Lexer {
         const bool isPair = two.size() == 2 && two[1] != ' ' && kPairs.find(two) != std::string_view::npos;
         if (kSymbols.find(c) != std::string_view::npos) return takeToken(TokenKind::Symbol, isPair ? 2 : 1);
         if (c == '{') throw SyntaxError(unsupported("an ODBC escape sequence such as {fn ...}"), m_line);
-        if (c == '$') throw SyntaxError(unsupported(m_text.substr(m_at, past(isNamePart, 1))), m_line);
-        throw SyntaxError(kSyntaxErrorNear, std::string("Incorrect syntax near '") + c + "'.", m_line);
+        const std::size_t end = past(isNamePart, 1);
+        if (sameWord(m_text.substr(m_at, end), "$action")) return takeToken(TokenKind::Word, end);
+        if (c == '$') throw SyntaxError(unsupported(m_text.substr(m_at, end)), m_line);
+        throw SyntaxError(sqlError(kSyntaxErrorNear, {{&c, 1}}), m_line);
     }
 
     // End of the run of characters that satisfy `fits`, starting at `from`. Both are offsets from the start
@@ -129,9 +128,7 @@ class Lexer {
 
     Token takeToken(TokenKind kind, std::size_t length) {
         const std::string_view raw = m_text.substr(m_at, length);
-        const bool isWord = kind == TokenKind::Word, hasFirst = isWord || kind == TokenKind::Symbol;
-        const Token token{kind, isWord && isReserved(raw), hasFirst ? upperAscii(raw[0]) : '\0', m_line, raw};
-        if (kind < TokenKind::DoubleQuoted || kind == TokenKind::Variable) checkName(token);
+        const Token token{kind, kind == TokenKind::Word && isReserved(raw), m_line, raw};
         advance(length);
         return token;
     }
@@ -170,32 +167,15 @@ std::vector<Token> tokenize(std::string_view text) {
     return Lexer(text).run();
 }
 
-void checkName(const Token& token) {
-    if (token.raw.size() <= kLongestName) return;
-    const std::string name = unquoted(token);
-    if (characterCount(name) <= kLongestName) return;
-    throw SyntaxError(kBadDatabaseName,
-                      "The identifier that starts with '" + std::string(characters(name, 0, kLongestName)) +
-                          "' is too long. Maximum length is 128.",
-                      token.line);
-}
-
 std::string unquoted(const Token& token) {
-    const bool national = token.kind == TokenKind::NationalText;
-    const bool isQuoted = national || token.kind == TokenKind::Text || token.kind == TokenKind::Bracketed ||
-                          token.kind == TokenKind::DoubleQuoted;
-    if (!isQuoted) return std::string(token.raw);
-    const char close = token.raw.back();
+    if (token.kind < TokenKind::Bracketed || token.kind > TokenKind::NationalText)
+        return std::string(token.raw);
+    const std::size_t prefix = token.kind == TokenKind::NationalText ? 2 : 1;
     std::string text;
-    for (std::size_t i = national ? 2 : 1; i + 1 < token.raw.size(); ++i) {
-        const std::string_view rest = token.raw.substr(i);
-        const bool twoEnds = rest.starts_with("\\\r\n");
-        if (twoEnds || rest.starts_with("\\\n")) {  // line continuation
-            i += twoEnds ? 2 : 1;
-            continue;
-        }
-        text += rest.front();
-        if (token.raw[i] == close) ++i;
+    for (auto rest = token.raw.substr(prefix, token.raw.size() - prefix - 1); !rest.empty();) {
+        const std::size_t continued = rest.starts_with("\\\r\n") ? 3 : rest.starts_with("\\\n") ? 2 : 0;
+        if (continued == 0) text += rest.front();
+        rest.remove_prefix(continued ? continued : rest.front() == token.raw.back() ? 2 : 1);
     }
     return text;
 }

@@ -13,11 +13,11 @@ enum class TokenKind : std::uint8_t {
     Word,          // keyword or plain name
     Bracketed,     // [name]
     DoubleQuoted,  // "name", or a string under QUOTED_IDENTIFIER OFF
+    Text,          // '...'
+    NationalText,  // N'...'
     Variable,      // @name
     Global,        // @@name
     Number,        // including $1.50
-    Text,          // '...'
-    NationalText,  // N'...'
     Binary,        // 0x...
     Symbol,        // operators and punctuation, longest match
 };
@@ -26,27 +26,20 @@ enum class TokenKind : std::uint8_t {
 struct Token {
     TokenKind kind = TokenKind::End;
     bool reserved = false;  // a reserved word
-    char initial = '\0';    // first character of a word or symbol, in upper case
     int line = 1;           // from 1
     std::string_view raw;   // as written, including quotes
 };
 
 // Error at a line of the text. Nothing of the batch runs.
 struct SyntaxError : SqlError {
-    SyntaxError(int errorNumber, const std::string& text, int errorLine, int errorSeverity = 15)
-        : SqlError(errorNumber, text, errorSeverity), line(errorLine) {}
     SyntaxError(const SqlError& error, int errorLine) : SqlError(error), line(errorLine) {}
     int line;
     std::string procedure;  // procedure that the text defines, once its name is parsed
 };
 
 // Returns the tokens of the batch, followed by one of kind End. Throws SyntaxError 105 (unclosed quotation
-// mark), 113 (unclosed comment), 102 (a character that begins no token), 103 (see checkName).
+// mark), 113 (unclosed comment), 102 (a character that begins no token).
 std::vector<Token> tokenize(std::string_view text);
-
-// Throws SyntaxError 103 for a name above 128 characters. The caller decides whether a token in double quotes
-// is a name.
-void checkName(const Token& token);
 
 // Value of a token: without quotes, doubled quotes halved.
 std::string unquoted(const Token& token);

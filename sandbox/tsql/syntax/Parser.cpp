@@ -8,10 +8,6 @@ namespace {
 constexpr int kDeepestNesting = 150;
 constexpr int kLongestChain = 400;  // operators in a row; SQLite limits the depth of expressions to 1000
 
-[[noreturn]] void throwTooDeep(int line) {
-    throw SyntaxError(sqlError(kNestedTooDeeply), line);
-}
-
 ObjectName nameOf(std::vector<std::string> parts, int line) {
     parts.insert(parts.begin(), 2, std::string());
     return {parts[parts.size() - 3], parts[parts.size() - 2], parts.back(), line};
@@ -21,14 +17,9 @@ ObjectName nameOf(std::vector<std::string> parts, int line) {
 
 std::shared_ptr<const Batch> parseBatch(std::string_view text, bool quotedIdentifiers, FindType findType) {
     Parser parser(text, quotedIdentifiers, std::move(findType));
-    try {
-        auto batch = std::make_shared<Batch>(Batch{parser.batch()});
-        batch->locals = std::move(parser.m_locals);
-        return batch;
-    } catch (SyntaxError& error) {
-        error.procedure = parser.m_procedure;
-        throw;
-    }
+    auto batch = std::make_shared<Batch>(Batch{parser.batch()});
+    batch->locals = std::move(parser.m_locals);
+    return batch;
 }
 
 bool hasWord(std::string_view words, const std::string& word) {
@@ -40,25 +31,20 @@ ExprPtr parseExpression(std::string_view text) {
 }
 
 Constraint parseConstraint(std::string_view text) {
-    Constraint constraint{};
     Parser parser(text, /*quotedIdentifiers=*/true);
     parser.acceptAny({"NOCHECK", "WITH NOCHECK"});
-    parser.acceptConstraint(constraint, /*ofTable=*/false);
-    return constraint;
+    return *parser.acceptConstraint(/*ofTable=*/false);
 }
 
 // Accepts reserved words as names. A string that is no name is returned as it is; no object has it as name.
 ObjectName parseObjectName(std::string_view text) {
-    ObjectName name;
-    name.name = text;
     std::vector<std::string> parts(1);
-    for (const Token& token : tokenize(text)) {
+    for (const Token& token : tokenize(text))
         if (token.raw == ".")
             parts.emplace_back();
         else if (token.kind != TokenKind::End && !std::exchange(parts.back(), unquoted(token)).empty())
-            return name;
-    }
-    return nameOf(parts, name.line);
+            return {{}, {}, std::string(text)};
+    return nameOf(parts, 1);
 }
 
 SqlType parseType(std::string_view text) {
@@ -74,12 +60,12 @@ const Token& Parser::takeToken() {
     return token;
 }
 
-std::size_t Parser::matchWhole(std::string_view phrase, std::size_t ahead) const {
+std::size_t Parser::match(std::string_view phrase, std::size_t ahead) const {
     for (std::size_t count = 0;; ++count) {
         const Token& token = peek(ahead + count);
         const std::size_t size = token.raw.size();
         const bool isWord = size == phrase.size() || (size < phrase.size() && phrase[size] == ' ');
-        if (token.initial == '\0' || !isWord || !sameWord(token.raw, phrase.substr(0, size))) return 0;
+        if (!isWord || !sameWord(token.raw, phrase.substr(0, size))) return 0;
         if (size == phrase.size()) return count + 1;
         phrase.remove_prefix(size + 1);
     }
@@ -118,8 +104,16 @@ bool Parser::atName(std::size_t ahead) const {
 
 std::string Parser::expectName() {
     if (!atName()) throwSyntaxError();
-    checkName(peek());
-    return unquoted(takeToken());
+    return takeName();
+}
+
+std::string Parser::takeName() {
+    constexpr std::size_t kLongest = 128;
+    std::string name = unquoted(peek());
+    if (characterCount(name) > kLongest)
+        throwError(kNameTooLong, {"identifier", characters(name, 0, kLongest)});
+    takeToken();
+    return name;
 }
 
 std::string Parser::expectVariable(int state) {
@@ -160,10 +154,10 @@ SqlType Parser::type(TypeUse use, UserType* user) {
     } catch (const SqlError& error) {
         const bool isUnknown = m_findType && error.number == kUnknownType;
         auto found = isUnknown ? m_findType({{}, schema, name, line}) : std::nullopt;
-        if (!found) throw SyntaxError(error, line);
+        if (!found) throw;
         if (!arguments.empty()) throwError(kTypeWithoutWidth, {name}, line);
         found = Parser(found->text, /*quotedIdentifiers=*/true, m_findType).definition(*found);
-        if (found->table && !user) throw SyntaxError(error, line);
+        if (found->table && !user) throw;
         return (user ? *user = std::move(*found) : *found).type;
     }
 }
@@ -182,45 +176,37 @@ void Parser::collation() {
     expectName();
 }
 
-void Parser::skipParenthesized() {
+WordSet Parser::skipParenthesized() {
+    WordSet words;
     int depth = 0;
     do {
         if (peek().kind == TokenKind::End) throwSyntaxError();
         depth += at("(") - at(")");
-        takeToken();
+        words.emplace(takeToken().raw);
     } while (depth > 0);
+    return words;
 }
 
 std::string Parser::textSince(std::size_t token) const {
-    const std::string_view last = m_tokens[m_next - 1].raw;
-    return {m_tokens[token].raw.data(), last.data() + last.size()};
-}
-
-void Parser::goBackTo(std::size_t position) {
-    constexpr int kMost = 4096;  // nested queries could multiply them without limit
-    if (++m_returns > kMost) throwTooDeep(peek().line);
-    m_next = position;
+    return {m_tokens[token].raw.data(), last().raw.data() + last().raw.size()};
 }
 
 // At the end of the text, errors name the last token.
 const Token& Parser::faulty() const {
-    const bool atEnd = peek().kind == TokenKind::End && m_next > 0;
-    return atEnd ? m_tokens[m_next - 1] : peek();
+    return peek().kind == TokenKind::End && m_next > 0 ? last() : peek();
 }
 
 void Parser::throwSyntaxError() const {
-    const std::string place = peek().reserved ? "the keyword '" : "'";
-    throw SyntaxError(peek().reserved ? kSyntaxErrorNearKeyword : kSyntaxErrorNear,
-                      "Incorrect syntax near " + place + near() + "'.", faulty().line);
+    throwError(peek().reserved ? kSyntaxErrorNearKeyword : kSyntaxErrorNear, {near()}, faulty().line);
 }
 
 int Parser::nextDepth() const {
-    if (m_depth >= kDeepestNesting) throwTooDeep(peek().line);
+    if (m_depth >= kDeepestNesting) throwError(kNestedTooDeeply);
     return m_depth + 1;
 }
 
 void Parser::checkChain(int length) const {
-    if (length > kLongestChain) throwTooDeep(peek().line);
+    if (length > kLongestChain) throwError(kNestedTooDeeply);
 }
 
 }  // namespace tsql

@@ -31,10 +31,6 @@ SqlType parseType(std::string_view text);
 // words: separated by blanks. An empty word is none of them.
 bool hasWord(std::string_view words, const std::string& word);
 
-inline ExprPtr make(int line, Expr::Node node) {
-    return std::make_unique<Expr>(Expr{line, std::move(node)});
-}
-
 class Parser {
   public:
     Parser(std::string_view text, bool quotedIdentifiers, FindType findType = {});
@@ -43,6 +39,7 @@ class Parser {
     const Token& peek(std::size_t ahead = 0) const {
         return m_tokens[std::min(m_next + ahead, m_tokens.size() - 1)];
     }
+    const Token& last() const { return m_tokens[m_next - 1]; }  // that was consumed
     const Token& takeToken();
     bool at(std::string_view phrase, std::size_t ahead = 0) const { return match(phrase, ahead) > 0; }
     bool accept(std::string_view phrase);
@@ -52,17 +49,32 @@ class Parser {
     void expect(std::string_view phrase) {
         if (!accept(phrase)) throwSyntaxError();
     }
+    // Consumes the first phrase that matches and sets its flag.
+    bool acceptFlag(std::initializer_list<std::pair<std::string_view, bool*>> flags) {
+        bool* const* flag = acceptOneOf(flags);
+        return flag && (**flag = true);
+    }
+    void expectAny(std::initializer_list<std::string_view> phrases) {
+        if (!acceptAny(phrases)) throwSyntaxError();
+    }
     // Consumes the first phrase of `table` that matches. Returns its value, or null if none matches.
     template <typename Table>
     auto acceptOneOf(const Table& table) -> decltype(&std::begin(table)->second) {
         const auto found = std::ranges::find_if(table, [this](const auto& row) { return accept(row.first); });
         return found == std::end(table) ? nullptr : &found->second;
     }
+    template <typename Table>
+    auto expectOneOf(const Table& table) {
+        const auto* value = acceptOneOf(table);
+        if (!value) throwSyntaxError();
+        return *value;
+    }
     std::int64_t expectInteger();
     bool isString(const Token& token) const;
     std::string expectString();
     bool atName(std::size_t ahead = 0) const;
     std::string expectName();
+    std::string takeName();  // of any token. Throws SyntaxError 103 above 128 characters.
     bool atVariable() const { return peek().kind == TokenKind::Variable; }
     bool atTableVariable() const { return atVariable() && m_declaredTables.contains(peek().raw); }
     std::string expectVariable(int state = 1);  // state of the error
@@ -70,10 +82,9 @@ class Parser {
     SqlType type(TypeUse use, UserType* user = nullptr);  // receives a user-defined type; null: no tables
     Identity identity();                                  // seed, increment
     void collation();
-    void skipParenthesized();
+    WordSet skipParenthesized();                     // returns the tokens
     std::string textSince(std::size_t token) const;  // as written, from that token to the last consumed one
     std::size_t position() const { return m_next; }
-    void goBackTo(std::size_t position);
     const Token& faulty() const;                             // token that an error refers to
     std::string near() const { return unquoted(faulty()); }  // as errors quote it
     [[noreturn]] void throwSyntaxError() const;
@@ -149,13 +160,6 @@ class Parser {
     Block batch();
     Block statements(std::string_view end);
     StatementPtr statement();
-    StatementPtr label();
-    struct LabelUse {
-        int number = 0;
-        int line = 0;  // of the first GOTO or of the label
-        bool isDeclared = false;
-    };
-    LabelUse& useOfLabel();
     Declaration declaration(bool isParameter);
     bool atConstant() const;
     ExprPtr constant();
@@ -163,7 +167,7 @@ class Parser {
     bool atBatchBegin() const { return m_next == 1 && m_depth == 1; }  // after the first word
 
     // ---- changes of data and schema (ParserDefinitions.cpp)
-    bool acceptConstraint(Constraint& constraint, bool ofTable);
+    std::optional<Constraint> acceptConstraint(bool ofTable);
     CreateTable tableVariable(const std::string& name);
     UserType definition(UserType made);  // behind its name
 
@@ -175,27 +179,24 @@ class Parser {
     const CreateModule* m_module = nullptr;       // module whose body is being parsed
     std::string m_procedure;                      // procedure that the text defines
     std::vector<Local> m_locals;
+    WordSet m_labels;
+    std::vector<std::pair<std::string, int>> m_gotos;  // labels, lines
 
   private:
-    // Number of tokens that the phrase matches; 0 for no match. The first character rules out most phrases.
-    std::size_t match(std::string_view phrase, std::size_t ahead) const {
-        return peek(ahead).initial == phrase.front() ? matchWhole(phrase, ahead) : 0;
-    }
-    std::size_t matchWhole(std::string_view phrase, std::size_t ahead) const;
+    // Number of tokens that the phrase matches; 0 for no match.
+    std::size_t match(std::string_view phrase, std::size_t ahead) const;
 
     std::vector<Token> m_tokens;
     FindType m_findType;
     std::size_t m_next = 0;
-    int m_returns = 0;  // calls of goBackTo()
     bool m_scalarOnly = false;
-    WordMap<LabelUse> m_labels;
     WordSet m_declared;  // variables
     WordSet m_declaredTables;
     WordSet m_temporary;  // tables that the text creates
 };
 
 // ---- statements of ParserDefinitions.cpp; the caller has consumed the keyword in their names
-Statement::Node parseRows(Parser& in);  // SELECT, INSERT, UPDATE, DELETE, WITH before one of them
+Statement::Node parseRows(Parser& in);  // SELECT, INSERT, UPDATE, DELETE, MERGE, WITH before one of them
 Statement::Node parseDefinition(Parser& in, bool create);  // CREATE or ALTER
 Statement::Node parseDrop(Parser& in);
 Statement::Node parseTriggerSwitch(Parser& in, bool enables);

@@ -1,4 +1,4 @@
-// INSERT, UPDATE, DELETE; CREATE, ALTER and DROP.
+// INSERT, UPDATE, DELETE, MERGE; CREATE, ALTER and DROP.
 
 #include "syntax/Parser.h"
 
@@ -17,6 +17,10 @@ std::optional<Output> output(Parser& in) {
     return output;
 }
 
+std::vector<ExprPtr> insertedRow(Parser& in) {
+    return in.inList([&] { return in.accept("DEFAULT") ? ExprPtr() : in.expression(); });
+}
+
 Insert insert(Parser& in) {
     Insert node;
     node.top = in.top();
@@ -28,17 +32,15 @@ Insert insert(Parser& in) {
     node.defaultValues = in.accept("DEFAULT VALUES");
     if (node.defaultValues) return node;
     if (in.accept("VALUES")) {
-        const auto cell = [&] { return in.accept("DEFAULT") ? ExprPtr() : in.expression(); };
         const int line = in.peek().line;
-        constexpr int kMostRows = 1000;
-        node.rows = in.list([&, count = 0]() mutable {
-            if (++count > kMostRows) in.throwError(kTooManyInsertRows);
-            return in.inList(cell);
-        });
+        constexpr std::size_t kMostRows = 1000;
+        node.rows = in.list([&] { return insertedRow(in); });
+        if (node.rows.size() > kMostRows) in.throwError(kTooManyInsertRows);
         for (const auto& row : node.rows)
             if (row.size() != node.rows.front().size()) in.throwError(kRowLengthsDiffer, {}, line);
     } else if (in.at("EXEC") || in.at("EXECUTE")) {
         if (node.top) in.throwUnsupported("INSERT TOP ... EXECUTE");
+        if (node.output) in.throwUnsupported("INSERT ... OUTPUT ... EXECUTE");
         node.execute = in.statement();
     } else if (in.atQuery()) {
         node.query = in.query();
@@ -57,15 +59,10 @@ InsertBulk insertBulk(Parser& in) {
         if (in.at("COLLATE")) in.collation();
         return name;
     });
-    const auto option = [&] {
-        const std::string_view word = in.takeToken().raw;
-        node.keepsNulls = node.keepsNulls || sameWord(word, "KEEP_NULLS");
-        node.firesTriggers = node.firesTriggers || sameWord(word, "FIRE_TRIGGERS");
-        if (in.accept("=")) in.expectInteger();
-        if (in.at("(")) in.skipParenthesized();
-        return word;
-    };
-    if (in.accept("WITH")) in.inList(option);
+    if (!in.accept("WITH")) return node;
+    const WordSet options = in.skipParenthesized();
+    node.keepsNulls = options.contains("KEEP_NULLS");
+    node.firesTriggers = options.contains("FIRE_TRIGGERS");
     return node;
 }
 
@@ -101,6 +98,58 @@ Node changeOfRows(Parser& in) {
     in.throwIfAt("WHERE CURRENT", "WHERE CURRENT OF");
     if (in.accept("WHERE")) node.where = in.condition();
     node.maxRecursion = in.options();
+    return node;
+}
+
+// What follows WHEN.
+MergeClause mergeClause(Parser& in, const std::vector<MergeClause>& before) {
+    constexpr std::pair<std::string_view, MergeRows> kRows[] = {{"MATCHED", MergeRows::Matched},
+                                                                {"NOT MATCHED BY SOURCE", MergeRows::Old},
+                                                                {"NOT MATCHED BY TARGET", MergeRows::New},
+                                                                {"NOT MATCHED", MergeRows::New}};
+    constexpr const char* kWords[] = {"WHEN MATCHED", "WHEN NOT MATCHED", "WHEN NOT MATCHED BY SOURCE"};
+    const int line = in.peek().line;
+    MergeClause clause{in.expectOneOf(kRows), in.accept("AND") ? in.condition() : nullptr, {}};
+    in.expect("THEN");
+    if (clause.rows == MergeRows::New) {
+        in.expect("INSERT");
+        auto& insert = clause.change.emplace<Insert>();
+        if (in.at("(")) insert.columns = in.columnNames();
+        in.throwIfAt("DEFAULT", "DEFAULT VALUES in MERGE");
+        in.expect("VALUES");
+        insert.rows.push_back(insertedRow(in));
+    } else if (in.accept("UPDATE SET")) {
+        clause.change.emplace<Update>().sets = in.list([&] { return setClause(in); });
+    } else {
+        in.expect("DELETE");
+    }
+    const char* words = kWords[static_cast<int>(clause.rows)];
+    for (const auto& each : before) {
+        if (each.rows != clause.rows) continue;
+        if (each.verb() == clause.verb()) in.throwError(kMergeActionRepeated, {words, each.verb()}, line);
+        if (!each.condition) in.throwError(kMergeClauseUnreachable, {words, words}, line);
+    }
+    return clause;
+}
+
+// MERGE [INTO] table [AS alias] USING source ON condition WHEN ...
+Merge merge(Parser& in) {
+    Merge node;
+    in.throwIfAt("TOP", "MERGE TOP");
+    in.accept("INTO");
+    node.table = in.tableName();
+    in.tableHints();
+    node.alias = in.accept("AS") || !in.at("USING") ? in.expectName() : node.table.name;
+    in.expect("USING");
+    node.source = in.from();
+    if (node.source.size() > 1) in.throwSyntaxError();
+    in.expect("ON");
+    node.where = in.condition();
+    while (in.accept("WHEN")) node.clauses.push_back(mergeClause(in, node.clauses));
+    if (node.clauses.empty()) in.throwSyntaxError();
+    node.output = output(in);
+    node.maxRecursion = in.options();
+    if (!in.at(";")) in.throwError(kMergeWithoutSemicolon, {}, in.faulty().line);
     return node;
 }
 
@@ -156,13 +205,6 @@ void indexStorage(Parser& in) {
     fileGroup(in);
 }
 
-void keyColumns(Parser& in, Constraint& constraint, bool ofTable) {
-    in.acceptAny({"CLUSTERED", "NONCLUSTERED"});
-    if (ofTable || in.at("("))
-        for (auto& [name, descending] : indexColumns(in)) constraint.columns.push_back(std::move(name));
-    indexStorage(in);
-}
-
 void references(Parser& in, Constraint& constraint) {
     in.expect("REFERENCES");
     constraint.references = in.objectName();
@@ -209,22 +251,20 @@ ColumnDefinition columnDefinition(Parser& in) {
     const auto option = [&] {
         for (const auto word : {"GENERATED", "MASKED", "ENCRYPTED", "FILESTREAM", "HIDDEN", "INDEX"})
             in.throwIfAt(word, "the option " + std::string(word) + " of a column");
-        Constraint constraint{};
         if (in.accept("NOT NULL")) {
             column.nullable = false;
         } else if (in.accept("NULL")) {
             column.nullable = true;
         } else if (in.at("COLLATE")) {
             in.collation();
-        } else if (in.accept("WITH VALUES")) {
-            column.withValues = true;
         } else if (in.accept("IDENTITY")) {
             column.identity = in.at("(") ? in.parenthesized([&] { return in.identity(); }) : Identity{};
-        } else if (in.acceptConstraint(constraint, /*ofTable=*/false)) {
-            if (constraint.columns.empty()) constraint.columns = {column.name};
-            column.constraints.push_back(std::move(constraint));
+        } else if (auto constraint = in.acceptConstraint(/*ofTable=*/false)) {
+            if (constraint->columns.empty()) constraint->columns = {column.name};
+            column.constraints.push_back(std::move(*constraint));
         } else {
-            return in.acceptAny({"ROWGUIDCOL", "SPARSE", "NOT FOR REPLICATION"});
+            return in.acceptFlag({{"WITH VALUES", &column.withValues}}) ||
+                   in.acceptAny({"ROWGUIDCOL", "SPARSE", "NOT FOR REPLICATION"});
         }
         return true;
     };
@@ -284,9 +324,8 @@ void tableElement(Parser& in, CreateTable& table) {
         return indexBody(in, index);
     }
     in.throwIfAt("PERIOD FOR", "PERIOD FOR SYSTEM_TIME");
-    Constraint constraint{};
-    if (in.acceptConstraint(constraint, /*ofTable=*/true))
-        table.constraints.push_back(std::move(constraint));
+    if (auto constraint = in.acceptConstraint(/*ofTable=*/true))
+        table.constraints.push_back(std::move(*constraint));
     else
         table.columns.push_back(columnDefinition(in));
 }
@@ -375,14 +414,13 @@ Statement::Node alterTable(Parser& in) {
 
 // Options of modules that change no result.
 void moduleOptions(Parser& in) {
-    const auto option = [&] {
+    if (!in.accept("WITH")) return;
+    do {
         in.accept("EXEC");
         if (!in.acceptAny({"RECOMPILE", "SCHEMABINDING", "VIEW_METADATA", "CALLED ON NULL INPUT",
                            "EXECUTE AS CALLER", "EXECUTE AS OWNER", "EXECUTE AS SELF"}))
             in.throwUnsupported("WITH " + toUpper(in.near()) + " of a procedure, function, view or trigger");
-        return true;
-    };
-    if (in.accept("WITH")) in.list(option);
+    } while (in.accept(","));
 }
 
 // The query of a view, RETURN query of a function. It extends to the end of the batch.
@@ -414,9 +452,8 @@ void moduleBody(Parser& in, CreateModule& module) {
     in.m_module = nullptr;
     module.locals = std::move(in.m_locals);
     if (!module.function) return;
-    if (module.body.empty()) in.throwSyntaxError();
     const auto* body = std::get_if<Compound>(&module.body.front()->node);
-    if ((!body || !std::holds_alternative<Return>(body->statements.back()->node)))
+    if (!body || !std::holds_alternative<Return>(body->statements.back()->node))
         in.throwError(kFunctionWithoutFinalReturn, {}, 0, 2);
 }
 
@@ -554,6 +591,7 @@ Statement::Node parseRows(Parser& in) {
     if (in.accept("INSERT")) return change(insert(in));
     if (in.accept("UPDATE")) return change(changeOfRows<Update>(in));
     if (in.accept("DELETE")) return change(changeOfRows<Delete>(in));
+    if (in.accept("MERGE")) return change(merge(in));
     if (!in.atQuery()) in.throwSyntaxError();
     SelectStatement statement;
     in.m_into = &statement.into;
@@ -620,21 +658,19 @@ Statement::Node parseTriggerSwitch(Parser& in, bool enables) {
     return node;
 }
 
-bool Parser::acceptConstraint(Constraint& constraint, bool ofTable) {
+std::optional<Constraint> Parser::acceptConstraint(bool ofTable) {
     constexpr std::pair<std::string_view, ConstraintKind> kKinds[] = {
         {"PRIMARY KEY", ConstraintKind::PrimaryKey},
         {"UNIQUE", ConstraintKind::Unique},
         {"CHECK", ConstraintKind::Check},
         {"DEFAULT", ConstraintKind::Default},
         {"FOREIGN KEY", ConstraintKind::ForeignKey}};
+    Constraint constraint{};
     const bool named = accept("CONSTRAINT");
     if (named) constraint.name = expectName();
     const std::size_t begin = position();
     const ConstraintKind* kind = acceptOneOf(kKinds);
-    if (!kind && !at("REFERENCES")) {
-        if (named) throwSyntaxError();
-        return false;
-    }
+    if (!kind && !named && !at("REFERENCES")) return std::nullopt;
     constraint.kind = kind ? *kind : ConstraintKind::ForeignKey;
     if (constraint.kind == ConstraintKind::Check) {
         accept("NOT FOR REPLICATION");
@@ -645,10 +681,13 @@ bool Parser::acceptConstraint(Constraint& constraint, bool ofTable) {
         if (kind && at("(")) constraint.columns = columnNames();
         references(*this, constraint);
     } else {
-        keyColumns(*this, constraint, ofTable);
+        acceptAny({"CLUSTERED", "NONCLUSTERED"});
+        if (ofTable || at("("))
+            for (const auto& [name, descending] : indexColumns(*this)) constraint.columns.push_back(name);
+        indexStorage(*this);
     }
     constraint.source = textSince(begin);
-    return true;
+    return constraint;
 }
 
 // FROM type [NULL | NOT NULL], or AS TABLE (...)

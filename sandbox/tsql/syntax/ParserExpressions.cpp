@@ -59,50 +59,42 @@ ExprPtr asCondition(const Parser& in, ExprPtr expr) {
 
 Expr::Node predicate(Parser& in, Predicate kind, ExprPtr left) {
     const auto operand = [&in] { return asValue(in, in.operators(kAdditive)); };
-    if (kind == Predicate::IsNull || kind == Predicate::IsNotNull) return IsNull{std::move(left)};
+    if (kind == Predicate::IsNull || kind == Predicate::IsNotNull) return IsNull{left};
     if (kind == Predicate::In)
         return in.parenthesized([&]() -> Expr::Node {
-            if (in.atQuery())
-                return CompareQuery{CompareOp::Equal, /*all=*/false, std::move(left), in.subquery()};
-            return InList{std::move(left), in.expressions()};
+            if (in.atQuery()) return CompareQuery{CompareOp::Equal, /*all=*/false, left, in.subquery()};
+            return InList{left, in.expressions()};
         });
     ExprPtr first = operand();
     if (kind == Predicate::Like)
-        return Like{std::move(left), std::move(first),
-                    in.accept("ESCAPE") ? asValue(in, in.primary()) : nullptr};
+        return Like{left, first, in.accept("ESCAPE") ? asValue(in, in.primary()) : nullptr};
     in.expect("AND");
-    return Between{std::move(left), std::move(first), operand()};
+    const auto is = [&](CompareOp op, ExprPtr bound) {
+        return makeExpr(left->line, Compare{op, left, bound});
+    };
+    return Logic{/*isAnd=*/true, is(CompareOp::GreaterOrEqual, first), is(CompareOp::LessOrEqual, operand())};
 }
 
 // Parses the right side of an operator that is already consumed.
 Expr::Node operation(Parser& in, const Operator& op, ExprPtr left) {
-    if (const auto* kind = std::get_if<Predicate>(&op.meaning)) return predicate(in, *kind, std::move(left));
+    if (const auto* kind = std::get_if<Predicate>(&op.meaning)) return predicate(in, *kind, left);
     if (const auto* compare = std::get_if<CompareOp>(&op.meaning)) {
         const bool all = in.accept("ALL");
         if (all || in.acceptAny({"ANY", "SOME"}))
-            return CompareQuery{*compare, all, std::move(left),
-                                in.parenthesized([&] { return in.subquery(); })};
+            return CompareQuery{*compare, all, left, in.parenthesized([&] { return in.subquery(); })};
     }
     ExprPtr right = in.operators(op.level + 1);
-    if (op.level <= kAnd) return Logic{op.level == kAnd, std::move(left), asCondition(in, std::move(right))};
-    right = asValue(in, std::move(right));
-    if (const auto* compare = std::get_if<CompareOp>(&op.meaning))
-        return Compare{*compare, std::move(left), std::move(right)};
-    return Binary{std::get<BinaryOp>(op.meaning), std::move(left), std::move(right)};
+    if (op.level <= kAnd) return Logic{op.level == kAnd, left, asCondition(in, right)};
+    right = asValue(in, right);
+    if (const auto* compare = std::get_if<CompareOp>(&op.meaning)) return Compare{*compare, left, right};
+    return Binary{std::get<BinaryOp>(op.meaning), left, right};
 }
 
-ExprPtr literal(const Token& token) {
-    const auto constant = [&token]() -> TypedValue {
-        if (token.kind == TokenKind::Number) return numericLiteral(token.raw);
-        if (token.kind == TokenKind::Binary) return binaryLiteral(token.raw.substr(2));
-        if (token.kind == TokenKind::Word) return {};
-        return textLiteral(unquoted(token), token.kind == TokenKind::NationalText);
-    };
-    try {
-        return make(token.line, Literal{constant()});
-    } catch (const SqlError& error) {
-        throw SyntaxError(error, token.line);
-    }
+TypedValue valueOf(const Token& token) {
+    if (token.kind == TokenKind::Number) return numericLiteral(token.raw);
+    if (token.kind == TokenKind::Binary) return binaryLiteral(token.raw.substr(2));
+    if (token.kind == TokenKind::Word) return {};
+    return textLiteral(unquoted(token), token.kind == TokenKind::NationalText);
 }
 
 // (SELECT ... FOR XML PATH(''), TYPE).value('.', 'nvarchar(max)') is the text content of the XML.
@@ -110,8 +102,7 @@ ExprPtr xmlValue(Parser& in, QueryPtr query) {
     constexpr std::string_view kWhole = ". (.)[1]", kText = "TEXT()[1] (./TEXT())[1]";
     const int line = in.peek().line;
     if (!query->xml || !query->xml->typed) in.throwSyntaxError();
-    in.accept(". VALUE");
-    in.expect("(");
+    in.expect(". VALUE (");
     const std::string path = in.expectString();
     const bool whole = hasWord(kWhole, path);
     if (!whole && !hasWord(kText, toUpper(path))) in.throwUnsupported("the path '" + path + "' in .value()");
@@ -119,37 +110,35 @@ ExprPtr xmlValue(Parser& in, QueryPtr query) {
     Cast cast;
     cast.type = Parser(in.expectString(), /*quotedIdentifiers=*/true).type(TypeUse::Cast);
     in.expect(")");
-    Call call{{"", "", "xml.value", line}, {}};
-    call.arguments.push_back(make(line, ScalarQuery{std::move(query)}));
-    call.arguments.push_back(make(line, Literal{numericLiteral(whole ? "1" : "0")}));
-    cast.operand = make(line, std::move(call));
-    return make(line, std::move(cast));
+    Call call{{"", "", "xml.value", line}, {makeExpr(line, ScalarQuery{query})}};
+    call.arguments.push_back(makeExpr(line, Literal{numericLiteral(whole ? "1" : "0")}));
+    cast.operand = makeExpr(line, std::move(call));
+    return makeExpr(line, std::move(cast));
 }
 
 ExprPtr inParentheses(Parser& in) {
-    const int line = in.takeToken().line;
-    const bool isQuery = in.at("SELECT") || in.at("WITH");
-    QueryPtr query = isQuery ? in.subquery() : nullptr;
-    ExprPtr inner = isQuery ? nullptr : in.expressionOrCondition();
-    in.expect(")");
-    if (!isQuery) return inner;
-    if (in.at(". VALUE")) return xmlValue(in, std::move(query));
-    return make(line, ScalarQuery{std::move(query)});
+    const int line = in.peek().line;
+    if (!in.at("( SELECT") && !in.at("( WITH"))
+        return in.parenthesized([&] { return in.expressionOrCondition(); });
+    QueryPtr query = in.parenthesized([&] { return in.subquery(); });
+    if (in.at(". VALUE")) return xmlValue(in, query);
+    return makeExpr(line, ScalarQuery{query});
 }
 
 ExprPtr caseOf(Parser& in) {
     const int line = in.takeToken().line;
     Case node;
-    if (!in.at("WHEN")) node.input = in.expression();
+    const ExprPtr input = in.at("WHEN") ? nullptr : in.expression();
     while (in.accept("WHEN")) {
-        ExprPtr when = node.input ? in.expression() : in.condition();
+        ExprPtr when = input ? in.expression() : in.condition();
+        if (input) when = makeExpr(when->line, Compare{CompareOp::Equal, input, when});
         in.expect("THEN");
-        node.branches.emplace_back(std::move(when), in.expression());
+        node.branches.emplace_back(when, in.expression());
     }
     if (node.branches.empty()) in.throwSyntaxError();
     if (in.accept("ELSE")) node.otherwise = in.expression();
     in.expect("END");
-    return make(line, std::move(node));
+    return makeExpr(line, std::move(node));
 }
 
 // IIF(condition, a, b) is CASE WHEN condition THEN a ELSE b END.
@@ -163,7 +152,7 @@ ExprPtr iif(Parser& in) {
     in.expect(",");
     node.otherwise = in.expression();
     in.expect(")");
-    return make(line, std::move(node));
+    return makeExpr(line, std::move(node));
 }
 
 // CAST(value AS type), CONVERT(type, value [, style]); either with TRY_.
@@ -182,7 +171,7 @@ ExprPtr conversion(Parser& in) {
     if (!convert) node.type = in.type(TypeUse::Cast);
     if (convert && in.accept(",")) node.style = in.expression();
     in.expect(")");
-    return make(word.line, std::move(node));
+    return makeExpr(word.line, std::move(node));
 }
 
 // ROWS or RANGE, in the syntax common to T-SQL and SQLite.
@@ -197,7 +186,7 @@ std::string frame(Parser& in, bool ordered) {
         if (in.peek().kind == TokenKind::Number && range) in.throwError(kRangeFrameLimits);
         if (in.accept("CURRENT ROW")) continue;
         if (!in.accept("UNBOUNDED")) in.expectInteger();
-        if (!in.acceptAny({"PRECEDING", "FOLLOWING"})) in.throwSyntaxError();
+        in.expectAny({"PRECEDING", "FOLLOWING"});
     }
     return in.textSince(begin);
 }
@@ -224,18 +213,17 @@ ExprPtr call(Parser& in, ObjectName name) {
     if (builtIn && in.accept("WITHIN GROUP")) call.within = in.parenthesized([&] { return in.orderBy(); });
     if (builtIn && in.accept("OVER"))
         call.over = std::make_unique<Window>(in.parenthesized([&] { return window(in); }));
-    return make(line, std::move(call));
+    return makeExpr(line, std::move(call));
 }
 
 // UPDATE(column) in a trigger
 ExprPtr updated(Parser& in) {
     const int line = in.takeToken().line;
     if (!in.m_module || !in.m_module->isTrigger()) in.throwSyntaxError();
-    Call call{{"", "", "update", line}, {}};
     const std::string column = in.parenthesized([&] { return in.expectName(); });
-    call.arguments.push_back(make(line, Literal{textLiteral(column, /*national=*/true)}));
-    return make(line, Compare{CompareOp::Equal, make(line, std::move(call)),
-                              make(line, Literal{numericLiteral("1")})});
+    Call call{{"", "", "update", line}, {makeExpr(line, Literal{textLiteral(column, /*national=*/true)})}};
+    return makeExpr(line, Compare{CompareOp::Equal, makeExpr(line, std::move(call)),
+                                  makeExpr(line, Literal{numericLiteral("1")})});
 }
 
 // Column or function call.
@@ -245,13 +233,13 @@ ExprPtr named(Parser& in) {
     const bool niladic = hasWord(kNiladic, word);
     if (niladic || (hasWord(kReservedFunctions, word) && in.at("(", 1))) {
         ObjectName name{"", "", std::string(in.takeToken().raw), first.line};
-        return niladic ? make(first.line, Call{std::move(name), {}}) : call(in, std::move(name));
+        return niladic ? makeExpr(first.line, Call{std::move(name), {}}) : call(in, std::move(name));
     }
     ColumnRef column;
     column.path.push_back(in.expectName());
     while (in.accept(".")) column.path.push_back(in.at(".") ? std::string() : in.expectName());
     if (column.path.size() > (in.at("(") ? 3U : 4U)) in.throwSyntaxError();
-    if (!in.at("(")) return make(first.line, std::move(column));
+    if (!in.at("(")) return makeExpr(first.line, std::move(column));
     column.path.insert(column.path.begin(), 3 - column.path.size(), std::string());
     return call(in, {column.path[0], column.path[1], column.path[2], first.line});
 }
@@ -294,7 +282,7 @@ ExprPtr Parser::operators(int loosest) {
     if (loosest <= kNot && at("NOT")) {
         const Temporarily deeper(m_depth, nextDepth());
         const int line = takeToken().line;
-        left = make(line, Not{asCondition(*this, operators(kNot))});
+        left = makeExpr(line, Not{asCondition(*this, operators(kNot))});
     } else {
         left = unary();
     }
@@ -306,12 +294,12 @@ ExprPtr Parser::operators(int loosest) {
         if (next == std::end(kOperators) || next->level < loosest) return left;
         if (next->level != std::exchange(level, next->level)) chain = 0;
         const int line = peek().line;
-        left = next->level <= kAnd ? asCondition(*this, std::move(left)) : asValue(*this, std::move(left));
+        left = next->level <= kAnd ? asCondition(*this, left) : asValue(*this, left);
         accept("NOT");
         accept(next->phrase);
-        left = make(line, operation(*this, *next, std::move(left)));
+        left = makeExpr(line, operation(*this, *next, left));
         const auto* kind = std::get_if<Predicate>(&next->meaning);
-        if (negated || (kind && *kind == Predicate::IsNotNull)) left = make(line, Not{std::move(left)});
+        if (negated || (kind && *kind == Predicate::IsNotNull)) left = makeExpr(line, Not{left});
     }
 }
 
@@ -321,39 +309,37 @@ ExprPtr Parser::unary() {
         const Temporarily deeper(m_depth, nextDepth());
         const std::string_view sign = takeToken().raw;
         ExprPtr operand = asValue(*this, unary());
-        return sign == "+" ? std::move(operand) : make(line, Unary{sign == "~", std::move(operand)});
+        return sign == "+" ? operand : makeExpr(line, Unary{sign == "~", operand});
     }
     ExprPtr operand = primary();
     throwIfAt("AT TIME ZONE", "AT TIME ZONE");
-    while (at("COLLATE")) {
-        operand = asValue(*this, std::move(operand));
-        collation();
-    }
+    for (; at("COLLATE"); collation()) operand = asValue(*this, operand);
     return operand;
 }
 
 ExprPtr Parser::primary() {
     const Token& token = peek();
     if (isString(token) || token.kind == TokenKind::Number || token.kind == TokenKind::Binary || at("NULL"))
-        return literal(takeToken());
+        return makeExpr(token.line, Literal{valueOf(takeToken())});
     if (token.kind == TokenKind::Variable) {
-        ExprPtr variable = make(token.line, VariableRef{expectVariable(2)});
+        ExprPtr variable = makeExpr(token.line, VariableRef{expectVariable(2)});
         throwIfAt(".", "methods of xml");
         return variable;
     }
-    if (token.kind == TokenKind::Global) return make(token.line, VariableRef{std::string(takeToken().raw)});
+    if (token.kind == TokenKind::Global)
+        return makeExpr(token.line, VariableRef{std::string(takeToken().raw)});
     if (at("(")) return inParentheses(*this);
     for (const auto word : {"CONTAINS", "FREETEXT"}) throwIfAt(word, word);
     if (at("CASE")) return caseOf(*this);
     if (accept("NEXT VALUE FOR")) {
-        ExprPtr next = make(token.line, NextValue{objectName()});
+        ExprPtr next = makeExpr(token.line, NextValue{objectName()});
         throwIfAt("OVER", "NEXT VALUE FOR ... OVER");
         return next;
     }
     if (at("CAST (") || at("TRY_CAST (") || at("CONVERT") || at("TRY_CONVERT")) return conversion(*this);
     if (at("IIF (")) return iif(*this);
     if (at("UPDATE (")) return updated(*this);
-    if (accept("EXISTS")) return make(token.line, Exists{parenthesized([this] { return subquery(); })});
+    if (accept("EXISTS")) return makeExpr(token.line, Exists{parenthesized([this] { return subquery(); })});
     return named(*this);
 }
 

@@ -17,7 +17,7 @@ constexpr std::pair<std::string_view, JoinKind> kJoins[] = {
     {"CROSS APPLY", JoinKind::Cross}, {"OUTER APPLY", JoinKind::Left}, {"CROSS", JoinKind::Cross},
     {"INNER", JoinKind::Inner},       {"LEFT OUTER", JoinKind::Left},  {"LEFT", JoinKind::Left},
     {"RIGHT OUTER", JoinKind::Right}, {"RIGHT", JoinKind::Right},      {"FULL OUTER", JoinKind::Full},
-    {"FULL", JoinKind::Full},
+    {"FULL", JoinKind::Full},         {"JOIN", JoinKind::Inner},
 };
 constexpr std::pair<std::string_view, BinaryOp> kAssignments[] = {
     {"+=", BinaryOp::Add},    {"-=", BinaryOp::Subtract}, {"*=", BinaryOp::Multiply},
@@ -77,9 +77,7 @@ GroupingSets groupingSets(Parser& in, std::vector<ExprPtr>& keys, bool isNested)
     return combined(in, in.inList(unit), isCube);
 }
 
-// set: number of the grouping set that the query is for
-void groupBy(Parser& in, Select& select, std::size_t set) {
-    std::vector<ExprPtr> keys;
+GroupingSets groupBy(Parser& in, std::vector<ExprPtr>& keys) {
     GroupingSets sets{{}};
     in.list([&] {
         GroupingSets product;
@@ -95,15 +93,14 @@ void groupBy(Parser& in, Select& select, std::size_t set) {
         GroupingSets units(keys.size());
         for (std::size_t i = 0; i < keys.size(); ++i) units[i] = {i};
         in.takeToken();
-        sets = combined(in, units, in.takeToken().initial == 'C');
+        sets = combined(in, units, sameWord(in.takeToken().raw, "CUBE"));
     }
-    select.sets = sets.size();
-    if (sets.size() > 1 && select.top) in.throwUnsupported("TOP with GROUPING SETS, CUBE or ROLLUP");
-    for (std::size_t i = 0; i < keys.size(); ++i)
-        (std::ranges::count(sets[set], i) ? select.groupBy : select.ungrouped).push_back(std::move(keys[i]));
+    return sets;
 }
 
-Select select(Parser& in, std::size_t groupingSet) {
+// A UNION of one query for each grouping set.
+QueryPtr selects(Parser& in) {
+    const int line = in.peek().line;
     in.expect("SELECT");
     auto* const into = std::exchange(in.m_into, nullptr);
     Select select;
@@ -117,22 +114,16 @@ Select select(Parser& in, std::size_t groupingSet) {
         in.throwError(kIdentityWithoutInto, {}, in.faulty().line);
     if (in.accept("FROM")) select.from = in.from();
     if (in.accept("WHERE")) select.where = in.condition();
-    if (in.accept("GROUP BY")) groupBy(in, select, groupingSet);
+    std::vector<ExprPtr> keys;
+    const auto sets = in.accept("GROUP BY") ? groupBy(in, keys) : GroupingSets{{}};
     if (in.accept("HAVING")) select.having = in.condition();
-    return select;
-}
-
-// A UNION of one query for each grouping set.
-QueryPtr selects(Parser& in) {
-    const int line = in.peek().line;
-    const std::size_t begin = in.position();
-    auto* const into = in.m_into;
+    select.sets = sets.size();
+    if (sets.size() > 1 && select.top) in.throwUnsupported("TOP with GROUPING SETS, CUBE or ROLLUP");
     QueryPtr query;
-    for (std::size_t set = 0, sets = 1; set < sets; ++set) {
-        if (set > 0) in.goBackTo(begin);
-        in.m_into = into;
-        Select one = select(in, set);
-        sets = one.sets;
+    for (const auto& set : sets) {
+        Select one = select;
+        for (std::size_t i = 0; i < keys.size(); ++i)
+            (std::ranges::count(set, i) ? one.groupBy : one.ungrouped).push_back(keys[i]);
         const SetOp op = one.distinct ? SetOp::Union : SetOp::UnionAll;
         append(query, op, std::move(one), line);
     }
@@ -151,7 +142,7 @@ QueryPtr setOperations(Parser& in, bool intersect) {
         const int line = in.peek().line;
         const SetOp* op = in.acceptOneOf(kSetOperations);
         if (!op) break;
-        left = queryOf(line, SetOperation{*op, std::move(left), operand()});
+        left = queryOf(line, SetOperation{*op, left, operand()});
     }
     return left;
 }
@@ -173,28 +164,20 @@ std::optional<ForXml> forXml(Parser& in) {
         in.throwIfAt("ELEMENTS XSINIL", "ELEMENTS XSINIL in FOR XML");
         if (in.accept("ROOT"))
             name(xml.root = "root");
-        else if (in.accept("TYPE"))
-            xml.typed = true;
-        else if (in.accept("ELEMENTS"))
-            xml.elements = true;
-        else
+        else if (!in.acceptFlag({{"TYPE", &xml.typed}, {"ELEMENTS", &xml.elements}}))
             in.throwUnsupported("the option " + toUpper(in.near()) + " of FOR XML");
     }
     return xml;
 }
 
 void offset(Parser& in, Query& query) {
-    const auto rows = [&] {
-        if (!in.acceptAny({"ROWS", "ROW"})) in.throwSyntaxError();
-    };
     if (query.orderBy.empty() || !in.accept("OFFSET")) return;
     query.offset = in.expression();
-    rows();
+    in.expectAny({"ROWS", "ROW"});
     if (!in.accept("FETCH")) return;
-    if (!in.acceptAny({"NEXT", "FIRST"})) in.throwSyntaxError();
+    in.expectAny({"NEXT", "FIRST"});
     query.fetch = in.expression();
-    rows();
-    in.expect("ONLY");
+    in.expectAny({"ROWS ONLY", "ROW ONLY"});
 }
 
 // An alias may be a string. Without AS, it must not be a keyword of the next clause.
@@ -213,7 +196,7 @@ QueryPtr rowValues(Parser& in) {
         const int line = in.peek().line;
         Select select;
         for (auto& cell : in.parenthesized([&] { return in.expressions(); }))
-            select.items.push_back({std::move(cell), {}, {}, {}});
+            select.items.push_back({cell, {}, {}, {}});
         if (rows && select.items.size() != width) in.throwError(kRowLengthsDiffer, {}, line);
         width = select.items.size();
         append(rows, SetOp::UnionAll, std::move(select), line);
@@ -225,6 +208,8 @@ TableRefPtr joins(Parser& in);
 
 TableRefPtr tableRef(Parser& in) {
     for (const auto word : {"OPENROWSET", "OPENQUERY", "OPENJSON", "OPENXML"}) in.throwIfAt(word, word);
+    for (const auto word : {"INSERT", "UPDATE", "DELETE", "MERGE"})
+        in.throwIfAt(word, std::string(word) + " as a source of rows");
     const bool values = in.at("( VALUES");
     if (in.at("(") && !values && !in.atQuery()) return in.parenthesized([&] { return joins(in); });
     TableRefPtr table = tableOf(in.peek().line, {});
@@ -249,17 +234,18 @@ TableRefPtr tableRef(Parser& in) {
 Select pivot(TableRefPtr table, const ObjectName& aggregate, const std::string& value, const std::string& key,
              const std::vector<std::string>& names) {
     const int line = table->line;
-    const auto column = [line](const std::string& name) { return make(line, ColumnRef{{name}}); };
+    const auto column = [line](const std::string& name) { return makeExpr(line, ColumnRef{{name}}); };
     Select select;
     select.pivots = true;
     select.from.push_back(std::move(table));
     select.items.push_back({nullptr, {}, {}, {}, {}, {value, key}});
     for (const auto& name : names) {
-        Case part{column(key), {}, nullptr};
-        part.branches.emplace_back(make(line, Literal{textLiteral(name, true)}), column(value));
+        Case part;
+        const ExprPtr text = makeExpr(line, Literal{textLiteral(name, true)});
+        part.branches.emplace_back(makeExpr(line, Compare{CompareOp::Equal, column(key), text}), column(value));
         Call call{aggregate, {}};
-        call.arguments.push_back(make(line, std::move(part)));
-        select.items.push_back({make(line, std::move(call)), {}, name, {}});
+        call.arguments.push_back(makeExpr(line, std::move(part)));
+        select.items.push_back({makeExpr(line, std::move(call)), {}, name, {}});
     }
     return select;
 }
@@ -272,10 +258,10 @@ Select unpivot(TableRefPtr table, const std::string& value, const std::string& k
     QueryPtr rows;
     for (const auto& name : names) {
         Select row;
-        row.items.push_back({make(line, ColumnRef{{name}}), {}, {}, {}});
-        ExprPtr text = make(line, Literal{textLiteral(name, true)});
-        row.items.push_back({make(line, Cast{std::move(text), nvarcharType(128), nullptr}), {}, {}, {}});
-        row.where = make(line, Not{make(line, IsNull{make(line, ColumnRef{{name}})})});
+        row.items.push_back({makeExpr(line, ColumnRef{{name}}), {}, {}, {}});
+        ExprPtr text = makeExpr(line, Literal{textLiteral(name, true)});
+        row.items.push_back({makeExpr(line, Cast{std::move(text), nvarcharType(128), nullptr}), {}, {}, {}});
+        row.where = makeExpr(line, Not{makeExpr(line, IsNull{makeExpr(line, ColumnRef{{name}})})});
         append(rows, SetOp::UnionAll, std::move(row), line);
     }
     TableRefPtr applied = tableOf(line, DerivedTable{std::move(rows), {value, key}});
@@ -308,27 +294,19 @@ TableRefPtr pivoted(Parser& in, TableRefPtr table) {
     return pivoted(in, std::move(table));
 }
 
-// Consumes a join keyword, if one follows, with its algorithm hint, which has no effect.
-std::optional<JoinKind> acceptJoin(Parser& in, bool applies) {
-    if (in.accept("JOIN")) return JoinKind::Inner;
-    const JoinKind* kind = in.acceptOneOf(kJoins);
-    if (!kind) return std::nullopt;
-    if (applies) return *kind;
-    if (*kind != JoinKind::Cross) in.acceptAny({"LOOP", "HASH", "MERGE", "REMOTE"});
-    in.expect("JOIN");
-    return *kind;
-}
-
 TableRefPtr joins(Parser& in) {
     const Temporarily deeper(in.m_depth, in.nextDepth());
     TableRefPtr left = pivoted(in, tableRef(in));
     for (const auto word : {"TABLESAMPLE", "FOR SYSTEM_TIME"}) in.throwIfAt(word, word);
     for (int chain = 0;; in.checkChain(++chain)) {
         const bool applies = in.at("CROSS APPLY") || in.at("OUTER APPLY");
-        const auto kind = acceptJoin(in, applies);
+        const bool isWhole = applies || in.at("JOIN");
+        const JoinKind* kind = in.acceptOneOf(kJoins);
         if (!kind) return left;
+        if (!isWhole) in.acceptAny({"LOOP", "HASH", "MERGE", "REMOTE"});  // hints have no effect
+        if (!isWhole) in.expect("JOIN");
         const int line = in.peek().line;
-        Join join{*kind, std::move(left), tableRef(in), nullptr, applies};
+        Join join{*kind, left, tableRef(in), nullptr, applies};
         if (!applies && join.kind != JoinKind::Cross) {
             join.right = pivoted(in, std::move(join.right));
             in.expect("ON");
@@ -402,8 +380,9 @@ ExprPtr Parser::top(Select* select) {
     ExprPtr count = primary();
     const auto* literal = std::get_if<Literal>(&count->node);
     if (literal && literal->constant.value == Value(std::int64_t{100}) && accept("PERCENT"))  // all rows
-        count->node = Literal{{std::numeric_limits<std::int64_t>::max(), simpleType(TypeId::BigInt)}};
-    throwIfAt(select ? "" : "PERCENT", "TOP ... PERCENT of a change");
+        count = makeExpr(count->line,
+                         Literal{{std::numeric_limits<std::int64_t>::max(), simpleType(TypeId::BigInt)}});
+    if (!select) throwIfAt("PERCENT", "TOP ... PERCENT of a change");
     if (select) select->percent = accept("PERCENT");
     if (select) select->ties = accept("WITH TIES");
     return count;
@@ -412,14 +391,12 @@ ExprPtr Parser::top(Select* select) {
 SelectItem Parser::selectItem() {
     SelectItem item;
     if (acceptStar(*this, item)) return item;
-    const bool assigns = at("=", 1) || std::ranges::any_of(kAssignments, [this](const auto& each) {
-                             return at(each.first, 1);
-                         });
-    if (atVariable() && assigns) {
+    if (atVariable() && peek(1).raw.ends_with('=')) {
         item.variable = expectVariable();
         item.value = assignedValue(item.variable);
         return item;
-    } else if ((atName() || isString(peek())) && at("=", 1)) {
+    }
+    if ((atName() || isString(peek())) && at("=", 1)) {
         item.alias = alias(*this);
         takeToken();
     }
@@ -427,7 +404,7 @@ SelectItem Parser::selectItem() {
         item.identity.emplace(type(TypeUse::Declaration), Identity{});
         if (accept(",")) item.identity->second = identity();
         expect(")");
-        item.value = make(line, Literal{});
+        item.value = makeExpr(line, Literal{});
     } else {
         item.value = expression();
     }
@@ -447,7 +424,7 @@ ExprPtr Parser::assignedValue(const std::string& variable) {
     const auto op = assignmentOperator();
     ExprPtr value = expression();
     if (!op) return value;
-    return make(line, Binary{*op, make(line, VariableRef{variable}), std::move(value)});
+    return makeExpr(line, Binary{*op, makeExpr(line, VariableRef{variable}), std::move(value)});
 }
 
 // Name of a table or table variable.
@@ -455,8 +432,7 @@ ObjectName Parser::tableName() {
     if (!atVariable()) return objectName();
     const Token& name = takeToken();
     throwIfAt(".", "methods of xml");
-    if (!m_declaredTables.contains(name.raw))
-        throw SyntaxError(sqlError(kUndeclaredTableVariable, {name.raw}), name.line);
+    if (!m_declaredTables.contains(name.raw)) throwError(kUndeclaredTableVariable, {name.raw}, name.line);
     return {{}, {}, std::string(name.raw), name.line};
 }
 
@@ -488,14 +464,13 @@ std::optional<std::int64_t> Parser::options() {
     if (!accept("OPTION")) return most;
     expect("(");
     while (!accept(")")) {
-        const int line = peek().line;
         if (accept("MAXRECURSION"))
             most = expectInteger();
         else if (at("("))
             skipParenthesized();
         else if (takeToken().kind == TokenKind::End)
             throwSyntaxError();
-        if (most > kMost) throwError(kMaxRecursionTooLarge, {std::to_string(*most)}, line);
+        if (most > kMost) throwError(kMaxRecursionTooLarge, {std::to_string(*most)}, last().line);
     }
     return most;
 }

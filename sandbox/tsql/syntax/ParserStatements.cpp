@@ -7,7 +7,7 @@ namespace {
 
 // Unsupported statements, by their first word.
 constexpr std::string_view kUnsupported =
-    "MERGE GRANT REVOKE DENY KILL BULK SHUTDOWN REVERT READTEXT RECONFIGURE SETUSER UPDATETEXT WRITETEXT";
+    "GRANT REVOKE DENY KILL BULK SHUTDOWN REVERT READTEXT RECONFIGURE SETUSER UPDATETEXT WRITETEXT";
 
 // Accepted values (# for any number, * for anything) and the settings that accept them. Most settings that
 // accept both ON and OFF affect only speed, locks or warnings, and have no effect here.
@@ -26,20 +26,14 @@ constexpr std::pair<std::string_view, std::string_view> kSettings[] = {
     {"", "ANSI_DEFAULTS CONTEXT_INFO OFFSETS"},  // no value is accepted
 };
 
-void checkSetting(const std::string& name, const std::string& value, int line) {
-    const auto* setting =
-        std::ranges::find_if(kSettings, [&](const auto& each) { return hasWord(each.second, name); });
-    if (setting == std::end(kSettings)) throw SyntaxError(sqlError(kUnknownSetOption, {name}), line);
-    const bool isNumber = value.find_first_not_of("-0123456789") == std::string::npos;
-    if (!hasWord(setting->first, value) && setting->first != "*" && !(setting->first == "#" && isNumber))
-        throw SyntaxError(unsupported("SET " + name + " " + value), line);
-}
-
-Statement::Node setOption(Parser& in) {
+Statement::Node set(Parser& in) {
+    if (in.atVariable()) {
+        const std::string name = in.expectVariable();
+        in.throwIfAt("= CURSOR", "cursor variables");
+        return Assign{name, in.assignedValue(name)};
+    }
     if (in.accept("TRANSACTION ISOLATION LEVEL")) {  // no effect: the storage provides every level
-        if (!in.acceptAny(
-                {"READ UNCOMMITTED", "READ COMMITTED", "REPEATABLE READ", "SERIALIZABLE", "SNAPSHOT"}))
-            in.throwSyntaxError();
+        in.expectAny({"READ UNCOMMITTED", "READ COMMITTED", "REPEATABLE READ", "SERIALIZABLE", "SNAPSHOT"});
         return SetOption{};
     }
     const auto word = [&] {
@@ -60,25 +54,22 @@ Statement::Node setOption(Parser& in) {
                                                        : word();
     option.on = value == "ON";
     for (const auto& name : option.names) {
-        checkSetting(name, value, line);
+        const auto* setting =
+            std::ranges::find_if(kSettings, [&](const auto& each) { return hasWord(each.second, name); });
+        if (setting == std::end(kSettings)) in.throwError(kUnknownSetOption, {name}, line);
+        if (!hasWord(setting->first, value) && setting->first != "*" && !(setting->first == "#" && isNumber))
+            throw SyntaxError(unsupported("SET " + name + " " + value), line);
         // The rest of the batch is parsed with the new meaning of "x".
         if (name == "QUOTED_IDENTIFIER") in.m_quotedIdentifiers = option.on;
     }
     return option;
 }
 
-Statement::Node set(Parser& in) {
-    if (!in.atVariable()) return setOption(in);
-    Assign assign{in.expectVariable(), nullptr};
-    in.throwIfAt("= CURSOR", "cursor variables");
-    assign.value = in.assignedValue(assign.name);
-    return assign;
-}
-
 // ---- cursors
 
 // Rows are read when the cursor is opened, so cursors that show later changes are refused.
-Statement::Node declareCursor(Parser& in) {
+Statement::Node declare(Parser& in) {
+    if (!in.atName()) return Declare{in.list([&] { return in.declaration(false); })};
     DeclareCursor node{in.expectName(), nullptr};
     bool isCursor = false, forward = false, nothing = false;
     const std::pair<std::string_view, bool*> kOptions[] = {
@@ -86,14 +77,11 @@ Statement::Node declareCursor(Parser& in) {
         {"STATIC", &node.counted},      {"GLOBAL", &nothing},     {"FORWARD_ONLY", &forward},
         {"FAST_FORWARD", &forward},     {"READ_ONLY", &nothing},  {"TYPE_WARNING", &nothing},
         {"CURSOR", &isCursor}};
-    while (!in.accept("FOR")) {
-        for (const auto word : {"DYNAMIC", "KEYSET", "SCROLL_LOCKS", "OPTIMISTIC"})
-            in.throwIfAt(word, std::string(word) + " cursors");
-        bool* const* option = in.acceptOneOf(kOptions);
-        if (!option) in.throwSyntaxError();
-        **option = true;
-    }
+    while (bool* const* option = in.acceptOneOf(kOptions)) **option = true;
+    for (const auto word : {"DYNAMIC", "KEYSET", "SCROLL_LOCKS", "OPTIMISTIC"})
+        in.throwIfAt(word, std::string(word) + " cursors");
     if (!isCursor) in.throwSyntaxError();
+    in.expect("FOR");
     if (forward && node.scroll) in.throwError(kConflictingCursorOptions, {"FORWARD_ONLY", "SCROLL"});
     node.counted = node.counted || node.scroll;
     node.scroll = node.counted && !forward;
@@ -101,11 +89,6 @@ Statement::Node declareCursor(Parser& in) {
     in.throwIfAt("FOR UPDATE", "FOR UPDATE of a cursor");
     if (in.at("FOR") && !in.accept("FOR READ ONLY")) in.throwSyntaxError();
     return node;
-}
-
-Statement::Node declare(Parser& in) {
-    if (in.atName()) return declareCursor(in);
-    return Declare{in.list([&] { return in.declaration(false); })};
 }
 
 CursorName cursorName(Parser& in) {
@@ -148,6 +131,15 @@ Statement::Node ifElse(Parser& in) {
     return node;
 }
 
+// name :
+Statement::Node label(Parser& in) {
+    const int line = in.peek().line;
+    const Label label{in.expectName()};
+    in.expect(":");
+    if (!in.m_labels.insert(label.name).second) in.throwError(kLabelExists, {label.name}, line);
+    return label;
+}
+
 Statement::Node whileLoop(Parser& in) {
     While node{in.condition(), nullptr};
     const Temporarily inner(in.m_loops, in.m_loops + 1);
@@ -155,25 +147,23 @@ Statement::Node whileLoop(Parser& in) {
     return node;
 }
 
-// The caller has consumed BEGIN TRANSACTION. COMMIT and ROLLBACK may be followed by TRANSACTION, WORK or
-// nothing.
+// COMMIT and ROLLBACK may be followed by TRANSACTION, WORK or nothing.
 template <TransactionVerb verb>
 Statement::Node transaction(Parser& in) {
-    Transaction node{verb, {}, {}};
-    if (verb != TransactionVerb::Begin && !in.acceptAny({"TRANSACTION", "TRAN"})) {
-        if (verb == TransactionVerb::Save) in.throwSyntaxError();
+    Transaction node{verb, nullptr};
+    if (in.acceptAny({"TRANSACTION", "TRAN"}) && (in.atVariable() || in.atName()))
+        node.name = in.wordOrConstant();
+    else if (verb == TransactionVerb::Save)
+        in.throwSyntaxError();
+    else
         in.accept("WORK");
-    } else if (in.atVariable()) {
-        node.variable = in.expectVariable();
-    } else if (in.atName() || verb == TransactionVerb::Save) {
-        node.name = in.expectName();
-    }
     in.throwIfAt("WITH MARK", "marked transactions");
     return node;
 }
 
 Statement::Node compound(Parser& in) {
     in.throwIfAt("DISTRIBUTED", "distributed transactions");
+    if (in.at("TRANSACTION") || in.at("TRAN")) return transaction<TransactionVerb::Begin>(in);
     return Compound{block(in)};
 }
 
@@ -181,7 +171,7 @@ Statement::Node tryCatch(Parser& in) {
     TryCatch node{block(in), {}};
     in.expect("TRY");
     in.accept(";");
-    if (!in.accept("BEGIN CATCH")) in.throwSyntaxError();
+    in.expect("BEGIN CATCH");
     node.handler = in.statements("END");
     in.expect("CATCH");
     return node;
@@ -208,15 +198,10 @@ void withOptions(Parser& in, const std::string& verb, Accept accept) {
 Statement::Node raiseError(Parser& in) {
     if (!in.at("(")) in.throwUnsupported("RAISERROR without parentheses");
     RaiseError node;
-    in.expect("(");
-    node.values = in.list([&] { return in.constant(); });
-    if (node.values.size() < 3) in.throwSyntaxError();
-    in.expect(")");
-    const std::pair<std::string_view, bool*> kOptions[] = {
-        {"LOG", &node.log}, {"SETERROR", &node.setError}, {"NOWAIT", &node.noWait}};
+    node.values = in.inList([&] { return in.constant(); });
+    if (node.values.size() < 3) in.throwError(kSyntaxErrorNear, {")"}, in.last().line);
     withOptions(in, "RAISERROR", [&] {
-        bool* const* option = in.acceptOneOf(kOptions);
-        return option && (**option = true);
+        return in.acceptFlag({{"LOG", &node.log}, {"SETERROR", &node.setError}, {"NOWAIT", &node.noWait}});
     });
     return node;
 }
@@ -227,12 +212,6 @@ Statement::Node throwStatement(Parser& in) {
         node.values = in.list([&] { return in.constant(); });
     if (!node.values.empty() && node.values.size() != 3) in.throwSyntaxError();
     return node;
-}
-
-Statement::Node waitFor(Parser& in) {
-    const bool until = in.accept("TIME");
-    if (!until) in.expect("DELAY");
-    return WaitFor{in.constant(), until};
 }
 
 // ---- calls
@@ -258,11 +237,9 @@ Argument argument(Parser& in, std::size_t number, bool onlyNamed) {
 
 // 'text' + @variable ...; functions are not allowed.
 ExprPtr textOfConstants(Parser& in) {
-    std::size_t end = 0;
-    while (in.isString(in.peek(end)) || in.peek(end).kind == TokenKind::Variable || in.at("+", end)) ++end;
-    const bool closed = in.at(")", end);
-    for (; !closed && end > 0; --end) in.takeToken();
-    return closed ? in.expression() : in.constant();
+    ExprPtr text = in.constant();
+    while (in.accept("+")) text = makeExpr(text->line, Binary{BinaryOp::Add, text, in.constant()});
+    return text;
 }
 
 Statement::Node execute(Parser& in) {
@@ -325,11 +302,10 @@ Statement::Node backup(Parser& in) {
     node.file = fileName(in);
     withOptions(in, "BACKUP", [&] {  // media options have no effect: each backup is a file
         if (acceptStats(in, node.stats)) return true;
-        const std::pair<std::string_view, ExprPtr*> kTexts[] = {{"NAME", &node.name},
-                                                                {"DESCRIPTION", &node.description}};
-        if (ExprPtr* const* text = in.acceptOneOf(kTexts)) {
+        const bool isName = in.accept("NAME");
+        if (isName || in.accept("DESCRIPTION")) {
             in.expect("=");
-            **text = in.primary();
+            (isName ? node.name : node.description) = in.primary();
             return true;
         }
         const bool known =
@@ -366,37 +342,10 @@ Statement::Node restore(Parser& in) {
             if (in.expectInteger() != 1) in.throwUnsupported("a backup file with several backups");
             return true;
         }
-        node.replace = node.replace || in.at("REPLACE");
-        return acceptStats(in, node.stats) ||
-               in.acceptAny({"REPLACE", "RECOVERY", "NOUNLOAD", "CHECKSUM", "NO_CHECKSUM", "STOP_ON_ERROR"});
+        return acceptStats(in, node.stats) || in.acceptFlag({{"REPLACE", &node.replace}}) ||
+               in.acceptAny({"RECOVERY", "NOUNLOAD", "CHECKSUM", "NO_CHECKSUM", "STOP_ON_ERROR"});
     });
     return node;
-}
-
-Statement::Node databaseCheck(Parser& in) {
-    CheckDatabase node;
-    if (in.accept("(")) {
-        node.database = in.isString(in.peek()) ? in.primary() : nameOrVariable(in);
-        in.expect(")");
-    }
-    withOptions(in, "DBCC CHECKDB", [&] {
-        node.onlyFaults = node.onlyFaults || in.at("NO_INFOMSGS");
-        return in.acceptAny({"NO_INFOMSGS", "ALL_ERRORMSGS", "PHYSICAL_ONLY"});
-    });
-    return node;
-}
-
-// DBCC CHECKIDENT (table [, NORESEED | , RESEED [, seed]])
-void identityCheck(Parser& in, Maintenance& node) {
-    node.checksIdentity = node.reseeds = true;
-    in.expect("(");
-    node.table = in.isString(in.peek()) ? parseObjectName(in.expectString()) : in.objectName();
-    if (in.accept(",")) {
-        node.reseeds = !in.accept("NORESEED");
-        if (node.reseeds) in.expect("RESEED");
-        if (node.reseeds && in.accept(",")) node.seed = in.constant();
-    }
-    in.expect(")");
 }
 
 // What SQL Server does in these statements has no counterpart in SQLite, or nobody can see it.
@@ -405,18 +354,26 @@ constexpr std::string_view kWithoutEffect =
     "SHRINKFILE TRACEOFF TRACEON UPDATEUSAGE";
 
 Statement::Node dbcc(Parser& in) {
-    if (in.accept("CHECKDB")) return databaseCheck(in);
     Maintenance node;
-    node.isDbcc = true;
-    const std::string verb = toUpper(in.near());
-    const bool hasEffect = !hasWord(kWithoutEffect, verb);
-    if (hasEffect && verb != "CHECKIDENT") in.throwUnsupported("DBCC " + verb);
+    const std::string& verb = node.dbcc = toUpper(in.near());
+    if (!hasWord("CHECKDB CHECKIDENT", verb) && !hasWord(kWithoutEffect, verb))
+        in.throwUnsupported("DBCC " + verb);
     in.takeToken();
-    if (hasEffect)
-        identityCheck(in, node);
-    else if (in.at("("))
+    if (verb == "CHECKIDENT") {  // (table [, NORESEED | , RESEED [, seed]])
+        in.expect("(");
+        node.table = in.isString(in.peek()) ? parseObjectName(in.expectString()) : in.objectName();
+        node.reseeds = !in.accept(", NORESEED");
+        if (in.accept(", RESEED") && in.accept(",")) node.seed = in.constant();
+        in.expect(")");
+    } else if (verb == "CHECKDB" && in.at("(")) {
+        node.database = in.parenthesized([&] { return in.wordOrConstant(); });
+    } else if (in.at("(")) {
         in.inList([&] { return in.expression(); });
-    withOptions(in, "DBCC " + verb, [&] { return node.onlyFaults = in.accept("NO_INFOMSGS"); });
+    }
+    withOptions(in, "DBCC " + verb, [&] {
+        return in.acceptFlag({{"NO_INFOMSGS", &node.onlyFaults}}) ||
+               (verb == "CHECKDB" && in.acceptAny({"ALL_ERRORMSGS", "PHYSICAL_ONLY"}));
+    });
     return node;
 }
 
@@ -443,9 +400,11 @@ constexpr std::pair<std::string_view, Statement::Node (*)(Parser&)> kStatements[
     {"WHILE", whileLoop},
     {"BREAK", [](Parser&) -> Statement::Node { return Break{}; }},
     {"CONTINUE", [](Parser&) -> Statement::Node { return Continue{}; }},
-    {"GOTO", [](Parser& in) -> Statement::Node { return Goto{in.useOfLabel().number}; }},
-    {"BEGIN TRANSACTION", transaction<TransactionVerb::Begin>},
-    {"BEGIN TRAN", transaction<TransactionVerb::Begin>},
+    {"GOTO",
+     [](Parser& in) -> Statement::Node {
+         in.m_gotos.emplace_back(in.near(), in.peek().line);
+         return Goto{in.expectName()};
+     }},
     {"COMMIT", transaction<TransactionVerb::Commit>},
     {"ROLLBACK", transaction<TransactionVerb::Rollback>},
     {"SAVE", transaction<TransactionVerb::Save>},
@@ -454,7 +413,11 @@ constexpr std::pair<std::string_view, Statement::Node (*)(Parser&)> kStatements[
     {"RETURN", returnValue},
     {"RAISERROR", raiseError},
     {"THROW", throwStatement},
-    {"WAITFOR", waitFor},
+    {"WAITFOR DELAY", [](Parser& in) -> Statement::Node { return WaitFor{in.constant()}; }},
+    {"WAITFOR TIME",
+     [](Parser& in) -> Statement::Node {
+         return WaitFor{in.constant(), /*until=*/true};
+     }},
     {"EXEC", execute},
     {"EXECUTE", execute},
     {"BACKUP", backup},
@@ -474,55 +437,37 @@ constexpr std::pair<std::string_view, Statement::Node (*)(Parser&)> kStatements[
 
 // Functions may not have side effects, except on their table variables.
 void checkInFunction(const Statement& statement, const std::string& verb) {
-    const auto changesOwnTable = []<typename Node>(const Node& node) {
+    const auto isTraceless = []<typename Node>(const Node& node) {
         if constexpr (std::is_base_of_v<Change, Node>)
             return targetName(node.table, node.from).name.starts_with('@') &&
                    (!node.output || node.output->into);
-        return false;
+        return isOneOf<Node, Declare, Assign, If, While, Break, Continue, Label, Goto, Compound, Return,
+                       Execute, DeclareCursor, ChangeCursor, Fetch>;
     };
-    if (std::visit(changesOwnTable, statement.node)) return;
-    constexpr std::string_view kTraceless =
-        "DECLARE SET IF WHILE BREAK CONTINUE GOTO BEGIN RETURN SELECT WITH EXEC EXECUTE OPEN FETCH CLOSE "
-        "DEALLOCATE";
+    if (std::visit(isTraceless, statement.node)) return;
     const auto* select = std::get_if<SelectStatement>(&statement.node);
     const auto* body = select ? std::get_if<Select>(&select->query->body) : nullptr;
     if (select && (!body || body->items.front().variable.empty() || select->into))
-        throw SyntaxError(sqlError(kSelectInFunction, {}, 2), statement.line);
+        throw SyntaxError(sqlError(kSelectInFunction), statement.line);
+    if (select) return;
     const bool option = std::holds_alternative<SetOption>(statement.node);
-    if (option || !hasWord(kTraceless, verb) || std::holds_alternative<TryCatch>(statement.node) ||
-        std::holds_alternative<Transaction>(statement.node))
-        throw SyntaxError(sqlError(kSideEffectInFunction, {option ? "SET COMMAND" : verb}), statement.line);
+    throw SyntaxError(sqlError(kSideEffectInFunction, {option ? "SET COMMAND" : verb}), statement.line);
 }
 
 }  // namespace
 
 Block Parser::batch() {
-    Block first;
-    if (atName() && !at("THROW") && !at(":", 1) &&
-        !at("TRIGGER", 1)) {  // procedure call without EXEC: only as first statement
-        const int line = peek().line;
-        first.push_back(std::make_unique<Statement>(Statement{line, execute(*this)}));
+    try {
+        Block all = statements("");
+        for (const auto& [name, line] : m_gotos)
+            if (!m_labels.contains(name)) throwError(kUnknownLabel, {name}, line);
+        return all;
+    } catch (const SqlError& error) {  // without a line: of a type or constant
+        const auto* placed = dynamic_cast<const SyntaxError*>(&error);
+        SyntaxError failure(error, placed ? placed->line : last().line);
+        failure.procedure = m_procedure;
+        throw failure;
     }
-    Block others = statements("");
-    std::move(others.begin(), others.end(), std::back_inserter(first));
-    for (const auto& [name, label] : m_labels)
-        if (!label.isDeclared) throwError(kUnknownLabel, {name}, label.line);
-    return first;
-}
-
-Parser::LabelUse& Parser::useOfLabel() {
-    const int line = peek().line;
-    const int next = static_cast<int>(m_labels.size()) + 1;
-    return m_labels.try_emplace(expectName(), LabelUse{next, line}).first->second;
-}
-
-// name :
-StatementPtr Parser::label() {
-    const Token& name = peek();
-    LabelUse& label = useOfLabel();
-    expect(":");
-    if (std::exchange(label.isDeclared, true)) throwError(kLabelExists, {unquoted(name)}, name.line);
-    return std::make_unique<Statement>(Statement{name.line, Label{label.number}});
 }
 
 // Parses statements up to `end`, which is consumed, or to the end of the text. THROW and WITH need a
@@ -532,10 +477,10 @@ Block Parser::statements(std::string_view end) {
     for (;;) {
         while (accept(";")) continue;
         if (end.empty() ? peek().kind == TokenKind::End : accept(end)) return statements;
-        const bool open = !statements.empty() && m_tokens[m_next - 1].raw != ";";
+        const bool open = !statements.empty() && last().raw != ";";
         if (open && at("THROW")) throwSyntaxError();
         if (open && at("WITH")) throwError(kMissingSemicolonBeforeWith);
-        statements.push_back(atName() && at(":", 1) ? label() : statement());
+        statements.push_back(statement());
     }
 }
 
@@ -547,8 +492,10 @@ StatementPtr Parser::statement() {
     if (hasWord(kUnsupported, verb)) throwUnsupported(verb == "BULK" ? "BULK INSERT" : verb);
     if (m_loops == 0 && (at("BREAK") || at("CONTINUE")))
         throwError(at("BREAK") ? kBreakOutsideWhile : kContinueOutsideWhile, {}, line);
+    const bool mayBeCall = m_next == 0 && atName();  // a procedure call without EXEC
+    const auto other = atName() && at(":", 1) ? label : mayBeCall ? execute : parseRows;
     const auto* read = acceptOneOf(kStatements);
-    auto statement = std::make_unique<Statement>(Statement{line, read ? (*read)(*this) : parseRows(*this)});
+    auto statement = std::make_unique<Statement>(Statement{line, (read ? *read : other)(*this)});
     if (m_module && m_module->function) checkInFunction(*statement, verb);
     accept(";");
     // A batch or module may create a temporary table only once, even if it drops the table in between or
@@ -564,8 +511,8 @@ StatementPtr Parser::statement() {
 // @name [AS] type [= value] of a variable or parameter.
 Declaration Parser::declaration(bool isParameter) {
     if (!atVariable()) throwSyntaxError();
-    const Token& name = takeToken();
-    Declaration node{std::string(name.raw), {}, nullptr};
+    const Token& name = peek();
+    Declaration node{takeName(), {}, nullptr};
     accept("AS");
     throwIfAt("CURSOR", "cursor variables");
     if (at("TABLE") && !isParameter)
@@ -610,7 +557,7 @@ ExprPtr Parser::constant() {
 ExprPtr Parser::wordOrConstant() {
     if (!atName() && !at("ON")) return constant();
     const Token& word = takeToken();
-    return make(word.line, Literal{textLiteral(unquoted(word), /*national=*/true)});
+    return makeExpr(word.line, Literal{textLiteral(unquoted(word), /*national=*/true)});
 }
 
 }  // namespace tsql

@@ -87,9 +87,8 @@ class Translator {
     std::string condition(const Expr& expr);
 
     // Return the SQLite statement that changes `target`.
-    std::string insertRows(const TableInfo& target, const ColumnList& columns, const Insert& insert);
+    std::string insert(const TableInfo& target, const ColumnList& columns, const Insert& insert);
     std::string limited(const std::string& sql, const ExprPtr& top = nullptr);
-    std::string insertQuery(const TableInfo& target, const ColumnList& columns, const Insert& insert);
     // Rows of a query with as many columns.
     std::string insertSelected(const TableInfo& target, const ColumnList& columns, const QueryText& text,
                                const ExprPtr& top = nullptr);
@@ -106,6 +105,15 @@ class Translator {
     // produces; ts_row is the row id of a row that exists already.
     const std::string& newRows() const { return m_newRows; }
     std::string remove(const TableInfo& target, const Delete& statement);
+    // Creates temp.tsqlbox_merged, the rows of a MERGE: the row id of the target, the number of the clause
+    // and the columns of the source. Rows to insert come first.
+    std::string merge(const TableInfo& target, const Merge& merge);
+    // Makes changes that are translated afterwards those of this clause.
+    void begin(const MergeClause& clause) { m_clause = &clause; }
+    // RETURNING for the OUTPUT clause: values of the row after the change or before its deletion. With a
+    // record of the changed rows, OUTPUT is a query of it instead.
+    std::string returning(const TableInfo& target, const std::optional<Output>& output,
+                          const std::string& exposed, const std::string& record = {});
     CheckText check(const TableInfo& table, const Expr& condition);
     Typed defaultOf(const TableInfo& target, const TableColumn& column);
 
@@ -166,7 +174,6 @@ class Translator {
     std::string test(const Logic& logic);
     std::string test(const Not& negation) { return "(NOT " + condition(*negation.operand) + ")"; }
     std::string test(const IsNull& isNull) { return "(" + value(*isNull.operand).sql + " IS NULL)"; }
-    std::string test(const Between& between);
     std::string test(const InList& in);
     std::string test(const CompareQuery& compare);
     std::string test(const Like& like);
@@ -235,11 +242,12 @@ class Translator {
     }
 
     // ---- changes (TranslatorChanges.cpp)
+    std::string insertRows(const TableInfo& target, const ColumnList& columns, const Insert& insert);
     std::string insertText(const TableInfo& target, const ColumnList& columns, const std::string& rows);
     std::string rowText(const TableInfo& target, const ColumnList& columns, Pieces cells);
     Typed cell(const Expr& expr);
-    std::string returning(const TableInfo& target, const std::optional<Output>& output,
-                          const std::string& exposed, const std::string& record = {});
+    std::string assigned(const Typed& value, const TableInfo& target, const TableColumn& column);
+    std::string mergedRows();
     std::string returnedToVariables(const TableInfo& target, const Update& update);
     std::string filter(const Change& change);  // WHERE and LIMIT
     std::pair<std::string, std::string> joinedSources(const TableInfo& target, const Change& change);
@@ -258,6 +266,9 @@ class Translator {
     std::string m_depth;  // depth column that the recursive part must return
     std::int64_t m_maxRecursion = 100;
     QueryText m_output;
+    const Merge* m_merge = nullptr;
+    const MergeClause* m_clause = nullptr;
+    std::vector<Source> m_merged;  // the source of the MERGE, in the table of its rows
     std::vector<std::string> m_steps;
     std::string m_newRows;
     bool m_topLevel = true;

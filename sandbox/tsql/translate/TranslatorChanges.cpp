@@ -21,11 +21,27 @@ ColumnList filledColumns(const TableInfo& target, const ColumnList& columns) {
     return filled;
 }
 
-std::string assigned(const Typed& value, const TableInfo& target, const TableColumn& column) {
-    return emitAssign(value, column.type, target.fullName(), column.name).sql;
+// Without a column list, values are expected for all columns but the identity.
+void checkCount(const TableInfo& target, const ColumnList& columns, const Insert& insert, std::size_t given) {
+    if (given == columns.size()) return;
+    const bool more = given > columns.size(), all = insert.query ? more : given == target.columns.size();
+    if (insert.columns.empty() && all && target.identityColumn())
+        throw sqlError(kIdentityValueNeedsColumnList, {target.name});
+    if (insert.columns.empty()) throw sqlError(kColumnCountMismatch);
+    if (insert.query) throw sqlError(more ? kMoreSelectedThanInserted : kFewerSelectedThanInserted);
+    throw sqlError(more ? kFewerInsertColumnsThanValues : kMoreInsertColumnsThanValues);
 }
 
 }  // namespace
+
+// The values of a MERGE are computed when other clauses may have changed the table.
+std::string Translator::assigned(const Typed& value, const TableInfo& target, const TableColumn& column) {
+    const bool reads =
+        value.sql.find("SELECT ") != value.sql.npos || value.sql.find("ts_call(") != value.sql.npos;
+    if (m_clause && reads && m_merge->clauses.size() > 1)
+        throw unsupported("a subquery or function among the values of a MERGE with several clauses");
+    return emitAssign(value, column.type, target.fullName(), column.name).sql;
+}
 
 Typed Translator::defaultOf(const TableInfo& target, const TableColumn& column) {
     const auto next = [&](std::string_view counter, std::int64_t step) {
@@ -68,31 +84,32 @@ std::string Translator::insertRows(const TableInfo& target, const ColumnList& co
     if (all.empty())
         return "INSERT INTO " + target.sqlName() + " DEFAULT VALUES" +
                returning(target, insert.output, "inserted");
+    Scope scope;
+    const Temporarily visible(m_scope, m_clause ? &scope : m_scope);
+    const std::string merged = m_clause ? mergedRows() : "";
     std::string rows = insert.defaultValues ? "VALUES (" + rowText(target, all, {}) + ")" : "";
     for (const auto& row : insert.rows) {
-        if (row.size() != columns.size())
-            throw sqlError(row.size() < columns.size() ? kMoreInsertColumnsThanValues
-                                                       : kFewerInsertColumnsThanValues);
+        checkCount(target, columns, insert, row.size());
         std::vector<Typed> cells;
         m_sequences.clear();
         for (const auto& each : row) {
             if (each) refuseRowVersions({columns[cells.size()]});
             cells.push_back(each ? cell(*each) : defaultOf(target, *columns[cells.size()]));
         }
-        rows += (rows.empty() ? "VALUES (" : ", (") + rowText(target, all, cells) + ")";
+        const std::string values = rowText(target, all, cells);
+        rows += m_clause ? "SELECT " + values + merged : (rows.empty() ? "VALUES (" : ", (") + values + ")";
     }
+    if (scope.sawAggregate) throw unsupported("an aggregate in the INSERT of MERGE");
     if (insert.top) rows = limited(rows, insert.top);
     return insertText(target, all, rows) + returning(target, insert.output, "inserted");
 }
 
-std::string Translator::insertQuery(const TableInfo& target, const ColumnList& columns,
-                                    const Insert& insert) {
+std::string Translator::insert(const TableInfo& target, const ColumnList& columns, const Insert& insert) {
+    if (!insert.query) return insertRows(target, columns, insert);
     m_topLevel = false;
     refuseRowVersions(columns);
     const QueryText text = query(*insert.query);
-    if (text.columns.size() != columns.size())
-        throw sqlError(text.columns.size() < columns.size() ? kFewerSelectedThanInserted
-                                                            : kMoreSelectedThanInserted);
+    checkCount(target, columns, insert, text.columns.size());
     return insertSelected(target, columns, text, insert.top) + returning(target, insert.output, "inserted");
 }
 
@@ -124,8 +141,6 @@ void Translator::useCommonTables(const Change& change, const ObjectName& target)
     }
 }
 
-// RETURNING for the OUTPUT clause: values of the row after the change or before its deletion. With a record
-// of the changed rows, OUTPUT is a query of it instead.
 std::string Translator::returning(const TableInfo& target, const std::optional<Output>& output,
                                   const std::string& exposed, const std::string& record) {
     if (!output) return {};
@@ -136,8 +151,14 @@ std::string Translator::returning(const TableInfo& target, const std::optional<O
     if (!record.empty()) {
         addSource(target, "deleted", {});
         for (auto& source : scope.sources)
-            for (auto& column : source.columns)
+            for (auto& column : source.columns) {
                 column.sql = quotedName((source.exposed == "deleted" ? "old " : "new ") + column.name);
+                column.nullable = column.nullable || m_merge;
+            }
+    }
+    if (m_merge) {
+        std::ranges::copy(m_merged, std::back_inserter(scope.sources));
+        scope.sources.emplace_back().columns = {{{"$action", nvarcharType(10), false, false}, "action"}};
     }
     std::string list;
     for (const auto& item : output->items) {
@@ -146,7 +167,7 @@ std::string Translator::returning(const TableInfo& target, const std::optional<O
         selectItem(item, m_output, list, /*collate=*/false);
     }
     if (record.empty()) return " RETURNING " + list;
-    m_output.sql = "SELECT " + list + " FROM temp." + record;
+    m_output.sql = "SELECT " + list + " FROM " + record;
     return {};
 }
 
@@ -170,8 +191,8 @@ std::string Translator::returnedToVariables(const TableInfo& target, const Updat
 // Returns the FROM clause of a change, and the row id of the changed table in it.
 std::pair<std::string, std::string> Translator::joinedSources(const TableInfo& target, const Change& change) {
     m_topLevel = false;
-    const ObjectName& name = change.table;
-    std::string sql = from(change.from);
+    const ObjectName name = m_clause ? ObjectName{{}, {}, m_merge->alias} : change.table;
+    std::string sql = m_clause ? mergedRows() : from(change.from);
     std::string rowid, other;  // the table under an alias: changed if it occurs only once
     for (const auto& source : m_scope->sources) {
         const bool isNamedSo = sameText(source.exposed, name.name);
@@ -186,7 +207,9 @@ std::pair<std::string, std::string> Translator::joinedSources(const TableInfo& t
     if (!rowid.empty()) return {sql, rowid};
     const std::string alias = nextAlias();
     addSource(target, name.name, alias);
-    return {(sql.empty() ? " FROM " : sql + ", ") + target.sqlName() + " AS " + alias, alias + "._rowid_"};
+    rowid = alias + "._rowid_";
+    sql = (sql.empty() ? " FROM " : sql + ", ") + target.sqlName() + " AS " + alias;
+    return {m_clause ? sql + " ON merged.id = " + rowid : sql, rowid};
 }
 
 std::string Translator::update(const TableInfo& target, const Update& update, const std::string& record) {
@@ -255,6 +278,52 @@ std::string Translator::remove(const TableInfo& target, const Delete& statement)
     const std::string rows = "SELECT " + rowid + sources + filter(statement);
     return "DELETE FROM " + target.sqlName() + " WHERE _rowid_ IN (" + rows + ")" +
            returning(target, statement.output, "deleted");
+}
+
+std::string Translator::merge(const TableInfo& target, const Merge& merge) {
+    m_topLevel = false;
+    m_merge = &merge;
+    Scope scope;
+    m_scope = &scope;
+    const auto clauseOf = [&](MergeRows rows) {
+        std::string sql = "CASE WHEN 0 THEN 0";
+        for (std::size_t i = 0; i < merge.clauses.size(); ++i)
+            if (const auto& [those, test, change] = merge.clauses[i]; those == rows)
+                sql += " WHEN " + (test ? condition(*test) : "1") + " THEN " + std::to_string(i + 1);
+        return sql + " END";
+    };
+    const std::string source = from(merge.source), alias = nextAlias(), id = alias + "._rowid_";
+    addSource(target, merge.alias, alias);
+    const std::string on = condition(*merge.where), clauseOfBoth = clauseOf(MergeRows::Matched);
+    scope.firstSource = scope.sources.size() - 1;  // a condition sees only the tables that have the row
+    const std::string clauseOfOld = clauseOf(MergeRows::Old);
+    scope.firstSource = 0;
+    scope.sources.pop_back();
+    const std::string clauseOfNew = clauseOf(MergeRows::New);
+    if (scope.sawAggregate) throw sqlError(kAggregateInWhere);
+    m_scope = nullptr;
+    m_merged = std::move(scope.sources);
+    std::string columns;
+    for (auto& each : m_merged) {
+        each.rowid = each.table = "";
+        for (auto& column : each.columns) {
+            const std::string name = "c" + std::to_string(columns.size());
+            columns += ", " + std::exchange(column.sql, "merged." + name) + " AS " + name;
+            column.nullable = true;
+        }
+    }
+    const bool hasOld = std::ranges::count(merge.clauses, MergeRows::Old, &MergeClause::rows) > 0;
+    return "CREATE TEMP TABLE tsqlbox_merged AS SELECT " + id + " AS id, CASE WHEN " + id + " IS NULL THEN " +
+           clauseOfNew + " WHEN given.yes THEN " + clauseOfBoth + " ELSE " + clauseOfOld + " END AS clause" +
+           columns + source + " CROSS JOIN (SELECT 1 AS yes) AS given" + (hasOld ? " FULL" : " LEFT") +
+           " JOIN " + target.sqlName() + " AS " + alias + " ON " + on + " ORDER BY 1, 2 DESC";
+}
+
+// FROM clause with the rows that the clause of a MERGE changes.
+std::string Translator::mergedRows() {
+    if (m_clause->rows != MergeRows::Old) m_scope->sources = m_merged;
+    return " FROM (SELECT * FROM temp.tsqlbox_merged WHERE clause = " +
+           std::to_string(m_clause - m_merge->clauses.data() + 1) + ") AS merged";
 }
 
 CheckText Translator::check(const TableInfo& table, const Expr& expr) {

@@ -110,8 +110,7 @@ Typed Translator::node(const Case& choice) {
     std::vector<std::string> conditions;
     std::vector<Typed> results;
     for (const auto& [when, then] : choice.branches) {
-        conditions.push_back(choice.input ? emitCompare(CompareOp::Equal, value(*choice.input), value(*when))
-                                          : condition(*when));
+        conditions.push_back(condition(*when));
         results.push_back(value(*then));
     }
     results.push_back(choice.otherwise ? value(*choice.otherwise) : nullLiteral());
@@ -279,12 +278,6 @@ std::string Translator::test(const Logic& logic) {
     const bool joins = inner && inner->isAnd == logic.isAnd;  // a AND b: "(a AND b" AND c
     return (joins ? left.substr(0, left.size() - 1) : "(" + left) + (logic.isAnd ? " AND " : " OR ") +
            condition(*logic.right) + ")";
-}
-
-std::string Translator::test(const Between& between) {
-    const Typed operand = value(*between.operand);
-    return "(" + emitCompare(CompareOp::GreaterOrEqual, operand, value(*between.low)) + " AND " +
-           emitCompare(CompareOp::LessOrEqual, operand, value(*between.high)) + ")";
 }
 
 std::string Translator::test(const InList& in) {

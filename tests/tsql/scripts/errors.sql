@@ -42,7 +42,7 @@ PRINT @undeclared --> Msg 137, Level 15, State 2, Line 1: Must declare the scala
 SELEC 1 --> Msg 2812, Level 16, State 62, Line 1: Could not find stored procedure 'SELEC'.
 CREATE TABLE t () --> Msg 102, Level 15, State 1, Line 1: Incorrect syntax near ')'.
 BREAK --> Msg 135, Level 15, State 1, Line 1: Cannot use a BREAK statement outside the scope of a WHILE statement.
-MERGE a USING b ON 1=1 --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support MERGE.
+MERGE a USING b ON 1=1 --> Msg 102, Level 15, State 1, Line 1: Incorrect syntax near '1'.
 SELECT CASE WHEN 'a' COLLATE Latin1_General_CI_AS = 'A' THEN 1 ELSE 0 END --> - int? = 1 (1 rows)
 SELECT 1
 WHERE 'a' COLLATE Latin1_General_BIN = 'A' --> Msg 50000, Level 16, State 1, Line 2: tsqlbox does not support a collation other than those named ..._CI_AS.

@@ -54,7 +54,7 @@ WAITFOR DELAY 'soon'
 WAITFOR TIME '25:00'
 --> Msg 148, Level 15, State 1, Line 2: Incorrect time syntax in time string 'soon' used with WAITFOR.
 --> Msg 148, Level 15, State 1, Line 3: Incorrect time syntax in time string '25:00' used with WAITFOR.
-MERGE t USING s ON t.id = s.id WHEN MATCHED THEN DELETE OUTPUT $action; --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support $action.
+MERGE t USING s ON t.id = s.id WHEN MATCHED THEN DELETE OUTPUT $actions; --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support $actions.
 -- numbers of the server's own messages
 RAISERROR(15009, -1, -1, 'x', 'y')
 RAISERROR(15009, 5, 3, N'x', 'y')
