@@ -3,7 +3,6 @@
 #pragma once
 
 #include <chrono>
-#include <list>
 #include <map>
 #include <unordered_map>
 

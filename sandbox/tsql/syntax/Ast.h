@@ -1,7 +1,6 @@
 // Syntax tree of a batch: expressions, queries, statements. Queries for several grouping sets share nodes.
 #pragma once
 
-#include <functional>
 #include <map>
 #include <memory>
 #include <utility>

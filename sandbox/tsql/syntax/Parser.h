@@ -1,7 +1,6 @@
 // Recursive-descent parser of a batch. Productions that only one source file uses are functions of that file.
 #pragma once
 
-#include <set>
 #include <type_traits>
 
 #include "messages/Messages.h"

@@ -1,7 +1,6 @@
 // Names, families and precedence of types; common types of operands.
 #pragma once
 
-#include <optional>
 #include <span>
 
 #include "types/SqlType.h"
