@@ -7,6 +7,18 @@ namespace tsql {
 
 namespace {
 
+// System procedures that SQL Server has and tsqlbox has not.
+constexpr std::string_view kMissingProcedures =
+    "sp_addextendedproperty sp_addlinkedserver sp_addlogin sp_addmessage sp_addrolemember sp_addtype "
+    "sp_adduser "
+    "sp_attach_db sp_bindefault sp_bindrule sp_changedbowner sp_configure sp_dboption sp_depends "
+    "sp_detach_db "
+    "sp_droprolemember sp_help sp_helpconstraint sp_helpdb sp_helpuser sp_lock sp_msforeachdb "
+    "sp_msforeachtable "
+    "sp_recompile sp_refreshview sp_renamedb sp_send_dbmail sp_spaceused sp_tableoption sp_updatestats "
+    "sp_who "
+    "sp_who2 sp_xml_preparedocument xp_cmdshell xp_fileexist xp_instance_regread xp_msver xp_regread";
+
 constexpr std::size_t kParsedTexts = 256;
 constexpr std::size_t kDeepestCall = 33;  // the batch, and 32 calls
 
@@ -236,6 +248,7 @@ void Executor::run(const SystemStatement& statement) {
 void Executor::callProcedure(const Execute& execute, const ObjectName& name, const SystemProcedure* system) {
     const auto procedure = system ? moduleOf(*system, name) : Executor::module(name, kProcedure);
     if (!procedure && Executor::module(name, kFunction)) throw unsupported("EXECUTE of a function");
+    if (!procedure && hasWord(kMissingProcedures, lowerAscii(name.name))) throw unsupported(name.name);
     if (!procedure) throw sqlError(kProcedureNotFound, {asWritten(name)});
     const CreateModule& module = *procedure->module;
     Frame frame(*procedure);

@@ -329,7 +329,9 @@ ExprPtr Parser::primary() {
     if (token.kind == TokenKind::Global)
         return makeExpr(token.line, VariableRef{std::string(takeToken().raw)});
     if (at("(")) return inParentheses(*this);
-    for (const auto word : {"CONTAINS", "FREETEXT"}) throwIfAt(word, word);
+    for (const auto word : {"CONTAINS", "FREETEXT", "IDENTITYCOL", "ROWGUIDCOL"}) throwIfAt(word, word);
+    if (at("PARSE (") || at("TRY_PARSE (")) throwUnsupported(toUpper(token.raw));
+    if (at("::", 1)) throwUnsupported("methods of " + lowerAscii(token.raw));
     if (at("CASE")) return caseOf(*this);
     if (accept("NEXT VALUE FOR")) {
         ExprPtr next = makeExpr(token.line, NextValue{objectName()});

@@ -242,7 +242,8 @@ Select pivot(TableRefPtr table, const ObjectName& aggregate, const std::string& 
     for (const auto& name : names) {
         Case part;
         const ExprPtr text = makeExpr(line, Literal{textLiteral(name, true)});
-        part.branches.emplace_back(makeExpr(line, Compare{CompareOp::Equal, column(key), text}), column(value));
+        part.branches.emplace_back(makeExpr(line, Compare{CompareOp::Equal, column(key), text}),
+                                   column(value));
         Call call{aggregate, {}};
         call.arguments.push_back(makeExpr(line, std::move(part)));
         select.items.push_back({makeExpr(line, std::move(call)), {}, name, {}});

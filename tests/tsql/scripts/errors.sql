@@ -102,3 +102,9 @@ RAISERROR('fatal', 20, 1) WITH LOG
 PRINT 'not reached' --> Msg 50000, Level 20, State 1, Line 1: fatal --> THE SESSION HAS ENDED
 DECLARE @x ntext --> Msg 2739, Level 16, State 1, Line 1: The text, ntext, and image data types are invalid for local variables.
 PRINT 'not reached' DECLARE @day date = 5 --> Msg 206, Level 16, State 2, Line 1: Operand type clash: int is incompatible with date
+OPEN SYMMETRIC KEY k DECRYPTION BY PASSWORD = 'x' --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support OPEN SYMMETRIC KEY.
+WAITFOR (RECEIVE * FROM q) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support WAITFOR ( RECEIVE.
+SET CONTEXT_INFO 0x01 --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support SET CONTEXT_INFO.
+EXEC sp_help 'x' --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support sp_help.
+SELECT geography::Point(1, 2, 4326) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support methods of geography.
+SELECT TRY_PARSE('1' AS int USING 'en-US') --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support TRY_PARSE.
