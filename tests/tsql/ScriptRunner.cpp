@@ -50,7 +50,7 @@ bool isNote(const Message& message) {
 }
 
 // Bytes of a line that holds several lines of output, or the heading and the rows of a result set.
-constexpr std::size_t kFullLine = 120;
+constexpr std::size_t kFullLine = 200;
 
 class PrintingSink final : public ResultSink {
   public:

@@ -6,8 +6,7 @@ INSERT purchase VALUES (10, 1, 5.5, '2024-01-01', 'a', 0x00FF, 0.1), (11, 1, 7.2
 -- TOP with ORDER BY; values of every storage form
 SELECT c.name, p.* FROM customer c CROSS APPLY (SELECT TOP 2 * FROM purchase WHERE customer = c.id ORDER BY amount DESC) p ORDER BY c.id, p.id
 --> name nvarchar(20) | id int | customer int? | amount decimal(20,2)? | at datetime? | note varchar(9)? | tag varbinary(4)? | f float?
---> Ada | 11 | 1 | 7.25 | 2024-02-01 00:00:00.000 | B | NULL | 1e+300
---> Ada | 12 | 1 | 123456789012345678.91 | NULL | é"\, | 0x | -2
+--> Ada | 11 | 1 | 7.25 | 2024-02-01 00:00:00.000 | B | NULL | 1e+300 --> Ada | 12 | 1 | 123456789012345678.91 | NULL | é"\, | 0x | -2
 --> Bob | 13 | 2 | 1.00 | 2024-03-01 10:11:12.123 | NULL | 0x01 | NULL (3 rows)
 SELECT c.id, p.id, p.amount, p.f FROM customer c OUTER APPLY (SELECT TOP (1) * FROM purchase WHERE customer = c.id ORDER BY id) p ORDER BY c.id --> id int | id int? | amount decimal(20,2)? | f float? = 1 | 10 | 5.50 | 0.1; 2 | 13 | 1.00 | NULL; 3 | NULL | NULL | NULL (3 rows)
 -- aggregates, grouping, several in a row, comparison that ignores case, names of the columns
@@ -27,9 +26,7 @@ SELECT COUNT(*) a FROM customer a OUTER APPLY (SELECT 1 AS x WHERE 1 = 0) b --> 
 -- inline functions with columns as arguments
 CREATE FUNCTION purchasesOf (@customer int, @most int = 1) RETURNS TABLE AS RETURN (SELECT TOP (@most) id, amount FROM purchase WHERE customer = @customer ORDER BY id DESC) -->
 SELECT c.id, p.id, p.amount FROM customer c OUTER APPLY dbo.purchasesOf(c.id, 2) p ORDER BY 1, 2
-SELECT c.id, p.id FROM customer c CROSS APPLY dbo.purchasesOf(c.id, DEFAULT) AS p
---> id int | id int? | amount decimal(20,2)? = 1 | 11 | 7.25; 1 | 12 | 123456789012345678.91; 2 | 13 | 1.00; 3 | NULL | NULL (4 rows)
---> id int | id int = 1 | 12; 2 | 13 (2 rows)
+SELECT c.id, p.id FROM customer c CROSS APPLY dbo.purchasesOf(c.id, DEFAULT) AS p --> id int | id int? | amount decimal(20,2)? = 1 | 11 | 7.25; 1 | 12 | 123456789012345678.91; 2 | 13 | 1.00; 3 | NULL | NULL (4 rows) --> id int | id int = 1 | 12; 2 | 13 (2 rows)
 SELECT c.id FROM customer c CROSS JOIN dbo.purchasesOf(c.id, 1) p --> Msg 4104, Level 16, State 1, Line 1: The multi-part identifier "c.id" could not be bound.
 -- changes
 UPDATE c SET name = c.name + N' ' + l.note OUTPUT inserted.name FROM customer c CROSS APPLY (SELECT TOP 1 note FROM purchase p WHERE p.customer = c.id ORDER BY note) l WHERE l.note IS NOT NULL
@@ -38,18 +35,15 @@ INSERT customer SELECT x.id, x.name FROM customer c CROSS APPLY (SELECT c.id + 1
 SELECT * FROM customer
 SELECT x.total INTO totals FROM customer c CROSS APPLY (SELECT SUM(amount) total FROM purchase WHERE customer = c.id) x
 SELECT * FROM totals
---> name nvarchar(20) = Ada a (1 rows) (1 changed) (2 changed)
---> id int | name nvarchar(20) = 1 | Ada a; 2 | Bob; 11 | Ada a; 12 | Bob (4 rows) (4 changed)
+--> name nvarchar(20) = Ada a (1 rows) (1 changed) (2 changed) --> id int | name nvarchar(20) = 1 | Ada a; 2 | Bob; 11 | Ada a; 12 | Bob (4 rows) (4 changed)
 --> total decimal(38,2)? = 123456789012345691.66; 1.00; NULL; NULL (4 rows)
 DECLARE @all nvarchar(99) = N'' SELECT @all += x.n + N';' FROM customer c CROSS APPLY (SELECT UPPER(c.name) AS n) x ORDER BY c.id DESC SELECT @all a --> a nvarchar(99)? = BOB;ADA A;BOB;ADA A; (1 rows)
 -- sorted by columns of the left side, also in other subqueries
 SELECT c.id, k.* FROM customer c CROSS APPLY (SELECT TOP 2 id, note FROM purchase ORDER BY ABS(id - 10 - c.id), id) k ORDER BY 1, 2
 SELECT c.id, k.* FROM customer c CROSS APPLY (SELECT customer, note + c.name AS n, COUNT(*) m FROM purchase GROUP BY customer, note ORDER BY note + c.name DESC OFFSET 1 ROWS FETCH NEXT 1 ROWS ONLY) k ORDER BY 1
 SELECT c.id, (SELECT TOP 1 id FROM purchase ORDER BY CASE customer WHEN c.id THEN 0 ELSE 1 END, id DESC) l FROM customer c WHERE 10 IN (SELECT TOP 1 id FROM purchase ORDER BY ABS(id - c.id * 10)) ORDER BY 1
---> id int | id int | note varchar(9)? --> 1 | 10 | a --> 1 | 11 | B --> 2 | 11 | B --> 2 | 12 | é"\,
---> 11 | 12 | é"\, --> 11 | 13 | NULL --> 12 | 12 | é"\, --> 12 | 13 | NULL (8 rows)
---> id int | customer int? | n nvarchar(29)? | m int? --> 1 | 1 | BAda a | 1 --> 2 | 1 | BBob | 1
---> 11 | 1 | BAda a | 1 --> 12 | 1 | BBob | 1 (4 rows) --> id int = 1 | l int? = 12 (1 rows)
+--> id int | id int | note varchar(9)? = 1 | 10 | a; 1 | 11 | B; 2 | 11 | B; 2 | 12 | é"\,; 11 | 12 | é"\,; 11 | 13 | NULL; 12 | 12 | é"\,; 12 | 13 | NULL (8 rows)
+--> id int | customer int? | n nvarchar(29)? | m int? = 1 | 1 | BAda a | 1; 2 | 1 | BBob | 1; 11 | 1 | BAda a | 1; 12 | 1 | BBob | 1 (4 rows) --> id int = 1 | l int? = 12 (1 rows)
 CREATE FUNCTION nearest (@to int) RETURNS TABLE AS RETURN SELECT TOP 1 id FROM purchase ORDER BY ABS(id - @to), id -->
 SELECT c.id, n.id FROM customer c CROSS APPLY dbo.nearest(c.id + 10) n ORDER BY 1 --> id int | id int = 1 | 11; 2 | 12; 11 | 13; 12 | 13 (4 rows)
 -- outer joins around, a table before a comma, a recursive common table expression
@@ -57,8 +51,7 @@ SELECT c.id, k.x, p.id FROM customer c OUTER APPLY (SELECT c.id + 9 AS x WHERE c
 SELECT c.id, p.id, k.x FROM customer c RIGHT JOIN purchase p ON p.customer = c.id + 1 CROSS APPLY (SELECT ISNULL(c.id, 0) + p.id AS x) k ORDER BY 2
 SELECT p.id, k.x FROM customer c LEFT JOIN (purchase p CROSS APPLY (SELECT p.id + 1 AS x WHERE p.id > 11) k) ON p.customer = c.id ORDER BY 1
 --> id int? | x int? | id int? = NULL | NULL | 12; NULL | NULL | 13; 1 | NULL | NULL; 11 | 20 | NULL; 12 | 21 | NULL (5 rows)
---> id int? | id int | x int? = NULL | 10 | 10; NULL | 11 | 11; NULL | 12 | 12; 1 | 13 | 14 (4 rows)
---> id int? | x int? = NULL | NULL; NULL | NULL; 12 | 13; 13 | 14 (4 rows)
+--> id int? | id int | x int? = NULL | 10 | 10; NULL | 11 | 11; NULL | 12 | 12; 1 | 13 | 14 (4 rows) --> id int? | x int? = NULL | NULL; NULL | NULL; 12 | 13; 13 | 14 (4 rows)
 WITH r AS (SELECT 1 AS n UNION ALL SELECT k.m FROM r CROSS APPLY (SELECT r.n + 1 AS m) k WHERE k.m < 4) SELECT n FROM r --> n int? = 1; 2; 3 (3 rows)
 SELECT 1 FROM customer c, purchase p CROSS APPLY (SELECT c.id) k (x) --> Msg 4104, Level 16, State 1, Line 1: The multi-part identifier "c.id" could not be bound.
 SELECT c.id, k.id FROM customer c CROSS APPLY (SELECT TOP (SELECT MIN(customer) + 1 FROM purchase) id FROM purchase ORDER BY id) k WHERE c.id = 1 ORDER BY 2 --> id int | id int = 1 | 10; 1 | 11 (2 rows)
@@ -77,6 +70,4 @@ WHILE @i < 126 BEGIN SET @i = @i + 1 SET @s = @s + CONCAT(N', ', @i, N' AS c', @
 DECLARE @t nvarchar(max) = @s + N') k'
 EXEC (@t)
 SET @t = @s + N', 1 AS d) k'
-EXEC (@t)
---> c1 int = 1 (1 rows)
---> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support APPLY of a query with more than 127 columns.
+EXEC (@t) --> c1 int = 1 (1 rows) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support APPLY of a query with more than 127 columns.

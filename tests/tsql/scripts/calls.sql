@@ -23,8 +23,7 @@ EXEC ('PRINT ''' + @t + '''; EXEC (''PRINT @@NESTLEVEL'')')
 EXEC sp_executesql N'PRINT @@NESTLEVEL'
 --> - int? = 3 | - int? = 3 (1 rows)
 --> Msg 8162, Level 16, State 2, Line 0, Procedure add_up: The formal parameter "@b" was not declared as an OUTPUT parameter, but the actual parameter passed in requested output.
---> Msg 2812, Level 16, State 62, Line 10: Could not find stored procedure 'nosuch'.
---> - int? = 0 | - int? = 42 (1 rows) --> plain --> - int? = 0 (1 rows) --> 7 --> a --> 2 --> 2
+--> Msg 2812, Level 16, State 62, Line 10: Could not find stored procedure 'nosuch'. --> - int? = 0 | - int? = 42 (1 rows) --> plain --> - int? = 0 (1 rows) --> 7 --> a --> 2 --> 2
 CREATE OR ALTER PROCEDURE add_up AS
 PRINT 'changed' -->
 add_up
@@ -36,8 +35,7 @@ EXEC sp_nosuch
 DROP PROCEDURE add_up, add_up2
 --> changed --> Text nvarchar(255)? = CREATE OR ALTER PROCEDURE add_up AS --> ; PRINT 'changed' -->  (2 rows)
 --> Msg 15009, Level 16, State 1, Line 3: The object 'nosuch' does not exist in database 'master' or is invalid for this operation.
---> Msg 15197, Level 16, State 1, Line 5: There is no text for object 'plain'.
---> Msg 2812, Level 16, State 62, Line 6: Could not find stored procedure 'sp_nosuch'.
+--> Msg 15197, Level 16, State 1, Line 5: There is no text for object 'plain'. --> Msg 2812, Level 16, State 62, Line 6: Could not find stored procedure 'sp_nosuch'.
 --> Msg 3701, Level 11, State 5, Line 7: Cannot drop the procedure 'add_up2', because it does not exist or you do not have permission.
 DECLARE @r int
 EXEC @r = sp_getapplock 'job', 'Exclusive'
@@ -54,13 +52,10 @@ EXEC @r = sp_releaseapplock 'job', 'Session'
 SELECT @r
 EXEC @r = sp_releaseapplock 'job', 'Session'
 SELECT @r
---> Msg 3918, Level 16, State 1, Line 2: The statement or function must be executed in the context of a user transaction.
---> - int? = -999 (1 rows)
---> Msg 1225, Level 16, State 1, Line 4: An invalid application lock mode was passed to sp_getapplock.
---> - int? = -999 (1 rows) --> - int? = 0 (1 rows) --> - int? = 0 (1 rows) --> - int? = 0 (1 rows)
---> - int? = 0 (1 rows)
---> Msg 1223, Level 16, State 1, Line 14: Cannot release the application lock (Database Principal: 'public', Resource: 'job') because it is not currently held.
---> - int? = -999 (1 rows)
+--> Msg 3918, Level 16, State 1, Line 2: The statement or function must be executed in the context of a user transaction. --> - int? = -999 (1 rows)
+--> Msg 1225, Level 16, State 1, Line 4: An invalid application lock mode was passed to sp_getapplock. --> - int? = -999 (1 rows) --> - int? = 0 (1 rows) --> - int? = 0 (1 rows)
+--> - int? = 0 (1 rows) --> - int? = 0 (1 rows)
+--> Msg 1223, Level 16, State 1, Line 14: Cannot release the application lock (Database Principal: 'public', Resource: 'job') because it is not currently held. --> - int? = -999 (1 rows)
 -- arguments that do not match the parameters
 CREATE PROCEDURE fit @a int, @b varchar(9) = 'b' AS SELECT @a, @b -->
 CREATE PROCEDURE takes_none AS RETURN -->
@@ -80,8 +75,7 @@ PRINT 'not reached'
 --> Msg 8162, Level 16, State 2, Line 0, Procedure fit: The formal parameter "@b" was not declared as an OUTPUT parameter, but the actual parameter passed in requested output.
 --> Msg 214, Level 16, State 2, Line 5: Procedure expects parameter '@statement' of type 'ntext/nchar/nvarchar'.
 --> Msg 8178, Level 16, State 1, Line 6: The parameterized query '(@x int)SELECT @x' expects the parameter '@x', which was not supplied.
---> Msg 8134, Level 16, State 1, Line 1: Divide by zero error encountered. --> 8134
---> Msg 156, Level 15, State 1, Line 1: Incorrect syntax near the keyword 'FROM'.
+--> Msg 8134, Level 16, State 1, Line 1: Divide by zero error encountered. --> 8134 --> Msg 156, Level 15, State 1, Line 1: Incorrect syntax near the keyword 'FROM'.
 --> Msg 8114, Level 16, State 5, Line 0, Procedure fit: Error converting data type varchar to int.
 EXEC fit @a = 1, 'b' --> Msg 119, Level 15, State 1, Line 1: Must pass parameter number 2 and subsequent parameters as '@name = value'. After the form '@name = value' has been used, all subsequent parameters must be passed in the form '@name = value'.
 EXEC fit 1, 'b' OUTPUT --> Msg 179, Level 15, State 1, Line 1: Cannot use the OUTPUT option when passing a constant to a stored procedure.
@@ -117,10 +111,8 @@ DECLARE @text nvarchar(50) = N'SELECT 1'
 EXEC @text
 SET @text = N'sp_helptext nothing'
 EXEC @text
---> - nvarchar(128)? = texts | - int? = 0 (1 rows) --> - nvarchar(128)? = t (1 rows)
---> - nvarchar(128)? = master | - int? = NULL (1 rows)
---> Msg 2812, Level 16, State 62, Line 8: Could not find stored procedure 'nowhere..sp_executesql'.
---> Msg 2812, Level 16, State 62, Line 10: Could not find stored procedure 'SELECT 1'.
+--> - nvarchar(128)? = texts | - int? = 0 (1 rows) --> - nvarchar(128)? = t (1 rows) --> - nvarchar(128)? = master | - int? = NULL (1 rows)
+--> Msg 2812, Level 16, State 62, Line 8: Could not find stored procedure 'nowhere..sp_executesql'. --> Msg 2812, Level 16, State 62, Line 10: Could not find stored procedure 'SELECT 1'.
 --> Msg 2812, Level 16, State 62, Line 12: Could not find stored procedure 'sp_helptext nothing'.
 -- types as drivers ask for them
 EXEC sp_datatype_info 12, 3 --> TYPE_NAME nvarchar(128)? = varchar | DATA_TYPE smallint? = 12 | PRECISION int? = 8000 | LITERAL_PREFIX varchar(32)? = ' | LITERAL_SUFFIX varchar(32)? = ' | CREATE_PARAMS varchar(32)? = max length | NULLABLE smallint? = 1 | CASE_SENSITIVE smallint? = 0 | SEARCHABLE smallint? = 3 | UNSIGNED_ATTRIBUTE smallint? = NULL | MONEY smallint? = 0 | AUTO_INCREMENT smallint? = NULL | LOCAL_TYPE_NAME nvarchar(128)? = varchar | MINIMUM_SCALE smallint? = NULL | MAXIMUM_SCALE smallint? = NULL | SQL_DATA_TYPE smallint? = 12 | SQL_DATETIME_SUB smallint? = NULL | NUM_PREC_RADIX int? = NULL | INTERVAL_PRECISION smallint? = NULL | USERTYPE smallint? = 2 (1 rows)
@@ -147,10 +139,9 @@ EXEC sp_execute NULL
 EXEC sp_execute @other, 'x', 1
 --> - int? (0 rows) --> - int? = 2 (1 rows) --> 3 --> - int? = 5 (1 rows) --> 6 --> - int = 1 (1 rows)
 --> Msg 8178, Level 16, State 1, Line 11: The parameterized query '(@a int, @b int OUTPUT)SET @b = @a + 1 SELECT @a' expects the parameter '@a', which was not supplied.
---> - nvarchar(10)? = new (1 rows) --> - nvarchar(10)? = newer (1 rows)
---> Msg 8179, Level 16, State 1, Line 15: Could not find prepared statement with handle 1.
---> Msg 8179, Level 16, State 1, Line 17: Could not find prepared statement with handle 3.
---> Msg 8179, Level 16, State 1, Line 19: Could not find prepared statement with handle 0. --> - int = 1 (1 rows)
+--> - nvarchar(10)? = new (1 rows) --> - nvarchar(10)? = newer (1 rows) --> Msg 8179, Level 16, State 1, Line 15: Could not find prepared statement with handle 1.
+--> Msg 8179, Level 16, State 1, Line 17: Could not find prepared statement with handle 3. --> Msg 8179, Level 16, State 1, Line 19: Could not find prepared statement with handle 0.
+--> - int = 1 (1 rows)
 DECLARE @h int
 EXEC sp_prepare @h OUTPUT, NULL
 EXEC sp_prepare @h OUTPUT, NULL, 'SELECT 1'
@@ -163,11 +154,7 @@ EXEC sp_execute @h, 1
 EXEC sp_prepare NULL, NULL, N'SELECT 1'
 EXEC sp_prepexec @h
 --> Msg 201, Level 16, State 10, Line 2: Procedure or function 'sp_prepare' expects parameter '@stmt', which was not supplied.
---> Msg 214, Level 16, State 2, Line 3: Procedure expects parameter '@stmt' of type 'ntext/nchar/nvarchar'.
---> Msg 156, Level 15, State 1, Line 2: Incorrect syntax near the keyword 'WHERE'.
---> Msg 8180, Level 16, State 1, Line 4: Statement(s) could not be prepared.
---> Msg 208, Level 16, State 1, Line 1: Invalid object name 'nowhere'.
---> Msg 8180, Level 16, State 1, Line 6: Statement(s) could not be prepared.
---> Msg 8179, Level 16, State 1, Line 7: Could not find prepared statement with handle 0. --> 1
---> Msg 208, Level 16, State 1, Line 1: Invalid object name 'nowhere'.
---> Msg 201, Level 16, State 10, Line 11: Procedure or function 'sp_prepexec' expects parameter '@stmt', which was not supplied.
+--> Msg 214, Level 16, State 2, Line 3: Procedure expects parameter '@stmt' of type 'ntext/nchar/nvarchar'. --> Msg 156, Level 15, State 1, Line 2: Incorrect syntax near the keyword 'WHERE'.
+--> Msg 8180, Level 16, State 1, Line 4: Statement(s) could not be prepared. --> Msg 208, Level 16, State 1, Line 1: Invalid object name 'nowhere'.
+--> Msg 8180, Level 16, State 1, Line 6: Statement(s) could not be prepared. --> Msg 8179, Level 16, State 1, Line 7: Could not find prepared statement with handle 0. --> 1
+--> Msg 208, Level 16, State 1, Line 1: Invalid object name 'nowhere'. --> Msg 201, Level 16, State 10, Line 11: Procedure or function 'sp_prepexec' expects parameter '@stmt', which was not supplied.

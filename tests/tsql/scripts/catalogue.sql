@@ -8,58 +8,42 @@ CREATE PROCEDURE restock @code nvarchar(20), @n int OUTPUT AS RETURN 0 -->
 CREATE FUNCTION dbo.twice (@x decimal(9,2)) RETURNS decimal(9,2) AS BEGIN RETURN @x * 2 END -->
 SELECT name, database_id, state_desc, recovery_model_desc, compatibility_level, collation_name FROM sys.databases ORDER BY database_id
 --> name nvarchar(128)? | database_id int? | state_desc nvarchar(60)? | recovery_model_desc nvarchar(60)? | compatibility_level tinyint? | collation_name nvarchar(128)?
---> master | 1 | ONLINE | SIMPLE | 150 | SQL_Latin1_General_CP1_CI_AS
---> tempdb | 2 | ONLINE | SIMPLE | 150 | SQL_Latin1_General_CP1_CI_AS
---> model | 3 | ONLINE | SIMPLE | 150 | SQL_Latin1_General_CP1_CI_AS
---> msdb | 4 | ONLINE | SIMPLE | 150 | SQL_Latin1_General_CP1_CI_AS
+--> master | 1 | ONLINE | SIMPLE | 150 | SQL_Latin1_General_CP1_CI_AS --> tempdb | 2 | ONLINE | SIMPLE | 150 | SQL_Latin1_General_CP1_CI_AS
+--> model | 3 | ONLINE | SIMPLE | 150 | SQL_Latin1_General_CP1_CI_AS --> msdb | 4 | ONLINE | SIMPLE | 150 | SQL_Latin1_General_CP1_CI_AS
 --> shop | 5 | ONLINE | SIMPLE | 150 | SQL_Latin1_General_CP1_CI_AS (5 rows)
 SELECT name, dbid FROM master..sysdatabases WHERE name = 'shop' --> name nvarchar(128)? = shop | dbid smallint? = 5 (1 rows)
 SELECT name, type, type_desc, OBJECT_NAME(parent_object_id) AS parent FROM sys.objects ORDER BY name
---> name nvarchar(128)? | type char(2)? | type_desc nvarchar(60)? | parent nvarchar(128)?
---> CK_price | C | CHECK_CONSTRAINT | item --> DF_price | D | DEFAULT_CONSTRAINT | item
---> FK_item | F | FOREIGN_KEY_CONSTRAINT | line --> item | U | USER_TABLE | NULL --> line | U | USER_TABLE | NULL
---> PK_item | PK | PRIMARY_KEY_CONSTRAINT | item --> restock | P | SQL_STORED_PROCEDURE | NULL
---> twice | FN | SQL_SCALAR_FUNCTION | NULL --> UQ_code | UQ | UNIQUE_CONSTRAINT | item (9 rows)
-SELECT name, xtype, type FROM sysobjects WHERE parent_obj = OBJECT_ID('item') ORDER BY name
---> name nvarchar(128)? | xtype char(2)? | type char(2)? --> CK_price | C | C --> DF_price | D | D --> PK_item | PK | K
---> UQ_code | UQ | K (4 rows)
+--> name nvarchar(128)? | type char(2)? | type_desc nvarchar(60)? | parent nvarchar(128)? --> CK_price | C | CHECK_CONSTRAINT | item --> DF_price | D | DEFAULT_CONSTRAINT | item
+--> FK_item | F | FOREIGN_KEY_CONSTRAINT | line --> item | U | USER_TABLE | NULL --> line | U | USER_TABLE | NULL --> PK_item | PK | PRIMARY_KEY_CONSTRAINT | item
+--> restock | P | SQL_STORED_PROCEDURE | NULL --> twice | FN | SQL_SCALAR_FUNCTION | NULL --> UQ_code | UQ | UNIQUE_CONSTRAINT | item (9 rows)
+SELECT name, xtype, type FROM sysobjects WHERE parent_obj = OBJECT_ID('item') ORDER BY name --> name nvarchar(128)? | xtype char(2)? | type char(2)? = CK_price | C | C; DF_price | D | D; PK_item | PK | K; UQ_code | UQ | K (4 rows)
 SELECT t.name, c.name, c.column_id, ty.name AS type, c.max_length, c.precision, c.scale, c.is_nullable, c.is_identity FROM sys.tables t JOIN sys.columns c ON c.object_id = t.object_id JOIN sys.types ty ON ty.user_type_id = c.user_type_id ORDER BY t.name, c.column_id
 --> name nvarchar(128)? | name nvarchar(128)? | column_id int? | type nvarchar(128)? | max_length smallint? | precision tinyint? | scale tinyint? | is_nullable bit? | is_identity bit?
---> item | id | 1 | int | 4 | 10 | 0 | 0 | 1 --> item | code | 2 | nvarchar | 40 | 0 | 0 | 0 | 0
---> item | price | 3 | decimal | 5 | 9 | 2 | 1 | 0 --> item | made | 4 | datetime | 8 | 23 | 3 | 1 | 0
---> line | item | 1 | int | 4 | 10 | 0 | 0 | 0 --> line | n | 2 | tinyint | 1 | 3 | 0 | 0 | 0
---> line | note | 3 | text | 16 | 0 | 0 | 1 | 0 --> line | f | 4 | float | 8 | 53 | 0 | 1 | 0 (8 rows)
+--> item | id | 1 | int | 4 | 10 | 0 | 0 | 1 --> item | code | 2 | nvarchar | 40 | 0 | 0 | 0 | 0 --> item | price | 3 | decimal | 5 | 9 | 2 | 1 | 0 --> item | made | 4 | datetime | 8 | 23 | 3 | 1 | 0
+--> line | item | 1 | int | 4 | 10 | 0 | 0 | 0 --> line | n | 2 | tinyint | 1 | 3 | 0 | 0 | 0 --> line | note | 3 | text | 16 | 0 | 0 | 1 | 0 --> line | f | 4 | float | 8 | 53 | 0 | 1 | 0 (8 rows)
 SELECT i.name, i.index_id, i.type_desc, i.is_unique, i.is_primary_key, i.is_unique_constraint, c.name AS col, k.key_ordinal FROM sys.indexes i JOIN sysindexes s ON s.id = i.object_id AND s.indid = i.index_id JOIN sys.index_columns k ON k.object_id = i.object_id AND k.index_id = i.index_id JOIN sys.columns c ON c.object_id = k.object_id AND c.column_id = k.column_id ORDER BY i.name, k.key_ordinal
 --> name nvarchar(128)? | index_id int? | type_desc nvarchar(60)? | is_unique bit? | is_primary_key bit? | is_unique_constraint bit? | col nvarchar(128)? | key_ordinal tinyint?
---> ix_line | 2 | NONCLUSTERED | 1 | 0 | 0 | item | 1 --> ix_line | 2 | NONCLUSTERED | 1 | 0 | 0 | n | 2
---> ix_made | 3 | NONCLUSTERED | 0 | 0 | 0 | made | 1 --> PK_item | 1 | CLUSTERED | 1 | 1 | 0 | id | 1
---> UQ_code | 2 | NONCLUSTERED | 1 | 0 | 1 | code | 1 (5 rows)
+--> ix_line | 2 | NONCLUSTERED | 1 | 0 | 0 | item | 1 --> ix_line | 2 | NONCLUSTERED | 1 | 0 | 0 | n | 2 --> ix_made | 3 | NONCLUSTERED | 0 | 0 | 0 | made | 1
+--> PK_item | 1 | CLUSTERED | 1 | 1 | 0 | id | 1 --> UQ_code | 2 | NONCLUSTERED | 1 | 0 | 1 | code | 1 (5 rows)
 SELECT OBJECT_NAME(object_id) AS module, parameter_id, name, is_output, max_length FROM sys.parameters ORDER BY 1, 2
---> module nvarchar(128)? | parameter_id int? | name nvarchar(128)? | is_output bit? | max_length smallint?
---> restock | 1 | @code | 0 | 40 --> restock | 2 | @n | 1 | 4 --> twice | 0 |  | 1 | 5
+--> module nvarchar(128)? | parameter_id int? | name nvarchar(128)? | is_output bit? | max_length smallint? --> restock | 1 | @code | 0 | 40 --> restock | 2 | @n | 1 | 4 --> twice | 0 |  | 1 | 5
 --> twice | 1 | @x | 0 | 5 (4 rows)
 SELECT name, schema_id FROM sys.schemas ORDER BY name --> name nvarchar(128)? | schema_id int? = dbo | 1; guest | 2; INFORMATION_SCHEMA | 3; sys | 4 (4 rows)
 SELECT name, is_ms_shipped FROM sys.procedures --> name nvarchar(128)? = restock | is_ms_shipped bit? = 0 (1 rows)
 SELECT COUNT(*) FROM sys.types WHERE name IN ('int', 'nvarchar', 'datetime2', 'uniqueidentifier') --> - int? = 4 (1 rows)
 SELECT name, OBJECT_NAME(referenced_object_id) AS referenced FROM sys.foreign_keys --> name nvarchar(128)? = FK_item | referenced nvarchar(128)? = item (1 rows)
 SELECT name, definition FROM sys.default_constraints --> name nvarchar(128)? = DF_price | definition nvarchar(max)? = ((0)) (1 rows)
-SELECT TABLE_CATALOG, TABLE_SCHEMA, TABLE_NAME, TABLE_TYPE FROM INFORMATION_SCHEMA.TABLES ORDER BY TABLE_NAME
---> TABLE_CATALOG nvarchar(128)? | TABLE_SCHEMA nvarchar(128)? | TABLE_NAME nvarchar(128)? | TABLE_TYPE varchar(10)?
---> shop | dbo | item | BASE TABLE --> shop | dbo | line | BASE TABLE (2 rows)
+SELECT TABLE_CATALOG, TABLE_SCHEMA, TABLE_NAME, TABLE_TYPE FROM INFORMATION_SCHEMA.TABLES ORDER BY TABLE_NAME --> TABLE_CATALOG nvarchar(128)? | TABLE_SCHEMA nvarchar(128)? | TABLE_NAME nvarchar(128)? | TABLE_TYPE varchar(10)? = shop | dbo | item | BASE TABLE; shop | dbo | line | BASE TABLE (2 rows)
 SELECT COLUMN_NAME, COLUMN_DEFAULT, DATA_TYPE, CHARACTER_MAXIMUM_LENGTH, CHARACTER_OCTET_LENGTH, NUMERIC_PRECISION, NUMERIC_SCALE, DATETIME_PRECISION, COLLATION_NAME FROM INFORMATION_SCHEMA.COLUMNS ORDER BY TABLE_NAME, ORDINAL_POSITION
 --> COLUMN_NAME nvarchar(128)? | COLUMN_DEFAULT nvarchar(4000)? | DATA_TYPE nvarchar(128)? | CHARACTER_MAXIMUM_LENGTH int? | CHARACTER_OCTET_LENGTH int? | NUMERIC_PRECISION tinyint? | NUMERIC_SCALE int? | DATETIME_PRECISION smallint? | COLLATION_NAME nvarchar(128)?
---> id | NULL | int | NULL | NULL | 10 | 0 | NULL | NULL
---> code | NULL | nvarchar | 20 | 40 | NULL | NULL | NULL | SQL_Latin1_General_CP1_CI_AS
---> price | ((0)) | decimal | NULL | NULL | 9 | 2 | NULL | NULL
---> made | NULL | datetime | NULL | NULL | NULL | NULL | 3 | NULL
---> item | NULL | int | NULL | NULL | 10 | 0 | NULL | NULL --> n | NULL | tinyint | NULL | NULL | 3 | 0 | NULL | NULL
---> note | NULL | text | 2147483647 | 2147483647 | NULL | NULL | NULL | SQL_Latin1_General_CP1_CI_AS
+--> id | NULL | int | NULL | NULL | 10 | 0 | NULL | NULL --> code | NULL | nvarchar | 20 | 40 | NULL | NULL | NULL | SQL_Latin1_General_CP1_CI_AS
+--> price | ((0)) | decimal | NULL | NULL | 9 | 2 | NULL | NULL --> made | NULL | datetime | NULL | NULL | NULL | NULL | 3 | NULL --> item | NULL | int | NULL | NULL | 10 | 0 | NULL | NULL
+--> n | NULL | tinyint | NULL | NULL | 3 | 0 | NULL | NULL --> note | NULL | text | 2147483647 | 2147483647 | NULL | NULL | NULL | SQL_Latin1_General_CP1_CI_AS
 --> f | NULL | float | NULL | NULL | 53 | NULL | NULL | NULL (8 rows)
 SELECT ROUTINE_NAME, ROUTINE_TYPE FROM INFORMATION_SCHEMA.ROUTINES ORDER BY ROUTINE_NAME --> ROUTINE_NAME nvarchar(128)? | ROUTINE_TYPE nvarchar(20)? = restock | PROCEDURE; twice | FUNCTION (2 rows)
 SELECT SPECIFIC_NAME, ORDINAL_POSITION, PARAMETER_MODE, IS_RESULT, PARAMETER_NAME, DATA_TYPE FROM INFORMATION_SCHEMA.PARAMETERS ORDER BY SPECIFIC_NAME, ORDINAL_POSITION
 --> SPECIFIC_NAME nvarchar(128)? | ORDINAL_POSITION int? | PARAMETER_MODE nvarchar(10)? | IS_RESULT nvarchar(10)? | PARAMETER_NAME nvarchar(128)? | DATA_TYPE nvarchar(128)?
---> restock | 1 | IN | NO | @code | nvarchar --> restock | 2 | INOUT | NO | @n | int
---> twice | 0 | OUT | YES |  | decimal --> twice | 1 | IN | NO | @x | decimal (4 rows)
+--> restock | 1 | IN | NO | @code | nvarchar --> restock | 2 | INOUT | NO | @n | int --> twice | 0 | OUT | YES |  | decimal --> twice | 1 | IN | NO | @x | decimal (4 rows)
 SELECT * FROM sys.nosuch --> Msg 208, Level 16, State 1, Line 1: Invalid object name 'sys.nosuch'.
 -- rebuilt indexes; a database is renamed, or set to a value that it has
 ALTER INDEX ix_made ON item REBUILD WITH (FILLFACTOR = 80) -->
@@ -83,18 +67,15 @@ SELECT OBJECTPROPERTY(OBJECT_ID('item'), 'ExecIsStartup') --> Msg 50000, Level 1
 CREATE TABLE pair (a int NOT NULL, [b "c\] int NOT NULL, d int NULL CONSTRAINT CK_d CHECK (d > 0), CONSTRAINT PK_pair PRIMARY KEY (a, [b "c\]), CONSTRAINT UQ_d UNIQUE (d))
 CREATE TABLE child (x int, y int, z int CONSTRAINT FK_z REFERENCES pair (d) ON DELETE CASCADE, CONSTRAINT FK_xy FOREIGN KEY (x, y) REFERENCES pair) -->
 SELECT c.TABLE_NAME, c.CONSTRAINT_NAME, c.CONSTRAINT_TYPE, k.COLUMN_NAME, k.ORDINAL_POSITION FROM INFORMATION_SCHEMA.TABLE_CONSTRAINTS c LEFT JOIN INFORMATION_SCHEMA.KEY_COLUMN_USAGE k ON k.CONSTRAINT_NAME = c.CONSTRAINT_NAME AND k.TABLE_NAME = c.TABLE_NAME WHERE c.TABLE_NAME IN ('pair', 'child') ORDER BY 1, 2, 5
---> TABLE_NAME nvarchar(128)? | CONSTRAINT_NAME nvarchar(128)? | CONSTRAINT_TYPE varchar(11)? | COLUMN_NAME nvarchar(128)? | ORDINAL_POSITION int?
---> child | FK_xy | FOREIGN KEY | x | 1 --> child | FK_xy | FOREIGN KEY | y | 2 --> child | FK_z | FOREIGN KEY | z | 1
---> pair | CK_d | CHECK | NULL | NULL --> pair | PK_pair | PRIMARY KEY | a | 1
+--> TABLE_NAME nvarchar(128)? | CONSTRAINT_NAME nvarchar(128)? | CONSTRAINT_TYPE varchar(11)? | COLUMN_NAME nvarchar(128)? | ORDINAL_POSITION int? --> child | FK_xy | FOREIGN KEY | x | 1
+--> child | FK_xy | FOREIGN KEY | y | 2 --> child | FK_z | FOREIGN KEY | z | 1 --> pair | CK_d | CHECK | NULL | NULL --> pair | PK_pair | PRIMARY KEY | a | 1
 --> pair | PK_pair | PRIMARY KEY | b "c\ | 2 --> pair | UQ_d | UNIQUE | d | 1 (7 rows)
 SELECT CONSTRAINT_NAME, UNIQUE_CONSTRAINT_NAME, DELETE_RULE, UPDATE_RULE FROM INFORMATION_SCHEMA.REFERENTIAL_CONSTRAINTS WHERE CONSTRAINT_NAME IN ('FK_z', 'FK_xy') ORDER BY 1
---> CONSTRAINT_NAME nvarchar(128)? | UNIQUE_CONSTRAINT_NAME nvarchar(128)? | DELETE_RULE varchar(11)? | UPDATE_RULE varchar(11)?
---> FK_xy | PK_pair | NO ACTION | NO ACTION --> FK_z | UQ_d | CASCADE | NO ACTION (2 rows)
+--> CONSTRAINT_NAME nvarchar(128)? | UNIQUE_CONSTRAINT_NAME nvarchar(128)? | DELETE_RULE varchar(11)? | UPDATE_RULE varchar(11)? --> FK_xy | PK_pair | NO ACTION | NO ACTION
+--> FK_z | UQ_d | CASCADE | NO ACTION (2 rows)
 SELECT CHECK_CLAUSE FROM INFORMATION_SCHEMA.CHECK_CONSTRAINTS WHERE CONSTRAINT_NAME = 'CK_d' --> CHECK_CLAUSE nvarchar(4000)? = (d > 0) (1 rows)
 SELECT COLUMN_NAME FROM INFORMATION_SCHEMA.CONSTRAINT_COLUMN_USAGE WHERE CONSTRAINT_NAME = 'CK_d' --> COLUMN_NAME nvarchar(128)? = d (1 rows)
-SELECT f.name, constraint_column_id AS n, COL_LENGTH('child', c.name) AS size, c.name AS own, r.name AS other FROM sys.foreign_key_columns k JOIN sys.foreign_keys f ON f.object_id = k.constraint_object_id JOIN sys.columns c ON c.object_id = k.parent_object_id AND c.column_id = k.parent_column_id JOIN sys.columns r ON r.object_id = k.referenced_object_id AND r.column_id = k.referenced_column_id WHERE f.parent_object_id = OBJECT_ID('child') ORDER BY 1, 2
---> name nvarchar(128)? | n int? | size smallint? | own nvarchar(128)? | other nvarchar(128)? --> FK_xy | 1 | 4 | x | a
---> FK_xy | 2 | 4 | y | b "c\ --> FK_z | 1 | 4 | z | d (3 rows)
+SELECT f.name, constraint_column_id AS n, COL_LENGTH('child', c.name) AS size, c.name AS own, r.name AS other FROM sys.foreign_key_columns k JOIN sys.foreign_keys f ON f.object_id = k.constraint_object_id JOIN sys.columns c ON c.object_id = k.parent_object_id AND c.column_id = k.parent_column_id JOIN sys.columns r ON r.object_id = k.referenced_object_id AND r.column_id = k.referenced_column_id WHERE f.parent_object_id = OBJECT_ID('child') ORDER BY 1, 2 --> name nvarchar(128)? | n int? | size smallint? | own nvarchar(128)? | other nvarchar(128)? = FK_xy | 1 | 4 | x | a; FK_xy | 2 | 4 | y | b "c\; FK_z | 1 | 4 | z | d (3 rows)
 SELECT SCHEMA_NAME FROM INFORMATION_SCHEMA.SCHEMATA ORDER BY 1 --> SCHEMA_NAME nvarchar(128)? = dbo; guest; INFORMATION_SCHEMA; sys (4 rows)
 SELECT OBJECT_NAME(object_id) AS t, name, is_identity FROM sys.identity_columns WHERE object_id = OBJECT_ID('item') --> t nvarchar(128)? = item | name nvarchar(128)? = id | is_identity bit? = 1 (1 rows)
 -- column ids stay when a column is dropped
@@ -126,10 +107,8 @@ INSERT @columns EXEC sp_columns 'Described', @column_name = '[rt]a%', @ODBCVer =
 SELECT name, type, p, radix FROM @columns ORDER BY ordinal
 --> (6 changed)
 --> o nvarchar(128) | t nvarchar(128) | name nvarchar(128) | type smallint? | typeName nvarchar(128) | p int? | length int? | scale smallint? | radix smallint? | nullable smallint? | fallback nvarchar(4000)? | t3 smallint? | sub smallint? | octets int? | isNullable varchar(3)?
---> dbo | Described | id | 4 | int identity | 10 | 4 | 0 | 10 | 0 | NULL | 4 | NULL | NULL | NO
---> dbo | Described | name | -9 | nvarchar | 20 | 40 | NULL | NULL | 0 | (N'none') | -9 | NULL | 40 | NO
---> dbo | Described | amount | 3 | decimal | 9 | 11 | 2 | 10 | 1 | NULL | 3 | NULL | NULL | YES
---> dbo | Described | rate | 6 | float | 15 | 8 | NULL | 10 | 1 | NULL | 6 | NULL | NULL | YES
+--> dbo | Described | id | 4 | int identity | 10 | 4 | 0 | 10 | 0 | NULL | 4 | NULL | NULL | NO --> dbo | Described | name | -9 | nvarchar | 20 | 40 | NULL | NULL | 0 | (N'none') | -9 | NULL | 40 | NO
+--> dbo | Described | amount | 3 | decimal | 9 | 11 | 2 | 10 | 1 | NULL | 3 | NULL | NULL | YES --> dbo | Described | rate | 6 | float | 15 | 8 | NULL | 10 | 1 | NULL | 6 | NULL | NULL | YES
 --> dbo | Described | taken | 11 | datetime2 | 23 | 16 | 3 | NULL | 1 | NULL | 9 | 3 | NULL | YES
 --> dbo | Described | note | 12 | varchar | 0 | 0 | NULL | NULL | 1 | NULL | 12 | NULL | 0 | YES (6 rows) (6 changed) (2 changed)
 --> name nvarchar(128) | type smallint? | p int? | radix smallint? = rate | 6 | 53 | 2; taken | 93 | 23 | NULL (2 rows)
@@ -182,18 +161,15 @@ EXEC sp_fkeys
 EXEC msdb..sp_tables
 --> TABLE_QUALIFIER nvarchar(128)? = the store | TABLE_OWNER nvarchar(128)? = dbo | TABLE_NAME nvarchar(128)? = Remarks | TABLE_TYPE varchar(32)? = TABLE | REMARKS varchar(254)? = NULL (1 rows)
 --> TABLE_QUALIFIER nvarchar(128)? | TABLE_OWNER nvarchar(128)? | TABLE_NAME nvarchar(128)? | TABLE_TYPE varchar(32)? | REMARKS varchar(254)? (0 rows)
---> TABLE_QUALIFIER nvarchar(128)? | TABLE_OWNER nvarchar(128)? | TABLE_NAME nvarchar(128)? | TABLE_TYPE varchar(32)? | REMARKS varchar(254)?
---> NULL | dbo | NULL | NULL | NULL --> NULL | guest | NULL | NULL | NULL
---> NULL | INFORMATION_SCHEMA | NULL | NULL | NULL --> NULL | sys | NULL | NULL | NULL (4 rows)
---> TABLE_QUALIFIER nvarchar(128)? | TABLE_OWNER nvarchar(128)? | TABLE_NAME nvarchar(128)? | TABLE_TYPE varchar(32)? | REMARKS varchar(254)?
---> NULL | NULL | NULL | SYSTEM TABLE | NULL --> NULL | NULL | NULL | TABLE | NULL
---> NULL | NULL | NULL | VIEW | NULL (3 rows)
+--> TABLE_QUALIFIER nvarchar(128)? | TABLE_OWNER nvarchar(128)? | TABLE_NAME nvarchar(128)? | TABLE_TYPE varchar(32)? | REMARKS varchar(254)? --> NULL | dbo | NULL | NULL | NULL
+--> NULL | guest | NULL | NULL | NULL --> NULL | INFORMATION_SCHEMA | NULL | NULL | NULL --> NULL | sys | NULL | NULL | NULL (4 rows)
+--> TABLE_QUALIFIER nvarchar(128)? | TABLE_OWNER nvarchar(128)? | TABLE_NAME nvarchar(128)? | TABLE_TYPE varchar(32)? | REMARKS varchar(254)? --> NULL | NULL | NULL | SYSTEM TABLE | NULL
+--> NULL | NULL | NULL | TABLE | NULL --> NULL | NULL | NULL | VIEW | NULL (3 rows)
 --> TABLE_QUALIFIER nvarchar(128)? = the store | TABLE_OWNER nvarchar(128)? = dbo | TABLE_NAME nvarchar(128)? = Described | COLUMN_NAME nvarchar(128)? = id | KEY_SEQ smallint? = 1 | PK_NAME nvarchar(128)? = pk_described (1 rows)
 --> PKTABLE_QUALIFIER nvarchar(128)? = the store | PKTABLE_OWNER nvarchar(128)? = dbo | PKTABLE_NAME nvarchar(128)? = Described | PKCOLUMN_NAME nvarchar(128)? = id | FKTABLE_QUALIFIER nvarchar(128)? = the store | FKTABLE_OWNER nvarchar(128)? = dbo | FKTABLE_NAME nvarchar(128)? = Remarks | FKCOLUMN_NAME nvarchar(128)? = b | KEY_SEQ smallint? = 1 | UPDATE_RULE smallint? = 1 | DELETE_RULE smallint? = 2 | FK_NAME nvarchar(128)? = fk_remarks | PK_NAME nvarchar(128)? = pk_described | DEFERRABILITY smallint? = 7 (1 rows)
 --> PKTABLE_QUALIFIER nvarchar(128)? | PKTABLE_OWNER nvarchar(128)? | PKTABLE_NAME nvarchar(128)? | PKCOLUMN_NAME nvarchar(128)? | FKTABLE_QUALIFIER nvarchar(128)? | FKTABLE_OWNER nvarchar(128)? | FKTABLE_NAME nvarchar(128)? | FKCOLUMN_NAME nvarchar(128)? | KEY_SEQ smallint? | UPDATE_RULE smallint? | DELETE_RULE smallint? | FK_NAME nvarchar(128)? | PK_NAME nvarchar(128)? | DEFERRABILITY smallint? (0 rows)
 --> TABLE_QUALIFIER nvarchar(128)? | TABLE_OWNER nvarchar(128)? | TABLE_NAME nvarchar(128)? | NON_UNIQUE smallint? | INDEX_QUALIFIER nvarchar(128)? | INDEX_NAME nvarchar(128)? | TYPE smallint? | SEQ_IN_INDEX smallint? | COLUMN_NAME nvarchar(128)? | COLLATION varchar(1)? | CARDINALITY int? | PAGES int? | FILTER_CONDITION varchar(128)?
---> the store | dbo | Remarks | 1 | Remarks | ix_remarks | 3 | 1 | b | D | NULL | NULL | NULL
---> the store | dbo | Remarks | 1 | Remarks | ix_remarks | 3 | 2 | a | A | NULL | NULL | NULL (2 rows)
+--> the store | dbo | Remarks | 1 | Remarks | ix_remarks | 3 | 1 | b | D | NULL | NULL | NULL --> the store | dbo | Remarks | 1 | Remarks | ix_remarks | 3 | 2 | a | A | NULL | NULL | NULL (2 rows)
 --> TABLE_QUALIFIER nvarchar(128)? | TABLE_OWNER nvarchar(128)? | TABLE_NAME nvarchar(128)? | NON_UNIQUE smallint? | INDEX_QUALIFIER nvarchar(128)? | INDEX_NAME nvarchar(128)? | TYPE smallint? | SEQ_IN_INDEX smallint? | COLUMN_NAME nvarchar(128)? | COLLATION varchar(1)? | CARDINALITY int? | PAGES int? | FILTER_CONDITION varchar(128)? (0 rows)
 --> Msg 15250, Level 16, State 1, Line 1, Procedure sp_columns: The database name component of the object qualifier must be the name of the current database.
 --> Msg 15252, Level 16, State 1, Line 1, Procedure sp_fkeys: The primary or foreign key table name must be given.

@@ -12,13 +12,10 @@ INSERT d (cid) VALUES (1)
 INSERT d VALUES (1, 77)
 INSERT d VALUES (1, 100)
 DELETE c WHERE id = 100
---> (1 changed) (2 changed)
---> - decimal(38,0)? = 102 | - decimal(38,0)? = 102 | - decimal(38,0)? = 102 | - int? = 2 (1 rows)
---> id int* | nm nvarchar(5)? | ch char(3)? | v int? | - varchar(5)? --> 100 | Ünï | ab  | 1 | [ab ]
---> 101 | two | ab  | 2 | [ab ] --> 102 | three | x   | 3 | [x  ] (3 rows)
+--> (1 changed) (2 changed) --> - decimal(38,0)? = 102 | - decimal(38,0)? = 102 | - decimal(38,0)? = 102 | - int? = 2 (1 rows)
+--> id int* | nm nvarchar(5)? | ch char(3)? | v int? | - varchar(5)? = 100 | Ünï | ab  | 1 | [ab ]; 101 | two | ab  | 2 | [ab ]; 102 | three | x   | 3 | [x  ] (3 rows)
 --> Msg 2627, Level 14, State 1, Line 6: Violation of UNIQUE KEY constraint 'UQ__c__1_2'. Cannot insert duplicate key in object 'dbo.c'. The duplicate key value is (ünï). (3621)
---> - int? = 2627 | - int? = 0 (1 rows)
---> Msg 2628, Level 16, State 1, Line 8: String or binary data would be truncated in table 'master.dbo.c', column 'nm'. Truncated value: 'toolo'. (3621)
+--> - int? = 2627 | - int? = 0 (1 rows) --> Msg 2628, Level 16, State 1, Line 8: String or binary data would be truncated in table 'master.dbo.c', column 'nm'. Truncated value: 'toolo'. (3621)
 --> Msg 547, Level 16, State 0, Line 9: The INSERT statement conflicted with the CHECK constraint "CK_v". The conflict occurred in database "master", table "dbo.c", column 'v'. (3621)
 --> Msg 515, Level 16, State 2, Line 10: Cannot insert the value NULL into column 'id', table 'master.dbo.d'; column does not allow nulls. INSERT fails. (3621)
 --> Msg 547, Level 16, State 0, Line 11: The INSERT statement conflicted with the FOREIGN KEY constraint "FK_d". The conflict occurred in database "master", table "dbo.c", column 'id'. (3621) (1 changed)
@@ -36,9 +33,7 @@ UPDATE c SET v = v + 10, ch = DEFAULT WHERE id > 100 --> (2 changed)
 UPDATE x SET v += d.id FROM c x INNER JOIN d ON x.id = d.cid --> (1 changed)
 UPDATE TOP (1) c SET nm = 'first' WHERE id < 100 --> (1 changed)
 UPDATE c SET id = 1 --> Msg 8102, Level 16, State 1, Line 1: Cannot update identity column 'id'.
-SELECT id, nm, ch, v FROM c ORDER BY id
---> id int* | nm nvarchar(5)? | ch char(3)? | v int? --> 7 | first | ab  | 4 --> 100 | Ünï | ab  | 2
---> 101 | two | ab  | 12 --> 102 | three | ab  | 13 (4 rows)
+SELECT id, nm, ch, v FROM c ORDER BY id --> id int* | nm nvarchar(5)? | ch char(3)? | v int? = 7 | first | ab  | 4; 100 | Ünï | ab  | 2; 101 | two | ab  | 12; 102 | three | ab  | 13 (4 rows)
 DELETE d FROM d JOIN c ON c.id = d.cid WHERE c.v = 2 --> (1 changed)
 DELETE FROM c WHERE nm = 'nobody' --> (0 changed)
 DELETE TOP (1) FROM c WHERE id > 100 --> (1 changed)
@@ -53,9 +48,8 @@ DROP TABLE #copy -->
 SELECT * FROM #copy --> Msg 208, Level 16, State 1, Line 1: Invalid object name '#copy'.
 SELECT name, xtype FROM sysobjects WHERE xtype IN ('U', 'PK') ORDER BY name --> name nvarchar(128)? | xtype char(2)? = c | U; d | U; PK_c | PK (3 rows)
 SELECT COLUMN_NAME, DATA_TYPE, CHARACTER_MAXIMUM_LENGTH, IS_NULLABLE, COLUMN_DEFAULT FROM INFORMATION_SCHEMA.COLUMNS WHERE TABLE_NAME = 'C'
---> COLUMN_NAME nvarchar(128)? | DATA_TYPE nvarchar(128)? | CHARACTER_MAXIMUM_LENGTH int? | IS_NULLABLE varchar(3)? | COLUMN_DEFAULT nvarchar(4000)?
---> id | int | NULL | NO | NULL --> nm | nvarchar | 5 | YES | NULL --> ch | char | 3 | YES | ('ab')
---> v | int | NULL | YES | NULL (4 rows)
+--> COLUMN_NAME nvarchar(128)? | DATA_TYPE nvarchar(128)? | CHARACTER_MAXIMUM_LENGTH int? | IS_NULLABLE varchar(3)? | COLUMN_DEFAULT nvarchar(4000)? --> id | int | NULL | NO | NULL
+--> nm | nvarchar | 5 | YES | NULL --> ch | char | 3 | YES | ('ab') --> v | int | NULL | YES | NULL (4 rows)
 IF OBJECT_ID('d', 'U') IS NOT NULL DROP TABLE d -->
 DROP TABLE d --> Msg 3701, Level 11, State 5, Line 1: Cannot drop the table 'd', because it does not exist or you do not have permission.
 DROP TABLE IF EXISTS d -->
@@ -75,9 +69,7 @@ CREATE TABLE pet (owner int NOT NULL, pet varchar(10) NOT NULL, age int) -->
 INSERT owner VALUES ('Ann'), ('Bob') --> (2 changed)
 INSERT pet VALUES (1, 'cat', 3), (1, 'dog', NULL) --> (2 changed)
 SELECT o.id, o.name, p.pet, ISNULL(p.age, 0) age, 'x' kind INTO #pets FROM owner o LEFT JOIN pet p ON p.owner = o.id --> (3 changed)
-SELECT * FROM #pets ORDER BY id, pet
---> id int | name varchar(10) | pet varchar(10)? | age int | kind varchar(1) --> 1 | Ann | cat | 3 | x
---> 1 | Ann | dog | 0 | x --> 2 | Bob | NULL | 0 | x (3 rows)
+SELECT * FROM #pets ORDER BY id, pet --> id int | name varchar(10) | pet varchar(10)? | age int | kind varchar(1) = 1 | Ann | cat | 3 | x; 1 | Ann | dog | 0 | x; 2 | Bob | NULL | 0 | x (3 rows)
 SELECT o.name, p.owner INTO #all FROM pet p FULL JOIN owner o ON p.owner = o.id AND p.pet = 'cat' --> (3 changed)
 SELECT * FROM #all ORDER BY name, owner --> name varchar(10)? | owner int? = NULL | 1; Ann | 1; Bob | NULL (3 rows)
 SELECT id, name INTO #copy FROM owner --> (2 changed)
@@ -110,8 +102,7 @@ UPDATE @x SET v = CASE v WHEN 'a' THEN 'b' ELSE 'a' END OUTPUT deleted.v, insert
 UPDATE #x SET v = 0 OUTPUT inserted.v INTO #x (v) WHERE id = 99
 BEGIN TRY UPDATE #x SET v = 1 / (id - 2) OUTPUT deleted.* END TRY BEGIN CATCH PRINT ERROR_MESSAGE() END CATCH
 SELECT * FROM #x
---> (2 changed) (2 changed) --> id int | id int | sum int? = 1 | 2 | 21; 2 | 1 | 41 (2 rows)
---> v varchar(10)? | v varchar(10)? = a | b; b | a (2 rows) (0 changed) (0 changed)
+--> (2 changed) (2 changed) --> id int | id int | sum int? = 1 | 2 | 21; 2 | 1 | 41 (2 rows) --> v varchar(10)? | v varchar(10)? = a | b; b | a (2 rows) (0 changed) (0 changed)
 --> Divide by zero error encountered. --> id int | v int? = 2 | 11; 1 | 21 (2 rows)
 CREATE PROCEDURE q @p int AS UPDATE #x SET v = @p OUTPUT deleted.v + @p AS s, inserted.* WHERE id = @p -->
 EXEC q 1 --> s int? = 22 | id int = 1 | v int? = 1 (1 rows)

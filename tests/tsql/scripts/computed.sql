@@ -9,19 +9,13 @@ SELECT name, is_computed, is_identity, is_nullable FROM sys.columns WHERE object
 SELECT name, definition, is_persisted FROM sys.computed_columns ORDER BY name
 SELECT COLUMN_NAME, COLUMN_DEFAULT, DATA_TYPE FROM INFORMATION_SCHEMA.COLUMNS WHERE TABLE_NAME = 'Lines'
 SELECT COLUMNPROPERTY(OBJECT_ID('Lines'), 'total', 'IsComputed') a, COLUMNPROPERTY(OBJECT_ID('Lines'), 'qty', 'IsComputed') b, COL_LENGTH('Lines', 'code') c
---> (2 changed) (1 changed) (1 changed)
---> id int* | qty int | price decimal(9,2)? | total decimal(20,2)? | code varchar(5)? | big int?
---> 1 | 2 | 1.50 | 3.00 | L0001 | 0 --> 2 | 20 | 3.00 | 60.00 | L0002 | 1 --> 3 | 1 | NULL | NULL | L0003 | 0
---> 4 | 7 | 7.00 | 49.00 | L0004 | 0 (4 rows) (1 changed)
+--> (2 changed) (1 changed) (1 changed) --> id int* | qty int | price decimal(9,2)? | total decimal(20,2)? | code varchar(5)? | big int? --> 1 | 2 | 1.50 | 3.00 | L0001 | 0
+--> 2 | 20 | 3.00 | 60.00 | L0002 | 1 --> 3 | 1 | NULL | NULL | L0003 | 0 --> 4 | 7 | 7.00 | 49.00 | L0004 | 0 (4 rows) (1 changed)
 --> id int* | total decimal(20,2)? | big int? = 1 | 16.50 | 1; 2 | 60.00 | 1 (2 rows)
---> name nvarchar(128)? | is_computed bit? | is_identity bit? | is_nullable bit? --> id | 0 | 1 | 0 --> qty | 0 | 0 | 0
---> price | 0 | 0 | 1 --> total | 1 | 0 | 1 --> code | 1 | 0 | 1 --> big | 1 | 0 | 1 (6 rows)
---> name nvarchar(128)? | definition nvarchar(max)? | is_persisted bit?
---> big | (CASE WHEN qty > 10 THEN 1 ELSE 0 END) | 0 --> code | ('L' + RIGHT('000' + CAST(id AS varchar(9)), 4)) | 1
---> total | (qty * price) | 0 (3 rows)
---> COLUMN_NAME nvarchar(128)? | COLUMN_DEFAULT nvarchar(4000)? | DATA_TYPE nvarchar(128)? --> id | NULL | int
---> qty | NULL | int --> price | NULL | decimal --> total | NULL | decimal --> code | NULL | varchar
---> big | NULL | int (6 rows) --> a int? = 1 | b int? = 0 | c smallint? = 5 (1 rows)
+--> name nvarchar(128)? | is_computed bit? | is_identity bit? | is_nullable bit? = id | 0 | 1 | 0; qty | 0 | 0 | 0; price | 0 | 0 | 1; total | 1 | 0 | 1; code | 1 | 0 | 1; big | 1 | 0 | 1 (6 rows)
+--> name nvarchar(128)? | definition nvarchar(max)? | is_persisted bit? --> big | (CASE WHEN qty > 10 THEN 1 ELSE 0 END) | 0 --> code | ('L' + RIGHT('000' + CAST(id AS varchar(9)), 4)) | 1
+--> total | (qty * price) | 0 (3 rows) --> COLUMN_NAME nvarchar(128)? | COLUMN_DEFAULT nvarchar(4000)? | DATA_TYPE nvarchar(128)? --> id | NULL | int --> qty | NULL | int --> price | NULL | decimal
+--> total | NULL | decimal --> code | NULL | varchar --> big | NULL | int (6 rows) --> a int? = 1 | b int? = 0 | c smallint? = 5 (1 rows)
 INSERT Lines (qty, total) VALUES (1, 2) --> Msg 271, Level 16, State 1, Line 1: The column "total" cannot be modified because it is either a computed column or is the result of a UNION operator.
 UPDATE Lines SET total = 1 --> Msg 271, Level 16, State 1, Line 1: The column "total" cannot be modified because it is either a computed column or is the result of a UNION operator.
 INSERT Lines VALUES (1, 2, 3) --> Msg 213, Level 16, State 1, Line 1: Column name or number of supplied values does not match table definition.
@@ -33,8 +27,8 @@ ALTER TABLE Lines ADD half AS qty / 2, note varchar(9) DEFAULT 'n', CONSTRAINT C
 INSERT Lines (qty, price) VALUES (50, 0.01)
 SELECT id, half, note, total FROM Lines
 SELECT id FROM Lines WITH (INDEX(IX_code)) WHERE code = 'l0005'
---> (1 changed) --> id int* | half int? | note varchar(9)? | total decimal(20,2)? --> 1 | 6 | NULL | 18.00
---> 2 | 10 | NULL | 60.00 --> 4 | 3 | NULL | 49.00 --> 5 | 25 | n | 0.50 (4 rows) --> id int* = 5 (1 rows)
+--> (1 changed) --> id int* | half int? | note varchar(9)? | total decimal(20,2)? = 1 | 6 | NULL | 18.00; 2 | 10 | NULL | 60.00; 4 | 3 | NULL | 49.00; 5 | 25 | n | 0.50 (4 rows)
+--> id int* = 5 (1 rows)
 INSERT Lines (qty) VALUES (500) --> Msg 547, Level 16, State 0, Line 1: The INSERT statement conflicted with the CHECK constraint "CK_half". The conflict occurred in database "master", table "dbo.Lines", column 'half'. (3621)
 ALTER TABLE Lines ADD worse AS half + 1 --> Msg 1759, Level 16, State 0, Line 1: Computed column 'half' in table 'Lines' is not allowed to be used in another computed-column definition.
 ALTER TABLE Lines DROP COLUMN qty
@@ -68,15 +62,11 @@ INSERT #t VALUES (3)
 SELECT *, b + 1 AS c INTO #copy FROM #t
 SELECT * FROM #copy
 UPDATE #copy SET b = 1
-SELECT b FROM #copy
---> (2 changed) --> a int? | b int? | c int? = 1 | 2 | 5; 2 | 4 | 5 (2 rows) (1 changed) (1 changed)
---> a int? = 3 | b int = 9 | c int? = 10 (1 rows) (1 changed) --> b int = 1 (1 rows)
+SELECT b FROM #copy --> (2 changed) --> a int? | b int? | c int? = 1 | 2 | 5; 2 | 4 | 5 (2 rows) (1 changed) (1 changed) --> a int? = 3 | b int = 9 | c int? = 10 (1 rows) (1 changed) --> b int = 1 (1 rows)
 CREATE TABLE Zero (a int, b AS 10 / a)
 INSERT Zero VALUES (0), (5)
 SELECT a FROM Zero
-SELECT b FROM Zero
---> Msg 8134, Level 16, State 1, Line 2: Divide by zero error encountered. (3621) --> a int? (0 rows)
---> b int? (0 rows)
+SELECT b FROM Zero --> Msg 8134, Level 16, State 1, Line 2: Divide by zero error encountered. (3621) --> a int? (0 rows) --> b int? (0 rows)
 -- a table keeps a column that is not computed, and a computed column is no identity
 CREATE TABLE only_computed (a AS 1) --> Msg 50000, Level 16, State 1, Line 2: tsqlbox does not support a table of computed columns only.
 CREATE TABLE last_data (a int, b int, c AS 1)

@@ -30,9 +30,7 @@ INSERT t (a, b) VALUES (3, 'three') --> (1 changed)
 INSERT t (a, e) VALUES (1, 1) --> Msg 2627, Level 14, State 1, Line 1: Violation of PRIMARY KEY constraint 'PK_t'. Cannot insert duplicate key in object 'dbo.t'. The duplicate key value is (1). (3621)
 INSERT t (a, e) VALUES (4, -1) --> Msg 547, Level 16, State 0, Line 1: The INSERT statement conflicted with the CHECK constraint "CK_e". The conflict occurred in database "master", table "dbo.t", column 'e'. (3621)
 INSERT t (a, e) VALUES (4, 9) --> Msg 547, Level 16, State 0, Line 1: The INSERT statement conflicted with the FOREIGN KEY constraint "FK_e". The conflict occurred in database "master", table "dbo.parent", column 'id'. (3621)
-SELECT * FROM t
---> a int | b varchar(5)? | c int | d datetime? | e int? --> 1 | one | 7 | NULL | NULL --> 2 | two | 7 | NULL | NULL
---> 3 | three | 7 | NULL | NULL (3 rows)
+SELECT * FROM t --> a int | b varchar(5)? | c int | d datetime? | e int? = 1 | one | 7 | NULL | NULL; 2 | two | 7 | NULL | NULL; 3 | three | 7 | NULL | NULL (3 rows)
 ALTER TABLE t ADD f int NOT NULL --> Msg 4901, Level 16, State 1, Line 1: ALTER TABLE only allows columns to be added that can contain nulls, or have a DEFAULT definition specified, or the column being added is an identity or timestamp column, or alternatively if none of the previous conditions are satisfied the table must be empty to allow addition of this column. Column 'f' cannot be added to non-empty table 't' because it does not satisfy these conditions.
 ALTER TABLE t ADD c int NULL --> Msg 2705, Level 16, State 1, Line 1: Column names in each table must be unique. Column name 'c' in table 't' is specified more than once.
 ALTER TABLE t ADD CONSTRAINT DF_b DEFAULT 'none' FOR b -->
@@ -54,9 +52,7 @@ ALTER TABLE t ALTER COLUMN c varchar(10) NOT NULL
 --> Msg 4922, Level 16, State 9, Line 1: ALTER TABLE ALTER COLUMN c failed because one or more objects access this column.
 ALTER TABLE t DROP CONSTRAINT DF_c WITH (ONLINE = OFF) -->
 ALTER TABLE t ALTER COLUMN c varchar(10) NOT NULL -->
-SELECT a, b, c + '!' FROM t
---> a int | b varchar(20)? | - varchar(11)? --> 1 | one | 7! --> 2 | two | 7! --> 3 | three | 7! --> 8 | none | 7!
---> 9 | more than five | 7! (5 rows)
+SELECT a, b, c + '!' FROM t --> a int | b varchar(20)? | - varchar(11)? = 1 | one | 7!; 2 | two | 7!; 3 | three | 7!; 8 | none | 7!; 9 | more than five | 7! (5 rows)
 ALTER TABLE t ALTER COLUMN c int NULL -->
 SELECT MAX(c) + 1 FROM t --> - int? = 8 (1 rows)
 ALTER TABLE t ALTER COLUMN e int NOT NULL --> Msg 515, Level 16, State 2, Line 1: Cannot insert the value NULL into column 'e', table 'master.dbo.t'; column does not allow nulls. UPDATE fails. (3621)
@@ -65,9 +61,7 @@ ALTER TABLE t DROP COLUMN e
 --> Msg 5074, Level 16, State 1, Line 1: The object 'CK_e' is dependent on column 'e'.
 --> Msg 4922, Level 16, State 9, Line 1: ALTER TABLE DROP COLUMN e failed because one or more objects access this column.
 ALTER TABLE t DROP CONSTRAINT CK_e, FK_e, COLUMN e, d -->
-ALTER TABLE t DROP CONSTRAINT CK_e
---> Msg 3728, Level 16, State 1, Line 1: 'CK_e' is not a constraint.
---> Msg 3727, Level 16, State 0, Line 1: Could not drop constraint. See previous errors.
+ALTER TABLE t DROP CONSTRAINT CK_e --> Msg 3728, Level 16, State 1, Line 1: 'CK_e' is not a constraint. --> Msg 3727, Level 16, State 0, Line 1: Could not drop constraint. See previous errors.
 ALTER TABLE t DROP CONSTRAINT IF EXISTS CK_e -->
 ALTER TABLE parent DROP CONSTRAINT PK_parent
 --> Msg 3725, Level 16, State 0, Line 1: The constraint 'PK_parent' is being referenced by table 'child', foreign key constraint 'FK_parent'.
@@ -221,13 +215,12 @@ INSERT filtered (code, state) VALUES ('d', 9) --> Msg 2601, Level 14, State 1, L
 UPDATE filtered SET state = 1 WHERE state = 3 --> Msg 2601, Level 14, State 1, Line 1: Cannot insert duplicate key row in object 'dbo.filtered' with unique index 'ux_code'. (3621)
 UPDATE filtered SET gone = NULL WHERE gone IS NOT NULL --> Msg 2601, Level 14, State 1, Line 1: Cannot insert duplicate key row in object 'dbo.filtered' with unique index 'ux_code'. (3621)
 UPDATE filtered SET gone = '20260102' WHERE code = 'a' UPDATE filtered SET state = 2 WHERE code = 'A' SELECT code, state, gone FROM filtered WHERE code = 'a' AND state IN (1, 2)
---> (4 changed) (4 changed) --> code varchar(9)? | state int? | gone datetime? --> a | 2 | 2026-01-02 00:00:00.000
---> A  | 2 | 2026-01-02 00:00:00.000 --> a | 2 | 2026-01-02 00:00:00.000 --> A | 2 | 2026-01-02 00:00:00.000 (4 rows)
+--> (4 changed) (4 changed)
+--> code varchar(9)? | state int? | gone datetime? = a | 2 | 2026-01-02 00:00:00.000; A  | 2 | 2026-01-02 00:00:00.000; a | 2 | 2026-01-02 00:00:00.000; A | 2 | 2026-01-02 00:00:00.000 (4 rows)
 CREATE UNIQUE INDEX ux_twice ON filtered (state) WHERE code <> 'zz' --> Msg 1505, Level 16, State 1, Line 1: The CREATE UNIQUE INDEX statement terminated because a duplicate key was found for the object name 'dbo.filtered' and the index name 'ux_twice'. (3621)
 CREATE UNIQUE INDEX ux_null ON filtered (state) WHERE code IS NULL AND state > 8 --> Msg 1505, Level 16, State 1, Line 1: The CREATE UNIQUE INDEX statement terminated because a duplicate key was found for the object name 'dbo.filtered' and the index name 'ux_null'. (3621)
 SELECT name, is_unique, has_filter, filter_definition FROM sys.indexes WHERE object_id = OBJECT_ID('filtered') ORDER BY name
---> name nvarchar(128)? | is_unique bit? | has_filter bit? | filter_definition nvarchar(max)? --> ix_code | 0 | 0 | NULL
---> ux_code | 1 | 1 | (gone IS NULL AND state IN (1, 2))
+--> name nvarchar(128)? | is_unique bit? | has_filter bit? | filter_definition nvarchar(max)? --> ix_code | 0 | 0 | NULL --> ux_code | 1 | 1 | (gone IS NULL AND state IN (1, 2))
 --> ux_state | 1 | 1 | (state > 5 AND code IS NOT NULL) (3 rows)
 CREATE INDEX ix_or ON filtered (code) WHERE state = 1 OR state = 2 --> Msg 10735, Level 15, State 1, Line 1: Incorrect WHERE clause for filtered index 'ix_or' on table 'filtered'.
 CREATE INDEX ix_len ON filtered (code) WHERE LEN(code) > 1 --> Msg 10735, Level 15, State 1, Line 1: Incorrect WHERE clause for filtered index 'ix_len' on table 'filtered'.
@@ -244,10 +237,8 @@ INSERT @t VALUES (1, 0), (1, 1), (2, 1)
 INSERT @t VALUES (2, 1)
 UPDATE @t SET b = 1 WHERE a = 1 AND b = 0
 SELECT a, b FROM @t
---> (3 changed)
---> Msg 2601, Level 14, State 1, Line 3: Cannot insert duplicate key row in object 'dbo.@t' with unique index 'ux_b'. (3621)
---> Msg 2601, Level 14, State 1, Line 4: Cannot insert duplicate key row in object 'dbo.@t' with unique index 'ux_b'. (3621)
---> a int? | b bit? = 1 | 0; 1 | 1; 2 | 1 (3 rows)
+--> (3 changed) --> Msg 2601, Level 14, State 1, Line 3: Cannot insert duplicate key row in object 'dbo.@t' with unique index 'ux_b'. (3621)
+--> Msg 2601, Level 14, State 1, Line 4: Cannot insert duplicate key row in object 'dbo.@t' with unique index 'ux_b'. (3621) --> a int? | b bit? = 1 | 0; 1 | 1; 2 | 1 (3 rows)
 CREATE TABLE Owner (id int PRIMARY KEY, name varchar(10))
 CREATE TABLE Car (id int PRIMARY KEY, owner int NULL CONSTRAINT FK_CarOwner REFERENCES Owner ON DELETE SET NULL ON UPDATE CASCADE,
   wheels int CONSTRAINT CK_Wheels CHECK (wheels > 0))
@@ -264,8 +255,7 @@ ALTER TABLE Car NOCHECK CONSTRAINT ALL
 INSERT Car VALUES (13, 99, -1)
 SELECT * FROM CarState
 SELECT delete_referential_action_desc, update_referential_action FROM sys.foreign_keys WHERE name = 'FK_CarOwner'
---> (1 changed)
---> name nvarchar(128)? | is_disabled bit? | is_not_trusted bit? = FK_CarOwner | 1 | 1; CK_Wheels | 1 | 1 (2 rows)
+--> (1 changed) --> name nvarchar(128)? | is_disabled bit? | is_not_trusted bit? = FK_CarOwner | 1 | 1; CK_Wheels | 1 | 1 (2 rows)
 --> delete_referential_action_desc nvarchar(60)? = SET_NULL | update_referential_action tinyint? = 1 (1 rows)
 ALTER TABLE Car WITH CHECK CHECK CONSTRAINT CK_Wheels, FK_CarOwner --> Msg 547, Level 16, State 0, Line 1: The ALTER TABLE statement conflicted with the FOREIGN KEY constraint "FK_CarOwner". The conflict occurred in database "master", table "dbo.Owner", column 'id'.
 ALTER TABLE Car CHECK CONSTRAINT CK_Wheels
@@ -280,9 +270,7 @@ SELECT * FROM CarState
 --> name nvarchar(128)? | is_disabled bit? | is_not_trusted bit? = FK_CarOwner | 0 | 1; CK_Wheels | 0 | 1 (2 rows)
 DELETE Car WHERE id = 14
 ALTER TABLE Car WITH CHECK CHECK CONSTRAINT ALL
-ALTER TABLE Car NOCHECK CONSTRAINT nothing
---> (1 changed) --> Msg 4917, Level 16, State 0, Line 3: Constraint 'nothing' does not exist.
---> Msg 4916, Level 16, State 0, Line 3: Could not enable or disable the constraint. See previous errors.
+ALTER TABLE Car NOCHECK CONSTRAINT nothing --> (1 changed) --> Msg 4917, Level 16, State 0, Line 3: Constraint 'nothing' does not exist. --> Msg 4916, Level 16, State 0, Line 3: Could not enable or disable the constraint. See previous errors.
 SELECT * FROM CarState
 DECLARE @pk sysname = (SELECT name FROM sys.key_constraints WHERE parent_object_id = OBJECT_ID('Car'))
 EXEC ('ALTER TABLE Car NOCHECK CONSTRAINT [' + @pk + ']')
@@ -310,18 +298,12 @@ CREATE TABLE Car (id int PRIMARY KEY, owner int NULL CONSTRAINT FK_CarOwner REFE
 INSERT Owner VALUES (30, 'a'), (37, 'b'), (38, 'c')
 INSERT Car VALUES (10, 30), (11, 37), (12, 38)
 UPDATE Owner SET id = 67 - id WHERE id < 38
-SELECT * FROM Owner SELECT * FROM Car
---> (3 changed) (3 changed) (2 changed) --> id int | name varchar(10)? = 37 | a; 30 | b; 38 | c (3 rows)
---> id int | owner int? = 10 | 37; 11 | 30; 12 | 38 (3 rows)
+SELECT * FROM Owner SELECT * FROM Car --> (3 changed) (3 changed) (2 changed) --> id int | name varchar(10)? = 37 | a; 30 | b; 38 | c (3 rows) --> id int | owner int? = 10 | 37; 11 | 30; 12 | 38 (3 rows)
 UPDATE Owner SET id = id + 1
-SELECT * FROM Owner SELECT * FROM Car
---> (3 changed) --> id int | name varchar(10)? = 38 | a; 31 | b; 39 | c (3 rows)
---> id int | owner int? = 10 | 38; 11 | 31; 12 | 39 (3 rows)
+SELECT * FROM Owner SELECT * FROM Car --> (3 changed) --> id int | name varchar(10)? = 38 | a; 31 | b; 39 | c (3 rows) --> id int | owner int? = 10 | 38; 11 | 31; 12 | 39 (3 rows)
 CREATE TABLE Boat (id int PRIMARY KEY, owner int NULL CONSTRAINT FK_Boat REFERENCES Owner ON UPDATE SET NULL)
 INSERT Boat VALUES (1, 31), (2, 38), (3, 39)
 UPDATE Owner SET id = CASE WHEN id = 39 THEN 40 WHEN id = 38 THEN 39 ELSE id END
-SELECT * FROM Owner SELECT * FROM Car SELECT * FROM Boat
---> (3 changed)
---> Msg 50000, Level 16, State 1, Line 3: tsqlbox does not support ON UPDATE SET NULL for rows that take over each other's keys.
+SELECT * FROM Owner SELECT * FROM Car SELECT * FROM Boat --> (3 changed) --> Msg 50000, Level 16, State 1, Line 3: tsqlbox does not support ON UPDATE SET NULL for rows that take over each other's keys.
 UPDATE Owner SET id = 41 WHERE id = 39
 SELECT * FROM Boat --> (1 changed) --> id int | owner int? = 1 | 31; 2 | 38; 3 | NULL (3 rows)

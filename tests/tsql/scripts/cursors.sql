@@ -30,10 +30,8 @@ FETCH FIRST FROM g
 CLOSE g
 OPEN g
 OPEN g
---> id int = 1 | nm varchar(10)? = one (1 rows) --> id int = 3 | nm varchar(10)? = seen (1 rows)
---> id int = 2 | nm varchar(10)? = seen (1 rows) --> id int = 1 | nm varchar(10)? = one (1 rows)
---> id int = 3 | nm varchar(10)? = seen (1 rows) --> id int | nm varchar(10)? (0 rows)
---> - int? = -1 | - int? = 3 | - smallint? = 1 | - smallint? = -3 (1 rows)
+--> id int = 1 | nm varchar(10)? = one (1 rows) --> id int = 3 | nm varchar(10)? = seen (1 rows) --> id int = 2 | nm varchar(10)? = seen (1 rows) --> id int = 1 | nm varchar(10)? = one (1 rows)
+--> id int = 3 | nm varchar(10)? = seen (1 rows) --> id int | nm varchar(10)? (0 rows) --> - int? = -1 | - int? = 3 | - smallint? = 1 | - smallint? = -3 (1 rows)
 --> id int = 1 | nm varchar(10)? = one (1 rows) --> Msg 16905, Level 16, State 1, Line 11: The cursor is already open.
 FETCH g INTO @nothing --> Msg 137, Level 15, State 1, Line 1: Must declare the scalar variable "@nothing".
 DECLARE @a int
@@ -50,10 +48,8 @@ PRINT @@CURSOR_ROWS
 FETCH PRIOR FROM s
 DEALLOCATE s
 --> Msg 16924, Level 16, State 1, Line 2: Cursorfetch: The number of variables declared in the INTO list must match that of selected columns.
---> Msg 16917, Level 16, State 1, Line 4: Cursor is not open.
---> Msg 16917, Level 16, State 1, Line 5: Cursor is not open.
---> Msg 16916, Level 16, State 1, Line 7: A cursor with the name 'g' does not exist.
---> Msg 16915, Level 16, State 1, Line 9: A cursor with the name 's' already exists. --> 2
+--> Msg 16917, Level 16, State 1, Line 4: Cursor is not open. --> Msg 16917, Level 16, State 1, Line 5: Cursor is not open.
+--> Msg 16916, Level 16, State 1, Line 7: A cursor with the name 'g' does not exist. --> Msg 16915, Level 16, State 1, Line 9: A cursor with the name 's' already exists. --> 2
 --> Msg 16911, Level 16, State 1, Line 12: fetch: The fetch type prior cannot be used with forward only cursors.
 -- nested, local to a procedure, errors in the query
 CREATE PROCEDURE pairs AS
@@ -76,9 +72,7 @@ BEGIN
 END -->
 EXEC pairs
 EXEC pairs
-OPEN outer_c
---> 1-2 --> 1-3 --> 2-3 --> 1-2 --> 1-3 --> 2-3
---> Msg 16916, Level 16, State 1, Line 3: A cursor with the name 'outer_c' does not exist.
+OPEN outer_c --> 1-2 --> 1-3 --> 2-3 --> 1-2 --> 1-3 --> 2-3 --> Msg 16916, Level 16, State 1, Line 3: A cursor with the name 'outer_c' does not exist.
 DECLARE bad CURSOR FOR SELECT nocolumn FROM t --> Msg 207, Level 16, State 1, Line 1: Invalid column name 'nocolumn'.
 DECLARE @d date
 DECLARE f CURSOR LOCAL FOR SELECT id FROM t
@@ -121,12 +115,9 @@ EXEC sp_cursoroption @c, 2, N'named'
 EXEC sp_cursorclose @c
 EXEC sp_cursorfetch @c
 EXEC sp_cursorclose @c
---> (5 changed) --> i int? (0 rows) --> - int? = 8 | - int? = 1 | - int? = 4 (1 rows) --> i int? = 1; 2 (2 rows)
---> i int? = 3; 4 (2 rows) --> - int? = 3 | - int? = 4 (1 rows) --> i int? (0 rows) --> 5 --> i int? = 2; 3; 4 (3 rows)
---> i int? = 1; 2; 3 (3 rows) --> i int? = 2; 3; 4 (3 rows) --> i int? = 2; 3; 4 (3 rows) --> i int? = 1 (1 rows)
---> i int? = 3 (1 rows) --> i int? = 4 (1 rows) --> i int? = 2 (1 rows) --> i int? (0 rows)
---> i int? = 1; 2; 3; 4 (4 rows)
---> Msg 16909, Level 16, State 1, Line 26: sp_cursorfetch: The cursor identifier value provided (1) is not valid.
+--> (5 changed) --> i int? (0 rows) --> - int? = 8 | - int? = 1 | - int? = 4 (1 rows) --> i int? = 1; 2 (2 rows) --> i int? = 3; 4 (2 rows) --> - int? = 3 | - int? = 4 (1 rows) --> i int? (0 rows)
+--> 5 --> i int? = 2; 3; 4 (3 rows) --> i int? = 1; 2; 3 (3 rows) --> i int? = 2; 3; 4 (3 rows) --> i int? = 2; 3; 4 (3 rows) --> i int? = 1 (1 rows) --> i int? = 3 (1 rows) --> i int? = 4 (1 rows)
+--> i int? = 2 (1 rows) --> i int? (0 rows) --> i int? = 1; 2; 3; 4 (4 rows) --> Msg 16909, Level 16, State 1, Line 26: sp_cursorfetch: The cursor identifier value provided (1) is not valid.
 --> Msg 16909, Level 16, State 1, Line 27: sp_cursorclose: The cursor identifier value provided (1) is not valid.
 DECLARE @h int, @c int, @scroll int = 24592, @lock int = 8193, @n int = 2
 EXEC sp_cursorprepare @h OUTPUT, N'@a int', N'SELECT i FROM #read WHERE i > @a ORDER BY i', 1, @scroll OUTPUT, @lock OUTPUT
@@ -145,12 +136,10 @@ EXEC sp_cursorclose @c
 EXEC sp_cursoropen @c OUTPUT, N'EXEC sp_who'
 EXEC sp_cursoropen @c OUTPUT, N'SELECT x FROM #read'
 EXEC sp_cursor @c, 33, 1
---> i int? (0 rows) --> i int? = 3; 4 (2 rows) --> - int? = 3 (1 rows) --> i int? = 5 (1 rows)
---> Msg 8179, Level 16, State 1, Line 7: Could not find prepared statement with handle 2. --> i int? (0 rows) --> 1
---> i int? = 3 (1 rows) --> i int? (0 rows)
+--> i int? (0 rows) --> i int? = 3; 4 (2 rows) --> - int? = 3 (1 rows) --> i int? = 5 (1 rows) --> Msg 8179, Level 16, State 1, Line 7: Could not find prepared statement with handle 2.
+--> i int? (0 rows) --> 1 --> i int? = 3 (1 rows) --> i int? (0 rows)
 --> Msg 16937, Level 16, State 1, Line 15: A server cursor is not allowed on a remote stored procedure or stored procedure with more than one SELECT statement. Use a default result set or client cursor.
---> Msg 207, Level 16, State 1, Line 1: Invalid column name 'x'.
---> Msg 50000, Level 16, State 1, Line 17: tsqlbox does not support sp_cursor, changes through a cursor.
+--> Msg 207, Level 16, State 1, Line 1: Invalid column name 'x'. --> Msg 50000, Level 16, State 1, Line 17: tsqlbox does not support sp_cursor, changes through a cursor.
 DECLARE @c int
 EXEC sp_cursoropen @c OUTPUT, N'SELECT i FROM #read'
 EXEC sp_cursorfetch @c, 2, 0, -3

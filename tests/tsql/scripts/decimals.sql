@@ -54,46 +54,33 @@ INSERT INTO wide (w) SELECT MAX(w) + 1 FROM wide --> (8153, Line 1) (1 changed)
 INSERT INTO wide (w) VALUES (0.00005) --> Msg 2627, Level 14, State 1, Line 1: Violation of UNIQUE KEY constraint 'UQ_w'. Cannot insert duplicate key in object 'dbo.wide'. The duplicate key value is (0.0001). (3621)
 INSERT INTO wide (w) VALUES (10000000000000000000000) --> Msg 547, Level 16, State 0, Line 1: The INSERT statement conflicted with the CHECK constraint "CK_w". The conflict occurred in database "master", table "dbo.wide", column 'w'. (3621)
 INSERT INTO wide (w) VALUES (123456789012345678901234567890123456.7) --> Msg 8115, Level 16, State 8, Line 1: Arithmetic overflow error converting numeric to data type numeric. (3621)
-SELECT w, n FROM wide ORDER BY w
---> w decimal(38,4)? | n decimal(9,2)? --> NULL | NULL --> -12345678901234567890.1234 | -3.00 --> -0.0001 | 0.00
---> 0.0000 | 2.00 --> 0.0001 | 2.00 --> 12345678901234567890.1234 | 1.25 --> 12345678901234567891.1234 | 0.50 (7 rows)
+SELECT w, n FROM wide ORDER BY w --> w decimal(38,4)? | n decimal(9,2)? = NULL | NULL; -12345678901234567890.1234 | -3.00; -0.0001 | 0.00; 0.0000 | 2.00; 0.0001 | 2.00; 12345678901234567890.1234 | 1.25; 12345678901234567891.1234 | 0.50 (7 rows)
 SELECT w FROM wide WHERE w BETWEEN -0.0001 AND 1 ORDER BY w DESC --> w decimal(38,4)? = 0.0001; 0.0000; -0.0001 (3 rows)
 SELECT id FROM wide WHERE w = 12345678901234567890.1234 OR w = 0 --> id int* = 3; 1 (2 rows)
 SELECT MIN(w) lo, MAX(w) hi, SUM(w) s, AVG(w) a, SUM(n) sn, AVG(n) an, COUNT(DISTINCT w) c, SUM(DISTINCT n) sd, STDEV(n) dev FROM wide --> lo decimal(38,4)? = -12345678901234567890.1234 | hi decimal(38,4)? = 12345678901234567891.1234 | s decimal(38,4)? = 12345678901234567891.1234 | a decimal(38,6)? = 2057613150205761315.187233 | sn decimal(38,2)? = 2.75 | an decimal(38,6)? = 0.458333 | c int? = 6 | sd decimal(38,2)? = 0.75 | dev float? = 1.8736105963264265 (8153, Line 1) (1 rows)
-SELECT n, SUM(w) s FROM wide GROUP BY n ORDER BY n
---> n decimal(9,2)? | s decimal(38,4)? --> NULL | NULL --> -3.00 | -12345678901234567890.1234 --> 0.00 | -0.0001
---> 0.50 | 12345678901234567891.1234 --> 1.25 | 12345678901234567890.1234 --> 2.00 | 0.0001 (8153, Line 1) (6 rows)
+SELECT n, SUM(w) s FROM wide GROUP BY n ORDER BY n --> n decimal(9,2)? | s decimal(38,4)? = NULL | NULL; -3.00 | -12345678901234567890.1234; 0.00 | -0.0001; 0.50 | 12345678901234567891.1234; 1.25 | 12345678901234567890.1234; 2.00 | 0.0001 (8153, Line 1) (6 rows)
 SELECT id, SUM(w) OVER (ORDER BY id ROWS 1 PRECEDING) s, LAG(w, 1, 7) OVER (ORDER BY id) l FROM wide
---> id int* | s decimal(38,4)? | l decimal(38,4)? --> 1 | 12345678901234567890.1234 | 7.0000
---> 2 | 0.0000 | 12345678901234567890.1234 --> 3 | -12345678901234567890.1234 | -12345678901234567890.1234
---> 4 | 0.0000 | 0.0000 --> 5 | 0.0001 | NULL --> 6 | 0.0000 | 0.0001
---> 7 | 12345678901234567891.1233 | -0.0001 (8153, Line 1) (7 rows)
+--> id int* | s decimal(38,4)? | l decimal(38,4)? --> 1 | 12345678901234567890.1234 | 7.0000 --> 2 | 0.0000 | 12345678901234567890.1234 --> 3 | -12345678901234567890.1234 | -12345678901234567890.1234
+--> 4 | 0.0000 | 0.0000 --> 5 | 0.0001 | NULL --> 6 | 0.0000 | 0.0001 --> 7 | 12345678901234567891.1233 | -0.0001 (8153, Line 1) (7 rows)
 SELECT w FROM wide WHERE id < 3 UNION SELECT n FROM wide WHERE id < 4 ORDER BY 1 --> w decimal(38,4)? = -12345678901234567890.1234; -3.0000; 1.2500; 2.0000; 12345678901234567890.1234 (5 rows)
 UPDATE wide SET w = w * 2, n = -n WHERE w > 1 --> (2 changed)
 UPDATE wide SET w -= 1 WHERE id = 1 --> (1 changed)
 SELECT w, n FROM wide WHERE id IN (1, 7) --> w decimal(38,4)? | n decimal(9,2)? = 24691357802469135779.2468 | -1.25; 24691357802469135782.2468 | -0.50 (2 rows)
 SELECT w, n * 3 AS three INTO copied FROM wide WHERE w IS NOT NULL --> (6 changed)
-SELECT c.w, w.id FROM copied c JOIN wide w ON w.w = c.w WHERE c.three < w.n ORDER BY w.id
---> w decimal(38,4)? | id int* --> 24691357802469135779.2468 | 1 --> -12345678901234567890.1234 | 2
---> 24691357802469135782.2468 | 7 (3 rows)
-SELECT c.name, t.name type, c.max_length, c.precision, c.scale FROM sys.columns c JOIN sys.types t ON t.user_type_id = c.user_type_id WHERE c.object_id = OBJECT_ID('copied')
---> name nvarchar(128)? | type nvarchar(128)? | max_length smallint? | precision tinyint? | scale tinyint?
---> w | decimal | 17 | 38 | 4 --> three | decimal | 9 | 11 | 2 (2 rows)
+SELECT c.w, w.id FROM copied c JOIN wide w ON w.w = c.w WHERE c.three < w.n ORDER BY w.id --> w decimal(38,4)? | id int* = 24691357802469135779.2468 | 1; -12345678901234567890.1234 | 2; 24691357802469135782.2468 | 7 (3 rows)
+SELECT c.name, t.name type, c.max_length, c.precision, c.scale FROM sys.columns c JOIN sys.types t ON t.user_type_id = c.user_type_id WHERE c.object_id = OBJECT_ID('copied') --> name nvarchar(128)? | type nvarchar(128)? | max_length smallint? | precision tinyint? | scale tinyint? = w | decimal | 17 | 38 | 4; three | decimal | 9 | 11 | 2 (2 rows)
 SELECT NUMERIC_PRECISION, NUMERIC_SCALE FROM INFORMATION_SCHEMA.COLUMNS WHERE TABLE_NAME = 'copied' ORDER BY ORDINAL_POSITION --> NUMERIC_PRECISION tinyint? | NUMERIC_SCALE int? = 38 | 4; 11 | 2 (2 rows)
 SELECT w FROM copied WHERE w > 1 FOR XML RAW --> XML_F52E2B61-18A1-11d1-B105-00805F49916B nvarchar(max)? = <row w="24691357802469135779.2468"/><row w="24691357802469135782.2468"/> (1 rows)
 ALTER TABLE copied ALTER COLUMN three decimal(30,10) -->
 ALTER TABLE copied ALTER COLUMN w decimal(18,0) --> Msg 8115, Level 16, State 8, Line 1: Arithmetic overflow error converting numeric to data type numeric. (3621)
 ALTER TABLE copied ALTER COLUMN w decimal(25,1) -->
 SELECT w, three FROM copied ORDER BY three
---> w decimal(25,1)? | three decimal(30,10)? --> -12345678901234567890.1 | -9.0000000000
---> 24691357802469135779.2 | -3.7500000000 --> 24691357802469135782.2 | -1.5000000000 --> 0.0 | 0.0000000000
+--> w decimal(25,1)? | three decimal(30,10)? --> -12345678901234567890.1 | -9.0000000000 --> 24691357802469135779.2 | -3.7500000000 --> 24691357802469135782.2 | -1.5000000000 --> 0.0 | 0.0000000000
 --> 0.0 | 6.0000000000 --> 0.0 | 6.0000000000 (6 rows)
 SELECT SUM(x) FROM (VALUES (99999999999999999999999999999999999999), (1)) v (x) --> Msg 8115, Level 16, State 2, Line 1: Arithmetic overflow error converting expression to data type numeric.
 INSERT INTO wide (w) VALUES (5)
 SELECT SCOPE_IDENTITY() s, @@IDENTITY i, IDENT_CURRENT('wide') c, id FROM wide WHERE id = SCOPE_IDENTITY()
-DECLARE @id int = SCOPE_IDENTITY() SELECT @id + 0 id
---> (1 changed) --> s decimal(38,0)? = 10 | i decimal(38,0)? = 10 | c decimal(38,0)? = 10 | id int* = 10 (1 rows)
---> id int? = 10 (1 rows)
+DECLARE @id int = SCOPE_IDENTITY() SELECT @id + 0 id --> (1 changed) --> s decimal(38,0)? = 10 | i decimal(38,0)? = 10 | c decimal(38,0)? = 10 | id int* = 10 (1 rows) --> id int? = 10 (1 rows)
 CREATE TABLE counted (id decimal(18,0) IDENTITY(5,1), x int) INSERT INTO counted (x) VALUES (1) SELECT id, id * 2 t FROM counted --> (1 changed) --> id decimal(18,0)* = 5 | t decimal(20,0)? = 10 (1 rows)
 CREATE TABLE refused (id decimal(19,0) IDENTITY, x int) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support an identity of more than 18 digits.
 CREATE TABLE refused (id decimal(9,2) IDENTITY, x int) --> Msg 2749, Level 16, State 1, Line 1: Identity column 'id' must be of data type int, bigint, smallint, tinyint, or decimal or numeric with a scale of 0, and constrained to be nonnullable.

@@ -12,8 +12,7 @@ RAISERROR('bad %d %s %5d|%-4s|', 11, 2, 7, 'x', 12, 'l')
 RAISERROR('info %s', 10, 1, 'x')
 PRINT @@ERROR
 RAISERROR('too much', 19, 1)
---> Msg 2812, Level 16, State 62, Line 1: Could not find stored procedure 'nosuch'. --> after
---> Msg 50000, Level 11, State 2, Line 3: bad 7 x    12|l   | --> info x --> 0
+--> Msg 2812, Level 16, State 62, Line 1: Could not find stored procedure 'nosuch'. --> after --> Msg 50000, Level 11, State 2, Line 3: bad 7 x    12|l   | --> info x --> 0
 --> Msg 2754, Level 16, State 1, Line 6: Error severity levels greater than 18 can only be specified by members of the sysadmin role, using the WITH LOG option.
 BEGIN TRY SELECT 1/0 END TRY
 BEGIN CATCH SELECT ERROR_NUMBER(), ERROR_MESSAGE(), ERROR_LINE(), ERROR_SEVERITY() END CATCH
@@ -25,8 +24,7 @@ BEGIN CATCH
  ;THROW
 END CATCH
 PRINT 'not reached'
---> - int? (0 rows)
---> - int? = 8134 | - nvarchar(4000)? = Divide by zero error encountered. | - int? = 1 | - int? = 16 (1 rows) --> caught
+--> - int? (0 rows) --> - int? = 8134 | - nvarchar(4000)? = Divide by zero error encountered. | - int? = 1 | - int? = 16 (1 rows) --> caught
 --> Msg 2812, Level 16, State 62, Line 4: Could not find stored procedure 'nosuchproc'.
 /* outer /* inner */ still */ SELECT 'it''s', [n] = N'Zürich' -- c --> - varchar(4) = it's | n nvarchar(6) = Zürich (1 rows)
 SET QUOTED_IDENTIFIER OFF
@@ -80,9 +78,7 @@ CREATE OR ALTER TABLE hinted (i int) --> Msg 50000, Level 16, State 1, Line 1: t
 ALTER TABLE hinted ALTER COLUMN v int IDENTITY --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support ALTER COLUMN ... IDENTITY.
 ALTER TABLE hinted ADD w int NULL DEFAULT 7 WITH VALUES, x int NULL DEFAULT 7
 SELECT * FROM hinted h INNER HASH JOIN hinted g WITH (NOLOCK, INDEX (hinted_v)) ON g.i = h.i ORDER BY h.i
-OPTION (OPTIMIZE FOR (@p = 1), MAXDOP 1)
---> i int | v int? | w int? | x int? | i int | v int? | w int? | x int? --> 1 | 1 | 7 | NULL | 1 | 1 | 7 | NULL
---> 2 | NULL | 7 | NULL | 2 | NULL | 7 | NULL (2 rows)
+OPTION (OPTIMIZE FOR (@p = 1), MAXDOP 1) --> i int | v int? | w int? | x int? | i int | v int? | w int? | x int? = 1 | 1 | 7 | NULL | 1 | 1 | 7 | NULL; 2 | NULL | 7 | NULL | 2 | NULL | 7 | NULL (2 rows)
 CREATE PROCEDURE hintedProc WITH ENCRYPTION AS SELECT 1 --> Msg 50000, Level 16, State 1, Line 1, Procedure hintedProc: tsqlbox does not support WITH ENCRYPTION of a procedure, function, view or trigger.
 CREATE FUNCTION hintedFunction (@a int) RETURNS int WITH RETURNS NULL ON NULL INPUT AS BEGIN RETURN 1 END --> Msg 50000, Level 16, State 1, Line 1, Procedure hintedFunction: tsqlbox does not support WITH RETURNS of a procedure, function, view or trigger.
 CREATE VIEW other.dbo.hintedView AS SELECT 1 AS a --> Msg 166, Level 15, State 1, Line 1: 'CREATE/ALTER VIEW' does not allow specifying the database name as a prefix to the object name.

@@ -13,9 +13,7 @@ SET @s = ''
 SELECT @s = @s + name + ',' FROM (SELECT 'a' AS name UNION ALL SELECT 'b') q
 PRINT @s
 RETURN
-PRINT 'not reached'
---> - int? = 7 | - decimal(5,2)? = 2.33 | - datetime? = 2024-02-29 13:14:15.000 | - varchar(20)? = Feb 28 2025  1:14PM (1 rows)
---> yes --> equal --> unset --> 1 --> 2 --> 4 --> a,b,
+PRINT 'not reached' --> - int? = 7 | - decimal(5,2)? = 2.33 | - datetime? = 2024-02-29 13:14:15.000 | - varchar(20)? = Feb 28 2025  1:14PM (1 rows) --> yes --> equal --> unset --> 1 --> 2 --> 4 --> a,b,
 PRINT @s --> Msg 137, Level 15, State 2, Line 1: Must declare the scalar variable "@s".
 CREATE TABLE t (id int)
 BEGIN TRAN
@@ -37,17 +35,14 @@ INSERT t VALUES (3)
 SELECT CONVERT(int, 'x')
 --> (1 changed) (1 changed) --> - int? = 1 | - int? = 1 (1 rows) --> - int? = 0 | - int? = 1 (1 rows)
 --> Msg 3902, Level 16, State 1, Line 12: The COMMIT TRANSACTION request has no corresponding BEGIN TRANSACTION.
---> Msg 3903, Level 16, State 1, Line 13: The ROLLBACK TRANSACTION request has no corresponding BEGIN TRANSACTION. (1 changed)
---> - int? = 1 (1 rows) (1 changed)
+--> Msg 3903, Level 16, State 1, Line 13: The ROLLBACK TRANSACTION request has no corresponding BEGIN TRANSACTION. (1 changed) --> - int? = 1 (1 rows) (1 changed)
 --> Msg 245, Level 16, State 1, Line 18: Conversion failed when converting the varchar value 'x' to data type int.
 -- the failed conversion ended the batch and the transaction
 SELECT @@TRANCOUNT, COUNT(*) FROM t
 SET XACT_ABORT ON
 BEGIN TRAN
 INSERT t VALUES (4)
-SELECT 1/0
---> - int? = 0 | - int? = 1 (1 rows) (1 changed)
---> Msg 8134, Level 16, State 1, Line 6: Divide by zero error encountered.
+SELECT 1/0 --> - int? = 0 | - int? = 1 (1 rows) (1 changed) --> Msg 8134, Level 16, State 1, Line 6: Divide by zero error encountered.
 SELECT @@TRANCOUNT, COUNT(*) FROM t
 SET NOCOUNT ON
 INSERT t VALUES (5)
@@ -68,9 +63,7 @@ RETURN 1 --> Msg 178, Level 15, State 1, Line 1: A RETURN statement with a retur
 BEGIN END --> Msg 156, Level 15, State 1, Line 1: Incorrect syntax near the keyword 'END'.
 RAISERROR('a' + 'b', 16, 1) --> Msg 102, Level 15, State 1, Line 1: Incorrect syntax near '+'.
 CREATE PROCEDURE empty_status AS RETURN NULL -->
-DECLARE @s int = 9 EXEC @s = empty_status PRINT @s
---> Msg 282, Level 10, State 1, Line 1, Procedure empty_status: The 'empty_status' procedure attempted to return a status of NULL, which is not allowed. A status of 0 will be returned instead.
---> 0
+DECLARE @s int = 9 EXEC @s = empty_status PRINT @s --> Msg 282, Level 10, State 1, Line 1, Procedure empty_status: The 'empty_status' procedure attempted to return a status of NULL, which is not allowed. A status of 0 will be returned instead. --> 0
 -- a statement that is not supported ends its batch; an empty procedure is valid
 WHILE 1 = 1 EXEC sp_helptext 'x', 'column' --> Msg 50000, Level 16, State 1, Line 2: tsqlbox does not support sp_helptext with a column.
 CREATE PROCEDURE nothing AS -->

@@ -10,9 +10,7 @@ INSERT Steps (id, w) VALUES (52, 'x'), (3, 'y')
 SET IDENTITY_INSERT Steps OFF
 INSERT Steps DEFAULT VALUES
 INSERT Steps (w) OUTPUT inserted.id VALUES ('z')
-SELECT name, seed_value, increment_value FROM sys.identity_columns
---> (2 changed) (1 changed) --> id int* = 62 (1 rows)
---> name nvarchar(128)? = id | seed_value bigint? = 10 | increment_value bigint? = 5 (1 rows)
+SELECT name, seed_value, increment_value FROM sys.identity_columns --> (2 changed) (1 changed) --> id int* = 62 (1 rows) --> name nvarchar(128)? = id | seed_value bigint? = 10 | increment_value bigint? = 5 (1 rows)
 INSERT Steps VALUES ('too long') --> Msg 2628, Level 16, State 1, Line 1: String or binary data would be truncated in table 'master.dbo.Steps', column 'w'. Truncated value: 'too l'. (3621)
 BEGIN TRAN
 INSERT Steps VALUES ('r')
@@ -26,10 +24,9 @@ SELECT MAX(id) FROM Steps
 TRUNCATE TABLE Steps
 INSERT Steps VALUES ('u')
 SELECT * FROM Steps
---> (1 changed) (1 changed) --> - int? = 72 (1 rows)
---> Msg 7998, Level 0, State 1, Line 6: Checking identity information: current identity value '72', current column value '72'. (2528)
---> Msg 7998, Level 0, State 1, Line 7: Checking identity information: current identity value '72'. (2528) (1 changed)
---> - int? = 105 (1 rows) (1 changed) --> id int* = 10 | w varchar(5)? = u (1 rows)
+--> (1 changed) (1 changed) --> - int? = 72 (1 rows) --> Msg 7998, Level 0, State 1, Line 6: Checking identity information: current identity value '72', current column value '72'. (2528)
+--> Msg 7998, Level 0, State 1, Line 7: Checking identity information: current identity value '72'. (2528) (1 changed) --> - int? = 105 (1 rows) (1 changed)
+--> id int* = 10 | w varchar(5)? = u (1 rows)
 CREATE TABLE Down (w varchar(5), id smallint IDENTITY(-1, -1))
 INSERT Down VALUES ('a'), ('b')
 INSERT Down VALUES ('c')
@@ -45,11 +42,9 @@ DBCC CHECKIDENT (Down, RESEED, -20)
 INSERT Down VALUES ('e')
 SELECT MIN(id) FROM Down
 --> (2 changed) (1 changed) --> w varchar(5)? | id smallint* = c | -3; b | -2; a | -1 (3 rows)
---> - decimal(38,0)? = -3 | - decimal(38,0)? = -3 | - decimal(38,0)? = -1 (1 rows) (2 changed) (1 changed)
---> w varchar(5)? | id smallint* = d | -11; x | -10; c | -3; b | -2; a | -1; y | 100 (6 rows)
+--> - decimal(38,0)? = -3 | - decimal(38,0)? = -3 | - decimal(38,0)? = -1 (1 rows) (2 changed) (1 changed) --> w varchar(5)? | id smallint* = d | -11; x | -10; c | -3; b | -2; a | -1; y | 100 (6 rows)
 --> Msg 7998, Level 0, State 1, Line 11: Checking identity information: current identity value '-11', current column value '-11'. (2528)
---> Msg 7998, Level 0, State 1, Line 12: Checking identity information: current identity value '-11'. (2528) (1 changed)
---> - smallint? = -21 (1 rows)
+--> Msg 7998, Level 0, State 1, Line 12: Checking identity information: current identity value '-11'. (2528) (1 changed) --> - smallint? = -21 (1 rows)
 CREATE TABLE Bad (id int IDENTITY(1, 0)) --> Msg 2753, Level 16, State 1, Line 1: Identity column 'id' contains invalid INCREMENT.
 CREATE TABLE Small (id tinyint IDENTITY(200, 50), a int)
 INSERT Small VALUES (1), (2) --> (2 changed)
@@ -59,9 +54,7 @@ INSERT @t VALUES ('a'), ('b')
 SELECT * FROM @t
 SELECT * INTO Copied FROM Steps
 INSERT Copied VALUES ('n')
-SELECT * FROM Copied
---> (2 changed) --> id int* | w char(1)? = 90 | b; 100 | a (2 rows) (1 changed) (1 changed)
---> id int* | w varchar(5)? = 10 | u; 15 | n (2 rows)
+SELECT * FROM Copied --> (2 changed) --> id int* | w char(1)? = 90 | b; 100 | a (2 rows) (1 changed) (1 changed) --> id int* | w varchar(5)? = 10 | u; 15 | n (2 rows)
 SELECT IDENTITY(int, 10, 1) AS id, name = v.n INTO Numbered FROM (VALUES ('b'), ('a'), (NULL)) v (n) ORDER BY v.n DESC
 SELECT * FROM Numbered
 INSERT Numbered VALUES ('c')
@@ -69,17 +62,13 @@ SELECT SCOPE_IDENTITY(), IDENT_CURRENT('Numbered')
 SELECT no = IDENTITY(bigint), * INTO #n FROM (SELECT name FROM Numbered) q
 SELECT * FROM #n
 SELECT IDENTITY(int, 1, 1) AS only INTO #o FROM Numbered SELECT COUNT(*), MAX(only) FROM #o
---> (3 changed) --> id int* | name varchar(1)? = 10 | b; 11 | a; 12 | NULL (3 rows) (1 changed)
---> - decimal(38,0)? = 13 | - decimal(38,0)? = 13 (1 rows) (4 changed)
---> no bigint* | name varchar(1)? = 1 | b; 2 | a; 3 | NULL; 4 | c (4 rows) (4 changed)
---> - int? = 4 | - int? = 4 (1 rows)
+--> (3 changed) --> id int* | name varchar(1)? = 10 | b; 11 | a; 12 | NULL (3 rows) (1 changed) --> - decimal(38,0)? = 13 | - decimal(38,0)? = 13 (1 rows) (4 changed)
+--> no bigint* | name varchar(1)? = 1 | b; 2 | a; 3 | NULL; 4 | c (4 rows) (4 changed) --> - int? = 4 | - int? = 4 (1 rows)
 SELECT IDENTITY(int, 1, 1) AS i, * INTO Twice FROM Numbered --> Msg 2744, Level 16, State 1, Line 1: Multiple identity columns specified for table 'Twice'. Only one identity column per table is allowed.
 SELECT IDENTITY(smallint, 5, -5) AS i, a.id INTO Joined FROM Numbered a JOIN Numbered b ON a.id = b.id
 SELECT * FROM Joined ORDER BY i DESC
 INSERT Joined VALUES (1)
-SELECT MIN(i) FROM Joined
---> (4 changed) --> i smallint* | id int = 5 | 10; 0 | 11; -5 | 12; -10 | 13 (4 rows) (1 changed)
---> - smallint? = -15 (1 rows)
+SELECT MIN(i) FROM Joined --> (4 changed) --> i smallint* | id int = 5 | 10; 0 | 11; -5 | 12; -10 | 13 (4 rows) (1 changed) --> - smallint? = -15 (1 rows)
 SELECT IDENTITY(int, 1, 1) AS i FROM Numbered --> Msg 177, Level 15, State 1, Line 1: The IDENTITY function can only be used when the SELECT statement has an INTO clause.
 SELECT IDENTITY(varchar(10), 1, 1) AS i INTO Odd FROM Numbered --> Msg 2749, Level 16, State 1, Line 1: Identity column 'i' must be of data type int, bigint, smallint, tinyint, or decimal or numeric with a scale of 0, and constrained to be nonnullable.
 SELECT IDENTITY(int, 1, 1) AS i INTO Odd FROM Numbered UNION ALL SELECT 1 --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support IDENTITY() in a UNION.
@@ -93,9 +82,8 @@ SELECT * FROM Plain
 SELECT IDENT_CURRENT('Plain'), COLUMNPROPERTY(OBJECT_ID('Plain'), 'id', 'IsIdentity')
 UPDATE Plain SET n = n * 10 WHERE id = 110
 SELECT n FROM Plain WHERE w = 'c'
---> (3 changed) (1 changed) (1 changed)
---> w varchar(5)? | n int? | id int* = a | 1 | 100; c | 3 | 110; d | 4 | 120 (3 rows)
---> - decimal(38,0)? = 120 | - int? = 1 (1 rows) (1 changed) --> n int? = 30 (1 rows)
+--> (3 changed) (1 changed) (1 changed) --> w varchar(5)? | n int? | id int* = a | 1 | 100; c | 3 | 110; d | 4 | 120 (3 rows) --> - decimal(38,0)? = 120 | - int? = 1 (1 rows) (1 changed)
+--> n int? = 30 (1 rows)
 INSERT Plain VALUES ('d', 4) --> Msg 2627, Level 14, State 1, Line 1: Violation of UNIQUE KEY constraint 'UQ_w'. Cannot insert duplicate key in object 'dbo.Plain'. The duplicate key value is (d). (3621)
 ALTER TABLE Plain ADD other int IDENTITY --> Msg 2744, Level 16, State 1, Line 1: Multiple identity columns specified for table 'Plain'. Only one identity column per table is allowed.
 CREATE TABLE Empty (a int)

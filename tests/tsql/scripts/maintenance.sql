@@ -9,8 +9,7 @@ DELETE item WHERE id > 3
 DBCC CHECKIDENT (item, RESEED, 3)
 INSERT item (code) VALUES ('f')
 SELECT id, code FROM item
---> (2 changed)
---> Msg 7998, Level 0, State 1, Line 2: Checking identity information: current identity value '5'. (2528) (1 changed)
+--> (2 changed) --> Msg 7998, Level 0, State 1, Line 2: Checking identity information: current identity value '5'. (2528) (1 changed)
 --> id int* | code varchar(10) = 1 | a; 2 | b; 3 | c; 4 | f (4 rows)
 BEGIN TRANSACTION
 DELETE item
@@ -29,15 +28,10 @@ DBCC CHECKIDENT (item, RESEED, 3000000000)
 TRUNCATE TABLE item
 DBCC CHECKIDENT (item, RESEED, 40)
 INSERT item (code) VALUES ('j'), ('k')
-SELECT id FROM item
---> Msg 7998, Level 0, State 1, Line 2: Checking identity information: current identity value 'NULL'. (2528) (2 changed)
---> id int* = 40; 41 (2 rows)
+SELECT id FROM item --> Msg 7998, Level 0, State 1, Line 2: Checking identity information: current identity value 'NULL'. (2528) (2 changed) --> id int* = 40; 41 (2 rows)
 SET IDENTITY_INSERT item ON INSERT item (id, code) VALUES (90, 'l') SET IDENTITY_INSERT item OFF
 DBCC CHECKIDENT (item)
-INSERT item (code) VALUES ('m') SELECT SCOPE_IDENTITY() AS id
---> (1 changed)
---> Msg 7998, Level 0, State 1, Line 2: Checking identity information: current identity value '90', current column value '90'. (2528) (1 changed)
---> id decimal(38,0)? = 91 (1 rows)
+INSERT item (code) VALUES ('m') SELECT SCOPE_IDENTITY() AS id --> (1 changed) --> Msg 7998, Level 0, State 1, Line 2: Checking identity information: current identity value '90', current column value '90'. (2528) (1 changed) --> id decimal(38,0)? = 91 (1 rows)
 CREATE TABLE plain (a int)
 DBCC CHECKIDENT (plain)
 DBCC CHECKIDENT (nothing)
@@ -50,9 +44,7 @@ SELECT a FROM plain ORDER BY a DESC
 SELECT TOP (1) a FROM plain ORDER BY a
 SELECT TOP (3) a FROM plain ORDER BY a
 SELECT COUNT(*) AS n FROM plain WHERE a IN (SELECT a FROM plain)
-DECLARE @a int SELECT @a = a FROM plain ORDER BY a SELECT @a AS a, @@ROWCOUNT AS rows
---> a int? = 6; 5 (2 rows) --> a int? = 1 (1 rows) --> a int? = 1; 2 (2 rows) --> n int? = 6 (1 rows)
---> a int? = 2 | rows int? = 2 (1 rows)
+DECLARE @a int SELECT @a = a FROM plain ORDER BY a SELECT @a AS a, @@ROWCOUNT AS rows --> a int? = 6; 5 (2 rows) --> a int? = 1 (1 rows) --> a int? = 1; 2 (2 rows) --> n int? = 6 (1 rows) --> a int? = 2 | rows int? = 2 (1 rows)
 SET ROWCOUNT 2
 UPDATE plain SET a = a + 10
 UPDATE TOP (1) plain SET a = a + 10 WHERE a < 10
@@ -68,9 +60,7 @@ SET ROWCOUNT 4
 INSERT plain SELECT a + 100 FROM plain ORDER BY a
 SELECT a INTO #copy FROM plain
 SET ROWCOUNT 0
-SELECT a FROM plain SELECT a FROM #copy
---> a int? = 1; 2 (2 rows) --> n int? = 6 (1 rows) (4 changed) (4 changed)
---> a int? = 1; 2; 3; 4; 5; 6; 101; 102; 103; 104 (10 rows) --> a int? = 1; 2; 3; 4 (4 rows)
+SELECT a FROM plain SELECT a FROM #copy --> a int? = 1; 2 (2 rows) --> n int? = 6 (1 rows) (4 changed) (4 changed) --> a int? = 1; 2; 3; 4; 5; 6; 101; 102; 103; 104 (10 rows) --> a int? = 1; 2; 3; 4 (4 rows)
 SET ROWCOUNT 1
 DECLARE c CURSOR FOR SELECT a FROM plain OPEN c FETCH c FETCH c SELECT @@FETCH_STATUS AS status CLOSE c DEALLOCATE c
 SET ROWCOUNT 0 --> a int? = 1 (1 rows) --> a int? (0 rows) --> status int? = -1 (1 rows)

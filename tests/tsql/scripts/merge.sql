@@ -12,18 +12,14 @@ WHEN NOT MATCHED BY SOURCE THEN UPDATE SET name = DEFAULT
 OUTPUT $action, inserted.*, deleted.id, deleted.name AS was, s.n + 1 AS given;
 SELECT @@ROWCOUNT AS r
 SELECT * FROM stock
---> $action nvarchar(10) | id int? | name varchar(10)? | n int? | id int? | was varchar(10)? | given int?
---> DELETE | NULL | NULL | NULL | 3 | c | 31 --> DELETE | NULL | NULL | NULL | 9 | z | NULL
---> UPDATE | 2 | B | 22 | 2 | b | 21 --> UPDATE | 1 | none | 1 | 1 | a | NULL
---> INSERT | 4 | none | 80 | NULL | NULL | 41 (5 rows) --> r int? = 5 (1 rows)
+--> $action nvarchar(10) | id int? | name varchar(10)? | n int? | id int? | was varchar(10)? | given int? --> DELETE | NULL | NULL | NULL | 3 | c | 31 --> DELETE | NULL | NULL | NULL | 9 | z | NULL
+--> UPDATE | 2 | B | 22 | 2 | b | 21 --> UPDATE | 1 | none | 1 | 1 | a | NULL --> INSERT | 4 | none | 80 | NULL | NULL | 41 (5 rows) --> r int? = 5 (1 rows)
 --> id int | name varchar(10) | n int? = 1 | none | 1; 2 | B | 22; 4 | none | 80 (3 rows)
 MERGE stock USING (VALUES (7, 'x'), (8, 'v'), (1, 'y')) AS q (id, name) ON stock.id = q.id
 WHEN MATCHED AND EXISTS (SELECT q.name EXCEPT SELECT stock.name) THEN UPDATE SET name = q.name
 WHEN NOT MATCHED AND q.id <> (SELECT COUNT(*) + 5 FROM stock) THEN INSERT VALUES (q.id, DEFAULT, NULL) OUTPUT inserted.name, q.name, q.id;
 MERGE stock USING delivery a JOIN delivery b ON a.id = b.id + 1 ON stock.id = a.id WHEN MATCHED THEN UPDATE SET n = b.n, name = (SELECT MAX(name) FROM stock);
-SELECT * FROM stock
---> name varchar(10)? | name varchar(1)? | id int? = y | y | 1; none | x | 7 (2 rows) (1 changed)
---> id int | name varchar(10) | n int? = 1 | y | 1; 2 | B | 22; 4 | y | 30; 7 | none | NULL (4 rows)
+SELECT * FROM stock --> name varchar(10)? | name varchar(1)? | id int? = y | y | 1; none | x | 7 (2 rows) (1 changed) --> id int | name varchar(10) | n int? = 1 | y | 1; 2 | B | 22; 4 | y | 30; 7 | none | NULL (4 rows)
 -- a row may be changed once; all or nothing
 MERGE stock USING (VALUES (7), (7)) AS q (id) ON stock.id = q.id WHEN MATCHED THEN DELETE;
 MERGE stock USING (VALUES (7, 1), (7, 2)) AS q (id, k) ON stock.id = q.id WHEN MATCHED AND q.k = 2 THEN DELETE OUTPUT q.k;
@@ -51,8 +47,7 @@ OUTPUT $action, inserted.id, deleted.id, c.name INTO @o;
 SELECT SCOPE_IDENTITY() AS i, * FROM @t
 SELECT * FROM @o
 --> (1 changed) (3 changed) --> i decimal(38,0)? | id int* | a varchar(9)? = 3 | 2 | D; 3 | 3 | E (2 rows)
---> what nvarchar(10)? | new int? | old int? | a varchar(9)? --> DELETE | NULL | 1 | NULL --> INSERT | 2 | NULL | D
---> INSERT | 3 | NULL | E (3 rows)
+--> what nvarchar(10)? | new int? | old int? | a varchar(9)? = DELETE | NULL | 1 | NULL; INSERT | 2 | NULL | D; INSERT | 3 | NULL | E (3 rows)
 -- triggers fire when all rows are changed
 CREATE TRIGGER counted ON stock AFTER INSERT, UPDATE, DELETE AS SELECT i = (SELECT COUNT(*) FROM inserted), d = (SELECT COUNT(*) FROM deleted), r = @@ROWCOUNT, k = (SELECT COUNT(*) FROM stock), u = CASE WHEN UPDATE(n) THEN 1 ELSE 0 END -->
 CREATE PROCEDURE take @most int AS
@@ -61,12 +56,9 @@ EXEC take 60
 EXEC take 30
 SELECT * FROM stock
 MERGE stock USING delivery s ON stock.id = s.id WHEN MATCHED THEN DELETE OUTPUT deleted.id;
---> i int? = 0 | d int? = 1 | r int? = 5 | k int? = 4 | u int? = 0 (1 rows)
---> i int? = 2 | d int? = 0 | r int? = 5 | k int? = 4 | u int? = 1 (1 rows)
---> i int? = 2 | d int? = 2 | r int? = 5 | k int? = 4 | u int? = 1 (1 rows) (5 changed)
---> i int? = 0 | d int? = 0 | r int? = 1 | k int? = 4 | u int? = 0 (1 rows)
---> i int? = 0 | d int? = 0 | r int? = 1 | k int? = 4 | u int? = 1 (1 rows)
---> i int? = 1 | d int? = 1 | r int? = 1 | k int? = 4 | u int? = 1 (1 rows) (1 changed)
+--> i int? = 0 | d int? = 1 | r int? = 5 | k int? = 4 | u int? = 0 (1 rows) --> i int? = 2 | d int? = 0 | r int? = 5 | k int? = 4 | u int? = 1 (1 rows)
+--> i int? = 2 | d int? = 2 | r int? = 5 | k int? = 4 | u int? = 1 (1 rows) (5 changed) --> i int? = 0 | d int? = 0 | r int? = 1 | k int? = 4 | u int? = 0 (1 rows)
+--> i int? = 0 | d int? = 0 | r int? = 1 | k int? = 4 | u int? = 1 (1 rows) --> i int? = 1 | d int? = 1 | r int? = 1 | k int? = 4 | u int? = 1 (1 rows) (1 changed)
 --> id int | name varchar(10) | n int? = 2 | B | 20; 4 | y | 40; 3 | none | 60; 5 | none | 60 (4 rows)
 --> Msg 334, Level 16, State 1, Line 4: The target table 'stock' of the DML statement cannot have any enabled triggers if the statement contains an OUTPUT clause without INTO clause.
 CREATE TRIGGER refused ON delivery INSTEAD OF DELETE AS RETURN -->

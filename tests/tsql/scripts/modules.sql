@@ -16,8 +16,8 @@ EXEC sp_executesql N'SELECT @x + 1', N'@x int', @x = 4
 --> - int? = 21 | - varchar(10)? = def (1 rows) --> - int? = 5 | - int? = 42 (1 rows)
 --> Msg 201, Level 16, State 4, Line 0, Procedure p: Procedure or function 'p' expects parameter '@a', which was not supplied.
 --> Msg 8145, Level 16, State 1, Line 0, Procedure p: @zz is not a parameter for procedure p.
---> Msg 8144, Level 16, State 2, Line 0, Procedure p: Procedure or function p has too many arguments specified. (1 changed)
---> a int? = 3 | b varchar(10)? = def (1 rows) --> one int = 1 (1 rows) --> dyn --> - int? = 5 (1 rows)
+--> Msg 8144, Level 16, State 2, Line 0, Procedure p: Procedure or function p has too many arguments specified. (1 changed) --> a int? = 3 | b varchar(10)? = def (1 rows) --> one int = 1 (1 rows)
+--> dyn --> - int? = 5 (1 rows)
 ALTER PROCEDURE p AS PRINT 'altered' -->
 p --> altered
 CREATE PROCEDURE p AS PRINT 'again' --> Msg 2714, Level 16, State 3, Line 1, Procedure p: There is already an object named 'p' in the database.
@@ -35,10 +35,7 @@ SELECT dbo.bad() --> Msg 4121, Level 16, State 1, Line 1: Cannot find either col
 CREATE PROC q AS BEGIN CREATE TABLE #in (x int) INSERT #in VALUES (1) SELECT * FROM #in SELECT * FROM nosuch PRINT 'not here' END -->
 EXEC q
 PRINT 'here'
-SELECT * FROM #in
---> (1 changed) --> x int? = 1 (1 rows)
---> Msg 208, Level 16, State 1, Line 2, Procedure q: Invalid object name 'nosuch'. --> here
---> Msg 208, Level 16, State 1, Line 3: Invalid object name '#in'.
+SELECT * FROM #in --> (1 changed) --> x int? = 1 (1 rows) --> Msg 208, Level 16, State 1, Line 2, Procedure q: Invalid object name 'nosuch'. --> here --> Msg 208, Level 16, State 1, Line 3: Invalid object name '#in'.
 CREATE PROC deep AS EXEC deep --> Msg 2007, Level 0, State 1, Line 1, Procedure deep: The module 'deep' depends on the missing object 'deep'. The module will still be created; however, it cannot run successfully until the object exists.
 EXEC deep --> Msg 217, Level 16, State 1, Line 1, Procedure deep: Maximum stored procedure, function, trigger, or view nesting level exceeded (limit 32).
 CREATE DATABASE other -->
@@ -52,17 +49,14 @@ SELECT PARAMETER_NAME, DATA_TYPE, PARAMETER_MODE FROM INFORMATION_SCHEMA.PARAMET
 DROP PROCEDURE q, deep
 EXEC q
 DROP DATABASE other
---> USE master --> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'master'.
---> - nvarchar(128)? = other (1 rows) --> - int? = 0 (1 rows)
+--> USE master --> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'master'. --> - nvarchar(128)? = other (1 rows) --> - int? = 0 (1 rows)
 --> PARAMETER_NAME nvarchar(128)? | DATA_TYPE nvarchar(128)? | PARAMETER_MODE nvarchar(10)? =  | int | OUT; @n | int | IN (2 rows)
 --> Msg 2812, Level 16, State 62, Line 6: Could not find stored procedure 'q'.
 CREATE FUNCTION dbo.scaled (@n int, @by int = 10) RETURNS int AS BEGIN RETURN @n * @by END -->
 CREATE FUNCTION dbo.numbers (@from int = 1, @to int) RETURNS TABLE AS RETURN (SELECT @from AS a, @to AS b) -->
 SELECT dbo.scaled(3, DEFAULT), dbo.scaled(3, 2)
 SELECT * FROM dbo.numbers(DEFAULT, 5)
-SELECT dbo.scaled(DEFAULT, 2)
---> - int? = 30 | - int? = 6 (1 rows) --> a int? = 1 | b int? = 5 (1 rows)
---> Msg 201, Level 16, State 4, Line 3: Procedure or function 'scaled' expects parameter '@n', which was not supplied.
+SELECT dbo.scaled(DEFAULT, 2) --> - int? = 30 | - int? = 6 (1 rows) --> a int? = 1 | b int? = 5 (1 rows) --> Msg 201, Level 16, State 4, Line 3: Procedure or function 'scaled' expects parameter '@n', which was not supplied.
 SELECT * FROM dbo.numbers(1, DEFAULT) --> Msg 201, Level 16, State 4, Line 1: Procedure or function 'numbers' expects parameter '@to', which was not supplied.
 SELECT dbo.scaled(3) --> Msg 313, Level 16, State 1, Line 1: An insufficient number of arguments were supplied for the procedure or function dbo.scaled.
 SELECT LEN(DEFAULT) --> Msg 156, Level 15, State 1, Line 1: Incorrect syntax near the keyword 'DEFAULT'.
@@ -79,9 +73,7 @@ BEGIN TRAN
 ALTER TABLE checked DROP COLUMN nosuch
 PRINT 'not reached' --> Msg 4924, Level 16, State 1, Line 2: ALTER TABLE DROP COLUMN failed because column 'nosuch' does not exist in table 'checked'.
 SELECT @@TRANCOUNT
-ALTER TABLE nosuch ADD a int
---> - int? = 0 (1 rows)
---> Msg 4902, Level 16, State 1, Line 2: Cannot find the object "nosuch" because it does not exist or you do not have permissions.
+ALTER TABLE nosuch ADD a int --> - int? = 0 (1 rows) --> Msg 4902, Level 16, State 1, Line 2: Cannot find the object "nosuch" because it does not exist or you do not have permissions.
 TRUNCATE TABLE nosuch
 CREATE INDEX i ON nosuch (a)
 DROP PROCEDURE checked
@@ -97,6 +89,4 @@ CREATE TABLE bad (a int, CONSTRAINT FK_bad FOREIGN KEY (c) REFERENCES checked (a
 CREATE PROCEDURE runs_bad_text AS
 EXEC ('SELECT FROM')
 EXEC sp_executesql N'SELECT FROM', N'@a int', 1 -->
-EXEC runs_bad_text
---> Msg 156, Level 15, State 1, Line 1: Incorrect syntax near the keyword 'FROM'.
---> Msg 156, Level 15, State 1, Line 1: Incorrect syntax near the keyword 'FROM'.
+EXEC runs_bad_text --> Msg 156, Level 15, State 1, Line 1: Incorrect syntax near the keyword 'FROM'. --> Msg 156, Level 15, State 1, Line 1: Incorrect syntax near the keyword 'FROM'.

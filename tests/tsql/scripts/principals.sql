@@ -3,9 +3,7 @@ USE club --> USE club --> Msg 5701, Level 0, State 1, Line 1: Changed database c
 CREATE LOGIN app WITH PASSWORD = N'secret', CHECK_POLICY = OFF, DEFAULT_DATABASE = [club] -->
 CREATE LOGIN App WITH PASSWORD = 'x' --> Msg 15025, Level 16, State 1, Line 1: The server principal 'App' already exists.
 CREATE LOGIN other WITH PASSWORD = 'x', SID = 0x01 --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support CREATE LOGIN WITH SID.
-SELECT name, type, type_desc, is_disabled, default_database_name FROM sys.server_principals WHERE principal_id > 3 OR name = SUSER_NAME()
---> name nvarchar(128)? | type char(1)? | type_desc nvarchar(60)? | is_disabled bit? | default_database_name nvarchar(128)?
---> sa | S | SQL_LOGIN | 0 | NULL --> app | S | SQL_LOGIN | 0 | club (2 rows)
+SELECT name, type, type_desc, is_disabled, default_database_name FROM sys.server_principals WHERE principal_id > 3 OR name = SUSER_NAME() --> name nvarchar(128)? | type char(1)? | type_desc nvarchar(60)? | is_disabled bit? | default_database_name nvarchar(128)? = sa | S | SQL_LOGIN | 0 | NULL; app | S | SQL_LOGIN | 0 | club (2 rows)
 CREATE USER app WITH DEFAULT_SCHEMA = sales -->
 CREATE USER second FROM LOGIN app --> Msg 15063, Level 16, State 1, Line 1: The login already has an account under a different user name.
 CREATE USER guide WITHOUT LOGIN -->
@@ -25,12 +23,9 @@ ALTER ROLE readers WITH NAME = r2 --> Msg 50000, Level 16, State 1, Line 1: tsql
 SELECT r.name AS role, m.name AS member, o.name AS owner FROM sys.database_role_members x JOIN sys.database_principals r ON r.principal_id = x.role_principal_id JOIN sys.database_principals m ON m.principal_id = x.member_principal_id LEFT JOIN sys.database_principals o ON o.principal_id = r.owning_principal_id ORDER BY 1, 2
 SELECT p.name, p.type, p.type_desc, p.default_schema_name, l.name AS login, p.is_fixed_role FROM sys.database_principals p LEFT JOIN sys.server_principals l ON l.sid = p.sid WHERE p.principal_id IN (1, 16384) OR p.principal_id BETWEEN 5 AND 16383 ORDER BY p.principal_id
 SELECT s.name, p.name, i.SCHEMA_OWNER FROM sys.schemas s JOIN sys.database_principals p ON p.principal_id = s.principal_id JOIN INFORMATION_SCHEMA.SCHEMATA i ON i.SCHEMA_NAME = s.name WHERE s.schema_id > 3 ORDER BY s.schema_id
---> role nvarchar(128)? | member nvarchar(128)? | owner nvarchar(128)? --> db_datareader | readers | NULL
---> db_owner | guide | NULL --> readers | app | guide (3 rows)
---> name nvarchar(128)? | type char(1)? | type_desc nvarchar(60)? | default_schema_name nvarchar(128)? | login nvarchar(128)? | is_fixed_role bit?
---> dbo | S | SQL_USER | NULL | sa | 0 --> app | S | SQL_USER | sales | app | 0
---> guide | S | SQL_USER | dbo | NULL | 0 --> readers | R | DATABASE_ROLE | NULL | NULL | 0
---> db_owner | R | DATABASE_ROLE | NULL | NULL | 1 (5 rows)
+--> role nvarchar(128)? | member nvarchar(128)? | owner nvarchar(128)? = db_datareader | readers | NULL; db_owner | guide | NULL; readers | app | guide (3 rows)
+--> name nvarchar(128)? | type char(1)? | type_desc nvarchar(60)? | default_schema_name nvarchar(128)? | login nvarchar(128)? | is_fixed_role bit? --> dbo | S | SQL_USER | NULL | sa | 0
+--> app | S | SQL_USER | sales | app | 0 --> guide | S | SQL_USER | dbo | NULL | 0 --> readers | R | DATABASE_ROLE | NULL | NULL | 0 --> db_owner | R | DATABASE_ROLE | NULL | NULL | 1 (5 rows)
 --> name nvarchar(128)? | name nvarchar(128)? | SCHEMA_OWNER nvarchar(128)? = sys | sys | sys; sales | app | app (2 rows)
 DROP ROLE readers --> Msg 15144, Level 16, State 1, Line 1: The role has members. It must be empty before it can be dropped.
 DROP USER dbo --> Msg 15150, Level 16, State 1, Line 1: Cannot drop the user 'dbo'.

@@ -54,9 +54,7 @@ SELECT @c = COALESCE(@c + ', ', '') + QUOTENAME(n) FROM piece p WHERE id > 1 ORD
 SELECT @l, @s, @c
 SELECT @l = ''
 SELECT TOP (2) @l = @l + a.n + b.n + ' ', @i = @i + 1, @x = (SELECT MAX(n) FROM piece q WHERE q.id <= a.id) FROM piece a JOIN piece b ON a.id < b.id ORDER BY a.id, b.id DESC
-SELECT @l, @i, @x, @@ROWCOUNT
---> - varchar(100)? = a,b,c, | - int? = 6 | - varchar(100)? = [c], [b] (1 rows)
---> - varchar(100)? = ac ab  | - int? = 2 | - varchar(10)? = a | - int? = 2 (1 rows)
+SELECT @l, @i, @x, @@ROWCOUNT --> - varchar(100)? = a,b,c, | - int? = 6 | - varchar(100)? = [c], [b] (1 rows) --> - varchar(100)? = ac ab  | - int? = 2 | - varchar(10)? = a | - int? = 2 (1 rows)
 SELECT $5 a, $1.23456 b, -$2 c, $1 + 1 d, 2 * $1.10 e --> a money = 5.0000 | b money = 1.2346 | c money = -2.0000 | d money? = 2.0000 | e money? = 2.2000 (1 rows)
 DECLARE @a int
 SELECT @a = id, n FROM piece --> Msg 141, Level 15, State 1, Line 2: A SELECT statement that assigns a value to a variable must not be combined with data-retrieval operations.

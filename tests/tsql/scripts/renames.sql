@@ -13,10 +13,7 @@ CREATE TRIGGER on_child ON child AFTER UPDATE AS PRINT 'changed' -->
 EXEC sp_rename 'parent', 'Owner'
 INSERT Owner (code) VALUES ('c')
 SELECT id, code, amount FROM Owner ORDER BY id
-SELECT 1 FROM parent
---> (15477, Line 2) (1 changed)
---> id int* | code nvarchar(10)? | amount int? = 5 | a | 3; 10 | b | 3; 15 | c | 3 (3 rows)
---> Msg 208, Level 16, State 1, Line 5: Invalid object name 'parent'.
+SELECT 1 FROM parent --> (15477, Line 2) (1 changed) --> id int* | code nvarchar(10)? | amount int? = 5 | a | 3; 10 | b | 3; 15 | c | 3 (3 rows) --> Msg 208, Level 16, State 1, Line 5: Invalid object name 'parent'.
 INSERT child (id, parent_id) VALUES (3, 99)
 INSERT Owner (code) VALUES ('c')
 DROP TABLE Owner
@@ -27,8 +24,7 @@ SELECT IDENT_CURRENT('Owner')
 --> Msg 3726, Level 16, State 1, Line 3: Could not drop object 'Owner' because it is referenced by a FOREIGN KEY constraint.
 --> PKTABLE_QUALIFIER nvarchar(128)? | PKTABLE_OWNER nvarchar(128)? | PKTABLE_NAME nvarchar(128)? | PKCOLUMN_NAME nvarchar(128)? | FKTABLE_QUALIFIER nvarchar(128)? | FKTABLE_OWNER nvarchar(128)? | FKTABLE_NAME nvarchar(128)? | FKCOLUMN_NAME nvarchar(128)? | KEY_SEQ smallint? | UPDATE_RULE smallint? | DELETE_RULE smallint? | FK_NAME nvarchar(128)? | PK_NAME nvarchar(128)? | DEFERRABILITY smallint?
 --> renamed | dbo | Owner | code | renamed | dbo | child | code | 1 | 1 | 1 | fk_code | pk_parent | 7
---> renamed | dbo | Owner | id | renamed | dbo | child | parent_id | 1 | 1 | 0 | fk_parent | pk_parent | 7 (2 rows)
---> - decimal(38,0)? = 20 (1 rows)
+--> renamed | dbo | Owner | id | renamed | dbo | child | parent_id | 1 | 1 | 0 | fk_parent | pk_parent | 7 (2 rows) --> - decimal(38,0)? = 20 (1 rows)
 -- columns: in keys, indexes, identities and foreign keys
 EXEC sp_rename 'dbo.Owner.code', 'letter', 'COLUMN'
 EXEC sp_rename 'Owner.id', 'number', 'column'
@@ -50,12 +46,9 @@ UPDATE child SET code = 'y'
 --> Msg 547, Level 16, State 0, Line 3: The INSERT statement conflicted with the FOREIGN KEY constraint "fk_code". The conflict occurred in database "renamed", table "dbo.Owner", column 'letter'. (3621) (1 changed)
 --> id int | owner_id int? | doubled int? = 1 | 5 | 2; 2 | 10 | 4; 3 | 5 | 8 (3 rows)
 --> Msg 2627, Level 14, State 1, Line 6: Violation of UNIQUE KEY constraint 'uq_code'. Cannot insert duplicate key in object 'dbo.Owner'. The duplicate key value is (d). (3621)
---> index_name nvarchar(128)? | index_description varchar(210)? | index_keys nvarchar(2078)?
---> ix_parent | nonclustered located on PRIMARY | owner_id(-)
---> pk_child | clustered, unique, primary key located on PRIMARY | id
---> ux_code | nonclustered, unique located on PRIMARY | code (3 rows)
---> index_name nvarchar(128)? | index_description varchar(210)? | index_keys nvarchar(2078)?
---> pk_parent | clustered, unique, primary key located on PRIMARY | number
+--> index_name nvarchar(128)? | index_description varchar(210)? | index_keys nvarchar(2078)? --> ix_parent | nonclustered located on PRIMARY | owner_id(-)
+--> pk_child | clustered, unique, primary key located on PRIMARY | id --> ux_code | nonclustered, unique located on PRIMARY | code (3 rows)
+--> index_name nvarchar(128)? | index_description varchar(210)? | index_keys nvarchar(2078)? --> pk_parent | clustered, unique, primary key located on PRIMARY | number
 --> uq_code | nonclustered, unique, unique key located on PRIMARY | letter (2 rows) (1 changed) --> - int? = 2 (1 rows)
 --> Msg 547, Level 16, State 0, Line 12: The UPDATE statement conflicted with the FOREIGN KEY constraint "fk_code". The conflict occurred in database "renamed", table "dbo.Owner", column 'letter'. (3621)
 -- what an expression names
@@ -93,25 +86,20 @@ INSERT child (id) VALUES (1)
 --> Msg 547, Level 16, State 0, Line 10: The INSERT statement conflicted with the FOREIGN KEY constraint "fk_owner". The conflict occurred in database "renamed", table "dbo.Owner", column 'number'. (3621)
 --> Msg 2627, Level 14, State 1, Line 11: Violation of PRIMARY KEY constraint 'pk_children'. Cannot insert duplicate key in object 'dbo.child'. The duplicate key value is (1). (3621)
 --> Msg 2627, Level 14, State 1, Line 12: Violation of UNIQUE KEY constraint 'uq_letter'. Cannot insert duplicate key in object 'dbo.Owner'. The duplicate key value is (d). (3621)
---> name nvarchar(128)? | type char(2)? --> ck_short | C --> df_three | D --> fk_code | F --> fk_owner | F
---> on_child | TR --> pk_children | PK --> pk_parent | PK --> uq_letter | UQ (8 rows)
+--> name nvarchar(128)? | type char(2)? = ck_short | C; df_three | D; fk_code | F; fk_owner | F; on_child | TR; pk_children | PK; pk_parent | PK; uq_letter | UQ (8 rows)
 --> name nvarchar(128)? = ix_owner; pk_children; pk_parent; uq_letter (4 rows)
 --> Msg 2601, Level 14, State 1, Line 19: Cannot insert duplicate key row in object 'dbo.child' with unique index 'ix_owner'. The duplicate key value is (1). (3621)
 -- modules keep their texts; a view of a renamed table fails
 EXEC sp_rename 'show_sizes', 'count_sizes'
 EXEC sp_rename 'on_child', 'on_change'
-EXEC count_sizes
---> (15477, Line 2) (15477, Line 3)
---> Msg 207, Level 16, State 1, Line 1, Procedure count_sizes: Invalid column name 'size'.
+EXEC count_sizes --> (15477, Line 2) (15477, Line 3) --> Msg 207, Level 16, State 1, Line 1, Procedure count_sizes: Invalid column name 'size'.
 EXEC sp_rename 'sizes', 'lengths', 'OBJECT'
 EXEC count_sizes --> (15477, Line 1) --> Msg 208, Level 16, State 1, Line 1, Procedure count_sizes: Invalid object name 'sizes'.
 EXEC sp_helptext 'lengths'
 UPDATE child SET length = 8 WHERE id = 1
 EXEC sp_rename 'child', 'Child'
 SELECT COUNT(*) FROM CHILD
-SELECT name FROM sys.tables ORDER BY name
---> Text nvarchar(255)? = CREATE VIEW sizes AS SELECT size FROM child -->  (1 rows)
---> changed (1 changed) (15477, Line 3) --> - int? = 2 (1 rows) --> name nvarchar(128)? = Child; Owner (2 rows)
+SELECT name FROM sys.tables ORDER BY name --> Text nvarchar(255)? = CREATE VIEW sizes AS SELECT size FROM child -->  (1 rows) --> changed (1 changed) (15477, Line 3) --> - int? = 2 (1 rows) --> name nvarchar(128)? = Child; Owner (2 rows)
 CREATE SCHEMA other -->
 CREATE TABLE other.t (a int)
 EXEC sp_rename 'other.t', 'u'
@@ -128,8 +116,8 @@ EXEC renamed..sp_rename 'renamed.other.u', 'w', 'OBJECT'
 SELECT d FROM renamed.other.w
 USE renamed
 --> (15477, Line 2) (1 changed) (15477, Line 4) (15477, Line 6) (15477, Line 7) --> b int? = 1 (1 rows) --> USE master
---> Msg 5701, Level 0, State 1, Line 10: Changed database context to 'master'. (15477, Line 11) (15477, Line 12)
---> d int? = 1 (1 rows) --> USE renamed --> Msg 5701, Level 0, State 1, Line 14: Changed database context to 'renamed'.
+--> Msg 5701, Level 0, State 1, Line 10: Changed database context to 'master'. (15477, Line 11) (15477, Line 12) --> d int? = 1 (1 rows) --> USE renamed
+--> Msg 5701, Level 0, State 1, Line 14: Changed database context to 'renamed'.
 CREATE TABLE other.p (k int PRIMARY KEY)
 CREATE TABLE other.f (k int CONSTRAINT fk_k REFERENCES other.p (k) ON UPDATE CASCADE)
 CREATE TABLE tree (id int PRIMARY KEY, up int REFERENCES tree)
@@ -144,8 +132,7 @@ INSERT other.f VALUES (2)
 INSERT other.p VALUES (2)
 UPDATE other.p SET [key] = 1
 SELECT k FROM other.f
---> (15477, Line 5) (15477, Line 6) (15477, Line 7)
---> is_disabled bit? = 1 | update_referential_action_desc nvarchar(60)? = CASCADE (1 rows) (1 changed)
+--> (15477, Line 5) (15477, Line 6) (15477, Line 7) --> is_disabled bit? = 1 | update_referential_action_desc nvarchar(60)? = CASCADE (1 rows) (1 changed)
 --> Msg 547, Level 16, State 0, Line 11: The INSERT statement conflicted with the FOREIGN KEY constraint "fk_k". The conflict occurred in database "renamed", table "other.p", column 'key'. (3621) (1 changed) (1 changed)
 --> k int? = 1 (1 rows)
 INSERT forest (node, up) VALUES (1, 2)
@@ -172,8 +159,7 @@ EXEC sp_rename 'master.dbo.Child', 'x', 'OBJECT'
 --> Msg 15335, Level 11, State 1, Line 6: Error: The new name 'Owner' is already in use as a object name and would cause a duplicate that is not permitted.
 --> Msg 15335, Level 11, State 1, Line 7: Error: The new name 'length' is already in use as a COLUMN name and would cause a duplicate that is not permitted.
 --> Msg 15335, Level 11, State 1, Line 9: Error: The new name 'ix_owner' is already in use as a INDEX name and would cause a duplicate that is not permitted.
---> Msg 15223, Level 11, State 1, Line 10: Error: The input parameter '@newname' is not allowed to be null.
---> Msg 15249, Level 11, State 1, Line 11: Error: Explicit @objtype 'TABLE' is unrecognized.
+--> Msg 15223, Level 11, State 1, Line 10: Error: The input parameter '@newname' is not allowed to be null. --> Msg 15249, Level 11, State 1, Line 11: Error: Explicit @objtype 'TABLE' is unrecognized.
 --> Msg 15250, Level 16, State 1, Line 12: The database name component of the object qualifier must be the name of the current database.
 EXEC sp_rename 'renamed', 'x', 'DATABASE' --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support sp_rename of the type 'DATABASE'.
 CREATE TABLE #t (a int) EXEC sp_rename '#t.a', 'b', 'COLUMN' --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support sp_rename of a temporary table.

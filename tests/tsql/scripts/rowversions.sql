@@ -7,9 +7,7 @@ UPDATE doc SET t = t WHERE v < 0x00000000000007D2
 SELECT *, CAST(v AS bigint) n FROM doc ORDER BY v
 SELECT * INTO copy FROM doc WHERE id = 2
 --> - varbinary(8)? = 0x00000000000007D0 | - timestamp? = 0x00000000000007D1 (1 rows) (2 changed) (1 changed) (1 changed) (1 changed)
---> id int* | t varchar(9)? | v timestamp | n bigint? --> 2 | b | 0x00000000000007D2 | 2002
---> 3 | c | 0x00000000000007D3 | 2003 --> 4 | aa | 0x00000000000007D4 | 2004
---> 1 | a | 0x00000000000007D5 | 2005 (4 rows) (1 changed)
+--> id int* | t varchar(9)? | v timestamp | n bigint? = 2 | b | 0x00000000000007D2 | 2002; 3 | c | 0x00000000000007D3 | 2003; 4 | aa | 0x00000000000007D4 | 2004; 1 | a | 0x00000000000007D5 | 2005 (4 rows) (1 changed)
 BEGIN TRAN
 UPDATE copy SET t = 'r' OUTPUT deleted.v, inserted.v
 SELECT MIN_ACTIVE_ROWVERSION()
@@ -23,14 +21,11 @@ ALTER TABLE later ADD timestamp NOT NULL
 SELECT * FROM later WHERE timestamp = (SELECT MAX(timestamp) FROM later)
 SELECT TYPE_NAME(system_type_id), max_length, is_nullable FROM sys.columns WHERE name = 'timestamp'
 EXEC sp_special_columns later, @col_type = 'V'
---> (2 changed) --> id int = 2 | p int? = 1 | timestamp timestamp = 0x00000000000007D9 (1 rows)
---> - nvarchar(128)? = timestamp | max_length smallint? = 8 | is_nullable bit? = 0 (1 rows)
+--> (2 changed) --> id int = 2 | p int? = 1 | timestamp timestamp = 0x00000000000007D9 (1 rows) --> - nvarchar(128)? = timestamp | max_length smallint? = 8 | is_nullable bit? = 0 (1 rows)
 --> SCOPE smallint? = NULL | COLUMN_NAME nvarchar(128)? = timestamp | DATA_TYPE smallint? = -2 | TYPE_NAME nvarchar(128)? = timestamp | PRECISION int? = 8 | LENGTH int? = 8 | SCALE smallint? = NULL | PSEUDO_COLUMN smallint? = 1 (1 rows)
 CREATE TRIGGER tr ON later INSTEAD OF UPDATE AS SELECT * FROM inserted -->
 UPDATE later SET p = 2
-SELECT @@DBTS
---> id int | p int? | timestamp timestamp = 1 | 2 | 0x00000000000007D8; 2 | 2 | 0x00000000000007D9 (2 rows) (2 changed)
---> - varbinary(8)? = 0x00000000000007D9 (1 rows)
+SELECT @@DBTS --> id int | p int? | timestamp timestamp = 1 | 2 | 0x00000000000007D8; 2 | 2 | 0x00000000000007D9 (2 rows) (2 changed) --> - varbinary(8)? = 0x00000000000007D9 (1 rows)
 INSERT doc (t, v) VALUES ('x', 0x1) --> Msg 273, Level 16, State 1, Line 1: Cannot insert an explicit value into a timestamp column. Use INSERT with a column list to exclude the timestamp column, or insert a DEFAULT into the timestamp column.
 INSERT doc (t, v) SELECT t, v FROM doc --> Msg 273, Level 16, State 1, Line 1: Cannot insert an explicit value into a timestamp column. Use INSERT with a column list to exclude the timestamp column, or insert a DEFAULT into the timestamp column.
 INSERT doc (t, v) EXEC ('SELECT t, v FROM doc') --> Msg 273, Level 16, State 1, Line 1: Cannot insert an explicit value into a timestamp column. Use INSERT with a column list to exclude the timestamp column, or insert a DEFAULT into the timestamp column.

@@ -2,12 +2,8 @@ CREATE DATABASE shop -->
 USE shop --> USE shop --> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'shop'.
 CREATE SCHEMA sales -->
 CREATE SCHEMA [Stock Room] AUTHORIZATION dbo -->
-CREATE SCHEMA Sales
---> Msg 2714, Level 16, State 6, Line 1: There is already an object named 'Sales' in the database.
---> Msg 2759, Level 16, State 0, Line 1: CREATE SCHEMA failed due to previous errors.
-CREATE SCHEMA sys
---> Msg 2714, Level 16, State 6, Line 1: There is already an object named 'sys' in the database.
---> Msg 2759, Level 16, State 0, Line 1: CREATE SCHEMA failed due to previous errors.
+CREATE SCHEMA Sales --> Msg 2714, Level 16, State 6, Line 1: There is already an object named 'Sales' in the database. --> Msg 2759, Level 16, State 0, Line 1: CREATE SCHEMA failed due to previous errors.
+CREATE SCHEMA sys --> Msg 2714, Level 16, State 6, Line 1: There is already an object named 'sys' in the database. --> Msg 2759, Level 16, State 0, Line 1: CREATE SCHEMA failed due to previous errors.
 CREATE SCHEMA other AUTHORIZATION nobody
 --> Msg 15151, Level 16, State 1, Line 1: Cannot find the user 'nobody', because it does not exist or you do not have permission.
 --> Msg 2759, Level 16, State 0, Line 1: CREATE SCHEMA failed due to previous errors.
@@ -26,9 +22,7 @@ CREATE INDEX ix_n ON sales.item (n) --> Msg 1913, Level 16, State 1, Line 1: The
 INSERT sales.item (code, n) VALUES ('a', 1), ('b', 2)
 INSERT item VALUES (5, 'five'), (6, 'six')
 INSERT [Stock Room].part VALUES (5, 6, 1, 1)
-SELECT sales.item.id, sales.item.code, dbo.item.nm FROM sales.item JOIN dbo.item ON sales.item.id = dbo.item.id ORDER BY sales.item.id
---> (2 changed) (2 changed) (1 changed)
---> id int* | code varchar(9) | nm varchar(9)? = 5 | a | five; 6 | b | six (2 rows)
+SELECT sales.item.id, sales.item.code, dbo.item.nm FROM sales.item JOIN dbo.item ON sales.item.id = dbo.item.id ORDER BY sales.item.id --> (2 changed) (2 changed) (1 changed) --> id int* | code varchar(9) | nm varchar(9)? = 5 | a | five; 6 | b | six (2 rows)
 SELECT item.id FROM sales.item, dbo.item --> Msg 209, Level 16, State 1, Line 1: Ambiguous column name 'id'.
 SELECT dbo.item.* FROM sales.item, dbo.item WHERE shop.sales.item.id = 5 AND item.nm = 'six' --> id int = 6 | nm varchar(9)? = six (1 rows)
 SELECT dbo.item.id FROM sales.item --> Msg 4104, Level 16, State 1, Line 1: The multi-part identifier "dbo.item.id" could not be bound.
@@ -62,8 +56,7 @@ INSERT sales.item (code, n) VALUES ('e', 3)
 SELECT *, IDENT_CURRENT('sales.item') AS last FROM sales.item
 DBCC CHECKIDENT ('sales.item', RESEED, 50)
 UPDATE STATISTICS sales.item
---> (1 changed) (1 changed) --> id int* | code varchar(9) | n int? | note varchar(5)? | last decimal(38,0)?
---> 5 | a | 1 | x | 41 --> 6 | b | 8 | x | 41 --> 40 | d | -1 | x | 41 --> 41 | e | 3 | x | 41 (4 rows)
+--> (1 changed) (1 changed) --> id int* | code varchar(9) | n int? | note varchar(5)? | last decimal(38,0)? = 5 | a | 1 | x | 41; 6 | b | 8 | x | 41; 40 | d | -1 | x | 41; 41 | e | 3 | x | 41 (4 rows)
 --> Msg 7998, Level 0, State 1, Line 8: Checking identity information: current identity value '41'. (2528)
 ALTER TABLE sales.nothing ADD a int --> Msg 4902, Level 16, State 1, Line 1: Cannot find the object "sales.nothing" because it does not exist or you do not have permissions.
 CREATE PROCEDURE sales.list @more bit = 0 AS
@@ -93,8 +86,7 @@ INSERT item (code, n) VALUES ('f', 4)
 EXEC sp_executesql N'SELECT COUNT(*) AS dynamic FROM item' -->
 EXEC sales.work
 EXEC sales.list 1
---> made nvarchar(128)? = dbo --> dbo smallint? = 5 | sales smallint? = NULL --> dynamic int? = 2
---> what varchar(4) = list | n int? = 4 (1 rows) --> helper nvarchar(257)? = sales.helper (1 rows)
+--> made nvarchar(128)? = dbo --> dbo smallint? = 5 | sales smallint? = NULL --> dynamic int? = 2 --> what varchar(4) = list | n int? = 4 (1 rows) --> helper nvarchar(257)? = sales.helper (1 rows)
 --> dynamic int? = 2 (1 rows) --> n int? = 0 (1 rows)
 list --> Msg 2812, Level 16, State 62, Line 1: Could not find stored procedure 'list'.
 EXEC nowhere.list --> Msg 2812, Level 16, State 62, Line 1: Could not find stored procedure 'nowhere.list'.
@@ -106,10 +98,8 @@ ALTER PROCEDURE sales.none AS RETURN 1 --> Msg 208, Level 16, State 6, Line 1, P
 ALTER VIEW sales.v AS SELECT id, code FROM item -->
 EXEC sp_helptext 'sales.v'
 EXEC sp_helpindex 'sales.item'
---> Text nvarchar(255)? = CREATE VIEW sales.v AS SELECT id, code FROM item -->  (1 rows)
---> index_name nvarchar(128)? | index_description varchar(210)? | index_keys nvarchar(2078)?
---> PK_item | clustered, unique, primary key located on PRIMARY | id
---> UQ_code | nonclustered, unique, unique key located on PRIMARY | code (2 rows)
+--> Text nvarchar(255)? = CREATE VIEW sales.v AS SELECT id, code FROM item -->  (1 rows) --> index_name nvarchar(128)? | index_description varchar(210)? | index_keys nvarchar(2078)?
+--> PK_item | clustered, unique, primary key located on PRIMARY | id --> UQ_code | nonclustered, unique, unique key located on PRIMARY | code (2 rows)
 SELECT name, schema_id FROM sys.schemas ORDER BY 2
 SELECT SCHEMA_NAME(schema_id) AS s, name, type FROM sys.objects ORDER BY 1, 2
 SELECT name, uid FROM sysobjects WHERE name = 'item' ORDER BY 2
@@ -120,27 +110,19 @@ SELECT SCHEMA_NAME, SCHEMA_OWNER FROM INFORMATION_SCHEMA.SCHEMATA ORDER BY 1
 SELECT OBJECT_SCHEMA_NAME(parent_object_id) + '.' + OBJECT_NAME(parent_object_id) AS child, name, OBJECT_SCHEMA_NAME(referenced_object_id) AS parent FROM sys.foreign_keys ORDER BY 2
 SELECT SCHEMA_ID('SALES') AS a, SCHEMA_ID('nowhere') AS b, SCHEMA_NAME(2) AS c, SCHEMA_NAME(99) AS d, SCHEMA_NAME() AS e, SCHEMA_ID() AS f
 SELECT COL_LENGTH('sales.item', 'code') AS a, OBJECT_ID('sales.') AS b, OBJECT_ID('nowhere.item') AS c, OBJECT_NAME(1) AS d, OBJECT_DEFINITION(OBJECT_ID('sales.v')) AS e, CASE WHEN OBJECT_ID('sales.item') <> OBJECT_ID('item') THEN 1 END AS f
---> name nvarchar(128)? | schema_id int? = dbo | 1; guest | 2; INFORMATION_SCHEMA | 3; sys | 4; sales | 5; Stock Room | 6 (6 rows)
---> s nvarchar(128)? | name nvarchar(128)? | type char(2)? --> dbo | helper | P --> dbo | item | U
---> dbo | PK_item | PK --> dbo | plain | U --> dbo | v | V --> sales | codes | IF --> sales | DF_n | D
---> sales | DF_note | D --> sales | helper | P --> sales | item | U --> sales | list | P --> sales | PK_item | PK
---> sales | price | FN --> sales | UQ_code | UQ --> sales | v | V --> sales | work | P --> Stock Room | FK_own | F
---> Stock Room | FK_plain | F --> Stock Room | FK_sales | F --> Stock Room | part | U
---> Stock Room | PK_part | PK (21 rows) --> name nvarchar(128)? | uid smallint? = item | 1; item | 5 (2 rows)
---> TABLE_SCHEMA nvarchar(128)? | TABLE_NAME nvarchar(128)? | TABLE_TYPE varchar(10)? --> dbo | item | BASE TABLE
---> dbo | plain | BASE TABLE --> dbo | v | VIEW --> sales | item | BASE TABLE --> sales | v | VIEW
---> Stock Room | part | BASE TABLE (6 rows)
---> CONSTRAINT_SCHEMA nvarchar(128)? | CONSTRAINT_NAME nvarchar(128)? | UNIQUE_CONSTRAINT_SCHEMA nvarchar(128)? | UNIQUE_CONSTRAINT_NAME nvarchar(128)?
---> Stock Room | FK_own | Stock Room | PK_part --> Stock Room | FK_plain | dbo | PK_item
---> Stock Room | FK_sales | sales | PK_item (3 rows) --> SPECIFIC_SCHEMA nvarchar(128)? | ROUTINE_NAME nvarchar(128)?
---> sales | codes --> sales | helper --> sales | list --> sales | price --> sales | work (5 rows)
---> SCHEMA_NAME nvarchar(128)? | SCHEMA_OWNER nvarchar(128)? --> dbo | dbo --> guest | guest
---> INFORMATION_SCHEMA | INFORMATION_SCHEMA --> sales | dbo --> Stock Room | dbo --> sys | sys (6 rows)
---> child nvarchar(257)? | name nvarchar(128)? | parent nvarchar(128)? --> Stock Room.part | FK_own | Stock Room
---> Stock Room.part | FK_plain | dbo --> Stock Room.part | FK_sales | sales (3 rows)
+--> name nvarchar(128)? | schema_id int? = dbo | 1; guest | 2; INFORMATION_SCHEMA | 3; sys | 4; sales | 5; Stock Room | 6 (6 rows) --> s nvarchar(128)? | name nvarchar(128)? | type char(2)?
+--> dbo | helper | P --> dbo | item | U --> dbo | PK_item | PK --> dbo | plain | U --> dbo | v | V --> sales | codes | IF --> sales | DF_n | D --> sales | DF_note | D --> sales | helper | P
+--> sales | item | U --> sales | list | P --> sales | PK_item | PK --> sales | price | FN --> sales | UQ_code | UQ --> sales | v | V --> sales | work | P --> Stock Room | FK_own | F
+--> Stock Room | FK_plain | F --> Stock Room | FK_sales | F --> Stock Room | part | U --> Stock Room | PK_part | PK (21 rows) --> name nvarchar(128)? | uid smallint? = item | 1; item | 5 (2 rows)
+--> TABLE_SCHEMA nvarchar(128)? | TABLE_NAME nvarchar(128)? | TABLE_TYPE varchar(10)? --> dbo | item | BASE TABLE --> dbo | plain | BASE TABLE --> dbo | v | VIEW --> sales | item | BASE TABLE
+--> sales | v | VIEW --> Stock Room | part | BASE TABLE (6 rows)
+--> CONSTRAINT_SCHEMA nvarchar(128)? | CONSTRAINT_NAME nvarchar(128)? | UNIQUE_CONSTRAINT_SCHEMA nvarchar(128)? | UNIQUE_CONSTRAINT_NAME nvarchar(128)? --> Stock Room | FK_own | Stock Room | PK_part
+--> Stock Room | FK_plain | dbo | PK_item --> Stock Room | FK_sales | sales | PK_item (3 rows)
+--> SPECIFIC_SCHEMA nvarchar(128)? | ROUTINE_NAME nvarchar(128)? = sales | codes; sales | helper; sales | list; sales | price; sales | work (5 rows)
+--> SCHEMA_NAME nvarchar(128)? | SCHEMA_OWNER nvarchar(128)? = dbo | dbo; guest | guest; INFORMATION_SCHEMA | INFORMATION_SCHEMA; sales | dbo; Stock Room | dbo; sys | sys (6 rows)
+--> child nvarchar(257)? | name nvarchar(128)? | parent nvarchar(128)? = Stock Room.part | FK_own | Stock Room; Stock Room.part | FK_plain | dbo; Stock Room.part | FK_sales | sales (3 rows)
 --> a int? = 5 | b int? = NULL | c nvarchar(128)? = guest | d nvarchar(128)? = NULL | e nvarchar(128)? = dbo | f int? = 1 (1 rows)
---> a smallint? = 9 | b int? = NULL | c int? = NULL | d nvarchar(128)? = NULL | e nvarchar(max)? = CREATE VIEW sales.v AS SELECT id, code FROM item
--->  | f int? = 1 (1 rows)
+--> a smallint? = 9 | b int? = NULL | c int? = NULL | d nvarchar(128)? = NULL | e nvarchar(max)? = CREATE VIEW sales.v AS SELECT id, code FROM item -->  | f int? = 1 (1 rows)
 DROP SCHEMA sales --> Msg 3729, Level 16, State 1, Line 1: Cannot drop schema 'sales' because it is being referenced by object 'item'.
 DROP SCHEMA nowhere --> Msg 15151, Level 16, State 1, Line 1: Cannot drop the schema 'nowhere', because it does not exist or you do not have permission.
 DROP SCHEMA IF EXISTS nowhere
@@ -156,9 +138,8 @@ ALTER SCHEMA dbo TRANSFER TYPE::sales.t --> Msg 50000, Level 16, State 1, Line 1
 SELECT SCHEMA_NAME(schema_id) AS s, name FROM sys.objects WHERE name LIKE '%item' OR name LIKE '%part' OR name LIKE 'FK%' OR name IN ('price', 'UQ_code') ORDER BY 2, 1
 INSERT sales.part VALUES (6, 6, 1, 2)
 SELECT item, k FROM sales.part
---> s nvarchar(128)? | name nvarchar(128)? --> sales | FK_own --> sales | FK_plain --> sales | FK_sales --> dbo | item
---> Stock Room | item --> sales | part --> dbo | PK_item --> Stock Room | PK_item --> sales | PK_part --> dbo | price
---> Stock Room | UQ_code (11 rows) (1 changed) --> item int | k int = 5 | 1; 6 | 2 (2 rows)
+--> s nvarchar(128)? | name nvarchar(128)? --> sales | FK_own --> sales | FK_plain --> sales | FK_sales --> dbo | item --> Stock Room | item --> sales | part --> dbo | PK_item --> Stock Room | PK_item
+--> sales | PK_part --> dbo | price --> Stock Room | UQ_code (11 rows) (1 changed) --> item int | k int = 5 | 1; 6 | 2 (2 rows)
 INSERT sales.part VALUES (7, 6, 1, 3) --> Msg 547, Level 16, State 0, Line 1: The INSERT statement conflicted with the FOREIGN KEY constraint "FK_sales". The conflict occurred in database "shop", table "Stock Room.item", column 'id'. (3621)
 INSERT sales.part VALUES (6, 6, 9, 3) --> Msg 547, Level 16, State 0, Line 1: The INSERT statement conflicted with the FOREIGN KEY SAME TABLE constraint "FK_own". The conflict occurred in database "shop", table "sales.part", column 'k'. (3621)
 DROP TABLE [Stock Room].item --> Msg 3726, Level 16, State 1, Line 1: Could not drop object 'Stock Room.item' because it is referenced by a FOREIGN KEY constraint.
@@ -167,9 +148,7 @@ CREATE UNIQUE INDEX ix_b ON checked (b) WHERE b > 0
 INSERT checked VALUES (2, 1)
 ALTER SCHEMA sales TRANSFER checked
 ALTER TABLE sales.checked ADD c int
-INSERT sales.checked VALUES (3, 1, NULL)
---> (1 changed)
---> Msg 2601, Level 14, State 1, Line 6: Cannot insert duplicate key row in object 'sales.checked' with unique index 'ix_b'. (3621)
+INSERT sales.checked VALUES (3, 1, NULL) --> (1 changed) --> Msg 2601, Level 14, State 1, Line 6: Cannot insert duplicate key row in object 'sales.checked' with unique index 'ix_b'. (3621)
 INSERT sales.checked VALUES (1, 2, NULL) --> Msg 547, Level 16, State 0, Line 1: The INSERT statement conflicted with the CHECK constraint "CK_a". The conflict occurred in database "shop", table "sales.checked", column 'a'. (3621)
 DROP TABLE sales.checked -->
 DELETE [stock room].item WHERE id = 6 --> Msg 547, Level 16, State 0, Line 1: The DELETE statement conflicted with the REFERENCE constraint "FK_sales". The conflict occurred in database "shop", table "sales.part", column 'item'. (3621)

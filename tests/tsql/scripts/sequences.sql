@@ -17,18 +17,14 @@ INSERT T (id, c) VALUES (1, 'a'), (2, 'b')
 INSERT T (id, n) SELECT 10 + id, NEXT VALUE FOR Numbers FROM T
 INSERT T VALUES (NEXT VALUE FOR Numbers, 7, 'x')
 INSERT T (id) VALUES (100)
-SELECT * FROM T
---> (2 changed) (2 changed) (1 changed) (1 changed)
---> id int | n int? | c char(1)? = 1 | 1 | a; 2 | 2 | b; 11 | 3 | NULL; 12 | 4 | NULL; 5 | 7 | x; 100 | 6 | NULL (6 rows)
+SELECT * FROM T --> (2 changed) (2 changed) (1 changed) (1 changed) --> id int | n int? | c char(1)? = 1 | 1 | a; 2 | 2 | b; 11 | 3 | NULL; 12 | 4 | NULL; 5 | 7 | x; 100 | 6 | NULL (6 rows)
 INSERT T VALUES (NEXT VALUE FOR Numbers, NEXT VALUE FOR Numbers, 'x') --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support several NEXT VALUE FOR of a sequence in a row.
 UPDATE T SET n = NEXT VALUE FOR Numbers WHERE id > 10
 SELECT * FROM T WHERE id > 10
 BEGIN TRAN
 SELECT NEXT VALUE FOR Numbers
 ROLLBACK
-SELECT NEXT VALUE FOR Numbers
---> (3 changed) --> id int | n int? | c char(1)? = 11 | 1 | NULL; 12 | 2 | NULL; 100 | 3 | NULL (3 rows)
---> - int? = 4 (1 rows) --> - int? = 5 (1 rows)
+SELECT NEXT VALUE FOR Numbers --> (3 changed) --> id int | n int? | c char(1)? = 11 | 1 | NULL; 12 | 2 | NULL; 100 | 3 | NULL (3 rows) --> - int? = 4 (1 rows) --> - int? = 5 (1 rows)
 INSERT T VALUES (100, NEXT VALUE FOR Numbers, 'd') --> Msg 2627, Level 14, State 1, Line 1: Violation of PRIMARY KEY constraint 'PK__T__2_3'. Cannot insert duplicate key in object 'dbo.T'. The duplicate key value is (100). (3621)
 SELECT NEXT VALUE FOR Numbers --> - int? = 1 (1 rows)
 BEGIN TRAN
@@ -70,9 +66,7 @@ ALTER SEQUENCE Big RESTART
 SELECT NEXT VALUE FOR Big
 SELECT current_value, increment FROM sys.sequences WHERE name = 'Big'
 DROP SEQUENCE Big
-DROP SEQUENCE IF EXISTS Big
---> - bigint? = 1 (1 rows) --> - bigint? = 11 (1 rows) --> - bigint? = 1 (1 rows)
---> current_value bigint? = 1 | increment bigint? = 10 (1 rows)
+DROP SEQUENCE IF EXISTS Big --> - bigint? = 1 (1 rows) --> - bigint? = 11 (1 rows) --> - bigint? = 1 (1 rows) --> current_value bigint? = 1 | increment bigint? = 10 (1 rows)
 DROP SEQUENCE Big --> Msg 3701, Level 11, State 5, Line 1: Cannot drop the sequence 'Big', because it does not exist or you do not have permission.
 CREATE SEQUENCE Numbers --> Msg 2714, Level 16, State 6, Line 1: There is already an object named 'Numbers' in the database.
 CREATE SEQUENCE Bad AS int INCREMENT BY 0 --> Msg 11700, Level 16, State 1, Line 1: The increment for sequence object 'Bad' cannot be zero.
@@ -88,9 +82,7 @@ CREATE SEQUENCE stock.Orders AS decimal(9, 0) START WITH 999999998
 CREATE TABLE stock.Orders2 (no decimal(9, 0) CONSTRAINT DF_no DEFAULT (NEXT VALUE FOR stock.Orders), what varchar(9))
 INSERT stock.Orders2 (what) SELECT v.w FROM (VALUES ('a'), ('b')) v (w)
 SELECT * FROM stock.Orders2
-SELECT definition FROM sys.default_constraints WHERE name = 'DF_no'
---> (2 changed) --> no decimal(9,0)? | what varchar(9)? = 999999998 | a; 999999999 | b (2 rows)
---> definition nvarchar(max)? = (NEXT VALUE FOR stock.Orders) (1 rows)
+SELECT definition FROM sys.default_constraints WHERE name = 'DF_no' --> (2 changed) --> no decimal(9,0)? | what varchar(9)? = 999999998 | a; 999999999 | b (2 rows) --> definition nvarchar(max)? = (NEXT VALUE FOR stock.Orders) (1 rows)
 INSERT stock.Orders2 (what) VALUES ('c') --> Msg 11728, Level 16, State 1, Line 1: The sequence object 'Orders' has reached its minimum or maximum value. Restart the sequence object to allow new values to be generated. (3621)
 ALTER SEQUENCE stock.Orders CYCLE NO MINVALUE MINVALUE 1
 INSERT stock.Orders2 (what) VALUES ('c')
@@ -116,6 +108,4 @@ SELECT * FROM Later
 DECLARE c CURSOR FOR SELECT NEXT VALUE FOR Numbers FROM Later
 OPEN c FETCH c CLOSE c DEALLOCATE c
 SET FMTONLY ON SELECT NEXT VALUE FOR Numbers SET FMTONLY OFF
-SELECT current_value FROM sys.sequences WHERE name = 'Numbers'
---> a int? | n bigint = 1 | 6; 2 | 1 (2 rows) --> - int? = 2 (1 rows) --> - int? (0 rows)
---> current_value bigint? = 3 (1 rows)
+SELECT current_value FROM sys.sequences WHERE name = 'Numbers' --> a int? | n bigint = 1 | 6; 2 | 1 (2 rows) --> - int? = 2 (1 rows) --> - int? (0 rows) --> current_value bigint? = 3 (1 rows)

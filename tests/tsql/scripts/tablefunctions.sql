@@ -16,18 +16,14 @@ END -->
 SELECT * FROM dbo.cheap(3, DEFAULT) ORDER BY id
 SELECT c.id, c.name, c.word FROM cheap(3, N'few') c JOIN item i ON i.id = c.id AND i.name = N'PEN'
 SELECT name FROM dbo.cheap(0, N'') AS c
---> id int | name nvarchar(20)? | word nvarchar(9)? | twice int? = 1 | pen 10 | x | 2; 3 | Pad | none | 6 (2 rows)
---> id int = 1 | name nvarchar(20)? = pen 10 | word nvarchar(9)? = few (1 rows)
+--> id int | name nvarchar(20)? | word nvarchar(9)? | twice int? = 1 | pen 10 | x | 2; 3 | Pad | none | 6 (2 rows) --> id int = 1 | name nvarchar(20)? = pen 10 | word nvarchar(9)? = few (1 rows)
 --> name nvarchar(20)? = nothing (1 rows)
 DECLARE @p decimal(9, 2) = 2.5, @i int = 0
 SELECT i.id, c.id FROM item i LEFT JOIN dbo.cheap(@p, N'a') c ON c.id = i.id ORDER BY 1
 SELECT i.id, c.id FROM item i CROSS APPLY dbo.cheap(@p + 1, N'a') c WHERE c.id < i.id ORDER BY 1, 2
 WHILE @i < 3 BEGIN SET @i = @i + 1 INSERT made (id) SELECT COUNT(*) FROM dbo.cheap(@i, N'a') END
 SELECT id FROM made ORDER BY n
-DELETE made
---> id int | id int? = 1 | 1; 2 | NULL; 3 | 3 (3 rows)
---> id int | id int = 2 | 1; 3 | 1 (2 rows) (1 changed) (1 changed) (1 changed)
---> id int = 1; 1; 2 (3 rows) (3 changed)
+DELETE made --> id int | id int? = 1 | 1; 2 | NULL; 3 | 3 (3 rows) --> id int | id int = 2 | 1; 3 | 1 (2 rows) (1 changed) (1 changed) (1 changed) --> id int = 1; 1; 2 (3 rows) (3 changed)
 INSERT made (id, name) SELECT id, name FROM dbo.cheap(3, N'q') ORDER BY id
 SELECT SCOPE_IDENTITY() s, @@IDENTITY i, @@ROWCOUNT r
 INSERT made (id) SELECT c.id + 98 FROM dbo.cheap(3, N'q') c
@@ -48,15 +44,11 @@ SELECT id FROM fails(2)
 BEGIN TRY SELECT id FROM fails(1) END TRY BEGIN CATCH SELECT ERROR_NUMBER() n END CATCH --> id int = 2; 1 (2 rows) --> n int? = 2627 (1 rows)
 CREATE FUNCTION tree (@n int) RETURNS @r TABLE (n int) AS BEGIN INSERT @r VALUES (@n) IF @n > 0 INSERT @r SELECT n FROM dbo.tree(@n - 1) RETURN END -->
 SELECT * FROM tree(4)
-SELECT COUNT(*) c FROM tree(40)
---> n int? = 4; 3; 2; 1; 0 (5 rows)
---> Msg 217, Level 16, State 1, Line 2: Maximum stored procedure, function, trigger, or view nesting level exceeded (limit 32).
+SELECT COUNT(*) c FROM tree(40) --> n int? = 4; 3; 2; 1; 0 (5 rows) --> Msg 217, Level 16, State 1, Line 2: Maximum stored procedure, function, trigger, or view nesting level exceeded (limit 32).
 CREATE VIEW leaves AS SELECT t.n FROM tree(2) t -->
 CREATE FUNCTION above (@least int) RETURNS TABLE AS RETURN SELECT n FROM tree(@least + 2) WHERE n > @least -->
 SELECT l.n, a.n FROM leaves l JOIN above(1) a ON a.n > l.n ORDER BY 1, 2
-SELECT n FROM tree('x')
---> n int? | n int? = 0 | 2; 0 | 3; 1 | 2; 1 | 3; 2 | 3 (5 rows)
---> Msg 245, Level 16, State 1, Line 2: Conversion failed when converting the varchar value 'x' to data type int.
+SELECT n FROM tree('x') --> n int? | n int? = 0 | 2; 0 | 3; 1 | 2; 1 | 3; 2 | 3 (5 rows) --> Msg 245, Level 16, State 1, Line 2: Conversion failed when converting the varchar value 'x' to data type int.
 CREATE FUNCTION parts (@list nvarchar(99), @by nchar(1)) RETURNS @r TABLE (place int IDENTITY, part nvarchar(99)) AS BEGIN INSERT @r (part) SELECT value FROM STRING_SPLIT(@list, @by) RETURN END -->
 SELECT i.id, p.place, p.part FROM item i, dbo.parts('s1.x.''s2.', '.') p WHERE p.place = i.id ORDER BY 1 --> id int | place int* | part nvarchar(99)? = 1 | 1 | s1; 2 | 2 | x; 3 | 3 | 's2 (3 rows)
 SELECT n FROM dbo.tree((SELECT MAX(id) FROM item) - 1) t WHERE n > 0 ORDER BY n --> n int? = 1; 2 (2 rows)
@@ -64,16 +56,13 @@ SELECT n FROM dbo.tree((SELECT MAX(id) FROM item) - 1) t WHERE n > 0 ORDER BY n 
 SELECT name, type, type_desc FROM sys.objects WHERE type IN ('TF', 'IF') ORDER BY name
 SELECT p.name, parameter_id, TYPE_NAME(user_type_id) t FROM sys.parameters p WHERE object_id = OBJECT_ID('cheap', 'TF')
 SELECT ROUTINE_NAME, ROUTINE_TYPE FROM INFORMATION_SCHEMA.ROUTINES WHERE ROUTINE_NAME = 'tree'
---> name nvarchar(128)? | type char(2)? | type_desc nvarchar(60)? --> above | IF | SQL_INLINE_TABLE_VALUED_FUNCTION
---> cheap | TF | SQL_TABLE_VALUED_FUNCTION --> fails | TF | SQL_TABLE_VALUED_FUNCTION
---> parts | TF | SQL_TABLE_VALUED_FUNCTION --> tree | TF | SQL_TABLE_VALUED_FUNCTION (5 rows)
+--> name nvarchar(128)? | type char(2)? | type_desc nvarchar(60)? --> above | IF | SQL_INLINE_TABLE_VALUED_FUNCTION --> cheap | TF | SQL_TABLE_VALUED_FUNCTION
+--> fails | TF | SQL_TABLE_VALUED_FUNCTION --> parts | TF | SQL_TABLE_VALUED_FUNCTION --> tree | TF | SQL_TABLE_VALUED_FUNCTION (5 rows)
 --> name nvarchar(128)? | parameter_id int? | t nvarchar(128)? = @most | 1 | decimal; @word | 2 | nvarchar (2 rows)
 --> ROUTINE_NAME nvarchar(128)? = tree | ROUTINE_TYPE nvarchar(20)? = FUNCTION (1 rows)
 ALTER FUNCTION fails () RETURNS @r TABLE (a int, b int) AS BEGIN INSERT @r VALUES (1, 2) RETURN END -->
 SELECT * FROM fails()
-SELECT * FROM fails(1)
---> a int? = 1 | b int? = 2 (1 rows)
---> Msg 8144, Level 16, State 2, Line 2: Procedure or function dbo.fails has too many arguments specified.
+SELECT * FROM fails(1) --> a int? = 1 | b int? = 2 (1 rows) --> Msg 8144, Level 16, State 2, Line 2: Procedure or function dbo.fails has too many arguments specified.
 SELECT dbo.fails() --> Msg 4121, Level 16, State 1, Line 1: Cannot find either column "dbo" or the user-defined function or aggregate "dbo.fails", or the name is ambiguous.
 DROP PROCEDURE fails --> Msg 3705, Level 16, State 1, Line 1: Cannot use DROP PROCEDURE with 'fails' because 'fails' is a function. Use DROP FUNCTION.
 DROP FUNCTION fails

@@ -13,8 +13,7 @@ SELECT * FROM @t ORDER BY id
 SELECT x.code FROM @t AS x WHERE EXISTS (SELECT * FROM part p WHERE p.code = x.code)
 INSERT @t (code) VALUES ('Q')
 INSERT @t (code, at) VALUES ('r', NULL)
---> (2 changed) (1 changed) (1 changed) (1 changed) (1 changed)
---> id int* | code varchar(10)? | at int = 6 | d | 4; 7 | q | 3 (2 rows) --> code varchar(10)? = d (1 rows)
+--> (2 changed) (1 changed) (1 changed) (1 changed) (1 changed) --> id int* | code varchar(10)? | at int = 6 | d | 4; 7 | q | 3 (2 rows) --> code varchar(10)? = d (1 rows)
 --> Msg 2627, Level 14, State 1, Line 10: Violation of UNIQUE KEY constraint 'UQ__@t__1_3'. Cannot insert duplicate key in object 'dbo.@t'. The duplicate key value is (Q). (3621)
 --> Msg 515, Level 16, State 2, Line 11: Cannot insert the value NULL into column 'at', table '@t'; column does not allow nulls. INSERT fails. (3621)
 DECLARE @t TABLE (a int)
@@ -43,8 +42,7 @@ SELECT * FROM @t
 SELECT * FROM @late
 --> (1 changed) (1 changed) (1 changed) (2 changed) (1 changed) (1 changed)
 --> Msg 2627, Level 14, State 1, Line 14: Violation of UNIQUE KEY constraint 'UQ__@late__11_12'. Cannot insert duplicate key in object 'dbo.@late'. The duplicate key value is (5). (3621) (1 changed)
---> a int? = 8 (1 rows) (1 changed) --> a int? | b varchar(5)? = 1 | one; 2 | two; 8 | NULL (3 rows)
---> x int* | y int? = 1 | 4; 2 | 6; 3 | 9; 4 | 5 (4 rows)
+--> a int? = 8 (1 rows) (1 changed) --> a int? | b varchar(5)? = 1 | one; 2 | two; 8 | NULL (3 rows) --> x int* | y int? = 1 | 4; 2 | 6; 3 | 9; 4 | 5 (4 rows)
 SELECT COUNT(*) FROM part --> - int? = 4 (1 rows)
 SELECT * FROM @t --> Msg 1087, Level 15, State 2, Line 1: Must declare the table variable "@t".
 DECLARE @t int SELECT * FROM @t --> Msg 1087, Level 15, State 2, Line 1: Must declare the table variable "@t".
@@ -53,9 +51,7 @@ DECLARE @t TABLE (a int), @T int --> Msg 134, Level 15, State 1, Line 1: The var
 -- OUTPUT
 DECLARE @ids TABLE (id int, code varchar(10))
 INSERT part (code) OUTPUT inserted.id, inserted.n * 2 AS twice, inserted.code AS [c d] VALUES ('e'), ('f')
-INSERT part (code, n) OUTPUT inserted.* INTO @ids (id, code) SELECT 'g', 1
---> id int* | twice int? | c d varchar(10) = 6 | 14 | e; 7 | 14 | f (2 rows)
---> Msg 213, Level 16, State 1, Line 4: Column name or number of supplied values does not match table definition.
+INSERT part (code, n) OUTPUT inserted.* INTO @ids (id, code) SELECT 'g', 1 --> id int* | twice int? | c d varchar(10) = 6 | 14 | e; 7 | 14 | f (2 rows) --> Msg 213, Level 16, State 1, Line 4: Column name or number of supplied values does not match table definition.
 DECLARE @ids TABLE (id int, code varchar(10))
 INSERT part (code, n) OUTPUT inserted.id, inserted.code INTO @ids SELECT 'g', 1
 UPDATE part SET n = n + 100 OUTPUT inserted.id, inserted.n WHERE id > 5
@@ -64,16 +60,13 @@ DELETE TOP (1) FROM part OUTPUT deleted.code, deleted.n WHERE id > 4
 DELETE part OUTPUT deleted.id, deleted.code INTO @ids WHERE id > 4
 SELECT @@ROWCOUNT
 SELECT id - (SELECT MIN(id) FROM @ids) d, code FROM @ids ORDER BY id
---> (1 changed) --> id int* | n int? = 6 | 107; 7 | 107; 8 | 101 (3 rows) --> code varchar(10) = g (1 rows)
---> code varchar(10) = e | n int? = 107 (1 rows) (2 changed) --> - int? = 2 (1 rows)
+--> (1 changed) --> id int* | n int? = 6 | 107; 7 | 107; 8 | 101 (3 rows) --> code varchar(10) = g (1 rows) --> code varchar(10) = e | n int? = 107 (1 rows) (2 changed) --> - int? = 2 (1 rows)
 --> d int? | code varchar(10)? = 0 | f; 1 | g; 1 | g (3 rows)
 DECLARE @got int
 UPDATE part SET @got = n = n + 10 WHERE code = 'a'
 SELECT @got --> (1 changed) --> - int? = 11 (1 rows)
 BEGIN TRAN UPDATE part SET n = 1 OUTPUT deleted.n ROLLBACK --> n int? = 11; 2; 3; 4 (4 rows)
-BEGIN TRAN UPDATE part SET n = n + 1 OUTPUT inserted.id, inserted.n, deleted.* ROLLBACK
---> id int* | n int? | id int* | code varchar(10) | n int? | parent int? --> 1 | 12 | 1 | a | 11 | NULL
---> 2 | 3 | 2 | b | 2 | 1 --> 3 | 4 | 3 | c | 3 | 1 --> 4 | 5 | 4 | d | 4 | 3 (4 rows)
+BEGIN TRAN UPDATE part SET n = n + 1 OUTPUT inserted.id, inserted.n, deleted.* ROLLBACK --> id int* | n int? | id int* | code varchar(10) | n int? | parent int? = 1 | 12 | 1 | a | 11 | NULL; 2 | 3 | 2 | b | 2 | 1; 3 | 4 | 3 | c | 3 | 1; 4 | 5 | 4 | d | 4 | 3 (4 rows)
 UPDATE TOP (1) p SET n = n + 1 OUTPUT deleted.id, inserted.n, deleted.code old FROM part p WHERE p.id > 0 --> id int* = 1 | n int? = 12 | old varchar(10) = a (1 rows)
 UPDATE part SET n = n OUTPUT id --> Msg 209, Level 16, State 1, Line 1: Ambiguous column name 'id'.
 DECLARE @a int UPDATE part SET @a = n --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support UPDATE ... SET @variable = value without a column.

@@ -41,9 +41,7 @@ WITH q AS (SELECT DISTINCT RTRIM(d) d FROM narrow) SELECT q.d, w.id FROM q JOIN 
 DECLARE @t TABLE (a varchar(10))
 INSERT @t VALUES ('AB  '), ('é')
 SELECT n.id FROM narrow n JOIN @t t ON t.a = n.c
-SELECT n.id, s.value FROM narrow n LEFT JOIN STRING_SPLIT('ab   ,E,é', ',') s ON s.value = n.c ORDER BY 1
---> (2 changed) --> id int? = 1; 2; 3 (3 rows)
---> id int? | value varchar(9)? = 1 | ab   ; 2 | ab   ; 3 | é; 4 | NULL (4 rows)
+SELECT n.id, s.value FROM narrow n LEFT JOIN STRING_SPLIT('ab   ,E,é', ',') s ON s.value = n.c ORDER BY 1 --> (2 changed) --> id int? = 1; 2; 3 (3 rows) --> id int? | value varchar(9)? = 1 | ab   ; 2 | ab   ; 3 | é; 4 | NULL (4 rows)
 SELECT id FROM narrow WHERE LTRIM(d) IN (SELECT LTRIM(d) + ' ' FROM wide) AND c NOT IN (SELECT c + '' FROM wide WHERE id = 13) --> id int? = 1; 2 (2 rows)
 SELECT x, COUNT(*) n, (SELECT COUNT(DISTINCT LTRIM(d)) FROM wide) d FROM (SELECT LTRIM(d) x FROM wide) q GROUP BY x --> x varchar(20)? | n int? | d int? = ab    | 2 | 3; e | 1 | 3; é  | 1 | 3 (3 rows)
 SELECT COUNT(*) FROM (SELECT d + '' d FROM narrow UNION ALL SELECT d FROM wide EXCEPT SELECT 'AB') q --> - int? = 3 (1 rows)

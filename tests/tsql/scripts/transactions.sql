@@ -21,8 +21,7 @@ SAVE TRAN nothing
 --> Msg 6401, Level 16, State 1, Line 12: Cannot roll back inner_one. No transaction or savepoint of that name was found.
 --> Msg 2627, Level 14, State 1, Line 14: Violation of PRIMARY KEY constraint 'PK__t__1_2'. Cannot insert duplicate key in object 'dbo.t'. The duplicate key value is (1). (3621)
 --> Msg 2627, Level 14, State 1, Line 15: Violation of PRIMARY KEY constraint 'PK__t__1_2'. Cannot insert duplicate key in object 'dbo.t'. The duplicate key value is (5). (3621)
---> - int? = 1 | - int? = 2 (1 rows) --> - int? = 0 | - smallint? = 0 | - int? = 0 (1 rows)
---> Msg 628, Level 16, State 1, Line 19: Cannot issue SAVE TRANSACTION when there is no active transaction.
+--> - int? = 1 | - int? = 2 (1 rows) --> - int? = 0 | - smallint? = 0 | - int? = 0 (1 rows) --> Msg 628, Level 16, State 1, Line 19: Cannot issue SAVE TRANSACTION when there is no active transaction.
 -- an error that would end the batch makes the transaction uncommittable when caught
 BEGIN TRY
     BEGIN TRAN
@@ -38,10 +37,8 @@ BEGIN CATCH
     PRINT XACT_STATE()
 END CATCH
 SELECT COUNT(*) FROM t
---> (1 changed) --> - int? (0 rows) --> -1 Conversion failed when converting the varchar value 'x' to data type int.
---> - int? = 1 (1 rows) (0 changed) --> 3930
---> The current transaction cannot be committed and cannot support operations that write to the log file. Roll back the transaction.
---> 0 --> - int? = 0 (1 rows)
+--> (1 changed) --> - int? (0 rows) --> -1 Conversion failed when converting the varchar value 'x' to data type int. --> - int? = 1 (1 rows) (0 changed) --> 3930
+--> The current transaction cannot be committed and cannot support operations that write to the log file. Roll back the transaction. --> 0 --> - int? = 0 (1 rows)
 -- other errors keep it committable
 BEGIN TRY
     BEGIN TRAN
@@ -62,9 +59,7 @@ END TRY
 BEGIN CATCH
     PRINT XACT_STATE()
 END CATCH
-PRINT 'the batch ends'
---> (1 changed) (0 changed) --> -1 --> the batch ends
---> Msg 3998, Level 16, State 1, Line 1: Uncommittable transaction is detected at the end of the batch. The transaction is rolled back.
+PRINT 'the batch ends' --> (1 changed) (0 changed) --> -1 --> the batch ends --> Msg 3998, Level 16, State 1, Line 1: Uncommittable transaction is detected at the end of the batch. The transaction is rolled back.
 SELECT @@TRANCOUNT, COUNT(*) FROM t
 BEGIN TRAN
 INSERT t VALUES (2)
@@ -88,9 +83,7 @@ SELECT @@TRANCOUNT
 CREATE PROCEDURE misses AS BEGIN TRY SELECT * FROM nosuch END TRY BEGIN CATCH PRINT 'never' END CATCH -->
 BEGIN TRY EXEC misses END TRY BEGIN CATCH PRINT 'outside: ' + ERROR_MESSAGE() + ' in ' + ERROR_PROCEDURE() END CATCH
 BEGIN TRY SELECT * FROM nosuch END TRY BEGIN CATCH PRINT 'never' END CATCH
-PRINT 'not reached'
---> outside: Invalid object name 'nosuch'. in misses
---> Msg 208, Level 16, State 1, Line 2: Invalid object name 'nosuch'.
+PRINT 'not reached' --> outside: Invalid object name 'nosuch'. in misses --> Msg 208, Level 16, State 1, Line 2: Invalid object name 'nosuch'.
 BEGIN TRAN
 INSERT t VALUES (9)
 SELECT FROM t --> Msg 156, Level 15, State 1, Line 3: Incorrect syntax near the keyword 'FROM'.
@@ -110,9 +103,7 @@ ROLLBACK
 BEGIN TRAN
 SELECT @@TRANCOUNT
 ROLLBACK
-SET IMPLICIT_TRANSACTIONS OFF
---> - int = 1 | - int? = 0 (1 rows) --> - int? = 1 (1 rows) --> - int? = 1 (1 rows) --> - int? = 1 (1 rows) (1 changed)
---> - int? = 0 (1 rows) --> - int? = 2 (1 rows)
+SET IMPLICIT_TRANSACTIONS OFF --> - int = 1 | - int? = 0 (1 rows) --> - int? = 1 (1 rows) --> - int? = 1 (1 rows) --> - int? = 1 (1 rows) (1 changed) --> - int? = 0 (1 rows) --> - int? = 2 (1 rows)
 -- identity values are never reused, even after ROLLBACK
 CREATE TABLE ticket (id int IDENTITY(10,1), a int UNIQUE)
 BEGIN TRAN
@@ -138,8 +129,7 @@ SELECT id, a FROM ticket
 --> (2 changed) (1 changed)
 --> Msg 2627, Level 14, State 1, Line 7: Violation of UNIQUE KEY constraint 'UQ__ticket__6_7'. Cannot insert duplicate key in object 'dbo.ticket'. The duplicate key value is (3). (3621)
 --> Msg 2627, Level 14, State 1, Line 8: Violation of UNIQUE KEY constraint 'UQ__ticket__6_7'. Cannot insert duplicate key in object 'dbo.ticket'. The duplicate key value is (3). (3621) (1 changed) (1 changed)
---> id int* | a int? | now decimal(38,0)? = 12 | 3 | 17; 17 | 6 | 17 (2 rows) (1 changed)
---> id int* = 10 | a int? = 7 (1 rows) (1 changed) --> id int* | a int? = 12 | 3; 17 | 6; 18 | 8 (3 rows)
+--> id int* | a int? | now decimal(38,0)? = 12 | 3 | 17; 17 | 6 | 17 (2 rows) (1 changed) --> id int* = 10 | a int? = 7 (1 rows) (1 changed) --> id int* | a int? = 12 | 3; 17 | 6; 18 | 8 (3 rows)
 -- SET options of a procedure end with it, also after an error
 CREATE PROCEDURE sets_and_fails AS SET NOCOUNT ON SET XACT_ABORT ON SELECT 1/0 -->
 BEGIN TRY EXEC sets_and_fails END TRY BEGIN CATCH PRINT ERROR_LINE() END CATCH
@@ -147,10 +137,8 @@ EXEC ('SET XACT_ABORT ON')
 INSERT t VALUES (1)
 INSERT t VALUES (1)
 PRINT 'reached'
---> - int? --> 2
---> Msg 2627, Level 14, State 1, Line 3: Violation of PRIMARY KEY constraint 'PK__t__1_2'. Cannot insert duplicate key in object 'dbo.t'. The duplicate key value is (1). (3621)
---> Msg 2627, Level 14, State 1, Line 4: Violation of PRIMARY KEY constraint 'PK__t__1_2'. Cannot insert duplicate key in object 'dbo.t'. The duplicate key value is (1). (3621)
---> reached
+--> - int? --> 2 --> Msg 2627, Level 14, State 1, Line 3: Violation of PRIMARY KEY constraint 'PK__t__1_2'. Cannot insert duplicate key in object 'dbo.t'. The duplicate key value is (1). (3621)
+--> Msg 2627, Level 14, State 1, Line 4: Violation of PRIMARY KEY constraint 'PK__t__1_2'. Cannot insert duplicate key in object 'dbo.t'. The duplicate key value is (1). (3621) --> reached
 EXEC ('BEGIN TRAN')
 EXEC sp_executesql N'COMMIT'
 --> Msg 266, Level 16, State 2, Line 0: Transaction count after EXECUTE indicates a mismatching number of BEGIN and COMMIT statements. Previous count = 0, current count = 1.

@@ -20,10 +20,9 @@ DELETE item WHERE id = 2
 DELETE FROM item WHERE id = 99
 INSERT item SELECT name + name, price FROM item WHERE 1 = 0
 SELECT what FROM log ORDER BY id
---> (2 changed) --> n int? = 2 (1 rows) (0 changed) (1 changed) (0 changed) (0 changed) --> what varchar(200)?
---> rows 3, new 3, old 0, level 1, count 1, name, price --> rows 2, new 2, old 2, level 1, count 1, price
---> rows 0, new 0, old 0, level 1, count 1, name, price --> rows 1, new 0, old 1, level 1, count 1
---> rows 0, new 0, old 0, level 1, count 1 --> rows 0, new 0, old 0, level 1, count 1, name, price (6 rows)
+--> (2 changed) --> n int? = 2 (1 rows) (0 changed) (1 changed) (0 changed) (0 changed) --> what varchar(200)? --> rows 3, new 3, old 0, level 1, count 1, name, price
+--> rows 2, new 2, old 2, level 1, count 1, price --> rows 0, new 0, old 0, level 1, count 1, name, price --> rows 1, new 0, old 1, level 1, count 1 --> rows 0, new 0, old 0, level 1, count 1
+--> rows 0, new 0, old 0, level 1, count 1, name, price (6 rows)
 BEGIN TRANSACTION
 TRUNCATE TABLE log
 UPDATE item SET name = name
@@ -35,8 +34,7 @@ SELECT xtype, OBJECT_NAME(parent_obj) AS parent FROM sysobjects WHERE name = 'it
 SELECT LEFT(OBJECT_DEFINITION(OBJECT_ID('item_log', 'TR')), 30) AS t, OBJECTPROPERTY(OBJECT_ID('item_log'), 'IsTrigger') AS p
 SELECT COUNT(*) AS n FROM sys.sql_modules WHERE object_id = OBJECT_ID('item_log')
 --> name nvarchar(128)? = item_log | type char(2)? = TR | type_desc nvarchar(60)? = SQL_TRIGGER | is_disabled bit? = 0 | is_instead_of_trigger bit? = 0 | parent nvarchar(128)? = item (1 rows)
---> xtype char(2)? = TR | parent nvarchar(128)? = item (1 rows)
---> t nvarchar(30)? = CREATE TRIGGER item_log ON ite | p int? = 1 (1 rows) --> n int? = 1 (1 rows)
+--> xtype char(2)? = TR | parent nvarchar(128)? = item (1 rows) --> t nvarchar(30)? = CREATE TRIGGER item_log ON ite | p int? = 1 (1 rows) --> n int? = 1 (1 rows)
 -- The rows before and after the change.
 ALTER TRIGGER item_log ON dbo.item FOR UPDATE AS
 SET NOCOUNT ON
@@ -46,9 +44,7 @@ SELECT * FROM deleted WHERE id = 1 -->
 TRUNCATE TABLE log
 UPDATE item SET name = UPPER(name), price = price * 2
 DELETE item WHERE id = 3
-SELECT what FROM log ORDER BY id
---> id int* = 1 | name varchar(20) = a | price money? = 2.0000 (2 changed) (1 changed)
---> what varchar(200)? = a->A 2.00->4.00; c->C 4.00->8.00 (2 rows)
+SELECT what FROM log ORDER BY id --> id int* = 1 | name varchar(20) = a | price money? = 2.0000 (2 changed) (1 changed) --> what varchar(200)? = a->A 2.00->4.00; c->C 4.00->8.00 (2 rows)
 -- Not visible elsewhere: in procedures and dynamic SQL, outside of triggers.
 SELECT * FROM inserted --> Msg 208, Level 16, State 1, Line 2: Invalid object name 'inserted'.
 CREATE TRIGGER dynamic ON item FOR DELETE AS EXEC ('SELECT * FROM deleted') -->
@@ -74,8 +70,7 @@ END -->
 TRUNCATE TABLE log
 INSERT item VALUES ('bad', -1)
 PRINT 'not reached'
---> Msg 50000, Level 16, State 1, Line 5, Procedure item_guard: The price is negative.
---> gone int? = 0 | count int? = 0 (1 rows) (1 changed)
+--> Msg 50000, Level 16, State 1, Line 5, Procedure item_guard: The price is negative. --> gone int? = 0 | count int? = 0 (1 rows) (1 changed)
 --> Msg 3609, Level 16, State 1, Line 2: The transaction ended in the trigger. The batch has been aborted.
 SELECT name FROM item
 SELECT what FROM log
@@ -84,8 +79,7 @@ BEGIN TRAN
 INSERT item VALUES ('good', 1)
 INSERT item VALUES ('bad', -1)
 PRINT 'not reached'
---> (1 changed) --> Msg 50000, Level 16, State 1, Line 5, Procedure item_guard: The price is negative.
---> gone int? = 0 | count int? = 0 (1 rows) (1 changed)
+--> (1 changed) --> Msg 50000, Level 16, State 1, Line 5, Procedure item_guard: The price is negative. --> gone int? = 0 | count int? = 0 (1 rows) (1 changed)
 --> Msg 3609, Level 16, State 1, Line 3: The transaction ended in the trigger. The batch has been aborted.
 SELECT name FROM item
 SELECT @@TRANCOUNT AS count --> name varchar(20) = A (1 rows) --> count int? = 0 (1 rows)
@@ -95,9 +89,7 @@ END TRY
 BEGIN CATCH
     SELECT ERROR_NUMBER() AS n, ERROR_MESSAGE() AS m, ERROR_PROCEDURE() AS p, XACT_STATE() AS s, @@TRANCOUNT AS count
 END CATCH
-SELECT COUNT(*) AS n FROM item WHERE name = 'bad'
---> n int? = 50000 | m nvarchar(4000)? = The price is negative. | p nvarchar(128)? = item_guard | s smallint? = 0 | count int? = 0 (1 rows)
---> n int? = 0 (1 rows)
+SELECT COUNT(*) AS n FROM item WHERE name = 'bad' --> n int? = 50000 | m nvarchar(4000)? = The price is negative. | p nvarchar(128)? = item_guard | s smallint? = 0 | count int? = 0 (1 rows) --> n int? = 0 (1 rows)
 -- An error in a trigger rolls back the transaction.
 CREATE TRIGGER item_error ON item AFTER UPDATE AS
 PRINT 'before'
@@ -106,9 +98,7 @@ PRINT 'after' -->
 BEGIN TRAN
 INSERT item VALUES ('good', 1)
 UPDATE item SET price = 5
-PRINT 'not reached'
---> (1 changed) --> id int* = 1 | name varchar(20) = A | price money? = 4.0000 --> before
---> Msg 8134, Level 16, State 1, Line 4, Procedure item_error: Divide by zero error encountered.
+PRINT 'not reached' --> (1 changed) --> id int* = 1 | name varchar(20) = A | price money? = 4.0000 --> before --> Msg 8134, Level 16, State 1, Line 4, Procedure item_error: Divide by zero error encountered.
 SELECT @@TRANCOUNT AS count, (SELECT COUNT(*) FROM item WHERE name = 'good') AS n --> count int? = 0 | n int? = 0 (1 rows)
 BEGIN TRAN
 BEGIN TRY
@@ -117,9 +107,7 @@ END TRY
 BEGIN CATCH
     SELECT ERROR_NUMBER() AS n, ERROR_PROCEDURE() AS p, ERROR_LINE() AS l, XACT_STATE() AS s
     ROLLBACK
-END CATCH
---> id int* = 1 | name varchar(20) = A | price money? = 4.0000 --> before (0 changed)
---> n int? = 8134 | p nvarchar(128)? = item_error | l int? = 4 | s smallint? = -1 (1 rows)
+END CATCH --> id int* = 1 | name varchar(20) = A | price money? = 4.0000 --> before (0 changed) --> n int? = 8134 | p nvarchar(128)? = item_error | l int? = 4 | s smallint? = -1 (1 rows)
 ALTER TRIGGER item_error ON item AFTER UPDATE AS
 BEGIN TRY
     SELECT 1 / 0 AS n
@@ -142,10 +130,8 @@ INSERT item VALUES ('bad', -1)
 SELECT COUNT(*) AS n FROM log
 ALTER TABLE item ENABLE TRIGGER item_guard, item_log
 SELECT name, is_disabled FROM sys.triggers ORDER BY name
---> id int* = 1 | name varchar(20) = A | price money? = 4.0000 (1 changed)
---> what varchar(200)? = A->A 4.00->5.00 (1 rows)
---> name nvarchar(128)? | is_disabled bit? = asks | 0; item_error | 1; item_guard | 0; item_log | 0 (4 rows) (1 changed) (1 changed)
---> n int? = 1 (1 rows)
+--> id int* = 1 | name varchar(20) = A | price money? = 4.0000 (1 changed) --> what varchar(200)? = A->A 4.00->5.00 (1 rows)
+--> name nvarchar(128)? | is_disabled bit? = asks | 0; item_error | 1; item_guard | 0; item_log | 0 (4 rows) (1 changed) (1 changed) --> n int? = 1 (1 rows)
 --> name nvarchar(128)? | is_disabled bit? = asks | 1; item_error | 1; item_guard | 0; item_log | 0 (4 rows)
 ALTER TABLE item ENABLE TRIGGER missing --> Msg 4920, Level 16, State 0, Line 1: ALTER TABLE failed because trigger 'missing' on table 'item' does not exist.
 ENABLE TRIGGER missing ON item --> Msg 1088, Level 16, State 12, Line 1: Cannot find the object "missing" because it does not exist or you do not have permissions.
@@ -165,9 +151,7 @@ CREATE TRIGGER a_other ON a AFTER INSERT AS
 IF (SELECT MAX(x) FROM inserted) < 4 INSERT a SELECT x + 10 FROM inserted WHERE x < 4 -->
 DELETE a
 INSERT a VALUES (1)
-SELECT x FROM a ORDER BY x
---> (2 changed) (1 changed) (1 changed) (1 changed) (1 changed) (1 changed) (1 changed)
---> x int? = 1; 2; 11; 12; 12; 13 (6 rows)
+SELECT x FROM a ORDER BY x --> (2 changed) (1 changed) (1 changed) (1 changed) (1 changed) (1 changed) (1 changed) --> x int? = 1; 2; 11; 12; 12; 13 (6 rows)
 DROP TRIGGER a_own, a_other -->
 CREATE TRIGGER a_b ON a AFTER INSERT AS INSERT b SELECT x + 1 FROM inserted -->
 CREATE TRIGGER b_a ON b AFTER INSERT AS INSERT a SELECT x + 1 FROM inserted -->
@@ -195,9 +179,8 @@ INSERT other VALUES (1)
 DELETE parent WHERE id = 1
 UPDATE parent SET id = 5 WHERE id = 2
 DELETE parent WHERE id = 3
---> t varchar(5) = other | n int? = 1 --> t varchar(5) | old int? | new int? = child | 1 | NULL; child | 1 | NULL
---> t varchar(6) = parent | id int = 1 --> t varchar(5) = child | old int? = 2 | new int? = 5
---> parent of child updated --> t varchar(6) = parent | id int = 3
+--> t varchar(5) = other | n int? = 1 --> t varchar(5) | old int? | new int? = child | 1 | NULL; child | 1 | NULL --> t varchar(6) = parent | id int = 1
+--> t varchar(5) = child | old int? = 2 | new int? = 5 --> parent of child updated --> t varchar(6) = parent | id int = 3
 SET NOCOUNT OFF
 -- Rows that take over each other's keys, and rows of another database.
 CREATE TABLE pair (id int PRIMARY KEY, x int UNIQUE)
@@ -206,14 +189,10 @@ CREATE TRIGGER pair_u ON pair AFTER UPDATE AS
 SELECT d.id, d.x AS old, i.x AS new FROM deleted d JOIN inserted i ON i.id = d.id ORDER BY 1 -->
 INSERT pair VALUES (1, 10), (2, 20)
 UPDATE pair SET x = 30 - x
-UPDATE p SET x = p.x + q.id FROM pair p JOIN pair q ON q.id = p.id WHERE q.id = 1
---> (2 changed) --> id int | old int? | new int? = 1 | 10 | 20; 2 | 20 | 10 (2 rows) (2 changed)
---> id int = 1 | old int? = 20 | new int? = 21 (1 rows) (1 changed)
+UPDATE p SET x = p.x + q.id FROM pair p JOIN pair q ON q.id = p.id WHERE q.id = 1 --> (2 changed) --> id int | old int? | new int? = 1 | 10 | 20; 2 | 20 | 10 (2 rows) (2 changed) --> id int = 1 | old int? = 20 | new int? = 21 (1 rows) (1 changed)
 USE elsewhere
 UPDATE TOP (1) master..pair SET x += 5
-INSERT INTO master..pair EXEC ('SELECT 3, 30')
---> USE elsewhere --> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'elsewhere'.
---> id int = 2 | old int? = 10 | new int? = 15 (1 rows) (1 changed) (1 changed)
+INSERT INTO master..pair EXEC ('SELECT 3, 30') --> USE elsewhere --> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'elsewhere'. --> id int = 2 | old int? = 10 | new int? = 15 (1 rows) (1 changed) (1 changed)
 USE master
 -- OUTPUT and triggers.
 INSERT pair OUTPUT inserted.id VALUES (4, 40)
@@ -222,9 +201,7 @@ UPDATE pair SET x = 41 OUTPUT inserted.id WHERE id = 4
 --> Msg 334, Level 16, State 1, Line 4: The target table 'pair' of the DML statement cannot have any enabled triggers if the statement contains an OUTPUT clause without INTO clause.
 DECLARE @t table (old int, new int)
 UPDATE pair SET x = x + 100 OUTPUT deleted.x, inserted.x INTO @t WHERE id < 3
-SELECT * FROM @t ORDER BY 1
---> id int | old int? | new int? = 1 | 21 | 121; 2 | 15 | 115 (2 rows) (2 changed)
---> old int? | new int? = 15 | 115; 21 | 121 (2 rows)
+SELECT * FROM @t ORDER BY 1 --> id int | old int? | new int? = 1 | 21 | 121; 2 | 15 | 115 (2 rows) (2 changed) --> old int? | new int? = 15 | 115; 21 | 121 (2 rows)
 CREATE TABLE target (x int) -->
 CREATE TRIGGER target_i ON target FOR INSERT AS PRINT 'inserted' -->
 DELETE pair OUTPUT deleted.x INTO target WHERE id = 1 --> Msg 331, Level 16, State 1, Line 1: The target table 'target' of the OUTPUT INTO clause cannot have any enabled triggers.
@@ -246,11 +223,9 @@ SELECT @@ROWCOUNT AS n
 SELECT * FROM doc
 UPDATE doc SET title = 'x'
 UPDATE d SET title = d.title + '!' FROM doc d JOIN doc e ON e.id = d.id WHERE e.id > 1
---> (2 changed) (2 changed) (1 changed) (2 changed) --> n int? = 2 (1 rows)
---> id int* | title varchar(20) | gone bit = 1 | a | 0; 2 | b | 0; 3 | c | 0 (3 rows)
---> id int* | old varchar(20) | new varchar(20) = 1 | a | a; 3 | c | c (2 rows) (2 changed) (2 changed)
---> n int? = 2 (1 rows) --> id int* | title varchar(20) | gone bit = 1 | a | 0; 2 | b | 0; 3 | c | 0 (3 rows)
---> id int* | old varchar(20) | new varchar(20) = 1 | a | x; 2 | b | x; 3 | c | x (3 rows) (3 changed)
+--> (2 changed) (2 changed) (1 changed) (2 changed) --> n int? = 2 (1 rows) --> id int* | title varchar(20) | gone bit = 1 | a | 0; 2 | b | 0; 3 | c | 0 (3 rows)
+--> id int* | old varchar(20) | new varchar(20) = 1 | a | a; 3 | c | c (2 rows) (2 changed) (2 changed) --> n int? = 2 (1 rows)
+--> id int* | title varchar(20) | gone bit = 1 | a | 0; 2 | b | 0; 3 | c | 0 (3 rows) --> id int* | old varchar(20) | new varchar(20) = 1 | a | x; 2 | b | x; 3 | c | x (3 rows) (3 changed)
 --> id int* | old varchar(20) | new varchar(20) = 2 | b | b!; 3 | c | c! (2 rows) (2 changed)
 CREATE TRIGGER doc_d2 ON doc INSTEAD OF INSERT, DELETE AS PRINT 'second' --> Msg 2111, Level 16, State 1, Line 1, Procedure doc_d2: Cannot create trigger 'doc_d2' on table 'doc' because an INSTEAD OF DELETE trigger already exists on this object.
 INSERT doc DEFAULT VALUES
@@ -269,9 +244,7 @@ CREATE TRIGGER below_d ON below INSTEAD OF DELETE AS PRINT 'not reached' -->
 INSERT top1 VALUES (1)
 INSERT below VALUES (1)
 DELETE top1
-SELECT COUNT(*) AS n FROM top1
---> (1 changed) (1 changed)
---> Msg 50000, Level 16, State 1, Line 3: tsqlbox does not support a cascade to a table with INSTEAD OF triggers.
+SELECT COUNT(*) AS n FROM top1 --> (1 changed) (1 changed) --> Msg 50000, Level 16, State 1, Line 3: tsqlbox does not support a cascade to a table with INSTEAD OF triggers.
 -- Triggers of two databases with the same number.
 CREATE DATABASE twin1
 CREATE DATABASE twin2 -->
@@ -283,9 +256,7 @@ CREATE TABLE t (x int) --> USE twin2 --> Msg 5701, Level 0, State 1, Line 1: Cha
 CREATE TRIGGER second2 ON t FOR INSERT AS SELECT x, DB_NAME() AS db, OBJECT_NAME(@@PROCID) AS o FROM inserted -->
 INSERT twin1..t VALUES (1)
 SELECT (SELECT object_id FROM twin1.sys.triggers) - object_id AS difference FROM sys.triggers
-ALTER DATABASE twin2 SET RECURSIVE_TRIGGERS OFF
---> x int? = 2 | db nvarchar(128)? = twin2 | o nvarchar(128)? = second2 (1 rows) (1 changed) (1 changed)
---> difference int? = 0 (1 rows)
+ALTER DATABASE twin2 SET RECURSIVE_TRIGGERS OFF --> x int? = 2 | db nvarchar(128)? = twin2 | o nvarchar(128)? = second2 (1 rows) (1 changed) (1 changed) --> difference int? = 0 (1 rows)
 USE master --> USE master --> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'master'.
 CREATE VIEW titles AS SELECT title FROM doc -->
 CREATE TRIGGER titles_i ON titles INSTEAD OF INSERT AS PRINT 'view' --> Msg 50000, Level 16, State 1, Line 1, Procedure titles_i: tsqlbox does not support INSTEAD OF triggers on views.
@@ -316,8 +287,7 @@ INSERT tab VALUES (2)
 EXEC sp_helptext 's_t'
 DROP TRIGGER dbo.s_t
 --> trigger of s.tab (1 changed) --> trigger of s.tab (1 changed)
---> Text nvarchar(255)? = CREATE OR ALTER TRIGGER s_t ON s.tab WITH EXECUTE AS CALLER FOR INSERT NOT FOR REPLICATION AS PRINT 'trigger of s.tab'
--->  (1 rows)
+--> Text nvarchar(255)? = CREATE OR ALTER TRIGGER s_t ON s.tab WITH EXECUTE AS CALLER FOR INSERT NOT FOR REPLICATION AS PRINT 'trigger of s.tab' -->  (1 rows)
 -- Types, cursors, savepoints, settings.
 CREATE TABLE t (id int IDENTITY PRIMARY KEY, a decimal(38,4), b varbinary(20), c datetime, d float, e nvarchar(max), f bit, g money, h uniqueidentifier, i date, [odd "name] varchar(10))
 CREATE TABLE l (id int IDENTITY, m varchar(200)) -->
@@ -338,8 +308,7 @@ INSERT t (a, b, c, d, e, f, g, h, i, [odd "name]) VALUES (1234567890123456789012
 SELECT * FROM l
 --> a decimal(38,4)? | b varbinary(20)? | c datetime? | d float? | e nvarchar(max)? | f bit? | g money? | h uniqueidentifier? | i date? | odd "name varchar(10)?
 --> 12345678901234567890123456789.1234 | 0x01FF | 2020-01-02 03:04:05.123 | 1.5 | ä | 1 | 2.5000 | 6F9619FF-8B86-D011-B42D-00C04FC964FF | 2020-01-02 | x
---> NULL | NULL | NULL | NULL | NULL | NULL | NULL | NULL | NULL | NULL --> typed (2 changed)
---> id int* | m varchar(200)? = 1 | 1 x; 2 | 2  (2 rows)
+--> NULL | NULL | NULL | NULL | NULL | NULL | NULL | NULL | NULL | NULL --> typed (2 changed) --> id int* | m varchar(200)? = 1 | 1 x; 2 | 2  (2 rows)
 SET IDENTITY_INSERT t ON
 INSERT t (id, [odd "name]) VALUES (50, 'y')
 SET IDENTITY_INSERT t OFF
@@ -366,14 +335,11 @@ SELECT m FROM l --> (1 changed) (1 changed) (1 changed) (1 changed) --> m varcha
 CREATE PROCEDURE ins @n varchar(10) AS INSERT t ([odd "name]) VALUES (@n) PRINT 'after insert' -->
 EXEC ins 'no'
 PRINT 'not reached'
---> (1 changed) (1 changed) (1 changed) (1 changed) (0 changed)
---> Msg 50000, Level 16, State 1, Line 13, Procedure tr: no
+--> (1 changed) (1 changed) (1 changed) (1 changed) (0 changed) --> Msg 50000, Level 16, State 1, Line 13, Procedure tr: no
 --> Msg 3609, Level 16, State 1, Line 1, Procedure ins: The transaction ended in the trigger. The batch has been aborted.
 SELECT m FROM l --> m varchar(200)? = kept 1; after no (2 rows)
 BEGIN TRY EXEC ins 'no' END TRY BEGIN CATCH SELECT ERROR_NUMBER() n, ERROR_PROCEDURE() p, ERROR_LINE() l END CATCH
-SELECT @@TRANCOUNT c
---> (1 changed) (1 changed) (1 changed) (1 changed) (0 changed)
---> n int? = 50000 | p nvarchar(128)? = tr | l int? = 13 (1 rows) --> c int? = 0 (1 rows)
+SELECT @@TRANCOUNT c --> (1 changed) (1 changed) (1 changed) (1 changed) (0 changed) --> n int? = 50000 | p nvarchar(128)? = tr | l int? = 13 (1 rows) --> c int? = 0 (1 rows)
 BEGIN TRAN
 INSERT t ([odd "name]) SELECT 'ok'
 SELECT @@TRANCOUNT c, SCOPE_IDENTITY() i

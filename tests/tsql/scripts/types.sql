@@ -12,10 +12,8 @@ INSERT bill (total) VALUES (NULL)
 SELECT name, system_type_id, user_type_id - TYPE_ID('Amount') n, SCHEMA_NAME(schema_id) s, max_length, is_nullable, is_table_type FROM sys.types WHERE is_user_defined = 1
 SELECT y.name, c.name, TYPE_NAME(c.user_type_id) type FROM sys.table_types y JOIN sys.columns c ON c.object_id = y.type_table_object_id WHERE c.column_id = 2
 SELECT COLUMN_NAME, DATA_TYPE, IS_NULLABLE, DOMAIN_SCHEMA, DOMAIN_NAME FROM INFORMATION_SCHEMA.COLUMNS WHERE TABLE_NAME = 'bill' AND ORDINAL_POSITION = 3
---> name nvarchar(128)? | system_type_id tinyint? | n int? | s nvarchar(128)? | max_length smallint? | is_nullable bit? | is_table_type bit?
---> Amount | 106 | 0 | dbo | 9 | 0 | 0 --> Code | 167 | 1 | shop | 5 | 1 | 0
---> Lines | 243 | 2 | dbo | -1 | 0 | 1 (3 rows)
---> name nvarchar(128)? = Lines | name nvarchar(128)? = code | type nvarchar(128)? = Code (1 rows)
+--> name nvarchar(128)? | system_type_id tinyint? | n int? | s nvarchar(128)? | max_length smallint? | is_nullable bit? | is_table_type bit? --> Amount | 106 | 0 | dbo | 9 | 0 | 0
+--> Code | 167 | 1 | shop | 5 | 1 | 0 --> Lines | 243 | 2 | dbo | -1 | 0 | 1 (3 rows) --> name nvarchar(128)? = Lines | name nvarchar(128)? = code | type nvarchar(128)? = Code (1 rows)
 --> COLUMN_NAME nvarchar(128)? = code | DATA_TYPE nvarchar(128)? = varchar | IS_NULLABLE varchar(3)? = YES | DOMAIN_SCHEMA nvarchar(128)? = shop | DOMAIN_NAME nvarchar(128)? = Code (1 rows)
 CREATE PROCEDURE total @lines Lines READONLY, @least Amount = 0 AS
 BEGIN TRANSACTION
@@ -29,9 +27,8 @@ EXEC total @least = 1, @lines = @l
 EXEC total DEFAULT, 1
 EXEC sp_executesql N'EXEC total @x SELECT MAX(id) FROM @x', N'@x Lines READONLY', @l
 INSERT @l (code) VALUES ('a')
---> name nvarchar(128)? | system_type_id tinyint? | type nvarchar(128)? | is_readonly bit? --> @lines | 243 | Lines | 1
---> @least | 106 | Amount | 0 (2 rows) (2 changed) --> lines int? = 2 | total decimal(38,2)? = 2.00 (1 rows)
---> lines int? = 1 | total decimal(38,2)? = 2.00 (1 rows) --> lines int? = 0 | total decimal(38,2)? = NULL (1 rows)
+--> name nvarchar(128)? | system_type_id tinyint? | type nvarchar(128)? | is_readonly bit? = @lines | 243 | Lines | 1; @least | 106 | Amount | 0 (2 rows) (2 changed)
+--> lines int? = 2 | total decimal(38,2)? = 2.00 (1 rows) --> lines int? = 1 | total decimal(38,2)? = 2.00 (1 rows) --> lines int? = 0 | total decimal(38,2)? = NULL (1 rows)
 --> lines int? = 2 | total decimal(38,2)? = 2.00 (1 rows) --> - int? = 2 (1 rows)
 --> Msg 2627, Level 14, State 1, Line 8: Violation of UNIQUE KEY constraint 'UQ__@l__7_8'. Cannot insert duplicate key in object 'dbo.@l'. The duplicate key value is (a). (3621)
 DECLARE @t TABLE (id int)

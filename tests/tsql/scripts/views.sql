@@ -12,9 +12,7 @@ SELECT name, xtype FROM sysobjects WHERE xtype = 'V' ORDER BY name --> name nvar
 SELECT name, type_desc FROM sys.objects WHERE name = 'cheap' --> name nvarchar(128)? = cheap | type_desc nvarchar(60)? = VIEW (1 rows)
 SELECT c.name, c.system_type_id, c.is_nullable FROM sys.columns c JOIN sys.views v ON v.object_id = c.object_id WHERE v.name = 'cheap' --> name nvarchar(128)? | system_type_id tinyint? | is_nullable bit? = id | 56 | 0; name | 167 | 1; twice | 106 | 1 (3 rows)
 SELECT TABLE_NAME, TABLE_TYPE FROM INFORMATION_SCHEMA.TABLES ORDER BY 1 --> TABLE_NAME nvarchar(128)? | TABLE_TYPE varchar(10)? = cheap | VIEW; item | BASE TABLE; named | VIEW; nested | VIEW (4 rows)
-SELECT VIEW_DEFINITION FROM INFORMATION_SCHEMA.VIEWS WHERE TABLE_NAME = 'cheap'
---> VIEW_DEFINITION nvarchar(4000)? = CREATE VIEW cheap AS SELECT id, name, price * 2 AS twice FROM item WHERE price < 3;
--->  (1 rows)
+SELECT VIEW_DEFINITION FROM INFORMATION_SCHEMA.VIEWS WHERE TABLE_NAME = 'cheap' --> VIEW_DEFINITION nvarchar(4000)? = CREATE VIEW cheap AS SELECT id, name, price * 2 AS twice FROM item WHERE price < 3; -->  (1 rows)
 SELECT OBJECTPROPERTY(OBJECT_ID('cheap'), 'IsView') v --> v int? = 1 (1 rows)
 ALTER VIEW cheap AS SELECT name FROM item WHERE price < 2 -->
 SELECT * FROM cheap --> name varchar(20)? = pen (1 rows)
