@@ -72,8 +72,7 @@ Value runFormat(const SqlCall& call) {
         throw unsupported("FORMAT of " + std::string(baseName(type.id)));
     if (call.count() > 3 && !sameText(call.text(3), "en-US"))
         throw unsupported("FORMAT for the culture '" + std::string(call.text(3)) + "'");
-    const auto text = formatted(fromStorage(std::get<std::string_view>(call[0])), call.text(2));
-    return text ? Value(*text) : Value(Null{});
+    return orNull(formatted(call.dateTime(0), call.text(2)));
 }
 
 Value runIsDate(const SqlCall& call) {

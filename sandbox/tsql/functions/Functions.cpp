@@ -146,7 +146,7 @@ const std::vector<FunctionInfo> kWritten = {
 
 // Functions that SQL Server has and tsqlbox has not.
 constexpr std::string_view kMissingFunctions =
-    " approx_count_distinct applock_mode applock_test binary_checksum checksum checksum_agg "
+    "approx_count_distinct applock_mode applock_test binary_checksum checksum checksum_agg "
     "collationproperty columns_updated compress connectionproperty context_info current_request_id "
     "current_timezone current_transaction_id datetimeoffsetfromparts decompress decryptbypassphrase "
     "difference encryptbypassphrase eventdata file_id file_name filegroup_name fileproperty "
@@ -154,7 +154,7 @@ constexpr std::string_view kMissingFunctions =
     "json_query json_value objectpropertyex parse percentile_cont percentile_disc "
     "pwdcompare pwdencrypt rowcount_big session_context soundex sql_variant_property stats_date "
     "string_escape suser_id suser_sid switchoffset sysdatetimeoffset todatetimeoffset trigger_nestlevel "
-    "try_parse typeproperty user_id ";
+    "try_parse typeproperty user_id";
 
 // By their names, which are in lower case.
 const std::map<std::string_view, const FunctionInfo*>& allFunctions() {
@@ -176,19 +176,14 @@ SqlType textTypeFor(const SqlType& type) {
     return varcharType(type.id == TypeId::UniqueIdentifier ? 36 : 30);
 }
 
-SqlType dateTypeFor(const SqlType& type, TypeId ofText) {
-    if (isDateTime(type.id)) return type;
-    return simpleType(isText(type.id) ? ofText : TypeId::DateTime);
-}
-
 // Type to which an argument with this pattern letter is converted.
 SqlType wantedType(char letter, const SqlType& type) {
     if (letter == 'C' || letter == 'L' || letter == 'T') return textTypeFor(type);
     if (letter == 'I') return simpleType(TypeId::Int);
     if (letter == 'B') return simpleType(TypeId::BigInt);
     if (letter == 'F' || (letter == 'N' && !isNumber(type.id))) return simpleType(TypeId::Float);
-    if (letter == 'D') return dateTypeFor(type, TypeId::DateTime2);
-    return letter == 'E' ? dateTypeFor(type, TypeId::DateTime) : type;
+    if ((letter != 'D' && letter != 'E') || isDateTime(type.id)) return type;
+    return simpleType(letter == 'D' && isText(type.id) ? TypeId::DateTime2 : TypeId::DateTime);
 }
 
 Typed argument(const FunctionInfo& function, std::size_t i, char letter, const Typed& value) {
@@ -252,8 +247,7 @@ SqlType numberType(Pieces pieces) {
 const FunctionInfo& functionNamed(const std::string& name) {
     const auto found = allFunctions().find(lowerAscii(name));
     if (found != allFunctions().end()) return *found->second;
-    if (kMissingFunctions.find(" " + lowerAscii(name) + " ") != std::string_view::npos)
-        throw unsupported(toUpper(name));
+    if (hasWord(kMissingFunctions, lowerAscii(name))) throw unsupported(toUpper(name));
     throw SqlError(kUnknownSetOption, "'" + name + "' is not a recognized built-in function name.", 15, 10);
 }
 

@@ -148,8 +148,7 @@ const std::vector<ScalarFunction> kQueryFunctions = {
      }},
     {"ts_sequence_value", "",  // (its text, number of values given)
      [](const SqlCall& call) {
-         const auto value = Sequence::read(std::string(call.text(0))).value(call.integer(1));
-         return value ? Value(*value) : Value(Null{});
+         return orNull(Sequence::read(std::string(call.text(0))).value(call.integer(1)));
      }},
     {"ts_noted", "~0",  // (value); returns it, and notes a NULL that an aggregate skips
      [](const SqlCall& call) {

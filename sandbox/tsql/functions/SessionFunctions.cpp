@@ -44,11 +44,6 @@ Value propertyIn(std::string_view properties, std::string_view name) {
     return Null{};
 }
 
-template <typename T>
-Value orNull(const std::optional<T>& value) {
-    return value ? Value(*value) : Value(Null{});
-}
-
 // Returns the name of the database whose number is that argument, or of the current one without it.
 std::optional<std::string> databaseArgument(const SqlCall& call, std::size_t position) {
     if (call.count() <= position) return call.session().databaseOf({});
@@ -71,16 +66,11 @@ Value objectId(const SqlCall& call) {
 }
 
 // (id [, database number])
-std::optional<ObjectInfo> objectArgument(const SqlCall& call) {
-    const auto database = databaseArgument(call, 1);
-    if (!database) return std::nullopt;
-    return call.session().catalogue({*database, {}, {}}).findById(call.integer(0));
-}
-
 template <std::string ObjectInfo::*fact>
 Value ofObject(const SqlCall& call) {
-    const auto found = objectArgument(call);
-    return found ? Value((*found).*fact) : Null{};
+    const auto database = databaseArgument(call, 1);
+    if (!database) return Null{};
+    return orNull(call.session().catalogue({*database, {}, {}}).findById(call.integer(0)), fact);
 }
 
 Value objectProperty(const SqlCall& call) {
@@ -104,8 +94,8 @@ Value objectDefinition(const SqlCall& call) {
 }
 
 Value schemaNumber(const SqlCall& call) {
-    const auto found = call.session().catalogue({}).schemaNamed(call.count() ? call.text(0) : kDefaultSchema);
-    return found ? Value(found->id) : Value(Null{});
+    const auto name = call.count() ? call.text(0) : kDefaultSchema;
+    return orNull(call.session().catalogue({}).schemaNamed(name), &SchemaInfo::id);
 }
 
 Value schemaName(const SqlCall& call) {
@@ -144,8 +134,8 @@ Value columnProperty(const SqlCall& call) {
 Value typeName(const SqlCall& call) {
     for (const auto& [name, number] : systemTypes())
         if (number == call.integer(0)) return name;
-    const auto found = call.session().catalogue({}).findById(call.integer(0) - kBuiltInTypes, kUserTypes);
-    return found ? Value(found->name) : Value(Null{});
+    return orNull(call.session().catalogue({}).findById(call.integer(0) - kBuiltInTypes, kUserTypes),
+                  &ObjectInfo::name);
 }
 
 Value typeNumber(const SqlCall& call) {

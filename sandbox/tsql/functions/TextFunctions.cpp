@@ -79,9 +79,9 @@ Value runSubstring(const SqlCall& call) {
     const std::int64_t start = std::max<std::int64_t>(call.integer(1) - 1, 0);
     const std::int64_t end = std::max(call.integer(1) - 1 + call.integer(2), start);
     const auto first = static_cast<std::size_t>(start), count = static_cast<std::size_t>(end - start);
-    if (!call.isBlob(0)) return std::string(characters(call.text(0), first, count));
-    const Blob bytes = std::get<Blob>(call[0]);
-    return Bytes(bytes.substr(std::min(first, bytes.size()), count));
+    const auto* bytes = std::get_if<Blob>(&call[0]);
+    if (bytes) return Bytes(bytes->substr(std::min(first, bytes->size()), count));
+    return std::string(characters(call.text(0), first, count));
 }
 
 template <bool right>

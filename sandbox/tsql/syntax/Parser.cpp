@@ -22,10 +22,6 @@ std::shared_ptr<const Batch> parseBatch(std::string_view text, bool quotedIdenti
     return batch;
 }
 
-bool hasWord(std::string_view words, const std::string& word) {
-    return (" " + std::string(words) + " ").find(" " + word + " ") != std::string::npos;
-}
-
 ExprPtr parseExpression(std::string_view text) {
     return Parser(text, /*quotedIdentifiers=*/true).expression();
 }

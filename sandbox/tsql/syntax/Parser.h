@@ -27,9 +27,6 @@ Constraint parseConstraint(std::string_view text);  // ObjectInfo::source
 ObjectName parseObjectName(std::string_view text);
 SqlType parseType(std::string_view text);
 
-// words: separated by blanks. An empty word is none of them.
-bool hasWord(std::string_view words, const std::string& word);
-
 class Parser {
   public:
     Parser(std::string_view text, bool quotedIdentifiers, FindType findType = {});
@@ -42,9 +39,12 @@ class Parser {
     const Token& takeToken();
     bool at(std::string_view phrase, std::size_t ahead = 0) const { return match(phrase, ahead) > 0; }
     bool accept(std::string_view phrase);
-    bool acceptAny(std::initializer_list<std::string_view> phrases) {
-        return std::ranges::any_of(phrases, [this](auto each) { return accept(each); });
+    // Consumes and returns the first phrase that matches; empty if none does.
+    std::string_view acceptFirst(std::initializer_list<std::string_view> phrases) {
+        const auto* found = std::ranges::find_if(phrases, [this](auto each) { return accept(each); });
+        return found == phrases.end() ? std::string_view() : *found;
     }
+    bool acceptAny(std::initializer_list<std::string_view> phrases) { return !acceptFirst(phrases).empty(); }
     void expect(std::string_view phrase) {
         if (!accept(phrase)) throwSyntaxError();
     }
@@ -53,20 +53,17 @@ class Parser {
         bool* const* flag = acceptOneOf(flags);
         return flag && (**flag = true);
     }
-    void expectAny(std::initializer_list<std::string_view> phrases) {
-        if (!acceptAny(phrases)) throwSyntaxError();
+    std::string_view expectAny(std::initializer_list<std::string_view> phrases) {
+        const std::string_view phrase = acceptFirst(phrases);
+        if (phrase.empty()) throwSyntaxError();
+        return phrase;
     }
+    bool acceptDescending() { return acceptFirst({"DESC", "ASC"}) == "DESC"; }
     // Consumes the first phrase of `table` that matches. Returns its value, or null if none matches.
     template <typename Table>
     auto acceptOneOf(const Table& table) -> decltype(&std::begin(table)->second) {
         const auto found = std::ranges::find_if(table, [this](const auto& row) { return accept(row.first); });
         return found == std::end(table) ? nullptr : &found->second;
-    }
-    template <typename Table>
-    auto expectOneOf(const Table& table) {
-        const auto* value = acceptOneOf(table);
-        if (!value) throwSyntaxError();
-        return *value;
     }
     std::int64_t expectInteger();
     bool isString(const Token& token) const;

@@ -109,7 +109,9 @@ MergeClause mergeClause(Parser& in, const std::vector<MergeClause>& before) {
                                                                 {"NOT MATCHED", MergeRows::New}};
     constexpr const char* kWords[] = {"WHEN MATCHED", "WHEN NOT MATCHED", "WHEN NOT MATCHED BY SOURCE"};
     const int line = in.peek().line;
-    MergeClause clause{in.expectOneOf(kRows), in.accept("AND") ? in.condition() : nullptr, {}};
+    const MergeRows* const rows = in.acceptOneOf(kRows);
+    if (!rows) in.throwSyntaxError();
+    MergeClause clause{*rows, in.accept("AND") ? in.condition() : nullptr, {}};
     in.expect("THEN");
     if (clause.rows == MergeRows::New) {
         in.expect("INSERT");
@@ -174,9 +176,7 @@ const NamedTable* findTarget(const TableRef& table, std::string_view name) {
 std::vector<std::pair<std::string, bool>> indexColumns(Parser& in) {
     return in.inList([&] {
         std::string name = in.expectName();
-        const bool descending = in.accept("DESC");
-        if (!descending) in.accept("ASC");
-        return std::pair(std::move(name), descending);
+        return std::pair(std::move(name), in.acceptDescending());
     });
 }
 
@@ -211,13 +211,10 @@ void references(Parser& in, Constraint& constraint) {
     if (!constraint.references.database.empty()) in.throwUnsupported("a foreign key to another database");
     if (in.at("(")) constraint.referencedColumns = in.columnNames();
     while (in.accept("ON")) {
-        const bool onDelete = in.accept("DELETE");
-        if (!onDelete) in.expect("UPDATE");
+        const bool onDelete = in.expectAny({"DELETE", "UPDATE"}) == "DELETE";
         in.throwIfAt("SET DEFAULT", "a foreign key with SET DEFAULT");
-        constexpr std::string_view kActions[] = {kNoAction, "CASCADE", "SET NULL"};
-        const auto* action = std::ranges::find_if(kActions, [&](auto each) { return in.accept(each); });
-        if (action == std::end(kActions)) in.throwSyntaxError();
-        (onDelete ? constraint.onDelete : constraint.onUpdate) = *action;
+        (onDelete ? constraint.onDelete : constraint.onUpdate) =
+            in.expectAny({kNoAction, "CASCADE", "SET NULL"});
     }
 }
 
@@ -384,15 +381,12 @@ ObjectName tableOfTrigger(Parser& in) {
 
 Statement::Node alterTable(Parser& in) {
     AlterTable node{{in.objectName(), {}, {}}, {}, {}, {}};
-    for (const bool enables : {true, false})
-        if (in.accept(enables ? "ENABLE TRIGGER" : "DISABLE TRIGGER"))
-            return SwitchTriggers{enables, triggerNames(in), std::move(node.added.table), true};
-    constexpr std::pair<std::string_view, bool> kRows[] = {{"WITH CHECK", true}, {"WITH NOCHECK", false}};
-    constexpr std::pair<std::string_view, bool> kStates[] = {{"CHECK CONSTRAINT", true},
-                                                             {"NOCHECK CONSTRAINT", false}};
-    if (const bool* checks = in.acceptOneOf(kRows)) node.checksRows = *checks;
-    if (const bool* enables = in.acceptOneOf(kStates)) {
-        node.enables = *enables;
+    if (const auto verb = in.acceptFirst({"ENABLE TRIGGER", "DISABLE TRIGGER"}); !verb.empty())
+        return SwitchTriggers{verb == "ENABLE TRIGGER", triggerNames(in), std::move(node.added.table), true};
+    if (const auto with = in.acceptFirst({"WITH CHECK", "WITH NOCHECK"}); !with.empty())
+        node.checksRows = with == "WITH CHECK";
+    if (const auto verb = in.acceptFirst({"CHECK CONSTRAINT", "NOCHECK CONSTRAINT"}); !verb.empty()) {
+        node.enables = verb == "CHECK CONSTRAINT";
         if (!in.accept("ALL")) node.switched = in.list([&] { return in.expectName(); });
     } else if (in.accept("ADD")) {
         in.throwIfAt("INDEX", "ALTER TABLE ... ADD INDEX");
@@ -461,13 +455,8 @@ void moduleBody(Parser& in, CreateModule& module) {
 void triggerEvents(Parser& in, CreateModule& trigger) {
     trigger.table = tableOfTrigger(in);
     moduleOptions(in);
-    trigger.insteadOf = in.accept("INSTEAD OF");
-    if (!trigger.insteadOf && !in.acceptAny({"FOR", "AFTER"})) in.throwSyntaxError();
-    trigger.events = in.list([&] {
-        std::string event = toUpper(in.near());
-        if (!in.acceptAny({"INSERT", "UPDATE", "DELETE"})) in.throwSyntaxError();
-        return event;
-    });
+    trigger.insteadOf = in.expectAny({"INSTEAD OF", "FOR", "AFTER"}) == "INSTEAD OF";
+    trigger.events = in.list([&] { return std::string(in.expectAny({"INSERT", "UPDATE", "DELETE"})); });
     in.accept("NOT FOR REPLICATION");
 }
 
@@ -548,19 +537,17 @@ Statement::Node transferObject(Parser& in) {
 }
 
 Statement::Node defineSequence(Parser& in, bool alter) {
-    constexpr std::pair<std::string_view, bool> kOptions[] = {
-        // name, has a value
-        {"START WITH", true}, {"RESTART WITH", true}, {"INCREMENT BY", true}, {"MINVALUE", true},
-        {"MAXVALUE", true},   {"NO MINVALUE", false}, {"NO MAXVALUE", false}, {"NO CYCLE", false},
-        {"NO CACHE", false},  {"CYCLE", false},       {"RESTART", false},     {"CACHE", false}};
     DefineSequence node{in.objectName(), alter, simpleType(TypeId::BigInt)};
     if (!alter && in.accept("AS")) node.type = in.type(TypeUse::Declaration);
-    const auto accepted = [&](const auto& each) { return in.accept(each.first); };
     for (;;) {
-        const auto* option = std::ranges::find_if(kOptions, accepted);
-        if (option == std::end(kOptions)) return node;
-        auto& value = node.options[option->first];
-        if (option->second || in.peek().kind == TokenKind::Number) value = in.expectInteger();
+        const auto valued =
+            in.acceptFirst({"START WITH", "RESTART WITH", "INCREMENT BY", "MINVALUE", "MAXVALUE"});
+        const auto option = !valued.empty() ? valued
+                                            : in.acceptFirst({"NO MINVALUE", "NO MAXVALUE", "NO CYCLE",
+                                                              "NO CACHE", "CYCLE", "RESTART", "CACHE"});
+        if (option.empty()) return node;
+        auto& value = node.options[option];
+        if (!valued.empty() || in.peek().kind == TokenKind::Number) value = in.expectInteger();
     }
 }
 
@@ -653,9 +640,7 @@ Statement::Node parseDrop(Parser& in) {
 }
 
 Statement::Node parseTriggerSwitch(Parser& in, bool enables) {
-    SwitchTriggers node{enables, triggerNames(in), {}};
-    node.table = tableOfTrigger(in);
-    return node;
+    return SwitchTriggers{enables, triggerNames(in), tableOfTrigger(in)};
 }
 
 std::optional<Constraint> Parser::acceptConstraint(bool ofTable) {

@@ -89,11 +89,10 @@ GroupingSets groupBy(Parser& in, std::vector<ExprPtr>& keys) {
         sets = std::move(product);
         return true;
     });
-    if (in.at("WITH ROLLUP") || in.at("WITH CUBE")) {
+    if (const auto with = in.acceptFirst({"WITH ROLLUP", "WITH CUBE"}); !with.empty()) {
         GroupingSets units(keys.size());
         for (std::size_t i = 0; i < keys.size(); ++i) units[i] = {i};
-        in.takeToken();
-        sets = combined(in, units, sameWord(in.takeToken().raw, "CUBE"));
+        sets = combined(in, units, with == "WITH CUBE");
     }
     return sets;
 }
@@ -104,8 +103,7 @@ QueryPtr selects(Parser& in) {
     in.expect("SELECT");
     auto* const into = std::exchange(in.m_into, nullptr);
     Select select;
-    select.distinct = in.accept("DISTINCT");
-    if (!select.distinct) in.accept("ALL");
+    select.distinct = in.acceptFirst({"DISTINCT", "ALL"}) == "DISTINCT";
     select.top = in.top(&select);
     select.items = in.list([&] { return in.selectItem(); });
     if (into && in.accept("INTO"))
@@ -244,8 +242,7 @@ Select pivot(TableRefPtr table, const ObjectName& aggregate, const std::string& 
         const ExprPtr text = makeExpr(line, Literal{textLiteral(name, true)});
         part.branches.emplace_back(makeExpr(line, Compare{CompareOp::Equal, column(key), text}),
                                    column(value));
-        Call call{aggregate, {}};
-        call.arguments.push_back(makeExpr(line, std::move(part)));
+        Call call{aggregate, {makeExpr(line, std::move(part))}};
         select.items.push_back({makeExpr(line, std::move(call)), {}, name, {}});
     }
     return select;
@@ -451,11 +448,7 @@ std::vector<TableRefPtr> Parser::from() {
 std::vector<OrderItem> Parser::orderBy() {
     expect("ORDER");
     expect("BY");
-    return list([this] {
-        OrderItem item{expression(), accept("DESC")};
-        if (!item.descending) accept("ASC");
-        return item;
-    });
+    return list([this] { return OrderItem{expression(), acceptDescending()}; });
 }
 
 // Of the query hints, only MAXRECURSION changes a result.

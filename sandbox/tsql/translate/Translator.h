@@ -144,6 +144,7 @@ class Translator {
         int aggregateDepth = 0;
         bool windows = false;  // window functions are allowed
         int outerSources = 0;  // number of aliases given before its own
+        bool isNullKey(const std::string& sql) const { return aggregateDepth == 0 && nullKeys.contains(sql); }
     };
     struct NamedQuery {
         const CommonTable* table;

@@ -23,12 +23,9 @@ Typed Translator::value(const Expr& expr) {
         },
         expr.node);
     // A whole GROUP BY expression is allowed anywhere, including its columns.
-    if (m_scope && m_scope->groupKeys.contains(result.sql)) m_scope->loose.resize(loose);
-    if (m_scope && m_scope->aggregateDepth == 0 && m_scope->nullKeys.contains(result.sql)) {
-        m_scope->loose.resize(loose);
-        return {"NULL", result.type};
-    }
-    return result;
+    const bool isNull = m_scope && m_scope->isNullKey(result.sql);
+    if (isNull || (m_scope && m_scope->groupKeys.contains(result.sql))) m_scope->loose.resize(loose);
+    return isNull ? Typed{"NULL", result.type} : result;
 }
 
 std::string Translator::condition(const Expr& expr) {
@@ -92,7 +89,7 @@ Typed Translator::node(const ColumnRef& column) {
         const SourceColumn* found = findColumn(column, *scope, source);
         if (!found && source) throw sqlError(kInvalidColumnName, {column.path.back()});  // its table is known
         if (!found) continue;
-        if (scope->aggregateDepth == 0 && scope->nullKeys.contains(found->sql)) return {"NULL", found->type};
+        if (scope->isNullKey(found->sql)) return {"NULL", found->type};
         if (scope->aggregateDepth == 0 && !scope->groupKeys.contains(found->sql))
             scope->loose.push_back(source->shown(found->name));
         Typed typed{found->sql, found->type};
@@ -228,8 +225,7 @@ std::string Translator::sortKeys(const std::vector<OrderItem>& items) {
 
 Typed Translator::userCall(const Call& call) {
     const auto function = m_names.module(call.name, kFunction);
-    constexpr std::string_view kXmlMethods[] = {"exist", "modify", "nodes", "query", "value"};
-    if (!function && std::ranges::find(kXmlMethods, call.name.name) != std::end(kXmlMethods))
+    if (!function && hasWord("exist modify nodes query value", call.name.name))
         throw unsupported("methods of xml");
     if (!function) throw sqlError(kFunctionNotFound, {call.name.schema, call.name.schema, call.name.name});
     std::string sql = "ts_call(" + quotedText(function->database) + ", " +

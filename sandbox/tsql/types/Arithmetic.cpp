@@ -20,17 +20,15 @@ Value floatResult(BinaryOp op, double left, double right, const SqlType& type) {
 // datetime plus or minus a number: the number counts days; a datetime counts as its days since 1900.
 Value dateResult(BinaryOp op, const CellView& left, const SqlType& leftType, const CellView& right,
                  const SqlType& rightType, const SqlType& type) {
+    constexpr Int128 kDay = DateTime::kTicksPerDay;
     const auto ticks = [&](const CellView& value, const SqlType& from) {
-        const Value stored = convertValue(value, from, type);
-        const DateTime at = fromStorage(std::get<std::string>(stored));
-        return (at.days - DateTime::kDay1900) * static_cast<Int128>(DateTime::kTicksPerDay) + at.ticks;
+        const DateTime at = fromStorage(std::get<std::string>(convertValue(value, from, type)));
+        return (at.days - DateTime::kDay1900) * kDay + at.ticks;
     };
-    const Int128 sum = op == BinaryOp::Add ? ticks(left, leftType) + ticks(right, rightType)
-                                           : ticks(left, leftType) - ticks(right, rightType);
-    const Int128 total = sum + DateTime::kDay1900 * static_cast<Int128>(DateTime::kTicksPerDay);
+    const Int128 first = ticks(left, leftType), second = ticks(right, rightType);
+    const Int128 total = DateTime::kDay1900 * kDay + first + (op == BinaryOp::Add ? second : -second);
     if (total < 0) throwOverflow(type);
-    return toStorage({static_cast<std::int64_t>(total / DateTime::kTicksPerDay),
-                      static_cast<std::int64_t>(total % DateTime::kTicksPerDay)},
+    return toStorage({static_cast<std::int64_t>(total / kDay), static_cast<std::int64_t>(total % kDay)},
                      type);
 }
 

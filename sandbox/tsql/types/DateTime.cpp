@@ -142,7 +142,7 @@ std::int64_t monthOf(std::int64_t day) {
 }
 
 struct PartFacts {
-    std::string_view names;                             // each surrounded by blanks
+    std::string_view names;                             // the first one is shown
     std::int64_t months = 0;                            // length in months; 0 for other parts
     std::int64_t nanoseconds = 0;                       // length of the other parts
     std::int64_t cycle = 0;                             // clock parts: how many make the next larger part
@@ -151,23 +151,22 @@ struct PartFacts {
 constexpr std::int64_t kNanosADay = DateTime::kTicksPerDay * 100;
 // In the order of DatePart.
 constexpr PartFacts kParts[] = {
-    {" year yy yyyy ", 12, 0, 0, [](auto day) { return std::int64_t{int{civilFromDays(day).year()}}; }},
-    {" quarter qq q ", 3, 0, 0, [](auto day) { return (monthOf(day) + 2) / 3; }},
-    {" month mm m ", 1, 0, 0, monthOf},
-    {" dayofyear dy y ", 0, kNanosADay, 0, dayOfYear},
-    {" day dd d ", 0, kNanosADay, 0,
-     [](auto day) { return std::int64_t{unsigned{civilFromDays(day).day()}}; }},
-    {" week wk ww ", 0, 7 * kNanosADay, 0,
+    {"year yy yyyy", 12, 0, 0, [](auto day) { return std::int64_t{int{civilFromDays(day).year()}}; }},
+    {"quarter qq q", 3, 0, 0, [](auto day) { return (monthOf(day) + 2) / 3; }},
+    {"month mm m", 1, 0, 0, monthOf},
+    {"dayofyear dy y", 0, kNanosADay, 0, dayOfYear},
+    {"day dd d", 0, kNanosADay, 0, [](auto day) { return std::int64_t{unsigned{civilFromDays(day).day()}}; }},
+    {"week wk ww", 0, 7 * kNanosADay, 0,
      [](auto day) { return sundayWeeks(day) - sundayWeeks(day - dayOfYear(day) + 1) + 1; }},
-    {" iso_week isowk isoww ", 0, kNanosADay, 0,  // an ISO week belongs to the year of its Thursday
+    {"iso_week isowk isoww", 0, kNanosADay, 0,  // an ISO week belongs to the year of its Thursday
      [](auto day) { return (dayOfYear(day - day % 7 + 3) - 1) / 7 + 1; }},
-    {" weekday dw w ", 0, kNanosADay, 0, [](auto day) { return (day + 1) % 7 + 1; }},
-    {" hour hh ", 0, kHour * 100, 24},
-    {" minute mi n ", 0, kMinute * 100, 60},
-    {" second ss s ", 0, kSecond * 100, 60},
-    {" millisecond ms ", 0, 1'000'000, 1'000},
-    {" microsecond mcs ", 0, 1'000, 1'000'000},
-    {" nanosecond ns ", 0, 1, 1'000'000'000},
+    {"weekday dw w", 0, kNanosADay, 0, [](auto day) { return (day + 1) % 7 + 1; }},
+    {"hour hh", 0, kHour * 100, 24},
+    {"minute mi n", 0, kMinute * 100, 60},
+    {"second ss s", 0, kSecond * 100, 60},
+    {"millisecond ms", 0, 1'000'000, 1'000},
+    {"microsecond mcs", 0, 1'000, 1'000'000},
+    {"nanosecond ns", 0, 1, 1'000'000'000},
 };
 
 const PartFacts& factsOf(DatePart part) {
@@ -267,15 +266,15 @@ std::optional<std::string> formatted(const DateTime& value, std::string_view pat
 }
 
 std::optional<DatePart> findDatePart(std::string_view name) {
-    const std::string wanted = ' ' + lowerAscii(name) + ' ';
-    const auto found = std::ranges::find_if(
-        kParts, [&](const PartFacts& facts) { return facts.names.find(wanted) != std::string_view::npos; });
+    const std::string wanted = lowerAscii(name);
+    const auto found =
+        std::ranges::find_if(kParts, [&](auto& facts) { return hasWord(facts.names, wanted); });
     if (found == std::end(kParts)) return std::nullopt;
     return static_cast<DatePart>(found - std::begin(kParts));
 }
 
 std::string_view nameOf(DatePart part) {
-    const std::string_view names = factsOf(part).names.substr(1);
+    const std::string_view names = factsOf(part).names;
     return names.substr(0, names.find(' '));
 }
 

@@ -48,8 +48,7 @@ Int128 rescaled(Int128 value, int fromScale, int toScale, Rounding rounding) {
     if (dropped > kMostDigits) return 0;
     if (dropped >= 0) return divided(value, powerOfTen<Int128>(dropped), rounding);
     const Int128 power = powerOfTen<Int128>(std::min(-dropped, kMostDigits));
-    if (value >= kTooLarge / power) return kTooLarge;
-    return value <= -kTooLarge / power ? -kTooLarge : value * power;
+    return std::clamp(value, -kTooLarge / power, kTooLarge / power) * power;
 }
 
 // Rounds the exact value of the binary number.

@@ -103,9 +103,7 @@ SqlType concatenation(const SqlType& left, const SqlType& right) {
 SqlType reduced(int precision, int scale) {
     constexpr int kKeptScale = 6;
     const int room = kMaxDecimal - (precision - scale);
-    return decimalType(
-        std::min(precision, kMaxDecimal),
-        precision <= kMaxDecimal ? scale : std::max(std::min(scale, room), std::min(scale, kKeptScale)));
+    return decimalType(std::min(precision, kMaxDecimal), std::min(scale, std::max(room, kKeptScale)));
 }
 
 SqlType decimalResult(BinaryOp op, const SqlType& left, const SqlType& right) {
@@ -134,8 +132,7 @@ constexpr std::array<std::string_view, 8> kOperatorNames = {"add",    "subtract"
 
 SqlType makeType(std::string_view name, std::span<const int> arguments, TypeUse use) {
     const auto found = findType(name);
-    constexpr std::string_view kMissing = " datetimeoffset geography geometry hierarchyid sql_variant ";
-    if (!found && kMissing.find(" " + lowerAscii(name) + " ") != kMissing.npos)
+    if (!found && hasWord("datetimeoffset geography geometry hierarchyid sql_variant", lowerAscii(name)))
         throw unsupported(lowerAscii(name) + " as a type");
     if (!found) throw sqlError(use == TypeUse::Cast ? kNotASystemType : kUnknownType, {name});
     const TypeId id = *found;
@@ -256,12 +253,11 @@ SqlType operatorType(BinaryOp op, const SqlType& left, const SqlType& right) {
     const auto isDays = [](TypeId id) { return isClassicDate(id) || isNumber(id) || isText(id); };
     const bool isSum = op == BinaryOp::Add || op == BinaryOp::Subtract;
     if (isClassicDate(high.id) && isSum && isDays(left.id) && isDays(right.id)) return high;
-    if (!isNumber(high.id) || high.id == TypeId::Bit || isDateTime(left.id) || isDateTime(right.id)) {
-        if (high.id == TypeId::Bit && op >= BinaryOp::BitAnd) return high;
+    const bool bits = op >= BinaryOp::BitAnd;
+    if (bits && high.id == TypeId::Bit) return high;
+    if (!isNumber(high.id) || high.id == TypeId::Bit || isDateTime(left.id) || isDateTime(right.id) ||
+        (bits && !isInteger(high.id)) || (op == BinaryOp::Modulo && isApproximate(high.id)))
         throwWrongOperands(op, left, right);
-    }
-    if (op >= BinaryOp::BitAnd && !isInteger(high.id)) throwWrongOperands(op, left, right);
-    if (op == BinaryOp::Modulo && isApproximate(high.id)) throwWrongOperands(op, left, right);
     if (high.id != TypeId::Decimal) return high;
     const auto operand = [&](const SqlType& type) { return isExact(type.id) ? asDecimal(type) : high; };
     return decimalResult(op, operand(left), operand(right));

@@ -119,6 +119,10 @@ std::string_view trimLeft(std::string_view text) {
     return text.substr(std::min(text.find_first_not_of(' '), text.size()));
 }
 
+bool hasWord(std::string_view words, const std::string& word) {
+    return (" " + std::string(words) + " ").find(" " + word + " ") != std::string::npos;
+}
+
 std::vector<std::string> listItems(std::string_view text) {
     std::string line(text);
     std::ranges::replace(line, '\n', ' ');

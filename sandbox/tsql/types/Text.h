@@ -46,6 +46,8 @@ std::string commaList(const Items& items, StringOf stringOf = {}) {
     for (const auto& item : items) (list += list.empty() ? "" : ", ") += std::invoke(stringOf, item);
     return list;
 }
+// words: separated by blanks. An empty word is none of them.
+bool hasWord(std::string_view words, const std::string& word);
 // Splits "item; item". Line breaks count as blanks.
 std::vector<std::string> listItems(std::string_view text);
 
