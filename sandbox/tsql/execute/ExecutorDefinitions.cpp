@@ -534,14 +534,13 @@ void Executor::addIndex(Catalogue& catalogue, const TableInfo& table, const Crea
     ObjectInfo index{0, create.name, std::string(kIndex), table.id, create.filterText};
     refuseSecondIndex(catalogue.keysOf(table.id), create.name, table);
     if (create.unique) index.source = kUniqueIndex;
-    std::string list;
-    for (const auto& [name, descending] : create.columns) {
-        const TableColumn* column = table.column(name);
-        if (!column) throw sqlError(kUnknownIndexColumn, {name});
+    const std::string list = commaList(create.columns, [&](const auto& each) {
+        const TableColumn* column = table.column(each.first);
+        if (!column) throw sqlError(kUnknownIndexColumn, {each.first});
         requireKeyType(table, *column);
-        list += (list.empty() ? "" : ", ") + quotedName(column->name) + (descending ? " DESC" : "");
         index.columns.push_back(column->name);
-    }
+        return quotedName(column->name) + (each.second ? " DESC" : "");
+    });
     for (const auto& name : create.included)
         if (!table.column(name)) throw sqlError(kUnknownIndexColumn, {name});
     makeIndex(table, index, list, create.filter ? Translator(*this).check(table, *create.filter).sql : "");

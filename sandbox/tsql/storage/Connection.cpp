@@ -35,6 +35,13 @@ std::string quotedText(std::string_view text) {
 PreparedStatement::PreparedStatement(Connection& connection, std::string sql)
     : m_connection(connection), m_sql(std::move(sql)), m_statement(connection.borrow(m_sql)) {}
 
+PreparedStatement::PreparedStatement(Connection& connection, std::string sql, std::span<const Value> values)
+    : PreparedStatement(connection, std::move(sql)) {
+    const int asked = sqlite3_bind_parameter_count(m_statement);  // the last values may be unused
+    for (int index = 1; index <= asked && index <= static_cast<int>(values.size()); ++index)
+        bind(index, viewOf(values[static_cast<std::size_t>(index) - 1]));
+}
+
 PreparedStatement::~PreparedStatement() {
     m_connection.giveBack(m_sql, m_statement);
 }
@@ -51,12 +58,6 @@ void PreparedStatement::bind(int index, const CellView& value) {
         code = sqlite3_bind_blob64(m_statement, index, bytes->empty() ? &kNoBytes : bytes->data(),
                                    bytes->size(), SQLITE_STATIC);
     if (code != SQLITE_OK) throw SqliteFailure(code, sqlite3_errstr(code));
-}
-
-void PreparedStatement::bindAll(std::span<const Value> values) {
-    const int asked = sqlite3_bind_parameter_count(m_statement);  // the last values may be unused
-    for (int index = 1; index <= asked && index <= static_cast<int>(values.size()); ++index)
-        bind(index, viewOf(values[static_cast<std::size_t>(index) - 1]));
 }
 
 bool PreparedStatement::step() {

@@ -35,10 +35,7 @@ class PreparedStatement {
   public:
     PreparedStatement(Connection& connection, std::string sql);
     // The values, which must outlive the steps, are those of ?1, ?2 ...
-    PreparedStatement(Connection& connection, std::string sql, std::span<const Value> values)
-        : PreparedStatement(connection, std::move(sql)) {
-        bindAll(values);
-    }
+    PreparedStatement(Connection& connection, std::string sql, std::span<const Value> values);
     ~PreparedStatement();
     PreparedStatement(PreparedStatement&&) = delete;  // neither moved nor copied
 
@@ -51,7 +48,6 @@ class PreparedStatement {
 
   private:
     void bind(int index, const CellView& value);
-    void bindAll(std::span<const Value> values);
 
     Connection& m_connection;
     std::string m_sql;
