@@ -54,7 +54,10 @@ Login ClientConnection::readLogin() {
     Request request = m_channel.readRequest();
     Encryption encryption = negotiate(m_settings.encryption, EncryptionOption::NotSupported);
     if (request.type == PacketType::Prelogin) {
-        encryption = negotiateEncryption(request.data);
+        encryption = negotiate(m_settings.encryption, parsePrelogin(request.data));
+        Bytes reply = preloginReply(encryption.reply);
+        m_channel.send(reply, PacketChannel::Extent::AllAndEnd);
+        if (encryption.extent != Encryption::Extent::None) m_channel.startTls(*m_settings.tls);
         request = m_channel.readRequest();
     } else if (encryption.extent != Encryption::Extent::None) {
         throw ProtocolError("the client did not start TLS, which the server requires");
@@ -62,14 +65,6 @@ Login ClientConnection::readLogin() {
     if (request.type != PacketType::Login7) throw ProtocolError("the client did not send a login");
     if (encryption.extent == Encryption::Extent::Login) m_channel.endTls();
     return parseLogin(request.data);
-}
-
-Encryption ClientConnection::negotiateEncryption(ByteView request) {
-    const Encryption encryption = negotiate(m_settings.encryption, parsePrelogin(request));
-    Bytes reply = preloginReply(encryption.reply);
-    m_channel.send(reply, PacketChannel::Extent::AllAndEnd);
-    if (encryption.extent != Encryption::Extent::None) m_channel.startTls(*m_settings.tls);
-    return encryption;
 }
 
 std::optional<tsql::SqlError> ClientConnection::loginError(Login& login) {
@@ -136,12 +131,9 @@ void ClientConnection::acceptLogin(const Login& login) {
 // Returns false when the session has ended.
 bool ClientConnection::serveRequest(const Request& request) {
     if (request.reset != Request::Reset::None) resetSession(request.reset);
-    if (request.type == PacketType::Attention) {
-        m_response.acknowledgeAttention();
-        return true;
-    }
-    if (request.isIgnored) {
-        m_response.refuseRequest();
+    const bool isAttention = request.type == PacketType::Attention;
+    if (isAttention || request.isIgnored) {
+        isAttention ? m_response.acknowledgeAttention() : m_response.refuseRequest();
         return true;
     }
     const bool sessionContinues = reportErrors([&] { return execute(request); });

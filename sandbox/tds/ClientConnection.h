@@ -33,7 +33,6 @@ class ClientConnection {
   private:
     bool logIn();
     Login readLogin();
-    Encryption negotiateEncryption(ByteView request);
     std::optional<tsql::SqlError> loginError(Login& login);
     bool authenticate(Login& login);
     void acceptLogin(const Login& login);

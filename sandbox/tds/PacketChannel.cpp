@@ -93,20 +93,18 @@ bool PacketChannel::attentionArrived() {
     return true;
 }
 
-void PacketChannel::waitForLoginData() const {
-    using std::chrono::milliseconds;
-    const auto left = std::chrono::duration_cast<milliseconds>(*m_loginDeadline - Clock::now());
-    pollfd readable{m_socket, POLLIN, 0};
-    if (left.count() <= 0 || poll(&readable, 1, static_cast<int>(left.count())) == 0)
-        throw ConnectionClosed("the login timed out");
-}
-
 // Appends received bytes to the input, unless it is interrupted or nothing has arrived.
 void PacketChannel::receive(int flags) {
     m_input.erase(0, m_inputPosition);
     m_inputPosition = 0;
     const bool waits = (flags & MSG_DONTWAIT) == 0;
-    if (waits && m_loginDeadline) waitForLoginData();
+    if (waits && m_loginDeadline) {
+        using std::chrono::milliseconds;
+        const auto left = std::chrono::duration_cast<milliseconds>(*m_loginDeadline - Clock::now()).count();
+        pollfd readable{m_socket, POLLIN, 0};
+        if (left <= 0 || poll(&readable, 1, static_cast<int>(left)) == 0)
+            throw ConnectionClosed("the login timed out");
+    }
     char block[kReceiveBlock];
     const ssize_t got = recv(m_socket, block, sizeof block, flags);
     if (got > 0) return appendInput({block, static_cast<std::size_t>(got)});

@@ -72,7 +72,6 @@ class PacketChannel {
         while (buffered() < bytes) receive(/*flags=*/0);
     }
     void receive(int flags);
-    void waitForLoginData() const;
     void appendInput(ByteView received);
     void writeSocket(ByteView data) const;
     std::size_t buffered() const { return m_input.size() - m_inputPosition; }

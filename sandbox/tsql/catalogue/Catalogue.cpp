@@ -61,8 +61,8 @@ std::string_view storageClass(const SqlType& type) {
 }
 
 const TableColumn* TableInfo::column(std::string_view columnName) const {
-    const auto found = std::ranges::find_if(
-        columns, [&](const TableColumn& each) { return sameText(each.name, columnName); });
+    const auto found =
+        std::ranges::find_if(columns, std::bind_front(sameText, columnName), &TableColumn::name);
     return found == columns.end() ? nullptr : &*found;
 }
 
@@ -118,17 +118,14 @@ std::vector<ObjectInfo> Catalogue::objects(const std::string& where, const Value
         inSchema("SELECT o.id, o.name, o.type, o.parent, o.stored, o.keys, o.source, t.name FROM "
                  "$.tsqlbox_objects o LEFT JOIN $.tsqlbox_objects t ON t.id = o.parent WHERE " +
                      where + " ORDER BY o.id",
-                 m_schema));
-    query.bind(1, viewOf(value));
+                 m_schema),
+        {&value, 1});
     std::vector<ObjectInfo> found;
     while (query.step()) {
         const std::string key = query.text(1);
-        ObjectInfo& object = found.emplace_back(ObjectInfo{query.integer(0), std::string(bareName(key)),
-                                                           query.text(2), query.integer(3), query.text(4)});
-        object.schemaName = schemaOf(key);
-        object.source = query.text(6);
-        object.table = query.text(7);
-        object.columns = namesOf(query.text(5));
+        found.push_back({query.integer(0), std::string(bareName(key)), query.text(2), query.integer(3),
+                         query.text(4), namesOf(query.text(5)), query.text(6), query.text(7),
+                         std::string(schemaOf(key))});
     }
     return found;
 }
@@ -197,21 +194,22 @@ std::vector<ObjectInfo> Catalogue::keysTo(std::int64_t table) const {
 }
 
 std::vector<TableColumn> Catalogue::columns(std::int64_t object) const {
+    const Value id(object);
     PreparedStatement query(m_connection,
                             inSchema("SELECT name, type, nullable, identity, fallback, output, ordinal FROM "
                                      "$.tsqlbox_columns WHERE object = ?1 ORDER BY ordinal",
-                                     m_schema));
-    query.bind(1, object);
+                                     m_schema),
+                            {&id, 1});
     std::vector<TableColumn> columns;
     while (query.step()) {
-        const auto kind = query.integer(3);
-        auto& column = columns.emplace_back();
-        static_cast<Column&>(column) = {query.text(0), decodeType(query.integer(1)), query.integer(2) != 0,
-                                        kind == kIdentity};
+        const std::int64_t kind = query.integer(3), output = query.integer(5);
+        auto& column = columns.emplace_back(TableColumn{
+            {query.text(0), decodeType(query.integer(1)), query.integer(2) != 0, kind == kIdentity},
+            {},
+            output % 2 != 0,
+            output / 2,
+            query.integer(6)});
         (kind >= kComputed ? column.computed : column.byDefault) = query.text(4);
-        column.output = query.integer(5) % 2 != 0;
-        column.userType = query.integer(5) / 2;
-        column.id = query.integer(6);
         column.persisted = kind > kComputed;
     }
     return columns;

@@ -146,13 +146,13 @@ std::string BrokenConstraint::duplicateValue(const ObjectInfo& key) const {
     }
     const std::string list = quotedNames(key.columns);
     try {
-        PreparedStatement query(m_connection, "WITH " + m_change.newRows + " SELECT " + list +
-                                                  " FROM incoming WHERE EXISTS (SELECT 1 FROM " +
-                                                  m_change.target.sqlName() +
-                                                  " AS present WHERE present._rowid_ IS NOT incoming.ts_row" +
-                                                  match + ") UNION ALL SELECT " + list +
-                                                  " FROM incoming GROUP BY " + list + " HAVING count(*) > 1");
-        query.bindAll(m_change.values);
+        PreparedStatement query(
+            m_connection,
+            "WITH " + m_change.newRows + " SELECT " + list + " FROM incoming WHERE EXISTS (SELECT 1 FROM " +
+                m_change.target.sqlName() + " AS present WHERE present._rowid_ IS NOT incoming.ts_row" +
+                match + ") UNION ALL SELECT " + list + " FROM incoming GROUP BY " + list +
+                " HAVING count(*) > 1",
+            m_change.values);
         if (!query.step()) return {};
         std::string text;
         for (std::size_t i = 0; i < types.size(); ++i) {

@@ -84,6 +84,26 @@ p.created; modify_date datetime = p.created; owning_principal_id int = p.owner; 
     {"$INDEX",
      R"(CASE o.type WHEN 'PK' THEN 1 ELSE 1 + (SELECT count(*) FROM $o p WHERE p.parent = o.parent AND
 p.type IN ('IX', 'UQ') AND p.id <= o.id) END)"},
+    // How ODBC describes the types ($I). Kinds (k): Exact number, Float, Money, National string, other quoted
+    // Constant, Binary string, Truth value.
+    {"$I",
+     R"((SELECT column1 AS n, column2 AS t, column3 AS p, column4 AS k, column5 AS par, column6 AS s, column7 AS hi,
+column8 AS ut FROM (VALUES ('uniqueidentifier', -11, 36, 'C', NULL, 2, NULL, 0), ('ntext', -10, 1073741823, 'N', NULL, 1, NULL, 0),
+('xml', -152, 1073741823, 'N', NULL, 0, NULL, 0), ('nvarchar', -9, 4000, 'N', 'max length', 3, NULL, 0),
+('sysname', -9, 128, 'N', NULL, 3, NULL, 18), ('nchar', -8, 4000, 'N', 'length', 3, NULL, 0),
+('bit', -7, 1, 'T', NULL, 2, 0, 16), ('tinyint', -6, 3, 'E', NULL, 2, 0, 5),
+('bigint', -5, 19, 'E', NULL, 2, 0, 0), ('image', -4, 2147483647, 'B', NULL, 0, NULL, 20),
+('varbinary', -3, 8000, 'B', 'max length', 2, NULL, 4), ('timestamp', -2, 8, 'B', NULL, 2, NULL, 80),
+('binary', -2, 8000, 'B', 'length', 2, NULL, 3),
+('text', -1, 2147483647, 'C', NULL, 1, NULL, 19), ('char', 1, 8000, 'C', 'length', 3, NULL, 1),
+('numeric', 2, 38, 'E', 'precision,scale', 2, 38, 10), ('decimal', 3, 38, 'E', 'precision,scale', 2, 38, 24),
+('money', 3, 19, 'M', NULL, 2, 4, 11), ('smallmoney', 3, 10, 'M', NULL, 2, 4, 21),
+('int', 4, 10, 'E', NULL, 2, 0, 7), ('int identity', 4, 10, 'E', NULL, 2, 0, 7),
+('smallint', 5, 5, 'E', NULL, 2, 0, 6), ('float', 6, 53, 'F', NULL, 2, NULL, 8),
+('real', 7, 24, 'F', NULL, 2, NULL, 23), ('varchar', 12, 8000, 'C', 'max length', 3, NULL, 2),
+('date', 91, 10, 'C', NULL, 3, 0, 0), ('time', -154, 16, 'C', 'scale', 3, 7, 0),
+('datetime', 93, 23, 'C', NULL, 3, 3, 12), ('datetime2', 93, 27, 'C', 'scale', 3, 7, 0),
+('smalldatetime', 93, 16, 'C', NULL, 3, 0, 22))))"},
 };
 
 constexpr std::string_view kModules = "$o o WHERE o.type IN ('P', 'FN', 'IF', 'TF', 'V', 'TR')";
@@ -276,27 +296,6 @@ THEN 'IN' WHEN c.name = '' THEN 'OUT' ELSE 'INOUT' END; IS_RESULT nvarchar(10) =
      "$c c JOIN $o o ON o.id = c.object WHERE o.type IN ('P', 'FN', 'IF', 'TF')"},
 };
 
-// How ODBC describes the types ($I). Kinds (k): Exact number, Float, Money, National string, other quoted
-// Constant, Binary string, Truth value.
-constexpr std::string_view kTypeInfo =
-    R"((SELECT column1 AS n, column2 AS t, column3 AS p, column4 AS k, column5 AS par, column6 AS s, column7 AS hi,
-column8 AS ut FROM (VALUES ('uniqueidentifier', -11, 36, 'C', NULL, 2, NULL, 0), ('ntext', -10, 1073741823, 'N', NULL, 1, NULL, 0),
-('xml', -152, 1073741823, 'N', NULL, 0, NULL, 0), ('nvarchar', -9, 4000, 'N', 'max length', 3, NULL, 0),
-('sysname', -9, 128, 'N', NULL, 3, NULL, 18), ('nchar', -8, 4000, 'N', 'length', 3, NULL, 0),
-('bit', -7, 1, 'T', NULL, 2, 0, 16), ('tinyint', -6, 3, 'E', NULL, 2, 0, 5),
-('bigint', -5, 19, 'E', NULL, 2, 0, 0), ('image', -4, 2147483647, 'B', NULL, 0, NULL, 20),
-('varbinary', -3, 8000, 'B', 'max length', 2, NULL, 4), ('timestamp', -2, 8, 'B', NULL, 2, NULL, 80),
-('binary', -2, 8000, 'B', 'length', 2, NULL, 3),
-('text', -1, 2147483647, 'C', NULL, 1, NULL, 19), ('char', 1, 8000, 'C', 'length', 3, NULL, 1),
-('numeric', 2, 38, 'E', 'precision,scale', 2, 38, 10), ('decimal', 3, 38, 'E', 'precision,scale', 2, 38, 24),
-('money', 3, 19, 'M', NULL, 2, 4, 11), ('smallmoney', 3, 10, 'M', NULL, 2, 4, 21),
-('int', 4, 10, 'E', NULL, 2, 0, 7), ('int identity', 4, 10, 'E', NULL, 2, 0, 7),
-('smallint', 5, 5, 'E', NULL, 2, 0, 6), ('float', 6, 53, 'F', NULL, 2, NULL, 8),
-('real', 7, 24, 'F', NULL, 2, NULL, 23), ('varchar', 12, 8000, 'C', 'max length', 3, NULL, 2),
-('date', 91, 10, 'C', NULL, 3, 0, 0), ('time', -154, 16, 'C', 'scale', 3, 7, 0),
-('datetime', 93, 23, 'C', NULL, 3, 3, 12), ('datetime2', 93, 27, 'C', 'scale', 3, 7, 0),
-('smalldatetime', 93, 16, 'C', NULL, 3, 0, 22))))";
-
 // tempdb also shows the session's temporary tables, with negative ids.
 constexpr std::string_view kTemporaryObjects =
     R"((SELECT * FROM tempdb.tsqlbox_objects UNION ALL SELECT -id, name, type, -parent, stored, keys, created, source
@@ -381,7 +380,6 @@ std::optional<SystemView> systemView(std::string_view schema, std::string_view n
         SystemView found = queryOf(view.columns, view.from);
         replace_all(found.sql, "$L", found.sql.find("$L") == std::string::npos ? "" : databaseList(storage));
         replace_all(found.sql, "$T", typeList());
-        replace_all(found.sql, "$I", kTypeInfo);
         if (found.sql.find("$S") != std::string::npos) replace_all(found.sql, "$S", sessionList(storage));
         const bool temporary = sameWord(database, "tempdb");
         const std::string prefix = std::string(sqliteSchema) + ".";

@@ -227,10 +227,10 @@ Flow Executor::done(std::int64_t count, StatementKind kind) {
     return Flow::Next;
 }
 
-Flow Executor::finished(std::int64_t rowCount) {
+Flow Executor::finished(std::int64_t rowCount, StatementKind kind) {
     m_error = 0;
     m_rowCount = rowCount;
-    return done(-1);
+    return done(kind == StatementKind::Other ? -1 : rowCount, kind);
 }
 
 // ---- what SQLite refused, in T-SQL's terms

@@ -151,7 +151,8 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     SqlError errorOf(const SqliteFailure& failure);
     Flow done(std::int64_t count, StatementKind kind = StatementKind::Other);
     void warnOfNulls();
-    Flow finished(std::int64_t rowCount = 0);  // ends a statement without rows
+    // Ends a statement without an error. The client learns the row count unless the kind is Other.
+    Flow finished(std::int64_t rowCount = 0, StatementKind kind = StatementKind::Other);
     void failingAs(const SqlError& failure, const std::function<void()>& work);
     Value compute(const std::string& sql, const Translator& translator);
     TypedValue evaluate(const Expr& expr);

@@ -125,9 +125,7 @@ Flow Executor::sendTable(std::span<const Column> columns, std::span<const std::v
         std::ranges::transform(row, cells.begin(), [](const Value& cell) { return viewOf(cell); });
         sendRow(columns, cells);
     }
-    m_rowCount = static_cast<std::int64_t>(rows.size());
-    m_error = 0;
-    return done(m_rowCount, StatementKind::Select);
+    return finished(static_cast<std::int64_t>(rows.size()), StatementKind::Select);
 }
 
 }  // namespace tsql

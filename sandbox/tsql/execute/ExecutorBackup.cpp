@@ -113,9 +113,7 @@ Flow Executor::run(const Restore& restore) {
     PreparedStatement statement(m_connection, view.sql, values);
     QueryText text;
     for (const auto& column : view.columns) text.columns.push_back({{column.name, column.type}, {}});
-    m_rowCount = sendRows(statement, text);
-    m_error = 0;
-    return done(m_rowCount, StatementKind::Select);
+    return finished(sendRows(statement, text), StatementKind::Select);
 }
 
 void Executor::restoreFrom(const std::string& file, const Restore& restore) {

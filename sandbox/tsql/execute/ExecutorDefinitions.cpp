@@ -47,11 +47,11 @@ bool isConstraint(const ObjectInfo& key) {
     return key.type != kIndex;
 }
 
-const ObjectInfo* keyNamed(const std::vector<ObjectInfo>& keys, std::string_view name,
-                           bool (*isMeant)(const ObjectInfo&)) {
-    const auto named = [&](const ObjectInfo& key) { return isMeant(key) && sameText(key.name, name); };
-    const auto found = std::ranges::find_if(keys, named);
-    return found == keys.end() ? nullptr : &*found;
+std::optional<ObjectInfo> keyNamed(const std::vector<ObjectInfo>& keys, std::string_view name,
+                                   bool (*isMeant)(const ObjectInfo&)) {
+    for (const auto& key : keys)
+        if (isMeant(key) && sameText(key.name, name)) return key;
+    return std::nullopt;
 }
 
 void refuseSecondIndex(const std::vector<ObjectInfo>& keys, std::string_view name, const TableInfo& table) {
@@ -67,24 +67,6 @@ void requireKeyType(const TableInfo& table, const TableColumn& column) {
 constexpr std::pair<std::string_view, std::string_view> kConstraints[] = {
     {kPrimaryKey, "PK"}, {kUnique, "UQ"}, {kCheck, "CK"}, {kForeignKey, "FK"}, {kDefault, "DF"}};
 
-// create: the table, in which the column may be part of the primary key.
-TableColumn columnOf(const ColumnDefinition& given, const CreateTable& create) {
-    requireColumnName(given.name);
-    const bool isNullable = !given.identity && given.type.id != TypeId::RowVersion;
-    TableColumn column{{given.name, given.type, isNullable, given.identity.has_value()}};
-    for (const auto* constraint : allConstraints(create))
-        if (constraint->kind == ConstraintKind::PrimaryKey)
-            for (const auto& name : constraint->columns)
-                column.nullable = column.nullable && !sameText(name, column.name);
-    column.nullable = given.nullable.value_or(column.nullable);
-    column.computed = given.computed;
-    column.userType = given.userType;
-    column.persisted = given.persisted;
-    for (const auto& constraint : given.constraints)
-        if (constraint.kind == ConstraintKind::Default) column.byDefault = constraint.text;
-    return column;
-}
-
 // Enters the identity of a new column, if it is one. A table has one identity and one rowversion at most.
 void setIdentity(TableInfo& table, const ColumnDefinition& given) {
     if (given.type.id == TypeId::RowVersion && std::ranges::any_of(table.columns, &TableColumn::isRowVersion))
@@ -97,6 +79,26 @@ void setIdentity(TableInfo& table, const ColumnDefinition& given) {
     if (given.identity->increment == 0) throw sqlError(kInvalidIdentityIncrement, {given.name});
     table.seed = given.identity->seed;
     table.increment = given.identity->increment;
+}
+
+// Returns a new column. create: the table's definition, in which it may be part of the primary key.
+TableColumn columnOf(TableInfo& table, const ColumnDefinition& given, const CreateTable& create = {}) {
+    requireColumnName(given.name);
+    if (table.column(given.name)) throw sqlError(kRepeatedColumnName, {given.name, table.name});
+    setIdentity(table, given);
+    const bool isNullable = !given.identity && given.type.id != TypeId::RowVersion;
+    TableColumn column{{given.name, given.type, isNullable, given.identity.has_value()}};
+    for (const auto* constraint : allConstraints(create))
+        if (constraint->kind == ConstraintKind::PrimaryKey &&
+            std::ranges::any_of(constraint->columns, std::bind_front(sameText, column.name)))
+            column.nullable = false;
+    column.nullable = given.nullable.value_or(column.nullable);
+    column.computed = given.computed;
+    column.userType = given.userType;
+    column.persisted = given.persisted;
+    for (const auto& constraint : given.constraints)
+        if (constraint.kind == ConstraintKind::Default) column.byDefault = constraint.text;
+    return column;
 }
 
 std::string storedColumns(const TableInfo& table) {
@@ -132,10 +134,8 @@ TableInfo Executor::createTable(const CreateTable& create) {
     TableInfo table;
     table.name = name;
     for (const auto& definition : create.columns) {
-        if (table.column(definition.name)) throw sqlError(kRepeatedColumnName, {definition.name, name});
         if (definition.userType && name.starts_with('#')) throw unsupported("user-defined types in tempdb");
-        setIdentity(table, definition);
-        table.columns.push_back(columnOf(definition, create));
+        table.columns.push_back(columnOf(table, definition, create));
     }
     if (std::ranges::none_of(table.columns, &std::string::empty, &TableColumn::computed))
         throw unsupported("a table of computed columns only");
@@ -370,14 +370,14 @@ void Executor::switchConstraints(Catalogue& catalogue, const TableInfo& table, c
     auto keys = catalogue.keysOf(table.id);
     failingAs(sqlError(kConstraintNotSwitched), [&] {
         for (const auto& name : alter.switched) {
-            const ObjectInfo* key = keyNamed(keys, name, isConstraint);
+            const auto key = keyNamed(keys, name, isConstraint);
             if (!key) throw sqlError(kSwitchedConstraintNotFound, {name});
             if (!isCondition(*key)) throw sqlError(kConstraintNotSwitchable, {name});
         }
     });
     for (auto& key : keys) {
-        const auto isNamed = [&](const std::string& name) { return sameText(name, key.name); };
-        const bool isMeant = alter.switched.empty() || std::ranges::any_of(alter.switched, isNamed);
+        const bool isMeant = alter.switched.empty() ||
+                             std::ranges::any_of(alter.switched, std::bind_front(sameText, key.name));
         if (!isMeant || !isCondition(key)) continue;
         const bool checks = *alter.enables && alter.checksRows.value_or(false);
         if (checks) checkRows(catalogue, table, key);
@@ -387,9 +387,7 @@ void Executor::switchConstraints(Catalogue& catalogue, const TableInfo& table, c
 }
 
 void Executor::addColumn(Catalogue& catalogue, TableInfo& table, const ColumnDefinition& definition) {
-    TableColumn column = columnOf(definition, {});
-    if (table.column(column.name)) throw sqlError(kRepeatedColumnName, {column.name, table.name});
-    setIdentity(table, definition);
+    TableColumn column = columnOf(table, definition);
     const bool isComputed = !column.computed.empty(), isStored = !isComputed && !column.identity;
     if (isComputed) column.type = computed(table, column).type;
     const TableColumn given = column;
@@ -437,7 +435,7 @@ std::set<std::string> Executor::filterColumns(const TableInfo& table, const Obje
 void Executor::refuseDependents(const TableInfo& table, std::string_view column, std::string_view verb,
                                 const std::vector<ObjectInfo>& keys) {
     const auto refuseIfUsed = [&](const auto& columns, std::string_view kind, const std::string& name) {
-        if (std::ranges::none_of(columns, [&](const auto& each) { return sameText(each, column); })) return;
+        if (std::ranges::none_of(columns, std::bind_front(sameText, column))) return;
         failingAs(sqlError(kColumnHasDependents, {verb, column}), [&] {
             throw sqlError(kDependentOnColumn, {kind, name, column});
         });
@@ -482,8 +480,7 @@ void Executor::alterColumn(Catalogue& catalogue, TableInfo& table, const ColumnD
 
 void Executor::dropConstraint(Catalogue& catalogue, const TableInfo& table, const std::string& name,
                               bool ifExists) {
-    const auto keys = catalogue.keysOf(table.id);
-    const ObjectInfo* key = keyNamed(keys, name, isConstraint);
+    const auto key = keyNamed(catalogue.keysOf(table.id), name, isConstraint);
     if (!key && ifExists) return;
     failingAs(sqlError(kConstraintNotDropped), [&] {
         if (!key) throw sqlError(kNotAConstraint, {name});
@@ -507,10 +504,9 @@ void Executor::run(const AlterTable& alter) {
         TableInfo target = table(alter.added.table, kAlteredTableNotFound);
         for (const auto& definition : alter.added.columns) addColumn(owner, target, definition);
         for (auto& key : noteConstraints(owner, target, alter.added)) {
-            if (isCondition(key) && alter.checksRows.value_or(true))
-                checkRows(owner, target, key);
-            else if (isCondition(key))
-                setState(owner, key, kUntrusted);
+            if (isCondition(key))
+                alter.checksRows.value_or(true) ? checkRows(owner, target, key)
+                                                : setState(owner, key, kUntrusted);
             failingAs(sqlError(kConstraintNotCreated), [&] {
                 if (needsIndex(key, target)) makeIndex(target, key, quotedNames(key.columns));
             });
@@ -518,10 +514,7 @@ void Executor::run(const AlterTable& alter) {
         if (alter.enables) switchConstraints(owner, target, alter);
         for (const auto& name : alter.dropConstraints) dropConstraint(owner, target, name, alter.ifExists);
         target.columns = owner.columns(target.id);
-        if (alter.altered)
-            alterColumn(owner, target, *alter.altered);
-        else
-            redefine(owner, target);
+        alter.altered ? alterColumn(owner, target, *alter.altered) : redefine(owner, target);
         for (const auto& name : alter.dropColumns) {
             if (alter.ifExists && !target.column(name)) continue;
             refuseDependents(target, name, "DROP", owner.keysOf(target.id));
@@ -541,14 +534,13 @@ void Executor::addIndex(Catalogue& catalogue, const TableInfo& table, const Crea
     ObjectInfo index{0, create.name, std::string(kIndex), table.id, create.filterText};
     refuseSecondIndex(catalogue.keysOf(table.id), create.name, table);
     if (create.unique) index.source = kUniqueIndex;
-    std::string list;
-    for (const auto& [name, descending] : create.columns) {
-        const TableColumn* column = table.column(name);
-        if (!column) throw sqlError(kUnknownIndexColumn, {name});
+    const std::string list = commaList(create.columns, [&](const auto& each) {
+        const TableColumn* column = table.column(each.first);
+        if (!column) throw sqlError(kUnknownIndexColumn, {each.first});
         requireKeyType(table, *column);
-        list += (list.empty() ? "" : ", ") + quotedName(column->name) + (descending ? " DESC" : "");
         index.columns.push_back(column->name);
-    }
+        return quotedName(column->name) + (each.second ? " DESC" : "");
+    });
     for (const auto& name : create.included)
         if (!table.column(name)) throw sqlError(kUnknownIndexColumn, {name});
     makeIndex(table, index, list, create.filter ? Translator(*this).check(table, *create.filter).sql : "");
@@ -578,8 +570,8 @@ void Executor::run(const Drop& drop) {
 void Executor::dropIndex(const AlterIndex& dropped, bool ifExists) {
     define(dropped.table, [&](Catalogue& owner) {
         const auto target = findTable(dropped.table);
-        const auto keys = target ? owner.keysOf(target->id) : std::vector<ObjectInfo>();
-        const ObjectInfo* index = keyNamed(keys, dropped.name, isIndexed);
+        const auto index =
+            target ? keyNamed(owner.keysOf(target->id), dropped.name, isIndexed) : std::nullopt;
         const std::string written = asWritten(dropped.table) + "." + dropped.name;
         if (index && isConstraint(*index))
             throw sqlError(kCannotDropKeyIndex, {written, index->type == kPrimaryKey ? "PRIMARY" : "UNIQUE"});

@@ -56,10 +56,7 @@ bool Executor::callOfDriver(std::string_view name, const Execute& call, const st
     const bool ofStatement = known != std::end(kStatementCalls);
     if (!ofStatement && std::ranges::none_of(kHandleCalls, isMeant)) return false;
     asCall([&] {
-        if (ofStatement)
-            callStatement(*known, call, database);
-        else
-            callHandle(lowerAscii(name), call);
+        ofStatement ? callStatement(*known, call, database) : callHandle(lowerAscii(name), call);
         return m_error;
     });
     return true;

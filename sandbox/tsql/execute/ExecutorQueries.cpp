@@ -33,10 +33,9 @@ Flow Executor::run(const SelectStatement& statement) {
     PreparedStatement prepared(m_connection, text.sql, values);
     const bool assigns = !translator.assignments().empty();
     if (assigns && m_settings.describeOnly) return Flow::Next;
-    m_rowCount = assigns ? assignRows(prepared, translator.assignments(), m_settings.mostRows)
-                         : sendRows(prepared, text, m_settings.mostRows);
-    m_error = 0;
-    return done(m_rowCount, StatementKind::Select);
+    return finished(assigns ? assignRows(prepared, translator.assignments(), m_settings.mostRows)
+                            : sendRows(prepared, text, m_settings.mostRows),
+                    StatementKind::Select);
 }
 
 // `most`: number of rows after which the others are left out; 0: all.
@@ -196,9 +195,8 @@ Flow Executor::run(const InsertBulk& bulk) {
     if (bulk.firesTriggers && !enabledTriggers(target, "INSERT").empty())
         throw unsupported("INSERT BULK with FIRE_TRIGGERS");
     const TableColumn* identity = target.identityColumn();
-    const bool keepsIdentity = identity && std::ranges::any_of(bulk.columns, [&](const auto& name) {
-                                   return sameText(name, identity->name);
-                               });
+    const bool keepsIdentity =
+        identity && std::ranges::any_of(bulk.columns, std::bind_front(sameText, identity->name));
     const Temporarily keeping(m_settings.identityInsert,
                               keepsIdentity ? target.fullName() : m_settings.identityInsert);
     const auto columns = insertColumns(target, bulk.columns, /*defaultValues=*/false);

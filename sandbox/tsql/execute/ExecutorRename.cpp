@@ -17,7 +17,7 @@ std::string sourceOf(const ObjectInfo& key, const TableInfo& table, const std::v
 }
 
 bool replaceName(std::vector<std::string>& names, std::string_view name, const std::string& newName) {
-    const auto found = std::ranges::find_if(names, [&](const auto& each) { return sameText(each, name); });
+    const auto found = std::ranges::find_if(names, std::bind_front(sameText, name));
     if (found == names.end()) return false;
     *found = newName;
     return true;
@@ -120,7 +120,7 @@ void Executor::renameColumn(Catalogue& owner, const TableInfo& table, TableColum
                             const std::string& newName) {
     const std::string name = column.name;
     const auto refuseUse = [&](const auto& columns) {
-        if (std::ranges::any_of(columns, [&](const auto& each) { return sameText(each, name); }))
+        if (std::ranges::any_of(columns, std::bind_front(sameText, name)))
             throw sqlError(kRenamedHasDependents, {table.qualifiedName() + "." + name});
     };
     requireColumnName(newName);

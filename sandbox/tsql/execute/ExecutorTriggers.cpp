@@ -55,13 +55,13 @@ void Executor::run(const SwitchTriggers& node) {
                            {asWritten(node.table)});
         auto triggers = owner.triggersOf(table->id);
         for (const auto& name : node.names)
-            if (std::ranges::none_of(triggers, [&](auto& each) { return sameText(each.name, name.name); }))
+            if (std::ranges::none_of(triggers, std::bind_front(sameText, name.name), &ObjectInfo::name))
                 throw node.inAlterTable
                     ? sqlError(kSwitchedTriggerNotFound, {name.name, asWritten(node.table)})
                     : sqlError(kObjectNotFound, {asWritten(name)});
         for (auto& trigger : triggers) {
-            const auto isNamed = [&](const auto& name) { return sameText(trigger.name, name.name); };
-            if (!node.names.empty() && std::ranges::none_of(node.names, isNamed)) continue;
+            const auto isNamed = std::bind_front(sameText, trigger.name);
+            if (!node.names.empty() && std::ranges::none_of(node.names, isNamed, &ObjectName::name)) continue;
             trigger.stored = node.enables ? "" : kDisabled;
             owner.save(trigger);
         }
@@ -120,10 +120,8 @@ Flow Executor::withTriggers(const std::vector<Firing>& changes, StatementKind ki
             throw unsupported(output ? "OUTPUT of a change that a trigger replaces"
                                      : "MERGE of a table with INSTEAD OF triggers");
     }
-    if (firings.empty())
-        change(target);
-    else
-        inTransaction([&] { changeAndFire(target, std::move(firings), change); });
+    const auto fireAll = [&] { changeAndFire(target, std::move(firings), change); };
+    firings.empty() ? change(target) : inTransaction(fireAll);
     return done(m_rowCount, kind);
 }
 

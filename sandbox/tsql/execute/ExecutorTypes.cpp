@@ -23,11 +23,9 @@ void Executor::run(const UserType& create) {
 FindType Executor::typesIn(const std::string& database, bool* used) {
     return [this, used, place = databaseOf({database, {}, {}})](const ObjectName& name) {
         if (used) *used = true;
-        std::optional<UserType> type;
-        if (const auto found =
-                catalogue({place, {}, {}}).find(storedName(name.schema, name.name), kUserTypes))
-            type = {{place, found->schemaName, found->name}, found->id, found->source};
-        return type;
+        const auto found = catalogue({place, {}, {}}).find(storedName(name.schema, name.name), kUserTypes);
+        if (!found) return std::optional<UserType>();
+        return std::optional(UserType{{place, found->schemaName, found->name}, found->id, found->source});
     };
 }
 

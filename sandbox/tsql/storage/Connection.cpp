@@ -35,35 +35,29 @@ std::string quotedText(std::string_view text) {
 PreparedStatement::PreparedStatement(Connection& connection, std::string sql)
     : m_connection(connection), m_sql(std::move(sql)), m_statement(connection.borrow(m_sql)) {}
 
+PreparedStatement::PreparedStatement(Connection& connection, std::string sql, std::span<const Value> values)
+    : PreparedStatement(connection, std::move(sql)) {
+    const int asked = sqlite3_bind_parameter_count(m_statement);  // the last values may be unused
+    for (int index = 1; index <= asked && index <= static_cast<int>(values.size()); ++index)
+        bind(index, viewOf(values[static_cast<std::size_t>(index) - 1]));
+}
+
 PreparedStatement::~PreparedStatement() {
     m_connection.giveBack(m_sql, m_statement);
 }
 
 void PreparedStatement::bind(int index, const CellView& value) {
-    struct Binder {
-        sqlite3_stmt* statement;
-        int index;
-        int operator()(Null) const { return sqlite3_bind_null(statement, index); }
-        int operator()(std::int64_t number) const { return sqlite3_bind_int64(statement, index, number); }
-        int operator()(double number) const { return sqlite3_bind_double(statement, index, number); }
-        int operator()(std::string_view text) const {
-            return sqlite3_bind_text64(statement, index, text.data() ? text.data() : "", text.size(),
-                                       SQLITE_STATIC, SQLITE_UTF8);
-        }
-        int operator()(Blob bytes) const {
-            return bytes.empty()
-                       ? sqlite3_bind_zeroblob(statement, index, 0)
-                       : sqlite3_bind_blob64(statement, index, bytes.data(), bytes.size(), SQLITE_STATIC);
-        }
-    };
-    const int code = std::visit(Binder{m_statement, index}, value);
+    int code = SQLITE_OK;  // also for NULL, which an unbound parameter is
+    if (const auto* integer = std::get_if<std::int64_t>(&value))
+        code = sqlite3_bind_int64(m_statement, index, *integer);
+    if (const auto* real = std::get_if<double>(&value)) code = sqlite3_bind_double(m_statement, index, *real);
+    if (const auto* text = std::get_if<std::string_view>(&value))
+        code = sqlite3_bind_text64(m_statement, index, text->data() ? text->data() : "", text->size(),
+                                   SQLITE_STATIC, SQLITE_UTF8);
+    if (const auto* bytes = std::get_if<Blob>(&value))
+        code = sqlite3_bind_blob64(m_statement, index, bytes->empty() ? &kNoBytes : bytes->data(),
+                                   bytes->size(), SQLITE_STATIC);
     if (code != SQLITE_OK) throw SqliteFailure(code, sqlite3_errstr(code));
-}
-
-void PreparedStatement::bindAll(std::span<const Value> values) {
-    const int asked = sqlite3_bind_parameter_count(m_statement);  // the last values may be unused
-    for (int index = 1; index <= asked && index <= static_cast<int>(values.size()); ++index)
-        bind(index, viewOf(values[static_cast<std::size_t>(index) - 1]));
 }
 
 bool PreparedStatement::step() {
@@ -163,14 +157,12 @@ void Connection::detachAllBut(std::string_view database) {
 }
 
 void Connection::run(const std::string& sql, const std::vector<Value>& values) {
-    PreparedStatement statement(*this, sql);
-    statement.bindAll(values);
+    PreparedStatement statement(*this, sql, values);
     while (statement.step()) continue;
 }
 
 std::optional<std::int64_t> Connection::number(const std::string& sql, const std::vector<Value>& values) {
-    PreparedStatement statement(*this, sql);
-    statement.bindAll(values);
+    PreparedStatement statement(*this, sql, values);
     return statement.step() ? std::optional(statement.integer(0)) : std::nullopt;
 }
 

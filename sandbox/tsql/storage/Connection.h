@@ -34,15 +34,11 @@ class Connection;
 class PreparedStatement {
   public:
     PreparedStatement(Connection& connection, std::string sql);
-    PreparedStatement(Connection& connection, std::string sql, std::span<const Value> values)
-        : PreparedStatement(connection, std::move(sql)) {
-        bindAll(values);
-    }
+    // The values, which must outlive the steps, are those of ?1, ?2 ...
+    PreparedStatement(Connection& connection, std::string sql, std::span<const Value> values);
     ~PreparedStatement();
     PreparedStatement(PreparedStatement&&) = delete;  // neither moved nor copied
 
-    void bind(int index, const CellView& value);  // from 1; the value must outlive the steps
-    void bindAll(std::span<const Value> values);
     bool step();  // false after the last row; throws SqliteFailure
     int columnCount() const { return sqlite3_column_count(m_statement); }
     // Columns count from 0. Values are not shared between threads.
@@ -51,6 +47,8 @@ class PreparedStatement {
     std::int64_t integer(int column) const { return sqlite3_column_int64(m_statement, column); }
 
   private:
+    void bind(int index, const CellView& value);
+
     Connection& m_connection;
     std::string m_sql;
     sqlite3_stmt* m_statement = nullptr;

@@ -23,10 +23,8 @@ constexpr std::size_t kMaxName = 128;
 std::string encodeName(std::string_view name) {
     std::string file;
     for (const char& c : name) {
-        if (std::isalnum(static_cast<unsigned char>(c)) || c == '_' || c == '-')
-            file += c;
-        else
-            file += '%' + hexDigits(std::as_bytes(std::span(&c, 1)));
+        const bool isKept = std::isalnum(static_cast<unsigned char>(c)) || c == '_' || c == '-';
+        file += isKept ? std::string(1, c) : '%' + hexDigits(std::as_bytes(std::span(&c, 1)));
     }
     return file;
 }
@@ -148,8 +146,7 @@ void Storage::rename(std::string_view name, std::string_view newName) {
 }
 
 bool Storage::isSystemDatabase(std::string_view name) {
-    return std::ranges::any_of(kSystemDatabases,
-                               [&](std::string_view system) { return sameText(system, name); });
+    return std::ranges::any_of(kSystemDatabases, std::bind_front(sameText, name));
 }
 
 int Storage::use(const std::string& key, int change) {

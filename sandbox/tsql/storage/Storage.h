@@ -53,7 +53,6 @@ class Storage {
     std::string canonicalName(std::string_view name) const;
     // Path of the database's file, whether or not it exists.
     std::filesystem::path pathOf(std::string_view name) const;
-    const std::filesystem::path& directory() const { return m_directory; }
     // Whether BACKUP may write the file: it is below the directory or a backup folder, or its folder does not
     // exist.
     bool isBackupPlace(const std::filesystem::path& file) const;
