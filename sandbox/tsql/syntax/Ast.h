@@ -526,12 +526,13 @@ template <typename Node, typename... Others>
 inline constexpr bool isOneOf = (std::is_same_v<Node, Others> || ...);
 
 struct Statement {
-    using Node = std::variant<Declare, Assign, SetOption, If, While, Break, Continue, Label, Goto, Return,
-                              Compound, TryCatch, Print, RaiseError, Throw, WaitFor, Use, SelectStatement,
-                              Insert, InsertBulk, Update, Delete, Merge, Truncate, CreateTable, AlterTable,
-                              CreateIndex, Drop, CreateDatabase, AlterDatabase, AlterIndex, TransferObject,
-                              SwitchTriggers, DefineSequence, UserType, CreateModule, Execute, SystemStatement,
-                              Transaction, Backup, Restore, Maintenance, DeclareCursor, ChangeCursor, Fetch>;
+    using Node =
+        std::variant<Declare, Assign, SetOption, If, While, Break, Continue, Label, Goto, Return, Compound,
+                     TryCatch, Print, RaiseError, Throw, WaitFor, Use, SelectStatement, Insert, InsertBulk,
+                     Update, Delete, Merge, Truncate, CreateTable, AlterTable, CreateIndex, Drop,
+                     CreateDatabase, AlterDatabase, AlterIndex, TransferObject, SwitchTriggers,
+                     DefineSequence, UserType, CreateModule, Execute, SystemStatement, Transaction, Backup,
+                     Restore, Maintenance, DeclareCursor, ChangeCursor, Fetch>;
     int line = 1;
     Node node;
 };
