@@ -198,7 +198,10 @@ class Translator {
     void selectItem(const SelectItem& item, QueryText& text, std::string& list, bool collate);
     void star(const SelectItem& item, QueryText& text, std::string& list, bool collate);
     void addOutput(QueryText& text, std::string& list, Column column, const std::string& sql);
+
+    // ---- sources of queries (TranslatorSources.cpp)
     std::string from(const std::vector<TableRefPtr>& tables);
+    static bool usesSource(std::string sql, int sources);
     // applied: by APPLY, so that the table may use columns of the tables before it.
     std::string tableRef(const TableRef& table, bool applied = false);
     std::string namedTable(const NamedTable& table, const std::string& alias, bool applied);
