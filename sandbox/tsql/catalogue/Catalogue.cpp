@@ -162,7 +162,7 @@ std::optional<TableInfo> Catalogue::table(std::string_view key) const {
 TableInfo Catalogue::ownTable(const std::string& name) const {
     TableInfo table{0, m_database, name, m_schema, name, 1, 1, {}};
     PreparedStatement columns(m_connection, "PRAGMA " + m_schema + ".table_info(" + name + ")");
-    while (columns.step()) table.columns.push_back({columns.text(1), parseType(columns.text(2))});
+    while (columns.step()) table.columns.push_back({{columns.text(1), parseType(columns.text(2))}});
     return table;
 }
 

@@ -5,7 +5,7 @@ namespace tsql {
 
 void Executor::run(const UserType& create) {
     if (systemTypes().contains(create.name.name)) throw sqlError(kTypeExists, {asWritten(create.name)});
-    std::vector<TableColumn> columns = {{"", create.type, create.nullable}};
+    std::vector<TableColumn> columns = {{{"", create.type, create.nullable}}};
     if (create.table) {  // checks its definition
         const TableInfo made = createTable(*create.table);
         columns = made.columns;

@@ -1,6 +1,7 @@
 #include "types/SqlTypes.h"
 
 #include <array>
+#include <optional>
 
 #include "messages/Messages.h"
 #include "types/Text.h"
