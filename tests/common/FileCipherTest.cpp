@@ -86,28 +86,25 @@ TEST_F(FileCipher, RecordOfMoreThan510CharactersIsRefused) {
     EXPECT_EQ(error, "DescryptFile failed with error [" + std::to_string(VTPassword::kBufferTooSmall) + "]");
 }
 
+#if !defined(__SANITIZE_ADDRESS__)  // its runtime opens descriptors to check the type of an object
 TEST_F(FileCipher, ADescriptorLimitIsTheCause) {
     writeFile(plain, "text\n");
     ASSERT_TRUE(EncryptFile(plain.c_str(), secret.c_str(), error)) << error;
-    const FileDescriptor target(back.c_str(), O_RDWR | O_CREAT, 0600);
-    const auto decrypt = [&](FileDescriptor source) {
-        return decryptPackage(std::move(source), secret.c_str(), target, back.c_str(), error);
-    };
-    // A sanitizer needs descriptors when it checks an object's type for the first time.
-    ASSERT_TRUE(decrypt(FileDescriptor(secret.c_str(), O_RDONLY))) << error;
     FileDescriptor source(secret.c_str(), O_RDONLY);
+    const FileDescriptor target(back.c_str(), O_RDWR | O_CREAT, 0600);
     rlimit before{};
     ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
-    const rlimit noneLeft{static_cast<rlim_t>(source.get()) + 1, before.rlim_max};
+    const rlimit noneLeft{static_cast<rlim_t>(target.get()) + 1, before.rlim_max};
     const DVUCauses collector;
     ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &noneLeft), 0);
-    const bool isDecrypted = decrypt(std::move(source));
+    const bool isDecrypted = decryptPackage(std::move(source), secret.c_str(), target, back.c_str(), error);
     ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &before), 0);
     std::vector<DVUCause_t> causes;
     collector.get(causes);
     ASSERT_TRUE(!isDecrypted && causes.size() == 1);
     EXPECT_EQ(causes[0].systemError, EMFILE);
 }
+#endif
 
 TEST_F(FileCipher, FailuresAreReported) {
     EXPECT_FALSE(EncryptFile(nullptr, secret.c_str(), error));
