@@ -107,7 +107,7 @@ Correction ofMissingObject(const Diagnosis& first, const RunResult& result) {
     const std::string database = result.database.empty() ? "DB" : result.database;
     return Diagnosis{ExitCode::kInstallation, "the database lacks what runs need: " + missing->text,
                      "tscript schema check " + database + " lists what is missing; tscript schema install " +
-                         database + " creates it.",
+                         database + " creates catalogue, journal and their procedures.",
                      first.scriptRan};
 }
 
