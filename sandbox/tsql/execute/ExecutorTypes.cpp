@@ -21,8 +21,9 @@ void Executor::run(const UserType& create) {
 }
 
 FindType Executor::typesIn(const std::string& database, bool* used) {
-    return [this, used, place = databaseOf({database, {}, {}})](const ObjectName& name) {
+    return [this, used, database](const ObjectName& name) {
         if (used) *used = true;
+        const std::string place = databaseOf({database, {}, {}});
         const auto found = catalogue({place, {}, {}}).find(storedName(name.schema, name.name), kUserTypes);
         if (!found) return std::optional<UserType>();
         return std::optional(UserType{{place, found->schemaName, found->name}, found->id, found->source});
