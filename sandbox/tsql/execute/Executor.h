@@ -282,7 +282,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     SystemView changedRows(const ObjectName& name);
 
     // ---- procedures of the system (ExecutorSystem.cpp)
-    static const SystemProcedure* systemProcedure(std::string_view name);
+    static const SystemProcedure* systemProcedure(std::string_view name);  // that clients may call
     int helpText(const Frame& frame);
     int rename(const Frame& frame);
     int getAppLock(const Frame& frame);

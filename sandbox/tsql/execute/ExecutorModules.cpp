@@ -1,7 +1,7 @@
 // Procedures, functions and views: stored as text, parsed when they are used.
 
-#include "execute/CatalogueProcedures.h"
 #include "execute/Executor.h"
+#include "execute/SecurityProcedures.h"
 
 namespace tsql {
 
@@ -233,10 +233,13 @@ std::optional<StoredModule> Executor::moduleOf(const SystemProcedure& procedure,
     return StoredModule{databaseOf(name), "sys", std::string(procedure.name), head, &moduleOf(*head)};
 }
 
-// The procedure runs as a function, whose errors are those of its caller.
+// The procedure runs as a function, whose errors are those of its caller. Clients cannot call it: after an
+// error, its statements must not go on.
 void Executor::run(const SystemStatement& statement) {
     define(statement.procedure, [&](Catalogue&) {
-        const auto called = moduleOf(*systemProcedure(statement.procedure.name), statement.procedure);
+        const auto* procedure =
+            std::ranges::find(kSecurityProcedures, statement.procedure.name, &SystemProcedure::name);
+        const auto called = moduleOf(*procedure, statement.procedure);
         Frame frame(*called);
         frame.isFunction = true;
         for (const auto& [name, value] : statement.values) frame.variables[name].value = value;

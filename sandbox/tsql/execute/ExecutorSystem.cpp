@@ -2,8 +2,8 @@
 // T-SQL.
 #include <span>
 
+#include "execute/CatalogueProcedures.h"
 #include "execute/Executor.h"
-#include "execute/SecurityProcedures.h"
 
 namespace tsql {
 
@@ -21,8 +21,7 @@ const SystemProcedure* Executor::systemProcedure(std::string_view name) {
          "@Resource nvarchar(255), @LockOwner varchar(32) = 'Transaction', @DbPrincipal sysname = 'public'",
          "RETURN", &Executor::releaseAppLock, kAppLockFailed},
     };
-    for (const auto& procedures :
-         {std::span<const SystemProcedure>(kProcedures), {kCatalogueProcedures}, {kSecurityProcedures}})
+    for (const auto& procedures : {std::span<const SystemProcedure>(kProcedures), {kCatalogueProcedures}})
         for (const SystemProcedure& each : procedures)
             if (sameWord(each.name, name)) return &each;
     return nullptr;
