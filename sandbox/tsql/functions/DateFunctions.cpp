@@ -72,7 +72,9 @@ Value runFormat(const SqlCall& call) {
         throw unsupported("FORMAT of " + std::string(baseName(type.id)));
     if (call.count() > 3 && !sameText(call.text(3), "en-US"))
         throw unsupported("FORMAT for the culture '" + std::string(call.text(3)) + "'");
-    return orNull(formatted(call.dateTime(0), call.text(2)));
+    constexpr std::size_t kLongest = 4000;  // characters of the result
+    return orNull(formatted(call.dateTime(0), call.text(2)),
+                  [](const std::string& text) { return std::string(characters(text, 0, kLongest)); });
 }
 
 Value runIsDate(const SqlCall& call) {

@@ -59,3 +59,4 @@ SELECT FORMAT(@d, 'yyyy-MM-dd HH:mm:ss.fff'), FORMAT(@d, 'ddd d MMM yy hhh:m:s t
 --> - nvarchar(4000)? = 2026-01-05 15:04:09.050 | - nvarchar(4000)? = Mon 5 Jan 26 03:4:9 PM | - nvarchar(4000)? = 01/2026 (1 rows)
 SELECT FORMAT(GETDATE(), 'd', 'de-DE') --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support FORMAT for the culture 'de-DE'.
 SELECT FORMAT(GETDATE(), 'R') --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support the pattern 'R' of FORMAT.
+SELECT LEN(FORMAT(GETDATE(), REPLICATE('y', 5000))) --> - int? = 4000 (1 rows)
