@@ -39,6 +39,27 @@ TEST_F(Sessions, WriteAfterReadingWhatAnotherHasChanged) {
     EXPECT_TRUE(has(first("UPDATE t SET x = x + 1 COMMIT SELECT x FROM t"), "= 6 (1 rows)\n"));
 }
 
+// What a session knows of the tables is no older than the last definition of another one.
+TEST_F(Sessions, SeeTheDefinitionsOfOthers) {
+    constexpr std::string_view kSelect = "SELECT * FROM shop..t";
+    first("CREATE DATABASE shop");
+    first("USE shop CREATE TABLE t (a int)");
+    EXPECT_EQ(second(kSelect), "a int? (0 rows)\n");
+    first("ALTER TABLE t ADD b int");
+    EXPECT_EQ(second(kSelect), "a int? | b int? (0 rows)\n");
+    first("BEGIN TRAN ALTER TABLE t ADD c int");
+    EXPECT_EQ(second("BEGIN TRAN SELECT * FROM shop..t"), "a int? | b int? (0 rows)\n");
+    first("COMMIT");
+    EXPECT_EQ(second("INSERT shop..t (c) VALUES (1) COMMIT"), "(1 changed)\n");
+    first("BEGIN TRAN ALTER TABLE t DROP COLUMN c SELECT * FROM t ROLLBACK");
+    EXPECT_EQ(first("SELECT c FROM t"), "c int? = 1 (1 rows)\n");
+    first("USE master ALTER DATABASE shop MODIFY NAME = old");
+    first("CREATE DATABASE shop");
+    EXPECT_TRUE(has(second(kSelect), "Msg 208"));
+    first("DROP DATABASE shop ALTER DATABASE old MODIFY NAME = shop");
+    EXPECT_EQ(second(kSelect), "a int? = NULL | b int? = NULL | c int? = 1 (1 rows)\n");
+}
+
 TEST_F(Sessions, LeaveOnlyCommittedRowsBehind) {
     {
         const auto gone = tsql::openSession(m_engine, {"sa"}, "master", 53);

@@ -54,6 +54,8 @@ TEST_F(StorageTest, KeepsADatabaseOfAnyNameInAFile) {
     m_storage->drop(odd);
     EXPECT_EQ(errorOf([&] { m_storage->drop(odd); }), 3701);
     EXPECT_EQ(errorOf([&] { m_storage->drop("msdb"); }), 3708);
+    EXPECT_THROW(Storage(m_folder / "data"), std::runtime_error) << "one server per directory";
+    m_storage.reset();
     EXPECT_EQ(Storage(m_folder / "data").databases(), system);
 }
 
@@ -117,7 +119,7 @@ TEST_F(StorageTest, RejectsDamagedAndForeignBackups) {
     EXPECT_EQ(errorOf([&] { backupDatabase(*m_storage, "nope", file); }), 911);
     EXPECT_EQ(m_storage->databases().size(), 5u);
     EXPECT_NO_THROW(run("shop", "INSERT INTO t VALUES (1)"));
-    EXPECT_EQ(filesIn(m_folder / "data"), 5u);
+    EXPECT_EQ(filesIn(m_folder / "data"), 6u);  // and the lock
 }
 
 }  // namespace

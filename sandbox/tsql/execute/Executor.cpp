@@ -74,7 +74,7 @@ bool Executor::runBatch(std::string_view text, ResultSink& sink) {
     const RequestEnd end = run(sink, frame, [&] {
         const Finally keepIdentity([&] { m_batchIdentity = frame.identity; });
         m_text = text;
-        const auto batch = parseBatch(text, m_settings.quotedIdentifiers, typesIn(m_database));
+        const auto batch = parsed(m_text, m_database);
         frame.declare(batch->locals);
         runFrame(batch->statements, frame);
     });

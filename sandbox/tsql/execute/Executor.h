@@ -398,9 +398,10 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     std::vector<Message> m_caught;      // errors of the CATCH blocks being executed
     RowChange m_change;                 // change being executed, for its error messages
     std::optional<TableInfo> m_shadow;  // stands for the table whose change INSTEAD OF triggers receive
-    // Tables that the transaction has looked up. They do not change until the transaction itself defines
-    // something.
-    std::unordered_map<std::string, TableInfo> m_knownTables;
+    // Tables that have been looked up. They are valid until the session defines something and, outside
+    // transactions, until the version of the catalogues changes.
+    std::map<std::vector<std::string>, TableInfo> m_knownTables;
+    std::uint64_t m_knownVersion = 0;
     std::string m_text;           // current batch
     int m_line = 1;               // line of the current statement
     int m_tries = 0;              // number of TRY blocks around it

@@ -115,8 +115,12 @@ void Executor::define(const ObjectName& name, const std::function<void(Catalogue
     claim(name);
     Catalogue owner = catalogue(name);
     beforeWrite();
-    Atomic atomic(m_connection, owner.schema());
     m_knownTables.clear();
+    const Finally forget([this] {  // behind the commit or the rollback
+        m_knownTables.clear();
+        m_storage.noteCatalogueChange();
+    });
+    Atomic atomic(m_connection, owner.schema());
     work(owner);
     m_knownTables.clear();
     atomic.commit();

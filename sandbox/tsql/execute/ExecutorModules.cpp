@@ -19,8 +19,8 @@ constexpr std::string_view kMissingProcedures =
     "sp_who "
     "sp_who2 sp_xml_preparedocument xp_cmdshell xp_fileexist xp_instance_regread xp_msver xp_regread";
 
-constexpr std::size_t kParsedTexts = 256;
-constexpr std::size_t kDeepestCall = 33;  // the batch, and 32 calls
+constexpr std::size_t kKeptTexts = 256, kLongestKept = 32'768;  // bytes
+constexpr std::size_t kDeepestCall = 33;                        // the batch, and 32 calls
 
 // Whether the block is one statement without nested statements.
 bool isAlone(const Block& block) {
@@ -111,13 +111,14 @@ Flow Executor::run(const CreateModule& module) try {
 
 // A text with user-defined types is parsed for each use, since another session may replace them.
 std::shared_ptr<const Batch> Executor::parsed(const std::string& text, const std::string& database) {
-    const auto found = m_parsed.find(text);
+    const std::string key = (m_settings.quotedIdentifiers ? "" : "\"") + text;
+    const auto found = m_parsed.find(key);
     if (found != m_parsed.end()) return found->second;
     bool usesTypes = false;
     auto batch = parseBatch(text, m_settings.quotedIdentifiers, typesIn(database, &usesTypes));
-    if (usesTypes) return batch;
-    if (m_parsed.size() >= kParsedTexts) m_parsed.clear();
-    return m_parsed[text] = std::move(batch);
+    if (usesTypes || text.size() > kLongestKept) return batch;
+    if (m_parsed.size() >= kKeptTexts) m_parsed.clear();
+    return m_parsed[key] = std::move(batch);
 }
 
 // The sp_ procedures of master use the caller's database.

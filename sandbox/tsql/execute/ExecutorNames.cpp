@@ -3,6 +3,8 @@
 
 namespace tsql {
 
+constexpr std::size_t kKnownTables = 256;
+
 // ---- variables
 
 TypedValue& Executor::local(std::string_view name) {
@@ -98,17 +100,22 @@ std::optional<TableInfo> Executor::findTable(const ObjectName& name) {
     if (m_frames.back()->schemaName == "sys" && name.name.starts_with("tsqlbox_"))
         return catalogue(name).ownTable(name.name);
     if ((m_checking && name.name.starts_with('#')) || namesChangedRows(name)) return std::nullopt;
-    if (!m_connection.inTransaction()) m_knownTables.clear();
-    const std::string& schemaName = name.schema.empty() ? m_frames.back()->schemaName : name.schema;
-    const std::string key = databaseOf(name) + '/' + schemaName + '/' + name.name;
-    if (const auto known = m_knownTables.find(key); known != m_knownTables.end()) return known->second;
-    const auto found = visibleObject(name);
-    if (!found || found->type != kTable) return std::nullopt;
-    TableInfo table = catalogue(name).tableOf(*found);
-    if (m_shadow && m_shadow->id == table.id && m_shadow->database == table.database) table = *m_shadow;
+    const std::uint64_t version = m_storage.catalogueVersion();
+    if (!m_connection.inTransaction() && std::exchange(m_knownVersion, version) != version)
+        m_knownTables.clear();
+    const std::vector<std::string> key = {databaseOf(name), name.database, name.schema,
+                                          m_frames.back()->schemaName, name.name};
+    auto known = m_knownTables.find(key);
+    if (known == m_knownTables.end()) {
+        const auto found = visibleObject(name);
+        if (!found || found->type != kTable) return std::nullopt;
+        TableInfo table = catalogue(name).tableOf(*found);
+        if (m_shadow && m_shadow->id == table.id && m_shadow->database == table.database) table = *m_shadow;
+        if (m_knownTables.size() >= kKnownTables) m_knownTables.clear();
+        known = m_knownTables.emplace(key, std::move(table)).first;
+    }
     if (awaitsTransaction()) begin({});
-    if (m_connection.inTransaction()) m_knownTables.emplace(key, table);
-    return table;
+    return known->second;
 }
 
 std::optional<ObjectInfo> Executor::object(const ObjectName& name) {

@@ -10,6 +10,7 @@ void Executor::beforeWrite() {
     if (m_doomed) throw sqlError(kTransactionDoomed);
     if (m_transactions == 0 || m_connection.inTransaction()) return;
     m_connection.run("BEGIN");
+    m_knownTables.clear();
     m_connection.run(std::string("SAVEPOINT ").append(kBegin));
     m_givenIdentities.clear();
     m_begun = true;
@@ -17,6 +18,7 @@ void Executor::beforeWrite() {
 }
 
 void Executor::endTransaction(TransactionEvent event) {
+    if (m_begun) m_storage.noteCatalogueChange();  // other sessions see definitions from now on
     m_doomed = m_begun = m_outlivedReset = false;
     m_knownTables.clear();
     m_locks.releaseAll(this, /*ofTransaction=*/true);

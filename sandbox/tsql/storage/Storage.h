@@ -3,6 +3,7 @@
 
 #include <sqlite3.h>
 
+#include <atomic>
 #include <chrono>
 #include <filesystem>
 #include <map>
@@ -41,7 +42,8 @@ struct SessionEntry {
 // The databases of a server. Thread-safe.
 class Storage {
   public:
-    // Creates the directory (mode 0700) and the system databases if missing. Throws std::runtime_error.
+    // Creates the directory (mode 0700) and the system databases if missing. Throws std::runtime_error, also
+    // if another server uses the directory.
     explicit Storage(const std::filesystem::path& directory,
                      const std::vector<std::filesystem::path>& backupFolders = {});
 
@@ -69,6 +71,9 @@ class Storage {
     // Counts the sessions that have a database attached, by its databaseKey(). A database in use by others
     // can be neither dropped nor restored.
     int use(const std::string& key, int change);
+    // Changes when a session changes a catalogue, and attaches or detaches a database.
+    std::uint64_t catalogueVersion() const { return m_catalogueVersion; }
+    void noteCatalogueChange() { ++m_catalogueVersion; }
     // Passes the sessions by id.
     template <typename Work>
     auto withSessions(Work work) const {
@@ -78,9 +83,11 @@ class Storage {
 
   private:
     std::filesystem::path m_directory;
+    SqliteConnection m_lock;  // sessions share what they know of the catalogues: one server per directory
     std::vector<std::filesystem::path> m_backupFolders;  // without links
     mutable std::mutex m_mutex;
     std::map<std::string, int> m_uses;
+    std::atomic<std::uint64_t> m_catalogueVersion = 0;
     mutable std::map<int, SessionEntry> m_sessions;
 };
 
