@@ -19,58 +19,55 @@ constexpr std::int64_t kReserve = std::int64_t{64} << 20;
 thread_local std::int64_t memoryUsed = 0;
 thread_local std::int64_t memoryLimit = std::numeric_limits<std::int64_t>::max() / 2;
 
-sqlite3_mem_methods ofSqlite;  // SQLite's own
+// realloc(3) within the limit of the thread. Returns null beyond it.
+void* reallocate(void* old, std::size_t bytes) {
+    const auto before = static_cast<std::int64_t>(malloc_usable_size(old));
+    const std::int64_t growth = static_cast<std::int64_t>(bytes) - before;
+    const std::int64_t limit = growth < kSmall ? memoryLimit + kReserve : memoryLimit;
+    void* const memory = growth <= limit - memoryUsed ? std::realloc(old, bytes) : nullptr;
+    if (memory != nullptr) memoryUsed += static_cast<std::int64_t>(malloc_usable_size(memory)) - before;
+    return memory;
+}
 
-bool isAllowed(std::int64_t bytes) {
-    return bytes <= (bytes < kSmall ? memoryLimit + kReserve : memoryLimit) - memoryUsed;
+void release(void* memory) {
+    memoryUsed -= static_cast<std::int64_t>(malloc_usable_size(memory));
+    std::free(memory);
 }
 
 }  // namespace
 
 void* operator new(std::size_t bytes) {
-    void* const memory = isAllowed(static_cast<std::int64_t>(bytes)) ? std::malloc(bytes) : nullptr;
-    if (memory == nullptr) throw std::bad_alloc();
-    memoryUsed += static_cast<std::int64_t>(malloc_usable_size(memory));
-    return memory;
+    if (void* const memory = reallocate(nullptr, bytes)) return memory;
+    throw std::bad_alloc();
 }
 
 // The library's own calls the one above, but that of the address sanitizer does not.
-void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept try {
-    return operator new(bytes);
-} catch (const std::bad_alloc&) {
-    return nullptr;
+void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept {
+    return reallocate(nullptr, bytes);
 }
 
 void operator delete(void* memory) noexcept {
-    memoryUsed -= static_cast<std::int64_t>(malloc_usable_size(memory));
-    std::free(memory);
+    release(memory);
 }
 
 void operator delete(void* memory, std::size_t) noexcept {
-    operator delete(memory);
+    release(memory);
 }
 
 namespace server {
 
 void countMemoryOfSqlite() {
-    sqlite3_config(SQLITE_CONFIG_GETMALLOC, &ofSqlite);
-    sqlite3_mem_methods counting = ofSqlite;
-    counting.xMalloc = [](int bytes) {
-        void* const memory = isAllowed(bytes) ? ofSqlite.xMalloc(bytes) : nullptr;
-        if (memory != nullptr) memoryUsed += ofSqlite.xSize(memory);
-        return memory;
-    };
-    counting.xRealloc = [](void* old, int bytes) {
-        const int before = ofSqlite.xSize(old);
-        void* const memory = isAllowed(bytes - before) ? ofSqlite.xRealloc(old, bytes) : nullptr;
-        if (memory != nullptr) memoryUsed += ofSqlite.xSize(memory) - before;
-        return memory;
-    };
-    counting.xFree = [](void* memory) {
-        memoryUsed -= ofSqlite.xSize(memory);
-        ofSqlite.xFree(memory);
-    };
-    sqlite3_config(SQLITE_CONFIG_MALLOC, &counting);
+    const auto resize = [](void* old, int bytes) { return reallocate(old, static_cast<std::size_t>(bytes)); };
+    static const sqlite3_mem_methods methods = {
+        [](int bytes) { return reallocate(nullptr, static_cast<std::size_t>(bytes)); },
+        release,
+        resize,
+        [](void* memory) { return static_cast<int>(malloc_usable_size(memory)); },
+        [](int bytes) { return bytes; },
+        [](void*) { return SQLITE_OK; },
+        [](void*) {},
+        nullptr};
+    sqlite3_config(SQLITE_CONFIG_MALLOC, &methods);
 }
 
 void limitMemoryOfThread(std::size_t bytes) {

@@ -12,8 +12,8 @@ using boost::replace_all;
 // Columns of a view, as "name type = expression; ...", and its FROM clause. Placeholders:
 //   $o, $c  tables of the catalogue       $d  name of the database     $s  SQLite's name of its schema
 //   $L      list of databases (name, id)  $C  name of the collation    $S  list of sessions
-//   $T      list of types (type)          $q  sqlite_sequence          $PART n  a number of a sequence
-//   $I      ODBC's list of types          $p, $m  users, roles, logins; members of roles
+//   $T      list of types (type)          $.  prefix of other tables   $PART n  a number of a sequence
+//   $I      ODBC's list of types
 //   $EACH(list$)  its names, none of which contains ", ", as rows of `key` (from 0) and `value`
 //   $SCHEMA_ID  number of the schema of object o    $PRIMARY_KEY  list of the columns of table r's primary
 //   key $OBJECT, $TYPE, $NAMED, $KIND, $STATE, $TABLE, $CONSTRAINT, $SPECIFIC, $INDEX, $USER: the fragments
@@ -35,7 +35,11 @@ WHEN 'FN' THEN 'SQL_SCALAR_FUNCTION' WHEN 'TF' THEN 'SQL_TABLE_VALUED_FUNCTION' 
 'PRIMARY_KEY_CONSTRAINT' WHEN 'UQ' THEN 'UNIQUE_CONSTRAINT' WHEN 'TR' THEN 'SQL_TRIGGER' WHEN 'SO' THEN
 'SEQUENCE_OBJECT' WHEN 'F' THEN 'FOREIGN_KEY_CONSTRAINT' WHEN 'D'
 THEN 'DEFAULT_CONSTRAINT' ELSE 'CHECK_CONSTRAINT' END)"},
-    {"$COLUMN", R"(object_id int = c.object; name sysname = c.name; column_id int = c.ordinal; $TYPE)"},
+    {"$COLUMN",
+     R"(object_id int = c.object; name sysname = c.name; column_id int = c.ordinal; $TYPE; collation_name sysname = CASE
+ts_type_family(c.type) WHEN 't' THEN '$C' END; is_nullable bit = c.nullable; is_identity bit = c.identity = 1; is_computed
+bit = c.identity > 1; default_object_id int = coalesce((SELECT d.id FROM $o d WHERE d.type = 'D' AND d.parent = c.object
+AND d.keys = c.name), 0))"},
     {"$TYPE",
      R"(system_type_id tinyint = iif($ISTABLE, 243, ts_type_number(c.type)); user_type_id int =
 iif(c.output > 1, (c.output >> 1) + 256, ts_type_number(c.type)); max_length smallint = ts_type_length(c.type); precision tinyint = ts_type_precision(c.type); scale tinyint =
@@ -110,10 +114,6 @@ constexpr std::string_view kModules = "$o o WHERE o.type IN ('P', 'FN', 'IF', 'T
 constexpr std::string_view kRoutines = "$o o WHERE o.type IN ('P', 'FN', 'IF', 'TF')";
 constexpr std::string_view kIndexes = "$o o WHERE o.type IN ('IX', 'PK', 'UQ')";
 constexpr std::string_view kAllColumns = "$c c JOIN $o o ON o.id = c.object WHERE o.type IN ('U', 'V', 'TT')";
-constexpr std::string_view kColumns =
-    R"($COLUMN; collation_name sysname = CASE ts_type_family(c.type) WHEN 't' THEN '$C' END; is_nullable bit =
-c.nullable; is_identity bit = c.identity = 1; is_computed bit = c.identity > 1; default_object_id int = coalesce((SELECT d.id FROM $o d WHERE d.type =
-'D' AND d.parent = c.object AND d.keys = c.name), 0))";
 
 constexpr ViewText kViews[] = {
     {"sys", "databases",
@@ -192,21 +192,22 @@ c.object = o.parent AND c.name = k.value COLLATE ts_ci WHERE o.type IN ('IX', 'P
     {"", "sysindexes", "name sysname = ts_bare_name(o.name); id int = o.parent; indid smallint = $INDEX",
      kIndexes},
     {"sys", "schemas", "name sysname = s.name; schema_id int = s.id; principal_id int = s.owner", "$SCHEMAS"},
-    {"sys", "database_principals", "$USER; default_schema_name sysname = p.home", "$p p WHERE NOT p.login"},
+    {"sys", "database_principals", "$USER; default_schema_name sysname = p.home",
+     "$.tsqlbox_principals p WHERE NOT p.login"},
     {"sys", "server_principals", "$USER; is_disabled bit = 0; default_database_name sysname = p.home",
-     "$p p WHERE p.login"},
-    {"sys", "database_role_members", "role_principal_id int = role; member_principal_id int = member", "$m"},
+     "$.tsqlbox_principals p WHERE p.login"},
+    {"sys", "database_role_members", "role_principal_id int = role; member_principal_id int = member",
+     "$.tsqlbox_members"},
     {"sys", "types", "$ANYTYPE", "$T t"},
     {"sys", "table_types", "$ANYTYPE; type_table_object_id int = t.object", "$T t WHERE t.kind = 'TT'"},
-    {"sys", "columns", kColumns, kAllColumns},
-    {"sys", "all_columns", kColumns, kAllColumns},
+    {"sys", "columns", "$COLUMN", kAllColumns},
+    {"sys", "all_columns", "$COLUMN", kAllColumns},
     {"sys", "identity_columns",
-     R"($COLUMN; is_nullable bit = c.nullable; is_identity bit = 1; is_computed bit = 0; 
-seed_value bigint = coalesce(('[' || o.keys || ']') ->> 0, 1); increment_value bigint = coalesce(('[' || o.keys || ']') ->> 1, 1))",
+     R"($COLUMN; seed_value bigint = coalesce(('[' || o.keys || ']') ->> 0, 1); increment_value bigint =
+coalesce(('[' || o.keys || ']') ->> 1, 1))",
      "$c c JOIN $o o ON o.id = c.object WHERE c.identity = 1"},
     {"sys", "computed_columns",
-     R"($COLUMN; is_nullable bit = c.nullable; is_computed bit = 1; is_identity bit = 0;
-definition nvarchar(max) = '(' || c.fallback || ')'; is_persisted bit = c.identity > 2)",
+     "$COLUMN; definition nvarchar(max) = '(' || c.fallback || ')'; is_persisted bit = c.identity > 2",
      "$c c WHERE c.identity > 1"},
     {"sys", "extended_properties",
      R"(class tinyint = NULL; class_desc nvarchar(60) = NULL; major_id int = NULL; minor_id int = NULL;
@@ -216,7 +217,8 @@ name sysname = NULL; value nvarchar(4000) = NULL)",
      R"($OBJECT; start_value bigint = $PART 0; increment bigint = $PART 1; minimum_value bigint = $PART 2; maximum_value
 bigint = $PART 3; is_cycling bit = $PART 4; is_cached bit = 1; cache_size int = NULL; $TYPE; current_value bigint =
 ts_sequence_value(o.stored, max(q.seq - 1, 0)); is_exhausted bit = ts_sequence_value(o.stored, q.seq) IS NULL)",
-     "$o o JOIN $c c ON c.object = o.id JOIN $q q ON q.name = '@sequence ' || o.id WHERE o.type = 'SO'"},
+     "$o o JOIN $c c ON c.object = o.id JOIN $.sqlite_sequence q ON q.name = '@sequence ' || o.id WHERE "
+     "o.type = 'SO'"},
     {"sys", "triggers",
      R"($OBJECT; parent_class tinyint = 1; parent_class_desc nvarchar(60) = 'OBJECT_OR_COLUMN'; parent_id int = o.parent;
 is_disabled bit = o.stored <> ''; is_not_for_replication bit = 0; is_instead_of_trigger bit = o.keys GLOB 'INSTEAD*')",
@@ -247,7 +249,7 @@ s.blocker)",
      "$S s"},
     {"INFORMATION_SCHEMA", "SCHEMATA",
      R"(CATALOG_NAME sysname = $d; SCHEMA_NAME sysname = s.name; SCHEMA_OWNER sysname =
-(SELECT p.name FROM $p p WHERE p.id = s.owner AND NOT p.login))",
+(SELECT p.name FROM $.tsqlbox_principals p WHERE p.id = s.owner AND NOT p.login))",
      "$SCHEMAS"},
     {"INFORMATION_SCHEMA", "TABLE_CONSTRAINTS",
      R"($CONSTRAINT; $TABLE; CONSTRAINT_TYPE varchar(11) = CASE n.type WHEN 'PK' THEN 'PRIMARY KEY' WHEN 'UQ' THEN
@@ -385,9 +387,7 @@ std::optional<SystemView> systemView(std::string_view schema, std::string_view n
         const std::string prefix = std::string(sqliteSchema) + ".";
         replace_all(found.sql, "$o", temporary ? kTemporaryObjects : prefix + "tsqlbox_objects");
         replace_all(found.sql, "$c", temporary ? kTemporaryColumns : prefix + "tsqlbox_columns");
-        replace_all(found.sql, "$p", prefix + "tsqlbox_principals");
-        replace_all(found.sql, "$m", prefix + "tsqlbox_members");
-        replace_all(found.sql, "$q", prefix + "sqlite_sequence");
+        replace_all(found.sql, "$.", prefix);
         replace_all(found.sql, "$d", quotedText(database));
         replace_all(found.sql, "$s", quotedText(databaseKey(database)));
         replace_all(found.sql, "$C", kCollationName);
