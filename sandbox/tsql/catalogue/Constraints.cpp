@@ -1,5 +1,7 @@
 #include "catalogue/Constraints.h"
 
+#include <boost/algorithm/string/erase.hpp>
+
 #include "syntax/Parser.h"
 
 namespace tsql {
@@ -116,9 +118,7 @@ SqlError BrokenConstraint::brokenReference() const {
 // with NULL.
 SqlError BrokenConstraint::duplicateKey(std::string columns) const {
     const TableInfo& target = m_change.target;
-    const std::string prefix = target.stored + ".";
-    for (std::size_t at = 0; (at = columns.find(prefix, at)) != std::string::npos;)
-        columns.erase(at, prefix.size());
+    boost::erase_all(columns, target.stored + ".");
     for (const auto& key : m_catalogue.keysOf(target.id)) {
         const std::string index = "index '" + key.name + "@" + std::to_string(target.id);
         const bool isNamed = columns == index + "'" || columns == index + std::string(kNullsSuffix) + "'";
