@@ -15,20 +15,15 @@ namespace {
 
 constexpr int kWrongCommandLine = 2;  // exit code
 constexpr int kFirstKey = 256;        // keys of long options for argp(3), above all characters
-constexpr std::size_t kMaxLoginSeconds = 3600;
-constexpr std::size_t kMaxConnections = 32'000;
-constexpr std::size_t kMaxMebibytes = std::size_t{1} << 20;
+constexpr int kMaxMebibytes = 1 << 20;
 
-struct UsageError : std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
+using UsageError = std::invalid_argument;
 
 const std::map<std::string, tds::EncryptionMode> kEncryptionModes = {
     {"login", tds::EncryptionMode::Login},
     {"none", tds::EncryptionMode::None},
     {"on", tds::EncryptionMode::On},
-    {"required", tds::EncryptionMode::Required},
-};
+    {"required", tds::EncryptionMode::Required}};
 
 const std::map<std::string, int> kTlsVersions = {
     {"1.1", TLS1_1_VERSION}, {"1.2", TLS1_2_VERSION}, {"1.3", TLS1_3_VERSION}};
@@ -40,15 +35,6 @@ Value valueNamed(const std::string& name, const std::map<std::string, Value>& va
     if (found != values.end()) return found->second;
     throw UsageError("'" + name + "' is none of " +
                      tsql::commaList(values, [](auto& each) { return each.first; }));
-}
-
-std::size_t numberIn(std::string_view text, std::size_t least, std::size_t most) {
-    std::size_t number = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error != std::errc() || end != text.data() + text.size() || number < least || number > most)
-        throw UsageError("'" + std::string(text) + "' is no number from " + std::to_string(least) + " to " +
-                         std::to_string(most));
-    return number;
 }
 
 // An option of the command line.
@@ -64,10 +50,15 @@ void setText(Options& options, const char* value) {
     options.*Member = value;
 }
 
-template <auto Member, std::size_t least, std::size_t most>
+template <auto Member, int least, int most>
 void setNumber(Options& options, const char* value) {
-    using Number = std::remove_reference_t<decltype(options.*Member)>;
-    options.*Member = static_cast<Number>(numberIn(value, least, most));
+    int number = -1;
+    const char* const end = value + std::strlen(value);
+    const auto [rest, error] = std::from_chars(value, end, number);
+    if (error != std::errc() || rest != end || number < least || number > most)
+        throw UsageError("'" + std::string(value) + "' is no number from " + std::to_string(least) + " to " +
+                         std::to_string(most));
+    options.*Member = static_cast<std::remove_reference_t<decltype(options.*Member)>>(number);
 }
 
 constexpr Entry kEntries[] = {
@@ -96,15 +87,14 @@ constexpr Entry kEntries[] = {
     {"keytab", "FILE", "keytab of the server's service principals, for Kerberos logins",
      setText<&Options::keytab>},
     {"max-connections", "N", "maximum number of connected clients (512)",
-     setNumber<&Options::maxConnections, 1, kMaxConnections>},
+     setNumber<&Options::maxConnections, 1, 32'000>},
     {"session-memory", "MIB", "maximum memory of a session (1024)",
      setNumber<&Options::sessionMebibytes, 16, kMaxMebibytes>},
     {"session-files", "MIB", "maximum size of a session's temporary files (4096)",
      setNumber<&Options::temporaryMebibytes, 1, kMaxMebibytes>},
     {"backup-folder", "DIR", "folder that BACKUP may write to, besides --data; may be repeated",
      [](Options& options, const char* value) { options.backupFolders.emplace_back(value); }},
-    {"login-timeout", "SECONDS", "time limit of a login (15)",
-     setNumber<&Options::loginSeconds, 1, kMaxLoginSeconds>},
+    {"login-timeout", "SECONDS", "time limit of a login (15)", setNumber<&Options::loginSeconds, 1, 3600>},
     {"stop-at-eof", nullptr, "exit at the end of standard input",
      [](Options& options, const char*) { options.stopAtEndOfInput = true; }},
 };

@@ -9,9 +9,9 @@
 #include <limits>
 #include <new>
 
-// ---- Memory --------------------------------------------------------------------------------------------
-
 namespace {
+
+// ---- memory
 
 constexpr std::int64_t kSmall = std::int64_t{64} << 10;
 constexpr std::int64_t kReserve = std::int64_t{64} << 20;
@@ -34,28 +34,6 @@ void release(void* memory) {
     std::free(memory);
 }
 
-}  // namespace
-
-void* operator new(std::size_t bytes) {
-    if (void* const memory = reallocate(nullptr, bytes)) return memory;
-    throw std::bad_alloc();
-}
-
-// The library's own calls the one above, but that of the address sanitizer does not.
-void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept {
-    return reallocate(nullptr, bytes);
-}
-
-void operator delete(void* memory) noexcept {
-    release(memory);
-}
-
-void operator delete(void* memory, std::size_t) noexcept {
-    release(memory);
-}
-
-namespace server {
-
 void countMemoryOfSqlite() {
     const auto resize = [](void* old, int bytes) { return reallocate(old, static_cast<std::size_t>(bytes)); };
     static const sqlite3_mem_methods methods = {
@@ -70,15 +48,7 @@ void countMemoryOfSqlite() {
     sqlite3_config(SQLITE_CONFIG_MALLOC, &methods);
 }
 
-void limitMemoryOfThread(std::size_t bytes) {
-    memoryLimit = memoryUsed + static_cast<std::int64_t>(bytes);
-}
-
-}  // namespace server
-
-// ---- Temporary files -----------------------------------------------------------------------------------
-
-namespace {
+// ---- temporary files
 
 constexpr int kTemporary =
     SQLITE_OPEN_TEMP_DB | SQLITE_OPEN_TRANSIENT_DB | SQLITE_OPEN_SUBJOURNAL | SQLITE_OPEN_TEMP_JOURNAL;
@@ -138,10 +108,6 @@ int openCounted(sqlite3_vfs* /*system*/, const char* name, sqlite3_file* file, i
     return code;
 }
 
-}  // namespace
-
-namespace server {
-
 void countTemporaryFiles() {
     realSystem = sqlite3_vfs_find(nullptr);
     static sqlite3_vfs system = *realSystem;
@@ -151,8 +117,36 @@ void countTemporaryFiles() {
     sqlite3_vfs_register(&system, /*makeDflt=*/1);
 }
 
-void limitTemporaryFilesOfThread(std::size_t bytes) {
-    filesLimit = filesUsed + static_cast<std::int64_t>(bytes);
+}  // namespace
+
+void* operator new(std::size_t bytes) {
+    if (void* const memory = reallocate(nullptr, bytes)) return memory;
+    throw std::bad_alloc();
+}
+
+// The library's own calls the one above, but that of the address sanitizer does not.
+void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept {
+    return reallocate(nullptr, bytes);
+}
+
+void operator delete(void* memory) noexcept {
+    release(memory);
+}
+
+void operator delete(void* memory, std::size_t) noexcept {
+    release(memory);
+}
+
+namespace server {
+
+void countResources() {
+    countMemoryOfSqlite();
+    countTemporaryFiles();
+}
+
+void limitThread(std::size_t bytesOfMemory, std::size_t bytesOfFiles) {
+    memoryLimit = memoryUsed + static_cast<std::int64_t>(bytesOfMemory);
+    filesLimit = filesUsed + static_cast<std::int64_t>(bytesOfFiles);
 }
 
 }  // namespace server
