@@ -67,6 +67,9 @@ o.source GLOB 'WITH NOCHECK *')"},
 char(1) = p.type; type_desc nvarchar(60) = CASE p.type WHEN 'R' THEN iif(p.login, 'SERVER', 'DATABASE') || '_ROLE' WHEN
 'S' THEN 'SQL_' ELSE 'WINDOWS_' END || iif(p.type = 'R', '', iif(p.login, 'LOGIN', 'USER')); create_date datetime =
 p.created; modify_date datetime = p.created; owning_principal_id int = p.owner; is_fixed_role bit = p.id > 16383)"},
+    {"$CLASS",
+     R"(class tinyint = g.class; class_desc nvarchar(60) = CASE g.class WHEN 0 THEN 'DATABASE' WHEN 1 THEN 'OBJECT_OR_COLUMN'
+ELSE 'SCHEMA' END; major_id int = g.major + iif(g.class = 3, 4, 0))"},
     {"$PART", "('[' || o.stored || ']') ->> "},
     {"$PRIMARY_KEY", "(SELECT p.keys FROM $o p WHERE p.parent = r.id AND p.type = 'PK')"},
     {"$EACH(", "json_each('[' || replace(json_quote("},
@@ -191,10 +194,8 @@ c.object = o.parent AND c.name = k.value COLLATE ts_ci WHERE o.type IN ('IX', 'P
     {"sys", "database_role_members", "role_principal_id int = role; member_principal_id int = member",
      "$.tsqlbox_members"},
     {"sys", "database_permissions",
-     R"(class tinyint = g.class; class_desc nvarchar(60) = CASE g.class WHEN 0 THEN 'DATABASE' WHEN 1 THEN 'OBJECT_OR_COLUMN'
-ELSE 'SCHEMA' END; major_id int = g.major + iif(g.class = 3, 4, 0); minor_id int = 0; grantee_principal_id int = g.grantee;
-grantor_principal_id int = 1; type char(4) = g.code; permission_name nvarchar(128) = g.name; state char(1) = g.state;
-state_desc nvarchar(60) = iif(g.state = 'D', 'DENY', 'GRANT'))",
+     R"($CLASS; minor_id int = 0; grantee_principal_id int = g.grantee; grantor_principal_id int = 1; type char(4) = g.code;
+permission_name nvarchar(128) = g.name; state char(1) = g.state; state_desc nvarchar(60) = iif(g.state = 'D', 'DENY', 'GRANT'))",
      "$.tsqlbox_permissions g"},
     {"sys", "types", "$ANYTYPE", "$T t"},
     {"sys", "table_types", "$ANYTYPE; type_table_object_id int = t.object", "$T t WHERE t.kind = 'TT'"},
@@ -208,9 +209,8 @@ coalesce(('[' || o.keys || ']') ->> 1, 1))",
      "$COLUMN; definition nvarchar(max) = '(' || c.fallback || ')'; is_persisted bit = c.identity > 2",
      "$c c WHERE c.identity > 1"},
     {"sys", "extended_properties",
-     R"(class tinyint = NULL; class_desc nvarchar(60) = NULL; major_id int = NULL; minor_id int = NULL;
-name sysname = NULL; value nvarchar(4000) = NULL)",
-     "$o o WHERE 0"},
+     "$CLASS; minor_id int = g.minor; name sysname = g.name; value nvarchar(4000) = g.value",
+     "$.tsqlbox_properties g"},
     {"sys", "sequences",
      R"($OBJECT; start_value bigint = $PART 0; increment bigint = $PART 1; minimum_value bigint = $PART 2; maximum_value
 bigint = $PART 3; is_cycling bit = $PART 4; is_cached bit = 1; cache_size int = NULL; $TYPE; current_value bigint =

@@ -11,8 +11,8 @@ struct Frame;
 // A procedure of the system. Its body is a function of Executor or, if that is null, T-SQL.
 struct SystemProcedure {
     std::string_view name;
-    std::string_view parameters;  // in T-SQL
-    std::string_view text = "RETURN";
+    std::string_view parameters;       // in T-SQL
+    std::string_view text = "RETURN";  // @procedure is its name
     int (Executor::*body)(const Frame& frame) = nullptr;
     int failed = 1;  // return value after an error in `body`
 };
