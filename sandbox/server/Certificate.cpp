@@ -15,6 +15,7 @@
 #include <cstring>
 #include <ctime>
 
+#include "FileDescriptor.h"
 #include "types/Text.h"
 
 namespace server {
@@ -95,8 +96,8 @@ void replaceFile(const std::filesystem::path& path, mode_t mode, Write write) {
     std::filesystem::rename(replacement, path);
 }
 
-}  // namespace
-
+// While the result lives, other processes that lock the same certificate wait: none sees a certificate with
+// the key of another one.
 FileDescriptor lockCertificate(const CertificateFiles& files) {
     const std::filesystem::path folder = std::filesystem::absolute(files.certificate).parent_path();
     FileDescriptor lock(folder.c_str(), O_RDONLY | O_DIRECTORY);
@@ -106,7 +107,6 @@ FileDescriptor lockCertificate(const CertificateFiles& files) {
 
 void createSelfSigned(const CertificateFiles& files, const std::vector<std::string>& names) {
     constexpr mode_t kPrivate = 0600, kReadable = 0644;
-    if (isUsable(files, names)) return;
     const Key key(EVP_EC_gen("P-256"));
     if (!key) throwTlsError("no key can be generated");
     const Certificate certificate = makeCertificate(*key, names);
@@ -117,7 +117,13 @@ void createSelfSigned(const CertificateFiles& files, const std::vector<std::stri
                 [&](std::FILE* file) { return PEM_write_X509(file, certificate.get()); });
 }
 
-tds::TlsContext loadTlsContext(const CertificateFiles& files, int newestTls) {
+}  // namespace
+
+tds::TlsContext openTls(const CertificateFiles& files, const std::vector<std::string>& selfSignedNames,
+                        int newestTls) {
+    const FileDescriptor lock = lockCertificate(files);
+    if (!selfSignedNames.empty() && !isUsable(files, selfSignedNames))
+        createSelfSigned(files, selfSignedNames);
     tds::TlsContext context(SSL_CTX_new(TLS_server_method()));
     if (!context) throw std::bad_alloc();
     SSL_CTX_set_min_proto_version(context.get(), std::min(newestTls, TLS1_2_VERSION));

@@ -60,13 +60,6 @@ const sigset_t kStopSignals = [] {
     return signals;
 }();
 
-tds::TlsContext openTls(const Options& options) {
-    if (options.encryption == tds::EncryptionMode::None) return nullptr;
-    const FileDescriptor lock = lockCertificate(options.tlsFiles);
-    if (!options.selfSignedNames.empty()) createSelfSigned(options.tlsFiles, options.selfSignedNames);
-    return loadTlsContext(options.tlsFiles, options.newestTls);
-}
-
 }  // namespace
 
 void blockStopSignals() {
@@ -76,7 +69,9 @@ void blockStopSignals() {
 Listener::Listener(const Options& options, const tds::Credentials& credentials, tsql::Engine& engine)
     : m_options(options),
       m_engine(engine),
-      m_tls(openTls(options)),
+      m_tls(options.encryption == tds::EncryptionMode::None
+                ? nullptr
+                : openTls(options.tlsFiles, options.selfSignedNames, options.newestTls)),
       m_keytab(options.keytab.empty() ? nullptr : std::make_unique<tds::Keytab>(options.keytab)),
       m_settings{credentials, tsql::hostName(), options.encryption.value(),
                  m_tls.get(), m_keytab.get(),   std::chrono::seconds(options.loginSeconds)},
@@ -170,18 +165,16 @@ void Listener::startSession(FileDescriptor socket, std::uint32_t address) {
 }
 
 void Listener::serve(int client, int sessionId) {
-    limitMemoryOfThread(m_options.sessionMebibytes << 20);
-    limitTemporaryFilesOfThread(m_options.temporaryMebibytes << 20);
-    tds::ClientConnection(client, sessionId, m_engine, m_settings, [&] { noteLogin(sessionId); }).run();
+    limitThread(m_options.sessionMebibytes << 20, m_options.temporaryMebibytes << 20);
+    const auto noteLogin = [&] {
+        const std::lock_guard lock(m_mutex);
+        State& state = m_clients.at(sessionId).state;
+        if (state == State::AwaitsLogin) state = State::Served;
+    };
+    tds::ClientConnection(client, sessionId, m_engine, m_settings, noteLogin).run();
     const std::lock_guard lock(m_mutex);
     m_clients.erase(sessionId);
     m_sessionEnded.notify_all();
-}
-
-void Listener::noteLogin(int sessionId) {
-    const std::lock_guard lock(m_mutex);
-    Client& client = m_clients.at(sessionId);
-    if (client.state == State::AwaitsLogin) client.state = State::Served;
 }
 
 }  // namespace server

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "ClientConnection.h"
+#include "FileDescriptor.h"
 #include "Options.h"
 
 namespace server {
@@ -26,7 +27,6 @@ class Listener {
     void startSession(FileDescriptor client, std::uint32_t address);
     bool makePlace();
     void serve(int client, int sessionId);
-    void noteLogin(int sessionId);
 
     enum class State { AwaitsLogin, Served, Dropped };
     struct Client {

@@ -1,159 +1,83 @@
 #include "Options.h"
 
-#include <argp.h>
-
-#include <charconv>
-#include <iterator>
-#include <map>
-#include <sstream>
-#include <type_traits>
-
-#include "types/Text.h"
+#include <CLI/CLI.hpp>
 
 namespace server {
 namespace {
 
 constexpr int kWrongCommandLine = 2;  // exit code
-constexpr int kFirstKey = 256;        // keys of long options for argp(3), above all characters
-constexpr std::size_t kMaxLoginSeconds = 3600;
-constexpr std::size_t kMaxConnections = 32'000;
-constexpr std::size_t kMaxMebibytes = std::size_t{1} << 20;
-
-struct UsageError : std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
+constexpr int kMaxMebibytes = 1 << 20;
 
 const std::map<std::string, tds::EncryptionMode> kEncryptionModes = {
     {"login", tds::EncryptionMode::Login},
     {"none", tds::EncryptionMode::None},
     {"on", tds::EncryptionMode::On},
-    {"required", tds::EncryptionMode::Required},
-};
+    {"required", tds::EncryptionMode::Required}};
 
 const std::map<std::string, int> kTlsVersions = {
     {"1.1", TLS1_1_VERSION}, {"1.2", TLS1_2_VERSION}, {"1.3", TLS1_3_VERSION}};
 
-// Returns the value of a name. Throws UsageError with the known names for another one.
-template <typename Value>
-Value valueNamed(const std::string& name, const std::map<std::string, Value>& values) {
-    const auto found = values.find(name);
-    if (found != values.end()) return found->second;
-    throw UsageError("'" + name + "' is none of " +
-                     tsql::commaList(values, [](auto& each) { return each.first; }));
-}
-
-std::size_t numberIn(std::string_view text, std::size_t least, std::size_t most) {
-    std::size_t number = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error != std::errc() || end != text.data() + text.size() || number < least || number > most)
-        throw UsageError("'" + std::string(text) + "' is no number from " + std::to_string(least) + " to " +
-                         std::to_string(most));
-    return number;
-}
-
-// An option of the command line.
-struct Entry {
-    const char* name;
-    const char* value;  // its name in the usage; null: a flag
-    const char* help;
-    void (*set)(Options& options, const char* value);
-};
-
-template <auto Member>
-void setText(Options& options, const char* value) {
-    options.*Member = value;
-}
-
-template <auto Member, std::size_t least, std::size_t most>
-void setNumber(Options& options, const char* value) {
-    using Number = std::remove_reference_t<decltype(options.*Member)>;
-    options.*Member = static_cast<Number>(numberIn(value, least, most));
-}
-
-constexpr Entry kEntries[] = {
-    {"data", "DIR", "directory of the databases; created if missing (required)",
-     setText<&Options::dataDirectory>},
-    {"port", "N", "TCP port (1433); 0: any free port", setNumber<&Options::port, 0, 65535>},
-    {"login", "NAME", "login name for clients (required)", setText<&Options::login>},
-    {"password-file", "FILE", "file with the password of the login in its first line (required)",
-     setText<&Options::passwordFile>},
-    {"listen", "ADDRESS", "IPv4 address to listen on (127.0.0.1)", setText<&Options::listenAddress>},
-    {"allow-remote", nullptr, "permit a --listen address that other hosts can reach",
-     [](Options& options, const char*) { options.allowRemote = true; }},
-    {"tls-cert", "FILE", "PEM file of the certificate and its intermediate certificates",
-     [](Options& options, const char* value) { options.tlsFiles.certificate = value; }},
-    {"tls-key", "FILE", "PEM file of its key",
-     [](Options& options, const char* value) { options.tlsFiles.key = value; }},
-    {"tls-self-signed", "NAME,...", "create the two files above for these host names and addresses",
-     [](Options& options, const char* value) {
-         std::istringstream names(value);
-         for (std::string name; std::getline(names, name, ',');) options.selfSignedNames.push_back(name);
-     }},
-    {"encryption", "MODE", "none, login, on or required (with --tls-cert: on; else none)",
-     [](Options& options, const char* value) { options.encryption = valueNamed(value, kEncryptionModes); }},
-    {"tls-max", "VERSION", "newest TLS version: 1.1, 1.2 or 1.3 (1.2)",
-     [](Options& options, const char* value) { options.newestTls = valueNamed(value, kTlsVersions); }},
-    {"keytab", "FILE", "keytab of the server's service principals, for Kerberos logins",
-     setText<&Options::keytab>},
-    {"max-connections", "N", "maximum number of connected clients (512)",
-     setNumber<&Options::maxConnections, 1, kMaxConnections>},
-    {"session-memory", "MIB", "maximum memory of a session (1024)",
-     setNumber<&Options::sessionMebibytes, 16, kMaxMebibytes>},
-    {"session-files", "MIB", "maximum size of a session's temporary files (4096)",
-     setNumber<&Options::temporaryMebibytes, 1, kMaxMebibytes>},
-    {"backup-folder", "DIR", "folder that BACKUP may write to, besides --data; may be repeated",
-     [](Options& options, const char* value) { options.backupFolders.emplace_back(value); }},
-    {"login-timeout", "SECONDS", "time limit of a login (15)",
-     setNumber<&Options::loginSeconds, 1, kMaxLoginSeconds>},
-    {"stop-at-eof", nullptr, "exit at the end of standard input",
-     [](Options& options, const char*) { options.stopAtEndOfInput = true; }},
-};
-
-void require(bool isTrue, const char* text) {
-    if (!isTrue) throw UsageError(text);
-}
-
-void checkAndComplete(Options& options) {
-    const bool hasCertificate = !options.tlsFiles.certificate.empty();
-    require(!options.dataDirectory.empty(), "--data is required");
-    require(!options.login.empty(), "--login is required");
-    require(!options.passwordFile.empty(), "--password-file is required");
-    require(hasCertificate != options.tlsFiles.key.empty(), "--tls-cert and --tls-key require each other");
-    require(hasCertificate || options.selfSignedNames.empty(), "--tls-self-signed requires --tls-cert");
-    if (!options.encryption)
-        options.encryption = hasCertificate ? tds::EncryptionMode::On : tds::EncryptionMode::None;
-    require(hasCertificate || options.encryption == tds::EncryptionMode::None,
-            "--encryption requires --tls-cert");
-}
-
-// Handles an option or the end of the command line. argp(3) itself reports unknown options and missing
-// values.
-error_t handle(int key, char* value, argp_state* state) {
-    auto& options = *static_cast<Options*>(state->input);
-    const bool isOption = key >= kFirstKey && key < kFirstKey + std::ssize(kEntries);
-    const Entry* const entry = isOption ? &kEntries[key - kFirstKey] : nullptr;
-    try {
-        if (isOption) entry->set(options, value);
-        if (key == ARGP_KEY_END) checkAndComplete(options);
-    } catch (const UsageError& error) {
-        const std::string option = isOption ? "--" + std::string(entry->name) + ": " : "";
-        argp_error(state, "%s%s", option.c_str(), error.what());  // exits
-    }
-    return isOption || key == ARGP_KEY_END ? 0 : ARGP_ERR_UNKNOWN;
+void addOptions(CLI::App& app, Options& options) {
+    const auto add = [&](const char* name, auto& value, const char* type, const char* help) {
+        return app.add_option(name, value, help)->option_text(type)->allow_extra_args(false)->take_last();
+    };
+    add("--data", options.dataDirectory, "DIR", "directory of the databases; created if missing (required)")
+        ->required();
+    add("--port", options.port, "N", "TCP port (1433); 0: any free port")->check(CLI::Range(0, 65535));
+    add("--login", options.login, "NAME", "login name for clients (required)")->required();
+    add("--password-file", options.passwordFile, "FILE",
+        "file with the password of the login in its first line (required)")
+        ->required();
+    add("--listen", options.listenAddress, "ADDRESS", "IPv4 address to listen on (127.0.0.1)");
+    app.add_flag("--allow-remote", options.allowRemote,
+                 "permit a --listen address that other hosts can reach");
+    auto* const certificate = add("--tls-cert", options.tlsFiles.certificate, "FILE",
+                                  "PEM file of the certificate and its intermediate certificates");
+    auto* const key = add("--tls-key", options.tlsFiles.key, "FILE", "PEM file of its key");
+    certificate->needs(key);
+    key->needs(certificate);
+    add("--tls-self-signed", options.selfSignedNames, "NAME,...",
+        "create the two files above for these host names and addresses")
+        ->delimiter(',')
+        ->take_all()
+        ->needs(certificate);
+    add("--encryption", options.encryption, "MODE",
+        "none, login, on or required (with --tls-cert: on; else none)")
+        ->transform(CLI::CheckedTransformer(kEncryptionModes));
+    add("--tls-max", options.newestTls, "VERSION", "newest TLS version: 1.1, 1.2 or 1.3 (1.2)")
+        ->transform(CLI::CheckedTransformer(kTlsVersions));
+    add("--keytab", options.keytab, "FILE", "keytab of the server's service principals, for Kerberos logins");
+    add("--max-connections", options.maxConnections, "N", "maximum number of connected clients (512)")
+        ->check(CLI::Range(1, 32'000));
+    add("--session-memory", options.sessionMebibytes, "MIB", "maximum memory of a session (1024)")
+        ->check(CLI::Range(16, kMaxMebibytes));
+    add("--session-files", options.temporaryMebibytes, "MIB",
+        "maximum size of a session's temporary files (4096)")
+        ->check(CLI::Range(1, kMaxMebibytes));
+    add("--backup-folder", options.backupFolders, "DIR",
+        "folder that BACKUP may write to, besides --data; may be repeated")
+        ->take_all();
+    add("--login-timeout", options.loginSeconds, "SECONDS", "time limit of a login (15)")
+        ->check(CLI::Range(1, 3600));
+    app.add_flag("--stop-at-eof", options.stopAtEndOfInput, "exit at the end of standard input");
 }
 
 }  // namespace
 
 Options parseOptions(int argc, char** argv) {
-    std::vector<argp_option> entries;
-    int key = kFirstKey;
-    for (const Entry& entry : kEntries) entries.push_back({entry.name, key++, entry.value, 0, entry.help, 0});
-    entries.push_back({});  // the end
-    const argp parser{
-        entries.data(), handle, nullptr, "Local SQL server for development and tests.", {}, {}, {}};
-    argp_err_exit_status = kWrongCommandLine;
+    CLI::App app("Local SQL server for development and tests.");
     Options options;
-    ::argp_parse(&parser, argc, argv, 0, nullptr, &options);
+    addOptions(app, options);
+    try {
+        app.parse(argc, argv);
+        using enum tds::EncryptionMode;
+        const bool hasCertificate = !options.tlsFiles.certificate.empty();
+        if (!options.encryption) options.encryption = hasCertificate ? On : None;
+        if (!hasCertificate && options.encryption != None)
+            throw CLI::RequiresError("--encryption", "--tls-cert");
+    } catch (const CLI::ParseError& error) {
+        std::exit(app.exit(error) == 0 ? 0 : kWrongCommandLine);
+    }
     return options;
 }
 

@@ -9,9 +9,9 @@
 #include <limits>
 #include <new>
 
-// ---- Memory --------------------------------------------------------------------------------------------
-
 namespace {
+
+// ---- memory
 
 constexpr std::int64_t kSmall = std::int64_t{64} << 10;
 constexpr std::int64_t kReserve = std::int64_t{64} << 20;
@@ -19,69 +19,36 @@ constexpr std::int64_t kReserve = std::int64_t{64} << 20;
 thread_local std::int64_t memoryUsed = 0;
 thread_local std::int64_t memoryLimit = std::numeric_limits<std::int64_t>::max() / 2;
 
-sqlite3_mem_methods ofSqlite;  // SQLite's own
-
-bool isAllowed(std::int64_t bytes) {
-    return bytes <= (bytes < kSmall ? memoryLimit + kReserve : memoryLimit) - memoryUsed;
-}
-
-}  // namespace
-
-void* operator new(std::size_t bytes) {
-    void* const memory = isAllowed(static_cast<std::int64_t>(bytes)) ? std::malloc(bytes) : nullptr;
-    if (memory == nullptr) throw std::bad_alloc();
-    memoryUsed += static_cast<std::int64_t>(malloc_usable_size(memory));
+// realloc(3) within the limit of the thread. Returns null beyond it.
+void* reallocate(void* old, std::size_t bytes) {
+    const auto before = static_cast<std::int64_t>(malloc_usable_size(old));
+    const std::int64_t growth = static_cast<std::int64_t>(bytes) - before;
+    const std::int64_t limit = growth < kSmall ? memoryLimit + kReserve : memoryLimit;
+    void* const memory = growth <= limit - memoryUsed ? std::realloc(old, bytes) : nullptr;
+    if (memory != nullptr) memoryUsed += static_cast<std::int64_t>(malloc_usable_size(memory)) - before;
     return memory;
 }
 
-// The library's own calls the one above, but that of the address sanitizer does not.
-void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept try {
-    return operator new(bytes);
-} catch (const std::bad_alloc&) {
-    return nullptr;
-}
-
-void operator delete(void* memory) noexcept {
+void release(void* memory) {
     memoryUsed -= static_cast<std::int64_t>(malloc_usable_size(memory));
     std::free(memory);
 }
 
-void operator delete(void* memory, std::size_t) noexcept {
-    operator delete(memory);
-}
-
-namespace server {
-
 void countMemoryOfSqlite() {
-    sqlite3_config(SQLITE_CONFIG_GETMALLOC, &ofSqlite);
-    sqlite3_mem_methods counting = ofSqlite;
-    counting.xMalloc = [](int bytes) {
-        void* const memory = isAllowed(bytes) ? ofSqlite.xMalloc(bytes) : nullptr;
-        if (memory != nullptr) memoryUsed += ofSqlite.xSize(memory);
-        return memory;
-    };
-    counting.xRealloc = [](void* old, int bytes) {
-        const int before = ofSqlite.xSize(old);
-        void* const memory = isAllowed(bytes - before) ? ofSqlite.xRealloc(old, bytes) : nullptr;
-        if (memory != nullptr) memoryUsed += ofSqlite.xSize(memory) - before;
-        return memory;
-    };
-    counting.xFree = [](void* memory) {
-        memoryUsed -= ofSqlite.xSize(memory);
-        ofSqlite.xFree(memory);
-    };
-    sqlite3_config(SQLITE_CONFIG_MALLOC, &counting);
+    const auto resize = [](void* old, int bytes) { return reallocate(old, static_cast<std::size_t>(bytes)); };
+    static const sqlite3_mem_methods methods = {
+        [](int bytes) { return reallocate(nullptr, static_cast<std::size_t>(bytes)); },
+        release,
+        resize,
+        [](void* memory) { return static_cast<int>(malloc_usable_size(memory)); },
+        [](int bytes) { return bytes; },
+        [](void*) { return SQLITE_OK; },
+        [](void*) {},
+        nullptr};
+    sqlite3_config(SQLITE_CONFIG_MALLOC, &methods);
 }
 
-void limitMemoryOfThread(std::size_t bytes) {
-    memoryLimit = memoryUsed + static_cast<std::int64_t>(bytes);
-}
-
-}  // namespace server
-
-// ---- Temporary files -----------------------------------------------------------------------------------
-
-namespace {
+// ---- temporary files
 
 constexpr int kTemporary =
     SQLITE_OPEN_TEMP_DB | SQLITE_OPEN_TRANSIENT_DB | SQLITE_OPEN_SUBJOURNAL | SQLITE_OPEN_TEMP_JOURNAL;
@@ -141,10 +108,6 @@ int openCounted(sqlite3_vfs* /*system*/, const char* name, sqlite3_file* file, i
     return code;
 }
 
-}  // namespace
-
-namespace server {
-
 void countTemporaryFiles() {
     realSystem = sqlite3_vfs_find(nullptr);
     static sqlite3_vfs system = *realSystem;
@@ -154,8 +117,36 @@ void countTemporaryFiles() {
     sqlite3_vfs_register(&system, /*makeDflt=*/1);
 }
 
-void limitTemporaryFilesOfThread(std::size_t bytes) {
-    filesLimit = filesUsed + static_cast<std::int64_t>(bytes);
+}  // namespace
+
+void* operator new(std::size_t bytes) {
+    if (void* const memory = reallocate(nullptr, bytes)) return memory;
+    throw std::bad_alloc();
+}
+
+// The library's own calls the one above, but that of the address sanitizer does not.
+void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept {
+    return reallocate(nullptr, bytes);
+}
+
+void operator delete(void* memory) noexcept {
+    release(memory);
+}
+
+void operator delete(void* memory, std::size_t) noexcept {
+    release(memory);
+}
+
+namespace server {
+
+void countResources() {
+    countMemoryOfSqlite();
+    countTemporaryFiles();
+}
+
+void limitThread(std::size_t bytesOfMemory, std::size_t bytesOfFiles) {
+    memoryLimit = memoryUsed + static_cast<std::int64_t>(bytesOfMemory);
+    filesLimit = filesUsed + static_cast<std::int64_t>(bytesOfFiles);
 }
 
 }  // namespace server

@@ -36,8 +36,7 @@ int main(int argc, char** argv) {
     mallopt(M_MMAP_THRESHOLD, 256 << 10);  // returns the memory of a large request to the system
     ::umask(S_IRWXG | S_IRWXO);            // database files are private in any directory
     server::blockStopSignals();
-    server::countMemoryOfSqlite();
-    server::countTemporaryFiles();
+    server::countResources();
     const server::Options options = server::parseOptions(argc, argv);
     try {
         const tds::Credentials credentials(options.login, readPassword(options.passwordFile));

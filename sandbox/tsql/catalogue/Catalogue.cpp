@@ -30,6 +30,17 @@ sid varbinary(85), home nvarchar(128), owner int, created datetime DEFAULT '2003
 'R', NULL), (16387, 0, 'db_ddladmin', 'R', NULL), (16390, 0, 'db_datareader', 'R', NULL), (16391, 0,
 'db_datawriter', 'R', NULL))",
     "CREATE TABLE IF NOT EXISTS $.tsqlbox_members (role int, member int)",
+    // Permissions on and properties of the database (class 0), objects (1) and schemas (3), by their id.
+    R"(CREATE TABLE IF NOT EXISTS $.tsqlbox_permissions (class int, major int, grantee int, code char(4), name nvarchar(128),
+state char(1), PRIMARY KEY (class, major, grantee, name)))",
+    R"(CREATE TABLE IF NOT EXISTS $.tsqlbox_properties (class int, major int, minor int, name nvarchar(128) COLLATE ts_ci,
+value nvarchar(4000), PRIMARY KEY (class, major, minor, name)))",
+    // What belongs to an object or a column is deleted with it.
+    R"(CREATE TRIGGER IF NOT EXISTS $.tsqlbox_column_deleted AFTER DELETE ON tsqlbox_columns BEGIN DELETE FROM
+tsqlbox_properties WHERE class = 1 AND major = old.object AND minor = old.ordinal; END)",
+    R"(CREATE TRIGGER IF NOT EXISTS $.tsqlbox_object_deleted AFTER DELETE ON tsqlbox_objects BEGIN DELETE FROM tsqlbox_columns
+WHERE object = old.id; DELETE FROM sqlite_sequence WHERE name = '@sequence ' || old.id; DELETE FROM tsqlbox_permissions
+WHERE class > 0 AND major = old.id; DELETE FROM tsqlbox_properties WHERE class > 0 AND major = old.id; END)",
 };
 
 // Values of tsqlbox_columns.identity; a persisted computed column has kComputed + 1. tsqlbox_columns.output
@@ -100,7 +111,7 @@ Catalogue::Catalogue(Connection& connection, std::string database, std::string s
     : m_connection(connection), m_database(std::move(database)), m_schema(std::move(schema)) {
     if (m_connection.hasCatalogue(m_schema)) return;
     const std::string master = isTemporary() ? "sqlite_temp_master" : m_schema + ".sqlite_master";
-    if (m_connection.number("SELECT 1 FROM " + master + " WHERE name = 'tsqlbox_members'")) {
+    if (m_connection.number("SELECT 1 FROM " + master + " WHERE name = 'tsqlbox_object_deleted'")) {
         // A rollback would delete tables that the current transaction has created.
         if (!m_connection.inTransaction()) m_connection.noteCatalogue(m_schema);
         return;
@@ -230,9 +241,7 @@ void Catalogue::save(ObjectInfo& object) {
 }
 
 void Catalogue::remove(std::int64_t object) {
-    removeColumns(object);
     run("DELETE FROM $.tsqlbox_objects WHERE id = ?1 OR parent = ?1", {object});
-    run("DELETE FROM $.sqlite_sequence WHERE name = '@sequence ' || ?1", {object});
 }
 
 void Catalogue::saveColumns(std::int64_t object, const std::vector<TableColumn>& columns) {

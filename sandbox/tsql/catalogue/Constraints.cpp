@@ -1,5 +1,7 @@
 #include "catalogue/Constraints.h"
 
+#include <boost/algorithm/string/erase.hpp>
+
 #include "syntax/Parser.h"
 
 namespace tsql {
@@ -66,93 +68,24 @@ SqlError foreignKeyConflict(std::string_view verb, const Catalogue& catalogue, c
                     *catalogue.table(key.stored), named);
 }
 
-// Messages of SQLite are "UNIQUE constraint failed: t.a, t.b", "CHECK constraint failed: name".
-SqlError BrokenConstraint::error(const SqliteFailure& failure) const {
-    const std::string text = failure.what();
-    const std::string what = text.substr(std::min(text.size(), text.find(": ") + 2));
-    switch (failure.code) {
-        case SQLITE_CONSTRAINT_NOTNULL:
-            return sqlError(kNullInColumn, {what.substr(what.rfind('.') + 1),
-                                            m_change.target.name.front() == '@' ? m_change.target.name
-                                                                                : m_change.target.fullName(),
-                                            m_change.verb});
-        case SQLITE_CONSTRAINT_CHECK:
-            for (const auto& key : m_catalogue.keysOf(m_change.target.id))
-                if (key.name == what) return conflict(m_change.statement(), "CHECK", m_change.target, key);
-            return conflict(m_change.statement(), "CHECK", m_change.target, {});
-        case SQLITE_CONSTRAINT_FOREIGNKEY:
-            return brokenReference();
-        default:
-            return duplicateKey(what);
-    }
-}
-
-// SQLite does not report which foreign key failed: one that a new row violates, or one that references this
-// table.
-SqlError BrokenConstraint::brokenReference() const {
-    for (const auto& key : m_catalogue.keysOf(m_change.target.id)) {
-        if (m_change.newRows.empty() || key.type != kForeignKey || isDisabled(key)) continue;
-        const std::string broken = "WITH " + m_change.newRows + " SELECT 1 FROM incoming WHERE " +
-                                   orphans(m_catalogue, m_change.target, key, "incoming") + " LIMIT 1";
-        if (m_connection.number(broken, m_change.values))
-            return foreignKeyConflict(m_change.statement(), m_catalogue, key);
-    }
-    auto others = m_catalogue.keysTo(m_change.target.id);
-    std::erase_if(others, [&](const ObjectInfo& key) {  // no row prevents the change; NULL references nothing
-        const std::string own = "(" + quotedNames(key.columns) + ")";
-        const Constraint constraint = parseConstraint(key.source);
-        const std::string& action = m_change.verb == "DELETE" ? constraint.onDelete : constraint.onUpdate;
-        return action != kNoAction || isDisabled(key) ||
-               !anyRow(m_connection, *m_catalogue.table(key.table), own + " = " + own);
-    });
-    if (others.size() != 1) return conflict(m_change.statement(), "REFERENCE", m_change.target, {});
-    const ObjectInfo& key = others.front();
-    const bool isWithinTable = sameText(key.table, key.stored);
-    return conflict(m_change.statement(), isWithinTable ? "SAME TABLE REFERENCE" : "REFERENCE",
-                    *m_catalogue.table(key.table), key);
-}
-
-// columns: "t.a, t.b", or "index 'name@id'" for a filtered index, "index 'name@id@nulls'" for that of rows
-// with NULL.
-SqlError BrokenConstraint::duplicateKey(std::string columns) const {
-    const TableInfo& target = m_change.target;
-    const std::string prefix = target.stored + ".";
-    for (std::size_t at = 0; (at = columns.find(prefix, at)) != std::string::npos;)
-        columns.erase(at, prefix.size());
-    for (const auto& key : m_catalogue.keysOf(target.id)) {
-        const std::string index = "index '" + key.name + "@" + std::to_string(target.id);
-        const bool isNamed = columns == index + "'" || columns == index + std::string(kNullsSuffix) + "'";
-        const bool isMeant = isNamed || (key.stored.empty() && sameText(commaList(key.columns), columns));
-        if (!isUniqueKey(key) || !isMeant) continue;
-        const std::string value = duplicateValue(key);
-        if (key.type == kIndex)
-            return sqlError(kDuplicateKeyInIndex, {target.qualifiedName(), key.name, value});
-        const bool primary = key.type == kPrimaryKey;
-        return sqlError(kDuplicateKey,
-                        {primary ? "PRIMARY" : "UNIQUE", key.name, target.qualifiedName(), value});
-    }
-    return sqlError(kDuplicateKey, {"UNIQUE", columns, target.qualifiedName(), ""});
-}
-
-std::string BrokenConstraint::duplicateValue(const ObjectInfo& key) const {
+std::string duplicateValue(Connection& connection, const RowChange& change, const ObjectInfo& key) {
     if (!key.stored.empty()) return {};  // the rows that the filter leaves out are not known here
     std::string match;
     std::vector<SqlType> types;
     for (const auto& name : key.columns) {
-        const TableColumn* column = m_change.target.column(name);
-        if (!column || m_change.newRows.empty()) return {};
+        const TableColumn* column = change.target.column(name);
+        if (!column || change.newRows.empty()) return {};
         types.push_back(column->type);
         match += " AND present." + quotedName(name) + " IS incoming." + quotedName(name);
     }
     const std::string list = quotedNames(key.columns);
     try {
         PreparedStatement query(
-            m_connection,
-            "WITH " + m_change.newRows + " SELECT " + list + " FROM incoming WHERE EXISTS (SELECT 1 FROM " +
-                m_change.target.sqlName() + " AS present WHERE present._rowid_ IS NOT incoming.ts_row" +
-                match + ") UNION ALL SELECT " + list + " FROM incoming GROUP BY " + list +
-                " HAVING count(*) > 1",
-            m_change.values);
+            connection,
+            "WITH " + change.newRows + " SELECT " + list + " FROM incoming WHERE EXISTS (SELECT 1 FROM " +
+                change.target.sqlName() + " AS present WHERE present._rowid_ IS NOT incoming.ts_row" + match +
+                ") UNION ALL SELECT " + list + " FROM incoming GROUP BY " + list + " HAVING count(*) > 1",
+            change.values);
         if (!query.step()) return {};
         std::string text;
         for (std::size_t i = 0; i < types.size(); ++i) {
@@ -162,6 +95,78 @@ std::string BrokenConstraint::duplicateValue(const ObjectInfo& key) const {
         return " The duplicate key value is (" + text + ").";
     } catch (const SqliteFailure&) {  // the new rows lack a column of the key
         return {};
+    }
+}
+
+namespace {
+
+// SQLite does not report which foreign key failed: one that a new row violates, or one that references this
+// table.
+SqlError brokenReference(Connection& connection, const Catalogue& catalogue, const RowChange& change) {
+    for (const auto& key : catalogue.keysOf(change.target.id)) {
+        if (change.newRows.empty() || key.type != kForeignKey || isDisabled(key)) continue;
+        const std::string broken = "WITH " + change.newRows + " SELECT 1 FROM incoming WHERE " +
+                                   orphans(catalogue, change.target, key, "incoming") + " LIMIT 1";
+        if (connection.number(broken, change.values))
+            return foreignKeyConflict(change.statement(), catalogue, key);
+    }
+    auto others = catalogue.keysTo(change.target.id);
+    std::erase_if(others, [&](const ObjectInfo& key) {  // no row prevents the change; NULL references nothing
+        const std::string own = "(" + quotedNames(key.columns) + ")";
+        const Constraint constraint = parseConstraint(key.source);
+        const std::string& action = change.verb == "DELETE" ? constraint.onDelete : constraint.onUpdate;
+        return action != kNoAction || isDisabled(key) ||
+               !anyRow(connection, *catalogue.table(key.table), own + " = " + own);
+    });
+    if (others.size() != 1) return conflict(change.statement(), "REFERENCE", change.target, {});
+    const ObjectInfo& key = others.front();
+    const bool isWithinTable = sameText(key.table, key.stored);
+    return conflict(change.statement(), isWithinTable ? "SAME TABLE REFERENCE" : "REFERENCE",
+                    *catalogue.table(key.table), key);
+}
+
+// columns: "t.a, t.b", or "index 'name@id'" for a filtered index, "index 'name@id@nulls'" for that of rows
+// with NULL.
+SqlError duplicateKey(Connection& connection, const Catalogue& catalogue, const RowChange& change,
+                      std::string columns) {
+    const TableInfo& target = change.target;
+    boost::erase_all(columns, target.stored + ".");
+    for (const auto& key : catalogue.keysOf(target.id)) {
+        const std::string index = "index '" + key.name + "@" + std::to_string(target.id);
+        const bool isNamed = columns == index + "'" || columns == index + std::string(kNullsSuffix) + "'";
+        const bool isMeant = isNamed || (key.stored.empty() && sameText(commaList(key.columns), columns));
+        if (!isUniqueKey(key) || !isMeant) continue;
+        const std::string value = duplicateValue(connection, change, key);
+        if (key.type == kIndex)
+            return sqlError(kDuplicateKeyInIndex, {target.qualifiedName(), key.name, value});
+        const bool primary = key.type == kPrimaryKey;
+        return sqlError(kDuplicateKey,
+                        {primary ? "PRIMARY" : "UNIQUE", key.name, target.qualifiedName(), value});
+    }
+    return sqlError(kDuplicateKey, {"UNIQUE", columns, target.qualifiedName(), ""});
+}
+
+}  // namespace
+
+// Messages of SQLite are "UNIQUE constraint failed: t.a, t.b", "CHECK constraint failed: name".
+SqlError brokenConstraint(Connection& connection, const RowChange& change, const SqliteFailure& failure) {
+    const Catalogue catalogue(connection, change.target.database, change.target.schema);
+    const std::string text = failure.what();
+    const std::string what = text.substr(std::min(text.size(), text.find(": ") + 2));
+    switch (failure.code) {
+        case SQLITE_CONSTRAINT_NOTNULL:
+            return sqlError(kNullInColumn, {what.substr(what.rfind('.') + 1),
+                                            change.target.name.front() == '@' ? change.target.name
+                                                                              : change.target.fullName(),
+                                            change.verb});
+        case SQLITE_CONSTRAINT_CHECK:
+            for (const auto& key : catalogue.keysOf(change.target.id))
+                if (key.name == what) return conflict(change.statement(), "CHECK", change.target, key);
+            return conflict(change.statement(), "CHECK", change.target, {});
+        case SQLITE_CONSTRAINT_FOREIGNKEY:
+            return brokenReference(connection, catalogue, change);
+        default:
+            return duplicateKey(connection, catalogue, change, what);
     }
 }
 

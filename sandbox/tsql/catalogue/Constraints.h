@@ -28,26 +28,10 @@ SqlError conflict(std::string_view verb, std::string_view type, const TableInfo&
                   const ObjectInfo& key);
 SqlError foreignKeyConflict(std::string_view verb, const Catalogue& catalogue, const ObjectInfo& key);
 
-// Finds the constraint that a failed change violates, from SQLite's message and from the rows.
-class BrokenConstraint {
-  public:
-    BrokenConstraint(Connection& connection, const RowChange& change)
-        : m_connection(connection),
-          m_change(change),
-          m_catalogue(connection, change.target.database, change.target.schema) {}
-
-    // Returns the T-SQL error for a failure of the kind SQLITE_CONSTRAINT.
-    SqlError error(const SqliteFailure& failure) const;
-    // Returns " The duplicate key value is (1, x)." for a value among the new rows; empty if none is found.
-    std::string duplicateValue(const ObjectInfo& key) const;
-
-  private:
-    SqlError duplicateKey(std::string columns) const;
-    SqlError brokenReference() const;
-
-    Connection& m_connection;
-    const RowChange& m_change;
-    Catalogue m_catalogue;
-};
+// Returns the T-SQL error for a failure of the kind SQLITE_CONSTRAINT. Finds the constraint that the change
+// violates from SQLite's message and from the rows.
+SqlError brokenConstraint(Connection& connection, const RowChange& change, const SqliteFailure& failure);
+// Returns " The duplicate key value is (1, x)." for a value among the new rows; empty if none is found.
+std::string duplicateValue(Connection& connection, const RowChange& change, const ObjectInfo& key);
 
 }  // namespace tsql

@@ -1,5 +1,6 @@
 // System views, each a query over the catalogue of a database.
 #include <boost/algorithm/string/replace.hpp>
+#include <regex>
 
 #include "catalogue/Catalogue.h"
 #include "syntax/Parser.h"
@@ -12,12 +13,11 @@ using boost::replace_all;
 // Columns of a view, as "name type = expression; ...", and its FROM clause. Placeholders:
 //   $o, $c  tables of the catalogue       $d  name of the database     $s  SQLite's name of its schema
 //   $L      list of databases (name, id)  $C  name of the collation    $S  list of sessions
-//   $T      list of types (type)          $q  sqlite_sequence          $PART n  a number of a sequence
-//   $I      ODBC's list of types          $p, $m  users, roles, logins; members of roles
+//   $T      list of types (type)          $.  prefix of other tables   $PART n  a number of a sequence
+//   $I      ODBC's list of types
 //   $EACH(list$)  its names, none of which contains ", ", as rows of `key` (from 0) and `value`
-//   $SCHEMA_ID  number of the schema of object o    $PRIMARY_KEY  list of the columns of table r's primary
-//   key $OBJECT, $TYPE, $NAMED, $KIND, $STATE, $TABLE, $CONSTRAINT, $SPECIFIC, $INDEX, $USER: the fragments
-//   below
+//   $PRIMARY_KEY  list of the columns of table r's primary key; for others, see the fragments below
+// "TABLE_* = o.name" is short for the columns TABLE_CATALOG, TABLE_SCHEMA and TABLE_NAME.
 // A view without a schema is found in sys, in dbo and by its unqualified name.
 struct ViewText {
     std::string_view schema, name, columns, from;
@@ -35,7 +35,11 @@ WHEN 'FN' THEN 'SQL_SCALAR_FUNCTION' WHEN 'TF' THEN 'SQL_TABLE_VALUED_FUNCTION' 
 'PRIMARY_KEY_CONSTRAINT' WHEN 'UQ' THEN 'UNIQUE_CONSTRAINT' WHEN 'TR' THEN 'SQL_TRIGGER' WHEN 'SO' THEN
 'SEQUENCE_OBJECT' WHEN 'F' THEN 'FOREIGN_KEY_CONSTRAINT' WHEN 'D'
 THEN 'DEFAULT_CONSTRAINT' ELSE 'CHECK_CONSTRAINT' END)"},
-    {"$COLUMN", R"(object_id int = c.object; name sysname = c.name; column_id int = c.ordinal; $TYPE)"},
+    {"$COLUMN",
+     R"(object_id int = c.object; name sysname = c.name; column_id int = c.ordinal; $TYPE; collation_name sysname = CASE
+ts_type_family(c.type) WHEN 't' THEN '$C' END; is_nullable bit = c.nullable; is_identity bit = c.identity = 1; is_computed
+bit = c.identity > 1; default_object_id int = coalesce((SELECT d.id FROM $o d WHERE d.type = 'D' AND d.parent = c.object
+AND d.keys = c.name), 0))"},
     {"$TYPE",
      R"(system_type_id tinyint = iif($ISTABLE, 243, ts_type_number(c.type)); user_type_id int =
 iif(c.output > 1, (c.output >> 1) + 256, ts_type_number(c.type)); max_length smallint = ts_type_length(c.type); precision tinyint = ts_type_precision(c.type); scale tinyint =
@@ -58,20 +62,14 @@ ts_type_family(c.type) WHEN 'd' THEN ts_type_scale(c.type) END)"},
 o.source GLOB 'WITH NOCHECK *')"},
     {"$ISTABLE", "(SELECT t.type FROM $o t WHERE t.id = c.output >> 1) IS 'TT'"},
     {"$LOGIN", "login_time datetime = strftime('%Y-%m-%d %H:%M:%f', s.begin, 'unixepoch', 'localtime')"},
-    {"$TABLE",
-     "TABLE_CATALOG sysname = $d; TABLE_SCHEMA sysname = ts_schema_of(o.name); TABLE_NAME sysname = "
-     "ts_bare_name(o.name)"},
-    {"$CONSTRAINT",
-     R"(CONSTRAINT_CATALOG sysname = $d; CONSTRAINT_SCHEMA sysname = ts_schema_of(n.name);
-CONSTRAINT_NAME sysname = ts_bare_name(n.name))"},
-    {"$SPECIFIC",
-     R"(SPECIFIC_CATALOG sysname = $d; SPECIFIC_SCHEMA sysname = ts_schema_of(o.name);
-SPECIFIC_NAME sysname = ts_bare_name(o.name))"},
     {"$USER",
      R"(name sysname = iif(p.name = '', ts_system_user(), p.name); principal_id int = p.id; sid varbinary(85) = p.sid; type
 char(1) = p.type; type_desc nvarchar(60) = CASE p.type WHEN 'R' THEN iif(p.login, 'SERVER', 'DATABASE') || '_ROLE' WHEN
 'S' THEN 'SQL_' ELSE 'WINDOWS_' END || iif(p.type = 'R', '', iif(p.login, 'LOGIN', 'USER')); create_date datetime =
 p.created; modify_date datetime = p.created; owning_principal_id int = p.owner; is_fixed_role bit = p.id > 16383)"},
+    {"$CLASS",
+     R"(class tinyint = g.class; class_desc nvarchar(60) = CASE g.class WHEN 0 THEN 'DATABASE' WHEN 1 THEN 'OBJECT_OR_COLUMN'
+ELSE 'SCHEMA' END; major_id int = g.major + iif(g.class = 3, 4, 0))"},
     {"$PART", "('[' || o.stored || ']') ->> "},
     {"$PRIMARY_KEY", "(SELECT p.keys FROM $o p WHERE p.parent = r.id AND p.type = 'PK')"},
     {"$EACH(", "json_each('[' || replace(json_quote("},
@@ -107,13 +105,10 @@ column8 AS ut FROM (VALUES ('uniqueidentifier', -11, 36, 'C', NULL, 2, NULL, 0),
 };
 
 constexpr std::string_view kModules = "$o o WHERE o.type IN ('P', 'FN', 'IF', 'TF', 'V', 'TR')";
-constexpr std::string_view kRoutines = "$o o WHERE o.type IN ('P', 'FN', 'IF', 'TF')";
+constexpr std::string_view kParameters =
+    "$c c JOIN $o o ON o.id = c.object WHERE o.type IN ('P', 'FN', 'IF', 'TF')";
 constexpr std::string_view kIndexes = "$o o WHERE o.type IN ('IX', 'PK', 'UQ')";
 constexpr std::string_view kAllColumns = "$c c JOIN $o o ON o.id = c.object WHERE o.type IN ('U', 'V', 'TT')";
-constexpr std::string_view kColumns =
-    R"($COLUMN; collation_name sysname = CASE ts_type_family(c.type) WHEN 't' THEN '$C' END; is_nullable bit =
-c.nullable; is_identity bit = c.identity = 1; is_computed bit = c.identity > 1; default_object_id int = coalesce((SELECT d.id FROM $o d WHERE d.type =
-'D' AND d.parent = c.object AND d.keys = c.name), 0))";
 
 constexpr ViewText kViews[] = {
     {"sys", "databases",
@@ -192,31 +187,36 @@ c.object = o.parent AND c.name = k.value COLLATE ts_ci WHERE o.type IN ('IX', 'P
     {"", "sysindexes", "name sysname = ts_bare_name(o.name); id int = o.parent; indid smallint = $INDEX",
      kIndexes},
     {"sys", "schemas", "name sysname = s.name; schema_id int = s.id; principal_id int = s.owner", "$SCHEMAS"},
-    {"sys", "database_principals", "$USER; default_schema_name sysname = p.home", "$p p WHERE NOT p.login"},
+    {"sys", "database_principals", "$USER; default_schema_name sysname = p.home",
+     "$.tsqlbox_principals p WHERE NOT p.login"},
     {"sys", "server_principals", "$USER; is_disabled bit = 0; default_database_name sysname = p.home",
-     "$p p WHERE p.login"},
-    {"sys", "database_role_members", "role_principal_id int = role; member_principal_id int = member", "$m"},
+     "$.tsqlbox_principals p WHERE p.login"},
+    {"sys", "database_role_members", "role_principal_id int = role; member_principal_id int = member",
+     "$.tsqlbox_members"},
+    {"sys", "database_permissions",
+     R"($CLASS; minor_id int = 0; grantee_principal_id int = g.grantee; grantor_principal_id int = 1; type char(4) = g.code;
+permission_name nvarchar(128) = g.name; state char(1) = g.state; state_desc nvarchar(60) = iif(g.state = 'D', 'DENY', 'GRANT'))",
+     "$.tsqlbox_permissions g"},
     {"sys", "types", "$ANYTYPE", "$T t"},
     {"sys", "table_types", "$ANYTYPE; type_table_object_id int = t.object", "$T t WHERE t.kind = 'TT'"},
-    {"sys", "columns", kColumns, kAllColumns},
-    {"sys", "all_columns", kColumns, kAllColumns},
+    {"sys", "columns", "$COLUMN", kAllColumns},
+    {"sys", "all_columns", "$COLUMN", kAllColumns},
     {"sys", "identity_columns",
-     R"($COLUMN; is_nullable bit = c.nullable; is_identity bit = 1; is_computed bit = 0; 
-seed_value bigint = coalesce(('[' || o.keys || ']') ->> 0, 1); increment_value bigint = coalesce(('[' || o.keys || ']') ->> 1, 1))",
+     R"($COLUMN; seed_value bigint = coalesce(('[' || o.keys || ']') ->> 0, 1); increment_value bigint =
+coalesce(('[' || o.keys || ']') ->> 1, 1))",
      "$c c JOIN $o o ON o.id = c.object WHERE c.identity = 1"},
     {"sys", "computed_columns",
-     R"($COLUMN; is_nullable bit = c.nullable; is_computed bit = 1; is_identity bit = 0;
-definition nvarchar(max) = '(' || c.fallback || ')'; is_persisted bit = c.identity > 2)",
+     "$COLUMN; definition nvarchar(max) = '(' || c.fallback || ')'; is_persisted bit = c.identity > 2",
      "$c c WHERE c.identity > 1"},
     {"sys", "extended_properties",
-     R"(class tinyint = NULL; class_desc nvarchar(60) = NULL; major_id int = NULL; minor_id int = NULL;
-name sysname = NULL; value nvarchar(4000) = NULL)",
-     "$o o WHERE 0"},
+     "$CLASS; minor_id int = g.minor; name sysname = g.name; value nvarchar(4000) = g.value",
+     "$.tsqlbox_properties g"},
     {"sys", "sequences",
      R"($OBJECT; start_value bigint = $PART 0; increment bigint = $PART 1; minimum_value bigint = $PART 2; maximum_value
 bigint = $PART 3; is_cycling bit = $PART 4; is_cached bit = 1; cache_size int = NULL; $TYPE; current_value bigint =
 ts_sequence_value(o.stored, max(q.seq - 1, 0)); is_exhausted bit = ts_sequence_value(o.stored, q.seq) IS NULL)",
-     "$o o JOIN $c c ON c.object = o.id JOIN $q q ON q.name = '@sequence ' || o.id WHERE o.type = 'SO'"},
+     "$o o JOIN $c c ON c.object = o.id JOIN $.sqlite_sequence q ON q.name = '@sequence ' || o.id WHERE "
+     "o.type = 'SO'"},
     {"sys", "triggers",
      R"($OBJECT; parent_class tinyint = 1; parent_class_desc nvarchar(60) = 'OBJECT_OR_COLUMN'; parent_id int = o.parent;
 is_disabled bit = o.stored <> ''; is_not_for_replication bit = 0; is_instead_of_trigger bit = o.keys GLOB 'INSTEAD*')",
@@ -228,7 +228,7 @@ ts_type_length(c.type); colid smallint = c.ordinal; isnullable int = c.nullable)
     {"sys", "parameters",
      R"(object_id int = c.object; name sysname = c.name; parameter_id int = c.ordinal - (o.type = 'FN');
 $TYPE; is_output bit = c.output & 1; is_readonly bit = $ISTABLE)",
-     "$c c JOIN $o o ON o.id = c.object WHERE o.type IN ('P', 'FN', 'IF', 'TF')"},
+     kParameters},
     {"sys", "sql_modules", "object_id int = o.id; definition nvarchar(max) = o.source", kModules},
     {"", "syscomments", "id int = o.id; colid smallint = 1; text nvarchar(4000) = o.source", kModules},
     {"sys", "dm_exec_sessions",
@@ -247,53 +247,54 @@ s.blocker)",
      "$S s"},
     {"INFORMATION_SCHEMA", "SCHEMATA",
      R"(CATALOG_NAME sysname = $d; SCHEMA_NAME sysname = s.name; SCHEMA_OWNER sysname =
-(SELECT p.name FROM $p p WHERE p.id = s.owner AND NOT p.login))",
+(SELECT p.name FROM $.tsqlbox_principals p WHERE p.id = s.owner AND NOT p.login))",
      "$SCHEMAS"},
     {"INFORMATION_SCHEMA", "TABLE_CONSTRAINTS",
-     R"($CONSTRAINT; $TABLE; CONSTRAINT_TYPE varchar(11) = CASE n.type WHEN 'PK' THEN 'PRIMARY KEY' WHEN 'UQ' THEN
+     R"(CONSTRAINT_* = n.name; TABLE_* = o.name; CONSTRAINT_TYPE varchar(11) = CASE n.type WHEN 'PK' THEN 'PRIMARY KEY' WHEN 'UQ' THEN
 'UNIQUE' WHEN 'F' THEN 'FOREIGN KEY' ELSE 'CHECK' END; IS_DEFERRABLE varchar(2) = 'NO'; INITIALLY_DEFERRED
 varchar(2) = 'NO')",
      "$o n JOIN $o o ON o.id = n.parent WHERE n.type IN ('PK', 'UQ', 'F', 'C')"},
     {"INFORMATION_SCHEMA", "KEY_COLUMN_USAGE",
-     "$CONSTRAINT; $TABLE; COLUMN_NAME sysname = k.value; ORDINAL_POSITION int = k.key + 1",
+     "CONSTRAINT_* = n.name; TABLE_* = o.name; COLUMN_NAME sysname = k.value; ORDINAL_POSITION int = k.key + "
+     "1",
      "$o n JOIN $o o ON o.id = n.parent JOIN $EACH(n.keys$) k WHERE n.type IN ('PK', 'UQ', 'F')"},
-    {"INFORMATION_SCHEMA", "CONSTRAINT_COLUMN_USAGE", "$TABLE; COLUMN_NAME sysname = k.value; $CONSTRAINT",
+    {"INFORMATION_SCHEMA", "CONSTRAINT_COLUMN_USAGE",
+     "TABLE_* = o.name; COLUMN_NAME sysname = k.value; CONSTRAINT_* = n.name",
      "$o n JOIN $o o ON o.id = n.parent JOIN $EACH(n.keys$) k WHERE n.type IN ('PK', 'UQ', 'F', 'C') AND "
      "n.keys <> ''"},
     {"INFORMATION_SCHEMA", "CHECK_CONSTRAINTS",
-     "$CONSTRAINT; CHECK_CLAUSE nvarchar(4000) = substr(n.source, instr(n.source, '('))",
+     "CONSTRAINT_* = n.name; CHECK_CLAUSE nvarchar(4000) = substr(n.source, instr(n.source, '('))",
      "$o n WHERE n.type = 'C'"},
     {"INFORMATION_SCHEMA", "REFERENTIAL_CONSTRAINTS",
-     R"($CONSTRAINT; UNIQUE_CONSTRAINT_CATALOG sysname = $d; UNIQUE_CONSTRAINT_SCHEMA sysname =
-ts_schema_of(r.name); UNIQUE_CONSTRAINT_NAME sysname = (SELECT ts_bare_name(u.name) FROM $o u WHERE u.parent = r.id AND u.type IN ('PK', 'UQ', 'IX') AND
-u.keys = ts_referenced(n.source, $PRIMARY_KEY) COLLATE ts_ci LIMIT 1); MATCH_OPTION varchar(7) = 'SIMPLE'; UPDATE_RULE varchar(11)
-= ts_on_update(n.source); DELETE_RULE varchar(11) = ts_on_delete(n.source))",
+     R"(CONSTRAINT_* = n.name; UNIQUE_CONSTRAINT_CATALOG sysname = $d; UNIQUE_CONSTRAINT_SCHEMA sysname =
+ts_schema_of(r.name); UNIQUE_CONSTRAINT_NAME sysname = (SELECT ts_bare_name(u.name) FROM $o u WHERE u.parent = r.id AND
+u.type IN ('PK', 'UQ', 'IX') AND u.keys = ts_referenced(n.source, $PRIMARY_KEY) COLLATE ts_ci LIMIT 1); MATCH_OPTION
+varchar(7) = 'SIMPLE'; UPDATE_RULE varchar(11) = ts_on_update(n.source); DELETE_RULE varchar(11) =
+ts_on_delete(n.source))",
      "$o n JOIN $o r ON r.name = n.stored AND r.type = 'U' WHERE n.type = 'F'"},
     {"INFORMATION_SCHEMA", "TABLES",
-     "$TABLE; TABLE_TYPE varchar(10) = CASE o.type WHEN 'U' THEN 'BASE TABLE' ELSE 'VIEW' END",
+     "TABLE_* = o.name; TABLE_TYPE varchar(10) = CASE o.type WHEN 'U' THEN 'BASE TABLE' ELSE 'VIEW' END",
      "$o o WHERE o.type IN ('U', 'V')"},
     {"INFORMATION_SCHEMA", "VIEWS",
-     R"($TABLE; VIEW_DEFINITION nvarchar(4000) = o.source; CHECK_OPTION varchar(7) = 'NONE'; IS_UPDATABLE
+     R"(TABLE_* = o.name; VIEW_DEFINITION nvarchar(4000) = o.source; CHECK_OPTION varchar(7) = 'NONE'; IS_UPDATABLE
 varchar(2) = 'NO')",
      "$o o WHERE o.type = 'V'"},
     {"INFORMATION_SCHEMA", "COLUMNS",
-     R"($TABLE; COLUMN_NAME sysname = c.name; ORDINAL_POSITION int = c.ordinal; COLUMN_DEFAULT
+     R"(TABLE_* = o.name; COLUMN_NAME sysname = c.name; ORDINAL_POSITION int = c.ordinal; COLUMN_DEFAULT
 nvarchar(4000) = '(' || nullif(iif(c.identity > 1, '', c.fallback), '') || ')'; IS_NULLABLE varchar(3) = CASE c.nullable WHEN 1 THEN
 'YES' ELSE 'NO' END; $NAMED; COLLATION_NAME sysname = CASE ts_type_family(c.type) WHEN 't' THEN '$C' END;
 DOMAIN_SCHEMA sysname = ts_schema_of(t.name); DOMAIN_NAME sysname = ts_bare_name(t.name))",
      "$c c JOIN $o o ON o.id = c.object LEFT JOIN $o t ON t.id = c.output >> 1 WHERE o.type IN ('U', 'V')"},
     {"INFORMATION_SCHEMA", "ROUTINES",
-     R"($SPECIFIC; ROUTINE_CATALOG sysname = $d; ROUTINE_SCHEMA sysname = ts_schema_of(o.name);
-ROUTINE_NAME sysname = ts_bare_name(o.name); ROUTINE_TYPE
-nvarchar(20) = CASE o.type WHEN 'P' THEN 'PROCEDURE' ELSE 'FUNCTION' END; ROUTINE_BODY nvarchar(30) = 'SQL';
-ROUTINE_DEFINITION nvarchar(4000) = o.source; CREATED datetime = o.created; LAST_ALTERED datetime =
-o.created)",
-     kRoutines},
+     R"(SPECIFIC_* = o.name; ROUTINE_* = o.name; ROUTINE_TYPE nvarchar(20) = CASE o.type WHEN 'P' THEN 'PROCEDURE' ELSE
+'FUNCTION' END; ROUTINE_BODY nvarchar(30) = 'SQL'; ROUTINE_DEFINITION nvarchar(4000) = o.source; CREATED datetime =
+o.created; LAST_ALTERED datetime = o.created)",
+     "$o o WHERE o.type IN ('P', 'FN', 'IF', 'TF')"},
     {"INFORMATION_SCHEMA", "PARAMETERS",
-     R"($SPECIFIC; ORDINAL_POSITION int = c.ordinal - (o.type = 'FN'); PARAMETER_MODE nvarchar(10) = CASE WHEN c.output & 1 = 0
+     R"(SPECIFIC_* = o.name; ORDINAL_POSITION int = c.ordinal - (o.type = 'FN'); PARAMETER_MODE nvarchar(10) = CASE WHEN c.output & 1 = 0
 THEN 'IN' WHEN c.name = '' THEN 'OUT' ELSE 'INOUT' END; IS_RESULT nvarchar(10) = CASE c.name WHEN '' THEN
 'YES' ELSE 'NO' END; PARAMETER_NAME sysname = c.name; $NAMED)",
-     "$c c JOIN $o o ON o.id = c.object WHERE o.type IN ('P', 'FN', 'IF', 'TF')"},
+     kParameters},
 };
 
 // tempdb also shows the session's temporary tables, with negative ids.
@@ -359,6 +360,10 @@ SystemView queryOf(std::string_view columns, std::string_view source) {
         replace_all(text, mark, fragment);
         replace_all(from, mark, fragment);
     }
+    static const std::regex names(R"((\w+)_\* = (.\.name))");
+    text = std::regex_replace(text, names,
+                              "$1_CATALOG sysname = $$d; $1_SCHEMA sysname = ts_schema_of($2); "
+                              "$1_NAME sysname = ts_bare_name($2)");
     SystemView read;
     for (const std::string& item : listItems(text)) {
         const std::size_t name = item.find(' '), value = item.find(" = ");
@@ -385,9 +390,7 @@ std::optional<SystemView> systemView(std::string_view schema, std::string_view n
         const std::string prefix = std::string(sqliteSchema) + ".";
         replace_all(found.sql, "$o", temporary ? kTemporaryObjects : prefix + "tsqlbox_objects");
         replace_all(found.sql, "$c", temporary ? kTemporaryColumns : prefix + "tsqlbox_columns");
-        replace_all(found.sql, "$p", prefix + "tsqlbox_principals");
-        replace_all(found.sql, "$m", prefix + "tsqlbox_members");
-        replace_all(found.sql, "$q", prefix + "sqlite_sequence");
+        replace_all(found.sql, "$.", prefix);
         replace_all(found.sql, "$d", quotedText(database));
         replace_all(found.sql, "$s", quotedText(databaseKey(database)));
         replace_all(found.sql, "$C", kCollationName);

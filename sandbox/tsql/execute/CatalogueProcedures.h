@@ -11,16 +11,16 @@ struct Frame;
 // A procedure of the system. Its body is a function of Executor or, if that is null, T-SQL.
 struct SystemProcedure {
     std::string_view name;
-    std::string_view parameters;  // in T-SQL
-    std::string_view text = "RETURN";
+    std::string_view parameters;       // in T-SQL
+    std::string_view text = "RETURN";  // @procedure is its name
     int (Executor::*body)(const Frame& frame) = nullptr;
     int failed = 1;  // return value after an error in `body`
 };
 
-// The types of SQL Server as ODBC describes them. Drivers read the largest length of a string and the
-// precision of a date from it. ODBC 3 numbers dates in another way than ODBC 2.
-inline constexpr SystemProcedure kDatatypeInfo = {"sp_datatype_info",
-                                                  "@data_type int = 0, @ODBCVer tinyint = 2", R"(
+inline constexpr SystemProcedure kCatalogueProcedures[] = {
+    // The types of SQL Server as ODBC describes them. Drivers read the largest length of a string and the
+    // precision of a date from it. ODBC 3 numbers dates in another way than ODBC 2.
+    {"sp_datatype_info", "@data_type int = 0, @ODBCVer tinyint = 2", R"(
 SELECT TYPE_NAME = CAST(n AS sysname), DATA_TYPE = CAST(CASE WHEN @ODBCVer = 3 THEN t ELSE t2 END AS smallint),
 PRECISION = p, LITERAL_PREFIX = CAST(CASE k WHEN 'N' THEN 'N''' WHEN 'C' THEN '''' WHEN 'B' THEN '0x' WHEN 'M' THEN
 '$' END AS varchar(32)), LITERAL_SUFFIX = CAST(CASE WHEN k IN ('N', 'C') THEN '''' END AS varchar(32)), CREATE_PARAMS
@@ -34,11 +34,9 @@ END AS smallint), NUM_PREC_RADIX = CAST(CASE k WHEN 'F' THEN 2 ELSE 10 + 0 * aut
 CAST(NULL AS smallint), USERTYPE = CAST(ut AS smallint) FROM (SELECT *, t2 = CASE t WHEN 91 THEN 9 WHEN 93 THEN 11
 ELSE t END, auto = CASE WHEN n LIKE '%identity' THEN 1 WHEN k IN ('E', 'F', 'M') THEN 0 END FROM
 sys.spt_datatype_info) x WHERE @data_type = 0 OR @data_type = CASE WHEN @ODBCVer = 3 THEN t ELSE t2 END ORDER BY 2,
-12, 11, 20)"};
-
-inline constexpr SystemProcedure kCatalogueProcedures[] = {
-    kDatatypeInfo,
-    {"sp_datatype_info_100", kDatatypeInfo.parameters, kDatatypeInfo.text},
+12, 11, 20)"},
+    {"sp_datatype_info_100", "@data_type int = 0, @ODBCVer tinyint = 2",
+     "EXEC sp_datatype_info @data_type, @ODBCVer"},
     // sp_helptext reports an object that does not exist.
     {"sp_helpindex", "@objname nvarchar(776)", R"(
 IF OBJECT_ID(@objname) IS NULL BEGIN EXEC sp_helptext @objname RETURN 1 END

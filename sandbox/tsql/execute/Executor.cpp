@@ -240,7 +240,7 @@ SqlError Executor::errorOf(const SqliteFailure& failure) {
     if (const auto error = m_functions.takeError()) return *error;
     const std::string text = failure.what();
     const int code = failure.code & 0xFF;
-    if (code == SQLITE_CONSTRAINT) return BrokenConstraint(m_connection, m_change).error(failure);
+    if (code == SQLITE_CONSTRAINT) return brokenConstraint(m_connection, m_change, failure);
     if (failure.code == SQLITE_BUSY_SNAPSHOT) return sqlError(kDeadlockVictim, {std::to_string(m_spid)});
     if (code == SQLITE_BUSY || code == SQLITE_LOCKED) return sqlError(kLockTimeout);
     if (code == SQLITE_FULL && m_change.verb == "INSERT" && m_change.target.identityColumn() &&

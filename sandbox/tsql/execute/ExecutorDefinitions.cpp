@@ -319,8 +319,7 @@ void Executor::makeIndex(const TableInfo& table, const ObjectInfo& index, const 
         m_change.newRows = "incoming AS (SELECT *, _rowid_ AS ts_row FROM " + table.sqlName() + ")";
         m_change.values.clear();
         throw sqlError(kDuplicateKeyForIndex,
-                       {table.qualifiedName(), index.name,
-                        BrokenConstraint(m_connection, m_change).duplicateValue(index)});
+                       {table.qualifiedName(), index.name, duplicateValue(m_connection, m_change, index)});
     }
     m_change.verb.clear();
 }

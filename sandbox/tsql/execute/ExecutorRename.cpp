@@ -70,12 +70,11 @@ void Executor::run(const TransferObject& transfer) {
 int Executor::rename(const Frame& frame) {
     const std::string type = frame.text("@objtype"), newName = frame.text("@newname");
     if (newName.empty()) throw sqlError(kParameterIsNull, {"@newname"});
-    constexpr std::string_view kTypes[] = {"OBJECT",   "INDEX",      "COLUMN",
-                                           "DATABASE", "STATISTICS", "USERDATATYPE"};
     const auto isType = [&](std::string_view each) { return type.empty() || sameWord(each, type); };
-    const auto* known = std::ranges::find_if(kTypes, isType);
-    if (known == std::end(kTypes)) throw sqlError(kUnknownRenameType, {type});
-    if (known - kTypes > 2) throw unsupported("sp_rename of the type '" + type + "'");
+    if (!isType("OBJECT") && !isType("INDEX") && !isType("COLUMN"))
+        throw hasWord("DATABASE STATISTICS USERDATATYPE", toUpper(type))
+            ? unsupported("sp_rename of the type '" + type + "'")
+            : sqlError(kUnknownRenameType, {type});
     ObjectName name = parseObjectName(frame.text("@objname"));
     const ObjectName parent{frame.database, name.database, name.schema};
     if (isTemporaryName(name.name) || isTemporaryName(parent.name) || isTemporaryName(newName))

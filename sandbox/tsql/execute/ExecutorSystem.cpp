@@ -4,6 +4,7 @@
 
 #include "execute/CatalogueProcedures.h"
 #include "execute/Executor.h"
+#include "execute/PropertyProcedures.h"
 
 namespace tsql {
 
@@ -21,7 +22,8 @@ const SystemProcedure* Executor::systemProcedure(std::string_view name) {
          "@Resource nvarchar(255), @LockOwner varchar(32) = 'Transaction', @DbPrincipal sysname = 'public'",
          "RETURN", &Executor::releaseAppLock, kAppLockFailed},
     };
-    for (const auto& procedures : {std::span<const SystemProcedure>(kProcedures), {kCatalogueProcedures}})
+    for (const auto& procedures :
+         {std::span<const SystemProcedure>(kProcedures), {kCatalogueProcedures}, {kPropertyProcedures}})
         for (const SystemProcedure& each : procedures)
             if (sameWord(each.name, name)) return &each;
     return nullptr;

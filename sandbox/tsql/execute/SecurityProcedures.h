@@ -1,4 +1,4 @@
-// Schemas, and users, roles and logins, which are recorded without effect, in T-SQL.
+// Schemas, and users, roles, logins and permissions, which are recorded without effect, in T-SQL.
 #pragma once
 
 #include "execute/CatalogueProcedures.h"
@@ -56,7 +56,33 @@ IF @id IN (SELECT role FROM tsqlbox_members) RAISERROR(15144, -1, -1)
 IF @id IN (SELECT principal_id FROM sys.schemas) RAISERROR(15138, -1, -1, 'schema')
 IF @id IN (SELECT owner FROM tsqlbox_principals) RAISERROR(15138, -1, -1, 'database role')
 DELETE tsqlbox_members WHERE member = @id
+DELETE tsqlbox_permissions WHERE @isLogin = 0 AND grantee = @id
 DELETE tsqlbox_principals WHERE id = @id)"},
+    // The last column names the types of object that the permission is for, * for all; without one, it is for
+    // the database only.
+    {"sp_grant_permission",
+     "@state char(1), @permission sysname, @class sysname, @schema sysname, @name sysname, @grantee sysname",
+     R"(DECLARE @code char(4), @types varchar(20), @number int = 0, @id int, @type char(2), @to int, @word sysname = LOWER(@class)
+SELECT @code = code, @types = types FROM (VALUES ('SELECT', 'SL', 'U V IF TF'), ('INSERT', 'IN', 'U V IF'), ('UPDATE', 'UP',
+'U V IF SO'), ('DELETE', 'DL', 'U V IF'), ('REFERENCES', 'RF', 'U V IF TF FN SO'), ('EXECUTE', 'EX', 'P FN'), ('ALTER', 'AL',
+'*'), ('CONTROL', 'CL', '*'), ('TAKE OWNERSHIP', 'TO', '*'), ('VIEW DEFINITION', 'VW', '*'), ('CONNECT', 'CO', ''),
+('SHOWPLAN', 'SPLN', ''), ('VIEW DATABASE STATE', 'VWDS', ''), ('CREATE TABLE', 'CRTB', ''), ('CREATE VIEW', 'CRVW', ''),
+('CREATE PROCEDURE', 'CRPR', ''), ('CREATE FUNCTION', 'CRFN', ''), ('CREATE SCHEMA', 'CRSM', '')) p (name, code, types)
+WHERE name = @permission
+IF @class = 'DATABASE' AND ISNULL(@name, DB_NAME()) = DB_NAME() SET @id = 0
+SELECT @number = 1, @id = object_id, @type = type FROM sys.objects WHERE @class = 'OBJECT' AND name = @name AND schema_id =
+SCHEMA_ID(ISNULL(@schema, 'dbo')) AND parent_object_id = 0
+SELECT @number = 3, @id = schema_id - 4 FROM sys.schemas WHERE @class = 'SCHEMA' AND name = @name AND @schema IS NULL
+SELECT @to = principal_id FROM sys.database_principals WHERE name = @grantee
+IF @class NOT IN ('OBJECT', 'SCHEMA', 'DATABASE') RAISERROR('tsqlbox does not support permissions on %s.', 16, 1, @class)
+IF @code IS NULL RAISERROR('tsqlbox does not support the permission %s.', 16, 1, @permission)
+IF @id IS NULL RAISERROR(15151, -1, -1, 'find', @word, @name)
+IF @types = '' AND @number > 0 OR @types <> '*' AND CHARINDEX(RTRIM(@type), @types) = 0 RAISERROR(4606, -1, -1, @permission)
+IF @to IS NULL RAISERROR(15151, -1, -1, 'find', 'user', @grantee)
+IF @to IN (1, 3, 4) RAISERROR(4624, -1, -1)
+IF @to > 16383 RAISERROR(4617, -1, -1)
+DELETE tsqlbox_permissions WHERE class = @number AND major = @id AND grantee = @to AND name = @permission
+IF @state <> 'R' INSERT tsqlbox_permissions VALUES (@number, @id, @to, @code, @permission, @state))"},
 };
 
 }  // namespace tsql

@@ -490,7 +490,7 @@ struct Execute {
 // A statement that a system procedure executes.
 struct SystemStatement {
     ObjectName procedure;
-    std::map<std::string, std::string> values = {};  // of its parameters; the others are NULL
+    std::vector<std::map<std::string, std::string>> calls = {};  // values of parameters; the others are NULL
 };
 
 enum class TransactionVerb { Begin, Commit, Rollback, Save };

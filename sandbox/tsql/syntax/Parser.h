@@ -198,6 +198,7 @@ Statement::Node parseDrop(Parser& in);
 Statement::Node parseTriggerSwitch(Parser& in, bool enables);
 // Without a value if the next word is not SCHEMA, USER, ROLE or LOGIN.
 std::optional<Statement::Node> parsePrincipal(Parser& in, const std::string& verb);
+Statement::Node parsePermissions(Parser& in, const std::string& state);  // GRANT: G, DENY: D, REVOKE: R
 
 // Returns the table that UPDATE or DELETE changes. `name` may be an alias in `from`.
 const ObjectName& targetName(const ObjectName& name, const std::vector<TableRefPtr>& from);

@@ -1,4 +1,5 @@
-// CREATE, ALTER and DROP of schemas, users, roles and logins, which system procedures execute.
+// CREATE, ALTER and DROP of schemas, users, roles and logins, and permissions, which system procedures
+// execute.
 #include "syntax/Parser.h"
 
 namespace tsql {
@@ -9,10 +10,10 @@ std::optional<Statement::Node> parsePrincipal(Parser& in, const std::string& ver
     in.takeToken();
     const std::string object = kind == "schema" ? kind : "principal";
     SystemStatement node{{kind == "login" ? "master" : "", "sys", "sp_" + verb + "_" + object}};
-    node.values["@kind"] = kind;
-    if (in.accept("IF EXISTS")) node.values["@if"] = "exists";
-    std::string& name = node.values["@name"] =
-        in.at("AUTHORIZATION") ? unquoted(in.peek(1)) : in.expectName();
+    auto& values = node.calls.emplace_back();
+    values["@kind"] = kind;
+    if (in.accept("IF EXISTS")) values["@if"] = "exists";
+    std::string& name = values["@name"] = in.at("AUTHORIZATION") ? unquoted(in.peek(1)) : in.expectName();
     if (name.empty()) in.throwError(kMissingColumnName, {}, in.faulty().line, 4);
     for (;;) {  // clauses with a value; the parameters of the procedures are named for their first words
         const bool goesOn = in.acceptAny({"WITH", ","});
@@ -22,12 +23,48 @@ std::optional<Statement::Node> parsePrincipal(Parser& in, const std::string& ver
                             "PASSWORD =", "CHECK_POLICY =", "CHECK_EXPIRATION ="});
         if (clause.empty() && !goesOn) break;
         if (clause.empty()) in.throwUnsupported(toUpper(verb + " " + kind) + " WITH " + toUpper(in.near()));
-        node.values["@" + lowerAscii(clause.substr(0, clause.find(' ')))] =
+        values["@" + lowerAscii(clause.substr(0, clause.find(' ')))] =
             in.isString(in.peek()) ? in.expectString() : unquoted(in.takeToken());
         in.acceptAny({"HASHED", "MUST_CHANGE"});
     }
     for (const auto word : {"CREATE", "GRANT", "REVOKE", "DENY"})
         if (kind == "schema") in.throwIfAt(word, std::string(word) + " within CREATE SCHEMA");
+    return node;
+}
+
+// permission, ... [ON [class ::] name] TO | FROM principal, ...
+Statement::Node parsePermissions(Parser& in, const std::string& state) {
+    in.throwIfAt("GRANT OPTION FOR", "GRANT OPTION FOR");
+    const auto permissions = in.list([&] {
+        std::string words;
+        while (in.peek().kind == TokenKind::Word && !in.at("ON") && !in.at("TO") && !in.at("FROM"))
+            words += (words.empty() ? "" : " ") + toUpper(in.takeToken().raw);
+        if (words.empty()) in.throwSyntaxError();
+        in.throwIfAt("(", "permissions on columns");
+        return words == "EXEC" ? "EXECUTE" : words;
+    });
+    std::map<std::string, std::string> values{{"@state", state}, {"@class", "DATABASE"}};
+    if (in.accept("ON")) {
+        values["@class"] = in.at("::", 1) ? toUpper(in.takeToken().raw) : "OBJECT";
+        in.accept("::");
+        const ObjectName securable = in.objectName();
+        if (!securable.database.empty()) in.throwUnsupported("permissions in another database");
+        if (!securable.schema.empty()) values["@schema"] = securable.schema;
+        values["@name"] = securable.name;
+        in.throwIfAt("(", "permissions on columns");
+    }
+    in.expectAny({"TO", "FROM"});
+    const auto grantees = in.list([&] { return in.accept("PUBLIC") ? "public" : in.expectName(); });
+    in.throwIfAt("WITH GRANT", "WITH GRANT OPTION");
+    in.accept("CASCADE");  // has no effect without WITH GRANT OPTION
+    in.throwIfAt("AS", "AS of a permission");
+    SystemStatement node{{{}, "sys", "sp_grant_permission"}};
+    for (const auto& permission : permissions)
+        for (const auto& grantee : grantees) {
+            values["@permission"] = permission;
+            values["@grantee"] = grantee;
+            node.calls.push_back(values);
+        }
     return node;
 }
 

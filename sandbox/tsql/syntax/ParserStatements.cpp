@@ -7,13 +7,10 @@ namespace {
 
 // Unsupported statements, by their first words.
 constexpr std::string_view kUnsupported =
-    "ADD; BACKUP CERTIFICATE; BACKUP MASTER KEY; BACKUP SERVICE; BEGIN CONVERSATION; BEGIN DIALOG; BULK "
-    "INSERT; "
-    "CLOSE ALL; CLOSE MASTER KEY; CLOSE SYMMETRIC KEY; DENY; END CONVERSATION; GRANT; KILL; OPEN MASTER KEY; "
-    "OPEN "
-    "SYMMETRIC KEY; READTEXT; RECEIVE *; RECEIVE TOP; RECONFIGURE; REVERT; REVOKE; SEND ON; SET "
-    "CONTEXT_INFO; "
-    "SET FIPS_FLAGGER; SETUSER; SHUTDOWN; UPDATETEXT; WAITFOR ( RECEIVE; WRITETEXT";
+    "ADD; BACKUP CERTIFICATE; BACKUP MASTER KEY; BACKUP SERVICE; BEGIN CONVERSATION; BEGIN DIALOG; "
+    "BULK INSERT; CLOSE ALL; CLOSE MASTER KEY; CLOSE SYMMETRIC KEY; END CONVERSATION; KILL; "
+    "OPEN MASTER KEY; OPEN SYMMETRIC KEY; READTEXT; RECEIVE *; RECEIVE TOP; RECONFIGURE; REVERT; SEND ON; "
+    "SET CONTEXT_INFO; SET FIPS_FLAGGER; SETUSER; SHUTDOWN; UPDATETEXT; WAITFOR ( RECEIVE; WRITETEXT";
 
 // Accepted values (# for any number, * for anything) and the settings that accept them. Most settings that
 // accept both ON and OFF affect only speed, locks or warnings, and have no effect here.
@@ -437,6 +434,9 @@ constexpr std::pair<std::string_view, Statement::Node (*)(Parser&)> kStatements[
     {"ENABLE TRIGGER", [](Parser& in) { return parseTriggerSwitch(in, /*enables=*/true); }},
     {"DISABLE TRIGGER", [](Parser& in) { return parseTriggerSwitch(in, /*enables=*/false); }},
     {"PRINT", [](Parser& in) -> Statement::Node { return Print{in.scalar(&Parser::expression)}; }},
+    {"GRANT", [](Parser& in) { return parsePermissions(in, "G"); }},
+    {"DENY", [](Parser& in) { return parsePermissions(in, "D"); }},
+    {"REVOKE", [](Parser& in) { return parsePermissions(in, "R"); }},
     {"TRUNCATE TABLE", [](Parser& in) -> Statement::Node { return Truncate{in.objectName()}; }},
     {"USE", [](Parser& in) -> Statement::Node { return Use{in.expectName()}; }},
 };

@@ -48,5 +48,4 @@ DROP LOGIN app
 DROP LOGIN app --> Msg 15151, Level 16, State 1, Line 2: Cannot drop the login 'app', because it does not exist or you do not have permission.
 SELECT * FROM tsqlbox_principals --> Msg 208, Level 16, State 1, Line 1: Invalid object name 'tsqlbox_principals'.
 ALTER USER late WITH NAME = early --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support ALTER USER.
-GRANT SELECT TO public --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support GRANT.
 EXEC sys.sp_drop_principal 'user', 'dbo', NULL --> Msg 2812, Level 16, State 62, Line 1: Could not find stored procedure 'sys.sp_drop_principal'.
