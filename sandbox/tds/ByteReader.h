@@ -25,8 +25,7 @@ class ByteReader {
     bool atEnd() const { return remaining() == 0; }
 
     ByteView bytes(std::size_t count) {
-        if (count > remaining()) throw ProtocolError("a length points past the end of the message");
-        const ByteView part = m_data.substr(m_position, count);
+        const ByteView part = at(m_position, count);
         m_position += count;
         return part;
     }
@@ -34,7 +33,7 @@ class ByteReader {
     // `count` bytes at `offset` from the start of the message. The read position does not change.
     ByteView at(std::size_t offset, std::size_t count) const {
         if (offset > m_data.size() || count > m_data.size() - offset)
-            throw ProtocolError("an offset points outside the message");
+            throw ProtocolError("a length or offset points outside the message");
         return m_data.substr(offset, count);
     }
 

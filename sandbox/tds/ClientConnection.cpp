@@ -10,7 +10,6 @@ namespace {
 
 constexpr std::string_view kDefaultDatabase = "master";
 constexpr std::string_view kLanguage = "us_english";
-constexpr int kLoginSeverity = 14;
 constexpr int kFatalSeverity = 20;
 
 // An error as a message of a batch's first line.
@@ -68,12 +67,8 @@ Login ClientConnection::readLogin() {
 }
 
 std::optional<tsql::SqlError> ClientConnection::loginError(Login& login) {
-    if (login.integrated && m_settings.keytab == nullptr)
-        return tsql::SqlError(
-            tsql::kUntrustedLogin,
-            "Login failed. Integrated authentication is not supported; use a login name and a password.",
-            kLoginSeverity);
-    if (login.integrated && !authenticate(login)) return tsql::sqlError(tsql::kUntrustedLogin);
+    if (login.integrated && (m_settings.keytab == nullptr || !authenticate(login)))
+        return tsql::sqlError(tsql::kUntrustedLogin);
     if (!login.integrated && !m_settings.credentials.match(login.userName, login.password))
         return tsql::sqlError(tsql::kLoginFailed, {login.userName});
     m_client = {login.userName, login.hostName, login.programName};
@@ -186,9 +181,6 @@ bool ClientConnection::reportErrors(Work work) {
         return work();
     } catch (const tsql::SqlError& problem) {
         m_response.message(messageOf(problem));
-        return true;
-    } catch (const ValueError& problem) {
-        m_response.message(messageOf({tsql::kConversionError, problem.what()}));
         return true;
     } catch (const ConnectionClosed&) {
         throw;

@@ -35,7 +35,6 @@ enum class Token : std::uint8_t {
     ReturnValue = 0xAC,
     LoginAck = 0xAD,
     Row = 0xD1,
-    NbcRow = 0xD2,
     EnvChange = 0xE3,
     Sspi = 0xED,
     Done = 0xFD,

@@ -90,8 +90,6 @@ void sendRow(ByteReader& in, const std::vector<WireType>& types, const tsql::Row
         for (const WireType& type : types) values.push_back(readCell(in, type));
     } catch (const OddUnicode&) {
         throw tsql::sqlError(tsql::kOddBulkUnicode, {std::to_string(values.size() + 1)});
-    } catch (const ValueError& problem) {
-        throw tsql::SqlError(tsql::kConversionError, problem.what());
     }
     for (const auto& value : values) cells.push_back(tsql::viewOf(value));
     for (const WireType& each : types) columns.push_back({{}, each.type});

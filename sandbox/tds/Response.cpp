@@ -113,27 +113,13 @@ void Response::row(std::span<const tsql::CellView> cells) {
     if (m_pendingDone) writePendingDone(kDoneMore);  // not part of what is removed below
     const std::size_t start = m_out.size();
     try {
-        writeCells(cells);
+        beginToken(Token::Row);
+        for (std::size_t i = 0; i < cells.size(); ++i) writeValue(m_out, m_columnTypes[i], cells[i]);
     } catch (const ValueError&) {
         m_out.data().resize(start);
         throw;
     }
     m_channel.send(m_out.data(), PacketChannel::Extent::FullPackets);
-}
-
-// Rows with NULLs are sent as NBCROW, which marks the NULLs in a bitmap, if the client supports it.
-void Response::writeCells(std::span<const tsql::CellView> cells) {
-    const auto isNull = [](const tsql::CellView& cell) { return tsql::isNull(cell); };
-    const bool hasBitmap = m_version >= Version::V73B && std::any_of(cells.begin(), cells.end(), isNull);
-    beginToken(hasBitmap ? Token::NbcRow : Token::Row);
-    if (hasBitmap) {
-        const std::size_t bitmapStart = m_out.size();
-        m_out.bytes(Bytes((cells.size() + 7) / 8, '\0'));
-        for (std::size_t i = 0; i < cells.size(); ++i)
-            if (isNull(cells[i])) m_out.data()[bitmapStart + i / 8] |= static_cast<char>(1U << i % 8);
-    }
-    for (std::size_t i = 0; i < cells.size(); ++i)
-        if (!hasBitmap || !isNull(cells[i])) writeValue(m_out, m_columnTypes[i], cells[i]);
 }
 
 void Response::returnStatus(std::int32_t status) {

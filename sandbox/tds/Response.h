@@ -70,7 +70,6 @@ class Response final : public tsql::ResultSink {
     void setPendingDone(Done done);
     void writePendingDone(unsigned moreFlag);
     void writeUserTypeAndFlags(unsigned flags);
-    void writeCells(std::span<const tsql::CellView> cells);
     unsigned errorFlag() const { return m_statementFailed ? kDoneError : 0U; }
 
     PacketChannel& m_channel;

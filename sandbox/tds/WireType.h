@@ -11,8 +11,8 @@ namespace tds {
 inline constexpr ByteView kCollation("\x09\x04\xD0\x00\x34", 5);
 
 // A value that its type cannot hold. what() gives the reason.
-struct ValueError : std::runtime_error {
-    using std::runtime_error::runtime_error;
+struct ValueError : tsql::SqlError {
+    explicit ValueError(const std::string& reason) : SqlError(tsql::kConversionError, reason) {}
 };
 struct OddUnicode final : ValueError {
     OddUnicode() : ValueError("Unicode data has an odd number of bytes") {}

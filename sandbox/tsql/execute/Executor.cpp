@@ -58,7 +58,7 @@ RequestEnd Executor::run(ResultSink& sink, Frame& frame, Work work) {
         rollBack();
     }
     frame.temporary.clear();  // #tables of a batch belong to the session
-    dropTemporaryTables(frame);
+    dropTemporary(frame);
     if (!m_connection.inTransaction()) m_connection.detachAllBut(m_database);
     changeEntry([this](SessionEntry& entry) {
         entry.isRunning = false;

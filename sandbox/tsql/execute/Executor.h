@@ -167,7 +167,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     Flow run(const DeclareCursor& declare);
     void run(const ChangeCursor& change);
     Flow run(const Fetch& fetch);
-    Cursors& cursorsWith(const CursorName& cursor);
+    std::shared_ptr<Cursor>& cursorNamed(const CursorName& cursor);
     Flow sendRows(const Cursor& cursor, std::span<const std::vector<Value>> rows);
 
     // ---- queries and changes of rows (ExecutorQueries.cpp)
@@ -247,9 +247,9 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     void dropConstraint(Catalogue& catalogue, const TableInfo& table, const std::string& name, bool ifExists);
     void dropObject(const ObjectName& name, const Drop& drop);
     void run(const DefineSequence& define);
-    void dropTemporaryTables(Frame& frame);
-    void dropTemporaryTables();
-    void dropTable(const TableInfo& table);
+    void dropTemporary(Frame& frame);
+    void dropTemporary();
+    void dropTable(const TableInfo& table);  // or temporary procedure
     void declareTable(const Declaration& declaration);
     // Runs `rollback` and preserves the rows of table variables.
     void keepTables(const std::function<void()>& rollback);
@@ -418,7 +418,6 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     bool m_ownTransaction = false;     // the open transaction is the statement's own
     int m_fewestTransactions = 0;      // COMMIT is an error at this number
     std::string m_goto;                // label, while the flow is Goto
-    bool m_insertsRows = false;        // INSERT ... EXECUTE is running
     bool m_isCalledByQuery = false;    // a scalar function is running
     std::optional<InsertBulk> m_bulk;  // expects its rows
     int m_fetchStatus = 0;

@@ -19,39 +19,41 @@ std::span<const std::vector<Value>> Cursor::move(FetchFrom from, std::int64_t of
                                    static_cast<std::size_t>(found));
 }
 
-// Returns the map that has the cursor: the current frame's or the session's.
-Cursors& Executor::cursorsWith(const CursorName& cursor) {
+// Returns the place of a cursor, which the current frame has or the session.
+std::shared_ptr<Cursor>& Executor::cursorNamed(const CursorName& cursor) {
     const std::string name = toLower(cursor.name);
-    Cursors& local = m_frames.back()->cursors;
-    if (!cursor.global && local.contains(name)) return local;
-    if (!m_cursors.contains(name)) throw sqlError(kCursorNotFound, {cursor.name});
-    return m_cursors;
+    const bool isVariable = name.starts_with('@');
+    auto& local = m_frames.back()->cursors[name];
+    auto& found = isVariable || (local && !cursor.global) ? local : m_cursors[name];
+    if (!found) throw sqlError(isVariable ? kNoCursorAllocated : kCursorNotFound, {cursor.name});
+    return found;
 }
 
 Value Executor::cursorStatus(std::string_view scope, std::string_view name) {
-    const Cursors& cursors = sameWord(scope, "local") ? m_frames.back()->cursors : m_cursors;
+    const bool ofVariable = sameWord(scope, "variable");
+    const Cursors& cursors = ofVariable || sameWord(scope, "local") ? m_frames.back()->cursors : m_cursors;
     const auto found = cursors.find(toLower(name));
-    if (found == cursors.end() || sameWord(scope, "variable")) return std::int64_t{-3};
-    if (!found->second.open) return std::int64_t{-1};
-    return std::int64_t{!found->second.rows.empty()};
+    if (found == cursors.end() || name.starts_with('@') != ofVariable) return std::int64_t{-3};
+    const Cursor* cursor = found->second.get();
+    if (!cursor) return std::int64_t{ofVariable ? -2 : -3};
+    return std::int64_t{cursor->open ? !cursor->rows.empty() : -1};
 }
 
 Flow Executor::run(const DeclareCursor& declare) {
-    Cursors& cursors = declare.local ? m_frames.back()->cursors : m_cursors;
-    const std::string name = toLower(declare.name);
-    if (cursors.contains(name)) throw sqlError(kCursorExists, {declare.name});
+    auto& place = (declare.local ? m_frames.back()->cursors : m_cursors)[toLower(declare.name)];
+    if (place && !declare.name.starts_with('@')) throw sqlError(kCursorExists, {declare.name});
     Translator translator(*this);
     const QueryText query = translator.query(*declare.query);
     if (!translator.assignments().empty())
         throw sqlError(kNotAllowedHere, {"Variable assignment", "a cursor declaration"});
-    cursors[name] = {query, parameterValues(translator), declare.scroll, declare.counted};
+    place =
+        std::make_shared<Cursor>(Cursor{query, parameterValues(translator), declare.scroll, declare.counted});
     return finished(1);
 }
 
 void Executor::run(const ChangeCursor& change) {
-    const std::string name = toLower(change.cursor.name);
-    Cursors& cursors = cursorsWith(change.cursor);
-    Cursor& cursor = cursors.at(name);
+    auto& place = cursorNamed(change.cursor);
+    Cursor& cursor = *place;
     if (change.verb == CursorVerb::Open) {
         if (cursor.open) throw sqlError(kCursorAlreadyOpen);
         cursor.rows.clear();
@@ -69,7 +71,9 @@ void Executor::run(const ChangeCursor& change) {
         cursor.open = true;
         m_cursorRows = cursor.counted ? static_cast<std::int64_t>(cursor.rows.size()) : -1;
     } else if (change.verb == CursorVerb::Deallocate) {
-        cursors.erase(name);
+        place.reset();
+    } else if (change.verb == CursorVerb::Assign) {
+        m_frames.back()->cursors[toLower(change.variable)] = place;
     } else {
         if (!cursor.open) throw sqlError(kCursorNotOpen);
         cursor.open = false;
@@ -83,7 +87,7 @@ Flow Executor::sendRows(const Cursor& cursor, std::span<const std::vector<Value>
 }
 
 Flow Executor::run(const Fetch& fetch) {
-    Cursor& cursor = cursorsWith(fetch.cursor).at(toLower(fetch.cursor.name));
+    Cursor& cursor = *cursorNamed(fetch.cursor);
     const auto& columns = cursor.query.columns;
     if (!cursor.open) throw sqlError(kCursorNotOpen);
     constexpr std::string_view kTypes[] = {"next", "prior", "first", "last", "absolute", "relative"};

@@ -158,8 +158,7 @@ TableInfo Executor::createTable(const CreateTable& create) {
             std::ranges::any_of(own, [&](const auto& each) { return each.stored == taken->stored; });
         if (taken && !name.starts_with('@') && isOwn) throw sqlError(kObjectExists, {name});
         object.columns = {std::to_string(table.seed), std::to_string(table.increment)};
-        object.stored = object.key();
-        if (owner.isTemporary()) object.stored += "@" + std::to_string(owner.lastId() + 1);
+        if (!owner.isTemporary()) object.stored = object.key();
         owner.save(object);
         owner.saveColumns(object.id, table.columns);
         table = owner.tableOf(object);
@@ -622,15 +621,15 @@ void Executor::dropTable(const TableInfo& table) {
     m_knownTables.clear();
 }
 
-// Drops all temporary tables of the session, which a rollback across a reset restores.
-void Executor::dropTemporaryTables() {
+// Drops all temporary tables and procedures of the session, which a rollback across a reset restores.
+void Executor::dropTemporary() {
     for (auto id = temporary().lastId(); id > 0; --id)
-        if (const auto object = temporary().findById(id); object && object->type == kTable)
+        if (const auto object = temporary().findById(id); object && object->parent == 0)
             dropTable(temporary().tableOf(*object));
 }
 
 // The stored name is compared, too, since the id of a rolled-back table may have been reused.
-void Executor::dropTemporaryTables(Frame& frame) {
+void Executor::dropTemporary(Frame& frame) {
     for (const auto& [name, table] : frame.tables)
         if (table.use_count() == 1) frame.temporary.push_back(table->info);
     for (const auto& table : frame.temporary)

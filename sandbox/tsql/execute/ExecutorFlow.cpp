@@ -8,6 +8,7 @@ namespace tsql {
 Flow Executor::run(const Declare& declare) {
     for (const auto& each : declare.variables) {
         if (each.table) declareTable(each);
+        if (each.isCursor) m_frames.back()->cursors.try_emplace(toLower(each.name));
         if (!each.value) continue;  // in a loop, the variable keeps its value
         m_frames.back()->variables[each.name].value = evaluate(*each.value, each.type);
         m_error = 0;
@@ -59,16 +60,14 @@ Flow Executor::run(const Return& node) {
 }
 
 Flow Executor::run(const TryCatch& node) {
-    std::optional<Message> caught;
     try {
         const Temporarily within(m_tries, m_tries + 1);
         const Temporarily inFrame(m_frames.back()->tries, m_frames.back()->tries + 1);
         return runBlock(node.attempt);
     } catch (const Raised& raised) {
         if (raised.within == m_frames.back()) throw;
-        caught = raised.message;
+        m_caught.push_back(raised.message);
     }
-    m_caught.push_back(*caught);
     const Finally forget([this] { m_caught.pop_back(); });
     return runBlock(node.handler);
 }

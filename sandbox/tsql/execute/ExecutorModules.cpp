@@ -78,15 +78,15 @@ Flow Executor::run(const CreateModule& module) try {
     frame.procedure = module.name.name;
     frame.schemaName = module.name.schema;
     if (table) frame.firing = &firing;
-    frame.declare(module);
+    frame.declare(module.locals);
     inFrame(frame, [&] {
         if (module.rows) declareTable(*module.rows);
         for (const auto& each : module.parameters) bindTable(each, nullptr, frame);
         check(module.body);
     });
-    dropTemporaryTables(frame);
+    dropTemporary(frame);
     define(module.name, [&](Catalogue& owner) {
-        const auto existing = owner.find(storedName(name.schema, name.name));
+        const auto existing = this->object(name);
         if (existing && (!module.alter || existing->type != type))
             throw sqlError(kObjectExists, {module.name.name}, 3);
         if (!existing && !module.create) throw sqlError(kInvalidObjectName, {asWritten(module.name)}, 6);
@@ -99,6 +99,10 @@ Flow Executor::run(const CreateModule& module) try {
         owner.save(object);
         owner.removeColumns(object.id);
         owner.saveColumns(object.id, module.query && !module.function ? columns : parameterColumns(module));
+        if (!owner.isTemporary()) return;
+        const auto ofProcedure = std::ranges::find_if(
+            m_frames.rbegin(), m_frames.rend(), [](const Frame* each) { return !each->procedure.empty(); });
+        if (ofProcedure != m_frames.rend()) (*ofProcedure)->temporary.push_back(owner.tableOf(object));
     });
     return finished();
 } catch (const SqlError& error) {  // reported with the name of the module
@@ -118,10 +122,12 @@ std::shared_ptr<const Batch> Executor::parsed(const std::string& text, const std
     return m_parsed[key] = std::move(batch);
 }
 
-// The sp_ procedures of master use the caller's database.
+// The sp_ procedures of master and temporary procedures use the caller's database.
 std::optional<StoredModule> Executor::module(const ObjectName& name, std::string_view type) {
-    if (isTemporaryName(name.name) || namesChangedRows(name)) return std::nullopt;
+    const bool isTemporary = isTemporaryName(name.name);
+    if ((isTemporary && type != kProcedure) || namesChangedRows(name)) return std::nullopt;
     ObjectName key = name;
+    if (isTemporary) key.database.clear();
     auto found = visibleObject(key);
     if ((!found || found->type != type) && name.database.empty() &&
         lowerAscii(name.name).starts_with("sp_")) {
@@ -161,10 +167,10 @@ bool Executor::runScope(const Block& body, Frame& frame) {
     } catch (const ScopeEnd&) {
         whole = false;
     } catch (...) {
-        dropTemporaryTables(frame);
+        dropTemporary(frame);
         throw;
     }
-    dropTemporaryTables(frame);
+    dropTemporary(frame);
     return whole;
 }
 

@@ -83,7 +83,7 @@ std::string Executor::databaseOf(const ObjectName& name) const {
 
 // The database of tempdb..#t is ignored.
 Catalogue Executor::catalogue(const ObjectName& name) {
-    if (name.name.starts_with("##")) throw unsupported("global temporary tables");
+    if (name.name.starts_with("##")) throw unsupported("global temporary objects");
     if (isTemporaryName(name.name)) return temporary();
     const std::string database = databaseOf(name);
     return {m_connection, database, m_connection.attach(database)};
@@ -136,6 +136,7 @@ std::optional<ObjectInfo> Executor::visibleObject(const ObjectName& name) {
 ObjectInfo Executor::newObject(const Catalogue& owner, const ObjectName& name, std::string_view type) {
     if (name.name.empty()) throw sqlError(kMissingColumnName);
     ObjectInfo object{0, name.name, std::string(type)};
+    if (owner.isTemporary()) object.stored = name.name + "@" + std::to_string(owner.lastId() + 1);
     if (name.schema.empty() || owner.isTemporary()) return object;
     const auto schema = owner.schemaNamed(name.schema);
     if (!schema || schema->isOfSystem) throw sqlError(kUnknownSchema, {name.schema});

@@ -82,7 +82,7 @@ void Executor::callStatement(const StatementCall& places, const Execute& call, c
     runStatement(text, call, places.firstValue, database);
     if (m_error != 0) return;
     run(ChangeCursor{CursorVerb::Open, {name, true}});
-    Cursor& cursor = m_cursors.at(name);
+    Cursor& cursor = *m_cursors.at(name);
     const bool fetches = integerArgument(call, places.options) & kAutoFetch;
     sendRows(cursor, cursor.move(fetches ? FetchFrom::Next : FetchFrom::Absolute, 0,
                                  fetches ? integerArgument(call, places.options + 2) : 0));
@@ -172,9 +172,10 @@ void Executor::callHandle(const std::string& name, const Execute& call) {
         return;
     }
     const auto cursor = m_cursors.find(cursorName(handle));
-    if (cursor == m_cursors.end()) throw sqlError(kCursorHandleNotFound, {name, std::to_string(handle)});
+    if (cursor == m_cursors.end() || !cursor->second)
+        throw sqlError(kCursorHandleNotFound, {name, std::to_string(handle)});
+    if (name == "sp_cursorfetch") fetchBlock(*cursor->second, call);
     if (name == "sp_cursorclose") m_cursors.erase(cursor);
-    if (name == "sp_cursorfetch") fetchBlock(cursor->second, call);
 }
 
 void Executor::fetchBlock(Cursor& cursor, const Execute& call) {

@@ -180,6 +180,7 @@ template Flow Executor::runChange(const Merge&, StatementKind);
 void Executor::apply(const Insert& insert, const TableInfo& target, Translator& translator) {
     const auto columns = insertColumns(target, insert.columns, insert.defaultValues);
     withIdentities(target, [&] {
+        if (insert.execute && m_rowHandler) throw sqlError(kNestedInsertExec);
         if (insert.execute)
             return inTransaction([&] {
                 insertRowsOf(target, columns, [&] { run(std::get<Execute>(insert.execute->node)); });
@@ -320,9 +321,7 @@ void Executor::insertRowsOf(const TableInfo& target, const ColumnList& columns,
         auto& row = collected.emplace_back();
         for (std::size_t i = 0; i < cells.size(); ++i) row.push_back({ownedValue(cells[i]), types[i].type});
     };
-    if (m_insertsRows) throw sqlError(kNestedInsertExec);
     {
-        const Temporarily inserting(m_insertsRows, true);
         const Temporarily diverted(m_rowHandler, &collect);
         work();
     }

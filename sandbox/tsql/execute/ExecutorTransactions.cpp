@@ -92,7 +92,7 @@ void Executor::rollBack() {
         m_connection.run("ROLLBACK");
     };
     if (m_connection.inTransaction()) keepTables(undo);
-    if (older) dropTemporaryTables();
+    if (older) dropTemporary();
 }
 
 bool Executor::resetAroundTransaction(std::string_view database) {
@@ -102,7 +102,7 @@ bool Executor::resetAroundTransaction(std::string_view database) {
     m_connection.attach(m_database);
     set({});
     m_locks.releaseAll(this, /*ofTransaction=*/false);
-    dropTemporaryTables();
+    dropTemporary();
     m_cursors.clear();
     m_prepared.clear();
     m_identity.reset();
@@ -123,7 +123,7 @@ void Executor::run(const Transaction& transaction) {
         beforeWrite();
         return m_connection.run("SAVEPOINT " + quotedName(name));
     }
-    if (m_insertsRows) throw sqlError(kRollbackInInsertExec);
+    if (m_rowHandler) throw sqlError(kRollbackInInsertExec);
     if (m_transactions == 0) throw sqlError(kRollbackWithoutBegin);
     if (name.empty() || sameWord(name, m_transactionName)) return rollBack();
     if (m_doomed) throw sqlError(kSavepointInDoomedTransaction);

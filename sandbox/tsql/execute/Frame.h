@@ -22,7 +22,7 @@ struct Cursor {
     // the last row).
     std::span<const std::vector<Value>> move(FetchFrom from, std::int64_t offset, std::int64_t most);
 };
-using Cursors = std::map<std::string, Cursor>;  // by name in lower case
+using Cursors = std::map<std::string, std::shared_ptr<Cursor>>;  // by name in lower case; null: none
 
 // A table variable: a temporary table that is visible in its frame, and in those that get it as argument.
 struct TableVariable {
@@ -50,7 +50,7 @@ struct Frame {
           schemaName(module.schemaName),
           isFunction(module.module->function && !module.module->query),
           returnType(module.module->returns) {
-        declare(*module.module);
+        declare(module.module->locals);
     }
     void declare(const std::vector<Local>& locals) {
         for (const auto& [name, type] : locals) variables[name] = {Null{}, type};
@@ -59,22 +59,17 @@ struct Frame {
         const auto* found = std::get_if<std::string>(&variables.at(variable).value);
         return found ? *found : std::string();
     }
-    // Declares the parameters and variables of a module.
-    void declare(const CreateModule& module) {
-        for (const auto& parameter : module.parameters) variables[parameter.name] = {Null{}, parameter.type};
-        declare(module.locals);
-    }
 
     std::string procedure;         // empty in a batch
     std::int64_t procedureId = 0;  // @@PROCID
     std::string database;          // of unqualified names; empty: the session's
     std::string schemaName;        // of a module: unqualified names are first looked up in it
     WordMap<TypedValue> variables;
-    Cursors cursors;                       // LOCAL cursors
+    Cursors cursors;                       // LOCAL cursors, cursor variables
     std::optional<std::int64_t> identity;  // SCOPE_IDENTITY()
     WordMap<std::shared_ptr<TableVariable>> tables;
     WordSet readOnly;                  // tables that are parameters
-    std::vector<TableInfo> temporary;  // #tables created in this frame
+    std::vector<TableInfo> temporary;  // #tables and #procedures that end with this frame
     bool isFunction = false;
     bool isQuery = false;            // view or table-valued function
     const Firing* firing = nullptr;  // of a trigger

@@ -16,11 +16,9 @@ namespace tsql {
 namespace {
 
 namespace fs = std::filesystem;
-using namespace std::string_view_literals;
 
 // A backup is a SQLite file, in which the table tsqlbox_backup describes the backup, followed by the file's
-// checksum. SQLite's header begins with kSqlite and has the application id at offset 68.
-constexpr std::string_view kSqlite = "SQLite format 3\0"sv;
+// checksum. SQLite's header has the application id at offset 68.
 constexpr std::string_view kApplication = "TSQL";
 constexpr int kApplicationId = 0x5453514C;
 constexpr std::size_t kApplicationAt = 68;
@@ -54,7 +52,7 @@ std::string read(std::FILE* stream, std::size_t size) {
 
 bool isBackup(std::FILE* stream) {
     const std::string head = read(stream, kApplicationAt + kApplication.size());
-    return head.starts_with(kSqlite) && head.ends_with(kApplication);
+    return head.size() > kApplicationAt && head.ends_with(kApplication);
 }
 
 // Opens a backup. Throws SqlError 3241 for another file. Waits for the content of a pipe, although none can

@@ -224,8 +224,10 @@ struct Declaration {
     std::shared_ptr<const CreateTable> table = {};  // DECLARE @t TABLE (...)
     UserType userType = {};                         // without an id: another type
     bool output = false;
+    bool isCursor = false;  // DECLARE @c CURSOR
 };
-// Variable declared anywhere in a batch or module: it exists from the beginning, with the value NULL.
+// Parameter, or variable declared anywhere in a batch or module: it exists from the beginning, with the value
+// NULL.
 using Local = std::pair<std::string, SqlType>;
 struct Declare {
     std::vector<Declaration> variables;
@@ -283,7 +285,7 @@ struct Use {
     std::string database;
 };
 
-// DECLARE name CURSOR FOR query
+// DECLARE name CURSOR FOR query, or SET @name = CURSOR FOR query
 struct DeclareCursor {
     std::string name;
     QueryPtr query;
@@ -291,14 +293,15 @@ struct DeclareCursor {
     bool scroll = false;
     bool counted = false;  // STATIC or SCROLL: @@CURSOR_ROWS is the number of rows
 };
-enum class CursorVerb { Open, Close, Deallocate };
+enum class CursorVerb { Open, Close, Deallocate, Assign };
 struct CursorName {
-    std::string name;
+    std::string name;  // of a variable: with @
     bool global = false;
 };
 struct ChangeCursor {
     CursorVerb verb;
     CursorName cursor;
+    std::string variable = {};  // SET @variable = cursor
 };
 enum class FetchFrom { Next, Prior, First, Last, Absolute, Relative };
 struct Fetch {

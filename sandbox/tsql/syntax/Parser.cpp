@@ -115,6 +115,7 @@ std::string Parser::takeName() {
 std::string Parser::expectVariable(int state) {
     if (!atVariable()) throwSyntaxError();
     const Token& name = takeToken();
+    if (m_declaredCursors.contains(name.raw)) throwError(kMisplacedCursorVariable, {name.raw}, name.line);
     if (!m_declared.contains(name.raw)) throwError(kUndeclaredVariable, {name.raw}, name.line, state);
     return std::string(name.raw);
 }

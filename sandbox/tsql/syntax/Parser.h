@@ -73,6 +73,7 @@ class Parser {
     std::string takeName();  // of any token. Throws SyntaxError 103 above 128 characters.
     bool atVariable() const { return peek().kind == TokenKind::Variable; }
     bool atTableVariable() const { return atVariable() && m_declaredTables.contains(peek().raw); }
+    bool atCursorVariable() const { return atVariable() && m_declaredCursors.contains(peek().raw); }
     std::string expectVariable(int state = 1);  // state of the error
     ObjectName objectName();
     SqlType type(TypeUse use, UserType* user = nullptr);  // receives a user-defined type; null: no tables
@@ -187,7 +188,7 @@ class Parser {
     std::size_t m_next = 0;
     bool m_scalarOnly = false;
     WordSet m_declared;  // variables
-    WordSet m_declaredTables;
+    WordSet m_declaredTables, m_declaredCursors;
     WordSet m_temporary;  // tables that the text creates
 };
 

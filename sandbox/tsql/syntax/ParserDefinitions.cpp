@@ -444,7 +444,6 @@ void moduleBody(Parser& in, CreateModule& module) {
     in.m_module = &module;
     module.body = in.statements("");
     in.m_module = nullptr;
-    module.locals = std::move(in.m_locals);
     if (!module.function) return;
     const auto* body = std::get_if<Compound>(&module.body.front()->node);
     if (!body || !std::holds_alternative<Return>(body->statements.back()->node))
@@ -464,7 +463,9 @@ Statement::Node createModule(Parser& in, CreateModule module) {
     const std::string word = toUpper(in.takeToken().raw), kind = word == "PROC" ? "PROCEDURE" : word;
     module.function = kind == "FUNCTION";
     module.name = in.objectName();
-    if (module.name.name.starts_with('#')) in.throwUnsupported("temporary procedures");
+    const bool isGlobal = module.name.name.starts_with("##");
+    if (isGlobal || (module.name.name.starts_with('#') && kind != "PROCEDURE"))
+        in.throwUnsupported((isGlobal ? "global temporary " : "temporary ") + lowerAscii(kind) + "s");
     if (!module.name.database.empty()) in.throwError(kDatabaseInModuleName, {kind}, module.name.line);
     in.m_procedure = module.name.name;
     bool isQuery = kind == "VIEW";
@@ -482,6 +483,7 @@ Statement::Node createModule(Parser& in, CreateModule module) {
     moduleOptions(in);
     if (!in.accept("AS") && !module.function) in.throwSyntaxError();
     isQuery ? moduleQuery(in, module) : moduleBody(in, module);
+    module.locals = std::move(in.m_locals);
     return module;
 }
 

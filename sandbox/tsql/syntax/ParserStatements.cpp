@@ -29,10 +29,12 @@ constexpr std::pair<std::string_view, std::string_view> kSettings[] = {
     {"", "ANSI_DEFAULTS OFFSETS"},  // no value is accepted
 };
 
+Statement::Node setCursor(Parser& in);
+
 Statement::Node set(Parser& in) {
+    if (in.atCursorVariable()) return setCursor(in);
     if (in.atVariable()) {
         const std::string name = in.expectVariable();
-        in.throwIfAt("= CURSOR", "cursor variables");
         return Assign{name, in.assignedValue(name)};
     }
     if (in.accept("TRANSACTION ISOLATION LEVEL")) {  // no effect: the storage provides every level
@@ -71,9 +73,7 @@ Statement::Node set(Parser& in) {
 // ---- cursors
 
 // Rows are read when the cursor is opened, so cursors that show later changes are refused.
-Statement::Node declare(Parser& in) {
-    if (!in.atName()) return Declare{in.list([&] { return in.declaration(false); })};
-    DeclareCursor node{in.expectName(), nullptr};
+Statement::Node cursorDefinition(Parser& in, DeclareCursor node) {
     bool isCursor = false, forward = false, nothing = false;
     const std::pair<std::string_view, bool*> kOptions[] = {
         {"INSENSITIVE", &node.counted}, {"SCROLL", &node.scroll}, {"LOCAL", &node.local},
@@ -94,10 +94,24 @@ Statement::Node declare(Parser& in) {
     return node;
 }
 
+Statement::Node declare(Parser& in) {
+    if (!in.atName()) return Declare{in.list([&] { return in.declaration(false); })};
+    return cursorDefinition(in, {in.expectName(), nullptr});
+}
+
 CursorName cursorName(Parser& in) {
-    if (in.atVariable()) in.throwUnsupported("cursor variables");
+    if (in.atCursorVariable()) return {in.takeName()};
+    if (in.atVariable()) in.throwError(kNotACursorVariable, {in.expectVariable()}, in.last().line);
     const bool global = in.at("GLOBAL") && in.atName(1) && in.accept("GLOBAL");
     return {in.expectName(), global};
+}
+
+// @variable = CURSOR FOR query, or another cursor
+Statement::Node setCursor(Parser& in) {
+    const std::string name = in.takeName();
+    in.expect("=");
+    if (in.at("CURSOR")) return cursorDefinition(in, {name, nullptr, /*local=*/true});
+    return ChangeCursor{CursorVerb::Assign, cursorName(in), name};
 }
 
 template <CursorVerb verb>
@@ -521,10 +535,11 @@ Declaration Parser::declaration(bool isParameter) {
     const Token& name = peek();
     Declaration node{takeName(), {}, nullptr};
     accept("AS");
-    throwIfAt("CURSOR", "cursor variables");
+    if (isParameter) throwIfAt("CURSOR", "CURSOR parameters");
+    node.isCursor = accept("CURSOR");
     if (at("TABLE") && !isParameter)
         node.table = std::make_shared<const CreateTable>(tableVariable(node.name));
-    else
+    else if (!node.isCursor)
         node.type =
             type(isParameter && m_procedure.empty() ? TypeUse::Client : TypeUse::Declaration, &node.userType);
     if (node.userType.table) {
@@ -535,14 +550,15 @@ Declaration Parser::declaration(bool isParameter) {
         throwUnsupported("table variables inside scalar functions");
     if (!isParameter && isLob(node.type.id) && node.type.id != TypeId::Xml)
         throwError(kLobVariable, {}, name.line);
-    if (accept("=")) node.value = isParameter ? wordOrConstant() : expression();
+    if (!node.isCursor && accept("=")) node.value = isParameter ? wordOrConstant() : expression();
     node.output = isParameter && acceptAny({"OUTPUT", "OUT"});
     if (accept("READONLY") != (isParameter && node.table))
         throwError(node.table ? kNotReadOnly : kReadOnlyScalar, {name.raw}, name.line);
-    if (m_declared.contains(name.raw) || m_declaredTables.contains(name.raw))
+    if (m_declared.contains(name.raw) || m_declaredTables.contains(name.raw) ||
+        m_declaredCursors.contains(name.raw))
         throwError(kVariableAlreadyDeclared, {name.raw}, name.line);
-    (node.table ? m_declaredTables : m_declared).insert(node.name);
-    if (!isParameter && !node.table) m_locals.emplace_back(node.name, node.type);
+    (node.isCursor ? m_declaredCursors : node.table ? m_declaredTables : m_declared).insert(node.name);
+    if (!node.table && !node.isCursor) m_locals.emplace_back(node.name, node.type);
     return node;
 }
 

@@ -85,9 +85,34 @@ PRINT CURSOR_STATUS('local', 'e') --> id int | nm varchar(10)? (0 rows) --> 0
 -- not supported
 DECLARE u CURSOR FOR SELECT id FROM t FOR UPDATE OF nm --> Msg 50000, Level 16, State 1, Line 2: tsqlbox does not support FOR UPDATE of a cursor.
 DECLARE u CURSOR DYNAMIC FOR SELECT id FROM t --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support DYNAMIC cursors.
-DECLARE @c CURSOR --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support cursor variables.
+CREATE PROCEDURE giver @c CURSOR VARYING OUTPUT AS PRINT 'a' --> Msg 50000, Level 16, State 1, Line 1, Procedure giver: tsqlbox does not support CURSOR parameters.
 DECLARE u CURSOR FAST_FORWARD SCROLL FOR SELECT id FROM t --> Msg 1048, Level 15, State 1, Line 1: Conflicting cursor options FORWARD_ONLY and SCROLL.
 DELETE t WHERE CURRENT OF u --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support WHERE CURRENT OF.
+-- cursor variables share a cursor, which lives as long as one of its names
+DECLARE @c CURSOR, @d CURSOR, @last int
+PRINT STR(CURSOR_STATUS('variable', '@c')) + STR(CURSOR_STATUS('variable', '@x'))
+SET @c = CURSOR SCROLL FOR SELECT id FROM t ORDER BY id
+PRINT STR(CURSOR_STATUS('variable', '@c')) + STR(CURSOR_STATUS('local', '@c'))
+OPEN @c
+FETCH LAST FROM @c INTO @last
+SET @d = @c
+DEALLOCATE @c
+FETCH PRIOR FROM @d
+PRINT STR(@last) + STR(CURSOR_STATUS('variable', '@d'))
+CLOSE @c
+-->         -2        -3 -->         -1        -3 --> id int = 2 (1 rows) -->          3         1
+--> Msg 16950, Level 16, State 2, Line 12: The variable '@c' does not currently have a cursor allocated to it.
+DECLARE named CURSOR FOR SELECT nm FROM t ORDER BY id
+DECLARE @c CURSOR
+SET @c = named
+OPEN named
+DEALLOCATE named
+FETCH @c
+SET @c = named --> nm varchar(10)? = one (1 rows) --> Msg 16916, Level 16, State 1, Line 7: A cursor with the name 'named' does not exist.
+OPEN @c --> Msg 137, Level 15, State 1, Line 1: Must declare the scalar variable "@c".
+DECLARE @i int OPEN @i --> Msg 16948, Level 16, State 4, Line 1: The variable '@i' is not a cursor variable, but it is used in a place where a cursor variable is expected.
+DECLARE @c CURSOR SELECT @c --> Msg 16949, Level 16, State 1, Line 1: The variable '@c' is a cursor variable, but it is used in a place where a cursor variable is not valid.
+DECLARE @c CURSOR, @c int --> Msg 134, Level 15, State 1, Line 1: The variable name '@c' has already been declared. Variable names must be unique within a query batch or stored procedure.
 -- cursors as drivers open them
 CREATE TABLE #read (i int)
 INSERT #read VALUES (1), (2), (3), (4), (5)

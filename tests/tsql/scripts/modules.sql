@@ -90,3 +90,18 @@ CREATE PROCEDURE runs_bad_text AS
 EXEC ('SELECT FROM')
 EXEC sp_executesql N'SELECT FROM', N'@a int', 1 -->
 EXEC runs_bad_text --> Msg 156, Level 15, State 1, Line 1: Incorrect syntax near the keyword 'FROM'. --> Msg 156, Level 15, State 1, Line 1: Incorrect syntax near the keyword 'FROM'.
+-- temporary procedures use the caller's database; those of a procedure end with it
+CREATE PROCEDURE #p @b int = 0 OUTPUT AS SET @b += 1 SELECT DB_NAME() RETURN 2 -->
+DECLARE @b int = 1, @r int EXEC @r = #p @b OUTPUT PRINT STR(@b, 1) + STR(@r, 1)
+USE tempdb EXEC #p USE master
+IF OBJECT_ID('tempdb..#p', 'P') IS NOT NULL EXEC tempdb..#p
+CREATE TABLE #p (i int)
+--> - nvarchar(128)? = master (1 rows) --> 22 --> USE tempdb --> Msg 5701, Level 0, State 1, Line 2: Changed database context to 'tempdb'. --> - nvarchar(128)? = tempdb (1 rows) --> USE master
+--> Msg 5701, Level 0, State 1, Line 2: Changed database context to 'master'. --> - nvarchar(128)? = master (1 rows)
+--> Msg 2714, Level 16, State 6, Line 4: There is already an object named '#p' in the database.
+ALTER PROCEDURE #p AS PRINT 'altered' -->
+CREATE PROCEDURE maker AS EXEC('CREATE OR ALTER PROCEDURE #inner AS PRINT ''inner'' EXEC #p') EXEC #inner --> Msg 2007, Level 0, State 1, Line 1, Procedure maker: The module 'maker' depends on the missing object '#inner'. The module will still be created; however, it cannot run successfully until the object exists.
+EXEC maker BEGIN TRANSACTION DROP PROCEDURE #p ROLLBACK EXEC maker DROP PROCEDURE #p EXEC #p EXEC #inner
+--> inner --> altered --> inner --> altered --> Msg 2812, Level 16, State 62, Line 1: Could not find stored procedure '#p'.
+--> Msg 2812, Level 16, State 62, Line 1: Could not find stored procedure '#inner'.
+CREATE PROCEDURE ##p AS PRINT 'a' --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support global temporary procedures.
