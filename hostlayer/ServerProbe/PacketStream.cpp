@@ -6,7 +6,6 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <memory>
 #include <system_error>
@@ -91,12 +90,14 @@ std::string PacketStream::connectTo(const Address& address) {
     return isAnswered ? errorText(error) : "no answer";
 }
 
+// False after the deadline even for a socket that is ready: a server that never stops sending always is.
 bool PacketStream::isReady(short event) const {
     for (;;) {
         const auto left =
             std::chrono::duration_cast<std::chrono::milliseconds>(m_deadline - Clock::now()).count();
+        if (left <= 0) return false;
         pollfd socket{m_socket, event, 0};
-        const int result = ::poll(&socket, 1, static_cast<int>(std::max<decltype(left)>(left, 0)));
+        const int result = ::poll(&socket, 1, static_cast<int>(left));
         if (result >= 0 || errno != EINTR) return result > 0;
     }
 }
