@@ -1,6 +1,5 @@
 #include "VTSimpleDBConn.h"
 
-#include <charconv>
 #include <chrono>
 #include <cstring>
 #include <optional>
@@ -22,6 +21,7 @@ namespace {
 
 using hostlayer::Fetched;
 using hostlayer::Login;
+using hostlayer::numberSetting;
 using hostlayer::OdbcHandle;
 using hostlayer::odbcText;
 using hostlayer::RequestLimits;
@@ -44,16 +44,9 @@ const char* orEmpty(const char* text) {
     return text != nullptr ? text : "";
 }
 
-// Value of a setting; the default if it is not a number.
-unsigned int numberOf(const char* setting, unsigned int number) {
-    const std::string text = hostlayer::hostSetting(setting, "");
-    std::from_chars(text.data(), text.data() + text.size(), number);
-    return number;
-}
-
 RequestLimits limitsOf(const char* timeSetting, unsigned int seconds) {
-    return {std::chrono::seconds(numberOf(timeSetting, seconds)),
-            std::uint64_t{numberOf("replyLimit", kDefaultReplyLimit)} << 20, timeSetting};
+    return {std::chrono::seconds(numberSetting(timeSetting, seconds)),
+            std::uint64_t{numberSetting("replyLimit", kDefaultReplyLimit)} << 20, timeSetting};
 }
 
 // Reports a lost connection, for which FreeTDS has the message "Unknown error" only.
@@ -166,7 +159,7 @@ bool VTSimpleDBConnObject::Impl::logIn(std::unique_ptr<Login> next) {
     RequestLimits limits = limitsOf("loginTimeout", kDefaultLoginTimeout);
     limits.bytes = kLoginReplyLimit;
     limits.tick = kLoginTick;
-    limits.network = std::chrono::seconds(numberOf("networkTimeout", kDefaultNetworkTimeout));
+    limits.network = std::chrono::seconds(numberSetting("networkTimeout", kDefaultNetworkTimeout));
     if (login->connect(limits)) return true;
     login.reset();
     return false;
@@ -199,7 +192,7 @@ void VTSimpleDBConnObject::Impl::finishStatement() {
 void VTSimpleDBConnObject::Impl::close() {
     if (login == nullptr) return;
     finishStatement();
-    const std::chrono::seconds reuse(numberOf("connectionReuse", kDefaultConnectionReuse));
+    const std::chrono::seconds reuse(numberSetting("connectionReuse", kDefaultConnectionReuse));
     hostlayer::keepIdleLogin(std::move(login), reuse);
 }
 
