@@ -87,7 +87,8 @@ bool createOrClaim(const char* path) {
     // O_NONBLOCK: the open of a pipe in the file's place must not wait.
     const FileDescriptor file(path, O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK, kOwnerOnly);
     if (!file.isOpen()) return ::lstat(path, &status) != 0;
-    return ::fstat(file.get(), &status) == 0 && isOwnFile(status) && ::fchmod(file.get(), kOwnerOnly) == 0;
+    return ::fstat(file.get(), &status) == 0 && isOwnFile(status) && ::fchmod(file.get(), kOwnerOnly) == 0 &&
+           ::ftruncate(file.get(), 0) == 0;
 }
 
 }  // namespace
