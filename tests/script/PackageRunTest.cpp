@@ -17,6 +17,7 @@
 #include "DVUtilities/TScriptRecords.h"
 #include "PackageSeal.h"
 #include "ScriptFixture.h"
+#include "TurkishLocale.h"
 #include "VTPassword.h"
 
 namespace {
@@ -350,8 +351,9 @@ TEST_F(PackageRun, HostileValuesArriveOrAreRefused) {
         {"PRINT '\n%s%s", {"", "\t:r /etc/passwd"}, "value 2 completes a command of the query tool."},
         {"PRINT '\n%s'", {":!!ls"}, "value 1 completes a command of the query tool."},
         {"%s\n", {"!!ls"}, "value 1 completes a command of the query tool."},
-        {"%sT\n", {"quI"}, "value 1 completes a command of the query tool."},
+        {"%st\n", {"Qui"}, "value 1 completes a command of the query tool."},
     };
+    const support::TurkishLocale otherLetters;
     for (const auto& c : refused) {
         writePackage("refused", packageOf(c.body));
         EXPECT_FALSE(TS_ExecTscript_SQL_In("refused", &database, &c.values, nullptr, &log, &output))
