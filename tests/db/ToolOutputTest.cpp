@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <chrono>
 #include <filesystem>
 #include <functional>
 
@@ -96,6 +97,16 @@ TEST_F(ToolOutput, HalvesOfUtf16PairsInMessagesAreReplaced) {
     collector.get(causes);
     ASSERT_EQ(causes.size(), 1U);
     EXPECT_EQ(causes[0].text, "a\uFFFDb\uFFFDc\U0001F600");
+}
+
+TEST_F(ToolOutput, AWatchedFileIsNoOldOne) {
+    writeFile(file, "");
+    const OutputWatch watch(file);
+    EXPECT_TRUE(watch.isUnwritten());
+    const auto anHourAgo = std::filesystem::file_time_type::clock::now() - std::chrono::hours(1);
+    EXPECT_GT(std::filesystem::last_write_time(file), anHourAgo);
+    writeFile(file, "");
+    EXPECT_FALSE(watch.isUnwritten());
 }
 
 TEST_F(ToolOutput, OnlyThisUsersFilesServeAsTemporaryOutput) {

@@ -33,7 +33,7 @@ std::string temporaryOutputPath();
 bool claimToolOutput(const std::string& path);
 
 // Watches an output file from before the tool's start, to see whether the tool writes it. An empty file has
-// an old time meanwhile, so that a tool which writes nothing into it is seen, too.
+// an earlier time meanwhile, so that a tool which writes nothing into it is seen, too.
 class OutputWatch {
   public:
     explicit OutputWatch(std::string path);
