@@ -44,14 +44,15 @@ struct PacketStream::Address {
     const addrinfo& info;
 };
 
-PacketStream::PacketStream(const std::string& host, const std::string& port, Clock::time_point deadline)
-    : m_deadline(deadline) {
+PacketStream::PacketStream(const std::string& host, const std::string& port,
+                           std::chrono::milliseconds limit) {
     addrinfo wanted{};
     wanted.ai_socktype = SOCK_STREAM;
     addrinfo* found = nullptr;
     if (const int error = ::getaddrinfo(host.c_str(), port.c_str(), &wanted, &found); error != 0)
         throw ProbeFailure("the name " + host + " cannot be resolved: " + ::gai_strerror(error));
     const std::unique_ptr<addrinfo, decltype(&::freeaddrinfo)> addresses(found, ::freeaddrinfo);
+    const auto deadline = Clock::now() + limit;
     std::string problems;
     auto left = std::ptrdiff_t{0};
     for (const addrinfo* address = found; address != nullptr; address = address->ai_next) ++left;
