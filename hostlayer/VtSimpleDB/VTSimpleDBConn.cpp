@@ -1,5 +1,6 @@
 #include "VTSimpleDBConn.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstring>
 #include <optional>
@@ -33,6 +34,7 @@ constexpr const char* kDefaultAttributes = "TDS_Version=7.4;ClientCharset=UTF-8"
 constexpr unsigned int kDefaultLoginTimeout = 15;    // seconds; 0 waits without a limit
 constexpr unsigned int kDefaultNetworkTimeout = 60;  // seconds; 0: the kernel's limit
 constexpr unsigned int kDefaultQueryTimeout = 0;     // seconds; 0 waits without a limit
+constexpr unsigned int kLongestTimeout = 2'000'000;  // seconds; FreeTDS counts milliseconds in an int
 constexpr unsigned int kDefaultReplyLimit = 1024;    // MiB; 0: no limit
 constexpr unsigned int kDefaultConnectionReuse = 5;  // seconds; 0 keeps no login
 // Few messages belong to a login. The driver manager's time grows with the square of their number.
@@ -45,7 +47,7 @@ const char* orEmpty(const char* text) {
 }
 
 RequestLimits limitsOf(const char* timeSetting, unsigned int seconds) {
-    return {std::chrono::seconds(numberSetting(timeSetting, seconds)),
+    return {std::chrono::seconds(std::min(numberSetting(timeSetting, seconds), kLongestTimeout)),
             std::uint64_t{numberSetting("replyLimit", kDefaultReplyLimit)} << 20, timeSetting};
 }
 

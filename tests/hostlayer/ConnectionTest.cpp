@@ -135,7 +135,8 @@ TEST(ConnectionString, RefusalNamesWhatCannotBeUsed) {
     VtCauseListener const before = VtListenToCauses(keepProblem);
     for (const auto& [settings, problem] :
          {std::pair("caFile = '" + std::string(201, 'x') + "'", "caFile cannot be opened"),
-          {"odbcAttributes = 'Encryption=off'", "Both encrypt and odbcAttributes"}}) {
+          {"odbcAttributes = 'Encryption=off'", "Both encrypt and odbcAttributes"},
+          {"odbcDriver = '" + std::string(1001, 'x') + "'", "odbcDriver under [host] is longer"}}) {
         store.write("[host]\nencrypt = 'verify'\n" + settings);
         EXPECT_EQ(connectionString("h"), "");
         EXPECT_NE(problemText.find(problem), std::string::npos) << problemText;
