@@ -470,6 +470,13 @@ TEST_F(PackageRun, AStartStatementThatIsCutRunsNothing) {
     const Result cut = runPackage("quoted", {}, 1, std::string(1000, '\'').c_str());
     EXPECT_FALSE(cut.done);
     EXPECT_EQ(cut.output.find("\nFailed to record tscript start time. Error : ["), 0U) << cut.output;
+    TScript script;
+    ASSERT_TRUE(script.initialize("tsListNodes") && script.setDbAndLog("Dorvas"));
+    int runs = std::stoi(runCount());
+    for (std::size_t quotes = 780; quotes < 820; ++quotes)
+        runs += script.recordExecStart(std::string(quotes, '\'').c_str()) ? 1 : 0;
+    EXPECT_EQ(runCount(), std::to_string(runs)) << "a statement without its condition added rows";
+    EXPECT_FALSE(script.recordExecEnd(1)) << "the last start has failed";
 }
 
 TEST_F(PackageRun, KeepsTheSqlFileWhenTheConfigurationAsksForIt) {
