@@ -2,16 +2,19 @@
 
 #include <fcntl.h>
 #include <sys/mman.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cstdlib>
 #include <map>
 #include <mutex>
+#include <utility>
 
 namespace freetds {
 namespace {
 
+constexpr const char* kVariable = "FREETDSCONF";
 constexpr std::size_t kLongestValue = 200;  // FreeTDS reads lines of 255 bytes
 
 bool hasControlCharacters(const std::string& value) {
@@ -40,42 +43,69 @@ class Configuration {
   public:
     std::string section(const EncryptedServer& server) {
         const std::lock_guard lock(m_mutex);
-        if (const auto known = m_sections.find(server); known != m_sections.end()) return known->second;
+        if (!isInUse()) return "";
+        if (const auto known = m_sections.find(server); known != m_sections.end()) return known->second.name;
         const std::string name = "server" + std::to_string(m_sections.size() + 1);
         const std::string caFile = caPath(server.caFile);
-        const std::string text = sectionText(name, server, caFile);
-        if (caFile.empty() || !open() ||
-            ::write(m_file, text.data(), text.size()) != static_cast<ssize_t>(text.size()))
-            return "";
-        return m_sections[server] = name;
+        const Section section{name, sectionText(name, server, caFile)};
+        if (caFile.empty() || !append(section.text)) return "";
+        m_sections.emplace(server, section);
+        return name;
     }
 
     std::optional<EncryptedServer> serverOf(std::string_view section) {
         const std::lock_guard lock(m_mutex);
         const auto found = std::find_if(m_sections.begin(), m_sections.end(),
-                                        [&](const auto& known) { return known.second == section; });
+                                        [&](const auto& known) { return known.second.name == section; });
         return found == m_sections.end() ? std::nullopt : std::optional(found->first);
     }
 
   private:
-    // The descriptor stays open, since the driver opens the file for each connection. A child process has
-    // another descriptor table and finds no file there.
+    struct Section {
+        std::string name;
+        std::string text;
+    };
+
+    // True if FreeTDS will read this file: it would take a section that it does not find for a host's name,
+    // and log in there. The host program may have changed its environment since, or have no /proc.
+    bool isInUse() {
+        if (!open()) return false;
+        const std::string path = "/proc/self/fd/" + std::to_string(m_file);
+        const char* const named = std::getenv(kVariable);
+        const bool isNamed =
+            (named != nullptr && path == named) || ::setenv(kVariable, path.c_str(), /*replace=*/1) == 0;
+        return isNamed && ::access(path.c_str(), R_OK) == 0;
+    }
+    // The descriptor stays open, since the driver opens the file for each connection. A program that this one
+    // starts has another descriptor table and finds no file there. A forked child begins a file of its own
+    // with the sections that it knows: in one file, parent and child would give one name to two servers.
     bool open() {
-        if (m_file >= 0) return true;
-        const int file = ::memfd_create("freetds.conf", MFD_CLOEXEC);
-        if (file < 0) return false;
-        const std::string path = "/proc/self/fd/" + std::to_string(file);
-        const bool isNamed = ::setenv("FREETDSCONF", path.c_str(), /*replace=*/1) == 0;
-        if (isNamed)
-            m_file = file;
-        else
-            ::close(file);
-        return isNamed;
+        if (isOpen() && m_process == ::getpid()) return true;
+        if (isOpen()) ::close(m_file);
+        m_file = ::memfd_create("freetds.conf", MFD_CLOEXEC);
+        if (m_file < 0) return false;
+        m_process = ::getpid();
+        const bool isComplete = ::fstat(m_file, &m_status) == 0 &&
+                                std::all_of(m_sections.begin(), m_sections.end(),
+                                            [this](const auto& known) { return append(known.second.text); });
+        if (!isComplete) ::close(std::exchange(m_file, -1));
+        return isComplete;
+    }
+    // False if the host program has closed the descriptor, which may be another file by now.
+    bool isOpen() const {
+        struct stat status {};
+        return m_file >= 0 && ::fstat(m_file, &status) == 0 && status.st_dev == m_status.st_dev &&
+               status.st_ino == m_status.st_ino;
+    }
+    bool append(const std::string& text) const {
+        return ::write(m_file, text.data(), text.size()) == static_cast<ssize_t>(text.size());
     }
 
     std::mutex m_mutex;
     int m_file = -1;
-    std::map<EncryptedServer, std::string> m_sections;
+    struct stat m_status {};  // of the file
+    pid_t m_process = 0;      // that made it
+    std::map<EncryptedServer, Section> m_sections;
 };
 
 // Never destroyed: connections may be opened while the program ends.

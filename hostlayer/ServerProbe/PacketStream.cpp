@@ -6,7 +6,6 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <memory>
 #include <system_error>
@@ -45,14 +44,15 @@ struct PacketStream::Address {
     const addrinfo& info;
 };
 
-PacketStream::PacketStream(const std::string& host, const std::string& port, Clock::time_point deadline)
-    : m_deadline(deadline) {
+PacketStream::PacketStream(const std::string& host, const std::string& port,
+                           std::chrono::milliseconds limit) {
     addrinfo wanted{};
     wanted.ai_socktype = SOCK_STREAM;
     addrinfo* found = nullptr;
     if (const int error = ::getaddrinfo(host.c_str(), port.c_str(), &wanted, &found); error != 0)
         throw ProbeFailure("the name " + host + " cannot be resolved: " + ::gai_strerror(error));
     const std::unique_ptr<addrinfo, decltype(&::freeaddrinfo)> addresses(found, ::freeaddrinfo);
+    const auto deadline = Clock::now() + limit;
     std::string problems;
     auto left = std::ptrdiff_t{0};
     for (const addrinfo* address = found; address != nullptr; address = address->ai_next) ++left;
@@ -91,12 +91,14 @@ std::string PacketStream::connectTo(const Address& address) {
     return isAnswered ? errorText(error) : "no answer";
 }
 
+// False after the deadline even for a socket that is ready: a server that never stops sending always is.
 bool PacketStream::isReady(short event) const {
     for (;;) {
         const auto left =
             std::chrono::duration_cast<std::chrono::milliseconds>(m_deadline - Clock::now()).count();
+        if (left <= 0) return false;
         pollfd socket{m_socket, event, 0};
-        const int result = ::poll(&socket, 1, static_cast<int>(std::max<decltype(left)>(left, 0)));
+        const int result = ::poll(&socket, 1, static_cast<int>(left));
         if (result >= 0 || errno != EINTR) return result > 0;
     }
 }

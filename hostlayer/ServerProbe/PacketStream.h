@@ -17,9 +17,9 @@ class PacketStream {
   public:
     using Clock = std::chrono::steady_clock;
 
-    // Connects to the first of the host's addresses that accepts. Throws ProbeFailure with the reason of
-    // each.
-    PacketStream(const std::string& host, const std::string& port, Clock::time_point deadline);
+    // Connects to the first of the host's addresses that accepts. The deadline is `limit` after the host's
+    // name has been resolved. Throws ProbeFailure with the reason of each address.
+    PacketStream(const std::string& host, const std::string& port, std::chrono::milliseconds limit);
     ~PacketStream();
     PacketStream(const PacketStream&) = delete;
     PacketStream& operator=(const PacketStream&) = delete;

@@ -55,7 +55,7 @@ Encrypted agreement(Demand demand, Offer server) {
 }
 
 void examine(const ProbeTarget& target, ServerReport& report) {
-    const PacketStream stream(target.host, target.port, PacketStream::Clock::now() + target.limit);
+    const PacketStream stream(target.host, target.port, target.limit);
     report.isLoopback = stream.isLoopback();
     stream.send(preloginMessage(offerFor(target.demand)));
     const Offer reply = encryptionOf(stream.receive("its answer to the first message"));

@@ -44,7 +44,7 @@ ServerReport probeServer(const ProbeTarget& target);
 
 // Returns the reason, as a clause, for which FreeTDS could not log in to the target: the report's problem, or
 // TLS 1.3, which FreeTDS 1.3 does not complete. Empty: not known. Takes no longer than the login was allowed
-// to (0: no limit).
+// to (0: no limit), and the time to resolve the name.
 std::string reasonOfFailedLogin(ProbeTarget target, std::chrono::seconds loginLimit);
 
 }  // namespace hostlayer

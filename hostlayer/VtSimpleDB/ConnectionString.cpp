@@ -10,6 +10,8 @@
 namespace hostlayer {
 namespace {
 
+constexpr std::size_t kLongestDriver = 1000;  // unixODBC copies the driver to a buffer without a check
+
 bool containsIgnoringCase(std::string_view text, std::string_view part) {
     const auto same = [](char a, char b) { return (a | 0x20) == (b | 0x20); };
     return std::search(text.begin(), text.end(), part.begin(), part.end(), same) != text.end();
@@ -89,7 +91,7 @@ std::string verifiedServer(const ServerAddress& server, const std::string& caFil
     if (section.empty())
         problem =
             "FreeTDS cannot verify the server: its name is too long, it or caFile under [host] has a "
-            "control character, or caFile cannot be opened";
+            "control character, caFile cannot be opened, or /proc is missing";
     return section;
 }
 
@@ -106,6 +108,10 @@ std::size_t longestConnectionString(const ConnectionSettings& settings, const Co
 
 bool makeConnectionString(const ConnectionSettings& settings, const ConnectionRequest& request,
                           std::string& text, std::string& problem) {
+    if (settings.driver.size() > kLongestDriver) {
+        problem = "odbcDriver under [host] is longer than " + std::to_string(kLongestDriver) + " bytes";
+        return false;
+    }
     const Dialect dialect{containsIgnoringCase(settings.driver, "tds")};
     std::optional<Encryption> encryption;
     if (!parseEncryption(settings, encryption, problem)) return false;

@@ -30,8 +30,8 @@ struct ConnectionRequest {
 };
 
 // Builds the connection string, `text`, which holds the password. False, with the reason in `problem`, when
-// the settings contradict each other, FreeTDS cannot verify the server, or the driver has no notation for one
-// of the values. The reason does not quote the value.
+// the driver's name is too long, the settings contradict each other, FreeTDS cannot verify the server, or the
+// driver has no notation for one of the values. The reason does not quote the value.
 bool makeConnectionString(const ConnectionSettings& settings, const ConnectionRequest& request,
                           std::string& text, std::string& problem);
 

@@ -1,7 +1,6 @@
 #include "SqlEffect.h"
 
 #include <algorithm>
-#include <cctype>
 #include <iterator>
 #include <string>
 
@@ -49,8 +48,17 @@ bool isSpace(char c) {
     return std::string_view(" \t\r\n\f\v").find(c) != std::string_view::npos;
 }
 
+// Of ASCII, whatever the host program's locale.
+bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+char upperCase(char c) {
+    return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+}
+
 bool isWordCharacter(char c) {
-    return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_' || c == '@' || c == '$' || c == '#';
+    const char upper = upperCase(c);
+    return isDigit(c) || (upper >= 'A' && upper <= 'Z') || c == '_' || c == '@' || c == '$' || c == '#';
 }
 
 // Splits a batch into words, in upper case, and single characters. Strings and quoted names yield one
@@ -103,17 +111,15 @@ std::string Words::next() {
     const auto end = std::find_if_not(m_rest.begin(), m_rest.end(), isWordCharacter);
     std::string word(m_rest.begin(), end == m_rest.begin() ? end + 1 : end);
     m_rest.remove_prefix(word.size());
-    const auto first = static_cast<unsigned char>(word.front());
-    const bool isJoined = std::isdigit(first) != 0 &&  // "1FROM" is two words
+    const bool isJoined = isDigit(word.front()) &&  // "1FROM" is two words
                           word.find_first_not_of("0123456789") != std::string::npos;
     const bool isDoubledBracket = word == "]";
-    const bool mayBeSpace = first >= 0x80;
+    const bool mayBeSpace = static_cast<unsigned char>(word.front()) >= 0x80;
     if (isJoined || isDoubledBracket || mayBeSpace) m_isCertain = false;
     // A doubled quote begins another string, which changes nothing here.
     if (word == "'" || word == "\"") skipPast(word);
     if (word == "[") skipPast("]");
-    std::transform(word.begin(), word.end(), word.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
+    std::transform(word.begin(), word.end(), word.begin(), upperCase);
     return word;
 }
 

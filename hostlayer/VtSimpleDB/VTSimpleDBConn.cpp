@@ -1,6 +1,6 @@
 #include "VTSimpleDBConn.h"
 
-#include <charconv>
+#include <algorithm>
 #include <chrono>
 #include <cstring>
 #include <optional>
@@ -22,6 +22,7 @@ namespace {
 
 using hostlayer::Fetched;
 using hostlayer::Login;
+using hostlayer::numberSetting;
 using hostlayer::OdbcHandle;
 using hostlayer::odbcText;
 using hostlayer::RequestLimits;
@@ -33,6 +34,7 @@ constexpr const char* kDefaultAttributes = "TDS_Version=7.4;ClientCharset=UTF-8"
 constexpr unsigned int kDefaultLoginTimeout = 15;    // seconds; 0 waits without a limit
 constexpr unsigned int kDefaultNetworkTimeout = 60;  // seconds; 0: the kernel's limit
 constexpr unsigned int kDefaultQueryTimeout = 0;     // seconds; 0 waits without a limit
+constexpr unsigned int kLongestTimeout = 2'000'000;  // seconds; FreeTDS counts milliseconds in an int
 constexpr unsigned int kDefaultReplyLimit = 1024;    // MiB; 0: no limit
 constexpr unsigned int kDefaultConnectionReuse = 5;  // seconds; 0 keeps no login
 // Few messages belong to a login. The driver manager's time grows with the square of their number.
@@ -44,16 +46,9 @@ const char* orEmpty(const char* text) {
     return text != nullptr ? text : "";
 }
 
-// Value of a setting; the default if it is not a number.
-unsigned int numberOf(const char* setting, unsigned int number) {
-    const std::string text = hostlayer::hostSetting(setting, "");
-    std::from_chars(text.data(), text.data() + text.size(), number);
-    return number;
-}
-
 RequestLimits limitsOf(const char* timeSetting, unsigned int seconds) {
-    return {std::chrono::seconds(numberOf(timeSetting, seconds)),
-            std::uint64_t{numberOf("replyLimit", kDefaultReplyLimit)} << 20, timeSetting};
+    return {std::chrono::seconds(std::min(numberSetting(timeSetting, seconds), kLongestTimeout)),
+            std::uint64_t{numberSetting("replyLimit", kDefaultReplyLimit)} << 20, timeSetting};
 }
 
 // Reports a lost connection, for which FreeTDS has the message "Unknown error" only.
@@ -166,7 +161,7 @@ bool VTSimpleDBConnObject::Impl::logIn(std::unique_ptr<Login> next) {
     RequestLimits limits = limitsOf("loginTimeout", kDefaultLoginTimeout);
     limits.bytes = kLoginReplyLimit;
     limits.tick = kLoginTick;
-    limits.network = std::chrono::seconds(numberOf("networkTimeout", kDefaultNetworkTimeout));
+    limits.network = std::chrono::seconds(numberSetting("networkTimeout", kDefaultNetworkTimeout));
     if (login->connect(limits)) return true;
     login.reset();
     return false;
@@ -199,7 +194,7 @@ void VTSimpleDBConnObject::Impl::finishStatement() {
 void VTSimpleDBConnObject::Impl::close() {
     if (login == nullptr) return;
     finishStatement();
-    const std::chrono::seconds reuse(numberOf("connectionReuse", kDefaultConnectionReuse));
+    const std::chrono::seconds reuse(numberSetting("connectionReuse", kDefaultConnectionReuse));
     hostlayer::keepIdleLogin(std::move(login), reuse);
 }
 

@@ -1,6 +1,5 @@
 #include "DVUtilities/DVUtilLib.h"
 
-#include <strings.h>
 #include <unistd.h>
 
 #include <array>
@@ -17,6 +16,7 @@
 #include "ExceptionGuard.h"
 #include "FX.h"
 #include "HostIdentity.h"
+#include "LetterCase.h"
 #include "LogFiles.h"
 #include "Registry.h"
 #include "RegistryNames.h"
@@ -43,10 +43,6 @@ int versionNumberOf(std::string_view version) {
     for (const KnownVersion& known : kKnownVersions)
         if (version.substr(0, known.beginning.size()) == known.beginning) return known.number;
     return 0;
-}
-
-bool equalIgnoringCase(const char* one, const char* other) {
-    return strcasecmp(textOrEmpty(one), textOrEmpty(other)) == 0;
 }
 
 // Always false.
@@ -253,7 +249,7 @@ bool DVUtilLib::getInstanceNameFromDVHostName(char* hostName, char* instanceName
             std::string host;
             if (!readHostName(host, m_errorText)) {
                 m_errorText.clear();
-            } else if (equalIgnoringCase(host.c_str(), hostName)) {
+            } else if (equalIgnoringCase(host, hostName)) {
                 m_instanceName = instance;
                 copyWhole(instanceName, instance);
                 return true;
@@ -295,6 +291,6 @@ void DVUtilLib::LogTScript(const char* logFile, const char* dbName, const char* 
 
 void DVUtilLib::printoutContent(const char* sourceFile, const char* logFile, bool echo) {
     const char* target = logFile != nullptr ? logFile : m_logFile.c_str();
-    if (equalIgnoringCase(target, sourceFile)) target = nullptr;
+    if (equalIgnoringCase(target, textOrEmpty(sourceFile))) target = nullptr;
     LogFileContent(sourceFile, target, echo, m_instanceName.c_str());
 }

@@ -1,7 +1,6 @@
 #include "AccountDiscovery.h"
 
 #include <string.h>
-#include <strings.h>
 
 #include <algorithm>
 #include <array>
@@ -13,6 +12,7 @@
 #include "DVUtilities/commonFunc.h"
 #include "EvDebug.h"
 #include "FX.h"
+#include "LetterCase.h"
 #include "Registry.h"
 #include "RegistryNames.h"
 #include "RowText.h"
@@ -116,7 +116,7 @@ bool AccountDiscovery::checkHost(const char* controlSetName, const std::string& 
         return m_db.report.fail(database_messages::kOnlyOnManagementServer);
     }
     for (const Component& component : kComponents)
-        if (strcasecmp(dbName.c_str(), component.database) == 0)
+        if (equalIgnoringCase(dbName, component.database))
             return checkComponent(component, controlSetName, dbName);
     return true;
 }

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <filesystem>
 #include <string>
 
@@ -81,6 +82,16 @@ TEST_F(QueryTool, ProcessesSucceedByExitCodeZeroAlone) {
     EXPECT_EQ(logTexts(log), (std::vector<std::string>{"", ""}));  // the details are in the debug log
     EXPECT_FALSE(db.StartProcess(nullptr, 10'000));
     EXPECT_STREQ(db.getErrorMsg(), "");
+}
+
+TEST_F(QueryTool, MessagesOfAnEarlierRunAreNoCauses) {
+    installation.setHost("programs.sqlcmd", "/no/such/tool");
+    support::writeFile(output, "Msg 208, Level 16, State 1, Server s, Line 1\nInvalid object name 'x'.\n");
+    EXPECT_FALSE(db.RunStringQuery("SELECT 1", output.c_str(), nullptr));
+    std::vector<DVUCause_t> causes;
+    DVU_GetCauses(db, causes);
+    ASSERT_EQ(causes.size(), 1U);
+    EXPECT_EQ(causes[0].systemError, ENOENT);
 }
 
 TEST_F(QueryTool, EachRunnerReportsAFailureInItsOwnWords) {

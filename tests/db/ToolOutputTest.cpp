@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <chrono>
 #include <filesystem>
 #include <functional>
 
@@ -98,6 +99,16 @@ TEST_F(ToolOutput, HalvesOfUtf16PairsInMessagesAreReplaced) {
     EXPECT_EQ(causes[0].text, "a\uFFFDb\uFFFDc\U0001F600");
 }
 
+TEST_F(ToolOutput, AWatchedFileIsNoOldOne) {
+    writeFile(file, "");
+    const OutputWatch watch(file);
+    EXPECT_TRUE(watch.isUnwritten());
+    const auto anHourAgo = std::filesystem::file_time_type::clock::now() - std::chrono::hours(1);
+    EXPECT_GT(std::filesystem::last_write_time(file), anHourAgo);
+    writeFile(file, "");
+    EXPECT_FALSE(watch.isUnwritten());
+}
+
 TEST_F(ToolOutput, OnlyThisUsersFilesServeAsTemporaryOutput) {
     namespace fs = std::filesystem;
     const std::string victim = folder / "victim";
@@ -118,7 +129,8 @@ TEST_F(ToolOutput, OnlyThisUsersFilesServeAsTemporaryOutput) {
         c.prepare();
         ASSERT_EQ(claimToolOutput(file), c.expected) << c.what;
         EXPECT_TRUE(!c.expected || fs::status(file).permissions() == fs::perms(0600)) << c.what;
-        const bool isUnwritten = c.expected && fs::is_empty(file);
+        EXPECT_TRUE(!c.expected || fs::is_empty(file)) << c.what;
+        const bool isUnwritten = c.expected;
         dropUnwrittenOutput(file);
         EXPECT_EQ(fs::exists(fs::symlink_status(file)), !isUnwritten) << c.what;
     }

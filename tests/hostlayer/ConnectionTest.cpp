@@ -1,10 +1,17 @@
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <chrono>
+#include <cstdlib>
+#include <functional>
 #include <string>
 #include <thread>
+#include <utility>
 
 #include "Program.h"
 #include "TestStore.h"
@@ -97,6 +104,39 @@ TEST(ConnectionString, HasOneMeaningOfEncryptForEveryDriver) {
     }
 }
 
+// Of the file that parent and child shared, both would have used the next section's name.
+TEST(ConnectionString, VerifiedServersAreThoseOfTheProcess) {
+    const TestStore store("[host]\nencrypt = 'verify'\n");
+    const std::string known = connectionString("known");
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::unsetenv("FREETDSCONF");  // FreeTDS would take a section's name for a host's
+        const bool isKept = connectionString("known") == known;
+        const std::string own = connectionString("child");
+        const std::string file = support::readFile(std::getenv("FREETDSCONF"));
+        const bool hasBoth = file.find("host = known\n") != std::string::npos &&
+                             file.find("host = child\n") != std::string::npos;
+        const bool isRefused =
+            ::chroot(store.folder.path().c_str()) != 0 || connectionString("known").empty();
+        ::_exit(isKept && own != known && hasBoth && isRefused ? 0 : 1);
+    }
+    int status = -1;
+    ::waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0);
+    connectionString("parent");
+    const std::string file = support::readFile(std::getenv("FREETDSCONF"));
+    EXPECT_NE(file.find("host = parent\n"), std::string::npos);
+    EXPECT_EQ(file.find("host = child\n"), std::string::npos);
+    // The program closes descriptors that it does not know, and uses their numbers.
+    const std::string name = std::getenv("FREETDSCONF");
+    const std::string own = store.folder / "own";
+    const support::Descriptor ownFile(::open(own.c_str(), O_RDWR | O_CREAT, 0600));
+    const support::Descriptor reused(::dup2(ownFile.get(), std::stoi(name.substr(name.rfind('/') + 1))));
+    EXPECT_EQ(connectionString("known"), known);
+    EXPECT_NE(support::readFile(std::getenv("FREETDSCONF")).find("host = known\n"), std::string::npos);
+    EXPECT_EQ(support::readFile(own), "");
+}
+
 std::string problemText;
 void keepProblem(const VtCause& cause) {
     problemText = cause.text;
@@ -107,7 +147,8 @@ TEST(ConnectionString, RefusalNamesWhatCannotBeUsed) {
     VtCauseListener const before = VtListenToCauses(keepProblem);
     for (const auto& [settings, problem] :
          {std::pair("caFile = '" + std::string(201, 'x') + "'", "caFile cannot be opened"),
-          {"odbcAttributes = 'Encryption=off'", "Both encrypt and odbcAttributes"}}) {
+          {"odbcAttributes = 'Encryption=off'", "Both encrypt and odbcAttributes"},
+          {"odbcDriver = '" + std::string(1001, 'x') + "'", "odbcDriver under [host] is longer"}}) {
         store.write("[host]\nencrypt = 'verify'\n" + settings);
         EXPECT_EQ(connectionString("h"), "");
         EXPECT_NE(problemText.find(problem), std::string::npos) << problemText;
@@ -131,31 +172,68 @@ TEST(Connection, ReportsWhyItCannotBeOpened) {
     EXPECT_EQ(connection.CloseSQLConnection(), 0);
 }
 
+constexpr int kLongerThanTheTimeout = 10'000;  // milliseconds, and less than the default of 15 s
+
+// A server on loopback with one thread, which `serve` runs on.
+class FakeServer {
+  public:
+    explicit FakeServer(std::function<void(int listener)> serve)
+        : m_listener(::socket(AF_INET, SOCK_STREAM, 0)) {
+        socklen_t size = sizeof m_address;
+        m_address.sin_family = AF_INET;
+        m_address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        auto* const generic = reinterpret_cast<sockaddr*>(&m_address);
+        EXPECT_EQ(::bind(m_listener.get(), generic, size) + ::listen(m_listener.get(), 2), 0);
+        EXPECT_EQ(::getsockname(m_listener.get(), generic, &size), 0);
+        m_thread = std::thread(std::move(serve), m_listener.get());
+    }
+    // Returns the result of a connection to the server that has ended.
+    int connectTo() {
+        const std::string server = "127.0.0.1," + std::to_string(ntohs(m_address.sin_port));
+        const int result = VTSimpleDBConnObject().OpenSQLConnectionUsingConnectionString(
+            connectionString(server.c_str()).c_str(), false);
+        m_thread.join();
+        return result;
+    }
+
+  private:
+    support::Descriptor m_listener;
+    sockaddr_in m_address{};
+    std::thread m_thread;
+};
+
 TEST(Connection, AServerThatNeverAnswersIsLeftAfterTheLoginTimeout) {
-    constexpr int kLongerThanTheTimeout = 10'000;  // milliseconds, and less than the default of 15 s
     const TestStore store("[host]\nloginTimeout = 1\n");
-    const support::Descriptor listener(::socket(AF_INET, SOCK_STREAM, 0));
-    sockaddr_in address{};
-    socklen_t size = sizeof address;
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    auto* const generic = reinterpret_cast<sockaddr*>(&address);
-    ASSERT_EQ(::bind(listener.get(), generic, size) + ::listen(listener.get(), 1), 0);
-    ASSERT_EQ(::getsockname(listener.get(), generic, &size), 0);
     bool isLeft = false;
-    std::thread silentServer([&] {
-        const support::Descriptor client(::accept(listener.get(), nullptr, nullptr));
+    FakeServer silent([&](int listener) {
+        const support::Descriptor client(::accept(listener, nullptr, nullptr));
         pollfd waiting{client.get(), POLLIN, 0};
         char request[512];
         while (!isLeft && ::poll(&waiting, 1, kLongerThanTheTimeout) == 1)
             isLeft = ::recv(client.get(), request, sizeof request, 0) <= 0;
     });
-    const std::string server = "127.0.0.1," + std::to_string(ntohs(address.sin_port));
-    VTSimpleDBConnObject connection;
-    EXPECT_NE(
-        connection.OpenSQLConnectionUsingConnectionString(connectionString(server.c_str()).c_str(), false),
-        0);
-    silentServer.join();
+    EXPECT_NE(silent.connectTo(), 0);
+    EXPECT_TRUE(isLeft);
+}
+
+// After the failed login, the reason is looked for over a second connection. On it, the server agrees to
+// encrypt, and then sends packets without content.
+TEST(Connection, AServerThatNeverStopsSendingIsLeftAfterTheLoginTimeout) {
+    using std::chrono::steady_clock;
+    const TestStore store("[host]\nloginTimeout = 1\n");
+    bool isLeft = false;
+    FakeServer endless([&](int listener) {
+        support::Descriptor(::accept(listener, nullptr, nullptr));
+        const support::Descriptor client(::accept(listener, nullptr, nullptr));
+        std::string sent("\4\1\0\x0f\0\0\0\0\1\0\6\0\1\xff\1", 15);
+        const auto end = steady_clock::now() + std::chrono::milliseconds(kLongerThanTheTimeout);
+        while (!isLeft && steady_clock::now() < end) {
+            isLeft = ::send(client.get(), sent.data(), sent.size(), MSG_NOSIGNAL) < 0;
+            sent.clear();
+            for (int i = 0; i < 8000; ++i) sent.append("\4\1\0\x08\0\0\0\0", 8);
+        }
+    });
+    EXPECT_NE(endless.connectTo(), 0);
     EXPECT_TRUE(isLeft);
 }
 

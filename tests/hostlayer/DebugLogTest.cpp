@@ -103,6 +103,32 @@ TEST(DebugLog, FollowsNoLinkAndOpensNoPath) {
     EXPECT_TRUE(log.initialize(0, 0, false, "other.log"));
 }
 
+TEST(DebugLog, ASettingThatOnlyBeginsWithANumberIsNone) {
+    const LogFolder folder;
+    const TestStore store("[host]\ndebugLogLevel = '0 entries'\n[Instance001.EventManager]\ndEVLOGDIR = '" +
+                          folder.path().path().string() + "'\n");
+    EXPECT_TRUE(EvDebug("odd").initialize(0, 0, false, ""));
+}
+
+// The rotation cannot open its new file. The entry after the one that it loses would fit into the old one.
+TEST(DebugLog, OutlivesItsFolder) {
+    const LogFolder folder;
+    const std::string path = folder.path().path();
+    const TestStore store("[host]\ndebugLogBytes = 1\n[Instance001.EventManager]\ndEVLOGDIR = '" + path +
+                          "'\n");
+    EvDebug log("orphan");
+    ASSERT_TRUE(log.initialize(0, 0, false, ""));
+    for (int i = 0; i < 60; ++i) log.Debug("t", "%s", std::string(1000, 'f').c_str());
+    std::filesystem::remove_all(path);
+    support::writeFile(path, "no folder");
+    for (const std::size_t size : {5000, 10, 10}) log.Debug("t", "%s", std::string(size, 'x').c_str());
+    std::filesystem::remove(path);
+    std::filesystem::create_directory(path);
+    std::this_thread::sleep_for(std::chrono::milliseconds(1100));
+    log.Debug("t", "%s", "back");
+    EXPECT_NE(folder.read("orphan.log").find("[t] back\n"), std::string::npos);
+}
+
 TEST(DebugLog, ReportsABrokenStoreOnce) {
     const std::size_t before = defaultDebugLog().size();
     const TestStore store("[Instance001.Base]\nsText = \"open\n");

@@ -146,6 +146,11 @@ TEST_F(Process, ReportsHowToRepairAFailedStart) {
               "Cannot start [/no/such/sqlcmd]: No such file or directory. Install it, or set sqlcmd to its "
               "path under [host.programs] in [" +
                   m_store.path().string() + "].");
+    m_store.write("[host.programs]\nsqlcmd = '/no/such/tool'\n");
+    EXPECT_NE(run("\"/x/sqlcmd\"", "x")
+                  .error.find("start [/no/such/tool]: No such file or directory. Install it, or set "
+                              "sqlcmd to its path"),
+              std::string::npos);
     EXPECT_NE(run("/dev/null", "null").error.find("Permission denied"), std::string::npos);
     const Outcome tooLong = run("/bin/true", "true \"" + std::string(1 << 20, 'x') + "\"");
     EXPECT_NE(tooLong.error.find("Argument list too long. The command line"), std::string::npos)
@@ -213,10 +218,11 @@ TEST_F(Process, TheChildSeesNothingOfTheHostProgram) {
     EXPECT_EQ(result.error, "0\n1\n2\n0000000\n0000000\n");  // the C library ignores two signals above 28
 }
 
-TEST_F(Process, WorksWhereTheHostProgramHasNoStandardDescriptors) {
+TEST_F(Process, WorksWhereTheHostProgramHasNoStandardDescriptorsAndNoEnvironment) {
     const pid_t child = ::fork();
     if (child == 0) {
         for (const int standard : {0, 1, 2}) ::close(standard);
+        ::clearenv();
         const Outcome result = run("/bin/sh", "sh -c \"echo out; echo error >&2\"");
         ::_exit(result.isEnded && result.exitCode == 0 && result.error == "error\n" ? 0 : 1);
     }

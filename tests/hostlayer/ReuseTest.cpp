@@ -16,6 +16,7 @@
 #include "SqlEffect.h"
 #include "TestStore.h"
 #include "TsqlBox.h"
+#include "TurkishLocale.h"
 #include "VTSimpleDBConn.h"
 #include "VtProcess.h"
 
@@ -46,6 +47,7 @@ TEST(SqlEffect, OnlyASinglePlainStatementHasNone) {
         {"UPDATE t SET a = 1 SET NOCOUNT ON", SqlEffect::kSession},
         {"SELECT 1 UPDATE t SET a = 1", SqlEffect::kSession},
         {"SELECT a INTO #t FROM u", SqlEffect::kSession},
+        {"select a into u from v", SqlEffect::kSession},
         {"SELECT a FROM #t", SqlEffect::kSession},
         {"", SqlEffect::kSession},
         {"sp_who", SqlEffect::kServer},
@@ -61,7 +63,12 @@ TEST(SqlEffect, OnlyASinglePlainStatementHasNone) {
         {"SELECT 1 -- \r ' \n DROP TABLE t --'", SqlEffect::kServer},
         {"SELECT 'unclosed", SqlEffect::kServer},
     };
-    for (const Case& each : cases) EXPECT_EQ(hostlayer::effectOf(each.sql), each.effect) << each.sql;
+    const auto check = [&] {
+        for (const Case& each : cases) EXPECT_EQ(hostlayer::effectOf(each.sql), each.effect) << each.sql;
+    };
+    check();
+    const support::TurkishLocale otherLetters;
+    check();
 }
 
 TEST(SqlEffect, OnlyAScriptThatReadsAndChangesRowsSharesTheDatabase) {

@@ -96,6 +96,12 @@ TEST_F(ServerConnection, ReadsManyBlocksOfRows) {
         EXPECT_EQ(found[i], (std::vector<std::string>{std::to_string(i), i % 3 == 0 ? "NULL" : "r"}));
 }
 
+TEST_F(ServerConnection, NoLimitIsTooLongForTheDriver) {
+    m_store.write("[host]\nloginTimeout = 4294967295\nqueryTimeout = 4294968\n");
+    ASSERT_EQ(open(), 0);
+    EXPECT_EQ(rows("WAITFOR DELAY '00:00:01' SELECT 1"), (Rows{{"1"}}));
+}
+
 // The batch would never end.
 TEST_F(ServerConnection, AReplyEndsAtItsLimit) {
     m_store.write("[host]\nreplyLimit = 1\n");

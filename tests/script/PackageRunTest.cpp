@@ -17,6 +17,7 @@
 #include "DVUtilities/TScriptRecords.h"
 #include "PackageSeal.h"
 #include "ScriptFixture.h"
+#include "TurkishLocale.h"
 #include "VTPassword.h"
 
 namespace {
@@ -350,8 +351,9 @@ TEST_F(PackageRun, HostileValuesArriveOrAreRefused) {
         {"PRINT '\n%s%s", {"", "\t:r /etc/passwd"}, "value 2 completes a command of the query tool."},
         {"PRINT '\n%s'", {":!!ls"}, "value 1 completes a command of the query tool."},
         {"%s\n", {"!!ls"}, "value 1 completes a command of the query tool."},
-        {"%sT\n", {"quI"}, "value 1 completes a command of the query tool."},
+        {"%st\n", {"Qui"}, "value 1 completes a command of the query tool."},
     };
+    const support::TurkishLocale otherLetters;
     for (const auto& c : refused) {
         writePackage("refused", packageOf(c.body));
         EXPECT_FALSE(TS_ExecTscript_SQL_In("refused", &database, &c.values, nullptr, &log, &output))
@@ -468,6 +470,13 @@ TEST_F(PackageRun, AStartStatementThatIsCutRunsNothing) {
     const Result cut = runPackage("quoted", {}, 1, std::string(1000, '\'').c_str());
     EXPECT_FALSE(cut.done);
     EXPECT_EQ(cut.output.find("\nFailed to record tscript start time. Error : ["), 0U) << cut.output;
+    TScript script;
+    ASSERT_TRUE(script.initialize("tsListNodes") && script.setDbAndLog("Dorvas"));
+    int runs = std::stoi(runCount());
+    for (std::size_t quotes = 780; quotes < 820; ++quotes)
+        runs += script.recordExecStart(std::string(quotes, '\'').c_str()) ? 1 : 0;
+    EXPECT_EQ(runCount(), std::to_string(runs)) << "a statement without its condition added rows";
+    EXPECT_FALSE(script.recordExecEnd(1)) << "the last start has failed";
 }
 
 TEST_F(PackageRun, KeepsTheSqlFileWhenTheConfigurationAsksForIt) {

@@ -2,18 +2,20 @@
 
 #include <fcntl.h>
 #include <spdlog/logger.h>
+#include <spdlog/sinks/base_sink.h>
 #include <spdlog/sinks/rotating_file_sink.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
-#include <charconv>
+#include <chrono>
 #include <cstdarg>
 #include <cstdio>
 #include <map>
 #include <mutex>
 #include <new>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -67,13 +69,6 @@ struct Opening {
     bool isBuffered = false;
 };
 
-template <typename Number>
-Number numberSetting(const char* name, Number fallback) {
-    const std::string text = hostlayer::hostSetting(name, "");
-    std::from_chars(text.data(), text.data() + text.size(), fallback);
-    return fallback;
-}
-
 // The log folder of the instance in focus; empty when it is no folder.
 std::string logFolder() {
     const VTPI_Base base;
@@ -83,14 +78,48 @@ std::string logFolder() {
     return isFolder ? folder : std::string();
 }
 
+// The rotating file. spdlog's own sink has no file after a rotation that cannot open the new one, for example
+// because the log folder is gone, and its next entry would be written to a null stream. This one opens the
+// file again; entries are dropped while that fails.
+class LogFile : public spdlog::sinks::base_sink<std::mutex> {
+  public:
+    explicit LogFile(Opening opening) : m_opening(std::move(opening)) { open(); }
+
+  protected:
+    void sink_it_(const spdlog::details::log_msg& entry) override {
+        if (!m_isOpen && Clock::now() - m_lastAttempt > kRetryInterval) open();
+        if (m_isOpen) m_file->log(entry);
+    }
+    void flush_() override {
+        if (m_isOpen) m_file->flush();
+    }
+
+  private:
+    using Clock = std::chrono::steady_clock;
+    static constexpr std::chrono::seconds kRetryInterval{1};  // an attempt that fails takes 50 ms
+
+    // Throws spdlog_ex.
+    void open() {
+        m_lastAttempt = Clock::now();
+        spdlog::file_event_handlers handlers;
+        handlers.before_open = createOrCheckLogFile;
+        handlers.after_open = [this](const std::string&, std::FILE* file) {
+            setModeAndCloseOnExec(file);
+            m_isOpen = true;
+        };
+        handlers.before_close = [this](const std::string&, std::FILE*) { m_isOpen = false; };
+        m_file.emplace(m_opening.path, m_opening.fileBytes, kKeptFiles, /*rotate_on_open=*/false, handlers);
+        m_file->set_pattern("%Y-%m-%d %H:%M:%S.%e %P %t %L %v");
+    }
+
+    Opening m_opening;
+    bool m_isOpen = false;
+    Clock::time_point m_lastAttempt;
+    std::optional<spdlog::sinks::rotating_file_sink_st> m_file;
+};
+
 std::shared_ptr<spdlog::logger> openLogger(const Opening& opening) {
-    spdlog::file_event_handlers handlers;
-    handlers.before_open = createOrCheckLogFile;
-    handlers.after_open = [](const std::string&, std::FILE* file) { setModeAndCloseOnExec(file); };
-    auto sink = std::make_shared<spdlog::sinks::rotating_file_sink_mt>(
-        opening.path, opening.fileBytes, kKeptFiles, /*rotate_on_open=*/false, handlers);
-    auto logger = std::make_shared<spdlog::logger>(kDefaultName, std::move(sink));
-    logger->set_pattern("%Y-%m-%d %H:%M:%S.%e %P %t %L %v");
+    auto logger = std::make_shared<spdlog::logger>(kDefaultName, std::make_shared<LogFile>(opening));
     logger->set_level(spdlog::level::trace);
     logger->flush_on(opening.isBuffered ? spdlog::level::err : spdlog::level::trace);
     logger->set_error_handler([](const std::string&) {});  // spdlog's own prints to standard error
@@ -221,8 +250,9 @@ bool EvDebug::Log::open(const Opening& wanted) {
 
 // Opens the file `fileName` of the log folder, or the default one, as the store's settings say.
 bool EvDebug::Log::openBySettings(Opening wanted, std::string fileName) {
-    wanted.level = numberSetting(kLevelSetting, wanted.level);
-    wanted.fileBytes = std::max(numberSetting(kBytesSetting, kDefaultFileBytes), kSmallestFileBytes);
+    wanted.level = hostlayer::numberSetting(kLevelSetting, wanted.level);
+    wanted.fileBytes =
+        std::max(hostlayer::numberSetting(kBytesSetting, kDefaultFileBytes), kSmallestFileBytes);
     if (fileName.empty()) fileName = name + ".log";
     if (name == kDefaultName) fileName = hostlayer::hostSetting(kFileSetting, fileName.c_str());
     const std::string folder = logFolder();

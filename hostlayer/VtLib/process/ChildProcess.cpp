@@ -113,7 +113,8 @@ std::vector<char*> environmentWith(std::vector<std::string>& variables) {
         return std::any_of(variables.begin(), variables.end(),
                            [&](const std::string& text) { return text.starts_with(name); });
     };
-    for (char** variable = ::environ; *variable != nullptr; ++variable)
+    // clearenv(3) leaves no list at all.
+    for (char** variable = ::environ; variable != nullptr && *variable != nullptr; ++variable)
         if (!isReplaced(*variable)) environment.push_back(*variable);
     environment.push_back(nullptr);
     return environment;

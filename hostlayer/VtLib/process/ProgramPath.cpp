@@ -37,14 +37,16 @@ std::string foundOnPath(const std::string& name) {
 
 }  // namespace
 
-std::string_view baseNameOf(std::string_view path) {
-    return path.substr(path.rfind('/') + 1);
+std::string entryNameOf(std::string_view program) {
+    std::string name(program.substr(program.rfind('/') + 1));
+    std::erase(name, '"');
+    return name;
 }
 
 std::string programPath(std::string_view name, const StoreState& store) {
     std::string program(name);
     std::erase(program, '"');
-    const auto* mapped = store.content ? findValue(store.content->programs, baseNameOf(program)) : nullptr;
+    const auto* mapped = store.content ? findValue(store.content->programs, entryNameOf(program)) : nullptr;
     std::string path = program;
     if (mapped != nullptr)
         path = textOf(*mapped);

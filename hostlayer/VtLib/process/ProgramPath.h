@@ -13,7 +13,8 @@ namespace hostlayer {
 // current packages, and `sqlcmd` on PATH. The debug log gets a path that differs from the name.
 std::string programPath(std::string_view name, const StoreState& store);
 
-// Returns what follows the last slash.
-std::string_view baseNameOf(std::string_view path);
+// Returns the name of a program's entry in [host.programs]: what follows the last slash, without double
+// quotes.
+std::string entryNameOf(std::string_view program);
 
 }  // namespace hostlayer

@@ -49,9 +49,7 @@ void movePassword(std::vector<std::string>& arguments, std::vector<std::string>&
 }  // namespace
 
 bool isStrictQueryTool(std::string_view program) {
-    std::string name(baseNameOf(program));
-    std::erase(name, '"');
-    return name == kQueryTool && hostSetting("strictQueryTool", kLenient) != kLenient;
+    return entryNameOf(program) == kQueryTool && hostSetting("strictQueryTool", kLenient) != kLenient;
 }
 
 void makeStrict(std::vector<std::string>& arguments, std::vector<std::string>& variables) {

@@ -35,10 +35,12 @@ void copyTruncated(std::string_view text, char* buffer, int size) {
     buffer[text.copy(buffer, capacityOf(size))] = '\0';
 }
 
-std::string startFailure(const std::string& program, int error, const hostlayer::StoreState& store) {
-    std::string text = "Cannot start [" + program + "]: " + std::strerror(error) + ".";
+// `program`: as the caller named it, which the store may map to `path`.
+std::string startFailure(const char* program, const std::string& path, int error,
+                         const hostlayer::StoreState& store) {
+    std::string text = "Cannot start [" + path + "]: " + std::strerror(error) + ".";
     if (error == ENOENT || error == EACCES || error == ENOTDIR)
-        text += " Install it, or set " + std::string(hostlayer::baseNameOf(program)) +
+        text += " Install it, or set " + hostlayer::entryNameOf(program) +
                 " to its path under [host.programs] in [" + store.path + "].";
     if (error == E2BIG)
         text += " The command line is longer than the system permits. Pass long texts in a file.";
@@ -142,7 +144,7 @@ bool VtProcess::Start(const char* program, const char* commandLine, char* error,
     const int failure = m_impl->child.start(path, arguments, variables,
                                             m_impl->isSilent ? Output::kDiscard : Output::kInherit);
     if (failure == 0) return true;
-    const std::string reason = startFailure(path, failure, *store);
+    const std::string reason = startFailure(program, path, failure, *store);
     VtNoteCause({.place = VtCause::kQueryTool, .systemError = failure, .subject = path, .text = reason});
     return fail(reason);
 }

@@ -66,7 +66,7 @@ bool QueryTool::run(const ToolInput& input, std::string command, const char* whe
         if (output.isUnwritten()) reportUnwritten();
         return true;
     }
-    if (claimed) noteToolMessages(m_outputFile);
+    if (claimed && !output.isUnwritten()) noteToolMessages(m_outputFile);  // not those of an earlier run
     if (claimed && m_temporary) dropUnwrittenOutput(m_outputFile);
     return m_db.report.fail(whenFailed);
 }

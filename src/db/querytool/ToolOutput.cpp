@@ -21,6 +21,7 @@ constexpr std::size_t kBlockSize = std::size_t{256} * 1024;
 constexpr int kHeadingLines = 2;  // the column names and the line of dashes
 constexpr char kBlank = ' ';
 constexpr mode_t kOwnerOnly = 0600;
+constexpr std::time_t kMarkSeconds = 60;  // OutputWatch; nobody deletes a file of that age as an old one
 
 // Reader of a file's lines in large blocks. Memory: one block and one line that crosses blocks.
 class LineReader {
@@ -87,7 +88,8 @@ bool createOrClaim(const char* path) {
     // O_NONBLOCK: the open of a pipe in the file's place must not wait.
     const FileDescriptor file(path, O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK, kOwnerOnly);
     if (!file.isOpen()) return ::lstat(path, &status) != 0;
-    return ::fstat(file.get(), &status) == 0 && isOwnFile(status) && ::fchmod(file.get(), kOwnerOnly) == 0;
+    return ::fstat(file.get(), &status) == 0 && isOwnFile(status) && ::fchmod(file.get(), kOwnerOnly) == 0 &&
+           ::ftruncate(file.get(), 0) == 0;
 }
 
 }  // namespace
@@ -139,9 +141,10 @@ bool claimToolOutput(const std::string& path) {
 OutputWatch::OutputWatch(std::string path)
     : m_path(std::move(path)), m_existed(::lstat(m_path.c_str(), &m_before) == 0) {
     if (!m_existed || !isOwnFile(m_before) || m_before.st_size != 0) return;
-    const timespec marked[] = {{.tv_sec = 0, .tv_nsec = UTIME_OMIT}, {.tv_sec = 1, .tv_nsec = 0}};
+    const timespec earlier = {.tv_sec = m_before.st_mtim.tv_sec - kMarkSeconds, .tv_nsec = 0};
+    const timespec marked[] = {{.tv_sec = 0, .tv_nsec = UTIME_OMIT}, earlier};
     m_isMarked = ::utimensat(AT_FDCWD, m_path.c_str(), marked, AT_SYMLINK_NOFOLLOW) == 0;
-    if (m_isMarked) m_before.st_mtim = marked[1];
+    if (m_isMarked) m_before.st_mtim = earlier;
 }
 
 OutputWatch::~OutputWatch() {

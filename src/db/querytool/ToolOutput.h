@@ -27,12 +27,13 @@ std::string temporaryOutputPath();
 
 // Creates a temporary output file before the tool opens it, because others can guess its name: only this user
 // may read it, and the tool does not write to a link or a file of somebody else. A file that this user left
-// there earlier is used again. Also true if the file cannot be created at all: the tool then fails on it.
+// there earlier is emptied and used again. Also true if the file cannot be created at all: the tool then
+// fails on it.
 // False, with a cause, for whatever else has the name: a link, a pipe, another user's file.
 bool claimToolOutput(const std::string& path);
 
 // Watches an output file from before the tool's start, to see whether the tool writes it. An empty file has
-// an old time meanwhile, so that a tool which writes nothing into it is seen, too.
+// an earlier time meanwhile, so that a tool which writes nothing into it is seen, too.
 class OutputWatch {
   public:
     explicit OutputWatch(std::string path);

@@ -4,10 +4,12 @@
 #include <chrono>
 #include <ctime>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <vector>
 
 #include "CallerText.h"
+#include "Causes.h"
 #include "DVUtilities/DBBase.h"
 #include "DVUtilities/Diagnostics.h"
 #include "FX.h"
@@ -26,6 +28,13 @@ long long now() {
     return static_cast<long long>(std::time(nullptr));
 }
 
+// Whether the cut of a start statement may be behind the list of columns. Without its condition it would add
+// a row for every script, without its last part a row whose id is not known.
+bool mayAddUnknownRows(std::string_view statement) {
+    return statement.find(catalogue_sql::kStartSource) != statement.npos &&
+           !statement.ends_with(catalogue_sql::kStartId);
+}
+
 }  // namespace
 
 bool ScriptJournal::recordStart(const char* inputParams) {
@@ -36,9 +45,13 @@ bool ScriptJournal::recordStart(const char* inputParams) {
     if (!statement.available()) return m_report.fail(messages::kNoMemoryForQuery);
     const long long timeStart = now();
     const long long timeEnd = now();
-    statement.format(catalogue_sql::kRecordStart, timeStart, timeEnd,
-                     quotesDoubled(*m_session.db, parameters).c_str(), m_run.userId, m_entry.id);
-    if (m_session.db->GetDBValueInt(statement.text(), m_run.execId)) return true;
+    const bool isWhole =
+        statement.format(catalogue_sql::kRecordStart, timeStart, timeEnd,
+                         quotesDoubled(*m_session.db, parameters).c_str(), m_run.userId, m_entry.id);
+    m_run.execId = 0;  // not that of an earlier run
+    const bool isSent = isWhole || !mayAddUnknownRows(statement.text());
+    if (isSent && m_session.db->GetDBValueInt(statement.text(), m_run.execId)) return true;
+    if (!isSent) noteCause({.where = kDVUStatement, .text = messages::kTooManyQuotes});
     return m_report.fail(FXString::Format(messages::kStartNotRecorded, m_session.db->getErrorMsg()));
 }
 

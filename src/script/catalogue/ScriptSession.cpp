@@ -1,7 +1,5 @@
 #include "catalogue/ScriptSession.h"
 
-#include <strings.h>
-
 #include <algorithm>
 #include <string>
 #include <string_view>
@@ -14,6 +12,7 @@
 #include "DVUtilities/commonFunc.h"
 #include "EvDebug.h"
 #include "FX.h"
+#include "LetterCase.h"
 #include "RegistryNames.h"
 #include "VTPI.h"
 #include "parts/DatabaseNames.h"
@@ -117,7 +116,7 @@ bool ScriptSession::detectDatabase() {
 
 bool ScriptSession::acceptName(const char* name) {
     const auto* known = std::find_if(std::begin(kDatabases), std::end(kDatabases),
-                                     [&](const char* database) { return strcasecmp(database, name) == 0; });
+                                     [&](const char* database) { return equalIgnoringCase(database, name); });
     if (known == std::end(kDatabases)) {
         return m_report.fail(FXString::Format(messages::kInvalidDatabase, name));
     }

@@ -1,7 +1,6 @@
 #include "steps/PackageLoader.h"
 
 #include <fcntl.h>
-#include <strings.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -15,6 +14,7 @@
 #include "DVUtilities/DVUtilLib.h"
 #include "FX.h"
 #include "FileCipher.h"
+#include "LetterCase.h"
 #include "OpenFile.h"
 #include "files/RemovedAtEnd.h"
 #include "files/ScriptFileNames.h"
@@ -147,7 +147,7 @@ bool PackageLoader::copyUnreadable() {
 bool PackageLoader::agreeOnDatabase() {
     if (m_chosenDatabase.empty()) return true;
     if (m_databaseName.empty()) m_databaseName = m_chosenDatabase;
-    if (strcasecmp(m_databaseName.c_str(), m_chosenDatabase.c_str()) == 0) return true;
+    if (equalIgnoringCase(m_databaseName, m_chosenDatabase)) return true;
     return m_report.fail(
         FXString::Format(messages::kOtherDatabase, m_databaseName.c_str(), m_chosenDatabase.c_str()));
 }

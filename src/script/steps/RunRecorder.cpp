@@ -31,9 +31,13 @@ std::string setting(const char* name) {
     return text;
 }
 
+// Leaves the number unchanged unless the setting is one as a whole.
 void readNumber(const char* name, std::size_t& number) {
     const std::string text = setting(name);
-    std::from_chars(text.data(), text.data() + text.size(), number);
+    const char* const end = text.data() + text.size();
+    std::size_t read = 0;
+    const auto [stop, error] = std::from_chars(text.data(), end, read);
+    if (error == std::errc() && stop == end) number = read;
 }
 
 std::int64_t now() {

@@ -16,6 +16,8 @@ inline constexpr char kRecordStart[] =  // start time, end time, parameters, use
     "userId)"
     "  SELECT id, type, name, dbo.GetDateTime(%lld), dbo.GetDateTime(%lld), 0, '%s', %d"
     "  FROM   ZpTscripts WHERE id = %d  SELECT @@IDENTITY ";
+inline constexpr char kStartSource[] = "FROM   ZpTscripts";  // of kRecordStart, followed by its condition
+inline constexpr char kStartId[] = "SELECT @@IDENTITY";
 inline constexpr char kRecordEnd[] =  // end time, status, run
     " SET NOCOUNT ON  UPDATE ZpTscriptExec  SET timeEnd = dbo.GetDateTime(%lld),  status = %d WHERE id = %d ";
 

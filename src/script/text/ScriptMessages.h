@@ -30,6 +30,7 @@ inline constexpr char kNoMemoryForQuery[] = "Failed to allocate memory for query
 inline constexpr char kInsertFailed[] = "Failed to insert tscript in ZpTscripts. Error : [%s].";
 inline constexpr char kUpdateFailed[] = "Failed to update tscript in ZpTscripts. Error : [%s].";
 inline constexpr char kStartNotRecorded[] = "Failed to record tscript start time. Error : [%s].";
+inline constexpr char kTooManyQuotes[] = "The input has too many single quotes for the journal.";
 inline constexpr char kEndWithoutStart[] =
     "Failed to record tscript end time because start time is not recorded!";
 inline constexpr char kEndNotRecorded[] = "Failed to record tscript end time. Error : [%s].";

@@ -8,10 +8,11 @@ SqlBuffer::SqlBuffer(std::size_t size) : m_size(size), m_text(new (std::nothrow)
     if (available()) m_text[0] = '\0';
 }
 
-void SqlBuffer::format(const char* format, ...) {
+bool SqlBuffer::format(const char* format, ...) {
     va_list values;
     va_start(values, format);
     // va_start() has initialised it. NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized)
-    std::vsnprintf(m_text.get(), m_size, format, values);
+    const int length = std::vsnprintf(m_text.get(), m_size, format, values);
     va_end(values);
+    return length >= 0 && static_cast<std::size_t>(length) < m_size;
 }

@@ -14,7 +14,8 @@ class SqlBuffer {
     explicit SqlBuffer(std::size_t size);
 
     bool available() const { return m_text != nullptr; }
-    void format(const char* format, ...) __attribute__((format(printf, 2, 3)));
+    // False if the text is cut.
+    bool format(const char* format, ...) __attribute__((format(printf, 2, 3)));
     char* text() { return m_text.get(); }
     const char* text() const { return m_text.get(); }
 

@@ -1,9 +1,8 @@
 #include "text/ValueCheck.h"
 
-#include <strings.h>
-
 #include <algorithm>
 
+#include "LetterCase.h"
 #include "text/PlaceholderFiller.h"
 
 namespace {
@@ -18,9 +17,9 @@ bool isToolCommand(std::string_view line) {
     if (line.starts_with(":") || line.starts_with("!!")) return true;
     const auto isLetter = [](char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); };
     const auto end = std::find_if_not(line.begin(), line.end(), isLetter);
-    const std::string word(line.begin(), end);
+    const std::string_view word(line.begin(), end);
     return std::any_of(std::begin(kCommandWords), std::end(kCommandWords),
-                       [&word](const char* command) { return strcasecmp(command, word.c_str()) == 0; });
+                       [&word](const char* command) { return equalIgnoringCase(command, word); });
 }
 
 std::size_t countOf(std::string_view part, std::string_view text) {
