@@ -88,8 +88,8 @@ std::string verifiedServer(const ServerAddress& server, const std::string& caFil
         {server.host, server.instance, needsPort ? kDefaultPort : server.port, caFile});
     if (section.empty())
         problem =
-            "FreeTDS cannot verify the server: its name is too long, it or caFile under [host] has a "
-            "control character, or caFile cannot be opened";
+            "FreeTDS cannot verify the server: its name is too long or has a '#' or ';', it or caFile under "
+            "[host] has a control character, or caFile cannot be opened";
     return section;
 }
 
