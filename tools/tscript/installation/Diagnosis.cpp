@@ -12,6 +12,7 @@
 #include "DVUtilities/Diagnostics.h"
 #include "DVUtilities/TScriptApi.h"
 #include "DVUtilities/commonFunc.h"
+#include "HostSettings.h"
 #include "HostSetup.h"
 #include "installation/Account.h"
 #include "installation/Installation.h"
@@ -293,8 +294,10 @@ Diagnosis silentTool() {
 }
 
 bool hasCutOutput(const std::vector<DVUCause_t>& causes) {
-    return std::any_of(causes.begin(), causes.end(),
-                       [](const DVUCause_t& cause) { return cause.where == kDVUFile; });
+    const std::string records = hostlayer::hostSetting("runRecords", "");  // a run does without its record
+    return std::any_of(causes.begin(), causes.end(), [&](const DVUCause_t& cause) {
+        return cause.where == kDVUFile && cause.subject != records;
+    });
 }
 
 Diagnosis cutOutput() {
