@@ -22,11 +22,15 @@ bool hasControlCharacters(const std::string& value) {
                        [](char c) { return static_cast<unsigned char>(c) < 0x20; });
 }
 
-// Returns a path that fits into a line; "" if the file of a longer path cannot be opened. The descriptor
-// stays open like the configuration's.
+bool hasComment(const std::string& value) {
+    return value.find_first_of("#;") != std::string::npos;
+}
+
+// Returns a path that a line can hold; "" if the file of another path cannot be opened. The descriptor stays
+// open like the configuration's.
 std::string caPath(const std::string& file) {
     if (file.empty()) return "system";
-    if (file.size() <= kLongestValue) return file;
+    if (file.size() <= kLongestValue && !hasComment(file)) return file;
     const int descriptor = ::open(file.c_str(), O_PATH | O_CLOEXEC);
     return descriptor < 0 ? "" : "/proc/self/fd/" + std::to_string(descriptor);
 }
@@ -119,6 +123,7 @@ Configuration& processConfiguration() {
 std::string encryptedSection(const EncryptedServer& server) {
     for (const std::string* value : {&server.host, &server.instance, &server.port, &server.caFile})
         if (hasControlCharacters(*value)) return "";
+    if (hasComment(server.host + server.instance + server.port)) return "";
     if (server.host.size() + server.instance.size() > kLongestValue) return "";
     return processConfiguration().section(server);
 }

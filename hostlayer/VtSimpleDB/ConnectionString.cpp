@@ -90,8 +90,8 @@ std::string verifiedServer(const ServerAddress& server, const std::string& caFil
         {server.host, server.instance, needsPort ? kDefaultPort : server.port, caFile});
     if (section.empty())
         problem =
-            "FreeTDS cannot verify the server: its name is too long, it or caFile under [host] has a "
-            "control character, caFile cannot be opened, or /proc is missing";
+            "FreeTDS cannot verify the server: its name is too long or has a '#' or ';', it or caFile under "
+            "[host] has a control character, caFile cannot be opened, or /proc is missing";
     return section;
 }
 

@@ -52,6 +52,11 @@ offered=$(bash -c 'source tools/tscript/completion/tscript.bash
   COMP_WORDS=(tscript run P) COMP_CWORD=2
   _tscript && printf "%s\n" "${COMPREPLY[@]}"')
 [[ $offered == 'Purge\ \$\(exit\ 7\)' ]] || complain "the completion offers, for one package's name: $offered"
+offered=$(bash -c 'source tools/tscript/completion/tscript.bash
+  compopt() { :; }
+  COMP_WORDS=(tscript diff R) COMP_CWORD=2
+  _tscript && printf "%s\n" "${COMPREPLY[@]}"')
+[[ $offered == Report$'\n'README.md ]] || complain "the completion of diff offers: $offered"
 [[ $(tscript __complete each --stores x -- run R) == *Report$'\t'package* ]] || complain "no completion after each --"
 if command -v zsh >/dev/null; then
   offered=$(zsh -f -c '_describe() { print -l -- "${(@P)2}" }

@@ -49,6 +49,7 @@ TEST_F(Faults, ALostOutputIsAFailureAndTheRowIsClosed) {
         const std::string after = journal("Spoken");
         EXPECT_TRUE(after.size() > before.size() && after.find("0||") == after.npos) << after;
     }
+    EXPECT_EQ(runAfter("exec >/dev/full", {"run", "--help"}).exitCode, 3);
     while (support::readFile(copy).find("Succeeded") == std::string::npos) std::this_thread::yield();
 }
 

@@ -55,5 +55,5 @@ class Installation : public testing::Test {
     std::string journal(const std::string& script);
 
     support::TempDir m_temp;
-    const fs::path folder = m_temp / "in st";
+    const fs::path folder = m_temp / "in;# st";
 };

@@ -179,7 +179,8 @@ TEST_F(Installation, ShowsOneRunWithItsRecord) {
     expectShown("1", record.string() + ": it is damaged");
     fs::permissions(folder / "records", fs::perms::all);
     expectShown("1", "users other than its owner may write to it");
-    expectAll({{{"doctor"}, 0, "run records: " + (folder / "records").string() + ": users other", ""},
+    expectAll({{{"exec", "tsEventSummary"}, 0, "Tscript Execution Succeeded!", ""},
+               {{"doctor"}, 0, "run records: " + (folder / "records").string() + ": users other", ""},
                {{"config", "set", "host.runRecords", "records"}, 2, "", "absolute path"},
                {{"config", "set", "host.runRecords", folder / "none"}, 0, "", ""}});
     expectShown("1", "none: No such file");

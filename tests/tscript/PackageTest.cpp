@@ -1,4 +1,6 @@
 // Packages: packed, sealed, listed, inspected, tested, linted, packed again.
+#include <sys/stat.h>
+
 #include <sstream>
 
 #include "Installation.h"
@@ -36,8 +38,10 @@ TEST_F(Installation, PacksOnlyWhatCanBeLoaded) {
         EXPECT_EQ(support::readFile(target) == "kept", c.exitCode != 0) << c.text;
     }
     fs::copy_file(plain, m_temp / "it's.txt");
+    ASSERT_EQ(mkfifo((m_temp / "pipe").c_str(), 0600), 0);
     expectAll({{{"pack", plain, "-o", plain}, 2, "", "the place of its plain text"},
-               {{"pack", m_temp / "it's.txt"}, 2, "", "cannot be a script's name"}});
+               {{"pack", m_temp / "it's.txt"}, 2, "", "cannot be a script's name"},
+               {{"pack", m_temp / "it's.txt", "-o", m_temp / "pipe"}, 3, "", "it is not a regular file"}});
     for (const auto& entry : fs::directory_iterator(m_temp.path()))
         EXPECT_EQ(entry.path().filename().string().find("p.sql."), std::string::npos) << entry.path();
 }

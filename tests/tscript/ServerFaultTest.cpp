@@ -51,6 +51,7 @@ TEST_F(Faults, RefusedServersAreNamed) {
             EXPECT_EQ(result.exitCode, 4) << joined(command) << result.errors;
             EXPECT_NE((result.output + result.errors).find(c.reason), std::string::npos)
                 << joined(command) << result.output << result.errors;
+            EXPECT_EQ(result.errors.find("Sqlcmd:"), std::string::npos) << "the query tool is asked, too";
         }
         support::writeFile(store(), intact);
     }

@@ -6,7 +6,6 @@
 #include <cstdlib>
 #include <exception>
 #include <new>
-#include <optional>
 
 #include "commands/CommandGroups.h"
 #include "commands/Commands.h"
@@ -74,7 +73,7 @@ int runTool(int argc, char** argv) {
     }
     if (first == kManPagesWord && argc == 3)
         return writeManPages(describe(commandLine.app()), argv[2]) ? 0 : 1;
-    if (const std::optional<int> exitCode = commandLine.parse(argc, argv)) return *exitCode;
+    if (!commandLine.parse(argc, argv)) return flushOutput(ExitCode::kDone);
     redirectLibraryOutput();
     endWhenDriverFails();
     return flushOutput(action());

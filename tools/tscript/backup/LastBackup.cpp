@@ -2,6 +2,7 @@
 
 #include <strings.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <ctime>
@@ -28,8 +29,12 @@ constexpr std::int64_t kNoLimit = std::numeric_limits<std::int64_t>::max();
 enum class NagiosState { kOk = 0, kWarning = 1, kCritical = 2, kUnknown = 3 };
 constexpr const char* kNagiosNames[] = {"OK", "WARNING", "CRITICAL", "UNKNOWN"};
 
-ExitCode writeNagios(NagiosState state, const std::string& text) {
-    writeResult(std::string("BACKUP ") + kNagiosNames[static_cast<int>(state)] + " - " + text);
+// Writes one line in the form of a Nagios plugin: state, text and, after "|", performance data.
+ExitCode writeNagios(NagiosState state, const std::string& text, const std::string& data) {
+    std::string line = withoutControls(text);
+    std::replace(line.begin(), line.end(), '|', '_');
+    writeResult(std::string("BACKUP ") + kNagiosNames[static_cast<int>(state)] + " - " + line +
+                (data.empty() ? std::string() : " |" + data));
     return static_cast<ExitCode>(state);
 }
 
@@ -59,6 +64,11 @@ Limits limitsOf(const LastBackupOptions& options) {
     return limits;
 }
 
+[[noreturn]] void throwUnknownDatabase(const std::string& name) {
+    throw Failure(ExitCode::kUsage, "the server has no database '" + name + "'",
+                  "tscript db list lists them.");
+}
+
 std::vector<BackupAge> agesOf(const LastBackupOptions& options) {
     DBBase db(/*flag=*/false);
     connectToServer(db, *options.account);
@@ -67,10 +77,13 @@ std::vector<BackupAge> agesOf(const LastBackupOptions& options) {
     std::erase_if(ages, [&](const BackupAge& age) {
         return strcasecmp(age.database.c_str(), options.name.c_str()) != 0;
     });
-    if (ages.empty())
-        throw Failure(ExitCode::kUsage, "the server has no database '" + options.name + "'",
-                      "tscript db list lists them.");
+    if (ages.empty()) throwUnknownDatabase(options.name);
     return ages;
+}
+
+void requireDatabase(DBBase& db, const std::string& name) {
+    if (rowsOf(db, "SELECT name FROM master.sys.databases WHERE name = '" + name + "'", 1).empty())
+        throwUnknownDatabase(name);
 }
 
 // ---- Nagios --------------------------------------------------------------------------------------------
@@ -85,7 +98,6 @@ std::string performanceData(const BackupAge& age, const Limits& limits) {
            std::to_string(limits.critical);
 }
 
-// Writes one line in the form of a Nagios plugin: state, text, "|", performance data.
 ExitCode writeNagiosCheck(const std::vector<BackupAge>& ages, const Limits& limits) {
     NagiosState state = NagiosState::kOk;
     std::string findings;
@@ -99,18 +111,17 @@ ExitCode writeNagiosCheck(const std::vector<BackupAge>& ages, const Limits& limi
             state = isCritical ? NagiosState::kCritical : NagiosState::kWarning;
         findings += (bad++ == 0 ? ": " : ", ") + age.database + " " + ageText(age);
     }
-    for (char& c : findings)
-        if (c == '|') c = '_';  // begins the performance data
-    return writeNagios(state, std::to_string(bad) + " of " + std::to_string(ages.size()) +
-                                  " database(s) without a recent backup" + findings +
-                                  (data.empty() ? std::string() : " |" + data));
+    return writeNagios(state,
+                       std::to_string(bad) + " of " + std::to_string(ages.size()) +
+                           " database(s) without a recent backup" + findings,
+                       data);
 }
 
 ExitCode checkForNagios(const LastBackupOptions& options, const Limits& limits) {
     try {
         return writeNagiosCheck(agesOf(options), limits);
     } catch (const Failure& failure) {
-        return writeNagios(NagiosState::kUnknown, withoutControls(failure.what()));
+        return writeNagios(NagiosState::kUnknown, failure.what(), /*data=*/{});
     }
 }
 
@@ -160,6 +171,7 @@ ExitCode showOne(const LastBackupOptions& options) {
     std::array<char, 256> date{};
     if (!db.getLastBackUpInfo(options.name.c_str(), days.data(), date.data())) throwQueryFailure(db);
     const bool never = std::string_view(days.data()) == "NULL";
+    if (never) requireDatabase(db, options.name);  // the library does not distinguish the cases
     if (options.json) {
         writeJson({{"name", options.name},
                    {"lastBackup", never ? Json() : Json(date.data())},

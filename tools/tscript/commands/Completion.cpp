@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <map>
@@ -105,6 +106,7 @@ void writeProcedures(const Position& position) {
 
 void writeScripts(const Position& position) {
     writePackages(position);
+    std::fflush(resultStream());  // a server that does not answer ends the process
     writeProcedures(position);
 }
 

@@ -98,5 +98,5 @@ void addConfigCommands(CLI::App& app, Action& action) {
     CLI::App* setting = addCommand(family, action, "set",
                                    "Set one value; the file keeps its comments and order", options, set);
     addOption(setting, "NAME", options->name, kName, {.required = true});
-    addOption(setting, "VALUE", options->value, "The new value", {.required = true});
+    addOption(setting, "VALUE", options->value, "The new value", {.required = true, .mayBeEmpty = true});
 }

@@ -13,12 +13,17 @@
 #include "console/Confirmation.h"
 #include "console/Console.h"
 #include "console/JsonOutput.h"
+#include "console/TextWidth.h"
 #include "installation/Installation.h"
 #include "installation/ServerQuery.h"
 
 namespace {
 
 constexpr std::size_t kLongestStatement = 4999;  // the library truncates longer ones
+// DBBase::getDBList() cuts names at blanks.
+constexpr const char* kUserDatabases =
+    "SELECT name FROM master.sys.databases "
+    "WHERE name NOT IN ('master', 'tempdb', 'model', 'msdb', 'Northwind', 'pubs') ORDER BY name";
 constexpr std::string_view kRestoreMessage = "Failed to execute Database Restore Command [";
 
 struct DatabaseOptions {
@@ -37,14 +42,13 @@ struct DatabaseOptions {
 ExitCode listDatabases(const DatabaseOptions& options) {
     DBBase db(/*flag=*/false);
     connectToServer(db, options.account);
-    const std::vector<std::string> names = db.getDBList();
-    if (names.empty()) throwQueryFailure(db);
+    const auto rows = rowsOf(db, kUserDatabases, 1);
     if (options.json) {
         Json list = Json::array();
-        for (const std::string& name : names) list.push_back({{"name", name}});
+        for (const auto& row : rows) list.push_back({{"name", row[0]}});
         writeJson(list);
     } else {
-        for (const std::string& name : names) writeResult(name);
+        for (const auto& row : rows) writeResult(withoutControls(row[0]));
     }
     return ExitCode::kDone;
 }

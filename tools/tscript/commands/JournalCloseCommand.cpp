@@ -81,7 +81,7 @@ void addJournalCloseCommand(CLI::App* journal, Action& action) {
         command, "ID", options->id, "The run's number in the journal",
         {.least = 1, .most = std::numeric_limits<int>::max(), .defaultInHelp = false, .required = true});
     addOption(command, "--remark", options->remark, "Text that is added to the recorded parameters",
-              {.type = "TEXT"});
+              {.type = "TEXT", .mayBeEmpty = true});
     addStaleOption(command, options->records.staleHours);
     addDatabaseOption(command, options->records.database);
 }

@@ -46,7 +46,7 @@ void addPackCommand(CLI::App& app, Action& action) {
     addNumber(command, "--package-version", options->seal.version,
               "Version number that the seal holds (default: the seconds since 1970)",
               NumberRules<std::uint64_t>{.type = "N",
-                                         .least = 0,
+                                         .least = 1,
                                          .most = std::numeric_limits<std::uint64_t>::max(),
                                          .defaultInHelp = false});
 }

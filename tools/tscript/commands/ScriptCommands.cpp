@@ -30,7 +30,8 @@ CLI::App* addScriptCommand(CLI::App& app, Action& action, const char* name, cons
 
 void addInput(CLI::App* command, const SharedScriptOptions& options) {
     addOption(command, "--input", options->request.input,
-              "Text that the journal records instead of the parameters", {.type = "TEXT"});
+              "Text that the journal records instead of the parameters",
+              {.type = "TEXT", .mayBeEmpty = true});
 }
 
 void addLockOptions(CLI::App* command, const SharedScriptOptions& options) {
@@ -99,7 +100,8 @@ void addHelp(CLI::App& app, Action& action, const SharedScriptOptions& options) 
 void addExec(CLI::App& app, Action& action, const SharedScriptOptions& options) {
     CLI::App* exec =
         addScriptCommand(app, action, "exec", "Run a stored-procedure script", options, runProcedure);
-    addOption(exec, "ARGS", options->request.arguments, "Arguments of the procedure as T-SQL: \"@days = 7\"");
+    addOption(exec, "ARGS", options->request.arguments, "Arguments of the procedure as T-SQL: \"@days = 7\"",
+              {.mayBeEmpty = true});
     addRepeatable(exec, "-p,--parameter", options->request.parameters,
                   "A value for the parameter of that name, quoted for its type; may be repeated",
                   "NAME=VALUE");

@@ -2,7 +2,9 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <charconv>
 #include <string_view>
+#include <type_traits>
 
 #include "console/NearestWord.h"
 #include "console/Outcome.h"
@@ -53,8 +55,31 @@ std::string describeUnknownCommand(const CLI::App& app, int argc, char** argv) {
     return {};
 }
 
+CLI::Validator notEmpty() {
+    return {[](std::string& value) { return value.empty() ? "the value is empty" : std::string(); }, ""};
+}
+
+// Accepts decimal numbers only and removes leading zeros. The parser alone reads "010" as octal and "nan" as
+// a number within every range, and converts "-1" for an unsigned option.
+template <typename Number>
+CLI::Validator decimalNumber(Number least, Number most) {
+    const auto text = [](Number number) { return std::to_string(static_cast<std::uint64_t>(number)); };
+    const auto check = [=](std::string& word) -> std::string {
+        Number number{};
+        const char* const end = word.data() + word.size();
+        const auto [rest, error] = std::from_chars(word.data(), end, number);
+        const bool isInRange = error == std::errc() && rest == end && number >= least && number <= most;
+        if (!isInRange) return "'" + word + "' is not a number from " + text(least) + " to " + text(most);
+        if constexpr (std::is_integral_v<Number>) word = std::to_string(number);
+        return {};
+    };
+    return {check,
+            std::string(CLI::detail::type_name<Number>()) + " in [" + text(least) + " - " + text(most) + "]"};
+}
+
 void apply(CLI::Option* option, const OptionRules& rules) {
     option->required(rules.required);
+    if (!rules.mayBeEmpty) option->check(notEmpty());
     if (rules.type != nullptr) option->type_name(rules.type);
     if (!rules.oneOf.empty()) option->check(CLI::IsMember(rules.oneOf));
 }
@@ -63,9 +88,15 @@ template <typename Number>
 void addRangedNumber(CLI::App* command, const char* name, Number& value, const char* help,
                      const NumberRules<Number>& rules) {
     CLI::Option* option = command->add_option(name, value, help);
-    option->required(rules.required)->check(CLI::Range(rules.least, rules.most));
+    option->required(rules.required)->transform(decimalNumber(rules.least, rules.most));
     if (rules.type != nullptr) option->type_name(rules.type);
     if (rules.defaultInHelp) option->capture_default_str();
+}
+
+// The program and the command words that have been parsed: "tscript db list".
+std::string chosenCommand(const CLI::App& app) {
+    const auto commands = app.get_subcommands();
+    return app.get_name() + (commands.empty() ? std::string() : " " + chosenCommand(*commands.front()));
 }
 
 OptionDescription describe(const CLI::Option& option, bool isHelp) {
@@ -93,7 +124,7 @@ CommandLine::CommandLine(const char* description, const char* program, const cha
 
 CommandLine::~CommandLine() = default;
 
-std::optional<int> CommandLine::parse(int argc, char** argv) {
+bool CommandLine::parse(int argc, char** argv) {
     char** const lastWord = argv + argc;
     char** const mark = std::find(argv, lastWord, std::string_view("--"));
     if (mark != lastWord) g_trailingWords.assign(mark + 1, lastWord);
@@ -104,13 +135,16 @@ std::optional<int> CommandLine::parse(int argc, char** argv) {
         const std::vector<std::string> unknown = m_app->remaining();
         if (!unknown.empty() && !m_app->get_subcommands().front()->get_allow_extras())
             throw CLI::ExtrasError(m_app->get_name(), unknown);
-        return std::nullopt;
+        return true;
     } catch (const CLI::ParseError& end) {
         const std::string mistyped = describeUnknownCommand(*m_app, argc, argv);
         const bool isHelpOrVersion = end.get_exit_code() == 0;
-        if (isHelpOrVersion && mistyped.empty()) return m_app->exit(end);
+        if (isHelpOrVersion && mistyped.empty()) {
+            m_app->exit(end);
+            return false;
+        }
         throw Failure(ExitCode::kUsage, mistyped.empty() ? end.what() : mistyped,
-                      "See " + m_app->get_name() + " --help.");
+                      "See " + chosenCommand(*m_app) + " --help.");
     }
 }
 

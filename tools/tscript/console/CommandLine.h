@@ -23,9 +23,9 @@ class CommandLine {
     CommandLine& operator=(const CommandLine&) = delete;
 
     CLI::App& app() { return *m_app; }
-    // Parses the arguments and calls the chosen command's function. Prints the help or the version if that is
-    // asked for; then the result is the exit code. Throws Failure (kUsage).
-    std::optional<int> parse(int argc, char** argv);
+    // Parses the arguments and calls the chosen command's function. Returns false if it has printed the help
+    // or the version instead. Throws Failure (kUsage).
+    bool parse(int argc, char** argv);
 
   private:
     std::unique_ptr<CLI::App> m_app;
@@ -52,6 +52,7 @@ bool hasCommand(const CLI::App& app, const std::string& name);
 struct OptionRules {
     const char* type = nullptr;  // name of its value in the help
     bool required = false;
+    bool mayBeEmpty = false;              // otherwise the empty string, as of an unset variable, is refused
     std::vector<std::string> oneOf = {};  // the permitted values
 };
 

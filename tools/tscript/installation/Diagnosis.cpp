@@ -12,6 +12,7 @@
 #include "DVUtilities/Diagnostics.h"
 #include "DVUtilities/TScriptApi.h"
 #include "DVUtilities/commonFunc.h"
+#include "HostSettings.h"
 #include "HostSetup.h"
 #include "installation/Account.h"
 #include "installation/Installation.h"
@@ -115,6 +116,12 @@ std::optional<std::string> toolMessage(DBBase& db, const SuiteDatabase& database
     }
 }
 
+// Whether the host layer has found the reason, which precedes the driver's messages: those begin with names
+// in brackets. The query tool would wait for the same server once more.
+bool isExplained(std::string_view direct) {
+    return !direct.empty() && direct.front() != '[';
+}
+
 bool isRefusal(std::string_view message) {
     return contains(message, kRefusedLogin) || contains(message, kNoDatabase);
 }
@@ -158,6 +165,7 @@ Diagnosis diagnoseServer(DBBase& db, const SuiteDatabase& database) {
     if (usesWindowsAuthentication(database)) return diagnoseWindowsLogin(db, database);
     const std::string direct = driverMessage(db);
     if (isRefusal(direct)) return serverRefused(database, direct);
+    if (isExplained(direct)) return serverUnreachable(database, direct);
     const std::optional<std::string> tool = toolMessage(db, database);
     if (tool && tool->empty())
         return notRun(
@@ -293,8 +301,10 @@ Diagnosis silentTool() {
 }
 
 bool hasCutOutput(const std::vector<DVUCause_t>& causes) {
-    return std::any_of(causes.begin(), causes.end(),
-                       [](const DVUCause_t& cause) { return cause.where == kDVUFile; });
+    const std::string records = hostlayer::hostSetting("runRecords", "");  // a run does without its record
+    return std::any_of(causes.begin(), causes.end(), [&](const DVUCause_t& cause) {
+        return cause.where == kDVUFile && cause.subject != records;
+    });
 }
 
 Diagnosis cutOutput() {
@@ -342,8 +352,9 @@ Diagnosis diagnoseDatabase(const std::string& name) {
     const std::string reason = db.getErrorMsg();
     std::string error;
     const bool hasSettings = reason.starts_with("GetDBUser failed");
+    if (hasSettings && !driverMessage(db).empty()) return diagnoseServer(db, database);
     if (hasSettings && !db.GetDBUser(host->instance.c_str(), database.name, error) && error.empty())
-        return driverMessage(db).empty() ? statementFailed(db, database) : diagnoseServer(db, database);
+        return statementFailed(db, database);
     const std::string text = error.empty() ? reason : error;
     return notRun(ExitCode::kInstallation, text, settingsAdvice(database, text));
 }

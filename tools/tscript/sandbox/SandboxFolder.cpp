@@ -124,7 +124,8 @@ SandboxFolder::SandboxFolder(const fs::path& folder) : m_path(fs::absolute(folde
     if (path.size() > kLongestPath || std::any_of(path.begin(), path.end(), isForbidden))
         throw Failure(
             ExitCode::kUsage, "'" + path.substr(0, kLongestPath) + "' cannot hold a sample installation",
-            "Use a folder of at most 512 bytes, without double quotes, backslashes, percent signs and '<'.");
+            "Use a folder of at most 512 bytes, without double quotes, backslashes, percent signs, '<' and "
+            "control characters.");
 }
 
 bool SandboxFolder::isSandbox() const {

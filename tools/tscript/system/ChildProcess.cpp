@@ -51,9 +51,17 @@ std::vector<std::string> environmentWith(const std::vector<std::string>& added) 
     return all;
 }
 
+constexpr int kWrite = O_WRONLY | O_CREAT | O_TRUNC;
+constexpr mode_t kMode = 0600;
+
+// posix_spawn() reports an output file that cannot be opened like a program that cannot be started.
+void requireWritable(const std::string& file) {
+    const int fd = open(file.c_str(), kWrite | O_CLOEXEC, kMode);
+    if (fd < 0) throw Failure(ExitCode::kInstallation, file + " cannot be written: " + std::strerror(errno));
+    close(fd);
+}
+
 void redirectStreams(SpawnSettings& settings, const ChildOptions& options) {
-    constexpr int kWrite = O_WRONLY | O_CREAT | O_TRUNC;
-    constexpr mode_t kMode = 0600;
     posix_spawn_file_actions_addopen(&settings.files, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
     posix_spawn_file_actions_addopen(&settings.files, STDOUT_FILENO, options.outputFile.c_str(), kWrite,
                                      kMode);
@@ -71,6 +79,8 @@ void redirectStreams(SpawnSettings& settings, const ChildOptions& options) {
 }  // namespace
 
 pid_t startChild(const std::vector<std::string>& command, const ChildOptions& options) {
+    requireWritable(options.outputFile);
+    if (!options.errorFile.empty()) requireWritable(options.errorFile);
     SpawnSettings settings;
     redirectStreams(settings, options);
     const int flags = POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK |

@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 
 #include "console/Outcome.h"
@@ -33,7 +34,11 @@ ScratchFile::ScratchFile() {
     create(std::string(folder != nullptr && *folder != '\0' ? folder : "/tmp") + "/tscript.XXXXXX");
 }
 
+// A rename would replace a device or a pipe, too.
 ScratchFile::ScratchFile(const std::string& target) {
+    std::error_code ignored;
+    if (std::filesystem::exists(target, ignored) && !std::filesystem::is_regular_file(target, ignored))
+        throw Failure(ExitCode::kInstallation, target + " cannot be written: it is not a regular file");
     m_delay.emplace();
     create(target + ".XXXXXX");
 }

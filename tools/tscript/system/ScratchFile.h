@@ -11,7 +11,8 @@ class ScratchFile {
     // Creates an empty file, mode 0600, in $TMPDIR or /tmp. Throws Failure (kInstallation).
     ScratchFile();
     // Creates it in the folder of `target` for a later moveTo() or replace(). Signals stay blocked
-    // (InterruptDelay) as long as the object lives.
+    // (InterruptDelay) as long as the object lives. Throws Failure (kInstallation), also if `target` exists
+    // and is not a regular file.
     explicit ScratchFile(const std::string& target);
     ~ScratchFile();
     ScratchFile(const ScratchFile&) = delete;
