@@ -564,7 +564,7 @@ void Executor::run(const AlterIndex& alter) {
 void Executor::run(const Drop& drop) {
     for (const auto& index : drop.indexes) dropIndex(index, drop.ifExists);
     for (const auto& name : drop.names)
-        drop.kind == ObjectKind::Database ? dropDatabase(name.name, drop.ifExists) : dropObject(name, drop);
+        drop.kind == "database" ? dropDatabase(name.name, drop.ifExists) : dropObject(name, drop);
 }
 
 void Executor::dropIndex(const AlterIndex& dropped, bool ifExists) {
@@ -585,26 +585,24 @@ void Executor::dropIndex(const AlterIndex& dropped, bool ifExists) {
 void Executor::dropObject(const ObjectName& name, const Drop& drop) {
     constexpr std::pair<std::string_view, std::string_view> kKinds[] = {
         {"table", "U"},    {"view", "V"},      {"procedure", "P"},  {"function", "FN; IF; TF"},
-        {"trigger", "TR"}, {"sequence", "SO"}, {"type", "TYPE; TT"}};  // words and types, in the order of
-                                                                       // ObjectKind
-    const auto& kind = kKinds[static_cast<int>(drop.kind)];
+        {"trigger", "TR"}, {"sequence", "SO"}, {"type", "TYPE; TT"}};
     const std::string written = asWritten(name);
     define(name, [&](Catalogue& owner) {
-        const bool isType = drop.kind == ObjectKind::Type;
+        const bool isType = drop.kind == "type";
         const auto found = isType ? owner.find(storedName(name.schema, name.name), kUserTypes) : object(name);
         const auto* other = std::ranges::find_if(kKinds, [&](const auto& each) {
             return found && std::ranges::count(listItems(each.second), found->type) > 0;
         });
-        if (other != &kind) {
+        if (other == std::end(kKinds) || other->first != drop.kind) {
             if (drop.ifExists) return;
             if (isType) throw sqlError(kTypeNotFound, {written});
-            if (other == std::end(kKinds)) throw sqlError(kCannotDropMissing, {kind.first, written});
+            if (other == std::end(kKinds)) throw sqlError(kCannotDropMissing, {drop.kind, written});
             throw sqlError(kDropOfOtherKind,
-                           {toUpper(kind.first), name.name, name.name, other->first, toUpper(other->first)});
+                           {toUpper(drop.kind), name.name, name.name, other->first, toUpper(other->first)});
         }
         if (const auto user = isType ? owner.userOfType(found->id) : std::nullopt)
             throw sqlError(kTypeInUse, {written, user->name});
-        if (drop.kind == ObjectKind::Table) {
+        if (drop.kind == "table") {
             for (const auto& key : owner.keysTo(found->id))
                 if (key.parent != found->id) throw sqlError(kTableReferenced, {written});
             m_connection.run("DROP TABLE " + owner.schema() + "." + quotedName(found->stored));

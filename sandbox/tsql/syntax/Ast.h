@@ -422,9 +422,8 @@ struct AlterIndex {
     std::string name;  // empty: all
     ObjectName table;
 };
-enum class ObjectKind { Table, View, Procedure, Function, Trigger, Sequence, Type, Index, Database };
 struct Drop {
-    ObjectKind kind;
+    std::string kind;  // table, view, procedure ...
     std::vector<ObjectName> names;
     std::vector<AlterIndex> indexes;  // instead of names
     bool ifExists = false;
