@@ -98,15 +98,18 @@ SqlError BrokenConstraint::brokenReference() const {
             return foreignKeyConflict(m_change.statement(), m_catalogue, key);
     }
     auto others = m_catalogue.keysTo(m_change.target.id);
-    std::erase_if(others, [&](const ObjectInfo& key) {  // no row prevents the change; NULL references nothing
-        const std::string own = "(" + quotedNames(key.columns) + ")";
+    const auto actionOf = [&](const ObjectInfo& key) {
         const Constraint constraint = parseConstraint(key.source);
-        const std::string& action = m_change.verb == "DELETE" ? constraint.onDelete : constraint.onUpdate;
-        return action != kNoAction || isDisabled(key) ||
+        return m_change.verb == "DELETE" ? constraint.onDelete : constraint.onUpdate;
+    };
+    std::erase_if(others, [&](const ObjectInfo& key) {  // no row prevents the change; NULL references nothing
+        const std::string own = "(" + quotedNames(key.columns) + ")", action = actionOf(key);
+        return (action != kNoAction && action != "SET DEFAULT") || isDisabled(key) ||
                !anyRow(m_connection, *m_catalogue.table(key.table), own + " = " + own);
     });
     if (others.size() != 1) return conflict(m_change.statement(), "REFERENCE", m_change.target, {});
     const ObjectInfo& key = others.front();
+    if (actionOf(key) != kNoAction) return foreignKeyConflict(m_change.statement(), m_catalogue, key);
     const bool isWithinTable = sameText(key.table, key.stored);
     return conflict(m_change.statement(), isWithinTable ? "SAME TABLE REFERENCE" : "REFERENCE",
                     *m_catalogue.table(key.table), key);

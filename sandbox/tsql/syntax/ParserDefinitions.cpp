@@ -210,9 +210,8 @@ void references(Parser& in, Constraint& constraint) {
     if (in.at("(")) constraint.referencedColumns = in.columnNames();
     while (in.accept("ON")) {
         const bool onDelete = in.expectAny({"DELETE", "UPDATE"}) == "DELETE";
-        in.throwIfAt("SET DEFAULT", "a foreign key with SET DEFAULT");
         (onDelete ? constraint.onDelete : constraint.onUpdate) =
-            in.expectAny({kNoAction, "CASCADE", "SET NULL"});
+            in.expectAny({kNoAction, "CASCADE", "SET NULL", "SET DEFAULT"});
     }
 }
 
@@ -257,9 +256,10 @@ ColumnDefinition columnDefinition(Parser& in) {
         } else if (auto constraint = in.acceptConstraint(/*ofTable=*/false)) {
             if (constraint->columns.empty()) constraint->columns = {column.name};
             column.constraints.push_back(std::move(*constraint));
+        } else if (in.accept("WITH VALUES")) {
+            column.withValues = true;
         } else {
-            return in.acceptFlag({{"WITH VALUES", &column.withValues}}) ||
-                   in.acceptAny({"ROWGUIDCOL", "SPARSE", "NOT FOR REPLICATION"});
+            return in.acceptAny({"ROWGUIDCOL", "SPARSE", "NOT FOR REPLICATION"});
         }
         return true;
     };
@@ -538,14 +538,14 @@ Statement::Node defineSequence(Parser& in, bool alter) {
     DefineSequence node{in.objectName(), alter, simpleType(TypeId::BigInt)};
     if (!alter && in.accept("AS")) node.type = in.type(TypeUse::Declaration);
     for (;;) {
-        const auto valued =
-            in.acceptFirst({"START WITH", "RESTART WITH", "INCREMENT BY", "MINVALUE", "MAXVALUE"});
-        const auto option = !valued.empty() ? valued
-                                            : in.acceptFirst({"NO MINVALUE", "NO MAXVALUE", "NO CYCLE",
-                                                              "NO CACHE", "CYCLE", "RESTART", "CACHE"});
+        const auto option = in.acceptFirst({"START WITH", "RESTART WITH", "INCREMENT BY", "MINVALUE",
+                                            "MAXVALUE", "NO MINVALUE", "NO MAXVALUE", "NO CYCLE", "NO CACHE",
+                                            "CYCLE", "RESTART", "CACHE"});
         if (option.empty()) return node;
         auto& value = node.options[option];
-        if (!valued.empty() || in.peek().kind == TokenKind::Number) value = in.expectInteger();
+        const bool mayBeAlone =
+            option.starts_with("NO ") || hasWord("CYCLE RESTART CACHE", std::string(option));
+        if (!mayBeAlone || in.peek().kind == TokenKind::Number) value = in.expectInteger();
     }
 }
 

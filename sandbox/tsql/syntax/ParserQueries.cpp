@@ -161,10 +161,11 @@ std::optional<ForXml> forXml(Parser& in) {
     name(xml.row);
     while (in.accept(",")) {
         in.throwIfAt("ELEMENTS XSINIL", "ELEMENTS XSINIL in FOR XML");
-        if (in.accept("ROOT"))
-            name(xml.root = "root");
-        else if (!in.acceptFlag({{"TYPE", &xml.typed}, {"ELEMENTS", &xml.elements}}))
-            in.throwUnsupported("the option " + toUpper(in.near()) + " of FOR XML");
+        const auto option = in.acceptFirst({"ROOT", "TYPE", "ELEMENTS"});
+        xml.typed = xml.typed || option == "TYPE";
+        xml.elements = xml.elements || option == "ELEMENTS";
+        if (option == "ROOT") name(xml.root = "root");
+        if (option.empty()) in.throwUnsupported("the option " + toUpper(in.near()) + " of FOR XML");
     }
     return xml;
 }
@@ -246,8 +247,8 @@ std::string pivotText(const std::string& aggregate, const std::string& value, co
             text += (text.empty() ? "SELECT " : " UNION ALL SELECT ") + column + ", CAST(" + constant +
                     " AS sysname) WHERE " + column + " IS NOT NULL";
         else
-            text += ", " + quoted(aggregate, "[", "]") + "(CASE " + ofKey + " WHEN " + constant + " THEN " +
-                    ofValue + " END) AS " + column;
+            text += ", " + aggregate + "(CASE " + ofKey + " WHEN " + constant + " THEN " + ofValue +
+                    " END) AS " + column;
     }
     if (!aggregate.empty()) return "SELECT *" + text + " FROM pivoted";
     return "SELECT * FROM pivoted CROSS APPLY (" + text + ") AS [ ] (" + ofValue + ", " + ofKey + ")";
@@ -261,7 +262,7 @@ TableRefPtr pivoted(Parser& in, TableRefPtr table) {
     const int line = in.takeToken().line;
     in.expect("(");
     const auto name = [&] { return in.expectName(); };
-    const std::string aggregate = pivots ? name() : "";
+    const std::string aggregate = pivots ? quoted(name(), "[", "]") : "";
     const std::string value = pivots ? in.parenthesized(name) : name();
     in.expect("FOR");
     const std::string key = name();
@@ -300,15 +301,6 @@ TableRefPtr joins(Parser& in) {
         }
         left = pivoted(in, tableOf(line, std::move(join)));
     }
-}
-
-// Consumes * or t.* with its qualifier. Returns false for anything else.
-bool acceptStar(Parser& in, SelectItem& item) {
-    std::size_t ahead = 0;
-    while (in.atName(ahead) && in.at(".", ahead + 1)) ahead += 2;
-    if (!in.at("*", ahead)) return false;
-    for (; !in.at("*"); in.accept(".")) item.starOf.push_back(in.expectName());
-    return in.accept("*");
 }
 
 }  // namespace
@@ -376,7 +368,12 @@ ExprPtr Parser::top(Select* select) {
 
 SelectItem Parser::selectItem() {
     SelectItem item;
-    if (acceptStar(*this, item)) return item;
+    std::size_t ahead = 0;  // of * or t.*
+    while (atName(ahead) && at(".", ahead + 1)) ahead += 2;
+    if (at("*", ahead)) {
+        for (; !accept("*"); accept(".")) item.starOf.push_back(expectName());
+        return item;
+    }
     if (atVariable() && peek(1).raw.ends_with('=')) {
         item.variable = expectVariable();
         item.value = assignedValue(item.variable);
