@@ -61,6 +61,7 @@ struct TableInfo {
     std::vector<TableColumn> columns;
     std::string schemaName{kDefaultSchema};  // of T-SQL
     bool isShadow = false;                   // a view in SQLite that receives changes for INSTEAD OF triggers
+    std::string rows = {};                   // query of a view whose INSTEAD OF trigger receives changes
 
     std::string sqlName() const { return schema + "." + quotedName(stored); }
     std::string qualifiedName() const { return schemaName + "." + name; }

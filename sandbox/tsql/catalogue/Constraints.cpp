@@ -111,15 +111,18 @@ SqlError brokenReference(Connection& connection, const Catalogue& catalogue, con
             return foreignKeyConflict(change.statement(), catalogue, key);
     }
     auto others = catalogue.keysTo(change.target.id);
-    std::erase_if(others, [&](const ObjectInfo& key) {  // no row prevents the change; NULL references nothing
-        const std::string own = "(" + quotedNames(key.columns) + ")";
+    const auto actionOf = [&](const ObjectInfo& key) {
         const Constraint constraint = parseConstraint(key.source);
-        const std::string& action = change.verb == "DELETE" ? constraint.onDelete : constraint.onUpdate;
-        return action != kNoAction || isDisabled(key) ||
+        return change.verb == "DELETE" ? constraint.onDelete : constraint.onUpdate;
+    };
+    std::erase_if(others, [&](const ObjectInfo& key) {  // no row prevents the change; NULL references nothing
+        const std::string own = "(" + quotedNames(key.columns) + ")", action = actionOf(key);
+        return (action != kNoAction && action != "SET DEFAULT") || isDisabled(key) ||
                !anyRow(connection, *catalogue.table(key.table), own + " = " + own);
     });
     if (others.size() != 1) return conflict(change.statement(), "REFERENCE", change.target, {});
     const ObjectInfo& key = others.front();
+    if (actionOf(key) != kNoAction) return foreignKeyConflict(change.statement(), catalogue, key);
     const bool isWithinTable = sameText(key.table, key.stored);
     return conflict(change.statement(), isWithinTable ? "SAME TABLE REFERENCE" : "REFERENCE",
                     *catalogue.table(key.table), key);

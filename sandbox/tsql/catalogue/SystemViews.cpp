@@ -139,9 +139,9 @@ o.type END)",
      "$OBJECT; parent_column_id int = c.ordinal; definition nvarchar(max) = '(' || c.fallback || ')'",
      "$o o JOIN $c c ON c.object = o.parent AND c.name = o.keys WHERE o.type = 'D'"},
     {"sys", "foreign_keys",
-     R"($OBJECT; referenced_object_id int = r.id; $STATE; delete_referential_action tinyint = instr('CS',
-substr(ts_on_delete(o.source), 1, 1)); delete_referential_action_desc nvarchar(60) = replace(ts_on_delete(o.source),
-' ', '_'); update_referential_action tinyint = instr('CS', substr(ts_on_update(o.source), 1, 1));
+     R"($OBJECT; referenced_object_id int = r.id; $STATE; delete_referential_action tinyint = instr('ELT',
+substr(ts_on_delete(o.source), -1)); delete_referential_action_desc nvarchar(60) = replace(ts_on_delete(o.source),
+' ', '_'); update_referential_action tinyint = instr('ELT', substr(ts_on_update(o.source), -1));
 update_referential_action_desc nvarchar(60) = replace(ts_on_update(o.source), ' ', '_'))",
      "$o o JOIN $o r ON r.name = o.stored AND r.type = 'U' WHERE o.type = 'F'"},
     {"sys", "foreign_key_columns",

@@ -121,8 +121,8 @@ IF @pktable_qualifier <> DB_NAME() OR @fktable_qualifier <> DB_NAME() BEGIN RAIS
 SELECT PKTABLE_QUALIFIER = DB_NAME(), PKTABLE_OWNER = OBJECT_SCHEMA_NAME(r), PKTABLE_NAME = OBJECT_NAME(r),
 PKCOLUMN_NAME = COL_NAME(r, c.referenced_column_id), FKTABLE_QUALIFIER = DB_NAME(), FKTABLE_OWNER =
 OBJECT_SCHEMA_NAME(p), FKTABLE_NAME = OBJECT_NAME(p), FKCOLUMN_NAME = COL_NAME(p, c.parent_column_id), KEY_SEQ =
-CAST(c.constraint_column_id AS smallint), UPDATE_RULE = CAST(CASE u WHEN 2 THEN 2 ELSE 1 - u END AS smallint),
-DELETE_RULE = CAST(CASE d WHEN 2 THEN 2 ELSE 1 - d END AS smallint), FK_NAME = k.name, PK_NAME = (SELECT MIN(name)
+CAST(c.constraint_column_id AS smallint), UPDATE_RULE = CAST(IIF(u > 1, u, 1 - u) AS smallint),
+DELETE_RULE = CAST(IIF(d > 1, d, 1 - d) AS smallint), FK_NAME = k.name, PK_NAME = (SELECT MIN(name)
 FROM sys.key_constraints WHERE parent_object_id = r AND type = 'PK'), DEFERRABILITY = CAST(7 AS smallint) FROM (SELECT
 *, p = parent_object_id, r = referenced_object_id, u = update_referential_action, d = delete_referential_action FROM
 sys.foreign_keys) k JOIN sys.foreign_key_columns c ON c.constraint_object_id = k.object_id WHERE OBJECT_NAME(r) =

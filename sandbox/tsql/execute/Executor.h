@@ -200,7 +200,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
                              bool defaultValues) const;
     void insertRow(const TableInfo& target, const ColumnList& columns, const std::vector<TypedValue>& cells);
     void insertRowsOf(const TableInfo& target, const ColumnList& columns, const std::function<void()>& work);
-    TableInfo changedTable(const Change& change, Translator& translator);
+    TableInfo changedTable(const Change& change, std::string_view verb, Translator& translator);
     void updateInSteps(const TableInfo& target, const Translator& translator);
     void change(const TableInfo& target, std::string_view verb, const std::string& sql,
                 const Translator& translator);
@@ -217,13 +217,12 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     void run(const AlterIndex& alter);
     void run(const Drop& drop);
     void define(const ObjectName& name, const std::function<void(Catalogue&)>& work);
-    void checkDefaults(const CreateTable& definition);
     TableInfo createTable(const CreateTable& create);
     void startIdentity(const TableInfo& table);
     void setCounter(const std::string& schema, const std::string& name, std::int64_t value);
     std::optional<std::int64_t> counter(const std::string& schema, const std::string& name);
     Value rowVersion(int ahead);  // of the current database; 0: the last one
-    std::vector<ObjectInfo> noteConstraints(Catalogue& catalogue, const TableInfo& table,
+    std::vector<ObjectInfo> noteConstraints(Catalogue& catalogue, TableInfo table,
                                             const CreateTable& definition);
     ObjectInfo constraintOf(Catalogue& catalogue, const TableInfo& table, const Constraint& constraint);
     std::string tableBody(Catalogue& catalogue, const TableInfo& table);
@@ -314,7 +313,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     void runFrame(const Block& body, Frame& frame);
     void runFunction(const CreateModule& function, Frame& frame);
     bool runScope(const Block& body, Frame& frame);
-    std::vector<TableColumn> viewColumns(const CreateModule& module);
+    TableInfo viewTable(const StoredModule& view);
 
     // ---- calls of drivers (ExecutorPrepared.cpp)
     struct PreparedText {
@@ -369,7 +368,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     void dropDatabase(const std::string& name, bool ifExists);
     void informDone(std::string_view verb, const BackupHeader& header, std::string_view database,
                     std::chrono::steady_clock::time_point start) const;
-    Progress progress(std::int64_t step) const;
+    Progress progress(const Options& options = {});
     void runMedia(std::string_view verb, const std::function<void()>& work);
     Flow sendTable(std::span<const Column> columns, std::span<const std::vector<Value>> rows);
     void restoreFrom(const std::string& file, const Restore& restore);
@@ -380,7 +379,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     std::optional<ObjectInfo> visibleObject(const ObjectName& name);
     static std::string asWritten(const ObjectName& name);
     static ObjectInfo newObject(const Catalogue& owner, const ObjectName& name, std::string_view type);
-    TableInfo table(const ObjectName& name, int missing, int state = 0);
+    TableInfo table(const ObjectName& name, int missing, int state = 0, std::string_view verb = {});
     Catalogue temporary() { return {m_connection, "tempdb", std::string(kTempSchema)}; }
     TypedValue& local(std::string_view name);
 

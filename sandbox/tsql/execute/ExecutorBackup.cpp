@@ -40,12 +40,15 @@ EncryptorType nvarchar(32) = NULL)";
 }  // namespace
 
 // Reports "10 percent processed." at the interval of STATS, and ends the work of a cancelled batch.
-Progress Executor::progress(std::int64_t step) const {
-    return [this, step, reported = std::int64_t{0}](int percent) mutable {
+Progress Executor::progress(const Options& options) {
+    constexpr int kUsual = 10;
+    const auto stats = options.find("STATS =");
+    const int asked =
+        stats == options.end() ? options.contains("STATS") * kUsual : evaluateInteger(*stats->second);
+    return [this, step = std::min(asked, 100), reported = 0](int percent) mutable {
         if (isCancelled()) throw BatchEnd{};
-        while (step > 0 && reported < 100 && std::min<std::int64_t>(reported + step, 100) <= percent)
-            inform(kPercentProcessed,
-                   {std::to_string(reported = std::min<std::int64_t>(reported + step, 100))});
+        while (step > 0 && reported < 100 && std::min(reported + step, 100) <= percent)
+            inform(kPercentProcessed, {std::to_string(reported = std::min(reported + step, 100))});
     };
 }
 
@@ -77,10 +80,13 @@ void Executor::run(const Backup& backup) {
         if (!m_storage.isBackupPlace(file))
             throw sqlError(kBackupDeviceNotOpened,
                            {file, "13", "not in the data folder or a --backup-folder"});
-        const auto given = [&](const ExprPtr& text) { return text ? evaluateText(*text) : std::string(); };
+        const auto given = [&](std::string_view option) {
+            const auto found = backup.options.find(option);
+            return found == backup.options.end() ? std::string() : evaluateText(*found->second);
+        };
         const BackupHeader header =
-            backupDatabase(m_storage, evaluateText(*backup.database), file, progress(backup.stats),
-                           given(backup.name), given(backup.description));
+            backupDatabase(m_storage, evaluateText(*backup.database), file, progress(backup.options),
+                           given("NAME ="), given("DESCRIPTION ="));
         beforeWrite();
         m_connection.run("INSERT INTO " + m_connection.attach("msdb") +
                              ".backupset (name, database_name, backup_start_date, backup_finish_date, type, "
@@ -97,12 +103,12 @@ Flow Executor::run(const Restore& restore) {
     runMedia(kVerbs[static_cast<int>(restore.kind)], [&] {
         const std::string file = evaluateText(*restore.file);
         if (restore.kind == RestoreKind::Verify) {
-            verifyBackup(file, progress(0));
+            verifyBackup(file, progress());
             inform(kBackupSetValid);
         } else if (restore.kind == RestoreKind::Database) {
             restoreFrom(file, restore);
         } else {
-            header = readBackupHeader(file, progress(0));
+            header = readBackupHeader(file, progress());
         }
     });
     if (!header) return finished();
@@ -120,12 +126,14 @@ void Executor::restoreFrom(const std::string& file, const Restore& restore) {
     const auto start = std::chrono::steady_clock::now();
     const std::string name = evaluateText(*restore.database);
     std::vector<std::string> moved;
-    for (const auto& each : restore.moved) moved.push_back(evaluateText(*each));
+    const auto [first, last] = restore.options.equal_range("MOVE");
+    std::transform(first, last, std::back_inserter(moved),
+                   [&](auto& each) { return evaluateText(*each.second); });
     if (databaseKey(name) == databaseKey(m_database)) throw sqlError(kRestoreOfOwnDatabase, {name});
     if (m_storage.exists(name)) releaseDatabase(name, sqlError(kNoExclusiveAccess));
     try {
-        const BackupHeader header =
-            restoreDatabase(m_storage, file, name, restore.replace, moved, progress(restore.stats));
+        const BackupHeader header = restoreDatabase(
+            m_storage, file, name, restore.options.contains("REPLACE"), moved, progress(restore.options));
         informDone("RESTORE", header, name, start);
     } catch (const SqlError& error) {
         if (error.number != kFileInUse) throw;

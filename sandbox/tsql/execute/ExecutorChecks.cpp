@@ -32,7 +32,7 @@ void Executor::checkNode(const Node& node) {
     } else if constexpr (isOneOf<Node, SelectStatement, DeclareCursor>) {
         translator.query(*node.query);
     } else if constexpr (std::is_same_v<Node, Insert>) {
-        const TableInfo target = changedTable(node, translator);
+        const TableInfo target = changedTable(node, node.kVerb, translator);
         const auto columns = insertColumns(target, node.columns, node.defaultValues);
         if (node.execute)
             checkNode(std::get<Execute>(node.execute->node));
@@ -45,7 +45,7 @@ void Executor::checkNode(const Node& node) {
         if (!isSkipped && !module(node.procedure, kProcedure))
             inform(kMissingDependency, {caller, asWritten(node.procedure)});
     } else if constexpr (std::is_base_of_v<Change, Node>) {
-        const TableInfo target = changedTable(node, translator);
+        const TableInfo target = changedTable(node, node.kVerb, translator);
         if constexpr (std::is_same_v<Node, Update>)
             translator.update(target, node, "a record");
         else if constexpr (std::is_same_v<Node, Merge>)

@@ -101,6 +101,26 @@ TableColumn columnOf(TableInfo& table, const ColumnDefinition& given, const Crea
     return column;
 }
 
+// Returns a column of a constraint, which must fit it.
+const TableColumn& constrainedColumn(const TableInfo& table, const Constraint& constraint,
+                                     const std::string& name) {
+    using enum ConstraintKind;
+    const TableColumn* column = table.column(name);
+    if (!column && constraint.kind == ForeignKey)
+        throw sqlError(kReferencingColumnUnknown, {constraint.name, name, table.name});
+    if (!column) throw sqlError(kUnknownIndexColumn, {name});
+    if (constraint.kind == Default && column->isRowVersion())
+        throw sqlError(kDefaultOnRowVersion, {table.name, name});
+    if (!column->nullable && constraint.does("SET NULL"))
+        throw sqlError(kSetNullOnNotNullable, {constraint.name});
+    if (!column->nullable && column->byDefault.empty() && constraint.does("SET DEFAULT"))
+        throw sqlError(kSetDefaultWithoutDefault, {constraint.name});
+    if (constraint.kind == PrimaryKey && column->nullable)
+        throw sqlError(kPrimaryKeyOnNullable, {table.name});
+    if (constraint.kind == PrimaryKey || constraint.kind == Unique) requireKeyType(table, *column);
+    return *column;
+}
+
 std::string storedColumns(const TableInfo& table) {
     std::vector<std::string> names;
     for (const auto& column : table.columns)
@@ -126,14 +146,7 @@ void Executor::define(const ObjectName& name, const std::function<void(Catalogue
     atomic.commit();
 }
 
-// Translates the texts of the defaults alone, as inserts do later, so that variables in them are errors.
-void Executor::checkDefaults(const CreateTable& definition) {
-    for (const auto* each : allConstraints(definition))
-        if (each->kind == ConstraintKind::Default) Translator(*this).value(*parseExpression(each->text));
-}
-
 TableInfo Executor::createTable(const CreateTable& create) {
-    checkDefaults(create);
     const std::string& name = create.table.name;
     TableInfo table;
     table.name = name;
@@ -190,11 +203,16 @@ void Executor::failingAs(const SqlError& failure, const std::function<void()>& w
     }
 }
 
-std::vector<ObjectInfo> Executor::noteConstraints(Catalogue& catalogue, const TableInfo& table,
+// The texts of the defaults are translated alone, as inserts do later, so that variables in them are errors.
+std::vector<ObjectInfo> Executor::noteConstraints(Catalogue& catalogue, TableInfo table,
                                                   const CreateTable& definition) {
     std::vector<ObjectInfo> keys;
+    const auto constraints = allConstraints(definition);
+    for (const auto* each : constraints)
+        if (each->kind == ConstraintKind::Default) Translator(*this).value(*parseExpression(each->text));
     failingAs(sqlError(kConstraintNotCreated), [&] {
-        for (const auto* constraint : allConstraints(definition)) {
+        for (const auto* constraint : constraints) {
+            table.columns = catalogue.columns(table.id);  // with defaults that were entered before
             ObjectInfo key = constraintOf(catalogue, table, *constraint);
             if (constraint->kind == ConstraintKind::ForeignKey && catalogue.isTemporary()) {
                 inform(kForeignKeySkipped, {key.name});
@@ -218,20 +236,8 @@ ObjectInfo Executor::constraintOf(Catalogue& owner, const TableInfo& table, cons
     key.source = constraint.source;
     key.table = storedName(table.schemaName, table.name);
     key.schemaName = table.schemaName;
-    for (const auto& name : constraint.columns) {
-        const TableColumn* column = table.column(name);
-        if (!column && constraint.kind == ForeignKey)
-            throw sqlError(kReferencingColumnUnknown, {key.name, name, table.name});
-        if (!column) throw sqlError(kUnknownIndexColumn, {name});
-        if (constraint.kind == Default && column->isRowVersion())
-            throw sqlError(kDefaultOnRowVersion, {table.name, name});
-        if (!column->nullable && (constraint.onDelete == "SET NULL" || constraint.onUpdate == "SET NULL"))
-            throw sqlError(kSetNullOnNotNullable, {key.name});
-        if (constraint.kind == PrimaryKey && column->nullable)
-            throw sqlError(kPrimaryKeyOnNullable, {table.name});
-        if (constraint.kind == PrimaryKey || constraint.kind == Unique) requireKeyType(table, *column);
-        key.columns.push_back(column->name);
-    }
+    for (const auto& name : constraint.columns)
+        key.columns.push_back(constrainedColumn(table, constraint, name).name);
     if (constraint.kind == Check) {
         const auto read = Translator(*this).check(table, *constraint.check).columns;
         for (const auto& name : read)
@@ -268,6 +274,11 @@ CheckText Executor::computed(const TableInfo& table, const TableColumn& column) 
 
 // Returns the column and constraint list of SQLite's CREATE TABLE. Unique keys are separate indexes.
 std::string Executor::tableBody(Catalogue& catalogue, const TableInfo& table) {
+    const auto keys = catalogue.keysOf(table.id);
+    WordSet reset;  // columns that foreign keys set to their defaults
+    for (const auto& key : keys)
+        if (key.type == kForeignKey && parseConstraint(key.source).does("SET DEFAULT"))
+            reset.insert(key.columns.begin(), key.columns.end());
     std::string body = commaList(table.columns, [&](const TableColumn& column) {
         std::string text = quotedName(column.name) + " ";
         if (!column.identity)
@@ -277,9 +288,11 @@ std::string Executor::tableBody(Catalogue& catalogue, const TableInfo& table) {
         else
             text += "INTEGER PRIMARY KEY AUTOINCREMENT CHECK (" +
                     emitIdentity(quotedName(column.name), column.type).sql + " IS NOT NULL)";
+        if (reset.contains(column.name))  // not a constant, which rows older than the column would get
+            text += " DEFAULT (ifnull(" + Translator(*this).rowText(table, {&column}, {}) + ", NULL))";
         return text + (column.computed.empty() ? "" : " AS (" + computed(table, column).sql + ")");
     });
-    for (const auto& key : catalogue.keysOf(table.id)) {
+    for (const auto& key : keys) {
         if (isDisabled(key)) continue;
         const std::string name = ", CONSTRAINT " + quotedName(key.name);
         if (key.type == kCheck)
@@ -287,7 +300,7 @@ std::string Executor::tableBody(Catalogue& catalogue, const TableInfo& table) {
                     Translator(*this).check(table, *parseConstraint(key.source).check).sql + ")";
         if (key.type != kForeignKey) continue;
         const Constraint constraint = parseConstraint(key.source);
-        const bool changes = constraint.onUpdate != kNoAction || constraint.onDelete == "SET NULL";
+        const bool changes = constraint.onUpdate != kNoAction || constraint.onDelete.starts_with("SET");
         if (changes && std::ranges::any_of(table.columns, &TableColumn::isRowVersion))
             throw unsupported("a foreign key that changes rows with a rowversion");
         body += name + " FOREIGN KEY (" + quotedNames(key.columns) + ") REFERENCES " +
@@ -501,7 +514,6 @@ void Executor::dropConstraint(Catalogue& catalogue, const TableInfo& table, cons
 }
 
 void Executor::run(const AlterTable& alter) {
-    checkDefaults(alter.added);
     define(alter.added.table, [&](Catalogue& owner) {
         TableInfo target = table(alter.added.table, kAlteredTableNotFound);
         for (const auto& definition : alter.added.columns) addColumn(owner, target, definition);
@@ -566,7 +578,7 @@ void Executor::run(const AlterIndex& alter) {
 void Executor::run(const Drop& drop) {
     for (const auto& index : drop.indexes) dropIndex(index, drop.ifExists);
     for (const auto& name : drop.names)
-        drop.kind == ObjectKind::Database ? dropDatabase(name.name, drop.ifExists) : dropObject(name, drop);
+        drop.kind == "database" ? dropDatabase(name.name, drop.ifExists) : dropObject(name, drop);
 }
 
 void Executor::dropIndex(const AlterIndex& dropped, bool ifExists) {
@@ -587,26 +599,24 @@ void Executor::dropIndex(const AlterIndex& dropped, bool ifExists) {
 void Executor::dropObject(const ObjectName& name, const Drop& drop) {
     constexpr std::pair<std::string_view, std::string_view> kKinds[] = {
         {"table", "U"},    {"view", "V"},      {"procedure", "P"},  {"function", "FN; IF; TF"},
-        {"trigger", "TR"}, {"sequence", "SO"}, {"type", "TYPE; TT"}};  // words and types, in the order of
-                                                                       // ObjectKind
-    const auto& kind = kKinds[static_cast<int>(drop.kind)];
+        {"trigger", "TR"}, {"sequence", "SO"}, {"type", "TYPE; TT"}};
     const std::string written = asWritten(name);
     define(name, [&](Catalogue& owner) {
-        const bool isType = drop.kind == ObjectKind::Type;
+        const bool isType = drop.kind == "type";
         const auto found = isType ? owner.find(storedName(name.schema, name.name), kUserTypes) : object(name);
         const auto* other = std::ranges::find_if(kKinds, [&](const auto& each) {
             return found && std::ranges::count(listItems(each.second), found->type) > 0;
         });
-        if (other != &kind) {
+        if (other == std::end(kKinds) || other->first != drop.kind) {
             if (drop.ifExists) return;
             if (isType) throw sqlError(kTypeNotFound, {written});
-            if (other == std::end(kKinds)) throw sqlError(kCannotDropMissing, {kind.first, written});
+            if (other == std::end(kKinds)) throw sqlError(kCannotDropMissing, {drop.kind, written});
             throw sqlError(kDropOfOtherKind,
-                           {toUpper(kind.first), name.name, name.name, other->first, toUpper(other->first)});
+                           {toUpper(drop.kind), name.name, name.name, other->first, toUpper(other->first)});
         }
         if (const auto user = isType ? owner.userOfType(found->id) : std::nullopt)
             throw sqlError(kTypeInUse, {written, user->name});
-        if (drop.kind == ObjectKind::Table) {
+        if (drop.kind == "table") {
             for (const auto& key : owner.keysTo(found->id))
                 if (key.parent != found->id) throw sqlError(kTableReferenced, {written});
             m_connection.run("DROP TABLE " + owner.schema() + "." + quotedName(found->stored));

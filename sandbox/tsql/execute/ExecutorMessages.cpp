@@ -96,7 +96,7 @@ Flow Executor::run(const RaiseError& raise) {
     int severity = std::max(0, askedSeverity);
     const int state = askedState < 0 ? 1 : std::min(askedState, 255);
     constexpr int kTopUserSeverity = 18;
-    if (severity > kTopUserSeverity && !raise.log) throw sqlError(kSeverityTooHigh);
+    if (severity > kTopUserSeverity && !raise.options.contains("LOG")) throw sqlError(kSeverityTooHigh);
     const TypedValue message = evaluate(*raise.values[0]);
     std::string format = textOf(viewOf(message.value), message.type);
     int raisedNumber = kUserDefined;
@@ -119,9 +119,9 @@ Flow Executor::run(const RaiseError& raise) {
     } else {
         report(raised);
         finished();
-        if (raise.setError) m_error = raised.number;
+        if (raise.options.contains("SETERROR")) m_error = raised.number;
     }
-    if (raise.noWait) m_sink->flush();
+    if (raise.options.contains("NOWAIT")) m_sink->flush();
     return Flow::Next;
 }
 

@@ -46,20 +46,23 @@ void Executor::within(const StoredModule& query, const std::function<void()>& wo
     inFrame(frame, work);
 }
 
-// Returns the columns of a view or table-valued function, found by translating its query.
-std::vector<TableColumn> Executor::viewColumns(const CreateModule& module) {
-    const auto existing = object(module.name);
-    const StoredModule stored{
-        databaseOf(module.name),    module.name.schema, module.name.name, nullptr, &module,
-        existing ? existing->id : 0};
-    std::vector<TableColumn> columns;
-    within(stored, [&] {
-        QueryText text = Translator(*this).query(*module.query);
-        Translator::rename(text, module.columns, module.name.name, kUnnamedViewColumn, kRepeatedViewColumn);
-        for (const auto& column : text.columns)
-            columns.push_back({{column.name, column.type, column.nullable}});
+// Returns a view or table-valued function as a table without storage. Its rows are known if its query has no
+// variables.
+TableInfo Executor::viewTable(const StoredModule& view) {
+    TableInfo table{view.id, view.database,  view.name, m_connection.attach(view.database), {}, 1, 1,
+                    {},      view.schemaName};
+    within(view, [&] {
+        Translator translator(*this);
+        QueryText text = translator.query(*view.module->query);
+        Translator::rename(text, view.module->columns, view.name, kUnnamedViewColumn, kRepeatedViewColumn);
+        for (const auto& column : text.columns) {
+            table.columns.push_back({{column.name, column.type, column.nullable}});
+            table.rows +=
+                (table.rows.empty() ? "SELECT " : ", ") + column.alias + " AS " + quotedName(column.name);
+        }
+        table.rows = translator.parameters().empty() ? table.rows + " FROM (" + text.sql + ")" : "";
     });
-    return columns;
+    return table;
 }
 
 // Stores the whole batch as the text of the module, with CREATE instead of ALTER.
@@ -72,7 +75,13 @@ Flow Executor::run(const CreateModule& module) try {
     const auto table = module.isTrigger() ? std::optional(tableOfTrigger(module)) : std::nullopt;
     ObjectName name = module.name;
     if (table) name.schema = table->schemaName;
-    const auto columns = module.query ? viewColumns(module) : std::vector<TableColumn>();
+    std::vector<TableColumn> columns;
+    if (module.query) {
+        const auto existing = object(module.name);
+        columns = viewTable({databaseOf(module.name), module.name.schema, module.name.name, nullptr, &module,
+                             existing ? existing->id : 0})
+                      .columns;
+    }
     const Firing firing{table.value_or(TableInfo()), {}, {}};
     Frame frame;
     frame.procedure = module.name.name;

@@ -108,11 +108,11 @@ std::optional<TableInfo> Executor::findTable(const ObjectName& name) {
     auto known = m_knownTables.find(key);
     if (known == m_knownTables.end()) {
         const auto found = visibleObject(name);
+        if (found && m_shadow && m_shadow->id == found->id && m_shadow->database == databaseOf(name))
+            return *m_shadow;
         if (!found || found->type != kTable) return std::nullopt;
-        TableInfo table = catalogue(name).tableOf(*found);
-        if (m_shadow && m_shadow->id == table.id && m_shadow->database == table.database) table = *m_shadow;
         if (m_knownTables.size() >= kKnownTables) m_knownTables.clear();
-        known = m_knownTables.emplace(key, std::move(table)).first;
+        known = m_knownTables.emplace(key, catalogue(name).tableOf(*found)).first;
     }
     if (awaitsTransaction()) begin({});
     return known->second;
@@ -150,12 +150,17 @@ std::string Executor::asWritten(const ObjectName& name) {
     return full + name.name;
 }
 
-// missing, state: number and state of the error if there is no such table.
-TableInfo Executor::table(const ObjectName& name, int missing, int state) {
+// missing, state: number and state of the error if there is no such table. verb: of a change, which may name
+// a view with an INSTEAD OF trigger.
+TableInfo Executor::table(const ObjectName& name, int missing, int state, std::string_view verb) {
     if (m_frames.back()->readOnly.contains(name.name)) throw sqlError(kReadOnlyTable, {name.name});
     if (auto found = findTable(name)) return *found;
     if (namesChangedRows(name)) throw sqlError(kChangedRowsChanged);
-    if (module(name, kView)) throw unsupported("changes through a view ('" + name.name + "')");
+    const auto view = m_checking ? std::nullopt : module(name, kView);
+    const TableInfo rows = view ? viewTable(*view) : TableInfo();
+    if (view && (rows.rows.empty() || verb.empty() || enabledTriggers(rows, verb).empty()))
+        throw unsupported("changes through a view ('" + name.name + "')");
+    if (view) return rows;
     throw sqlError(missing, {asWritten(name)}, state);
 }
 

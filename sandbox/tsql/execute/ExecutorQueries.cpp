@@ -15,10 +15,9 @@ void addChanges(const Node& node, const TableInfo& target, std::vector<Firing>& 
         for (const auto& clause : node.clauses)
             std::visit([&](const auto& each) { addChanges(each, target, changes); }, clause.change);
     } else {
-        constexpr bool inserts = std::is_same_v<Node, Insert>, deletes = std::is_same_v<Node, Delete>;
-        changes.push_back({target, inserts ? "INSERT" : deletes ? "DELETE" : "UPDATE"});
-        if constexpr (!inserts && !deletes)
-            for (const auto& clause : node.sets) changes.back().updated.insert(clause.column);
+        auto& updated = changes.emplace_back(Firing{target, node.kVerb}).updated;
+        if constexpr (std::is_same_v<Node, Update>)
+            for (const auto& clause : node.sets) updated.insert(clause.column);
     }
 }
 
@@ -152,7 +151,7 @@ template <typename Node>
 Flow Executor::runChange(const Node& node, StatementKind kind) {
     Translator translator(*this);
     std::vector<Firing> changes;
-    addChanges(node, changedTable(node, translator), changes);
+    addChanges(node, changedTable(node, node.kVerb, translator), changes);
     return withTriggers(changes, kind, node.output, [&](const TableInfo& target) {
         if (!node.output || !node.output->into) return apply(node, target, translator);
         // OUTPUT ... INTO: the output is inserted into another table, atomically with the change.
@@ -332,12 +331,12 @@ void Executor::insertRowsOf(const TableInfo& target, const ColumnList& columns,
     });
 }
 
-// Returns the table that UPDATE or DELETE changes, and makes the statement's common tables known.
-TableInfo Executor::changedTable(const Change& change, Translator& translator) {
+// Returns the table that a statement changes, and makes the statement's common tables known.
+TableInfo Executor::changedTable(const Change& change, std::string_view verb, Translator& translator) {
     const ObjectName& name = targetName(change.table, change.from);
     translator.useCommonTables(change, name);
     claim(name);
-    return table(name);
+    return table(name, kInvalidObjectName, 0, verb);
 }
 
 void Executor::apply(const Update& update, const TableInfo& target, Translator& translator) {
@@ -350,8 +349,8 @@ void Executor::apply(const Update& update, const TableInfo& target, Translator& 
         if (failure.code != SQLITE_CONSTRAINT_UNIQUE) throw;
         // The steps would act for keys that stay the same, too.
         for (const auto& key : Catalogue(m_connection, target.database, target.schema).keysTo(target.id))
-            if (parseConstraint(key.source).onUpdate == "SET NULL")
-                throw unsupported("ON UPDATE SET NULL for rows that take over each other's keys");
+            if (const std::string action = parseConstraint(key.source).onUpdate; action.starts_with("SET"))
+                throw unsupported("ON UPDATE " + action + " for rows that take over each other's keys");
         updateInSteps(target, translator);
     }
 }

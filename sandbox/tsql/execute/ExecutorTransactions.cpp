@@ -43,7 +43,7 @@ bool Executor::beginsImplicitly(const Statement& statement) const {
         } else if constexpr (std::is_same_v<Node, ChangeCursor>) {
             return node.verb == CursorVerb::Open;
         } else if constexpr (std::is_same_v<Node, Drop>) {
-            return node.kind != ObjectKind::Database;
+            return node.kind != "database";
         }
         return std::is_base_of_v<Change, Node> ||
                isOneOf<Node, Truncate, CreateTable, AlterTable, CreateIndex, CreateModule, SystemStatement,

@@ -23,8 +23,8 @@ bool isFiredBy(const ObjectInfo& trigger, std::string_view verb) {
 TableInfo Executor::tableOfTrigger(const CreateModule& trigger) {
     if (isTemporaryName(trigger.table.name)) throw unsupported("triggers on temporary tables");
     const auto found = object(trigger.table);
-    if (found && found->type == kView && trigger.insteadOf) throw unsupported("INSTEAD OF triggers on views");
-    if (!found || found->type != kTable || databaseOf(trigger.table) != databaseOf(trigger.name))
+    const bool fits = found && (found->type == kTable || (found->type == kView && trigger.insteadOf));
+    if (!fits || databaseOf(trigger.table) != databaseOf(trigger.name))
         throw sqlError(kNoTableForTrigger, {asWritten(trigger.table)});
     if (!trigger.name.schema.empty() && !sameText(trigger.name.schema, found->schemaName))
         throw sqlError(kTriggerInOtherSchema, {trigger.create ? "create" : "alter", trigger.name.name});
@@ -44,13 +44,15 @@ void Executor::bindTrigger(const Catalogue& owner, const CreateModule& trigger, 
     for (const auto& other : owner.triggersOf(table.id))
         for (const auto& event : trigger.events)
             if (other.id != object.id && isInsteadOf(other) && isFiredBy(other, event))
-                throw sqlError(kSecondInsteadOfTrigger, {verb, object.name, table.name, event});
+                throw sqlError(
+                    kSecondInsteadOfTrigger,
+                    {verb, object.name, table.stored.empty() ? "view" : "table", table.name, event});
 }
 
 void Executor::run(const SwitchTriggers& node) {
     define(node.table, [&](Catalogue& owner) {
         const auto table = object(node.table);
-        if (!table || table->type != kTable)
+        if (!table || (table->type != kTable && (node.inAlterTable || table->type != kView)))
             throw sqlError(node.inAlterTable ? kAlteredTableNotFound : kObjectNotFound,
                            {asWritten(node.table)});
         auto triggers = owner.triggersOf(table->id);
@@ -136,7 +138,8 @@ void Executor::changeAndFire(const TableInfo& target, std::vector<Firing> firing
         firing.rows = records.back().name();
     }
     {
-        const Temporarily shadow(m_shadow, instead ? std::optional(records.front().target()) : std::nullopt);
+        const bool reads = instead && firings.front().verb != "INSERT";  // by the name of the table
+        const Temporarily shadow(m_shadow, reads ? std::optional(records.front().target()) : std::nullopt);
         m_knownTables.clear();
         change(instead ? records.front().target() : target);
     }

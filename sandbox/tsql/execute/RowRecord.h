@@ -16,8 +16,11 @@ class RowRecord {
         static std::atomic<unsigned> records{0};
         m_name = "tsqlbox_rows" + std::to_string(++records);
         if (instead) {
+            if (!table.rows.empty())
+                m_connection.run("CREATE TEMP TABLE " + m_name + "_view AS SELECT * FROM (" + table.rows +
+                                 ") WHERE " + (verb == "INSERT" ? "0" : "1"));
             m_connection.run("CREATE TEMP VIEW " + m_name + "_target AS SELECT _rowid_ AS _rowid_, * FROM " +
-                             table.sqlName());
+                             (table.rows.empty() ? table.sqlName() : m_name + "_view"));
             m_target.schema = kTempSchema;
             m_target.stored = m_name + "_target";
             m_target.isShadow = true;
@@ -42,6 +45,7 @@ class RowRecord {
     ~RowRecord() {
         stop();
         drop("VIEW", "_target");
+        drop("TABLE", "_view");
         drop("TABLE", "");
     }
     RowRecord(RowRecord&&) = delete;  // neither moved nor copied

@@ -270,9 +270,11 @@ struct TryCatch {
 struct Print {
     ExprPtr value;
 };
+// Options behind WITH, by their phrases, and their values: null without one.
+using Options = std::multimap<std::string_view, ExprPtr>;
 struct RaiseError {
     std::vector<ExprPtr> values;  // message, severity, state, arguments
-    bool log = false, setError = false, noWait = false;
+    Options options = {};
 };
 struct Throw {
     std::vector<ExprPtr> values;  // number, message, state; empty: THROW without arguments
@@ -337,6 +339,7 @@ struct Insert : Change {
     QueryPtr query;                          // source of the rows instead of VALUES: a query or a procedure
     StatementPtr execute;
     bool defaultValues = false;
+    static constexpr std::string_view kVerb = "INSERT";
 };
 // INSERT BULK, whose rows the client sends after the batch.
 struct InsertBulk {
@@ -355,8 +358,11 @@ struct SetClause {
 };
 struct Update : Change {
     std::vector<SetClause> sets;
+    static constexpr std::string_view kVerb = "UPDATE";
 };
-struct Delete : Change {};
+struct Delete : Change {
+    static constexpr std::string_view kVerb = "DELETE";
+};
 enum class MergeRows { Matched, New, Old };  // New: only in the source; Old: only in the table
 struct MergeClause {
     MergeRows rows;
@@ -368,6 +374,7 @@ struct Merge : Change {  // `where` is the condition of ON
     std::string alias;   // of the table
     std::vector<TableRefPtr> source;
     std::vector<MergeClause> clauses;
+    static constexpr std::string_view kVerb = "MERGE";
 };
 struct Truncate {
     ObjectName table;
@@ -385,6 +392,7 @@ struct Constraint {
     ObjectName references = {};
     std::vector<std::string> referencedColumns;
     std::string onDelete{kNoAction}, onUpdate{kNoAction};  // of a foreign key
+    bool does(std::string_view action) const { return onDelete == action || onUpdate == action; }
 };
 struct ColumnDefinition {
     std::string name;
@@ -425,9 +433,8 @@ struct AlterIndex {
     std::string name;  // empty: all
     ObjectName table;
 };
-enum class ObjectKind { Table, View, Procedure, Function, Trigger, Sequence, Type, Index, Database };
 struct Drop {
-    ObjectKind kind;
+    std::string kind;  // table, view, procedure ...
     std::vector<ObjectName> names;
     std::vector<AlterIndex> indexes;  // instead of names
     bool ifExists = false;
@@ -503,16 +510,13 @@ struct Transaction {
 };
 struct Backup {
     ExprPtr database, file;
-    ExprPtr name, description;  // null if not given
-    std::int64_t stats = 0;     // percent between progress messages, 0 for none
+    Options options = {};
 };
 enum class RestoreKind { Database, FileList, Header, Verify };
 struct Restore {
     RestoreKind kind = RestoreKind::Database;
     ExprPtr database, file;
-    bool replace = false;
-    std::int64_t stats = 0;
-    std::vector<ExprPtr> moved;  // logical names of files
+    Options options = {};
 };
 
 // UPDATE STATISTICS, CHECKPOINT and DBCC. Most need no more than a message here.

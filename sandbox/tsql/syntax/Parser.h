@@ -48,11 +48,6 @@ class Parser {
     void expect(std::string_view phrase) {
         if (!accept(phrase)) throwSyntaxError();
     }
-    // Consumes the first phrase that matches and sets its flag.
-    bool acceptFlag(std::initializer_list<std::pair<std::string_view, bool*>> flags) {
-        bool* const* flag = acceptOneOf(flags);
-        return flag && (**flag = true);
-    }
     std::string_view expectAny(std::initializer_list<std::string_view> phrases) {
         const std::string_view phrase = acceptFirst(phrases);
         if (phrase.empty()) throwSyntaxError();

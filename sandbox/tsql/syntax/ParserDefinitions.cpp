@@ -103,15 +103,13 @@ Node changeOfRows(Parser& in) {
 
 // What follows WHEN.
 MergeClause mergeClause(Parser& in, const std::vector<MergeClause>& before) {
-    constexpr std::pair<std::string_view, MergeRows> kRows[] = {{"MATCHED", MergeRows::Matched},
-                                                                {"NOT MATCHED BY SOURCE", MergeRows::Old},
-                                                                {"NOT MATCHED BY TARGET", MergeRows::New},
-                                                                {"NOT MATCHED", MergeRows::New}};
-    constexpr const char* kWords[] = {"WHEN MATCHED", "WHEN NOT MATCHED", "WHEN NOT MATCHED BY SOURCE"};
     const int line = in.peek().line;
-    const MergeRows* const rows = in.acceptOneOf(kRows);
-    if (!rows) in.throwSyntaxError();
-    MergeClause clause{*rows, in.accept("AND") ? in.condition() : nullptr, {}};
+    const auto match = in.expectAny({"MATCHED", "NOT MATCHED BY SOURCE", "NOT MATCHED"});
+    const MergeRows rows = match == "MATCHED"       ? MergeRows::Matched
+                           : match == "NOT MATCHED" ? MergeRows::New
+                                                    : MergeRows::Old;
+    if (rows == MergeRows::New) in.accept("BY TARGET");
+    MergeClause clause{rows, in.accept("AND") ? in.condition() : nullptr, {}};
     in.expect("THEN");
     if (clause.rows == MergeRows::New) {
         in.expect("INSERT");
@@ -125,7 +123,7 @@ MergeClause mergeClause(Parser& in, const std::vector<MergeClause>& before) {
     } else {
         in.expect("DELETE");
     }
-    const char* words = kWords[static_cast<int>(clause.rows)];
+    const std::string words = "WHEN " + std::string(match);
     for (const auto& each : before) {
         if (each.rows != clause.rows) continue;
         if (each.verb() == clause.verb()) in.throwError(kMergeActionRepeated, {words, each.verb()}, line);
@@ -212,9 +210,8 @@ void references(Parser& in, Constraint& constraint) {
     if (in.at("(")) constraint.referencedColumns = in.columnNames();
     while (in.accept("ON")) {
         const bool onDelete = in.expectAny({"DELETE", "UPDATE"}) == "DELETE";
-        in.throwIfAt("SET DEFAULT", "a foreign key with SET DEFAULT");
         (onDelete ? constraint.onDelete : constraint.onUpdate) =
-            in.expectAny({kNoAction, "CASCADE", "SET NULL"});
+            in.expectAny({kNoAction, "CASCADE", "SET NULL", "SET DEFAULT"});
     }
 }
 
@@ -259,9 +256,10 @@ ColumnDefinition columnDefinition(Parser& in) {
         } else if (auto constraint = in.acceptConstraint(/*ofTable=*/false)) {
             if (constraint->columns.empty()) constraint->columns = {column.name};
             column.constraints.push_back(std::move(*constraint));
+        } else if (in.accept("WITH VALUES")) {
+            column.withValues = true;
         } else {
-            return in.acceptFlag({{"WITH VALUES", &column.withValues}}) ||
-                   in.acceptAny({"ROWGUIDCOL", "SPARSE", "NOT FOR REPLICATION"});
+            return in.acceptAny({"ROWGUIDCOL", "SPARSE", "NOT FOR REPLICATION"});
         }
         return true;
     };
@@ -542,14 +540,14 @@ Statement::Node defineSequence(Parser& in, bool alter) {
     DefineSequence node{in.objectName(), alter, simpleType(TypeId::BigInt)};
     if (!alter && in.accept("AS")) node.type = in.type(TypeUse::Declaration);
     for (;;) {
-        const auto valued =
-            in.acceptFirst({"START WITH", "RESTART WITH", "INCREMENT BY", "MINVALUE", "MAXVALUE"});
-        const auto option = !valued.empty() ? valued
-                                            : in.acceptFirst({"NO MINVALUE", "NO MAXVALUE", "NO CYCLE",
-                                                              "NO CACHE", "CYCLE", "RESTART", "CACHE"});
+        const auto option = in.acceptFirst({"START WITH", "RESTART WITH", "INCREMENT BY", "MINVALUE",
+                                            "MAXVALUE", "NO MINVALUE", "NO MAXVALUE", "NO CYCLE", "NO CACHE",
+                                            "CYCLE", "RESTART", "CACHE"});
         if (option.empty()) return node;
         auto& value = node.options[option];
-        if (!valued.empty() || in.peek().kind == TokenKind::Number) value = in.expectInteger();
+        const bool mayBeAlone =
+            option.starts_with("NO ") || hasWord("CYCLE RESTART CACHE", std::string(option));
+        if (!mayBeAlone || in.peek().kind == TokenKind::Number) value = in.expectInteger();
     }
 }
 
@@ -621,23 +619,20 @@ Statement::Node parseDefinition(Parser& in, bool create) {
 }
 
 Statement::Node parseDrop(Parser& in) {
-    constexpr std::pair<std::string_view, ObjectKind> kKinds[] = {
-        {"TABLE", ObjectKind::Table},     {"PROCEDURE", ObjectKind::Procedure},
-        {"PROC", ObjectKind::Procedure},  {"FUNCTION", ObjectKind::Function},
-        {"INDEX", ObjectKind::Index},     {"DATABASE", ObjectKind::Database},
-        {"VIEW", ObjectKind::View},       {"SEQUENCE", ObjectKind::Sequence},
-        {"TRIGGER", ObjectKind::Trigger}, {"TYPE", ObjectKind::Type},
-    };
-    const ObjectKind* kind = in.acceptOneOf(kKinds);
-    if (auto principal = kind ? std::nullopt : parsePrincipal(in, "drop")) return std::move(*principal);
-    if (!kind) throwUnsupportedObject(in, "DROP");
-    Drop node{*kind, {}, {}, in.accept("IF EXISTS")};
-    const bool plain = *kind == ObjectKind::Database;
-    if (*kind == ObjectKind::Index)
+    std::string kind = lowerAscii(in.acceptFirst({"TABLE", "PROCEDURE", "PROC", "FUNCTION", "INDEX",
+                                                  "DATABASE", "VIEW", "SEQUENCE", "TRIGGER", "TYPE"}));
+    if (auto principal = kind.empty() ? parsePrincipal(in, "drop") : std::nullopt)
+        return std::move(*principal);
+    if (kind.empty()) throwUnsupportedObject(in, "DROP");
+    if (kind == "proc") kind = "procedure";
+    Drop node{kind, {}, {}, in.accept("IF EXISTS")};
+    if (kind == "index")
         node.indexes = in.list([&] { return droppedIndex(in); });
     else
-        node.names = in.list([&] { return plain ? ObjectName{{}, {}, in.expectName()} : in.objectName(); });
-    if (*kind == ObjectKind::Trigger) in.throwIfAt("ON", "triggers ON DATABASE or ALL SERVER");
+        node.names = in.list([&] {
+            return kind == "database" ? ObjectName{{}, {}, in.expectName()} : in.objectName();
+        });
+    if (kind == "trigger") in.throwIfAt("ON", "triggers ON DATABASE or ALL SERVER");
     return node;
 }
 

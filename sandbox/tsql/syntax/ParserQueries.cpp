@@ -1,4 +1,5 @@
 // SELECT and its clauses.
+#include <boost/algorithm/string/replace.hpp>
 #include <limits>
 
 #include "syntax/Parser.h"
@@ -160,10 +161,11 @@ std::optional<ForXml> forXml(Parser& in) {
     name(xml.row);
     while (in.accept(",")) {
         in.throwIfAt("ELEMENTS XSINIL", "ELEMENTS XSINIL in FOR XML");
-        if (in.accept("ROOT"))
-            name(xml.root = "root");
-        else if (!in.acceptFlag({{"TYPE", &xml.typed}, {"ELEMENTS", &xml.elements}}))
-            in.throwUnsupported("the option " + toUpper(in.near()) + " of FOR XML");
+        const auto option = in.acceptFirst({"ROOT", "TYPE", "ELEMENTS"});
+        xml.typed = xml.typed || option == "TYPE";
+        xml.elements = xml.elements || option == "ELEMENTS";
+        if (option == "ROOT") name(xml.root = "root");
+        if (option.empty()) in.throwUnsupported("the option " + toUpper(in.near()) + " of FOR XML");
     }
     return xml;
 }
@@ -227,49 +229,32 @@ TableRefPtr tableRef(Parser& in) {
     return table;
 }
 
-// PIVOT (aggregate(value) FOR key IN (names)) of a table: SELECT *, aggregate(CASE key WHEN 'name' THEN value
-// END) AS name ... grouped by *, which leaves out value and key.
-Select pivot(TableRefPtr table, const ObjectName& aggregate, const std::string& value, const std::string& key,
-             const std::vector<std::string>& names) {
-    const int line = table->line;
-    const auto column = [line](const std::string& name) { return makeExpr(line, ColumnRef{{name}}); };
-    Select select;
-    select.pivots = true;
-    select.from.push_back(std::move(table));
-    select.items.push_back({nullptr, {}, {}, {}, {}, {value, key}});
-    for (const auto& name : names) {
-        Case part;
-        const ExprPtr text = makeExpr(line, Literal{textLiteral(name, true)});
-        part.branches.emplace_back(makeExpr(line, Compare{CompareOp::Equal, column(key), text}),
-                                   column(value));
-        Call call{aggregate, {makeExpr(line, std::move(part))}};
-        select.items.push_back({makeExpr(line, std::move(call)), {}, name, {}});
-    }
-    return select;
+std::string quoted(const std::string& name, const std::string& open, const std::string& close) {
+    return open + boost::replace_all_copy(name, close, close + close) + close;
 }
 
-// UNPIVOT (value FOR key IN (names)) of a table: SELECT *, which leaves out the names, FROM table CROSS APPLY
-// the rows (name, 'name') whose first value is not NULL.
-Select unpivot(TableRefPtr table, const std::string& value, const std::string& key,
-               const std::vector<std::string>& names) {
-    const int line = table->line;
-    QueryPtr rows;
+// Text of a query of the table `pivoted`. PIVOT (aggregate(value) FOR key IN (names)): SELECT *,
+// aggregate(CASE key WHEN 'name' THEN value END) AS name ... UNPIVOT (value FOR key IN (names)): SELECT *
+// FROM pivoted CROSS APPLY the rows (name, 'name') whose first value is not NULL. aggregate: empty for
+// UNPIVOT.
+std::string pivotText(const std::string& aggregate, const std::string& value, const std::string& key,
+                      const std::vector<std::string>& names) {
+    const std::string ofValue = quoted(value, "[", "]"), ofKey = quoted(key, "[", "]");
+    std::string text;
     for (const auto& name : names) {
-        Select row;
-        row.items.push_back({makeExpr(line, ColumnRef{{name}}), {}, {}, {}});
-        ExprPtr text = makeExpr(line, Literal{textLiteral(name, true)});
-        row.items.push_back({makeExpr(line, Cast{std::move(text), nvarcharType(128), nullptr}), {}, {}, {}});
-        row.where = makeExpr(line, Not{makeExpr(line, IsNull{makeExpr(line, ColumnRef{{name}})})});
-        append(rows, SetOp::UnionAll, std::move(row), line);
+        const std::string column = quoted(name, "[", "]"), constant = quoted(name, "N'", "'");
+        if (aggregate.empty())
+            text += (text.empty() ? "SELECT " : " UNION ALL SELECT ") + column + ", CAST(" + constant +
+                    " AS sysname) WHERE " + column + " IS NOT NULL";
+        else
+            text += ", " + aggregate + "(CASE " + ofKey + " WHEN " + constant + " THEN " + ofValue +
+                    " END) AS " + column;
     }
-    TableRefPtr applied = tableOf(line, DerivedTable{std::move(rows), {value, key}});
-    Join join{JoinKind::Cross, std::move(table), std::move(applied), nullptr, /*applies=*/true};
-    Select select;
-    select.items.push_back({nullptr, {}, {}, {}, {}, names});
-    select.from.push_back(tableOf(line, std::move(join)));
-    return select;
+    if (!aggregate.empty()) return "SELECT *" + text + " FROM pivoted";
+    return "SELECT * FROM pivoted CROSS APPLY (" + text + ") AS [ ] (" + ofValue + ", " + ofKey + ")";
 }
 
+// The * of PIVOT, by which it groups, leaves out value and key, that of UNPIVOT the names.
 TableRefPtr pivoted(Parser& in, TableRefPtr table) {
     const bool pivots = in.at("PIVOT");
     if (!pivots && !in.at("UNPIVOT")) return table;
@@ -277,7 +262,7 @@ TableRefPtr pivoted(Parser& in, TableRefPtr table) {
     const int line = in.takeToken().line;
     in.expect("(");
     const auto name = [&] { return in.expectName(); };
-    const ObjectName aggregate{{}, {}, pivots ? name() : "", line};
+    const std::string aggregate = pivots ? quoted(name(), "[", "]") : "";
     const std::string value = pivots ? in.parenthesized(name) : name();
     in.expect("FOR");
     const std::string key = name();
@@ -285,9 +270,13 @@ TableRefPtr pivoted(Parser& in, TableRefPtr table) {
     const auto names = in.columnNames();
     in.expect(")");
     if (!pivots) in.checkChain(static_cast<int>(names.size()));
-    Select select = pivots ? pivot(std::move(table), aggregate, value, key, names)
-                           : unpivot(std::move(table), value, key, names);
-    table = tableOf(line, DerivedTable{queryOf(line, std::move(select)), {}});
+    QueryPtr query = Parser(pivotText(aggregate, value, key, names), /*quotedIdentifiers=*/true).query();
+    Select& select = std::get<Select>(query->body);
+    select.pivots = pivots;
+    select.items.front().replaced = pivots ? std::vector{value, key} : names;
+    TableRefPtr& from = select.from.front();
+    (pivots ? from : std::get<Join>(from->node).left) = std::move(table);
+    table = tableOf(line, DerivedTable{std::move(query), {}});
     table->alias = alias(in, /*isRequired=*/true);
     return pivoted(in, std::move(table));
 }
@@ -312,15 +301,6 @@ TableRefPtr joins(Parser& in) {
         }
         left = pivoted(in, tableOf(line, std::move(join)));
     }
-}
-
-// Consumes * or t.* with its qualifier. Returns false for anything else.
-bool acceptStar(Parser& in, SelectItem& item) {
-    std::size_t ahead = 0;
-    while (in.atName(ahead) && in.at(".", ahead + 1)) ahead += 2;
-    if (!in.at("*", ahead)) return false;
-    for (; !in.at("*"); in.accept(".")) item.starOf.push_back(in.expectName());
-    return in.accept("*");
 }
 
 }  // namespace
@@ -388,7 +368,12 @@ ExprPtr Parser::top(Select* select) {
 
 SelectItem Parser::selectItem() {
     SelectItem item;
-    if (acceptStar(*this, item)) return item;
+    std::size_t ahead = 0;  // of * or t.*
+    while (atName(ahead) && at(".", ahead + 1)) ahead += 2;
+    if (at("*", ahead)) {
+        for (; !accept("*"); accept(".")) item.starOf.push_back(expectName());
+        return item;
+    }
     if (atVariable() && peek(1).raw.ends_with('=')) {
         item.variable = expectVariable();
         item.value = assignedValue(item.variable);

@@ -7,18 +7,18 @@ namespace {
 
 // Unsupported statements, by their first words.
 constexpr std::string_view kUnsupported =
-    "ADD; BACKUP CERTIFICATE; BACKUP MASTER KEY; BACKUP SERVICE; BEGIN CONVERSATION; BEGIN DIALOG; "
-    "BULK INSERT; CLOSE ALL; CLOSE MASTER KEY; CLOSE SYMMETRIC KEY; END CONVERSATION; KILL; "
-    "OPEN MASTER KEY; OPEN SYMMETRIC KEY; READTEXT; RECEIVE *; RECEIVE TOP; RECONFIGURE; REVERT; SEND ON; "
-    "SET CONTEXT_INFO; SET FIPS_FLAGGER; SETUSER; SHUTDOWN; UPDATETEXT; WAITFOR ( RECEIVE; WRITETEXT";
+    R"(ADD; BACKUP CERTIFICATE; BACKUP MASTER KEY; BACKUP SERVICE; BEGIN CONVERSATION; BEGIN DIALOG; BULK INSERT;
+CLOSE ALL; CLOSE MASTER KEY; CLOSE SYMMETRIC KEY; END CONVERSATION; KILL; OPEN MASTER KEY;
+OPEN SYMMETRIC KEY; READTEXT; RECEIVE *; RECEIVE TOP; RECONFIGURE; REVERT; SEND ON; SET CONTEXT_INFO;
+SET FIPS_FLAGGER; SETUSER; SHUTDOWN; UPDATETEXT; WAITFOR ( RECEIVE; WRITETEXT)";
 
 // Accepted values (# for any number, * for anything) and the settings that accept them. Most settings that
 // accept both ON and OFF affect only speed, locks or warnings, and have no effect here.
 constexpr std::pair<std::string_view, std::string_view> kSettings[] = {
     {"ON OFF",
-     "NOCOUNT XACT_ABORT IMPLICIT_TRANSACTIONS QUOTED_IDENTIFIER IDENTITY_INSERT FMTONLY STATISTICS "
-     "NOEXEC PARSEONLY ARITHABORT ARITHIGNORE "
-     "CURSOR_CLOSE_ON_COMMIT FORCEPLAN NO_BROWSETABLE REMOTE_PROC_TRANSACTIONS"},
+     "NOCOUNT XACT_ABORT IMPLICIT_TRANSACTIONS QUOTED_IDENTIFIER IDENTITY_INSERT FMTONLY STATISTICS NOEXEC "
+     "PARSEONLY ARITHABORT ARITHIGNORE CURSOR_CLOSE_ON_COMMIT FORCEPLAN NO_BROWSETABLE "
+     "REMOTE_PROC_TRANSACTIONS"},
     {"ON", "ANSI_NULLS ANSI_NULL_DFLT_ON ANSI_PADDING ANSI_WARNINGS CONCAT_NULL_YIELDS_NULL"},
     {"OFF", "ANSI_NULL_DFLT_OFF NUMERIC_ROUNDABORT SHOWPLAN_ALL SHOWPLAN_TEXT SHOWPLAN_XML"},
     {"#", "LOCK_TIMEOUT ROWCOUNT TEXTSIZE QUERY_GOVERNOR_COST_LIMIT"},
@@ -203,23 +203,27 @@ Statement::Node returnValue(Parser& in) {
     return Return{in.expression()};
 }
 
-// WITH option, option. Options that `accept` does not consume are refused.
-template <typename Accept>
-void withOptions(Parser& in, const std::string& verb, Accept accept) {
-    if (!in.accept("WITH")) return;
-    do
-        if (!accept()) in.throwUnsupported(verb + " WITH " + toUpper(in.near()));
-    while (in.accept(","));
+// WITH option, option. Options that are not among the phrases are refused.
+Options withOptions(Parser& in, const std::string& verb, std::initializer_list<std::string_view> phrases) {
+    Options options;
+    if (!in.accept("WITH")) return options;
+    do {
+        const auto phrase = in.acceptFirst(phrases);
+        if (phrase.empty()) in.throwUnsupported(verb + " WITH " + toUpper(in.near()));
+        const bool hasValue = phrase.ends_with('=') || phrase == "MOVE" || phrase == "SAMPLE";
+        options.emplace(phrase, hasValue ? in.constant() : nullptr);
+        if (phrase == "SAMPLE") in.expectAny({"PERCENT", "ROWS"});
+        if (phrase == "MOVE") in.expect("TO");
+        if (phrase == "MOVE") in.constant();  // has no effect: the files of databases are in the data folder
+    } while (in.accept(","));
+    return options;
 }
 
 Statement::Node raiseError(Parser& in) {
     if (!in.at("(")) in.throwUnsupported("RAISERROR without parentheses");
-    RaiseError node;
-    node.values = in.inList([&] { return in.constant(); });
+    RaiseError node{in.inList([&] { return in.constant(); })};
     if (node.values.size() < 3) in.throwError(kSyntaxErrorNear, {")"}, in.last().line);
-    withOptions(in, "RAISERROR", [&] {
-        return in.acceptFlag({{"LOG", &node.log}, {"SETERROR", &node.setError}, {"NOWAIT", &node.noWait}});
-    });
+    node.options = withOptions(in, "RAISERROR", {"LOG", "SETERROR", "NOWAIT"});
     return node;
 }
 
@@ -303,35 +307,18 @@ ExprPtr fileName(Parser& in) {
     return file;
 }
 
-// STATS [= percentage]
-bool acceptStats(Parser& in, std::int64_t& stats) {
-    constexpr std::int64_t kDefault = 10;
-    if (!in.accept("STATS")) return false;
-    stats = in.accept("=") ? in.expectInteger() : kDefault;
-    return true;
-}
-
 Statement::Node backup(Parser& in) {
     in.throwIfAt("LOG", "BACKUP LOG");
     in.expect("DATABASE");
-    Backup node{nameOrVariable(in), nullptr, nullptr, nullptr};
+    Backup node{nameOrVariable(in), nullptr};
     in.expect("TO");
     node.file = fileName(in);
-    withOptions(in, "BACKUP", [&] {  // media options have no effect: each backup is a file
-        if (acceptStats(in, node.stats)) return true;
-        const bool isName = in.accept("NAME");
-        if (isName || in.accept("DESCRIPTION")) {
-            in.expect("=");
-            (isName ? node.name : node.description) = in.primary();
-            return true;
-        }
-        const bool known =
-            in.acceptAny({"INIT", "FORMAT", "NOFORMAT", "SKIP", "NOSKIP", "CHECKSUM", "NO_CHECKSUM",
-                          "COPY_ONLY", "COMPRESSION", "NO_COMPRESSION", "MEDIANAME", "MEDIADESCRIPTION",
-                          "NOREWIND", "NOUNLOAD", "STOP_ON_ERROR"});
-        if (known && in.accept("=")) in.primary();
-        return known;
-    });
+    // Options of media have no effect: each backup is a file.
+    node.options =
+        withOptions(in, "BACKUP",
+                    {"STATS =", "STATS", "NAME =", "DESCRIPTION =", "INIT", "FORMAT", "NOFORMAT", "SKIP",
+                     "NOSKIP", "CHECKSUM", "NO_CHECKSUM", "COPY_ONLY", "COMPRESSION", "NO_COMPRESSION",
+                     "MEDIANAME =", "MEDIADESCRIPTION =", "NOREWIND", "NOUNLOAD", "STOP_ON_ERROR"});
     return node;
 }
 
@@ -342,26 +329,12 @@ Statement::Node restore(Parser& in) {
                                                                    {"VERIFYONLY", RestoreKind::Verify}};
     const RestoreKind* kind = in.acceptOneOf(kKinds);
     if (!kind) in.throwUnsupported("RESTORE " + toUpper(in.near()));
-    Restore node;
-    node.kind = *kind;
-    if (*kind == RestoreKind::Database) node.database = nameOrVariable(in);
+    Restore node{*kind, *kind == RestoreKind::Database ? nameOrVariable(in) : nullptr, nullptr};
     in.expect("FROM");
     node.file = fileName(in);
-    withOptions(in, "RESTORE", [&] {
-        if (in.accept("MOVE")) {
-            node.moved.push_back(in.primary());
-            in.expect("TO");
-            in.primary();  // has no effect: the files of databases are in the data folder
-            return true;
-        }
-        if (in.accept("FILE")) {
-            in.expect("=");
-            if (in.expectInteger() != 1) in.throwUnsupported("a backup file with several backups");
-            return true;
-        }
-        return acceptStats(in, node.stats) || in.acceptFlag({{"REPLACE", &node.replace}}) ||
-               in.acceptAny({"RECOVERY", "NOUNLOAD", "CHECKSUM", "NO_CHECKSUM", "STOP_ON_ERROR"});
-    });
+    node.options = withOptions(in, "RESTORE",
+                               {"MOVE", "REPLACE", "STATS =", "STATS", "FILE = 1", "RECOVERY", "NOUNLOAD",
+                                "CHECKSUM", "NO_CHECKSUM", "STOP_ON_ERROR"});
     return node;
 }
 
@@ -387,10 +360,8 @@ Statement::Node dbcc(Parser& in) {
     } else if (in.at("(")) {
         in.inList([&] { return in.expression(); });
     }
-    withOptions(in, "DBCC " + verb, [&] {
-        return in.acceptFlag({{"NO_INFOMSGS", &node.onlyFaults}}) ||
-               (verb == "CHECKDB" && in.acceptAny({"ALL_ERRORMSGS", "PHYSICAL_ONLY"}));
-    });
+    const auto options = withOptions(in, "DBCC " + verb, {"NO_INFOMSGS", "ALL_ERRORMSGS", "PHYSICAL_ONLY"});
+    node.onlyFaults = options.contains("NO_INFOMSGS");
     return node;
 }
 
@@ -398,10 +369,8 @@ Statement::Node updateStatistics(Parser& in) {
     Maintenance node;
     node.table = in.objectName();
     if (in.atName() && !in.at("WITH")) in.expectName();  // of an index
-    withOptions(in, "UPDATE STATISTICS", [&] {
-        return in.acceptAny({"FULLSCAN", "RESAMPLE", "NORECOMPUTE", "ALL", "COLUMNS", "INDEX"}) ||
-               (in.accept("SAMPLE") && (in.expectInteger(), in.acceptAny({"PERCENT", "ROWS"})));
-    });
+    withOptions(in, "UPDATE STATISTICS",
+                {"FULLSCAN", "RESAMPLE", "NORECOMPUTE", "ALL", "COLUMNS", "INDEX", "SAMPLE"});
     return node;
 }
 

@@ -86,6 +86,8 @@ class Translator {
     Typed value(const Expr& expr);
     std::string condition(const Expr& expr);
 
+    // Returns the values of a row. Those after `cells` are defaults.
+    std::string rowText(const TableInfo& target, const ColumnList& columns, Pieces cells);
     // Return the SQLite statement that changes `target`.
     std::string insert(const TableInfo& target, const ColumnList& columns, const Insert& insert);
     std::string limited(const std::string& sql, const ExprPtr& top = nullptr);
@@ -205,6 +207,7 @@ class Translator {
     // applied: by APPLY, so that the table may use columns of the tables before it.
     std::string tableRef(const TableRef& table, bool applied = false);
     std::string namedTable(const NamedTable& table, const std::string& alias, bool applied);
+    std::string commonTable(std::size_t index, const std::string& alias);
     // values: SQL of the arguments.
     std::string storedTable(const StoredModule& stored, const std::vector<std::string>& values,
                             const std::string& alias, bool applied);
@@ -248,13 +251,13 @@ class Translator {
     // ---- changes (TranslatorChanges.cpp)
     std::string insertRows(const TableInfo& target, const ColumnList& columns, const Insert& insert);
     std::string insertText(const TableInfo& target, const ColumnList& columns, const std::string& rows);
-    std::string rowText(const TableInfo& target, const ColumnList& columns, Pieces cells);
     Typed cell(const Expr& expr);
     std::string assigned(const Typed& value, const TableInfo& target, const TableColumn& column);
     std::string mergedRows();
     std::string returnedToVariables(const TableInfo& target, const Update& update);
     std::string filter(const Change& change);  // WHERE and LIMIT
-    std::pair<std::string, std::string> joinedSources(const TableInfo& target, const Change& change);
+    std::pair<std::string, const Source*> joinedSources(const TableInfo& target, const Change& change);
+    Typed assignedValue(const TableInfo& target, const Source& source, const SetClause& clause);
 
     NameResolver& m_names;
     Scope* m_scope = nullptr;

@@ -63,7 +63,6 @@ Typed Translator::cell(const Expr& expr) {
     return typedConstant("?" + std::to_string(m_parameters.size()), literal->constant);
 }
 
-// Returns the values of a row. Those after `cells` are defaults.
 std::string Translator::rowText(const TableInfo& target, const ColumnList& columns, Pieces cells) {
     std::string row;
     for (std::size_t i = 0; i < columns.size(); ++i)
@@ -188,35 +187,50 @@ std::string Translator::returnedToVariables(const TableInfo& target, const Updat
     return list;
 }
 
-// Returns the FROM clause of a change, and the row id of the changed table in it.
-std::pair<std::string, std::string> Translator::joinedSources(const TableInfo& target, const Change& change) {
+// Returns the FROM clause of a change, and the changed table in it.
+std::pair<std::string, const Source*> Translator::joinedSources(const TableInfo& target,
+                                                                const Change& change) {
     m_topLevel = false;
     const ObjectName name = m_clause ? ObjectName{{}, {}, m_merge->alias} : change.table;
     std::string sql = m_clause ? mergedRows() : from(change.from);
-    std::string rowid, other;  // the table under an alias: changed if it occurs only once
+    std::vector<const Source*> found;  // the table under an alias: changed if it occurs only once
+    bool named = false;
     for (const auto& source : m_scope->sources) {
         const bool isNamedSo = sameText(source.exposed, name.name);
         const bool isTarget = source.table == target.sqlName();
         if (isNamedSo && !isTarget && name.schema.empty()) throw sqlError(kAmbiguousTable, {name.name});
-        if (!isTarget) continue;
-        if (isNamedSo) rowid = source.rowid;
-        other = other.empty() ? source.rowid : "twice";
+        if (isTarget) found.insert(isNamedSo ? found.begin() : found.end(), &source);
+        named = named || (isNamedSo && isTarget);
     }
-    if (rowid.empty() && other == "twice") throw sqlError(kAmbiguousTable, {name.name});
-    if (rowid.empty()) rowid = other;
-    if (!rowid.empty()) return {sql, rowid};
+    if (found.size() > 1 && !named) throw sqlError(kAmbiguousTable, {name.name});
+    if (!found.empty()) return {sql, found.front()};
     const std::string alias = nextAlias();
     addSource(target, name.name, alias);
-    rowid = alias + "._rowid_";
-    sql = (sql.empty() ? " FROM " : sql + ", ") + target.sqlName() + " AS " + alias;
-    return {m_clause ? sql + " ON merged.id = " + rowid : sql, rowid};
+    sql += (sql.empty() ? " FROM " : ", ") + target.sqlName() + " AS " + alias;
+    const Source& added = m_scope->sources.back();
+    return {m_clause ? sql + " ON merged.id = " + added.rowid : sql, &added};
+}
+
+// Value of SET column = value, or column += value, where `source` is the changed table.
+Typed Translator::assignedValue(const TableInfo& target, const Source& source, const SetClause& clause) {
+    const bool isTarget =
+        clause.table.empty() || sameText(clause.table, target.name) || sameText(clause.table, source.exposed);
+    if (!isTarget) throw sqlError(kUnboundIdentifier, {clause.table + "." + clause.column});
+    const TableColumn* column = target.column(clause.column);
+    if (!column) throw sqlError(kInvalidColumnName, {clause.column});
+    if (column->identity) throw sqlError(kIdentityUpdate, {column->name});
+    if (!column->computed.empty()) throw sqlError(kComputedColumnChanged, {column->name});
+    if (column->isRowVersion()) throw sqlError(kRowVersionUpdate);
+    const Typed next = clause.value ? value(*clause.value) : defaultOf({}, *column);
+    if (!clause.op) return next;
+    const auto present = std::ranges::find(source.columns, column->name, &SourceColumn::name);
+    return emitBinary(*clause.op, {present->sql, column->type}, next);
 }
 
 std::string Translator::update(const TableInfo& target, const Update& update, const std::string& record) {
     Scope scope;
     const Temporarily inner(m_scope, &scope);
-    const auto [sources, rowid] = joinedSources(target, update);
-    const std::string prefix = rowid.substr(0, rowid.find('.') + 1);
+    const auto [sources, source] = joinedSources(target, update);
     std::string picked, sets, away, kept;
     std::map<const TableColumn*, std::string> names;  // of the values
     const auto assign = [&](const TableColumn& column, const Typed& given) {
@@ -228,24 +242,13 @@ std::string Translator::update(const TableInfo& target, const Update& update, co
         away.append(set).append("CAST('tsqlbox ' || _rowid_ AS BLOB)");
     };
     for (const auto& clause : update.sets) {
-        const TableColumn* column = target.column(clause.column);
-        const bool isTarget = clause.table.empty() || sameText(clause.table, target.name) ||
-                              std::ranges::any_of(scope.sources, [&, &id = rowid](const Source& each) {
-                                  return each.rowid == id && sameText(each.exposed, clause.table);
-                              });
-        if (!isTarget) throw sqlError(kUnboundIdentifier, {clause.table + "." + clause.column});
-        if (!column) throw sqlError(kInvalidColumnName, {clause.column});
-        if (column->identity) throw sqlError(kIdentityUpdate, {column->name});
-        if (!column->computed.empty()) throw sqlError(kComputedColumnChanged, {column->name});
-        if (column->isRowVersion()) throw sqlError(kRowVersionUpdate);
-        Typed next = clause.value ? value(*clause.value) : defaultOf({}, *column);
-        if (clause.op) next = emitBinary(*clause.op, {prefix + quotedName(column->name), column->type}, next);
-        assign(*column, next);
+        const Typed given = assignedValue(target, *source, clause);
+        assign(*target.column(clause.column), given);
     }
     for (const auto& column : target.columns)
         if (column.isRowVersion() && !target.isShadow) assign(column, defaultOf(target, column));
     if (scope.sawAggregate) throw sqlError(kAggregateInSetList);
-    const std::string rows = "SELECT " + rowid + " AS id" + picked + sources + filter(update);
+    const std::string rows = "SELECT " + source->rowid + " AS id" + picked + sources + filter(update);
     const std::string returned =
         returning(target, update.output, "inserted", record) + returnedToVariables(target, update);
     for (const auto& column : target.columns) {
@@ -274,8 +277,8 @@ std::string Translator::filter(const Change& change) {
 std::string Translator::remove(const TableInfo& target, const Delete& statement) {
     Scope scope;
     const Temporarily inner(m_scope, &scope);
-    const auto [sources, rowid] = joinedSources(target, statement);
-    const std::string rows = "SELECT " + rowid + sources + filter(statement);
+    const auto [sources, source] = joinedSources(target, statement);
+    const std::string rows = "SELECT " + source->rowid + sources + filter(statement);
     return "DELETE FROM " + target.sqlName() + " WHERE _rowid_ IN (" + rows + ")" +
            returning(target, statement.output, "deleted");
 }

@@ -75,22 +75,24 @@ void Translator::addSource(const TableInfo& table, const std::string& exposed, c
         source.columns.push_back({column, prefix + quotedName(column.name)});
 }
 
+std::string Translator::commonTable(std::size_t index, const std::string& alias) {
+    const CommonTable& table = *m_with[index].table;
+    if (!m_with[index].recursive.empty()) {
+        if (!m_depth.empty()) throw sqlError(kSeveralRecursiveReferences, {table.name});
+        const std::string reference = addSource(m_with[index].columns, alias);
+        m_depth = "ts_deeper(" + reference + ".depth, " + std::to_string(m_maxRecursion) + ")";
+        return m_with[index].recursive + " AS " + reference;
+    }
+    const Temporarily before(m_with, std::vector(m_with.begin(), m_with.begin() + std::ptrdiff_t(index)));
+    if (isRecursive(table)) return recursiveTable(table, alias);
+    return derivedTable(beside(false, [&] { return query(*table.query); }), table.columns, alias);
+}
+
 std::string Translator::namedTable(const NamedTable& table, const std::string& alias, bool applied) {
     const std::string exposed = alias.empty() ? table.name.name : alias;
     if (table.name.schema.empty() && !table.arguments)
-        for (std::size_t i = m_with.size(); i-- > 0;) {
-            if (!sameText(m_with[i].table->name, table.name.name)) continue;
-            if (!m_with[i].recursive.empty()) {
-                if (!m_depth.empty()) throw sqlError(kSeveralRecursiveReferences, {table.name.name});
-                const std::string reference = addSource(m_with[i].columns, exposed);
-                m_depth = "ts_deeper(" + reference + ".depth, " + std::to_string(m_maxRecursion) + ")";
-                return m_with[i].recursive + " AS " + reference;
-            }
-            const CommonTable& common = *m_with[i].table;
-            const Temporarily before(m_with, std::vector(m_with.begin(), m_with.begin() + std::ptrdiff_t(i)));
-            if (isRecursive(common)) return recursiveTable(common, exposed);
-            return derivedTable(beside(false, [&] { return query(*common.query); }), common.columns, exposed);
-        }
+        for (std::size_t i = m_with.size(); i-- > 0;)
+            if (sameText(m_with[i].table->name, table.name.name)) return commonTable(i, exposed);
     auto info = table.arguments ? std::nullopt : m_names.findTable(table.name);
     std::optional<StoredModule> stored;
     if (!info) stored = m_names.module(table.name, table.arguments ? kTableFunction : kView);

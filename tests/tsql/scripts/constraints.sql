@@ -286,7 +286,7 @@ ALTER TABLE Car WITH CHECK ADD CONSTRAINT CK_More CHECK (wheels > 4)
 --> (1 changed) --> is_not_trusted bit? = 1 | is_disabled bit? = 0 (1 rows)
 --> Msg 547, Level 16, State 0, Line 3: The ALTER TABLE statement conflicted with the CHECK constraint "CK_More". The conflict occurred in database "master", table "dbo.Car", column 'wheels'.
 CREATE TABLE Strict (owner int NOT NULL REFERENCES Owner ON UPDATE SET NULL) --> Msg 1761, Level 16, State 0, Line 1: Cannot create the foreign key "" with the SET NULL referential action, because one or more referencing columns are not nullable. (1750)
-CREATE TABLE Other (owner int REFERENCES Owner ON DELETE SET DEFAULT) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support a foreign key with SET DEFAULT.
+CREATE TABLE Strict (owner int NOT NULL REFERENCES Owner ON UPDATE SET DEFAULT) --> Msg 1762, Level 16, State 0, Line 1: Cannot create the foreign key "" with the SET DEFAULT referential action, because one or more referencing not-nullable columns lack a default constraint. (1750)
 ALTER TABLE Car WITH NOCHECK DROP CONSTRAINT CK_Few --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support ALTER TABLE DROP.
 ALTER TABLE Car NOCHECK CONSTRAINT FK_CarOwner
 TRUNCATE TABLE Owner --> Msg 4712, Level 16, State 1, Line 2: Cannot truncate table 'Owner' because it is being referenced by a FOREIGN KEY constraint.
@@ -307,3 +307,21 @@ UPDATE Owner SET id = CASE WHEN id = 39 THEN 40 WHEN id = 38 THEN 39 ELSE id END
 SELECT * FROM Owner SELECT * FROM Car SELECT * FROM Boat --> (3 changed) --> Msg 50000, Level 16, State 1, Line 3: tsqlbox does not support ON UPDATE SET NULL for rows that take over each other's keys.
 UPDATE Owner SET id = 41 WHERE id = 39
 SELECT * FROM Boat --> (1 changed) --> id int | owner int? = 1 | 31; 2 | 38; 3 | NULL (3 rows)
+-- SET DEFAULT; a row that is older than its column has NULL
+CREATE TABLE Town (id int PRIMARY KEY)
+CREATE TABLE Home (id int, town int NOT NULL DEFAULT 0 CONSTRAINT FK_Home REFERENCES Town ON DELETE SET DEFAULT ON UPDATE SET DEFAULT)
+INSERT Town VALUES (0), (1), (2), (3)
+INSERT Home VALUES (1, 1), (2, 2), (3, 3) --> (4 changed) (3 changed)
+ALTER TABLE Home ADD former int NULL
+ALTER TABLE Home ADD CONSTRAINT DF_Former DEFAULT 0 FOR former, CONSTRAINT FK_Former FOREIGN KEY (former) REFERENCES Town ON DELETE SET DEFAULT -->
+UPDATE Home SET former = 3 WHERE id = 3
+DELETE Town WHERE id IN (1, 3)
+UPDATE Town SET id = 9 WHERE id = 2
+SELECT * FROM Home SELECT name, delete_referential_action, update_referential_action_desc FROM sys.foreign_keys WHERE name LIKE 'FK_[HF]o%'
+--> (1 changed) (2 changed) (1 changed) --> id int? | town int | former int? = 1 | 0 | NULL; 2 | 0 | NULL; 3 | 0 | 0 (3 rows)
+--> name nvarchar(128)? | delete_referential_action tinyint? | update_referential_action_desc nvarchar(60)? = FK_follow | 1 | NO_ACTION; FK_Home | 3 | SET_DEFAULT; FK_Former | 3 | NO_ACTION (3 rows)
+ALTER TABLE Home DROP CONSTRAINT DF_Former, FK_Former
+DELETE Town WHERE id = 0
+SELECT * FROM Town
+--> Msg 547, Level 16, State 0, Line 2: The DELETE statement conflicted with the FOREIGN KEY constraint "FK_Home". The conflict occurred in database "master", table "dbo.Town", column 'id'. (3621)
+--> id int = 0; 9 (2 rows)

@@ -259,7 +259,25 @@ SELECT (SELECT object_id FROM twin1.sys.triggers) - object_id AS difference FROM
 ALTER DATABASE twin2 SET RECURSIVE_TRIGGERS OFF --> x int? = 2 | db nvarchar(128)? = twin2 | o nvarchar(128)? = second2 (1 rows) (1 changed) (1 changed) --> difference int? = 0 (1 rows)
 USE master --> USE master --> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'master'.
 CREATE VIEW titles AS SELECT title FROM doc -->
-CREATE TRIGGER titles_i ON titles INSTEAD OF INSERT AS PRINT 'view' --> Msg 50000, Level 16, State 1, Line 1, Procedure titles_i: tsqlbox does not support INSTEAD OF triggers on views.
+CREATE TABLE part (id int IDENTITY PRIMARY KEY, name varchar(10), twin int)
+INSERT part VALUES ('a', 2), ('b', 1), ('c', 3) --> (3 changed)
+CREATE VIEW pairs AS SELECT p.id, p.name, t.name AS other FROM part p JOIN part t ON t.id = p.twin -->
+CREATE TRIGGER pairs_i ON pairs INSTEAD OF INSERT AS INSERT part SELECT name, (SELECT MAX(id) FROM pairs) FROM inserted -->
+CREATE TRIGGER pairs_ud ON pairs INSTEAD OF UPDATE, DELETE AS
+SELECT d.*, i.other AS new, IIF(UPDATE(other), 'yes', 'no') AS updated FROM deleted d LEFT JOIN inserted i ON i.id = d.id
+IF EXISTS (SELECT 1 FROM inserted) UPDATE part SET name = i.other FROM part p JOIN inserted i ON i.id = p.twin -->
+INSERT pairs SELECT 7, name + '!', NULL FROM pairs WHERE other = 'b'
+UPDATE x SET other = UPPER(x.other) + p.name FROM pairs x JOIN part p ON p.id = x.id AND p.id < 3
+DELETE pairs WHERE name LIKE '%!'
+SELECT * FROM pairs
+--> (1 changed) (1 changed) --> id int | name varchar(10)? | other varchar(10)? | new varchar(10)? | updated varchar(3)? = 1 | a | b | Ba | yes; 2 | b | a | Ab | yes (2 rows) (2 changed) (2 changed)
+--> id int = 4 | name varchar(10)? = a! | other varchar(10)? = c | new varchar(10)? = NULL | updated varchar(3)? = no (1 rows) (1 changed)
+--> id int* | name varchar(10)? | other varchar(10)? = 1 | Ab | Ba; 2 | Ba | Ab; 3 | c | c; 4 | a! | c (4 rows)
+CREATE TRIGGER again ON pairs INSTEAD OF DELETE AS RETURN --> Msg 2111, Level 16, State 1, Line 1, Procedure again: Cannot create trigger 'again' on view 'pairs' because an INSTEAD OF DELETE trigger already exists on this object.
+DISABLE TRIGGER pairs_ud ON pairs
+DELETE pairs --> Msg 50000, Level 16, State 1, Line 2: tsqlbox does not support changes through a view ('pairs').
+ENABLE TRIGGER ALL ON pairs
+MERGE pairs USING part p ON p.id = pairs.id WHEN MATCHED THEN DELETE; --> Msg 50000, Level 16, State 1, Line 2: tsqlbox does not support changes through a view ('pairs').
 CREATE TRIGGER titles_i ON titles AFTER INSERT AS PRINT 'view' --> Msg 8197, Level 16, State 4, Line 1, Procedure titles_i: The object 'titles' does not exist or is invalid for this operation.
 -- Definitions that fail.
 CREATE TRIGGER t ON missing FOR INSERT AS PRINT 'a' --> Msg 8197, Level 16, State 4, Line 2, Procedure t: The object 'missing' does not exist or is invalid for this operation.
