@@ -8,20 +8,17 @@ namespace {
 // Unsupported statements, by their first words.
 constexpr std::string_view kUnsupported =
     "ADD; BACKUP CERTIFICATE; BACKUP MASTER KEY; BACKUP SERVICE; BEGIN CONVERSATION; BEGIN DIALOG; BULK "
-    "INSERT; "
-    "CLOSE ALL; CLOSE MASTER KEY; CLOSE SYMMETRIC KEY; DENY; END CONVERSATION; GRANT; KILL; OPEN MASTER KEY; "
-    "OPEN "
-    "SYMMETRIC KEY; READTEXT; RECEIVE *; RECEIVE TOP; RECONFIGURE; REVERT; REVOKE; SEND ON; SET "
-    "CONTEXT_INFO; "
-    "SET FIPS_FLAGGER; SETUSER; SHUTDOWN; UPDATETEXT; WAITFOR ( RECEIVE; WRITETEXT";
+    "INSERT; CLOSE ALL; CLOSE MASTER KEY; CLOSE SYMMETRIC KEY; DENY; END CONVERSATION; GRANT; KILL; OPEN "
+    "MASTER KEY; OPEN SYMMETRIC KEY; READTEXT; RECEIVE *; RECEIVE TOP; RECONFIGURE; REVERT; REVOKE; SEND "
+    "ON; SET CONTEXT_INFO; SET FIPS_FLAGGER; SETUSER; SHUTDOWN; UPDATETEXT; WAITFOR ( RECEIVE; WRITETEXT";
 
 // Accepted values (# for any number, * for anything) and the settings that accept them. Most settings that
 // accept both ON and OFF affect only speed, locks or warnings, and have no effect here.
 constexpr std::pair<std::string_view, std::string_view> kSettings[] = {
     {"ON OFF",
-     "NOCOUNT XACT_ABORT IMPLICIT_TRANSACTIONS QUOTED_IDENTIFIER IDENTITY_INSERT FMTONLY STATISTICS "
-     "NOEXEC PARSEONLY ARITHABORT ARITHIGNORE "
-     "CURSOR_CLOSE_ON_COMMIT FORCEPLAN NO_BROWSETABLE REMOTE_PROC_TRANSACTIONS"},
+     "NOCOUNT XACT_ABORT IMPLICIT_TRANSACTIONS QUOTED_IDENTIFIER IDENTITY_INSERT FMTONLY STATISTICS NOEXEC "
+     "PARSEONLY ARITHABORT ARITHIGNORE CURSOR_CLOSE_ON_COMMIT FORCEPLAN NO_BROWSETABLE "
+     "REMOTE_PROC_TRANSACTIONS"},
     {"ON", "ANSI_NULLS ANSI_NULL_DFLT_ON ANSI_PADDING ANSI_WARNINGS CONCAT_NULL_YIELDS_NULL"},
     {"OFF", "ANSI_NULL_DFLT_OFF NUMERIC_ROUNDABORT SHOWPLAN_ALL SHOWPLAN_TEXT SHOWPLAN_XML"},
     {"#", "LOCK_TIMEOUT ROWCOUNT TEXTSIZE QUERY_GOVERNOR_COST_LIMIT"},
@@ -140,7 +137,8 @@ Statement::Node ifElse(Parser& in) {
 // name :
 Statement::Node label(Parser& in) {
     const int line = in.peek().line;
-    const Label label{in.expectName()};
+    if (in.peek().reserved) in.throwSyntaxError();
+    const Label label{in.takeName()};
     in.expect(":");
     if (!in.m_labels.insert(label.name).second) in.throwError(kLabelExists, {label.name}, line);
     return label;
@@ -184,11 +182,12 @@ Statement::Node tryCatch(Parser& in) {
 }
 
 Statement::Node returnValue(Parser& in) {
-    const bool ends = in.peek().kind == TokenKind::End || in.at(";") || in.at(")");
+    const bool ends = in.peek().kind == TokenKind::End || in.at(";") || in.at(")") || in.at(":", 1);
     constexpr std::string_view kBegins =
         "CASE NULL CONVERT TRY_CONVERT COALESCE NULLIF LEFT RIGHT CURRENT_TIMESTAMP";
     if (ends || (in.peek().reserved && !hasWord(kBegins, toUpper(in.peek().raw)))) return Return{};
-    if (!in.m_module || in.m_module->isTrigger() || in.m_module->rows) in.throwError(kReturnWithValueHere);
+    if (in.m_procedure.empty() || in.m_module->isTrigger() || in.m_module->rows)
+        in.throwError(kReturnWithValueHere);
     return Return{in.expression()};
 }
 
@@ -500,7 +499,7 @@ StatementPtr Parser::statement() {
     if (m_loops == 0 && (at("BREAK") || at("CONTINUE")))
         throwError(at("BREAK") ? kBreakOutsideWhile : kContinueOutsideWhile, {}, line);
     const bool mayBeCall = m_next == 0 && atName();  // a procedure call without EXEC
-    const auto other = atName() && at(":", 1) ? label : mayBeCall ? execute : parseRows;
+    const auto other = at(":", 1) ? label : mayBeCall ? execute : parseRows;
     const auto* read = acceptOneOf(kStatements);
     auto statement = std::make_unique<Statement>(Statement{line, (read ? *read : other)(*this)});
     if (m_module && m_module->function) checkInFunction(*statement, verb);
