@@ -307,3 +307,12 @@ UPDATE Owner SET id = CASE WHEN id = 39 THEN 40 WHEN id = 38 THEN 39 ELSE id END
 SELECT * FROM Owner SELECT * FROM Car SELECT * FROM Boat --> (3 changed) --> Msg 50000, Level 16, State 1, Line 3: tsqlbox does not support ON UPDATE SET NULL for rows that take over each other's keys.
 UPDATE Owner SET id = 41 WHERE id = 39
 SELECT * FROM Boat --> (1 changed) --> id int | owner int? = 1 | 31; 2 | 38; 3 | NULL (3 rows)
+CREATE TABLE fixed (k varchar(5) PRIMARY KEY, u varchar(5) NOT NULL UNIQUE, n int NULL)
+CREATE INDEX fixed_n ON fixed (n)
+ALTER TABLE fixed ALTER COLUMN k varchar(5) NOT NULL
+ALTER TABLE fixed ALTER COLUMN u varchar(9) NOT NULL
+BEGIN TRY ALTER TABLE fixed ALTER COLUMN k varchar(9) NOT NULL END TRY BEGIN CATCH PRINT ERROR_MESSAGE() END CATCH
+BEGIN TRY ALTER TABLE fixed ALTER COLUMN n int NOT NULL END TRY BEGIN CATCH PRINT ERROR_MESSAGE() END CATCH
+BEGIN TRY ALTER TABLE fixed ALTER COLUMN u varchar(9) NULL END TRY BEGIN CATCH PRINT ERROR_MESSAGE() END CATCH
+--> ALTER TABLE ALTER COLUMN k failed because one or more objects access this column. --> ALTER TABLE ALTER COLUMN n failed because one or more objects access this column.
+--> ALTER TABLE ALTER COLUMN u failed because one or more objects access this column.
