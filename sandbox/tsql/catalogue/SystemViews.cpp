@@ -107,7 +107,6 @@ column8 AS ut FROM (VALUES ('uniqueidentifier', -11, 36, 'C', NULL, 2, NULL, 0),
 };
 
 constexpr std::string_view kModules = "$o o WHERE o.type IN ('P', 'FN', 'IF', 'TF', 'V', 'TR')";
-constexpr std::string_view kRoutines = "$o o WHERE o.type IN ('P', 'FN', 'IF', 'TF')";
 constexpr std::string_view kIndexes = "$o o WHERE o.type IN ('IX', 'PK', 'UQ')";
 constexpr std::string_view kAllColumns = "$c c JOIN $o o ON o.id = c.object WHERE o.type IN ('U', 'V', 'TT')";
 constexpr std::string_view kColumns =
@@ -198,6 +197,7 @@ c.object = o.parent AND c.name = k.value COLLATE ts_ci WHERE o.type IN ('IX', 'P
     {"sys", "database_role_members", "role_principal_id int = role; member_principal_id int = member", "$m"},
     {"sys", "types", "$ANYTYPE", "$T t"},
     {"sys", "table_types", "$ANYTYPE; type_table_object_id int = t.object", "$T t WHERE t.kind = 'TT'"},
+    {"sys", "system_views", "name sysname = column1", "(VALUES ('dm_exec_requests'), ('dm_exec_sessions'))"},
     {"sys", "columns", kColumns, kAllColumns},
     {"sys", "all_columns", kColumns, kAllColumns},
     {"sys", "identity_columns",
@@ -232,9 +232,9 @@ $TYPE; is_output bit = c.output & 1; is_readonly bit = $ISTABLE)",
     {"sys", "sql_modules", "object_id int = o.id; definition nvarchar(max) = o.source", kModules},
     {"", "syscomments", "id int = o.id; colid smallint = 1; text nvarchar(4000) = o.source", kModules},
     {"sys", "dm_exec_sessions",
-     R"(session_id smallint = s.id; $LOGIN; host_name nvarchar(128) = s.host; program_name nvarchar(128) = s.program; login_name
-nvarchar(128) = s.login; status nvarchar(30) = iif(s.running, 'running', 'sleeping'); database_id smallint =
-s.db; is_user_process bit = 1)",
+     R"(session_id smallint = s.id; $LOGIN; host_name nvarchar(128) = s.host; program_name nvarchar(128) = s.program;
+login_name nvarchar(128) = s.login; status nvarchar(30) = iif(s.running, 'running', 'sleeping'); database_id smallint
+= s.db; is_user_process bit = 1; transaction_isolation_level smallint = 2)",
      "$S s"},
     {"sys", "dm_exec_requests",
      R"(session_id smallint = s.id; status nvarchar(30) = iif(s.waits, 'suspended', 'running'); database_id
@@ -284,11 +284,15 @@ DOMAIN_SCHEMA sysname = ts_schema_of(t.name); DOMAIN_NAME sysname = ts_bare_name
      "$c c JOIN $o o ON o.id = c.object LEFT JOIN $o t ON t.id = c.output >> 1 WHERE o.type IN ('U', 'V')"},
     {"INFORMATION_SCHEMA", "ROUTINES",
      R"($SPECIFIC; ROUTINE_CATALOG sysname = $d; ROUTINE_SCHEMA sysname = ts_schema_of(o.name);
-ROUTINE_NAME sysname = ts_bare_name(o.name); ROUTINE_TYPE
-nvarchar(20) = CASE o.type WHEN 'P' THEN 'PROCEDURE' ELSE 'FUNCTION' END; ROUTINE_BODY nvarchar(30) = 'SQL';
-ROUTINE_DEFINITION nvarchar(4000) = o.source; CREATED datetime = o.created; LAST_ALTERED datetime =
-o.created)",
-     kRoutines},
+ROUTINE_NAME sysname = ts_bare_name(o.name); ROUTINE_TYPE nvarchar(20) = CASE o.type WHEN 'P' THEN 'PROCEDURE' ELSE
+'FUNCTION' END; ROUTINE_BODY nvarchar(30) = 'SQL'; ROUTINE_DEFINITION nvarchar(4000) = o.source; CREATED datetime =
+o.created; LAST_ALTERED datetime = o.created)",
+     "$o o WHERE o.type IN ('P', 'FN', 'IF', 'TF')"},
+    {"INFORMATION_SCHEMA", "SEQUENCES",
+     R"(SEQUENCE_CATALOG sysname = $d; SEQUENCE_SCHEMA sysname = ts_schema_of(o.name); SEQUENCE_NAME sysname =
+ts_bare_name(o.name); START_VALUE bigint = $PART 0; INCREMENT bigint = $PART 1; MINIMUM_VALUE bigint = $PART 2;
+MAXIMUM_VALUE bigint = $PART 3; CYCLE_OPTION bit = $PART 4; DATA_TYPE sysname = ts_type_base(c.type))",
+     "$o o JOIN $c c ON c.object = o.id WHERE o.type = 'SO'"},
     {"INFORMATION_SCHEMA", "PARAMETERS",
      R"($SPECIFIC; ORDINAL_POSITION int = c.ordinal - (o.type = 'FN'); PARAMETER_MODE nvarchar(10) = CASE WHEN c.output & 1 = 0
 THEN 'IN' WHEN c.name = '' THEN 'OUT' ELSE 'INOUT' END; IS_RESULT nvarchar(10) = CASE c.name WHEN '' THEN
@@ -317,22 +321,22 @@ std::string sessionList(const Storage& storage) {
     constexpr std::chrono::seconds kLongestLook{1};  // between two looks at a lock
     const auto entries = storage.withSessions([](const auto& all) { return all; });
     const auto now = std::chrono::system_clock::now();
-    std::string rows;
-    for (const auto& [id, entry] : entries) {
+    const auto row = [&](const auto& session) {
+        const auto& [id, entry] = session;
         const bool waits = entry.isRunning && now - entry.waited < kLongestLook;
         const auto blocks = [&, own = id, &database = entry.database](const auto& other) {
             return other.first != own && other.second.hasTransaction && other.second.database == database;
         };
         const auto blocker = std::ranges::find_if(entries, blocks);
         const double begin = std::chrono::duration<double>(entry.begin.time_since_epoch()).count();
-        rows += (rows.empty() ? "SELECT " : " UNION ALL SELECT ") + std::to_string(id) + " AS id, " +
-                std::to_string(begin) + " AS begin, " + quotedText(entry.host) + " AS host, " +
-                quotedText(entry.program) + " AS program, " + quotedText(entry.login) + " AS login, " +
-                std::to_string(entry.isRunning) + " AS running, " + std::to_string(waits) + " AS waits, " +
-                std::to_string(databaseId(storage, entry.database).value_or(0)) + " AS db, " +
-                std::to_string(waits && blocker != entries.end() ? blocker->first : 0) + " AS blocker";
-    }
-    return "(" + rows + ")";
+        const std::string_view texts[] = {entry.host, entry.program, entry.login};
+        const int numbers[] = {id, entry.isRunning, waits, databaseId(storage, entry.database).value_or(0),
+                               waits && blocker != entries.end() ? blocker->first : 0};
+        return "(" + std::to_string(begin) + ", " + commaList(texts, quotedText) + ", " +
+               commaList(numbers, [](int number) { return std::to_string(number); }) + ")";
+    };
+    return "(WITH s (begin, host, program, login, id, running, waits, db, blocker) AS (VALUES " +
+           commaList(entries, row) + ") SELECT * FROM s)";
 }
 
 // Query for the list of types ($T), each type of the system with its maximum size.
