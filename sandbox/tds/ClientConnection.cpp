@@ -44,9 +44,15 @@ bool ClientConnection::logIn() {
     Login login = readLogin();
     m_loginArrived();
     m_response.setVersion(login.version);
-    const auto error = loginError(login);
-    error ? refuseLogin(login, *error) : acceptLogin(login);
-    return !error;
+    try {
+        checkLogin(login);
+        m_session = tsql::openSession(m_engine, m_client, m_initialDatabase, m_sessionId);
+    } catch (const tsql::SqlError& error) {
+        refuseLogin(login, error);
+        return false;
+    }
+    acceptLogin(login);
+    return true;
 }
 
 Login ClientConnection::readLogin() {
@@ -66,16 +72,14 @@ Login ClientConnection::readLogin() {
     return parseLogin(request.data);
 }
 
-std::optional<tsql::SqlError> ClientConnection::loginError(Login& login) {
+// Throws SqlError if the client may not log in.
+void ClientConnection::checkLogin(Login& login) {
     if (login.integrated && (m_settings.keytab == nullptr || !authenticate(login)))
-        return tsql::sqlError(tsql::kUntrustedLogin);
+        throw tsql::sqlError(tsql::kUntrustedLogin);
     if (!login.integrated && !m_settings.credentials.match(login.userName, login.password))
-        return tsql::sqlError(tsql::kLoginFailed, {login.userName});
+        throw tsql::sqlError(tsql::kLoginFailed, {login.userName});
     m_client = {login.userName, login.hostName, login.programName};
     m_initialDatabase = login.database.empty() ? kDefaultDatabase : login.database;
-    if (!m_engine.storage.exists(m_initialDatabase))
-        return tsql::sqlError(tsql::kCannotOpenDatabase, {m_initialDatabase});
-    return std::nullopt;
 }
 
 // Windows authentication: exchanges tokens with the client until its principal is known, which becomes the
@@ -108,7 +112,6 @@ void ClientConnection::refuseLogin(const Login& login, const tsql::SqlError& err
 }
 
 void ClientConnection::acceptLogin(const Login& login) {
-    m_session = tsql::openSession(m_engine, m_client, m_initialDatabase, m_sessionId);
     const std::string database(m_session->database());
     m_response.textChange(EnvChange::Database, database, kDefaultDatabase);
     m_response.message(messageOf(tsql::sqlError(tsql::kDatabaseChanged, {database}, /*state=*/2)));

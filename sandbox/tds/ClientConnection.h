@@ -33,7 +33,7 @@ class ClientConnection {
   private:
     bool logIn();
     Login readLogin();
-    std::optional<tsql::SqlError> loginError(Login& login);
+    void checkLogin(Login& login);
     bool authenticate(Login& login);
     void acceptLogin(const Login& login);
     void refuseLogin(const Login& login, const tsql::SqlError& error);

@@ -83,6 +83,18 @@ TEST_F(Sessions, PreventTheDropOfTheirDatabase) {
     EXPECT_FALSE(m_engine.storage.exists("other"));
 }
 
+TEST_F(Sessions, AreListedHoweverManyTheyAre) {
+    std::vector<std::unique_ptr<tsql::Session>> more;
+    for (int id = 100; id < 600; ++id) more.push_back(tsql::openSession(m_engine, {"sa"}, "master", id));
+    EXPECT_TRUE(has(first("SELECT COUNT(*) FROM sys.dm_exec_sessions"), "= 502 (1 rows)\n"));
+}
+
+TEST_F(Sessions, NameAFileThatCannotBeOpened) {
+    std::filesystem::create_directory(m_directory.path() / "folder.db");
+    EXPECT_TRUE(has(first("SELECT * FROM folder..t"), "Msg 5120"));
+    EXPECT_THROW(tsql::openSession(m_engine, {"sa"}, "folder", 53), tsql::SqlError);
+}
+
 TEST_F(Sessions, WaitForApplicationLocks) {
     constexpr std::string_view kLockJob =
         "DECLARE @r int EXEC @r = sp_getapplock 'job', 'Exclusive', 'Session', 5000 PRINT @r";

@@ -1,6 +1,4 @@
 -- Objects of every database of the suite: its version, the catalogue of tscripts and the journal of their runs.
-SET NOCOUNT ON
-GO
 
 CREATE TABLE ZPDBVersions (
     id int IDENTITY(1,1) NOT NULL PRIMARY KEY,

@@ -1,6 +1,4 @@
 -- Management database: the identity of the installation and the tables that maintenance scripts use.
-SET NOCOUNT ON
-GO
 
 CREATE TABLE simAllZephraRel (
     id int NOT NULL PRIMARY KEY,
@@ -11,24 +9,18 @@ CREATE TABLE TNet (
     id int NOT NULL PRIMARY KEY,
     name varchar(64) NOT NULL
 )
-GO
-
 -- Row 2 is this site. A package can be bound to a site's number (Plexum ID).
 CREATE TABLE app_plexum (
     id int NOT NULL PRIMARY KEY,
     name varchar(64) NOT NULL,
     number int NOT NULL
 )
-GO
-
 CREATE TABLE DataNode (
     id int NOT NULL PRIMARY KEY,
     name nvarchar(64) NOT NULL,
     zone varchar(16) NOT NULL,
     enabled bit NOT NULL DEFAULT 1
 )
-GO
-
 -- severity: 1 information, 2 warning, 3 error.
 CREATE TABLE EventLog (
     id int IDENTITY(1,1) NOT NULL PRIMARY KEY,

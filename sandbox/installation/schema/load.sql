@@ -1,4 +1,5 @@
 -- Creates the databases of the sample installation. To be run in this directory: sqlcmd -b -i load.sql
+SET NOCOUNT ON
 :r databases.sql
 USE dorvas
 GO

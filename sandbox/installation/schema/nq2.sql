@@ -1,6 +1,4 @@
 -- Web-service database: its identity and its request queue.
-SET NOCOUNT ON
-GO
 
 CREATE TABLE NQSetting (
     SettingName varchar(64) NOT NULL PRIMARY KEY,
@@ -13,7 +11,6 @@ CREATE TABLE NQRequest (
 )
 GO
 
-INSERT NQSetting (SettingName, SettingValue) VALUES ('NQ2_DATABASE_ID', '6f9619ff-8b86-d011-b42d-00c04fc964ff')
-INSERT NQSetting (SettingName, SettingValue) VALUES ('MAX_REQUESTS', '64')
+INSERT NQSetting VALUES ('NQ2_DATABASE_ID', '6f9619ff-8b86-d011-b42d-00c04fc964ff'), ('MAX_REQUESTS', '64')
 INSERT NQRequest (state) VALUES ('done'), ('done'), ('waiting')
 GO

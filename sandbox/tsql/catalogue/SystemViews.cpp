@@ -199,6 +199,7 @@ permission_name nvarchar(128) = g.name; state char(1) = g.state; state_desc nvar
      "$.tsqlbox_permissions g"},
     {"sys", "types", "$ANYTYPE", "$T t"},
     {"sys", "table_types", "$ANYTYPE; type_table_object_id int = t.object", "$T t WHERE t.kind = 'TT'"},
+    {"sys", "system_views", "name sysname = column1", "(VALUES ('dm_exec_requests'), ('dm_exec_sessions'))"},
     {"sys", "columns", "$COLUMN", kAllColumns},
     {"sys", "all_columns", "$COLUMN", kAllColumns},
     {"sys", "identity_columns",
@@ -232,9 +233,9 @@ $TYPE; is_output bit = c.output & 1; is_readonly bit = $ISTABLE)",
     {"sys", "sql_modules", "object_id int = o.id; definition nvarchar(max) = o.source", kModules},
     {"", "syscomments", "id int = o.id; colid smallint = 1; text nvarchar(4000) = o.source", kModules},
     {"sys", "dm_exec_sessions",
-     R"(session_id smallint = s.id; $LOGIN; host_name nvarchar(128) = s.host; program_name nvarchar(128) = s.program; login_name
-nvarchar(128) = s.login; status nvarchar(30) = iif(s.running, 'running', 'sleeping'); database_id smallint =
-s.db; is_user_process bit = 1)",
+     R"(session_id smallint = s.id; $LOGIN; host_name nvarchar(128) = s.host; program_name nvarchar(128) = s.program;
+login_name nvarchar(128) = s.login; status nvarchar(30) = iif(s.running, 'running', 'sleeping'); database_id smallint
+= s.db; is_user_process bit = 1; transaction_isolation_level smallint = 2)",
      "$S s"},
     {"sys", "dm_exec_requests",
      R"(session_id smallint = s.id; status nvarchar(30) = iif(s.waits, 'suspended', 'running'); database_id
@@ -290,6 +291,10 @@ DOMAIN_SCHEMA sysname = ts_schema_of(t.name); DOMAIN_NAME sysname = ts_bare_name
 'FUNCTION' END; ROUTINE_BODY nvarchar(30) = 'SQL'; ROUTINE_DEFINITION nvarchar(4000) = o.source; CREATED datetime =
 o.created; LAST_ALTERED datetime = o.created)",
      "$o o WHERE o.type IN ('P', 'FN', 'IF', 'TF')"},
+    {"INFORMATION_SCHEMA", "SEQUENCES",
+     R"(SEQUENCE_* = o.name; START_VALUE bigint = $PART 0; INCREMENT bigint = $PART 1; MINIMUM_VALUE bigint = $PART 2;
+MAXIMUM_VALUE bigint = $PART 3; CYCLE_OPTION bit = $PART 4; DATA_TYPE sysname = ts_type_base(c.type))",
+     "$o o JOIN $c c ON c.object = o.id WHERE o.type = 'SO'"},
     {"INFORMATION_SCHEMA", "PARAMETERS",
      R"(SPECIFIC_* = o.name; ORDINAL_POSITION int = c.ordinal - (o.type = 'FN'); PARAMETER_MODE nvarchar(10) = CASE WHEN c.output & 1 = 0
 THEN 'IN' WHEN c.name = '' THEN 'OUT' ELSE 'INOUT' END; IS_RESULT nvarchar(10) = CASE c.name WHEN '' THEN
@@ -318,22 +323,22 @@ std::string sessionList(const Storage& storage) {
     constexpr std::chrono::seconds kLongestLook{1};  // between two looks at a lock
     const auto entries = storage.withSessions([](const auto& all) { return all; });
     const auto now = std::chrono::system_clock::now();
-    std::string rows;
-    for (const auto& [id, entry] : entries) {
+    const auto row = [&](const auto& session) {
+        const auto& [id, entry] = session;
         const bool waits = entry.isRunning && now - entry.waited < kLongestLook;
         const auto blocks = [&, own = id, &database = entry.database](const auto& other) {
             return other.first != own && other.second.hasTransaction && other.second.database == database;
         };
         const auto blocker = std::ranges::find_if(entries, blocks);
         const double begin = std::chrono::duration<double>(entry.begin.time_since_epoch()).count();
-        rows += (rows.empty() ? "SELECT " : " UNION ALL SELECT ") + std::to_string(id) + " AS id, " +
-                std::to_string(begin) + " AS begin, " + quotedText(entry.host) + " AS host, " +
-                quotedText(entry.program) + " AS program, " + quotedText(entry.login) + " AS login, " +
-                std::to_string(entry.isRunning) + " AS running, " + std::to_string(waits) + " AS waits, " +
-                std::to_string(databaseId(storage, entry.database).value_or(0)) + " AS db, " +
-                std::to_string(waits && blocker != entries.end() ? blocker->first : 0) + " AS blocker";
-    }
-    return "(" + rows + ")";
+        const std::string_view texts[] = {entry.host, entry.program, entry.login};
+        const int numbers[] = {id, entry.isRunning, waits, databaseId(storage, entry.database).value_or(0),
+                               waits && blocker != entries.end() ? blocker->first : 0};
+        return "(" + std::to_string(begin) + ", " + commaList(texts, quotedText) + ", " +
+               commaList(numbers, [](int number) { return std::to_string(number); }) + ")";
+    };
+    return "(WITH s (begin, host, program, login, id, running, waits, db, blocker) AS (VALUES " +
+           commaList(entries, row) + ") SELECT * FROM s)";
 }
 
 // Query for the list of types ($T), each type of the system with its maximum size.

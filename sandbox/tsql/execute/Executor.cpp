@@ -206,8 +206,7 @@ void Executor::afterError(const Message& message, bool raised) {
         throw BatchEnd{};
     }
     if (!raised && !verb.empty() && !endsHere && !refused)
-        report({kStatementTerminated, 0, 0, message.line, message.procedure,
-                "The statement has been terminated."});
+        report(messageOf(sqlError(kStatementTerminated), message.line, message.procedure));
     done(-1);  // separates the error from the next statement's rows
     if (endsHere) throw ScopeEnd{};
     if (refused) throw BatchEnd{};

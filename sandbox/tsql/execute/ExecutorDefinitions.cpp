@@ -479,10 +479,18 @@ void Executor::alterColumn(Catalogue& catalogue, TableInfo& table, const ColumnD
         (before.length <= definition.type.length || definition.type.length == SqlType::kMax) &&
         before.scale == definition.type.scale && before.precision <= definition.type.precision &&
         isWide(before) == isWide(definition.type);
-    if (!longer) refuseDependents(table, column.name, "ALTER", catalogue.keysOf(table.id));
+    const bool wasNullable = std::exchange(column.nullable, definition.nullable.value_or(true));
+    const bool narrowed = wasNullable && !column.nullable, widened = !wasNullable && column.nullable;
+    auto keys = catalogue.keysOf(table.id);
+    if (longer)
+        std::erase_if(keys, [&](const ObjectInfo& key) {
+            const bool isFixed = key.type == kPrimaryKey || key.type == kForeignKey;
+            return !(isFixed && before != definition.type) && !(isIndexed(key) && narrowed) &&
+                   !(isUniqueKey(key) && widened);  // it lacks the index of rows with NULL
+        });
+    refuseDependents(table, column.name, "ALTER", keys);
     column.type = definition.type;
     column.userType = definition.userType;
-    column.nullable = definition.nullable.value_or(true);
     catalogue.saveColumns(table.id, {column});
     table.columns = catalogue.columns(table.id);
     m_change.verb = "UPDATE";
@@ -597,6 +605,7 @@ void Executor::dropIndex(const AlterIndex& dropped, bool ifExists) {
 }
 
 void Executor::dropObject(const ObjectName& name, const Drop& drop) {
+    // Words and types, in the order of ObjectKind.
     constexpr std::pair<std::string_view, std::string_view> kKinds[] = {
         {"table", "U"},    {"view", "V"},      {"procedure", "P"},  {"function", "FN; IF; TF"},
         {"trigger", "TR"}, {"sequence", "SO"}, {"type", "TYPE; TT"}};

@@ -152,7 +152,9 @@ void Executor::runStatement(const PreparedText& text, const Execute& call, std::
         returnOutputs({}, {}, call, frame);
         return;
     }
-    const auto batch = parsed("CREATE PROCEDURE [] " + declarations + " AS " + statement, database);
+    std::string head = "CREATE PROCEDURE []";  // of one line, without comments
+    for (const Token& token : tokenize(declarations)) head.append(" ").append(token.raw);
+    const auto batch = parsed(head + "AS " + statement, database);
     const CreateModule& module = moduleOf(*batch);
     frame.database = database;
     const auto values = std::span(call.arguments).subspan(std::min(firstValue, call.arguments.size()));

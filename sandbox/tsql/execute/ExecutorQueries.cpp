@@ -138,12 +138,12 @@ ColumnList Executor::insertColumns(const TableInfo& target, const std::vector<st
         if (column->identity && !identityGiven) throw sqlError(kIdentityInsertIsOff, {target.name});
         columns.push_back(column);
     }
-    if (!names.empty() && identityGiven && std::ranges::none_of(columns, &TableColumn::identity))
+    if (names.empty() && !defaultValues)
+        for (const auto& column : target.columns)
+            if (!column.identity && column.computed.empty()) columns.push_back(&column);
+    // The setting may change before the statement runs.
+    if (!m_checking && identityGiven && std::ranges::none_of(columns, &TableColumn::identity))
         throw sqlError(kIdentityValueRequired, {target.name});
-    if (!names.empty() || defaultValues) return columns;
-    if (identityGiven) throw sqlError(kIdentityValueNeedsColumnList, {target.name});
-    for (const auto& column : target.columns)
-        if (!column.identity && column.computed.empty()) columns.push_back(&column);
     return columns;
 }
 

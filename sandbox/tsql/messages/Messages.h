@@ -33,7 +33,6 @@ struct SqlError : std::runtime_error {
 #include "messages/MessageTable.inc"
 #undef TSQL_MESSAGE
 
-inline constexpr int kStatementTerminated = 3621;
 inline constexpr int kUserDefined = 50000;  // with a text of its own
 
 // Returns the error of that number. Each %s in its text is replaced by the next of `values`. `state` replaces

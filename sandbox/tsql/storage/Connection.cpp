@@ -1,6 +1,7 @@
 #include "storage/Connection.h"
 
 #include <boost/algorithm/string/replace.hpp>
+#include <cstring>
 #include <thread>
 
 #include "types/Text.h"
@@ -121,7 +122,14 @@ std::string Connection::attach(std::string_view database) {
     }
     if (!m_storage.exists(database)) throw sqlError(kUnknownDatabase, {database});
     if (m_attached.size() >= kMostAttached && !inTransaction()) detach(m_attached.back());
-    run("ATTACH " + quotedText(m_storage.pathOf(database).string()) + " AS " + quotedName(key));
+    const std::string file = m_storage.pathOf(database).string();
+    try {
+        run("ATTACH " + quotedText(file) + " AS " + quotedName(key));
+    } catch (const SqliteFailure& failure) {
+        const int code = failure.code & 0xFF, system = sqlite3_system_errno(handle());
+        if (code != SQLITE_CANTOPEN && code != SQLITE_IOERR) throw;
+        throw sqlError(kFileNotOpened, {file, std::to_string(system), std::strerror(system)});
+    }
     run("PRAGMA " + quotedName(key) + ".cache_size = -512");  // KiB; idle sessions keep their pages
     m_attached.push_front(key);
     m_storage.use(key, 1);

@@ -92,8 +92,10 @@ std::string Parser::expectString() {
     return unquoted(takeToken());
 }
 
+// A word before a colon is a label.
 bool Parser::atName(std::size_t ahead) const {
     const Token& token = peek(ahead);
+    if (at(":", ahead + 1)) return false;
     return (token.kind == TokenKind::Word && !token.reserved) || token.kind == TokenKind::Bracketed ||
            (token.kind == TokenKind::DoubleQuoted && m_quotedIdentifiers);
 }

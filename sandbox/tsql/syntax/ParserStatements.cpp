@@ -151,7 +151,8 @@ Statement::Node ifElse(Parser& in) {
 // name :
 Statement::Node label(Parser& in) {
     const int line = in.peek().line;
-    const Label label{in.expectName()};
+    if (in.peek().reserved) in.throwSyntaxError();
+    const Label label{in.takeName()};
     in.expect(":");
     if (!in.m_labels.insert(label.name).second) in.throwError(kLabelExists, {label.name}, line);
     return label;
@@ -195,11 +196,12 @@ Statement::Node tryCatch(Parser& in) {
 }
 
 Statement::Node returnValue(Parser& in) {
-    const bool ends = in.peek().kind == TokenKind::End || in.at(";") || in.at(")");
+    const bool ends = in.peek().kind == TokenKind::End || in.at(";") || in.at(")") || in.at(":", 1);
     constexpr std::string_view kBegins =
         "CASE NULL CONVERT TRY_CONVERT COALESCE NULLIF LEFT RIGHT CURRENT_TIMESTAMP";
     if (ends || (in.peek().reserved && !hasWord(kBegins, toUpper(in.peek().raw)))) return Return{};
-    if (!in.m_module || in.m_module->isTrigger() || in.m_module->rows) in.throwError(kReturnWithValueHere);
+    if (in.m_procedure.empty() || in.m_module->isTrigger() || in.m_module->rows)
+        in.throwError(kReturnWithValueHere);
     return Return{in.expression()};
 }
 
@@ -483,7 +485,7 @@ StatementPtr Parser::statement() {
     if (m_loops == 0 && (at("BREAK") || at("CONTINUE")))
         throwError(at("BREAK") ? kBreakOutsideWhile : kContinueOutsideWhile, {}, line);
     const bool mayBeCall = m_next == 0 && atName();  // a procedure call without EXEC
-    const auto other = atName() && at(":", 1) ? label : mayBeCall ? execute : parseRows;
+    const auto other = at(":", 1) ? label : mayBeCall ? execute : parseRows;
     const auto* read = acceptOneOf(kStatements);
     auto statement = std::make_unique<Statement>(Statement{line, (read ? *read : other)(*this)});
     if (m_module && m_module->function) checkInFunction(*statement, verb);

@@ -118,6 +118,9 @@ with engine.connect() as connection:
     connection.rollback()
     assert connection.scalar(sa.select(sa.func.count()).select_from(reading)) == 9
 
+with engine.connect().execution_options(isolation_level="AUTOCOMMIT") as connection:  # restores READ COMMITTED
+    assert connection.default_isolation_level == "READ COMMITTED"
+
 Mapped = orm.registry().map_imperatively
 class Site: pass
 class Reading: pass

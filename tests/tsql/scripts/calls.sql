@@ -158,3 +158,6 @@ EXEC sp_prepexec @h
 --> Msg 8180, Level 16, State 1, Line 4: Statement(s) could not be prepared. --> Msg 208, Level 16, State 1, Line 1: Invalid object name 'nowhere'.
 --> Msg 8180, Level 16, State 1, Line 6: Statement(s) could not be prepared. --> Msg 8179, Level 16, State 1, Line 7: Could not find prepared statement with handle 0. --> 1
 --> Msg 208, Level 16, State 1, Line 1: Invalid object name 'nowhere'. --> Msg 201, Level 16, State 10, Line 11: Procedure or function 'sp_prepexec' expects parameter '@stmt', which was not supplied.
+EXEC sp_executesql N'PRINT @a', N'@a int, -- first
+@b int', 1, 2
+EXEC sp_executesql N'PRINT @a RETURN 1', N'@a int', 1 --> 1 --> Msg 178, Level 15, State 1, Line 1: A RETURN statement with a return value cannot be used in this context.

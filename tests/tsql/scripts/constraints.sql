@@ -325,3 +325,12 @@ DELETE Town WHERE id = 0
 SELECT * FROM Town
 --> Msg 547, Level 16, State 0, Line 2: The DELETE statement conflicted with the FOREIGN KEY constraint "FK_Home". The conflict occurred in database "master", table "dbo.Town", column 'id'. (3621)
 --> id int = 0; 9 (2 rows)
+CREATE TABLE fixed (k varchar(5) PRIMARY KEY, u varchar(5) NOT NULL UNIQUE, n int NULL)
+CREATE INDEX fixed_n ON fixed (n)
+ALTER TABLE fixed ALTER COLUMN k varchar(5) NOT NULL
+ALTER TABLE fixed ALTER COLUMN u varchar(9) NOT NULL
+BEGIN TRY ALTER TABLE fixed ALTER COLUMN k varchar(9) NOT NULL END TRY BEGIN CATCH PRINT ERROR_MESSAGE() END CATCH
+BEGIN TRY ALTER TABLE fixed ALTER COLUMN n int NOT NULL END TRY BEGIN CATCH PRINT ERROR_MESSAGE() END CATCH
+BEGIN TRY ALTER TABLE fixed ALTER COLUMN u varchar(9) NULL END TRY BEGIN CATCH PRINT ERROR_MESSAGE() END CATCH
+--> ALTER TABLE ALTER COLUMN k failed because one or more objects access this column. --> ALTER TABLE ALTER COLUMN n failed because one or more objects access this column.
+--> ALTER TABLE ALTER COLUMN u failed because one or more objects access this column.

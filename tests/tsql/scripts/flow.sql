@@ -114,7 +114,9 @@ PRINT 'not reached'
 CREATE PROCEDURE GotoSteps @n int AS
 BEGIN
   IF @n > 1 GOTO Failed
-  RETURN 0
+  DECLARE @none int SELECT @none = COUNT(*) FROM sys.tables
+  Last:
+  RETURN
   Failed:
   RETURN 1
 END -->

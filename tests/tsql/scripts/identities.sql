@@ -107,3 +107,12 @@ ALTER TABLE Later ADD id tinyint IDENTITY(255, 1) --> Msg 8115, Level 16, State 
 CREATE TABLE Widest (id bigint IDENTITY(9223372036854775807, 1), w varchar(5))
 INSERT Widest VALUES ('a') --> (1 changed)
 INSERT Widest VALUES ('b') --> Msg 8115, Level 16, State 1, Line 1: Arithmetic overflow error converting IDENTITY to data type bigint. (3621)
+-- the setting may change before a statement runs
+CREATE TABLE Chosen (id int IDENTITY(1,1), w int) SET IDENTITY_INSERT Chosen ON -->
+INSERT Chosen VALUES (1)
+INSERT Chosen (id, w) VALUES (7, 7)
+SET IDENTITY_INSERT Chosen OFF
+INSERT Chosen VALUES (8)
+SELECT id FROM Chosen
+--> Msg 545, Level 16, State 1, Line 1: Explicit value must be specified for identity column in table 'Chosen' either when IDENTITY_INSERT is set to ON or when a replication user is inserting into a NOT FOR REPLICATION identity column. (1 changed) (1 changed)
+--> id int* = 7; 8 (2 rows)

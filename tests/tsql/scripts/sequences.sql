@@ -109,3 +109,4 @@ DECLARE c CURSOR FOR SELECT NEXT VALUE FOR Numbers FROM Later
 OPEN c FETCH c CLOSE c DEALLOCATE c
 SET FMTONLY ON SELECT NEXT VALUE FOR Numbers SET FMTONLY OFF
 SELECT current_value FROM sys.sequences WHERE name = 'Numbers' --> a int? | n bigint = 1 | 6; 2 | 1 (2 rows) --> - int? = 2 (1 rows) --> - int? (0 rows) --> current_value bigint? = 3 (1 rows)
+SELECT * FROM INFORMATION_SCHEMA.SEQUENCES WHERE SEQUENCE_NAME = 'Numbers' --> SEQUENCE_CATALOG nvarchar(128)? = master | SEQUENCE_SCHEMA nvarchar(128)? = dbo | SEQUENCE_NAME nvarchar(128)? = Numbers | START_VALUE bigint? = 1 | INCREMENT bigint? = 1 | MINIMUM_VALUE bigint? = 1 | MAXIMUM_VALUE bigint? = 6 | CYCLE_OPTION bit? = 1 | DATA_TYPE nvarchar(128)? = int (1 rows)
