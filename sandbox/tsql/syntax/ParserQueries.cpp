@@ -304,12 +304,10 @@ TableRefPtr joins(Parser& in) {
         if (!isWhole) in.acceptAny({"LOOP", "HASH", "MERGE", "REMOTE"});  // hints have no effect
         if (!isWhole) in.expect("JOIN");
         const int line = in.peek().line;
-        Join join{*kind, left, tableRef(in), nullptr, applies};
-        if (!applies && join.kind != JoinKind::Cross) {
-            join.right = pivoted(in, std::move(join.right));
-            in.expect("ON");
-            join.on = in.condition();
-        }
+        const bool hasOn = !applies && *kind != JoinKind::Cross;  // a JOIN b JOIN c ON ... ON ...
+        Join join{*kind, left, hasOn ? joins(in) : tableRef(in), nullptr, applies};
+        if (hasOn) in.expect("ON");
+        if (hasOn) join.on = in.condition();
         left = pivoted(in, tableOf(line, std::move(join)));
     }
 }

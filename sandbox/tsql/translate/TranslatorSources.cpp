@@ -12,12 +12,14 @@ bool reads(const TableRef& table, std::string_view name) {
     return named && named->name.schema.empty() && sameText(named->name.name, name);
 }
 
-bool isRecursive(const CommonTable& table) {
-    const auto* operation = std::get_if<SetOperation>(&table.query->body);
+// Returns the UNION ALL whose right side is a recursive part of the table; null if there is none.
+const SetOperation* recursion(const CommonTable& table, const Query& query) {
+    const auto* operation = std::get_if<SetOperation>(&query.body);
     const auto* next = operation && operation->op == SetOp::UnionAll
                            ? std::get_if<Select>(&operation->right->body)
                            : nullptr;
-    return next && std::ranges::any_of(next->from, [&](auto& from) { return reads(*from, table.name); });
+    const auto readsItself = [&](auto& from) { return reads(*from, table.name); };
+    return next && std::ranges::any_of(next->from, readsItself) ? operation : nullptr;
 }
 
 }  // namespace
@@ -88,7 +90,7 @@ std::string Translator::namedTable(const NamedTable& table, const std::string& a
             }
             const CommonTable& common = *m_with[i].table;
             const Temporarily before(m_with, std::vector(m_with.begin(), m_with.begin() + std::ptrdiff_t(i)));
-            if (isRecursive(common)) return recursiveTable(common, exposed);
+            if (recursion(common, *common.query)) return recursiveTable(common, exposed);
             return derivedTable(beside(false, [&] { return query(*common.query); }), common.columns, exposed);
         }
     auto info = table.arguments ? std::nullopt : m_names.findTable(table.name);
@@ -195,28 +197,32 @@ std::string Translator::derivedTable(QueryText text, const std::vector<std::stri
                        text.columns, alias);
 }
 
-// Anchor UNION ALL recursive part. Every row has its depth, which is checked against the recursion limit.
+// Anchor UNION ALL recursive parts. Every row has its depth, which is checked against the recursion limit.
 std::string Translator::recursiveTable(const CommonTable& table, const std::string& alias) {
-    const auto& operation = std::get<SetOperation>(table.query->body);
+    std::vector<const Query*> parts;
+    const Query* first = table.query.get();
+    for (const SetOperation* each; (each = recursion(table, *first)); first = each->left.get())
+        parts.insert(parts.begin(), each->right.get());
     const std::string name = "r" + nextAlias();
     QueryText anchor;
-    const QueryText next = beside(/*applied=*/false, [&] {
-        anchor = query(*operation.left);
+    std::string rows;
+    beside(/*applied=*/false, [&] {
+        anchor = query(*first);
         rename(anchor, table.columns, table.name);
         for (auto& output : anchor.columns) output.nullable = true;
         m_with.push_back({&table, name, anchor.columns});
-        return query(*operation.right);
+        for (const Query* part : parts) {
+            const QueryText next = query(*part);
+            if (next.columns.size() != anchor.columns.size()) throw sqlError(kSetOperationColumnCounts);
+            for (std::size_t i = 0; i < anchor.columns.size(); ++i)
+                if (anchor.columns[i].type != next.columns[i].type && !next.columns[i].nullLiteral)
+                    throw sqlError(kRecursiveTypesDiffer, {anchor.columns[i].name, table.name});
+            rows += " UNION ALL " + next.sql;
+        }
     });
-    if (next.columns.size() != anchor.columns.size()) throw sqlError(kSetOperationColumnCounts);
-    std::string list;
-    for (std::size_t i = 0; i < anchor.columns.size(); ++i) {
-        const OutputColumn& output = anchor.columns[i];
-        if (output.type != next.columns[i].type && !next.columns[i].nullLiteral)
-            throw sqlError(kRecursiveTypesDiffer, {output.name, table.name});
-        list += output.alias + ", ";
-    }
+    const std::string list = commaList(anchor.columns, &OutputColumn::alias) + ", ";
     return "(WITH RECURSIVE " + name + "(" + list + "depth) AS (SELECT " + list + "0 FROM (" + anchor.sql +
-           ") UNION ALL " + next.sql + ") SELECT * FROM " + name + ") AS " + addSource(anchor.columns, alias);
+           ")" + rows + ") SELECT * FROM " + name + ") AS " + addSource(anchor.columns, alias);
 }
 
 std::string Translator::join(const Join& join) {
