@@ -32,9 +32,9 @@ SqlType totalType(Pieces pieces, std::string_view function, int leastScale) {
     if (type.id != TypeId::Decimal) return numberType(pieces);
     return decimalType(38, std::max<int>(type.scale, leastScale));
 }
-SqlType extremeType(Pieces pieces) {
+SqlType extremeType(Pieces pieces, std::string_view function) {
     const TypeId id = pieces[0].type.id;
-    if (id == TypeId::Bit || isLob(id)) throw sqlError(kInvalidOperandType, {baseName(id), "max"});
+    if (id == TypeId::Bit || isLob(id)) throw sqlError(kInvalidOperandType, {baseName(id), function});
     return pieces[0].type;
 }
 
@@ -120,8 +120,8 @@ const std::vector<FunctionInfo> kWritten = {
     {"count_big", "A", TypeId::BigInt, writeCount, kAggregate},
     {"sum", "A", [](Pieces pieces) { return totalType(pieces, "sum", 0); }, writeSum, kAggregate},
     {"avg", "A", [](Pieces pieces) { return totalType(pieces, "avg", 6); }, writeAverage, kAggregate},
-    {"min", "A", extremeType, writeExtreme, kAggregate},
-    {"max", "A", extremeType, writeExtreme, kAggregate},
+    {"min", "A", [](Pieces pieces) { return extremeType(pieces, "min"); }, writeExtreme, kAggregate},
+    {"max", "A", [](Pieces pieces) { return extremeType(pieces, "max"); }, writeExtreme, kAggregate},
     {"stdev", "F", TypeId::Float, "ts_stdev", kAggregate},
     {"stdevp", "F", TypeId::Float, "ts_stdevp", kAggregate},
     {"var", "F", TypeId::Float, "ts_var", kAggregate},

@@ -233,8 +233,9 @@ SqlType commonType(const SqlType& left, const SqlType& right, std::string_view o
     const SqlType& high = leftWins ? left : right;
     const SqlType& low = leftWins ? right : left;
     const bool meet = conversionRule(low.id, high.id) == ConversionRule::Implicit;
-    const bool dates = isDateTime(low.id) && isDateTime(high.id);
-    if (!operatorName.empty() && (isLob(low.id) || isLob(high.id) || (dates && !meet)))
+    const bool mixedDates = isDateTime(low.id) && isDateTime(high.id) &&
+                            (!meet || (low.id == TypeId::Time && isClassicDate(high.id)));
+    if (!operatorName.empty() && (isLob(low.id) || isLob(high.id) || mixedDates))
         throw sqlError(kIncompatibleOperands, {baseName(left.id), baseName(right.id), operatorName});
     if (!meet) throw sqlError(kOperandTypeClash, {baseName(left.id), baseName(right.id)});
     if (high.id == TypeId::Decimal && isExact(low.id)) return joinDecimals(high, asDecimal(low));
