@@ -8,12 +8,10 @@
 namespace tsql {
 namespace {
 
-// Result type of CEILING and FLOOR, which have scale 0, and of POWER.
-template <bool isWhole>
-SqlType resultOf(Pieces pieces) {
+// Result type of CEILING and FLOOR.
+SqlType wholeType(Pieces pieces) {
     const SqlType type = numberType(pieces);
-    if (type.id != TypeId::Decimal) return type;
-    return isWhole ? decimalType(type.precision, 0) : decimalType(38, type.scale);
+    return type.id == TypeId::Decimal ? decimalType(type.precision, 0) : type;
 }
 
 // Throws SqlError 3623 for a result outside of the function's domain.
@@ -80,11 +78,6 @@ Value runInFloat(const SqlCall& call) {
     return convertValue(checked(function(first, second)), real, call.resultType());
 }
 
-SqlType angleType(Pieces pieces) {
-    const SqlType type = numberType(pieces);
-    return type.id == TypeId::Decimal ? decimalType(38, 18) : type;
-}
-
 Value runRand(const SqlCall& call) {
     thread_local std::mt19937_64 engine{std::random_device{}()};
     if (call.count() > 0) engine.seed(static_cast<std::uint64_t>(call.integer(0)));
@@ -107,10 +100,10 @@ Value runIsNumeric(const SqlCall& call) {
 const std::vector<FunctionInfo> kMathFunctions = {
     {"abs", "N=", numberType, runAbs},
     {"sign", "N=", numberType, runSign},
-    {"ceiling", "N#", resultOf<true>, runWhole<true>},
-    {"floor", "N#", resultOf<true>, runWhole<false>},
+    {"ceiling", "N#", wholeType, runWhole<true>},
+    {"floor", "N#", wholeType, runWhole<false>},
     {"round", "N#I[I", numberType, runRound},
-    {"power", "N#F=", resultOf<false>, runInFloat<std::pow>},
+    {"power", "N#F=", totalType<0>, runInFloat<std::pow>},
     {"log", "F[F", TypeId::Float,
      [](const SqlCall& call) -> Value {
          const double base = call.count() > 1 ? std::log(call.real(1)) : 1;
@@ -130,8 +123,10 @@ const std::vector<FunctionInfo> kMathFunctions = {
     {"acos", "F", TypeId::Float, runFloat<std::acos>},
     {"atan", "F", TypeId::Float, runFloat<std::atan>},
     {"pi", "", TypeId::Float, [](const SqlCall&) -> Value { return std::numbers::pi; }},
-    {"degrees", "N#=", angleType, runInFloat<[](double x, double) { return x * 180 / std::numbers::pi; }>},
-    {"radians", "N#=", angleType, runInFloat<[](double x, double) { return x * std::numbers::pi / 180; }>},
+    {"degrees", "N#=", totalType<18>,
+     runInFloat<[](double x, double) { return x * 180 / std::numbers::pi; }>},
+    {"radians", "N#=", totalType<18>,
+     runInFloat<[](double x, double) { return x * std::numbers::pi / 180; }>},
     {"rand", "~[I", TypeId::Float, runRand},
     {"isnumeric", "0A#", TypeId::Int, runIsNumeric},
 };

@@ -12,14 +12,17 @@ bool reads(const TableRef& table, std::string_view name) {
     return named && named->name.schema.empty() && sameText(named->name.name, name);
 }
 
-// Returns the UNION ALL whose right side is a recursive part of the table; null if there is none.
-const SetOperation* recursion(const CommonTable& table, const Query& query) {
-    const auto* operation = std::get_if<SetOperation>(&query.body);
-    const auto* next = operation && operation->op == SetOp::UnionAll
-                           ? std::get_if<Select>(&operation->right->body)
-                           : nullptr;
+// Returns the recursive parts of the table in reverse order, and its anchor behind them; else its query.
+std::vector<const Query*> partsOf(const CommonTable& table) {
+    std::vector<const Query*> parts{table.query.get()};
     const auto readsItself = [&](auto& from) { return reads(*from, table.name); };
-    return next && std::ranges::any_of(next->from, readsItself) ? operation : nullptr;
+    while (const auto* operation = std::get_if<SetOperation>(&parts.back()->body)) {
+        const auto* next = std::get_if<Select>(&operation->right->body);
+        if (operation->op != SetOp::UnionAll || !next || std::ranges::none_of(next->from, readsItself)) break;
+        parts.back() = operation->right.get();
+        parts.push_back(operation->left.get());
+    }
+    return parts;
 }
 
 }  // namespace
@@ -90,7 +93,7 @@ std::string Translator::namedTable(const NamedTable& table, const std::string& a
             }
             const CommonTable& common = *m_with[i].table;
             const Temporarily before(m_with, std::vector(m_with.begin(), m_with.begin() + std::ptrdiff_t(i)));
-            if (recursion(common, *common.query)) return recursiveTable(common, exposed);
+            if (partsOf(common).size() > 1) return recursiveTable(common, exposed);
             return derivedTable(beside(false, [&] { return query(*common.query); }), common.columns, exposed);
         }
     auto info = table.arguments ? std::nullopt : m_names.findTable(table.name);
@@ -199,20 +202,17 @@ std::string Translator::derivedTable(QueryText text, const std::vector<std::stri
 
 // Anchor UNION ALL recursive parts. Every row has its depth, which is checked against the recursion limit.
 std::string Translator::recursiveTable(const CommonTable& table, const std::string& alias) {
-    std::vector<const Query*> parts;
-    const Query* first = table.query.get();
-    for (const SetOperation* each; (each = recursion(table, *first)); first = each->left.get())
-        parts.insert(parts.begin(), each->right.get());
+    const auto parts = partsOf(table);
     const std::string name = "r" + nextAlias();
     QueryText anchor;
     std::string rows;
     beside(/*applied=*/false, [&] {
-        anchor = query(*first);
+        anchor = query(*parts.back());
         rename(anchor, table.columns, table.name);
         for (auto& output : anchor.columns) output.nullable = true;
         m_with.push_back({&table, name, anchor.columns});
-        for (const Query* part : parts) {
-            const QueryText next = query(*part);
+        for (std::size_t part = parts.size() - 1; part-- > 0;) {
+            const QueryText next = query(*parts[part]);
             if (next.columns.size() != anchor.columns.size()) throw sqlError(kSetOperationColumnCounts);
             for (std::size_t i = 0; i < anchor.columns.size(); ++i)
                 if (anchor.columns[i].type != next.columns[i].type && !next.columns[i].nullLiteral)

@@ -253,25 +253,20 @@ class Converter {
     Value toDateTime() const {
         if (isText(m_from.id))
             return toStorage(parseDateTime(trimmed(text()), m_from, m_to, m_style), m_to, spoken(m_from));
-        if (isDateTime(m_from.id)) return toStorage(exactTime(), m_to, spoken(m_from));
         if (isNumber(m_from.id) && isClassicDate(m_to.id)) return dateTimeFromNumber();
-        throwNotConverted(m_from, m_to);
-    }
-
-    // A datetime counts 1/300 s. Its storage form shows milliseconds.
-    DateTime exactTime() const {
+        if (!isDateTime(m_from.id)) throwNotConverted(m_from, m_to);
         DateTime value = fromStorage(text());
+        // A datetime counts 1/300 s. Its storage form shows milliseconds.
         if (m_from.id == TypeId::DateTime && hasScale(m_to.id))
             value.ticks = ((value.ticks / 10'000 * 3 + 5) / 10 * 100'000 + 1) / 3;
-        return value;
+        return toStorage(value, m_to, spoken(m_from));
     }
 
     Value dateTimeFromNumber() const {
-        const double number = asReal(), whole = std::floor(number);
-        if (std::fabs(whole) > 3e6) throwOverflow(m_to);
-        const DateTime value{
-            DateTime::kDay1900 + static_cast<std::int64_t>(whole),
-            static_cast<std::int64_t>((number - whole) * static_cast<double>(DateTime::kTicksPerDay))};
+        constexpr double kNoDay = 4e6, kTicksPerDay = static_cast<double>(DateTime::kTicksPerDay);
+        const double number = std::clamp(asReal(), -kNoDay, kNoDay), whole = std::floor(number);
+        const DateTime value{DateTime::kDay1900 + static_cast<std::int64_t>(whole),
+                             static_cast<std::int64_t>((number - whole) * kTicksPerDay)};
         if (!isInRange(value, m_to)) throwOverflow(m_to);
         return toStorage(value, m_to);
     }
