@@ -80,6 +80,7 @@ Value exactSum(const Gathered& gathered, const Aggregate& aggregate) {
 }
 
 Value exactAverage(const Gathered& gathered, const Aggregate& aggregate) {
+    exactSum(gathered, aggregate);  // which may overflow
     const Int128 average = exactResult(BinaryOp::Divide, gathered.sum, kSumType, gathered.count,
                                        simpleType(TypeId::BigInt), aggregate.digits);
     return checkedCell(average, aggregate.type);

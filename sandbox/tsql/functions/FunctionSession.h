@@ -76,9 +76,9 @@ void registerFunctions(struct sqlite3* connection, FunctionContext& context);
 std::string hostName();
 // Numbers of the types that every database has, with those that are others here.
 const WordMap<std::int64_t>& systemTypes();
-// `fact` of the value; NULL without one.
-template <typename T, typename Fact = std::identity>
-Value orNull(const std::optional<T>& value, Fact fact = {}) {
+// `fact` of the value, an optional or a pointer; NULL without one.
+template <typename Optional, typename Fact = std::identity>
+Value orNull(const Optional& value, Fact fact = {}) {
     return value ? Value(std::invoke(fact, *value)) : Value(Null{});
 }
 Value identityValue(const std::optional<std::int64_t>& identity);  // a decimal(38,0)

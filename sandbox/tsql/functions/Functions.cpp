@@ -25,17 +25,14 @@ SqlType nullIfType(Pieces pieces) {
     if (pieces[0].nullLiteral) throw sqlError(kNullIfOfNull);
     return pieces[0].type;
 }
-SqlType totalType(Pieces pieces, std::string_view function, int leastScale) {
-    const SqlType& type = pieces[0].type;
-    if (!isNumber(type.id) || type.id == TypeId::Bit)
-        throw sqlError(kInvalidOperandType, {baseName(type.id), function});
-    if (type.id != TypeId::Decimal) return numberType(pieces);
-    return decimalType(38, std::max<int>(type.scale, leastScale));
-}
-SqlType extremeType(Pieces pieces) {
+// Result type of SUM, AVG, MIN and MAX.
+SqlType aggregateType(Pieces pieces, std::string_view function) {
     const TypeId id = pieces[0].type.id;
-    if (id == TypeId::Bit || isLob(id)) throw sqlError(kInvalidOperandType, {baseName(id), "max"});
-    return pieces[0].type;
+    const bool adds = function == "sum" || function == "avg";
+    if (id == TypeId::Bit || isLob(id) || (adds && !isNumber(id)))
+        throw sqlError(kInvalidOperandType, {baseName(id), function});
+    if (!adds) return pieces[0].type;
+    return function == "sum" ? totalType<0>(pieces) : totalType<6>(pieces);
 }
 
 // Whether a character of a pattern is an argument.
@@ -118,10 +115,10 @@ const std::vector<FunctionInfo> kWritten = {
     {"xml.value", "AA", nvarcharType(SqlType::kMax), "ts_xml_value"},  // (SELECT ... FOR XML).value()
     {"count", "A", TypeId::Int, writeCount, kAggregate},
     {"count_big", "A", TypeId::BigInt, writeCount, kAggregate},
-    {"sum", "A", [](Pieces pieces) { return totalType(pieces, "sum", 0); }, writeSum, kAggregate},
-    {"avg", "A", [](Pieces pieces) { return totalType(pieces, "avg", 6); }, writeAverage, kAggregate},
-    {"min", "A", extremeType, writeExtreme, kAggregate},
-    {"max", "A", extremeType, writeExtreme, kAggregate},
+    {"sum", "A", [](Pieces pieces) { return aggregateType(pieces, "sum"); }, writeSum, kAggregate},
+    {"avg", "A", [](Pieces pieces) { return aggregateType(pieces, "avg"); }, writeAverage, kAggregate},
+    {"min", "A", [](Pieces pieces) { return aggregateType(pieces, "min"); }, writeExtreme, kAggregate},
+    {"max", "A", [](Pieces pieces) { return aggregateType(pieces, "max"); }, writeExtreme, kAggregate},
     {"stdev", "F", TypeId::Float, "ts_stdev", kAggregate},
     {"stdevp", "F", TypeId::Float, "ts_stdevp", kAggregate},
     {"var", "F", TypeId::Float, "ts_var", kAggregate},

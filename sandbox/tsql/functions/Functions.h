@@ -49,6 +49,11 @@ void checkDatePart(Pieces arguments, std::string_view function);
 
 // Result type of ABS, ROUND, SUM ...: at least int.
 SqlType numberType(Pieces arguments);
+template <int leastScale>  // of a decimal, which has 38 digits
+SqlType totalType(Pieces arguments) {
+    const SqlType type = numberType(arguments);
+    return type.id == TypeId::Decimal ? decimalType(38, std::max<int>(type.scale, leastScale)) : type;
+}
 SqlType grownText(Pieces arguments);  // REPLACE ...: 8000 bytes, or (max) if the first argument is
 
 }  // namespace tsql

@@ -8,12 +8,10 @@
 namespace tsql {
 namespace {
 
-// Result type of CEILING and FLOOR, which have scale 0, and of POWER.
-template <bool isWhole>
-SqlType resultOf(Pieces pieces) {
+// Result type of CEILING and FLOOR.
+SqlType wholeType(Pieces pieces) {
     const SqlType type = numberType(pieces);
-    if (type.id != TypeId::Decimal) return type;
-    return isWhole ? decimalType(type.precision, 0) : decimalType(38, type.scale);
+    return type.id == TypeId::Decimal ? decimalType(type.precision, 0) : type;
 }
 
 // Throws SqlError 3623 for a result outside of the function's domain.
@@ -71,11 +69,13 @@ Value runRound(const SqlCall& call) {
     return checkedCell(rescaled(kept, 0, dropped, Rounding::Truncate), result);
 }
 
-// (base, type, exponent, result type)
-Value runPower(const SqlCall& call) {
+// (number, type[, second number], result type)
+template <double (*function)(double, double)>
+Value runInFloat(const SqlCall& call) {
     const SqlType real = simpleType(TypeId::Float);
-    const Value base = convertValue(call[0], call.type(1), real);
-    return convertValue(checked(std::pow(std::get<double>(base), call.real(2))), real, call.resultType());
+    const double first = std::get<double>(convertValue(call[0], call.type(1), real));
+    const double second = call.count() > 3 ? call.real(2) : 0;
+    return convertValue(checked(function(first, second)), real, call.resultType());
 }
 
 Value runRand(const SqlCall& call) {
@@ -91,11 +91,8 @@ Value runIsNumeric(const SqlCall& call) {
     const auto reads = [&](const SqlType& target) {
         return !isNull(convertValue(call[0], type, target, kNoStyle, Conversion::Try));
     };
-    const std::string_view text = trimmed(call.text(0));
-    if (text.empty()) return std::int64_t{0};
-    constexpr std::string_view kSigns = "+-$.,";  // a sign alone is valid money
-    if (text.size() == 1 && kSigns.find(text[0]) != kSigns.npos) return std::int64_t{1};
-    return std::int64_t{reads(simpleType(TypeId::Float)) || reads(simpleType(TypeId::Money))};
+    return std::int64_t{!trimmed(call.text(0)).empty() &&
+                        (reads(simpleType(TypeId::Float)) || reads(simpleType(TypeId::Money)))};
 }
 
 }  // namespace
@@ -103,10 +100,10 @@ Value runIsNumeric(const SqlCall& call) {
 const std::vector<FunctionInfo> kMathFunctions = {
     {"abs", "N=", numberType, runAbs},
     {"sign", "N=", numberType, runSign},
-    {"ceiling", "N#", resultOf<true>, runWhole<true>},
-    {"floor", "N#", resultOf<true>, runWhole<false>},
+    {"ceiling", "N#", wholeType, runWhole<true>},
+    {"floor", "N#", wholeType, runWhole<false>},
     {"round", "N#I[I", numberType, runRound},
-    {"power", "N#F=", resultOf<false>, runPower},
+    {"power", "N#F=", totalType<0>, runInFloat<std::pow>},
     {"log", "F[F", TypeId::Float,
      [](const SqlCall& call) -> Value {
          const double base = call.count() > 1 ? std::log(call.real(1)) : 1;
@@ -126,8 +123,10 @@ const std::vector<FunctionInfo> kMathFunctions = {
     {"acos", "F", TypeId::Float, runFloat<std::acos>},
     {"atan", "F", TypeId::Float, runFloat<std::atan>},
     {"pi", "", TypeId::Float, [](const SqlCall&) -> Value { return std::numbers::pi; }},
-    {"degrees", "F", TypeId::Float, runFloat<[](double x) { return x * 180 / std::numbers::pi; }>},
-    {"radians", "F", TypeId::Float, runFloat<[](double x) { return x * std::numbers::pi / 180; }>},
+    {"degrees", "N#=", totalType<18>,
+     runInFloat<[](double x, double) { return x * 180 / std::numbers::pi; }>},
+    {"radians", "N#=", totalType<18>,
+     runInFloat<[](double x, double) { return x * std::numbers::pi / 180; }>},
     {"rand", "~[I", TypeId::Float, runRand},
     {"isnumeric", "0A#", TypeId::Int, runIsNumeric},
 };

@@ -286,12 +286,9 @@ Typed emitNegate(const Typed& value) {
         return result;
     }
     if (value.type.id == TypeId::TinyInt) result.type = simpleType(TypeId::SmallInt);
-    if (isExact(value.type.id))  // the smallest integer has no positive counterpart
-        result.sql = "ts_arithmetic(0," + code(result.type) + "," +
-                     std::to_string(static_cast<int>(BinaryOp::Subtract)) + "," + value.sql + "," +
-                     code(value.type) + "," + code(result.type) + ")";
-    else
-        result.sql = "(-" + value.sql + ")";
+    const std::string subtract = std::to_string(static_cast<int>(BinaryOp::Subtract));
+    result.sql = "ts_arithmetic(0," + code(simpleType(TypeId::Int)) + "," + subtract + "," + value.sql + "," +
+                 code(value.type) + "," + code(result.type) + ")";
     return result;
 }
 
@@ -308,7 +305,8 @@ std::string emitCompare(CompareOp op, const Typed& leftPiece, const Typed& right
     const std::string_view sign = kCompareSigns[static_cast<std::size_t>(op)];
     if (isExact(left.type.id) && isExact(right.type.id)) return compareExact(sign, left, right);
     const SqlType type = commonType(left.type, right.type, kCompareNames[static_cast<std::size_t>(op)]);
-    const SqlType loose = isText(type.id) ? nvarcharType(SqlType::kMax) : type;
+    const SqlType text = isNational(type.id) ? nvarcharType(SqlType::kMax) : varcharType(SqlType::kMax);
+    const SqlType loose = isText(type.id) ? text : type;
     if (isBinary(left.type.id) && isBinary(right.type.id)) return compareBytes(sign, left, right);
     return compared(collated(coerce(left, loose)), sign, coerce(right, loose).sql);
 }

@@ -110,8 +110,7 @@ Value columnLength(const SqlCall& call) {
     const auto found = call.session().object(name);
     if (!found) return Null{};
     const TableInfo table = call.session().catalogue(name).tableOf(*found);
-    const TableColumn* column = table.column(call.text(1));
-    return column ? Value(std::int64_t{maxLength(column->type)}) : Value(Null{});
+    return orNull(table.column(call.text(1)), [](auto& column) { return maxLength(column.type); });
 }
 
 Value columnName(const SqlCall& call) {
@@ -143,7 +142,7 @@ Value typeNumber(const SqlCall& call) {
     const auto ofSystem = systemTypes().find(name.name);
     if (ofSystem != systemTypes().end()) return ofSystem->second;
     const auto found = call.session().catalogue({}).find(storedName(name.schema, name.name), kUserTypes);
-    return found ? Value(kBuiltInTypes + found->id) : Value(Null{});
+    return orNull(found, [](auto& type) { return kBuiltInTypes + type.id; });
 }
 
 Value currentIdentity(const SqlCall& call) {

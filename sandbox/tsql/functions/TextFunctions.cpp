@@ -153,7 +153,7 @@ Value runCharIndex(const SqlCall& call) {
 Value runPatIndex(const SqlCall& call) {
     const EndBlanks blanks = isNational(call.type(2).id) ? EndBlanks::Counted : EndBlanks::Ignored;
     std::string_view pattern = call.text(0), text = call.text(1);
-    const bool anywhere = pattern.starts_with('%');
+    const bool anywhere = pattern.starts_with('%') && pattern.size() > 1;
     if (anywhere) pattern.remove_prefix(1);
     while (!text.empty() && !matchesLike(text, pattern, blanks)) {
         if (!anywhere) return std::int64_t{0};
@@ -196,6 +196,12 @@ Value runReverse(const SqlCall& call) {
     return result;
 }
 
+template <auto codeOf>
+Value runCode(const SqlCall& call) {
+    std::string_view text = call.text(0);
+    return text.empty() ? Value(Null{}) : Value(std::int64_t{codeOf(nextCharacter(text))});
+}
+
 Value runNChar(const SqlCall& call) {
     const std::int64_t unit = call.integer(0);
     if (unit < 0 || unit > 0xFFFF) return Null{};
@@ -216,16 +222,12 @@ std::string fixedPoint(double value, std::int64_t decimals) {
 // (number[, length[, decimals]]); right-aligned; asterisks if the integer part does not fit
 Value runStr(const SqlCall& call) {
     const auto length = call.count() > 1 ? call.integer(1) : 10;
-    const auto decimals = call.count() > 2 ? std::min<std::int64_t>(call.integer(2), 16) : 0;
+    auto decimals = call.count() > 2 ? std::min<std::int64_t>(call.integer(2), 16) : 0;
     if (length < 1 || length > static_cast<std::int64_t>(kLongest) || decimals < 0) return Null{};
     const auto width = static_cast<std::size_t>(length);
     std::string text = fixedPoint(call.real(0), decimals);
-    const std::size_t whole = std::min(text.find('.'), text.size());
-    if (whole > width) return std::string(width, '*');
-    if (text.size() > width)
-        text = fixedPoint(call.real(0),
-                          std::max<std::int64_t>(length - static_cast<std::int64_t>(whole) - 1, 0));
-    return std::string(width - std::min(width, text.size()), ' ') + text;
+    while (text.size() > width && decimals > 0) text = fixedPoint(call.real(0), --decimals);
+    return text.size() > width ? std::string(width, '*') : std::string(width - text.size(), ' ') + text;
 }
 
 // CONCAT treats NULL as an empty string.
@@ -327,17 +329,9 @@ const std::vector<FunctionInfo> kTextFunctions = {
          return utf8FromCodePage1252(std::string(1, static_cast<char>(call.integer(0))));
      }},
     {"nchar", "I", SqlType{TypeId::NChar, 1, 0, 0}, runNChar},
-    {"ascii", "T", TypeId::Int,
-     [](const SqlCall& call) {
-         std::string_view text = call.text(0);
-         return text.empty() ? Value(Null{}) : Value(std::int64_t{codePage1252(nextCharacter(text))});
-     }},
+    {"ascii", "T", TypeId::Int, runCode<codePage1252>},
     {"unicode", "T", TypeId::Int,  // the first UTF-16 unit of the character
-     [](const SqlCall& call) -> Value {
-         const std::string wire = utf16FromUtf8(characters(call.text(0), 0, 2));
-         if (wire.empty()) return Null{};
-         return std::int64_t{static_cast<unsigned char>(wire[0]) | static_cast<unsigned char>(wire[1]) << 8};
-     }},
+     runCode<[](char32_t c) { return c < 0x10000 ? c : 0xD7C0 + c / 0x400; }>},
     {"str", "F[II", strText, runStr},
     {"concat", "TT*", joinedText, writeConcat},
     {"concat_ws", "0TTT*=", joinedText, runConcatWs},

@@ -8,7 +8,7 @@ namespace {
 
 // Precedence levels, lowest first.
 enum Level { kOr, kAnd, kNot, kPredicate, kAdditive, kMultiplicative, kOperand };
-enum class Predicate { IsNull, IsNotNull, In, Like, Between };
+enum class Predicate { IsNull, In, Like, Between };
 
 // The meaning of AND and OR is empty: their level identifies them.
 struct Operator {
@@ -20,7 +20,7 @@ constexpr Operator kOperators[] = {
     {"OR", kOr, {}},
     {"AND", kAnd, {}},
     {"IS NULL", kPredicate, Predicate::IsNull},
-    {"IS NOT NULL", kPredicate, Predicate::IsNotNull},
+    {"IS NOT NULL", kPredicate, Predicate::IsNull},
     {"IN", kPredicate, Predicate::In},
     {"LIKE", kPredicate, Predicate::Like},
     {"BETWEEN", kPredicate, Predicate::Between},
@@ -59,7 +59,7 @@ ExprPtr asCondition(const Parser& in, ExprPtr expr) {
 
 Expr::Node predicate(Parser& in, Predicate kind, ExprPtr left) {
     const auto operand = [&in] { return asValue(in, in.operators(kAdditive)); };
-    if (kind == Predicate::IsNull || kind == Predicate::IsNotNull) return IsNull{left};
+    if (kind == Predicate::IsNull) return IsNull{left};
     if (kind == Predicate::In)
         return in.parenthesized([&]() -> Expr::Node {
             if (in.atQuery()) return CompareQuery{CompareOp::Equal, /*all=*/false, left, in.subquery()};
@@ -144,15 +144,13 @@ ExprPtr caseOf(Parser& in) {
 // IIF(condition, a, b) is CASE WHEN condition THEN a ELSE b END.
 ExprPtr iif(Parser& in) {
     const int line = in.takeToken().line;
-    Case node;
     in.expect("(");
-    auto& [when, then] = node.branches.emplace_back(in.condition(), nullptr);
+    const ExprPtr when = in.condition();
     in.expect(",");
-    then = in.expression();
-    in.expect(",");
-    node.otherwise = in.expression();
+    const auto values = in.expressions();
+    if (values.size() != 2) in.throwSyntaxError();
     in.expect(")");
-    return makeExpr(line, std::move(node));
+    return makeExpr(line, Case{{{when, values[0]}}, values[1]});
 }
 
 // CAST(value AS type), CONVERT(type, value [, style]); either with TRY_.
@@ -298,8 +296,7 @@ ExprPtr Parser::operators(int loosest) {
         accept("NOT");
         accept(next->phrase);
         left = makeExpr(line, operation(*this, *next, left));
-        const auto* kind = std::get_if<Predicate>(&next->meaning);
-        if (negated || (kind && *kind == Predicate::IsNotNull)) left = makeExpr(line, Not{left});
+        if (negated || next->phrase == "IS NOT NULL") left = makeExpr(line, Not{left});
     }
 }
 

@@ -20,11 +20,6 @@ constexpr std::pair<std::string_view, JoinKind> kJoins[] = {
     {"RIGHT OUTER", JoinKind::Right}, {"RIGHT", JoinKind::Right},      {"FULL OUTER", JoinKind::Full},
     {"FULL", JoinKind::Full},         {"JOIN", JoinKind::Inner},
 };
-constexpr std::pair<std::string_view, BinaryOp> kAssignments[] = {
-    {"+=", BinaryOp::Add},    {"-=", BinaryOp::Subtract}, {"*=", BinaryOp::Multiply},
-    {"/=", BinaryOp::Divide}, {"%=", BinaryOp::Modulo},   {"&=", BinaryOp::BitAnd},
-    {"|=", BinaryOp::BitOr},  {"^=", BinaryOp::BitXor},
-};
 
 QueryPtr queryOf(int line, std::variant<Select, SetOperation> body) {
     return std::make_unique<Query>(Query{{}, std::move(body), {}, {}, {}, {}, {}, line});
@@ -204,6 +199,13 @@ QueryPtr rowValues(Parser& in) {
     return rows;
 }
 
+// Hints may lack WITH.
+bool atHints(const Parser& in) {
+    constexpr std::string_view kHints =
+        "NOLOCK HOLDLOCK UPDLOCK ROWLOCK PAGLOCK TABLOCK TABLOCKX XLOCK READPAST INDEX";
+    return in.at("WITH (") || (in.at("(") && hasWord(kHints, toUpper(in.peek(1).raw)));
+}
+
 TableRefPtr joins(Parser& in);
 
 TableRefPtr tableRef(Parser& in) {
@@ -221,7 +223,7 @@ TableRefPtr tableRef(Parser& in) {
         return table;
     }
     NamedTable named{in.tableName()};
-    if (in.at("(") && !in.at("( NOLOCK")) named.arguments = in.argumentsOf(named.name);
+    if (in.at("(") && !atHints(in)) named.arguments = in.argumentsOf(named.name);
     table->node = std::move(named);
     in.tableHints();
     table->alias = alias(in);
@@ -293,12 +295,10 @@ TableRefPtr joins(Parser& in) {
         if (!isWhole) in.acceptAny({"LOOP", "HASH", "MERGE", "REMOTE"});  // hints have no effect
         if (!isWhole) in.expect("JOIN");
         const int line = in.peek().line;
-        Join join{*kind, left, tableRef(in), nullptr, applies};
-        if (!applies && join.kind != JoinKind::Cross) {
-            join.right = pivoted(in, std::move(join.right));
-            in.expect("ON");
-            join.on = in.condition();
-        }
+        const bool hasOn = !applies && *kind != JoinKind::Cross;  // a JOIN b JOIN c ON ... ON ...
+        Join join{*kind, left, hasOn ? joins(in) : tableRef(in), nullptr, applies};
+        if (hasOn) in.expect("ON");
+        if (hasOn) join.on = in.condition();
         left = pivoted(in, tableOf(line, std::move(join)));
     }
 }
@@ -396,9 +396,11 @@ SelectItem Parser::selectItem() {
 }
 
 std::optional<BinaryOp> Parser::assignmentOperator() {
-    if (const BinaryOp* op = acceptOneOf(kAssignments)) return *op;
-    expect("=");
-    return std::nullopt;
+    constexpr std::string_view kSigns = "+-*/%&|^";  // in the order of BinaryOp
+    const std::string_view word = peek().raw;
+    const auto sign = word.size() == 2 && word[1] == '=' ? kSigns.find(word[0]) : kSigns.npos;
+    expect(sign == kSigns.npos ? "=" : word);
+    return sign == kSigns.npos ? std::nullopt : std::optional(static_cast<BinaryOp>(sign));
 }
 
 // = value, or += value, of a variable
@@ -421,7 +423,7 @@ ObjectName Parser::tableName() {
 
 // Hints choose locks and indexes. They do not change the rows.
 void Parser::tableHints() {
-    if (!at("WITH (") && !at("( NOLOCK")) return;
+    if (!atHints(*this)) return;
     accept("WITH");
     skipParenthesized();
 }

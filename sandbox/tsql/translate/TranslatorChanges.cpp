@@ -32,6 +32,18 @@ void checkCount(const TableInfo& target, const ColumnList& columns, const Insert
     throw sqlError(more ? kFewerInsertColumnsThanValues : kMoreInsertColumnsThanValues);
 }
 
+// Gives the values of each column their common type, as UNION ALL does. Defaults keep theirs.
+void unifyTypes(const Insert& insert, std::vector<std::vector<Typed>>& rows) {
+    for (std::size_t i = 0; rows.size() > 1 && i < insert.rows.front().size(); ++i) {
+        std::vector<Typed> given;
+        for (std::size_t row = 0; row < rows.size(); ++row)
+            if (insert.rows[row][i]) given.push_back(rows[row][i]);
+        const SqlType type = commonType(given);
+        for (std::size_t row = 0; row < rows.size(); ++row)
+            if (insert.rows[row][i]) rows[row][i] = coerce(rows[row][i], type);
+    }
+}
+
 }  // namespace
 
 // The values of a MERGE are computed when other clauses may have changed the table.
@@ -86,15 +98,20 @@ std::string Translator::insertRows(const TableInfo& target, const ColumnList& co
     Scope scope;
     const Temporarily visible(m_scope, m_clause ? &scope : m_scope);
     const std::string merged = m_clause ? mergedRows() : "";
-    std::string rows = insert.defaultValues ? "VALUES (" + rowText(target, all, {}) + ")" : "";
+    std::vector<std::vector<Typed>> given;
     for (const auto& row : insert.rows) {
         checkCount(target, columns, insert, row.size());
-        std::vector<Typed> cells;
+        auto& cells = given.emplace_back();
         m_sequences.clear();
         for (const auto& each : row) {
             if (each) refuseRowVersions({columns[cells.size()]});
             cells.push_back(each ? cell(*each) : defaultOf(target, *columns[cells.size()]));
         }
+        while (cells.size() < all.size()) cells.push_back(defaultOf(target, *all[cells.size()]));
+    }
+    unifyTypes(insert, given);
+    std::string rows = insert.defaultValues ? "VALUES (" + rowText(target, all, {}) + ")" : "";
+    for (const auto& cells : given) {
         const std::string values = rowText(target, all, cells);
         rows += m_clause ? "SELECT " + values + merged : (rows.empty() ? "VALUES (" : ", (") + values + ")";
     }

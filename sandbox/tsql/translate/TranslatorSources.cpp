@@ -12,12 +12,17 @@ bool reads(const TableRef& table, std::string_view name) {
     return named && named->name.schema.empty() && sameText(named->name.name, name);
 }
 
-bool isRecursive(const CommonTable& table) {
-    const auto* operation = std::get_if<SetOperation>(&table.query->body);
-    const auto* next = operation && operation->op == SetOp::UnionAll
-                           ? std::get_if<Select>(&operation->right->body)
-                           : nullptr;
-    return next && std::ranges::any_of(next->from, [&](auto& from) { return reads(*from, table.name); });
+// Returns the recursive parts of the table in reverse order, and its anchor behind them; else its query.
+std::vector<const Query*> partsOf(const CommonTable& table) {
+    std::vector<const Query*> parts{table.query.get()};
+    const auto readsItself = [&](auto& from) { return reads(*from, table.name); };
+    while (const auto* operation = std::get_if<SetOperation>(&parts.back()->body)) {
+        const auto* next = std::get_if<Select>(&operation->right->body);
+        if (operation->op != SetOp::UnionAll || !next || std::ranges::none_of(next->from, readsItself)) break;
+        parts.back() = operation->right.get();
+        parts.push_back(operation->left.get());
+    }
+    return parts;
 }
 
 }  // namespace
@@ -84,7 +89,7 @@ std::string Translator::commonTable(std::size_t index, const std::string& alias)
         return m_with[index].recursive + " AS " + reference;
     }
     const Temporarily before(m_with, std::vector(m_with.begin(), m_with.begin() + std::ptrdiff_t(index)));
-    if (isRecursive(table)) return recursiveTable(table, alias);
+    if (partsOf(table).size() > 1) return recursiveTable(table, alias);
     return derivedTable(beside(false, [&] { return query(*table.query); }), table.columns, alias);
 }
 
@@ -197,28 +202,29 @@ std::string Translator::derivedTable(QueryText text, const std::vector<std::stri
                        text.columns, alias);
 }
 
-// Anchor UNION ALL recursive part. Every row has its depth, which is checked against the recursion limit.
+// Anchor UNION ALL recursive parts. Every row has its depth, which is checked against the recursion limit.
 std::string Translator::recursiveTable(const CommonTable& table, const std::string& alias) {
-    const auto& operation = std::get<SetOperation>(table.query->body);
+    const auto parts = partsOf(table);
     const std::string name = "r" + nextAlias();
     QueryText anchor;
-    const QueryText next = beside(/*applied=*/false, [&] {
-        anchor = query(*operation.left);
+    std::string rows;
+    beside(/*applied=*/false, [&] {
+        anchor = query(*parts.back());
         rename(anchor, table.columns, table.name);
         for (auto& output : anchor.columns) output.nullable = true;
         m_with.push_back({&table, name, anchor.columns});
-        return query(*operation.right);
+        for (std::size_t part = parts.size() - 1; part-- > 0;) {
+            const QueryText next = query(*parts[part]);
+            if (next.columns.size() != anchor.columns.size()) throw sqlError(kSetOperationColumnCounts);
+            for (std::size_t i = 0; i < anchor.columns.size(); ++i)
+                if (anchor.columns[i].type != next.columns[i].type && !next.columns[i].nullLiteral)
+                    throw sqlError(kRecursiveTypesDiffer, {anchor.columns[i].name, table.name});
+            rows += " UNION ALL " + next.sql;
+        }
     });
-    if (next.columns.size() != anchor.columns.size()) throw sqlError(kSetOperationColumnCounts);
-    std::string list;
-    for (std::size_t i = 0; i < anchor.columns.size(); ++i) {
-        const OutputColumn& output = anchor.columns[i];
-        if (output.type != next.columns[i].type && !next.columns[i].nullLiteral)
-            throw sqlError(kRecursiveTypesDiffer, {output.name, table.name});
-        list += output.alias + ", ";
-    }
+    const std::string list = commaList(anchor.columns, &OutputColumn::alias) + ", ";
     return "(WITH RECURSIVE " + name + "(" + list + "depth) AS (SELECT " + list + "0 FROM (" + anchor.sql +
-           ") UNION ALL " + next.sql + ") SELECT * FROM " + name + ") AS " + addSource(anchor.columns, alias);
+           ")" + rows + ") SELECT * FROM " + name + ") AS " + addSource(anchor.columns, alias);
 }
 
 std::string Translator::join(const Join& join) {

@@ -20,16 +20,13 @@ Value floatResult(BinaryOp op, double left, double right, const SqlType& type) {
 // datetime plus or minus a number: the number counts days; a datetime counts as its days since 1900.
 Value dateResult(BinaryOp op, const CellView& left, const SqlType& leftType, const CellView& right,
                  const SqlType& rightType, const SqlType& type) {
-    constexpr Int128 kDay = DateTime::kTicksPerDay;
     const auto ticks = [&](const CellView& value, const SqlType& from) {
-        const DateTime at = fromStorage(std::get<std::string>(convertValue(value, from, type)));
-        return (at.days - DateTime::kDay1900) * kDay + at.ticks;
+        return fromStorage(std::get<std::string>(convertValue(value, from, type))).total();
     };
-    const Int128 first = ticks(left, leftType), second = ticks(right, rightType);
-    const Int128 total = DateTime::kDay1900 * kDay + first + (op == BinaryOp::Add ? second : -second);
-    if (total < 0) throwOverflow(type);
-    return toStorage({static_cast<std::int64_t>(total / kDay), static_cast<std::int64_t>(total % kDay)},
-                     type);
+    const std::int64_t since1900 = ticks(right, rightType) - DateTime{}.total();
+    const auto result = DateTime::at(ticks(left, leftType) + (op == BinaryOp::Add ? since1900 : -since1900));
+    if (!isInRange(result, type)) throwOverflow(type);
+    return toStorage(result, type);
 }
 
 // The type of an exact literal has exactly the precision and scale that are written.

@@ -1,6 +1,7 @@
 #include "types/DateTime.h"
 
 #include <boost/algorithm/string/replace.hpp>
+#include <charconv>
 #include <ctime>
 
 #include "messages/Messages.h"
@@ -87,7 +88,6 @@ constexpr Style kStyles[] = {
     {22, "MM/dd/yy", "\1hh:mm:ss tt"},
     {23, kIsoDate},
     {24, "", "HH:mm:ss"},
-    {25, kIsoDate, kIsoTime},
     {100, "MMM \1dd yyyy", "\1hh:mmtt"},
     {101, "MM/dd/yyyy"},
     {102, "yyyy.MM.dd"},
@@ -105,8 +105,6 @@ constexpr Style kStyles[] = {
     {114, "", kIsoTime},
     {120, kIsoDate, "HH:mm:ss"},
     {121, kIsoDate, kIsoTime},
-    {126, kIsoDate, kIsoTime},
-    {127, kIsoDate, kIsoTime},
 };
 
 // Standard patterns of FORMAT, behind their letters.
@@ -118,6 +116,7 @@ constexpr std::string_view kFormats =
 
 // A date has no time to format, a time no date.
 Style styleFor(int number, const SqlType& type) {
+    if (number == 25 || number == 126 || number == 127) number = 121;
     for (Style style : kStyles) {
         if (style.number != number && style.number != number + 100) continue;
         if (type.id == TypeId::Time) style.date = "";
@@ -175,7 +174,7 @@ const PartFacts& factsOf(DatePart part) {
 
 // Nanoseconds since 0001-01-01.
 Int128 nanosecondsOf(const DateTime& value) {
-    return (static_cast<Int128>(value.days) * DateTime::kTicksPerDay + value.ticks) * 100;
+    return static_cast<Int128>(value.total()) * 100;
 }
 
 DateTime addMonths(const DateTime& value, std::int64_t months) {
@@ -203,23 +202,16 @@ std::optional<std::int64_t> daysFromParts(std::int64_t y, std::int64_t m, std::i
 }
 
 DateTime fromStorage(std::string_view text) {
-    const auto number = [&](std::size_t at, std::size_t digits) {
+    char whole[] = "1900-01-01 00:00:00.0000000";  // what the form of the type lacks
+    const std::size_t begin = text.size() >= 10 && text[4] == '-' ? 0 : 11;
+    text.copy(whole + begin, sizeof whole - 1 - begin);
+    const auto number = [&whole](std::size_t at, std::size_t digits) {
         int value = 0;
-        for (std::size_t i = at; i < at + digits && i < text.size(); ++i)
-            value = value * 10 + (text[i] - '0');
+        std::from_chars(whole + at, whole + at + digits, value);
         return value;
     };
-    DateTime result;
-    if (text.size() >= 10 && text[4] == '-') {
-        result.days = daysFromCivil(year(number(0, 4)) / number(5, 2) / number(8, 2));
-        text.remove_prefix(std::min<std::size_t>(11, text.size()));
-    }
-    if (text.size() < 8) return result;
-    result.ticks = number(0, 2) * kHour + number(3, 2) * kMinute + number(6, 2) * kSecond;
-    if (text.size() > 9)
-        result.ticks +=
-            number(9, 7) * powerOfTen(7 - static_cast<int>(std::min<std::size_t>(7, text.size() - 9)));
-    return result;
+    return {daysFromCivil(year(number(0, 4)) / number(5, 2) / number(8, 2)),
+            number(11, 2) * kHour + number(14, 2) * kMinute + number(17, 2) * kSecond + number(20, 7)};
 }
 
 bool isInRange(const DateTime& value, const SqlType& type) {
@@ -279,13 +271,10 @@ std::string_view nameOf(DatePart part) {
 }
 
 DateTime dateAdd(DatePart part, std::int64_t number, const DateTime& value, const SqlType& type) {
-    constexpr std::int64_t kDay = DateTime::kTicksPerDay;
     const PartFacts& facts = factsOf(part);
     const Int128 moved = nanosecondsOf(value) + static_cast<Int128>(number) * facts.nanoseconds;
-    const Int128 ticks = (moved + (moved < 0 ? -50 : 50)) / 100;
-    const auto ofDay = static_cast<std::int64_t>((ticks % kDay + kDay) % kDay);
     const DateTime result = facts.months ? addMonths(value, number * facts.months)
-                                         : DateTime{static_cast<std::int64_t>((ticks - ofDay) / kDay), ofDay};
+                                         : DateTime::at((moved + (moved < 0 ? -50 : 50)) / 100);
     if (type.id != TypeId::Time && !isInRange(result, type))
         throw sqlError(kDateAddOverflow, {baseName(type.id)});
     return result;
@@ -326,10 +315,8 @@ Now timeNow() {
     const std::time_t seconds = ticks / kSecond;
     std::tm civil{};
     localtime_r(&seconds, &civil);
-    const auto at = [](std::int64_t sinceDay1970) -> DateTime {
-        return {kDay1970 + sinceDay1970 / DateTime::kTicksPerDay, sinceDay1970 % DateTime::kTicksPerDay};
-    };
-    return {at(ticks + civil.tm_gmtoff * kSecond), at(ticks)};
+    const DateTime utc = DateTime::at(kDay1970 * DateTime::kTicksPerDay + ticks);
+    return {DateTime::at(utc.total() + civil.tm_gmtoff * kSecond), utc};
 }
 
 }  // namespace tsql

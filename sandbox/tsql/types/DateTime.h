@@ -17,6 +17,12 @@ struct DateTime {
     std::int64_t days = kDay1900;  // since 0001-01-01
     std::int64_t ticks = 0;        // 100 ns units since midnight
 
+    static constexpr DateTime at(auto total) {
+        const auto ofDay = (total % kTicksPerDay + kTicksPerDay) % kTicksPerDay;
+        return {static_cast<std::int64_t>((total - ofDay) / kTicksPerDay), static_cast<std::int64_t>(ofDay)};
+    }
+    constexpr std::int64_t total() const { return days * kTicksPerDay + ticks; }  // ticks since 0001-01-01
+
     auto operator<=>(const DateTime&) const = default;
 };
 

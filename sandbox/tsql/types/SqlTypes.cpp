@@ -181,12 +181,9 @@ std::int64_t encodeType(const SqlType& type) {
 }
 
 SqlType decodeType(std::int64_t code) {
-    SqlType type;
-    type.id = static_cast<TypeId>(std::min<std::int64_t>(code & 0xff, std::size(kTypes) - 1));
-    type.precision = static_cast<std::uint8_t>((code >> 8) & 0xff);
-    type.scale = static_cast<std::uint8_t>((code >> 16) & 0xff);
-    type.length = static_cast<int>(static_cast<std::uint32_t>(code >> 24));
-    return type;
+    const auto id = static_cast<TypeId>(std::min<std::int64_t>(code & 0xff, std::size(kTypes) - 1));
+    return {id, static_cast<int>(code >> 24), static_cast<std::uint8_t>(code >> 8),
+            static_cast<std::uint8_t>(code >> 16)};
 }
 
 ConversionRule conversionRule(TypeId from, TypeId to) {
@@ -233,8 +230,9 @@ SqlType commonType(const SqlType& left, const SqlType& right, std::string_view o
     const SqlType& high = leftWins ? left : right;
     const SqlType& low = leftWins ? right : left;
     const bool meet = conversionRule(low.id, high.id) == ConversionRule::Implicit;
-    const bool dates = isDateTime(low.id) && isDateTime(high.id);
-    if (!operatorName.empty() && (isLob(low.id) || isLob(high.id) || (dates && !meet)))
+    const bool mixedDates = isDateTime(low.id) && isDateTime(high.id) &&
+                            (!meet || (low.id == TypeId::Time && isClassicDate(high.id)));
+    if (!operatorName.empty() && (isLob(low.id) || isLob(high.id) || mixedDates))
         throw sqlError(kIncompatibleOperands, {baseName(left.id), baseName(right.id), operatorName});
     if (!meet) throw sqlError(kOperandTypeClash, {baseName(left.id), baseName(right.id)});
     if (high.id == TypeId::Decimal && isExact(low.id)) return joinDecimals(high, asDecimal(low));

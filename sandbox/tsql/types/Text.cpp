@@ -74,25 +74,28 @@ char32_t sortWeight(char32_t c) {
     return alphanumeric ? c + 0x80 : c < 0x80 ? c : c + 0x100;
 }
 
+// Takes a character of a pattern, which `escape` makes a plain one.
+char32_t takeCharacter(std::string_view& pattern, char32_t escape) {
+    const char32_t c = nextCharacter(pattern);
+    return foldCase(escape != 0 && c == escape && !pattern.empty() ? nextCharacter(pattern) : c);
+}
+
 // Matches `c` against a [set] whose opening bracket is consumed, and consumes the rest of the set. A set that
 // is never closed matches nothing.
-bool takeSet(std::string_view& pattern, char32_t c) {
+bool takeSet(std::string_view& pattern, char32_t c, char32_t escape) {
     const auto place = [](char32_t each) { return std::pair(sortWeight(each), each); };
-    std::string_view rest = pattern;
-    const bool negated = rest.starts_with('^');
-    if (negated) rest.remove_prefix(1);
+    const bool negated = pattern.starts_with('^');
+    if (negated) pattern.remove_prefix(1);
     bool found = false;
-    for (bool first = true; !rest.empty() && (first || rest[0] != ']'); first = false) {
-        const char32_t low = foldCase(nextCharacter(rest));
-        char32_t high = low;
-        if (rest.size() > 1 && rest[0] == '-' && rest[1] != ']') {
-            rest.remove_prefix(1);
-            high = foldCase(nextCharacter(rest));
-        }
+    for (bool first = true; !pattern.empty() && (first || pattern[0] != ']'); first = false) {
+        const char32_t low = takeCharacter(pattern, escape);
+        const bool isRange = pattern.size() > 1 && pattern[0] == '-' && pattern[1] != ']';
+        if (isRange) pattern.remove_prefix(1);
+        const char32_t high = isRange ? takeCharacter(pattern, escape) : low;
         found = found || c == low || (place(c) >= place(low) && place(c) <= place(high));
     }
-    if (rest.empty()) return false;
-    pattern = rest.substr(1);
+    if (pattern.empty()) return false;
+    pattern.remove_prefix(1);
     return found != negated;
 }
 
@@ -101,7 +104,7 @@ bool takeElement(std::string_view& pattern, char32_t c, char32_t escape) {
     const char32_t p = nextCharacter(pattern);
     if (escape != 0 && p == escape && !pattern.empty()) return foldCase(nextCharacter(pattern)) == c;
     if (p == U'_') return true;
-    if (p == U'[') return takeSet(pattern, c);
+    if (p == U'[') return takeSet(pattern, c, escape);
     return foldCase(p) == c;
 }
 
@@ -223,8 +226,9 @@ bool matchesLike(std::string_view text, std::string_view pattern, EndBlanks blan
         }
         if (!text.empty() && !pattern.empty()) {
             std::string_view restOfText = text, restOfPattern = pattern;
-            spendWork(1);
-            if (takeElement(restOfPattern, foldCase(nextCharacter(restOfText)), escape)) {
+            const bool matches = takeElement(restOfPattern, foldCase(nextCharacter(restOfText)), escape);
+            spendWork(pattern.size() - restOfPattern.size());
+            if (matches) {
                 text = restOfText, pattern = restOfPattern;
                 continue;
             }

@@ -90,8 +90,11 @@ class Converter {
         throwOverflow(m_from, m_to);
     }
 
-    // Digits; for money and decimals with at most one point, for money also with a currency sign and commas.
+    // Digits; for money and decimals with at most one point, for money also with a currency sign and commas,
+    // or these alone.
     Value exactFromText() const {
+        constexpr std::u32string_view kCurrencySigns = U"$¢£¤¥€\\";
+        constexpr auto npos = std::string::npos;
         std::string_view rest = trimmed(text());
         const bool isMoneyText = isMoney(m_to.id);
         if (m_to.id == TypeId::Bit && (sameText(rest, "true") || sameText(rest, "false")))
@@ -99,13 +102,15 @@ class Converter {
         if (rest.empty() && m_to.id != TypeId::Decimal) return std::int64_t{0};
         bool negative = rest.starts_with('-');
         if (negative || rest.starts_with('+')) rest = trimLeft(rest.substr(1));
-        if (isMoneyText && rest.starts_with('$')) rest = trimLeft(rest.substr(1));
+        std::string_view behindSign = rest;
+        if (isMoneyText && !rest.empty() && kCurrencySigns.find(nextCharacter(behindSign)) != npos)
+            rest = trimLeft(behindSign);
         if (isMoneyText && rest.starts_with('-') && !negative) negative = true, rest.remove_prefix(1);
         const std::size_t point = isInteger(m_to.id) ? rest.size() : std::min(rest.find('.'), rest.size());
         std::string digits(rest.substr(0, point)), fraction(rest.substr(std::min(point + 1, rest.size())));
         if (isMoneyText) std::erase(digits, ',');
         const std::string all = digits + fraction;
-        if (all.empty() || all.find_first_not_of("0123456789") != all.npos)
+        if ((all.empty() && !isMoneyText) || all.find_first_not_of("0123456789") != npos)
             throwBadText(text(), m_from, m_to);
         fraction.resize(std::max<std::size_t>(fraction.size(), m_to.scale + 1U), '0');
         const Int128 value = numberOf(digits.append(fraction, 0, m_to.scale)) + (fraction[m_to.scale] >= '5');
@@ -141,9 +146,9 @@ class Converter {
         const std::size_t width = static_cast<std::size_t>(maxLength(simpleType(m_to.id)));
         for (const std::byte b : bytes.substr(bytes.size() - std::min(bytes.size(), width)))
             bits = bits << 8 | std::to_integer<std::uint64_t>(b);
-        if (m_to.id == TypeId::SmallInt) return std::int64_t{static_cast<std::int16_t>(bits)};
-        if (m_to.id == TypeId::Int) return std::int64_t{static_cast<std::int32_t>(bits)};
-        return m_to.id == TypeId::Bit ? std::int64_t{bits != 0} : static_cast<std::int64_t>(bits);
+        if (m_to.id == TypeId::Bit) return std::int64_t{bits != 0};
+        const std::size_t unused = m_to.id == TypeId::TinyInt ? 0 : 64 - 8 * width;
+        return static_cast<std::int64_t>(bits << unused) >> unused;
     }
 
     double asReal() const {
@@ -162,9 +167,10 @@ class Converter {
     }
 
     double floatFromText() const {
-        std::string_view digits = trimmed(text());
+        std::string digits = lowerAscii(trimmed(text()));
         if (digits.empty()) return 0;
-        if (digits[0] == '+') digits.remove_prefix(1);
+        if (digits[0] == '+' && !digits.starts_with("+-")) digits.erase(0, 1);
+        std::ranges::replace(digits, 'd', 'e');  // 1d3 is 1e3
         double value = 0;
         const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
         if (error == std::errc::result_out_of_range) throwOverflow(m_from, m_to);
@@ -247,19 +253,22 @@ class Converter {
     Value toDateTime() const {
         if (isText(m_from.id))
             return toStorage(parseDateTime(trimmed(text()), m_from, m_to, m_style), m_to, spoken(m_from));
-        if (isDateTime(m_from.id)) return toStorage(fromStorage(text()), m_to, spoken(m_from));
         if (isNumber(m_from.id) && isClassicDate(m_to.id)) return dateTimeFromNumber();
-        throwNotConverted(m_from, m_to);
+        if (!isDateTime(m_from.id)) throwNotConverted(m_from, m_to);
+        DateTime value = fromStorage(text());
+        // A datetime counts 1/300 s. Its storage form shows milliseconds.
+        if (m_from.id == TypeId::DateTime && hasScale(m_to.id))
+            value.ticks = ((value.ticks / 10'000 * 3 + 5) / 10 * 100'000 + 1) / 3;
+        return toStorage(value, m_to, spoken(m_from));
     }
 
     Value dateTimeFromNumber() const {
-        const auto number = std::get<double>(convertValue(m_value, m_from, simpleType(TypeId::Float)));
-        const double whole = std::floor(number);
-        if (std::fabs(whole) > 3e6) throwOverflow(m_from, m_to);
-        const auto ticks =
-            static_cast<std::int64_t>((number - whole) * static_cast<double>(DateTime::kTicksPerDay));
-        return toStorage({DateTime::kDay1900 + static_cast<std::int64_t>(whole), ticks}, m_to,
-                         spoken(m_from));
+        constexpr double kNoDay = 4e6, kTicksPerDay = static_cast<double>(DateTime::kTicksPerDay);
+        const double number = std::clamp(asReal(), -kNoDay, kNoDay), whole = std::floor(number);
+        const DateTime value{DateTime::kDay1900 + static_cast<std::int64_t>(whole),
+                             static_cast<std::int64_t>((number - whole) * kTicksPerDay)};
+        if (!isInRange(value, m_to)) throwOverflow(m_to);
+        return toStorage(value, m_to);
     }
 
     Value toIdentifier() const {

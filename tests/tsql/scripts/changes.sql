@@ -108,3 +108,10 @@ CREATE PROCEDURE q @p int AS UPDATE #x SET v = @p OUTPUT deleted.v + @p AS s, in
 EXEC q 1 --> s int? = 22 | id int = 1 | v int? = 1 (1 rows)
 CREATE TABLE dated (d date, b varbinary(3))
 INSERT dated SELECT NULL, NULL --> (1 changed)
+-- the values of several rows have a common type
+CREATE TABLE unified (a varchar(10), b varchar(10) DEFAULT 'd')
+INSERT unified VALUES ('007', DEFAULT), (1, 'b') INSERT unified (a) VALUES (1), (2.5)
+SELECT * FROM unified
+INSERT unified (a) VALUES ('x'), (1)
+--> (2 changed) (2 changed) --> a varchar(10)? | b varchar(10)? = 7 | d; 1 | b; 1.0 | d; 2.5 | d (4 rows)
+--> Msg 245, Level 16, State 1, Line 5: Conversion failed when converting the varchar value 'x' to data type int.

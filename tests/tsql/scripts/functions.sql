@@ -94,3 +94,6 @@ INSERT Keyed (n) VALUES (1), (2) INSERT Keyed (n) VALUES (3)
 SELECT n FROM Keyed ORDER BY id
 SELECT LEN(id), COUNT(*) FROM Keyed GROUP BY LEN(id) --> (2 changed) (1 changed) --> n int? = 1; 2; 3 (3 rows) --> - int? = 36 | - int? = 3 (1 rows)
 SELECT NoSuchFunction(1) --> Msg 195, Level 15, State 10, Line 1: 'NoSuchFunction' is not a recognized built-in function name.
+SELECT RADIANS(180) a, RADIANS(180.0) b, DEGREES(1) c, DEGREES(PI()) d --> a int? = 3 | b decimal(38,18)? = 3.141592653589793116 | c int? = 57 | d float? = 180 (1 rows)
+SELECT AVG(a) FROM (VALUES (2147483647), (1)) v (a) --> Msg 8115, Level 16, State 2, Line 1: Arithmetic overflow error converting expression to data type int.
+SELECT MIN(CAST(1 AS bit)) --> Msg 8117, Level 16, State 1, Line 1: Operand data type bit is invalid for min operator.

@@ -90,3 +90,6 @@ SELECT * FROM OPENJSON('[1]') --> Msg 50000, Level 16, State 1, Line 1: tsqlbox 
 SELECT 1 FROM sys.objects TABLESAMPLE (10 PERCENT) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support TABLESAMPLE.
 SELECT 1 FROM sys.objects WHERE CONTAINS(name, 'x') --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support CONTAINS.
 WITH XMLNAMESPACES ('u' AS n) SELECT 1 --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support WITH XMLNAMESPACES.
+SELECT x.i, y.i FROM (VALUES (1), (2)) x (i) LEFT JOIN (VALUES (1), (3)) y (i) INNER JOIN (VALUES (1), (2)) z (i) ON y.i = z.i ON x.i = y.i --> i int | i int? = 1 | 1; 2 | NULL (2 rows)
+WITH c AS (SELECT 1 n UNION ALL SELECT n + 1 FROM c WHERE n < 3 UNION ALL SELECT n + 10 FROM c WHERE n < 3) SELECT n FROM c ORDER BY n --> n int? = 1; 2; 3; 11; 12 (5 rows)
+SELECT x.id FROM a (HOLDLOCK, INDEX(0)), a x (UPDLOCK) WHERE x.id = 1 AND a.id = x.id --> id int = 1 (1 rows)

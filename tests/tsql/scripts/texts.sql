@@ -49,3 +49,4 @@ SELECT COUNT(*) FROM (SELECT LTRIM(d) d FROM narrow UNION ALL SELECT d FROM wide
 SELECT id, COUNT(*) OVER (PARTITION BY LTRIM(d)) n, DENSE_RANK() OVER (ORDER BY LTRIM(d)) r FROM wide ORDER BY id --> id int? | n int? | r bigint? = 11 | 2 | 1; 12 | 2 | 1; 13 | 1 | 3; 14 | 1 | 2 (4 rows)
 UPDATE narrow SET id = b.id + 10 FROM narrow a JOIN wide b ON a.c = b.c WHERE b.id = 13
 DELETE a FROM narrow a JOIN wide b ON a.c = b.c WHERE b.id = 13 --> (1 changed) (1 changed)
+SELECT STR(99.99, 4, 2) a, STR(9.99, 1) b, CASE WHEN 'a]b' LIKE 'a[x!]]b' ESCAPE '!' THEN 1 END c, PATINDEX('%', 'abc') d, CASE WHEN 0x41 = 'A' THEN 1 END e --> a varchar(4)? =  100 | b varchar(1)? = * | c int? = 1 | d int? = 1 | e int? = 1 (1 rows)
