@@ -57,26 +57,28 @@ bool ClientConnection::logIn() {
 
 Login ClientConnection::readLogin() {
     Request request = m_channel.readRequest();
-    Encryption encryption = negotiate(m_settings.encryption, EncryptionOption::NotSupported);
+    using enum EncryptionOption;
+    EncryptionOption encryption = negotiate(m_settings.encryption, NotSupported);
     if (request.type == PacketType::Prelogin) {
         encryption = negotiate(m_settings.encryption, parsePrelogin(request.data));
-        Bytes reply = preloginReply(encryption.reply);
+        Bytes reply = preloginReply(encryption);
         m_channel.send(reply, PacketChannel::Extent::AllAndEnd);
-        if (encryption.extent != Encryption::Extent::None) m_channel.startTls(*m_settings.tls);
+        if (encryption != NotSupported) m_channel.startTls(*m_settings.tls);
         request = m_channel.readRequest();
-    } else if (encryption.extent != Encryption::Extent::None) {
+    } else if (encryption != NotSupported) {
         throw ProtocolError("the client did not start TLS, which the server requires");
     }
     if (request.type != PacketType::Login7) throw ProtocolError("the client did not send a login");
-    if (encryption.extent == Encryption::Extent::Login) m_channel.endTls();
+    if (encryption == Off) m_channel.endTls();
     return parseLogin(request.data);
 }
 
 // Throws SqlError if the client may not log in.
 void ClientConnection::checkLogin(Login& login) {
-    if (login.integrated && (m_settings.keytab == nullptr || !authenticate(login)))
+    const bool isIntegrated = !login.sspi.empty();
+    if (isIntegrated && (m_settings.keytab == nullptr || !authenticate(login)))
         throw tsql::sqlError(tsql::kUntrustedLogin);
-    if (!login.integrated && !m_settings.credentials.match(login.userName, login.password))
+    if (!isIntegrated && !m_settings.credentials.match(login.userName, login.password))
         throw tsql::sqlError(tsql::kLoginFailed, {login.userName});
     m_client = {login.userName, login.hostName, login.programName};
     m_initialDatabase = login.database.empty() ? kDefaultDatabase : login.database;
@@ -129,9 +131,8 @@ void ClientConnection::acceptLogin(const Login& login) {
 // Returns false when the session has ended.
 bool ClientConnection::serveRequest(const Request& request) {
     if (request.reset != Request::Reset::None) resetSession(request.reset);
-    const bool isAttention = request.type == PacketType::Attention;
-    if (isAttention || request.isIgnored) {
-        isAttention ? m_response.acknowledgeAttention() : m_response.refuseRequest();
+    if (request.type == PacketType::Attention) {
+        m_response.acknowledgeAttention();
         return true;
     }
     const bool sessionContinues = reportErrors([&] { return execute(request); });
@@ -140,6 +141,10 @@ bool ClientConnection::serveRequest(const Request& request) {
 }
 
 bool ClientConnection::execute(const Request& request) {
+    if (request.isIgnored) {
+        m_response.refuse();
+        return true;
+    }
     if (request.isTooLong)
         throw tsql::SqlError(tsql::kUserDefined,
                              "The request is too long. A batch or procedure call may have 64 MiB.");

@@ -71,16 +71,13 @@ EncryptionOption parsePrelogin(ByteView request) {
     return encryption;
 }
 
-Encryption negotiate(EncryptionMode server, EncryptionOption client) {
+EncryptionOption negotiate(EncryptionMode server, EncryptionOption client) {
     using enum EncryptionOption;
-    using Extent = Encryption::Extent;
     const bool clientSupports = client != NotSupported;
     const bool serverInsists = server == EncryptionMode::Required;
-    if (server == EncryptionMode::None || (!clientSupports && !serverInsists))
-        return {NotSupported, Extent::None};
-    if (client == On || client == Required) return {On, Extent::Connection};
-    if (server == EncryptionMode::Login) return {Off, Extent::Login};
-    return {Required, Extent::Connection};
+    if (server == EncryptionMode::None || (!clientSupports && !serverInsists)) return NotSupported;
+    if (client == On || client == Required) return On;
+    return server == EncryptionMode::Login ? Off : Required;
 }
 
 Bytes preloginReply(EncryptionOption encryption) {
@@ -115,7 +112,7 @@ Login parseLogin(ByteView request) {
     const std::size_t packetSize = reader.u32();
     if (packetSize != 0) login.packetSize = std::clamp(packetSize, kMinPacketSize, kMaxPacketSize);
     reader.skip(13);  // client program version, process id, connection id, first option flags
-    login.integrated = (reader.u8() & kIntegratedSecurity) != 0;
+    const bool isIntegrated = (reader.u8() & kIntegratedSecurity) != 0;
     reader.skip(10);  // type flags, third option flags, time zone, locale
     login.hostName = utf8FromUtf16(readField(reader));
     login.userName = utf8FromUtf16(readField(reader));
@@ -127,7 +124,7 @@ Login parseLogin(ByteView request) {
     readField(reader);  // language
     login.database = utf8FromUtf16(readField(reader));
     reader.skip(6);  // client id
-    if (login.integrated) login.sspi = readSspi(reader);
+    if (isIntegrated) login.sspi = readSspi(reader);
     return login;
 }
 

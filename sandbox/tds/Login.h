@@ -19,19 +19,12 @@ enum class EncryptionMode : std::uint8_t {
     Required,  // like On; other clients are refused
 };
 
-// Result of the negotiation.
-struct Encryption {
-    enum class Extent : std::uint8_t { None, Login, Connection };
-    EncryptionOption reply = EncryptionOption::NotSupported;
-    Extent extent = Extent::None;
-};
-
 // Returns the client's option, NotSupported if the message has none. Throws ProtocolError for an option that
 // points outside the message.
 EncryptionOption parsePrelogin(ByteView request);
 
-// The table of the section.
-Encryption negotiate(EncryptionMode server, EncryptionOption client);
+// Returns the server's reply. NotSupported: nothing is encrypted, Off: only the login is, else everything.
+EncryptionOption negotiate(EncryptionMode server, EncryptionOption client);
 
 // Returns the reply to a PRELOGIN message. MARS is not supported.
 Bytes preloginReply(EncryptionOption encryption);
@@ -41,8 +34,7 @@ Bytes preloginReply(EncryptionOption encryption);
 struct Login {
     Version version = Version::V74;
     std::size_t packetSize = kDefaultPacketSize;
-    bool integrated = false;  // Windows authentication
-    Bytes sspi;               // with it, the client's first token
+    Bytes sspi;               // first token of Windows authentication; empty: there is a password
     std::string hostName;     // as the client reports it
     std::string programName;  // as the client reports it; may be empty
     std::string userName;

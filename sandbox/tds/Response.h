@@ -50,11 +50,7 @@ class Response final : public tsql::ResultSink {
     void endCall();
     // Ends the response with its last DONE token. Acknowledges an attention if one has arrived.
     void finish();
-    // Sends a complete response to a request that was not executed.
-    void refuseRequest() {
-        m_statementFailed = true;
-        finish();
-    }
+    void refuse() { m_statementFailed = true; }  // fails without a message
     // Sends the acknowledgement of an attention, which is a response of its own behind the cancelled one.
     void acknowledgeAttention();
     bool attention() const { return m_attention; }

@@ -7,16 +7,15 @@ constexpr int kFatalSeverity = 20;
 Executor::Executor(Storage& storage, AppLocks& locks, Client client, std::string_view database, int spid)
     : m_storage(storage),
       m_locks(locks),
-      m_connection(storage, [this] { return isCancelled(); }),
+      m_connection(
+          storage, [this] { return isCancelled(); },
+          [this] { changeEntry([](auto& entry) { entry.waited = std::chrono::system_clock::now(); }); }),
       m_client(std::move(client)),
       m_spid(spid) {
     registerFunctions(m_connection.handle(), m_functions);
     m_database = storage.canonicalName(database);
     if (m_database.empty()) throw sqlError(kCannotOpenDatabase, {database});
     m_connection.attach(m_database);
-    m_connection.onWait([this] {
-        changeEntry([](SessionEntry& entry) { entry.waited = std::chrono::system_clock::now(); });
-    });
     changeEntry([this](SessionEntry& entry) {
         entry = {m_client.login, m_client.host, m_client.program, m_database,
                  std::chrono::system_clock::now()};
@@ -293,9 +292,8 @@ TypedValue Executor::evaluate(const Expr& expr) {
 }
 
 std::string Executor::evaluateText(const Expr& expr) {
-    const Value value = evaluate(expr, nvarcharType(SqlType::kMax));
-    const auto* text = std::get_if<std::string>(&value);
-    return text ? *text : std::string();
+    const SqlType text = nvarcharType(SqlType::kMax);
+    return textOf(viewOf(evaluate(expr, text)), text);
 }
 
 int Executor::evaluateInteger(const Expr& expr, TypeId type) {

@@ -53,7 +53,8 @@ Flow Executor::run(const DeclareCursor& declare) {
 
 void Executor::run(const ChangeCursor& change) {
     auto& place = cursorNamed(change.cursor);
-    Cursor& cursor = *place;
+    const std::shared_ptr<Cursor> kept = place;  // a function in the query may deallocate it
+    Cursor& cursor = *kept;
     if (change.verb == CursorVerb::Open) {
         if (cursor.open) throw sqlError(kCursorAlreadyOpen);
         cursor.rows.clear();
@@ -87,17 +88,17 @@ Flow Executor::sendRows(const Cursor& cursor, std::span<const std::vector<Value>
 }
 
 Flow Executor::run(const Fetch& fetch) {
-    Cursor& cursor = *cursorNamed(fetch.cursor);
-    const auto& columns = cursor.query.columns;
-    if (!cursor.open) throw sqlError(kCursorNotOpen);
+    const std::shared_ptr<Cursor> cursor = cursorNamed(fetch.cursor);
+    const auto& columns = cursor->query.columns;
+    if (!cursor->open) throw sqlError(kCursorNotOpen);
     constexpr std::string_view kTypes[] = {"next", "prior", "first", "last", "absolute", "relative"};
-    if (!cursor.scroll && fetch.from != FetchFrom::Next)
+    if (!cursor->scroll && fetch.from != FetchFrom::Next)
         throw sqlError(kForwardOnlyCursor, {kTypes[static_cast<std::size_t>(fetch.from)]});
     if (!fetch.into.empty() && fetch.into.size() != columns.size()) throw sqlError(kCursorColumnCount);
-    const auto rows = cursor.move(fetch.from, fetch.offset ? evaluateInteger(*fetch.offset) : 0, 1);
+    const auto rows = cursor->move(fetch.from, fetch.offset ? evaluateInteger(*fetch.offset) : 0, 1);
     const bool found = !rows.empty();
     m_fetchStatus = found ? 0 : -1;
-    if (fetch.into.empty()) return sendRows(cursor, rows);
+    if (fetch.into.empty()) return sendRows(*cursor, rows);
     for (std::size_t i = 0; found && i < columns.size(); ++i) try {
             setVariable(fetch.into[i], viewOf(rows[0][i]), columns[i].type);
         } catch (const SqlError& error) {

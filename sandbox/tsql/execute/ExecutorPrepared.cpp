@@ -82,7 +82,7 @@ void Executor::callStatement(const StatementCall& places, const Execute& call, c
     runStatement(text, call, places.firstValue, database);
     if (m_error != 0) return;
     run(ChangeCursor{CursorVerb::Open, {name, true}});
-    Cursor& cursor = *m_cursors.at(name);
+    Cursor& cursor = *cursorNamed({name, true});
     const bool fetches = integerArgument(call, places.options) & kAutoFetch;
     sendRows(cursor, cursor.move(fetches ? FetchFrom::Next : FetchFrom::Absolute, 0,
                                  fetches ? integerArgument(call, places.options + 2) : 0));

@@ -253,8 +253,6 @@ void Executor::withIdentities(const TableInfo& target, const std::function<void(
                 std::max<std::int64_t>(lastIdentity(target).value_or(0),
                                        sqlite3_last_insert_rowid(m_connection.handle())) +
                 1;
-            skipIdentities();
-            if (m_transactions == 0) m_givenIdentities.clear();
         }
         throw;
     }

@@ -3,15 +3,14 @@
 
 namespace tsql {
 
-constexpr std::string_view kBegin = "tsqlbox_begin";  // SQLite savepoint at the start of a transaction
-
-// Begins SQLite's transaction before the first change. Reading before that does not fix a snapshot.
+// Begins SQLite's transaction before the first change, and its savepoint. Reading before that does not fix a
+// snapshot.
 void Executor::beforeWrite() {
     if (m_doomed) throw sqlError(kTransactionDoomed);
     if (m_transactions == 0 || m_connection.inTransaction()) return;
     m_connection.run("BEGIN");
     m_knownTables.clear();
-    m_connection.run(std::string("SAVEPOINT ").append(kBegin));
+    m_connection.run("SAVEPOINT tsqlbox_begin");
     m_givenIdentities.clear();
     m_begun = true;
     changeEntry([](SessionEntry& entry) { entry.hasTransaction = true; });
@@ -84,7 +83,7 @@ void Executor::rollBack() {
     endTransaction(TransactionEvent::RolledBack);
     const auto undo = [this] {
         if (!m_givenIdentities.empty()) try {
-                m_connection.run(std::string("ROLLBACK TO ").append(kBegin));
+                m_connection.run("ROLLBACK TO tsqlbox_begin");
                 skipIdentities();
                 return m_connection.run("COMMIT");
             } catch (const SqliteFailure&) {  // the disk is full: identities may be reused

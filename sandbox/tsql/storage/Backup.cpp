@@ -122,13 +122,13 @@ void copyDatabase(sqlite3* from, sqlite3* to, const Progress& progress) {
     execute(from, "BEGIN; SELECT 1 FROM sqlite_master");
     const std::unique_ptr<sqlite3_backup, int (*)(sqlite3_backup*)> copy(
         sqlite3_backup_init(to, "main", from, "main"), sqlite3_backup_finish);
-    if (!copy) throw std::runtime_error(sqlite3_errmsg(to));
+    if (!copy) throw SqliteFailure(to);
     for (int code = SQLITE_OK, tries = 0; code != SQLITE_DONE;) {
         code = sqlite3_backup_step(copy.get(), kPagesAtATime);
         const bool locked = code == SQLITE_BUSY || code == SQLITE_LOCKED;
         if (locked && ++tries == kTriesToLock) throw sqlError(kNoExclusiveAccess);
         if (!locked && code != SQLITE_OK && code != SQLITE_DONE)
-            throw std::runtime_error(sqlite3_errstr(code));
+            throw SqliteFailure(code, sqlite3_errstr(code));
         const int pages = std::max(sqlite3_backup_pagecount(copy.get()), 1);
         progress(locked ? 0 : 100 - sqlite3_backup_remaining(copy.get()) * 100 / pages);
         if (locked) sqlite3_sleep(kPauseMilliseconds);
@@ -182,9 +182,7 @@ BackupHeader backupDatabase(const Storage& storage, std::string_view database, c
         copyDatabase(openDatabaseFile(storage.pathOf(from), OpenMode::Existing).get(), copy.get(), progress);
         header.finished = now();
         writeHeader(copy.get(), header);
-    } catch (const SqlError&) {
-        throw;
-    } catch (const std::runtime_error& error) {
+    } catch (const SqliteFailure& error) {
         throw sqlError(kBackupWriteFailed, {file.string(), error.what()});
     }
     appendChecksum(whole.path, progress);
@@ -204,7 +202,7 @@ BackupHeader readBackupHeader(const fs::path& file, const Progress& progress) {
         "ifnull(name, ''), ifnull(description, '') FROM tsqlbox_backup";
     try {
         sqlite3_exec(openFile(file, SQLITE_OPEN_READONLY, kNoJournal).get(), kQuery, take, &header, nullptr);
-    } catch (const std::runtime_error&) {  // too damaged for SQLite
+    } catch (const SqliteFailure&) {  // too damaged for SQLite
     }
     if (header.database.empty()) throw sqlError(kBackupReadFailed, {file.string()});
     header.bytes = static_cast<std::int64_t>(fs::file_size(file) - kChecksum);
@@ -235,9 +233,7 @@ BackupHeader restoreDatabase(Storage& storage, const fs::path& file, std::string
     verifyBackup(file, progress);
     try {
         putInPlace(file, storage.pathOf(database), progress);
-    } catch (const SqlError&) {
-        throw;
-    } catch (const std::runtime_error& error) {
+    } catch (const SqliteFailure& error) {
         throw sqlError(kInternalConsistency, {error.what()});
     }
     return header;

@@ -65,8 +65,7 @@ bool PreparedStatement::step() {
     const int code = sqlite3_step(m_statement);
     if (code == SQLITE_ROW) return true;
     if (code == SQLITE_DONE) return false;
-    throw SqliteFailure(sqlite3_extended_errcode(m_connection.handle()),
-                        sqlite3_errmsg(m_connection.handle()));
+    throw SqliteFailure(m_connection.handle());
 }
 
 std::string PreparedStatement::text(int column) const {
@@ -75,9 +74,10 @@ std::string PreparedStatement::text(int column) const {
     return text ? std::string(*text) : std::string();
 }
 
-Connection::Connection(Storage& storage, std::function<bool()> cancelled)
+Connection::Connection(Storage& storage, std::function<bool()> cancelled, std::function<void()> noteWait)
     : m_storage(storage),
       m_cancelled(std::move(cancelled)),
+      m_noteWait(std::move(noteWait)),
       m_handle(openDatabaseFile(":memory:", OpenMode::Create)) {
     setLockTimeout(kUsualLockTimeout);
     sqlite3_busy_handler(handle(), waitForLock, this);
@@ -102,7 +102,7 @@ int Connection::waitForLock(void* self, int tries) {
     auto& connection = *static_cast<Connection*>(self);
     const auto now = std::chrono::steady_clock::now();
     if (tries == 0) connection.m_waitEnds = now + connection.m_lockTimeout;
-    if (connection.m_noteWait) connection.m_noteWait();
+    connection.m_noteWait();
     if (now >= connection.m_waitEnds || connection.m_cancelled()) return false;
     std::this_thread::sleep_for(std::min(std::chrono::milliseconds(tries + 1), kLongestPause));
     return true;
@@ -187,7 +187,7 @@ sqlite3_stmt* Connection::borrow(const std::string& sql) {
     const char* tail = nullptr;
     const int code = sqlite3_prepare_v3(handle(), sql.data(), static_cast<int>(sql.size()),
                                         SQLITE_PREPARE_PERSISTENT, &statement, &tail);
-    if (code != SQLITE_OK) throw SqliteFailure(sqlite3_extended_errcode(handle()), sqlite3_errmsg(handle()));
+    if (code != SQLITE_OK) throw SqliteFailure(handle());
     return statement;
 }
 

@@ -12,12 +12,6 @@
 
 namespace tsql {
 
-// Error of SQLite: the extended result code and its text.
-struct SqliteFailure : std::runtime_error {
-    SqliteFailure(int resultCode, const std::string& text) : std::runtime_error(text), code(resultCode) {}
-    int code;
-};
-
 // Names and texts as SQLite's SQL quotes them.
 std::string quotedName(std::string_view name);  // "a""b"
 // prefix"a", prefix"b"
@@ -56,15 +50,14 @@ class PreparedStatement {
 
 class Connection {
   public:
-    // `cancelled` is called while a statement runs or waits for a lock. True ends the statement.
-    Connection(Storage& storage, std::function<bool()> cancelled);
+    // `cancelled` is called while a statement runs or waits for a lock. True ends the statement. `noteWait`
+    // is called while it waits.
+    Connection(Storage& storage, std::function<bool()> cancelled, std::function<void()> noteWait);
     ~Connection();
 
     sqlite3* handle() { return m_handle.get(); }
     // Time limit of waiting for a lock. A negative one restores the default, 10 s.
     void setLockTimeout(std::chrono::milliseconds timeout);
-    // Calls `note` while a statement waits for a lock.
-    void onWait(std::function<void()> note) { m_noteWait = std::move(note); }
     bool inTransaction() { return sqlite3_get_autocommit(handle()) == 0; }
 
     // Attaches the database unless it is attached, and returns the quoted name of its schema. Throws SqlError

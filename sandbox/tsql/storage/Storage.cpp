@@ -56,7 +56,7 @@ SqliteConnection openFile(const fs::path& file, int flags, const std::string& pr
     const int code = sqlite3_open_v2(file.c_str(), &raw, flags | SQLITE_OPEN_NOMUTEX, nullptr);
     SqliteConnection connection(raw);
     if (code != SQLITE_OK || sqlite3_exec(raw, pragmas.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK)
-        throw std::runtime_error("cannot open " + file.string() + ": " + sqlite3_errmsg(raw));
+        throw SqliteFailure(raw, "cannot open " + file.string() + ": ");
     return connection;
 }
 
@@ -69,7 +69,7 @@ SqliteConnection openDatabaseFile(const fs::path& file, OpenMode mode) {
 
 void execute(sqlite3* connection, const std::string& sql) {
     if (sqlite3_exec(connection, sql.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK)
-        throw std::runtime_error(sqlite3_errmsg(connection));
+        throw SqliteFailure(connection);
 }
 
 std::string databaseKey(std::string_view name) {
@@ -128,7 +128,7 @@ void Storage::create(std::string_view name) {
     const fs::path file = pathOf(name);
     try {
         openDatabaseFile(file, OpenMode::Create);
-    } catch (const std::runtime_error& error) {
+    } catch (const SqliteFailure& error) {
         removeFiles(file);
         throw sqlError(kDatabaseNotCreated, {error.what()});
     }

@@ -15,6 +15,13 @@
 
 namespace tsql {
 
+// Error of SQLite: the extended result code and its text.
+struct SqliteFailure : std::runtime_error {
+    SqliteFailure(int resultCode, const std::string& text) : std::runtime_error(text), code(resultCode) {}
+    explicit SqliteFailure(sqlite3* connection, const std::string& action = {})
+        : SqliteFailure(sqlite3_extended_errcode(connection), action + sqlite3_errmsg(connection)) {}
+    int code;
+};
 struct SqliteCloser {
     void operator()(sqlite3* connection) const { sqlite3_close_v2(connection); }
 };
@@ -24,10 +31,9 @@ using SqliteConnection = std::unique_ptr<sqlite3, SqliteCloser>;
 // time-out of 10 s. Throws as openFile().
 enum class OpenMode { Existing, Create };
 SqliteConnection openDatabaseFile(const std::filesystem::path& file, OpenMode mode);
-// Opens a file with SQLite's flags and runs pragmas. Throws std::runtime_error with the file and SQLite's
-// text.
+// Opens a file with SQLite's flags and runs pragmas. Throws SqliteFailure with the file in its text.
 SqliteConnection openFile(const std::filesystem::path& file, int flags, const std::string& pragmas);
-// Runs statements without results. Throws std::runtime_error with SQLite's text.
+// Runs statements without results. Throws SqliteFailure.
 void execute(sqlite3* connection, const std::string& sql);
 
 std::string databaseKey(std::string_view name);  // names with equal keys are one database

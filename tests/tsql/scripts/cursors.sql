@@ -178,3 +178,5 @@ EXEC sp_cursorfetch @c, 1024
 --> Msg 16909, Level 16, State 1, Line 8: sp_cursorfetch: The cursor identifier value provided (0) is not valid.
 --> Msg 50000, Level 16, State 1, Line 9: tsqlbox does not support sp_cursorfetch of type 1024.
 DROP TABLE #read -->
+CREATE FUNCTION frees () RETURNS int AS BEGIN DEALLOCATE g RETURN 1 END -->
+DECLARE g CURSOR FOR SELECT dbo.frees() OPEN g FETCH g --> Msg 16916, Level 16, State 1, Line 1: A cursor with the name 'g' does not exist.
