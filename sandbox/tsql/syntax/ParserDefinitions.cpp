@@ -466,6 +466,7 @@ Statement::Node createModule(Parser& in, CreateModule module) {
     module.name = in.objectName();
     if (module.name.name.starts_with('#')) in.throwUnsupported("temporary procedures");
     if (!module.name.database.empty()) in.throwError(kDatabaseInModuleName, {kind}, module.name.line);
+    if (kind == "PROCEDURE") in.throwIfAt(";", "numbered procedures");
     in.m_procedure = module.name.name;
     bool isQuery = kind == "VIEW";
     if (!isQuery)
@@ -480,6 +481,7 @@ Statement::Node createModule(Parser& in, CreateModule module) {
         if (!isQuery && !module.rows) module.returns = in.type(TypeUse::Declaration);
     }
     moduleOptions(in);
+    in.throwIfAt("FOR REPLICATION", "FOR REPLICATION");
     if (!in.accept("AS") && !module.function) in.throwSyntaxError();
     isQuery ? moduleQuery(in, module) : moduleBody(in, module);
     return module;
