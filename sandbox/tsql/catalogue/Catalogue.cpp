@@ -177,19 +177,12 @@ TableInfo Catalogue::ownTable(const std::string& name) const {
     return table;
 }
 
-std::vector<SchemaInfo> Catalogue::schemas() const {
-    std::vector<SchemaInfo> all = {
-        {"dbo", 1}, {"guest", 2}, {"INFORMATION_SCHEMA", 3, true}, {"sys", 4, true}};
-    const auto builtIn = static_cast<std::int64_t>(all.size());
-    for (auto& schema : objects("o.type = ?1", std::string(kSchema)))
-        all.push_back({std::move(schema.name), schema.id + builtIn});
-    return all;
-}
-
-std::optional<SchemaInfo> Catalogue::schemaNamed(std::string_view name) const {
-    for (const auto& schema : schemas())
-        if (sameText(schema.name, name)) return schema;
-    return std::nullopt;
+std::optional<SchemaInfo> Catalogue::schema(const std::string& column, const Value& value) const {
+    const std::string schemas = inSchema(kSchemas, m_schema);
+    PreparedStatement query(m_connection,
+                            "SELECT name, id FROM " + schemas + " WHERE " + column + " = ?1 COLLATE ts_ci",
+                            {&value, 1});
+    return query.step() ? std::optional(SchemaInfo{query.text(0), query.integer(1)}) : std::nullopt;
 }
 
 bool Catalogue::hasTriggers() const {

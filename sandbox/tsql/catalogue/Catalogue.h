@@ -110,9 +110,15 @@ struct Sequence {
 };
 struct SchemaInfo {
     std::string name;
-    std::int64_t id;          // in sys.schemas
-    bool isOfSystem = false;  // sys, INFORMATION_SCHEMA: without objects of users
+    std::int64_t id;                                        // in sys.schemas
+    bool isOfSystem() const { return id == 3 || id == 4; }  // INFORMATION_SCHEMA, sys
 };
+// Query for the schemas. Those of the catalogue are numbered after the four that every database has. $ is
+// replaced by the schema of SQLite.
+inline constexpr std::string_view kSchemas =
+    R"((SELECT column1 AS name, column2 AS id, column2 AS owner FROM (VALUES ('dbo', 1), ('guest', 2),
+('INFORMATION_SCHEMA', 3), ('sys', 4)) UNION ALL SELECT name, id + 4, iif(stored, stored + 0, 1) FROM $.tsqlbox_objects
+WHERE type = 'SCHEMA') s)";
 // SQLite's type and collation of a column.
 std::string_view storageClass(const SqlType& type);
 inline constexpr std::string_view kUniqueIndex = "UNIQUE";
@@ -157,8 +163,7 @@ class Catalogue {
     std::optional<TableInfo> table(std::string_view key) const;
     TableInfo tableOf(const ObjectInfo& object) const;
     TableInfo ownTable(const std::string& name) const;  // of the catalogue itself, for system procedures
-    std::vector<SchemaInfo> schemas() const;
-    std::optional<SchemaInfo> schemaNamed(std::string_view name) const;
+    std::optional<SchemaInfo> schema(const std::string& column, const Value& value) const;  // of kSchemas
     std::vector<TableColumn> columns(std::int64_t object) const;
     std::vector<ObjectInfo> keysOf(std::int64_t table) const {  // constraints and indexes
         return objects("o.parent = ?1 AND o.type <> 'TR'", table);

@@ -75,10 +75,7 @@ ELSE 'SCHEMA' END; major_id int = g.major + iif(g.class = 3, 4, 0))"},
     {"$EACH(", "json_each('[' || replace(json_quote("},
     {"$)", R"(), ', ', '","') || ']'))"},
     {"$SCHEMA_ID", "(SELECT s.id FROM $SCHEMAS WHERE s.name = ts_schema_of(o.name) COLLATE ts_ci)"},
-    // Those of the catalogue are numbered after the four that every database has.
-    {"$SCHEMAS",
-     R"((SELECT column1 AS name, column2 AS id, column2 AS owner FROM (VALUES ('dbo', 1), ('guest', 2),
-('INFORMATION_SCHEMA', 3), ('sys', 4)) UNION ALL SELECT name, id + 4, iif(stored, stored + 0, 1) FROM $o WHERE type = 'SCHEMA') s)"},
+    {"$SCHEMAS", kSchemas},
     {"$INDEX",
      R"(CASE o.type WHEN 'PK' THEN 1 ELSE 1 + (SELECT count(*) FROM $o p WHERE p.parent = o.parent AND
 p.type IN ('IX', 'UQ') AND p.id <= o.id) END)"},

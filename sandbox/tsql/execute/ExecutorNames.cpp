@@ -138,8 +138,8 @@ ObjectInfo Executor::newObject(const Catalogue& owner, const ObjectName& name, s
     ObjectInfo object{0, name.name, std::string(type)};
     if (owner.isTemporary()) object.stored = name.name + "@" + std::to_string(owner.lastId() + 1);
     if (name.schema.empty() || owner.isTemporary()) return object;
-    const auto schema = owner.schemaNamed(name.schema);
-    if (!schema || schema->isOfSystem) throw sqlError(kUnknownSchema, {name.schema});
+    const auto schema = owner.schema("name", name.schema);
+    if (!schema || schema->isOfSystem()) throw sqlError(kUnknownSchema, {name.schema});
     object.schemaName = schema->name;
     return object;
 }

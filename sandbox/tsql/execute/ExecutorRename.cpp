@@ -47,8 +47,8 @@ void Executor::place(Catalogue& owner, ObjectInfo object, const std::string& sch
 
 void Executor::run(const TransferObject& transfer) {
     define({}, [&](Catalogue& owner) {
-        const auto schema = owner.schemaNamed(transfer.schema);
-        if (!schema || schema->isOfSystem)
+        const auto schema = owner.schema("name", transfer.schema);
+        if (!schema || schema->isOfSystem())
             throw sqlError(kSecurableNotFound, {"alter", "schema", transfer.schema});
         const auto moved = object(transfer.object);
         if (!moved || moved->parent != 0 || !transfer.object.database.empty())

@@ -94,15 +94,13 @@ Value objectDefinition(const SqlCall& call) {
 }
 
 Value schemaNumber(const SqlCall& call) {
-    const auto name = call.count() ? call.text(0) : kDefaultSchema;
-    return orNull(call.session().catalogue({}).schemaNamed(name), &SchemaInfo::id);
+    const std::string name(call.count() ? call.text(0) : kDefaultSchema);
+    return orNull(call.session().catalogue({}).schema("name", name), &SchemaInfo::id);
 }
 
 Value schemaName(const SqlCall& call) {
     if (call.count() == 0) return std::string(kDefaultSchema);
-    for (const auto& schema : call.session().catalogue({}).schemas())
-        if (schema.id == call.integer(0)) return schema.name;
-    return Null{};
+    return orNull(call.session().catalogue({}).schema("id", call.integer(0)), &SchemaInfo::name);
 }
 
 Value columnLength(const SqlCall& call) {

@@ -465,6 +465,7 @@ Statement::Node createModule(Parser& in, CreateModule module) {
     if (isGlobal || (module.name.name.starts_with('#') && kind != "PROCEDURE"))
         in.throwUnsupported((isGlobal ? "global temporary " : "temporary ") + lowerAscii(kind) + "s");
     if (!module.name.database.empty()) in.throwError(kDatabaseInModuleName, {kind}, module.name.line);
+    if (kind == "PROCEDURE") in.throwIfAt(";", "numbered procedures");
     in.m_procedure = module.name.name;
     bool isQuery = kind == "VIEW";
     if (!isQuery)
@@ -479,6 +480,7 @@ Statement::Node createModule(Parser& in, CreateModule module) {
         if (!isQuery && !module.rows) module.returns = in.type(TypeUse::Declaration);
     }
     moduleOptions(in);
+    in.throwIfAt("FOR REPLICATION", "FOR REPLICATION");
     if (!in.accept("AS") && !module.function) in.throwSyntaxError();
     isQuery ? moduleQuery(in, module) : moduleBody(in, module);
     module.locals = std::move(in.m_locals);

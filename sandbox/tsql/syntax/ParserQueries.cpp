@@ -209,7 +209,6 @@ bool atHints(const Parser& in) {
 TableRefPtr joins(Parser& in);
 
 TableRefPtr tableRef(Parser& in) {
-    for (const auto word : {"OPENROWSET", "OPENQUERY", "OPENJSON", "OPENXML"}) in.throwIfAt(word, word);
     for (const auto word : {"INSERT", "UPDATE", "DELETE", "MERGE"})
         in.throwIfAt(word, std::string(word) + " as a source of rows");
     const bool values = in.at("( VALUES");
@@ -414,6 +413,9 @@ ExprPtr Parser::assignedValue(const std::string& variable) {
 
 // Name of a table or table variable.
 ObjectName Parser::tableName() {
+    for (const auto word : {"OPENROWSET", "OPENDATASOURCE", "OPENQUERY", "OPENJSON", "OPENXML", "CHANGETABLE",
+                            "FN_LISTEXTENDEDPROPERTY"})
+        if (at(word) || (at("SYS .") && at(word, 2))) throwUnsupported(word);
     if (!atVariable()) return objectName();
     const Token& name = takeToken();
     throwIfAt(".", "methods of xml");

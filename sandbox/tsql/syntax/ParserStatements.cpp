@@ -176,6 +176,8 @@ Statement::Node transaction(Parser& in) {
     else
         in.accept("WORK");
     in.throwIfAt("WITH MARK", "marked transactions");
+    if (verb == TransactionVerb::Commit)  // no effect: a commit is always durable
+        in.acceptAny({"WITH ( DELAYED_DURABILITY = ON )", "WITH ( DELAYED_DURABILITY = OFF )"});
     return node;
 }
 
@@ -422,7 +424,12 @@ constexpr std::pair<std::string_view, Statement::Node (*)(Parser&)> kStatements[
     {"GRANT", [](Parser& in) { return parsePermissions(in, "G"); }},
     {"DENY", [](Parser& in) { return parsePermissions(in, "D"); }},
     {"REVOKE", [](Parser& in) { return parsePermissions(in, "R"); }},
-    {"TRUNCATE TABLE", [](Parser& in) -> Statement::Node { return Truncate{in.objectName()}; }},
+    {"TRUNCATE TABLE",
+     [](Parser& in) -> Statement::Node {
+         Truncate node{in.objectName()};
+         in.throwIfAt("WITH (", "TRUNCATE TABLE ... WITH PARTITIONS");
+         return node;
+     }},
     {"USE", [](Parser& in) -> Statement::Node { return Use{in.expectName()}; }},
 };
 
