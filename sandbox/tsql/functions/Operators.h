@@ -17,7 +17,6 @@ struct Typed {
     // Value of an integer literal, for arguments that must be literals, such as lengths and styles.
     std::optional<std::int64_t> integer = {};
     int chain = 0;         // number of operators if `sql` is a call of ts_arithmetic
-    bool joined = false;   // `sql` is a concatenation of strings
     bool nullable = true;  // may be NULL
 };
 

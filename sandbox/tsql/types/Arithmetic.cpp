@@ -32,6 +32,16 @@ Value dateResult(BinaryOp op, const CellView& left, const SqlType& leftType, con
                      type);
 }
 
+// Cut to the length of the type.
+Value concatenated(const CellView& left, const CellView& right, const SqlType& type) {
+    Value both = ownedValue(left);
+    if (auto* text = std::get_if<std::string>(&both))
+        text->append(std::get<std::string_view>(right));
+    else
+        std::get<Bytes>(both).append(std::get<Blob>(right));
+    return convertValue(viewOf(both), type, type);
+}
+
 // The type of an exact literal has exactly the precision and scale that are written.
 SqlType typeOfNumber(std::string_view text) {
     if (text.starts_with('$')) return simpleType(TypeId::Money);
@@ -48,6 +58,7 @@ SqlType typeOfNumber(std::string_view text) {
 Value arithmetic(BinaryOp op, const CellView& left, const SqlType& leftType, const CellView& right,
                  const SqlType& rightType, const SqlType& type) {
     if (isNull(left) || isNull(right)) return Null{};
+    if (isText(type.id) || isBinary(type.id)) return concatenated(left, right, type);
     if (isDateTime(type.id)) return dateResult(op, left, leftType, right, rightType, type);
     if (isApproximate(type.id)) {
         const SqlType wide = simpleType(TypeId::Float);
