@@ -5,7 +5,7 @@
 namespace tds {
 namespace {
 
-using tsql::CellView, tsql::DateTime, tsql::Int128, tsql::SqlType, tsql::TypeId, tsql::Value;
+using tsql::CellView, tsql::DateTime, tsql::Int128, tsql::Ticks, tsql::SqlType, tsql::TypeId, tsql::Value;
 
 // ---- types
 
@@ -102,9 +102,8 @@ constexpr std::size_t kTimeStampSize = 8;
 constexpr std::size_t kDateSize = 3;
 constexpr std::size_t kChunkWidth = 4;  // of the length of a chunk
 
-constexpr std::int64_t kUnitsPerSecond = 300;  // of a datetime
-constexpr std::int64_t kTicksPerMinute = 60 * DateTime::kTicksPerSecond;
-constexpr int kTickDigits = 7;  // decimal digits of a second in DateTime::ticks
+using DateTimeUnits = std::chrono::duration<std::int64_t, std::ratio<1, 300>>;
+constexpr int kTickDigits = 7;  // decimal digits of a second in Ticks
 
 const SqlType kGuidBytes{TypeId::Binary, 16, 0, 0};  // form of a uniqueidentifier on the wire
 
@@ -145,21 +144,20 @@ void encodeDecimal(ByteWriter& out, const CellView& value, const SqlType& type) 
 }
 
 void encodeDateTime(ByteWriter& out, const DateTime& value, std::size_t size) {
-    const std::int64_t days = value.days - DateTime::kDay1900;
+    const std::int64_t days = (value.day() - tsql::kDay1900).count();
     const bool isSmall = size == 4;
     if (isSmall && (days < 0 || days > 0xFFFF)) throwOutOfRange("a smalldatetime");
-    const std::int64_t rounded = value.ticks * kUnitsPerSecond + DateTime::kTicksPerSecond / 2;
+    const std::int64_t time = isSmall ? value.time() / std::chrono::minutes(1)
+                                      : std::chrono::round<DateTimeUnits>(value.time()).count();
     out.number(static_cast<std::uint64_t>(days), size / 2);
-    out.number(static_cast<std::uint64_t>(isSmall ? value.ticks / kTicksPerMinute
-                                                  : rounded / DateTime::kTicksPerSecond),
-               size / 2);
+    out.number(static_cast<std::uint64_t>(time), size / 2);
 }
 
 void encodeScaled(ByteWriter& out, const DateTime& value, const SqlType& type) {
     const std::size_t dateBytes = type.id == TypeId::Time ? 0 : kDateSize;
-    const std::int64_t time = value.ticks / tsql::powerOfTen(kTickDigits - type.scale);
+    const std::int64_t time = value.time().count() / tsql::powerOfTen(kTickDigits - type.scale);
     out.number(static_cast<std::uint64_t>(time), sizeOf(type) - dateBytes);
-    out.number(static_cast<std::uint64_t>(value.days), dateBytes);
+    out.number(static_cast<std::uint64_t>((value.day() - tsql::kFirstDay).count()), dateBytes);
 }
 
 void encode(ByteWriter& out, const WireType& type, const CellView& value) {
@@ -180,21 +178,29 @@ void encode(ByteWriter& out, const WireType& type, const CellView& value) {
     size > 0 ? encodeDateTime(out, moment, size) : encodeScaled(out, moment, type.type);
 }
 
-DateTime decodeDateTime(ByteReader in) {
+Value dateCell(tsql::LocalDay first, std::int64_t days, Ticks time, const SqlType& type) {
+    constexpr std::int64_t kMostDays = 4'000'000;  // leave the calendar in any case
+    const DateTime value{first + tsql::days(std::clamp(days, -kMostDays, kMostDays)) + time};
+    if (time != value.time() || !tsql::isInRange(value, type))
+        throw ValueError("a date or time is out of range");
+    return tsql::toStorage(value, type);
+}
+
+Value decodeDateTime(ByteReader in, const SqlType& type) {
     const std::size_t half = in.remaining() / 2;
     const bool isSmall = half == 2;  // unsigned days and minutes
     const auto days = isSmall ? in.u16() : in.signedNumber(half);
-    const auto time = isSmall ? in.u16() * kTicksPerMinute
-                              : in.signedNumber(half) * DateTime::kTicksPerSecond / kUnitsPerSecond;
-    return {days + DateTime::kDay1900, time};
+    const Ticks time = isSmall ? std::chrono::minutes(in.u16())
+                               : std::chrono::duration_cast<Ticks>(DateTimeUnits(in.signedNumber(half)));
+    return dateCell(tsql::kDay1900, days, time, type);
 }
 
-DateTime decodeScaled(ByteReader in, const SqlType& type) {
+Value decodeScaled(ByteReader in, const SqlType& type) {
     if (in.remaining() != sizeOf(type)) throw ProtocolError("invalid length of a date or time parameter");
     const std::size_t dateBytes = type.id == TypeId::Time ? 0 : kDateSize;
     const auto time = static_cast<std::int64_t>(in.number(in.remaining() - dateBytes));
-    return {static_cast<std::int64_t>(in.number(dateBytes)),
-            time * tsql::powerOfTen(kTickDigits - type.scale)};
+    return dateCell(tsql::kFirstDay, static_cast<std::int64_t>(in.number(dateBytes)),
+                    Ticks(time * tsql::powerOfTen(kTickDigits - type.scale)), type);
 }
 
 // Without an offset, a datetimeoffset compares and converts like a datetime2.
@@ -240,10 +246,7 @@ Value decode(const WireType& type, ByteView data) {
     if (id == TypeId::VarChar) return type.utf8 ? Bytes(data) : utf8FromCodePage1252(data);
     if (!tsql::isDateTime(id)) return in.signedNumber(data.size());
     if (type.form.id == kDateTimeOffset) in = withoutOffset(data);
-    const DateTime value = type.form.size > 0 ? decodeDateTime(in) : decodeScaled(in, type.type);
-    if (value.ticks < 0 || value.ticks >= DateTime::kTicksPerDay || !tsql::isInRange(value, type.type))
-        throw ValueError("a date or time is out of range");
-    return tsql::toStorage(value, type.type);
+    return type.form.size > 0 ? decodeDateTime(in, type.type) : decodeScaled(in, type.type);
 }
 
 }  // namespace

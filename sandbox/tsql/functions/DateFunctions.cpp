@@ -34,8 +34,8 @@ std::string writePart(const FunctionInfo& function, Pieces pieces, const SqlType
 Value runEndOfMonth(const SqlCall& call) {
     const SqlType type = simpleType(TypeId::Date);
     const std::int64_t months = call.count() > 1 ? call.integer(1) : 0;
-    const CivilDate date = civilFromDays(dateAdd(DatePart::Month, months, call.dateTime(0), type).days);
-    return toStorage({daysFromCivil(date.year() / date.month() / std::chrono::last), 0}, type);
+    const CivilDate date(dateAdd(DatePart::Month, months, call.dateTime(0), type).day());
+    return toStorage({LocalDay(date.year() / date.month() / std::chrono::last)}, type);
 }
 
 // Type of which the last argument is the scale.
@@ -52,15 +52,15 @@ Value runFromParts(const SqlCall& call) {
     const SqlType type = call.resultType();
     const auto part = [&](std::size_t i) { return i + 1 < call.count() ? call.integer(i) : 0; };
     const std::size_t clock = type.id == TypeId::Time ? 0 : 3;  // index of the hour
-    const auto days = clock ? daysFromParts(part(0), part(1), part(2)) : DateTime::kDay1900;
+    const auto day = clock ? dayOf(part(0), part(1), part(2)) : kDay1900;
     const std::int64_t units[] = {24, 60, 60, powerOfTen(type.scale)};
     std::int64_t fractions = 0;
-    bool valid = days.has_value();
+    bool valid = day.has_value();
     for (std::size_t i = 0; i < std::size(units); ++i) {
         valid = valid && part(clock + i) >= 0 && part(clock + i) < units[i];
         fractions = valid ? fractions * units[i] + part(clock + i) : 0;
     }
-    const DateTime value{days.value_or(0), fractions * (DateTime::kTicksPerSecond / units[3])};
+    const DateTime value{day.value_or(kDay1900) + Ticks(fractions * powerOfTen(7 - type.scale))};
     if (!valid || !isInRange(value, type)) throw sqlError(kInvalidDateParts, {baseName(type.id)});
     return toStorage(value, type);
 }

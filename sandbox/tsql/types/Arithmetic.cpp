@@ -20,16 +20,13 @@ Value floatResult(BinaryOp op, double left, double right, const SqlType& type) {
 // datetime plus or minus a number: the number counts days; a datetime counts as its days since 1900.
 Value dateResult(BinaryOp op, const CellView& left, const SqlType& leftType, const CellView& right,
                  const SqlType& rightType, const SqlType& type) {
-    constexpr Int128 kDay = DateTime::kTicksPerDay;
     const auto ticks = [&](const CellView& value, const SqlType& from) {
-        const DateTime at = fromStorage(std::get<std::string>(convertValue(value, from, type)));
-        return (at.days - DateTime::kDay1900) * kDay + at.ticks;
+        return fromStorage(std::get<std::string>(convertValue(value, from, type))).at - kDay1900;
     };
-    const Int128 first = ticks(left, leftType), second = ticks(right, rightType);
-    const Int128 total = DateTime::kDay1900 * kDay + first + (op == BinaryOp::Add ? second : -second);
-    if (total < 0) throwOverflow(type);
-    return toStorage({static_cast<std::int64_t>(total / kDay), static_cast<std::int64_t>(total % kDay)},
-                     type);
+    const Ticks first = ticks(left, leftType), second = ticks(right, rightType);
+    const DateTime result{kDay1900 + first + (op == BinaryOp::Add ? second : -second)};
+    if (result.at < kFirstDay) throwOverflow(type);
+    return toStorage(result, type);
 }
 
 // Cut to the length of the type.

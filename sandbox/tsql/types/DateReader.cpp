@@ -98,7 +98,7 @@ class DateReader {
         if ((half == 'A' && hour > 12) || (half == 'P' && hour == 0)) return false;
         if (half != ' ' && hour <= 12) hour = hour % 12 + (half == 'P' ? 12 : 0);
         m_inRange = hour < 24 && part(1) < 60 && part(2) < 60;
-        m_result.ticks = ((hour * 60LL + part(1)) * 60 + part(2)) * DateTime::kTicksPerSecond;
+        m_result.at += std::chrono::seconds((hour * 60LL + part(1)) * 60 + part(2));
         return form.size() < 7 || addFraction(numbers[3], form[5] == ':');
     }
 
@@ -107,7 +107,7 @@ class DateReader {
         constexpr int kTickDigits = 7;
         if (fraction.digits > (thousandths ? 3 : m_fractionDigits)) return false;
         const int digits = thousandths ? 3 : static_cast<int>(fraction.digits);
-        m_result.ticks += fraction.value * powerOfTen(kTickDigits - digits);
+        m_result.at += Ticks(fraction.value * powerOfTen(kTickDigits - digits));
         return true;
     }
 
@@ -137,9 +137,9 @@ class DateReader {
 
     bool setDay(const Number& year, int month, int day) {
         const int century = year.digits > 2 ? 0 : year.value < kTwoDigitCutoff ? 2000 : 1900;
-        const auto days = daysFromParts(century + year.value, month, day);
-        m_inRange = m_inRange && days;
-        m_result.days = days.value_or(0);
+        const auto date = dayOf(century + year.value, month, day);
+        m_inRange = m_inRange && date;
+        m_result.at = date.value_or(kDay1900) + m_result.time();
         return true;
     }
 

@@ -10,14 +10,9 @@
 namespace tsql {
 namespace {
 
-using std::chrono::days, std::chrono::sys_days, std::chrono::year;
+using std::chrono::hours, std::chrono::minutes, std::chrono::seconds, std::chrono::weekday, std::chrono::year;
 
-constexpr std::int64_t kSecond = DateTime::kTicksPerSecond;
-constexpr std::int64_t kMinute = 60 * kSecond;
-constexpr std::int64_t kHour = 60 * kMinute;
-constexpr sys_days kFirstDay{year(1) / 1 / 1};
-constexpr std::int64_t kLastDay = (sys_days(year(9999) / 12 / 31) - kFirstDay).count();
-constexpr std::int64_t kDay1970 = (sys_days() - kFirstDay).count();
+constexpr std::int64_t kSecond = Ticks(seconds(1)).count(), kMinute = 60 * kSecond;
 
 constexpr std::string_view kMonths[] = {"January",   "February", "March",    "April",
                                         "May",       "June",     "July",     "August",
@@ -31,13 +26,14 @@ constexpr std::string_view kIsoDate = "yyyy-MM-dd", kIsoTime = "HH:mm:ss.\2";
 
 // Formats a value. The pattern is one of FORMAT without quotes, and may have marks of CONVERT.
 std::string written(std::string_view pattern, const DateTime& value, int scale = 0) {
-    const CivilDate date = civilFromDays(value.days);
-    const std::int64_t hour = value.ticks / kHour, month = unsigned{date.month()};
+    const CivilDate date(value.day());
+    const std::chrono::hh_mm_ss clock(value.time());
+    const std::int64_t hour = clock.hours().count(), month = unsigned{date.month()};
     const std::pair<char, std::int64_t> numbers[] = {
-        {'y', int{date.year()}},          {'M', month},
-        {'d', unsigned{date.day()}},      {'H', hour},
-        {'h', (hour + 11) % 12 + 1},      {'m', value.ticks / kMinute % 60},
-        {'s', value.ticks / kSecond % 60}};
+        {'y', int{date.year()}},       {'M', month},
+        {'d', unsigned{date.day()}},   {'H', hour},
+        {'h', (hour + 11) % 12 + 1},   {'m', clock.minutes().count()},
+        {'s', clock.seconds().count()}};
     std::string text;
     for (std::size_t length = 1; !pattern.empty(); pattern.remove_prefix(length)) {
         const char letter = pattern[0];
@@ -47,12 +43,12 @@ std::string written(std::string_view pattern, const DateTime& value, int scale =
         if (letter == kScaled && scale == 0)
             text.pop_back();  // drops the point of an empty fraction
         else if (letter == 'f' || letter == kScaled)
-            text +=
-                std::to_string(powerOfTen(places) + value.ticks % kSecond / powerOfTen(7 - places)).substr(1);
+            text += std::to_string(powerOfTen(places) + clock.subseconds().count() / powerOfTen(7 - places))
+                        .substr(1);
         else if (letter == 't')
             text.append(hour < 12 ? "AM" : "PM", std::min<std::size_t>(length, 2));
         else if (length > 2 && (letter == 'M' || letter == 'd'))
-            text += (letter == 'M' ? kMonths[month - 1] : kWeekdays[(value.days + 1) % 7])
+            text += (letter == 'M' ? kMonths[month - 1] : kWeekdays[weekday(value.day()).c_encoding()])
                         .substr(0, length == 3 ? 3 : 9);
         else if (number == std::end(numbers))
             text.append(pattern.substr(0, length));
@@ -68,14 +64,16 @@ std::string written(std::string_view pattern, const DateTime& value, int scale =
     return text;
 }
 
-std::int64_t roundedTicks(std::int64_t ticks, const SqlType& type) {
+// Rounds a time of day to the precision of the type.
+Ticks rounded(Ticks time, const SqlType& type) {
+    const std::int64_t ticks = time.count();
     // datetime counts 1/300 s: the last digit of its milliseconds is 0, 3 or 7.
     if (type.id == TypeId::DateTime)
-        return ((ticks * 300 + kSecond / 2) / kSecond * 1000 + 150) / 300 * (kSecond / 1000);
+        return std::chrono::milliseconds(((ticks * 300 + kSecond / 2) / kSecond * 1000 + 150) / 300);
     // smalldatetime: 29.998 s rounds down, 29.999 s rounds up.
-    if (type.id == TypeId::SmallDateTime) return (ticks + 30 * kSecond + kSecond / 1000) / kMinute * kMinute;
+    if (type.id == TypeId::SmallDateTime) return minutes((ticks + 30 * kSecond + kSecond / 1000) / kMinute);
     const std::int64_t unit = powerOfTen(7 - type.scale);
-    return (ticks + unit / 2) / unit * unit;
+    return Ticks((ticks + unit / 2) / unit * unit);
 }
 
 // CONVERT's styles as patterns of written(). 100 to 114 are the same as 0 to 14, 120 and 121 as 20 and 21.
@@ -128,40 +126,47 @@ Style styleFor(int number, const SqlType& type) {
     throw sqlError(kInvalidStyle, {std::to_string(number), baseName(type.id)});
 }
 
-std::int64_t dayOfYear(std::int64_t day) {
-    return day - daysFromCivil(civilFromDays(day).year() / 1 / 1) + 1;
+std::int64_t yearOf(LocalDay day) {
+    return int{CivilDate(day).year()};
 }
 
-// Number of Sundays up to `day`: weeks begin on Sunday, and 0001-01-01 is a Monday.
-std::int64_t sundayWeeks(std::int64_t day) {
-    return (day + 1) / 7;
+std::int64_t monthOf(LocalDay day) {
+    return unsigned{CivilDate(day).month()};
 }
 
-std::int64_t monthOf(std::int64_t day) {
-    return unsigned{civilFromDays(day).month()};
+std::int64_t dayOfYear(LocalDay day) {
+    return (day - LocalDay(CivilDate(day).year() / 1 / 1)).count() + 1;
+}
+
+// Number of Sundays up to `day`. The first day is a Monday.
+std::int64_t sundayWeeks(LocalDay day) {
+    return floor<std::chrono::weeks>(day - kFirstDay + days(1)).count();
 }
 
 struct PartFacts {
-    std::string_view names;                             // the first one is shown
-    std::int64_t months = 0;                            // length in months; 0 for other parts
-    std::int64_t nanoseconds = 0;                       // length of the other parts
-    std::int64_t cycle = 0;                             // clock parts: how many make the next larger part
-    std::int64_t (*ofDay)(std::int64_t day) = nullptr;  // date parts: value on a day
+    std::string_view names;                     // the first one is shown
+    std::int64_t months = 0;                    // length in months; 0 for other parts
+    std::int64_t nanoseconds = 0;               // length of the other parts
+    std::int64_t cycle = 0;                     // clock parts: how many make the next larger part
+    std::int64_t (*ofDay)(LocalDay) = nullptr;  // date parts: value on a day
 };
-constexpr std::int64_t kNanosADay = DateTime::kTicksPerDay * 100;
+constexpr std::int64_t kNanosADay = std::chrono::nanoseconds(days(1)).count();
 // In the order of DatePart.
 constexpr PartFacts kParts[] = {
-    {"year yy yyyy", 12, 0, 0, [](auto day) { return std::int64_t{int{civilFromDays(day).year()}}; }},
-    {"quarter qq q", 3, 0, 0, [](auto day) { return (monthOf(day) + 2) / 3; }},
+    {"year yy yyyy", 12, 0, 0, yearOf},
+    {"quarter qq q", 3, 0, 0, [](LocalDay day) { return (monthOf(day) + 2) / 3; }},
     {"month mm m", 1, 0, 0, monthOf},
     {"dayofyear dy y", 0, kNanosADay, 0, dayOfYear},
-    {"day dd d", 0, kNanosADay, 0, [](auto day) { return std::int64_t{unsigned{civilFromDays(day).day()}}; }},
+    {"day dd d", 0, kNanosADay, 0, [](LocalDay day) { return std::int64_t{unsigned{CivilDate(day).day()}}; }},
     {"week wk ww", 0, 7 * kNanosADay, 0,
-     [](auto day) { return sundayWeeks(day) - sundayWeeks(day - dayOfYear(day) + 1) + 1; }},
+     [](LocalDay day) { return sundayWeeks(day) - sundayWeeks(day - days(dayOfYear(day) - 1)) + 1; }},
     {"iso_week isowk isoww", 0, kNanosADay, 0,  // an ISO week belongs to the year of its Thursday
-     [](auto day) { return (dayOfYear(day - day % 7 + 3) - 1) / 7 + 1; }},
-    {"weekday dw w", 0, kNanosADay, 0, [](auto day) { return (day + 1) % 7 + 1; }},
-    {"hour hh", 0, kHour * 100, 24},
+     [](LocalDay day) {
+         return (dayOfYear(day - (weekday(day) - std::chrono::Monday) + days(3)) - 1) / 7 + 1;
+     }},
+    {"weekday dw w", 0, kNanosADay, 0,
+     [](LocalDay day) { return std::int64_t{weekday(day).c_encoding()} + 1; }},
+    {"hour hh", 0, kNanosADay / 24, 24},
     {"minute mi n", 0, kMinute * 100, 60},
     {"second ss s", 0, kSecond * 100, 60},
     {"millisecond ms", 0, 1'000'000, 1'000},
@@ -173,33 +178,24 @@ const PartFacts& factsOf(DatePart part) {
     return kParts[static_cast<std::size_t>(part)];
 }
 
-// Nanoseconds since 0001-01-01.
-Int128 nanosecondsOf(const DateTime& value) {
-    return (static_cast<Int128>(value.days) * DateTime::kTicksPerDay + value.ticks) * 100;
+Int128 nanosecondsOf(const DateTime& value) {  // since 0001-01-01
+    return static_cast<Int128>((value.at - kFirstDay).count()) * 100;
 }
 
 DateTime addMonths(const DateTime& value, std::int64_t months) {
     constexpr std::int64_t kMostMonths = 120'000;  // more leave the calendar in any case
     CivilDate date =
-        civilFromDays(value.days) + std::chrono::months(std::clamp(months, -kMostMonths, kMostMonths));
+        CivilDate(value.day()) + std::chrono::months(std::clamp(months, -kMostMonths, kMostMonths));
     if (!date.ok()) date = date.year() / date.month() / std::chrono::last;  // January 31 plus one month
-    return {daysFromCivil(date), value.ticks};
+    return {LocalDay(date) + value.time()};
 }
 
 }  // namespace
 
-std::int64_t daysFromCivil(const CivilDate& date) {
-    return (sys_days(date) - kFirstDay).count();
-}
-
-CivilDate civilFromDays(std::int64_t number) {
-    return kFirstDay + days(number);
-}
-
-std::optional<std::int64_t> daysFromParts(std::int64_t y, std::int64_t m, std::int64_t d) {
+std::optional<LocalDay> dayOf(std::int64_t y, std::int64_t m, std::int64_t d) {
     if (y < 1 || y > 9999 || m < 1 || m > 12 || d < 1 || d > 31) return std::nullopt;
     const CivilDate date = year(static_cast<int>(y)) / static_cast<int>(m) / static_cast<int>(d);
-    return date.ok() ? std::optional(daysFromCivil(date)) : std::nullopt;
+    return date.ok() ? std::optional<LocalDay>(date) : std::nullopt;
 }
 
 DateTime fromStorage(std::string_view text) {
@@ -211,32 +207,31 @@ DateTime fromStorage(std::string_view text) {
     };
     DateTime result;
     if (text.size() >= 10 && text[4] == '-') {
-        result.days = daysFromCivil(year(number(0, 4)) / number(5, 2) / number(8, 2));
+        result.at = LocalDay(year(number(0, 4)) / number(5, 2) / number(8, 2));
         text.remove_prefix(std::min<std::size_t>(11, text.size()));
     }
     if (text.size() < 8) return result;
-    result.ticks = number(0, 2) * kHour + number(3, 2) * kMinute + number(6, 2) * kSecond;
+    result.at += hours(number(0, 2)) + minutes(number(3, 2)) + seconds(number(6, 2));
     if (text.size() > 9)
-        result.ticks +=
-            number(9, 7) * powerOfTen(7 - static_cast<int>(std::min<std::size_t>(7, text.size() - 9)));
+        result.at +=
+            Ticks(number(9, 7) * powerOfTen(7 - static_cast<int>(std::min<std::size_t>(7, text.size() - 9))));
     return result;
 }
 
 bool isInRange(const DateTime& value, const SqlType& type) {
     const bool small = type.id == TypeId::SmallDateTime;
-    const std::int64_t first = small                         ? DateTime::kDay1900
-                               : type.id == TypeId::DateTime ? daysFromCivil(year(1753) / 1 / 1)
-                                                             : 0;
-    return value.days >= first && value.days <= (small ? daysFromCivil(year(2079) / 6 / 6) : kLastDay);
+    const LocalDay first = small                         ? kDay1900
+                           : type.id == TypeId::DateTime ? LocalDay(year(1753) / 1 / 1)
+                                                         : kFirstDay;
+    return value.at >= first && value.at < LocalDay(small ? year(2079) / 6 / 7 : year(10000) / 1 / 1);
 }
 
 std::string toStorage(const DateTime& value, const SqlType& type, std::string_view from) {
     if (type.id == TypeId::Date) return written(kIsoDate, value);
-    const std::int64_t ticks = roundedTicks(value.ticks, type);
-    const DateTime rounded{value.days + ticks / DateTime::kTicksPerDay, ticks % DateTime::kTicksPerDay};
-    if (type.id == TypeId::Time) return written(kIsoTime, rounded, type.scale);
-    if (!isInRange(rounded, type)) throw sqlError(kDateOutOfRange, {from, baseName(type.id)});
-    return written("yyyy-MM-dd HH:mm:ss.\2", rounded, type.scale);
+    const DateTime kept{value.day() + rounded(value.time(), type)};
+    if (type.id == TypeId::Time) return written(kIsoTime, kept, type.scale);
+    if (!isInRange(kept, type)) throw sqlError(kDateOutOfRange, {from, baseName(type.id)});
+    return written("yyyy-MM-dd HH:mm:ss.\2", kept, type.scale);
 }
 
 std::string formatDateTime(const DateTime& value, const SqlType& type, int style) {
@@ -247,7 +242,7 @@ std::string formatDateTime(const DateTime& value, const SqlType& type, int style
     const Style pattern = styleFor(style, type);
     std::string whole(pattern.date);
     if (!whole.empty() && !pattern.time.empty()) whole += iso8601 ? 'T' : ' ';
-    const int scale = iso8601 && value.ticks % kSecond == 0 ? 0 : classic ? 3 : type.scale;
+    const int scale = iso8601 && value.time().count() % kSecond == 0 ? 0 : classic ? 3 : type.scale;
     // Styles below 100 have a two-digit year, except 0, 9, 13 and those from 20 on.
     if (style > 0 && style < 20 && style != 9 && style != 13) boost::replace_all(whole, "yyyy", "yy");
     std::string time(pattern.time);
@@ -279,13 +274,14 @@ std::string_view nameOf(DatePart part) {
 }
 
 DateTime dateAdd(DatePart part, std::int64_t number, const DateTime& value, const SqlType& type) {
-    constexpr std::int64_t kDay = DateTime::kTicksPerDay;
+    constexpr Int128 kMost = Ticks(days(4'000'000)).count();  // leaves the calendar in any case
     const PartFacts& facts = factsOf(part);
     const Int128 moved = nanosecondsOf(value) + static_cast<Int128>(number) * facts.nanoseconds;
     const Int128 ticks = (moved + (moved < 0 ? -50 : 50)) / 100;
-    const auto ofDay = static_cast<std::int64_t>((ticks % kDay + kDay) % kDay);
+    const Int128 kept =
+        type.id == TypeId::Time ? ticks % Ticks(days(1)).count() : std::clamp(ticks, -kMost, kMost);
     const DateTime result = facts.months ? addMonths(value, number * facts.months)
-                                         : DateTime{static_cast<std::int64_t>((ticks - ofDay) / kDay), ofDay};
+                                         : DateTime{kFirstDay + Ticks(static_cast<std::int64_t>(kept))};
     if (type.id != TypeId::Time && !isInRange(result, type))
         throw sqlError(kDateAddOverflow, {baseName(type.id)});
     return result;
@@ -293,10 +289,10 @@ DateTime dateAdd(DatePart part, std::int64_t number, const DateTime& value, cons
 
 std::int64_t dateDiff(DatePart part, const DateTime& start, const DateTime& end) {
     const PartFacts& facts = factsOf(part);
-    if (part == DatePart::Week) return sundayWeeks(end.days) - sundayWeeks(start.days);
+    if (part == DatePart::Week) return sundayWeeks(end.day()) - sundayWeeks(start.day());
     const auto units = [&](const DateTime& value) -> Int128 {
         if (!facts.months) return nanosecondsOf(value) / facts.nanoseconds;
-        return (datePart(DatePart::Year, value) * 12 + monthOf(value.days) - 1) / facts.months;
+        return (yearOf(value.day()) * 12 + monthOf(value.day()) - 1) / facts.months;
     };
     const Int128 difference = units(end) - units(start);
     if (difference > INT64_MAX || difference < INT64_MIN) throw sqlError(kDateDiffOverflow);
@@ -305,7 +301,8 @@ std::int64_t dateDiff(DatePart part, const DateTime& start, const DateTime& end)
 
 std::int64_t datePart(DatePart part, const DateTime& value) {
     const PartFacts& facts = factsOf(part);
-    return facts.ofDay ? facts.ofDay(value.days) : value.ticks * 100 / facts.nanoseconds % facts.cycle;
+    return facts.ofDay ? facts.ofDay(value.day())
+                       : value.time().count() * 100 / facts.nanoseconds % facts.cycle;
 }
 
 std::string dateName(DatePart part, const DateTime& value) {
@@ -320,16 +317,12 @@ std::string_view monthName(int month) {
 }
 
 Now timeNow() {
-    using Ticks = std::chrono::duration<std::int64_t, std::ratio<1, kSecond>>;
-    const auto now = std::chrono::system_clock::now().time_since_epoch();
-    const std::int64_t ticks = std::chrono::duration_cast<Ticks>(now).count();
-    const std::time_t seconds = ticks / kSecond;
+    const auto utc = floor<Ticks>(std::chrono::system_clock::now());
+    const std::time_t now = std::chrono::system_clock::to_time_t(utc);
     std::tm civil{};
-    localtime_r(&seconds, &civil);
-    const auto at = [](std::int64_t sinceDay1970) -> DateTime {
-        return {kDay1970 + sinceDay1970 / DateTime::kTicksPerDay, sinceDay1970 % DateTime::kTicksPerDay};
-    };
-    return {at(ticks + civil.tm_gmtoff * kSecond), at(ticks)};
+    localtime_r(&now, &civil);
+    const LocalTime at(utc.time_since_epoch());
+    return {{at + seconds(civil.tm_gmtoff)}, {at}};
 }
 
 }  // namespace tsql

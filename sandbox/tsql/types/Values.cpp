@@ -174,9 +174,8 @@ class Converter {
     }
 
     double dayNumber() const {
-        const DateTime value = fromStorage(text());
-        return static_cast<double>(value.days - DateTime::kDay1900 +
-                                   static_cast<long double>(value.ticks) / DateTime::kTicksPerDay);
+        const std::chrono::duration<long double, days::period> number = fromStorage(text()).at - kDay1900;
+        return static_cast<double>(number.count());
     }
 
     Value toText() const {
@@ -256,10 +255,9 @@ class Converter {
         const auto number = std::get<double>(convertValue(m_value, m_from, simpleType(TypeId::Float)));
         const double whole = std::floor(number);
         if (std::fabs(whole) > 3e6) throwOverflow(m_from, m_to);
-        const auto ticks =
-            static_cast<std::int64_t>((number - whole) * static_cast<double>(DateTime::kTicksPerDay));
-        return toStorage({DateTime::kDay1900 + static_cast<std::int64_t>(whole), ticks}, m_to,
-                         spoken(m_from));
+        const std::chrono::duration<double, days::period> time(number - whole);
+        const LocalDay day = kDay1900 + days(static_cast<int>(whole));
+        return toStorage({day + std::chrono::duration_cast<Ticks>(time)}, m_to, spoken(m_from));
     }
 
     Value toIdentifier() const {
