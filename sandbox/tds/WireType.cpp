@@ -9,40 +9,38 @@ using tsql::CellView, tsql::DateTime, tsql::Int128, tsql::Ticks, tsql::SqlType, 
 
 // ---- types
 
-constexpr std::uint8_t kDateTimeOffset = 0x2B;  // a datetime2 in UTC and the offset in minutes
-
 // Data types, [MS-TDS] 2.2.5.4. A type is sent in its first form. The other forms are only accepted from
 // clients.
 constexpr WireForm kForms[] = {
-    {0x68, Framing::Byte, 1, TypeId::Bit, 0x32},             // BITN, BIT
-    {0x26, Framing::Byte, 1, TypeId::TinyInt, 0x30},         // INTN, INT1
-    {0x26, Framing::Byte, 2, TypeId::SmallInt, 0x34},        // INTN, INT2
-    {0x26, Framing::Byte, 4, TypeId::Int, 0x38},             // INTN, INT4
-    {0x26, Framing::Byte, 8, TypeId::BigInt, 0x7F},          // INTN, INT8
-    {0x6A, Framing::Byte, 0, TypeId::Decimal},               // DECIMALN
-    {0x6C, Framing::Byte, 0, TypeId::Decimal},               // NUMERICN
-    {0x6E, Framing::Byte, 4, TypeId::SmallMoney, 0x7A},      // MONEYN, MONEY4
-    {0x6E, Framing::Byte, 8, TypeId::Money, 0x3C},           // MONEYN, MONEY
-    {0x6D, Framing::Byte, 4, TypeId::Real, 0x3B},            // FLOATN, FLOAT4
-    {0x6D, Framing::Byte, 8, TypeId::Float, 0x3E},           // FLOATN, FLOAT8
-    {0x28, Framing::Byte, 0, TypeId::Date},                  // DATEN
-    {0x29, Framing::Byte, 0, TypeId::Time},                  // TIMEN
-    {0x2A, Framing::Byte, 0, TypeId::DateTime2},             // DATETIME2N
-    {kDateTimeOffset, Framing::Byte, 0, TypeId::DateTime2},  // DATETIMEOFFSETN
-    {0x6F, Framing::Byte, 4, TypeId::SmallDateTime, 0x3A},   // DATETIMEN, DATETIME4
-    {0x6F, Framing::Byte, 8, TypeId::DateTime, 0x3D},        // DATETIMEN, DATETIME
-    {0x24, Framing::Byte, 16, TypeId::UniqueIdentifier},     // GUID
-    {0xEF, Framing::Short, 0, TypeId::NChar},                // NCHAR
-    {0xE7, Framing::Short, 0, TypeId::NVarChar},             // NVARCHAR
-    {0xAF, Framing::Short, 0, TypeId::Char},                 // BIGCHAR
-    {0xA7, Framing::Short, 0, TypeId::VarChar},              // BIGVARCHAR
-    {0xAD, Framing::Short, 0, TypeId::Binary},               // BIGBINARY
-    {0xA5, Framing::Short, 0, TypeId::VarBinary},            // BIGVARBINARY
-    {0x63, Framing::Long, 0, TypeId::NText},                 // NTEXT
-    {0x23, Framing::Long, 0, TypeId::Text},                  // TEXT
-    {0x22, Framing::Long, 0, TypeId::Image},                 // IMAGE
-    {0xF1, Framing::Chunks, 0, TypeId::Xml},                 // XML
-    {0x1F, Framing::Fixed, 0, TypeId::Int},                  // NULL, an untyped NULL
+    {0x68, Framing::Byte, 1, TypeId::Bit, 0x32},            // BITN, BIT
+    {0x26, Framing::Byte, 1, TypeId::TinyInt, 0x30},        // INTN, INT1
+    {0x26, Framing::Byte, 2, TypeId::SmallInt, 0x34},       // INTN, INT2
+    {0x26, Framing::Byte, 4, TypeId::Int, 0x38},            // INTN, INT4
+    {0x26, Framing::Byte, 8, TypeId::BigInt, 0x7F},         // INTN, INT8
+    {0x6A, Framing::Byte, 0, TypeId::Decimal},              // DECIMALN
+    {0x6C, Framing::Byte, 0, TypeId::Decimal},              // NUMERICN
+    {0x6E, Framing::Byte, 4, TypeId::SmallMoney, 0x7A},     // MONEYN, MONEY4
+    {0x6E, Framing::Byte, 8, TypeId::Money, 0x3C},          // MONEYN, MONEY
+    {0x6D, Framing::Byte, 4, TypeId::Real, 0x3B},           // FLOATN, FLOAT4
+    {0x6D, Framing::Byte, 8, TypeId::Float, 0x3E},          // FLOATN, FLOAT8
+    {0x28, Framing::Byte, 0, TypeId::Date},                 // DATEN
+    {0x29, Framing::Byte, 0, TypeId::Time},                 // TIMEN
+    {0x2A, Framing::Byte, 0, TypeId::DateTime2},            // DATETIME2N
+    {0x2B, Framing::Byte, 0, TypeId::DateTimeOffset},       // DATETIMEOFFSETN
+    {0x6F, Framing::Byte, 4, TypeId::SmallDateTime, 0x3A},  // DATETIMEN, DATETIME4
+    {0x6F, Framing::Byte, 8, TypeId::DateTime, 0x3D},       // DATETIMEN, DATETIME
+    {0x24, Framing::Byte, 16, TypeId::UniqueIdentifier},    // GUID
+    {0xEF, Framing::Short, 0, TypeId::NChar},               // NCHAR
+    {0xE7, Framing::Short, 0, TypeId::NVarChar},            // NVARCHAR
+    {0xAF, Framing::Short, 0, TypeId::Char},                // BIGCHAR
+    {0xA7, Framing::Short, 0, TypeId::VarChar},             // BIGVARCHAR
+    {0xAD, Framing::Short, 0, TypeId::Binary},              // BIGBINARY
+    {0xA5, Framing::Short, 0, TypeId::VarBinary},           // BIGVARBINARY
+    {0x63, Framing::Long, 0, TypeId::NText},                // NTEXT
+    {0x23, Framing::Long, 0, TypeId::Text},                 // TEXT
+    {0x22, Framing::Long, 0, TypeId::Image},                // IMAGE
+    {0xF1, Framing::Chunks, 0, TypeId::Xml},                // XML
+    {0x1F, Framing::Fixed, 0, TypeId::Int},                 // NULL, an untyped NULL
 };
 
 constexpr unsigned char kCollationUtf8 = 0x04;  // in the fourth byte of a collation
@@ -99,7 +97,7 @@ void readPrecision(ByteReader& in, SqlType& type) {
 
 constexpr std::size_t kTextPointerSize = 16;
 constexpr std::size_t kTimeStampSize = 8;
-constexpr std::size_t kDateSize = 3;
+constexpr std::size_t kDateSize = 3, kOffsetSize = 2;
 constexpr std::size_t kChunkWidth = 4;  // of the length of a chunk
 
 using DateTimeUnits = std::chrono::duration<std::int64_t, std::ratio<1, 300>>;
@@ -154,10 +152,13 @@ void encodeDateTime(ByteWriter& out, const DateTime& value, std::size_t size) {
 }
 
 void encodeScaled(ByteWriter& out, const DateTime& value, const SqlType& type) {
+    const std::size_t offsetBytes = type.id == TypeId::DateTimeOffset ? kOffsetSize : 0;
     const std::size_t dateBytes = type.id == TypeId::Time ? 0 : kDateSize;
-    const std::int64_t time = value.time().count() / tsql::powerOfTen(kTickDigits - type.scale);
-    out.number(static_cast<std::uint64_t>(time), sizeOf(type) - dateBytes);
-    out.number(static_cast<std::uint64_t>((value.day() - tsql::kFirstDay).count()), dateBytes);
+    const DateTime utc{value.utc()};
+    const std::int64_t time = utc.time().count() / tsql::powerOfTen(kTickDigits - type.scale);
+    out.number(static_cast<std::uint64_t>(time), sizeOf(type) - dateBytes - offsetBytes);
+    out.number(static_cast<std::uint64_t>((utc.day() - tsql::kFirstDay).count()), dateBytes);
+    out.number(static_cast<std::uint64_t>(value.offset.count()), offsetBytes);
 }
 
 void encode(ByteWriter& out, const WireType& type, const CellView& value) {
@@ -178,10 +179,12 @@ void encode(ByteWriter& out, const WireType& type, const CellView& value) {
     size > 0 ? encodeDateTime(out, moment, size) : encodeScaled(out, moment, type.type);
 }
 
-Value dateCell(tsql::LocalDay first, std::int64_t days, Ticks time, const SqlType& type) {
+Value dateCell(tsql::LocalDay first, std::int64_t days, Ticks time, const SqlType& type,
+               std::chrono::minutes offset = {}) {
     constexpr std::int64_t kMostDays = 4'000'000;  // leave the calendar in any case
-    const DateTime value{first + tsql::days(std::clamp(days, -kMostDays, kMostDays)) + time};
-    if (time != value.time() || !tsql::isInRange(value, type))
+    const DateTime utc{first + tsql::days(std::clamp(days, -kMostDays, kMostDays)) + time};
+    const DateTime value{utc.at + offset, offset};
+    if (time != utc.time() || !tsql::isInRange(value, type))
         throw ValueError("a date or time is out of range");
     return tsql::toStorage(value, type);
 }
@@ -197,18 +200,13 @@ Value decodeDateTime(ByteReader in, const SqlType& type) {
 
 Value decodeScaled(ByteReader in, const SqlType& type) {
     if (in.remaining() != sizeOf(type)) throw ProtocolError("invalid length of a date or time parameter");
+    const bool isZoned = type.id == TypeId::DateTimeOffset;
     const std::size_t dateBytes = type.id == TypeId::Time ? 0 : kDateSize;
-    const auto time = static_cast<std::int64_t>(in.number(in.remaining() - dateBytes));
-    return dateCell(tsql::kFirstDay, static_cast<std::int64_t>(in.number(dateBytes)),
-                    Ticks(time * tsql::powerOfTen(kTickDigits - type.scale)), type);
-}
-
-// Without an offset, a datetimeoffset compares and converts like a datetime2.
-ByteReader withoutOffset(ByteView data) {
-    const std::size_t size = data.size() - std::min<std::size_t>(data.size(), 2);
-    if (ByteReader(data.substr(size)).number(data.size() - size) != 0)
-        throw tsql::unsupported("datetimeoffset parameters with an offset other than +00:00");
-    return ByteReader(data.substr(0, size));
+    const auto time =
+        static_cast<std::int64_t>(in.number(in.remaining() - dateBytes - (isZoned ? kOffsetSize : 0)));
+    const auto day = static_cast<std::int64_t>(in.number(dateBytes));
+    return dateCell(tsql::kFirstDay, day, Ticks(time * tsql::powerOfTen(kTickDigits - type.scale)), type,
+                    std::chrono::minutes(isZoned ? in.signedNumber(kOffsetSize) : 0));
 }
 
 Value decodeDecimal(ByteReader in, const SqlType& type) {
@@ -245,7 +243,6 @@ Value decode(const WireType& type, ByteView data) {
     if (id == TypeId::NVarChar) return utf8FromUtf16(data);
     if (id == TypeId::VarChar) return type.utf8 ? Bytes(data) : utf8FromCodePage1252(data);
     if (!tsql::isDateTime(id)) return in.signedNumber(data.size());
-    if (type.form.id == kDateTimeOffset) in = withoutOffset(data);
     return type.form.size > 0 ? decodeDateTime(in, type.type) : decodeScaled(in, type.type);
 }
 

@@ -80,7 +80,7 @@ void Executor::run(const WaitFor& wait) {
     if (isNull(time) || text.find(':') == std::string::npos) throw sqlError(kBadTimeForWaitFor, {text});
     using Clock = std::chrono::steady_clock;
     const Ticks given = fromStorage(std::get<std::string>(time)).time();
-    const Ticks pause = wait.until ? (given - timeNow().local.time() + days(1)) % days(1) : given;
+    const Ticks pause = wait.until ? (given - timeNow().time() + days(1)) % days(1) : given;
     const auto until = Clock::now() + pause;
     while (Clock::now() < until) {
         if (isCancelled()) throw BatchEnd{};

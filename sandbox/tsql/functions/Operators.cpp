@@ -228,7 +228,9 @@ SqlType comparedType(std::span<const Typed> pieces) {
 
 std::string collated(const Typed& value, int refusal) {
     if (isLob(value.type.id)) throw sqlError(refusal, {baseName(value.type.id)});
-    return isText(value.type.id) ? "(" + value.sql + " COLLATE " + std::string(kCollation) + ")" : value.sql;
+    const bool isZoned = value.type.id == TypeId::DateTimeOffset;
+    if (!isText(value.type.id) && !isZoned) return value.sql;
+    return "(" + value.sql + " COLLATE " + (isZoned ? kUtcCollation : kCollation) + ")";
 }
 
 std::string comparable(const Typed& value) {

@@ -1,6 +1,8 @@
 #include "types/DateTime.h"
 
 #include <boost/algorithm/string/replace.hpp>
+#include <boost/date_time/gregorian/greg_month.hpp>
+#include <boost/date_time/gregorian/greg_weekday.hpp>
 #include <ctime>
 
 #include "messages/Messages.h"
@@ -14,21 +16,18 @@ using std::chrono::hours, std::chrono::minutes, std::chrono::seconds, std::chron
 
 constexpr std::int64_t kSecond = Ticks(seconds(1)).count(), kMinute = 60 * kSecond;
 
-constexpr std::string_view kMonths[] = {"January",   "February", "March",    "April",
-                                        "May",       "June",     "July",     "August",
-                                        "September", "October",  "November", "December"};
-constexpr std::string_view kWeekdays[] = {"Sunday",   "Monday", "Tuesday", "Wednesday",
-                                          "Thursday", "Friday", "Saturday"};
-
 // Marks of CONVERT: the next number is padded with a blank; a fraction has as many digits as the type.
 constexpr char kPadded = '\1', kScaled = '\2';
 constexpr std::string_view kIsoDate = "yyyy-MM-dd", kIsoTime = "HH:mm:ss.\2";
 
-// Formats a value. The pattern is one of FORMAT without quotes, and may have marks of CONVERT.
+// Formats a value. The pattern is one of FORMAT without quotes, and may have marks of CONVERT. z: offset.
 std::string written(std::string_view pattern, const DateTime& value, int scale = 0) {
     const CivilDate date(value.day());
     const std::chrono::hh_mm_ss clock(value.time());
     const std::int64_t hour = clock.hours().count(), month = unsigned{date.month()};
+    const std::string_view monthText = monthName(static_cast<int>(month));
+    const std::string_view weekdayText =
+        boost::gregorian::greg_weekday(weekday(value.day()).c_encoding() & 7).as_long_string();
     const std::pair<char, std::int64_t> numbers[] = {
         {'y', int{date.year()}},       {'M', month},
         {'d', unsigned{date.day()}},   {'H', hour},
@@ -48,8 +47,10 @@ std::string written(std::string_view pattern, const DateTime& value, int scale =
         else if (letter == 't')
             text.append(hour < 12 ? "AM" : "PM", std::min<std::size_t>(length, 2));
         else if (length > 2 && (letter == 'M' || letter == 'd'))
-            text += (letter == 'M' ? kMonths[month - 1] : kWeekdays[weekday(value.day()).c_encoding()])
-                        .substr(0, length == 3 ? 3 : 9);
+            text += (letter == 'M' ? monthText : weekdayText).substr(0, length == 3 ? 3 : 9);
+        else if (letter == 'z')
+            text.append(value.offset.count() < 0 ? "-" : "+") +=
+                written("HH:mm", {kDay1900 + std::chrono::abs(value.offset)});
         else if (number == std::end(numbers))
             text.append(pattern.substr(0, length));
         else {
@@ -76,35 +77,30 @@ Ticks rounded(Ticks time, const SqlType& type) {
     return Ticks((ticks + unit / 2) / unit * unit);
 }
 
-// CONVERT's styles as patterns of written(). 100 to 114 are the same as 0 to 14, 120 and 121 as 20 and 21.
+// CONVERT's styles as patterns of written().
 struct Style {
-    int number;
-    std::string_view date, time = {};
+    std::string_view numbers, date, time = {};
 };
 constexpr Style kStyles[] = {
-    {22, "MM/dd/yy", "\1hh:mm:ss tt"},
-    {23, kIsoDate},
-    {24, "", "HH:mm:ss"},
-    {25, kIsoDate, kIsoTime},
-    {100, "MMM \1dd yyyy", "\1hh:mmtt"},
-    {101, "MM/dd/yyyy"},
-    {102, "yyyy.MM.dd"},
-    {103, "dd/MM/yyyy"},
-    {104, "dd.MM.yyyy"},
-    {105, "dd-MM-yyyy"},
-    {106, "dd MMM yyyy"},
-    {107, "MMM dd, yyyy"},
-    {108, "", "HH:mm:ss"},
-    {109, "MMM \1dd yyyy", "\1hh:mm:ss.\2tt"},
-    {110, "MM-dd-yyyy"},
-    {111, "yyyy/MM/dd"},
-    {112, "yyyyMMdd"},
-    {113, "dd MMM yyyy", kIsoTime},
-    {114, "", kIsoTime},
-    {120, kIsoDate, "HH:mm:ss"},
-    {121, kIsoDate, kIsoTime},
-    {126, kIsoDate, kIsoTime},
-    {127, kIsoDate, kIsoTime},
+    {"0 100", "MMM \1dd yyyy", "\1hh:mmtt"},
+    {"1 101", "MM/dd/yyyy"},
+    {"2 102", "yyyy.MM.dd"},
+    {"3 103", "dd/MM/yyyy"},
+    {"4 104", "dd.MM.yyyy"},
+    {"5 105", "dd-MM-yyyy"},
+    {"6 106", "dd MMM yyyy"},
+    {"7 107", "MMM dd, yyyy"},
+    {"8 24 108", "", "HH:mm:ss"},
+    {"9 109", "MMM \1dd yyyy", "\1hh:mm:ss.\2tt"},
+    {"10 110", "MM-dd-yyyy"},
+    {"11 111", "yyyy/MM/dd"},
+    {"12 112", "yyyyMMdd"},
+    {"13 113", "dd MMM yyyy", kIsoTime},
+    {"14 114", "", kIsoTime},
+    {"20 120", kIsoDate, "HH:mm:ss"},
+    {"21 25 26 27 121 126 127", kIsoDate, kIsoTime},
+    {"22", "MM/dd/yy", "\1hh:mm:ss tt"},
+    {"23", kIsoDate},
 };
 
 // Standard patterns of FORMAT, behind their letters.
@@ -117,7 +113,7 @@ constexpr std::string_view kFormats =
 // A date has no time to format, a time no date.
 Style styleFor(int number, const SqlType& type) {
     for (Style style : kStyles) {
-        if (style.number != number && style.number != number + 100) continue;
+        if (!hasWord(style.numbers, std::to_string(number))) continue;
         if (type.id == TypeId::Time) style.date = "";
         if (type.id == TypeId::Date) style.time = "";
         if (!style.date.empty() || !style.time.empty()) return style;
@@ -172,14 +168,15 @@ constexpr PartFacts kParts[] = {
     {"millisecond ms", 0, 1'000'000, 1'000},
     {"microsecond mcs", 0, 1'000, 1'000'000},
     {"nanosecond ns", 0, 1, 1'000'000'000},
+    {"tzoffset tz"},
 };
 
 const PartFacts& factsOf(DatePart part) {
     return kParts[static_cast<std::size_t>(part)];
 }
 
-Int128 nanosecondsOf(const DateTime& value) {  // since 0001-01-01
-    return static_cast<Int128>((value.at - kFirstDay).count()) * 100;
+Int128 nanosecondsOf(LocalTime at) {  // since 0001-01-01
+    return static_cast<Int128>((at - kFirstDay).count()) * 100;
 }
 
 DateTime addMonths(const DateTime& value, std::int64_t months) {
@@ -187,7 +184,7 @@ DateTime addMonths(const DateTime& value, std::int64_t months) {
     CivilDate date =
         CivilDate(value.day()) + std::chrono::months(std::clamp(months, -kMostMonths, kMostMonths));
     if (!date.ok()) date = date.year() / date.month() / std::chrono::last;  // January 31 plus one month
-    return {LocalDay(date) + value.time()};
+    return {LocalDay(date) + value.time(), value.offset};
 }
 
 }  // namespace
@@ -206,6 +203,11 @@ DateTime fromStorage(std::string_view text) {
         return value;
     };
     DateTime result;
+    if (const std::size_t sign = text.size() - 6; text.size() > 25 && text[sign - 1] == ' ') {
+        result.offset =
+            minutes((number(sign + 1, 2) * 60 + number(sign + 4, 2)) * (text[sign] == '-' ? -1 : 1));
+        text.remove_suffix(7);
+    }
     if (text.size() >= 10 && text[4] == '-') {
         result.at = LocalDay(year(number(0, 4)) / number(5, 2) / number(8, 2));
         text.remove_prefix(std::min<std::size_t>(11, text.size()));
@@ -223,15 +225,18 @@ bool isInRange(const DateTime& value, const SqlType& type) {
     const LocalDay first = small                         ? kDay1900
                            : type.id == TypeId::DateTime ? LocalDay(year(1753) / 1 / 1)
                                                          : kFirstDay;
-    return value.at >= first && value.at < LocalDay(small ? year(2079) / 6 / 7 : year(10000) / 1 / 1);
+    const LocalDay end(small ? year(2079) / 6 / 7 : year(10000) / 1 / 1);
+    return std::min(value.at, value.utc()) >= first && std::max(value.at, value.utc()) < end &&
+           std::chrono::abs(value.offset) <= kMostOffset;
 }
 
 std::string toStorage(const DateTime& value, const SqlType& type, std::string_view from) {
     if (type.id == TypeId::Date) return written(kIsoDate, value);
-    const DateTime kept{value.day() + rounded(value.time(), type)};
+    const bool isZoned = type.id == TypeId::DateTimeOffset;
+    const DateTime kept{value.day() + rounded(value.time(), type), isZoned ? value.offset : minutes(0)};
     if (type.id == TypeId::Time) return written(kIsoTime, kept, type.scale);
     if (!isInRange(kept, type)) throw sqlError(kDateOutOfRange, {from, baseName(type.id)});
-    return written("yyyy-MM-dd HH:mm:ss.\2", kept, type.scale);
+    return written(isZoned ? "yyyy-MM-dd HH:mm:ss.\2 z" : "yyyy-MM-dd HH:mm:ss.\2", kept, type.scale);
 }
 
 std::string formatDateTime(const DateTime& value, const SqlType& type, int style) {
@@ -247,7 +252,9 @@ std::string formatDateTime(const DateTime& value, const SqlType& type, int style
     if (style > 0 && style < 20 && style != 9 && style != 13) boost::replace_all(whole, "yyyy", "yy");
     std::string time(pattern.time);
     if (classic && style % 100 < 20) std::ranges::replace(time, '.', ':');
-    return written(whole + time, value, scale);
+    const bool isUtc = style == 127;
+    if (type.id == TypeId::DateTimeOffset && !time.empty()) time += isUtc ? "Z" : iso8601 ? "z" : " z";
+    return written(whole + time, isUtc ? DateTime{value.utc()} : value, scale);
 }
 
 std::optional<std::string> formatted(const DateTime& value, std::string_view pattern) {
@@ -276,12 +283,13 @@ std::string_view nameOf(DatePart part) {
 DateTime dateAdd(DatePart part, std::int64_t number, const DateTime& value, const SqlType& type) {
     constexpr Int128 kMost = Ticks(days(4'000'000)).count();  // leaves the calendar in any case
     const PartFacts& facts = factsOf(part);
-    const Int128 moved = nanosecondsOf(value) + static_cast<Int128>(number) * facts.nanoseconds;
+    const Int128 moved = nanosecondsOf(value.at) + static_cast<Int128>(number) * facts.nanoseconds;
     const Int128 ticks = (moved + (moved < 0 ? -50 : 50)) / 100;
     const Int128 kept =
         type.id == TypeId::Time ? ticks % Ticks(days(1)).count() : std::clamp(ticks, -kMost, kMost);
-    const DateTime result = facts.months ? addMonths(value, number * facts.months)
-                                         : DateTime{kFirstDay + Ticks(static_cast<std::int64_t>(kept))};
+    const DateTime result = facts.months
+                                ? addMonths(value, number * facts.months)
+                                : DateTime{kFirstDay + Ticks(static_cast<std::int64_t>(kept)), value.offset};
     if (type.id != TypeId::Time && !isInRange(result, type))
         throw sqlError(kDateAddOverflow, {baseName(type.id)});
     return result;
@@ -289,40 +297,41 @@ DateTime dateAdd(DatePart part, std::int64_t number, const DateTime& value, cons
 
 std::int64_t dateDiff(DatePart part, const DateTime& start, const DateTime& end) {
     const PartFacts& facts = factsOf(part);
-    if (part == DatePart::Week) return sundayWeeks(end.day()) - sundayWeeks(start.day());
-    const auto units = [&](const DateTime& value) -> Int128 {
-        if (!facts.months) return nanosecondsOf(value) / facts.nanoseconds;
-        return (yearOf(value.day()) * 12 + monthOf(value.day()) - 1) / facts.months;
+    const auto units = [&](LocalTime at) -> Int128 {
+        const LocalDay day = floor<days>(at);
+        if (part == DatePart::Week) return sundayWeeks(day);
+        if (!facts.months) return nanosecondsOf(at) / facts.nanoseconds;
+        return (yearOf(day) * 12 + monthOf(day) - 1) / facts.months;
     };
-    const Int128 difference = units(end) - units(start);
+    const Int128 difference = units(end.utc()) - units(start.utc());
     if (difference > INT64_MAX || difference < INT64_MIN) throw sqlError(kDateDiffOverflow);
     return static_cast<std::int64_t>(difference);
 }
 
 std::int64_t datePart(DatePart part, const DateTime& value) {
     const PartFacts& facts = factsOf(part);
+    if (part == DatePart::TzOffset) return value.offset.count();
     return facts.ofDay ? facts.ofDay(value.day())
                        : value.time().count() * 100 / facts.nanoseconds % facts.cycle;
 }
 
 std::string dateName(DatePart part, const DateTime& value) {
-    const std::int64_t number = datePart(part, value);
-    if (part == DatePart::Month) return std::string(monthName(static_cast<int>(number)));
-    if (part == DatePart::Weekday) return std::string(kWeekdays[number - 1]);
-    return std::to_string(number);
+    if (part == DatePart::Month) return written("MMMM", value);
+    if (part == DatePart::Weekday) return written("dddd", value);
+    return part == DatePart::TzOffset ? written("z", value) : std::to_string(datePart(part, value));
 }
 
 std::string_view monthName(int month) {
-    return kMonths[month - 1];
+    return boost::gregorian::greg_month(static_cast<unsigned short>(month)).as_long_string();
 }
 
-Now timeNow() {
+DateTime timeNow() {
     const auto utc = floor<Ticks>(std::chrono::system_clock::now());
     const std::time_t now = std::chrono::system_clock::to_time_t(utc);
     std::tm civil{};
     localtime_r(&now, &civil);
-    const LocalTime at(utc.time_since_epoch());
-    return {{at + seconds(civil.tm_gmtoff)}, {at}};
+    const auto offset = floor<minutes>(seconds(civil.tm_gmtoff));
+    return {LocalTime(utc.time_since_epoch()) + offset, offset};
 }
 
 }  // namespace tsql

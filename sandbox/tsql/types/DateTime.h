@@ -14,12 +14,15 @@ using CivilDate = std::chrono::year_month_day;
 using LocalDay = std::chrono::local_days;
 using LocalTime = std::chrono::local_time<Ticks>;
 inline constexpr LocalDay kFirstDay{std::chrono::year(1) / 1 / 1};
+inline constexpr std::chrono::minutes kMostOffset{14 * 60};
 inline constexpr LocalDay kDay1900{std::chrono::year(1900) / 1 / 1};  // day 0 of datetime
 
 // Local civil date and time, years 1 to 9999. A time without a date is on 1900-01-01.
 struct DateTime {
     LocalTime at = kDay1900;
+    std::chrono::minutes offset{};  // from UTC, of a datetimeoffset
 
+    LocalTime utc() const { return at - offset; }
     LocalDay day() const { return floor<days>(at); }
     Ticks time() const { return at - day(); }
 };
@@ -63,7 +66,8 @@ enum class DatePart {
     Second,
     Millisecond,
     Microsecond,
-    Nanosecond
+    Nanosecond,
+    TzOffset  // in minutes
 };
 // Looks up "yy", "year", "dd" ..., case-insensitive.
 std::optional<DatePart> findDatePart(std::string_view name);
@@ -78,9 +82,6 @@ std::int64_t datePart(DatePart part, const DateTime& value);
 std::string dateName(DatePart part, const DateTime& value);
 std::string_view monthName(int month);  // 1: "January"
 
-struct Now {
-    DateTime local, utc;
-};
-Now timeNow();
+DateTime timeNow();
 
 }  // namespace tsql

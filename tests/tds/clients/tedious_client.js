@@ -86,7 +86,7 @@ test('parameters of every type keep their values, and their nulls', () =>
       ['NVarChar', 'n'.repeat(70000)], ['Text', 'text'], ['NText', 'ntext \u20ac'],
       ['Date', day], ['DateTime', new Date(Date.UTC(2024, 1, 29, 23, 59, 58, 120))],
       ['SmallDateTime', new Date(Date.UTC(2024, 1, 29, 23, 59))], ['DateTime2', moment, { scale: 3 }],
-      ['UniqueIdentifier', '6F9619FF-8B86-D011-B42D-00C04FC964FF'],
+      ['DateTimeOffset', moment, { scale: 3 }], ['UniqueIdentifier', '6F9619FF-8B86-D011-B42D-00C04FC964FF'],
       ['Binary', Buffer.from([1, 2, 3, 4]), { length: 4 }], ['VarBinary', Buffer.from([0, 255])],
       ['VarBinary', Buffer.alloc(100000, 9)], ['Image', Buffer.from([5])],
     ];
