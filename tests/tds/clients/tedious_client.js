@@ -247,8 +247,8 @@ test('a reset connection has a new session', () =>
 test('bulk loads insert all rows or none', () =>
   withConnection({}, async (connection) => {
     await batch(connection, 'CREATE TABLE #b (id int IDENTITY PRIMARY KEY, t nvarchar(20) UNIQUE, d decimal(9, 2) DEFAULT 1.5 CHECK (d >= 0), ' +
-      'm datetime, n nvarchar(max), raw varbinary(max), c char(5), x text)');
-    const columns = [['t', TYPES.NVarChar, { length: 20 }], ['d', TYPES.Decimal, { precision: 9, scale: 2 }], ['m', TYPES.DateTime, {}],
+      'm datetimeoffset(3), n nvarchar(max), raw varbinary(max), c char(5), x text)');
+    const columns = [['t', TYPES.NVarChar, { length: 20 }], ['d', TYPES.Decimal, { precision: 9, scale: 2 }], ['m', TYPES.DateTimeOffset, { scale: 3 }],
       ['n', TYPES.NVarChar, { length: Infinity }], ['raw', TYPES.VarBinary, { length: Infinity }], ['c', TYPES.Char, { length: 5 }], ['x', TYPES.Text, {}]];
     const load = (options, rows) => new Promise((resolve, reject) => {
       const bulk = connection.newBulkLoad('#b', options, (error, count) => (error ? reject(error) : resolve(count)));
