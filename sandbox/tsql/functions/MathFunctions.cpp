@@ -88,14 +88,13 @@ Value runIsNumeric(const SqlCall& call) {
     if (isNull(call[0])) return std::int64_t{0};
     const SqlType type = call.type(1);
     if (!isText(type.id)) return std::int64_t{isNumber(type.id)};
-    const auto reads = [&](const SqlType& target) {
-        return !isNull(convertValue(call[0], type, target, kNoStyle, Conversion::Try));
-    };
     const std::string_view text = trimmed(call.text(0));
     if (text.empty()) return std::int64_t{0};
     constexpr std::string_view kSigns = "+-$.,";  // a sign alone is valid money
     if (text.size() == 1 && kSigns.find(text[0]) != kSigns.npos) return std::int64_t{1};
-    return std::int64_t{reads(simpleType(TypeId::Float)) || reads(simpleType(TypeId::Money))};
+    for (const TypeId id : {TypeId::Float, TypeId::Money})
+        if (!isNull(convertValue(call[0], type, simpleType(id), kNoStyle, Conversion::Try))) return 1;
+    return 0;
 }
 
 }  // namespace

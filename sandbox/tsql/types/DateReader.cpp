@@ -17,8 +17,7 @@ struct Number {
     std::size_t digits = 0;
 };
 
-template <typename T>
-bool isOneOf(const T& value, std::initializer_list<T> values) {
+bool isOneOf(int value, std::initializer_list<int> values) {
     return std::ranges::find(values, value) != values.end();
 }
 
@@ -44,7 +43,8 @@ class DateReader {
             R"((?:^|[\st])(\d\d?)(?=:|\s*[ap]m)(?::(\d\d?))?(?::(\d\d?)(?:([.:])(\d+))?)?)"
             R"(\s*([ap]m)?\s*(z|[-+]\d\d:\d\d)?(?!\S))");
         std::smatch found;
-        if (!std::regex_search(text, found, kTime)) return true;
+        const bool mayBeTime = text.find_first_of(":m") != std::string::npos;  // a search takes long
+        if (!mayBeTime || !std::regex_search(text, found, kTime)) return true;
         const std::string half = found[6], offset = found[7];
         const bool inThousandths = found[4] == ":";  // 1:05:07:5
         const auto number = [&](std::size_t part) { return found.length(part) ? std::stoi(found[part]) : 0; };

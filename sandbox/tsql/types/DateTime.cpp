@@ -196,10 +196,10 @@ std::optional<LocalDay> dayOf(std::int64_t y, std::int64_t m, std::int64_t d) {
 }
 
 DateTime fromStorage(std::string_view text) {
-    const auto number = [&](std::size_t at, std::size_t digits) {
+    const auto number = [&](std::size_t at, std::size_t digits) {  // missing digits are 0
         int value = 0;
-        for (std::size_t i = at; i < at + digits && i < text.size(); ++i)
-            value = value * 10 + (text[i] - '0');
+        for (std::size_t i = at; i < at + digits; ++i)
+            value = value * 10 + (i < text.size() ? text[i] - '0' : 0);
         return value;
     };
     DateTime result;
@@ -212,11 +212,7 @@ DateTime fromStorage(std::string_view text) {
         result.at = LocalDay(year(number(0, 4)) / number(5, 2) / number(8, 2));
         text.remove_prefix(std::min<std::size_t>(11, text.size()));
     }
-    if (text.size() < 8) return result;
-    result.at += hours(number(0, 2)) + minutes(number(3, 2)) + seconds(number(6, 2));
-    if (text.size() > 9)
-        result.at +=
-            Ticks(number(9, 7) * powerOfTen(7 - static_cast<int>(std::min<std::size_t>(7, text.size() - 9))));
+    result.at += hours(number(0, 2)) + minutes(number(3, 2)) + seconds(number(6, 2)) + Ticks(number(9, 7));
     return result;
 }
 

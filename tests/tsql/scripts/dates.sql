@@ -77,9 +77,10 @@ CREATE TABLE Moment (at datetimeoffset(2) PRIMARY KEY, n int)
 INSERT Moment VALUES ('2026-01-01 10:00 +02:00', 1), ('2026-01-01 09:00 +02:00', 2), ('2026-01-01 08:30', 3)
 SELECT MIN(at), MAX(at), COUNT(DISTINCT at) FROM (SELECT at FROM Moment UNION ALL SELECT SWITCHOFFSET(at, 0) FROM Moment) x
 SELECT n FROM Moment WHERE at >= CAST('2026-01-01 08:00' AS datetime2) ORDER BY at
+SELECT STRING_AGG(n, ',') WITHIN GROUP (ORDER BY at) FROM Moment
 SELECT name, system_type_id, max_length, precision, scale FROM sys.columns WHERE object_id = OBJECT_ID('Moment') AND name = 'at'
 INSERT Moment VALUES ('2026-01-01 07:00', 4)
 --> (3 changed) --> - datetimeoffset(2)? = 2026-01-01 09:00:00.00 +02:00 | - datetimeoffset(2)? = 2026-01-01 08:30:00.00 +00:00 | - int? = 3 (1 rows) --> n int? = 1; 3 (2 rows)
---> name nvarchar(128)? = at | system_type_id tinyint? = 43 | max_length smallint? = 8 | precision tinyint? = 29 | scale tinyint? = 2 (1 rows)
---> Msg 2627, Level 14, State 1, Line 6: Violation of PRIMARY KEY constraint 'PK__Moment__1_2'. Cannot insert duplicate key in object 'dbo.Moment'. The duplicate key value is (2026-01-01 07:00:00.00 +00:00). (3621)
+--> - varchar(8000)? = 2,1,3 (1 rows) --> name nvarchar(128)? = at | system_type_id tinyint? = 43 | max_length smallint? = 8 | precision tinyint? = 29 | scale tinyint? = 2 (1 rows)
+--> Msg 2627, Level 14, State 1, Line 7: Violation of PRIMARY KEY constraint 'PK__Moment__1_2'. Cannot insert duplicate key in object 'dbo.Moment'. The duplicate key value is (2026-01-01 07:00:00.00 +00:00). (3621)
 SELECT FORMAT(SYSDATETIMEOFFSET(), 'd') --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support FORMAT of datetimeoffset.
