@@ -5,44 +5,42 @@
 namespace tds {
 namespace {
 
-using tsql::CellView, tsql::DateTime, tsql::Int128, tsql::SqlType, tsql::TypeId, tsql::Value;
+using tsql::CellView, tsql::DateTime, tsql::Int128, tsql::Ticks, tsql::SqlType, tsql::TypeId, tsql::Value;
 
 // ---- types
-
-constexpr std::uint8_t kDateTimeOffset = 0x2B;  // a datetime2 in UTC and the offset in minutes
 
 // Data types, [MS-TDS] 2.2.5.4. A type is sent in its first form. The other forms are only accepted from
 // clients.
 constexpr WireForm kForms[] = {
-    {0x68, Framing::Byte, 1, TypeId::Bit, 0x32},             // BITN, BIT
-    {0x26, Framing::Byte, 1, TypeId::TinyInt, 0x30},         // INTN, INT1
-    {0x26, Framing::Byte, 2, TypeId::SmallInt, 0x34},        // INTN, INT2
-    {0x26, Framing::Byte, 4, TypeId::Int, 0x38},             // INTN, INT4
-    {0x26, Framing::Byte, 8, TypeId::BigInt, 0x7F},          // INTN, INT8
-    {0x6A, Framing::Byte, 0, TypeId::Decimal},               // DECIMALN
-    {0x6C, Framing::Byte, 0, TypeId::Decimal},               // NUMERICN
-    {0x6E, Framing::Byte, 4, TypeId::SmallMoney, 0x7A},      // MONEYN, MONEY4
-    {0x6E, Framing::Byte, 8, TypeId::Money, 0x3C},           // MONEYN, MONEY
-    {0x6D, Framing::Byte, 4, TypeId::Real, 0x3B},            // FLOATN, FLOAT4
-    {0x6D, Framing::Byte, 8, TypeId::Float, 0x3E},           // FLOATN, FLOAT8
-    {0x28, Framing::Byte, 0, TypeId::Date},                  // DATEN
-    {0x29, Framing::Byte, 0, TypeId::Time},                  // TIMEN
-    {0x2A, Framing::Byte, 0, TypeId::DateTime2},             // DATETIME2N
-    {kDateTimeOffset, Framing::Byte, 0, TypeId::DateTime2},  // DATETIMEOFFSETN
-    {0x6F, Framing::Byte, 4, TypeId::SmallDateTime, 0x3A},   // DATETIMEN, DATETIME4
-    {0x6F, Framing::Byte, 8, TypeId::DateTime, 0x3D},        // DATETIMEN, DATETIME
-    {0x24, Framing::Byte, 16, TypeId::UniqueIdentifier},     // GUID
-    {0xEF, Framing::Short, 0, TypeId::NChar},                // NCHAR
-    {0xE7, Framing::Short, 0, TypeId::NVarChar},             // NVARCHAR
-    {0xAF, Framing::Short, 0, TypeId::Char},                 // BIGCHAR
-    {0xA7, Framing::Short, 0, TypeId::VarChar},              // BIGVARCHAR
-    {0xAD, Framing::Short, 0, TypeId::Binary},               // BIGBINARY
-    {0xA5, Framing::Short, 0, TypeId::VarBinary},            // BIGVARBINARY
-    {0x63, Framing::Long, 0, TypeId::NText},                 // NTEXT
-    {0x23, Framing::Long, 0, TypeId::Text},                  // TEXT
-    {0x22, Framing::Long, 0, TypeId::Image},                 // IMAGE
-    {0xF1, Framing::Chunks, 0, TypeId::Xml},                 // XML
-    {0x1F, Framing::Fixed, 0, TypeId::Int},                  // NULL, an untyped NULL
+    {0x68, Framing::Byte, 1, TypeId::Bit, 0x32},            // BITN, BIT
+    {0x26, Framing::Byte, 1, TypeId::TinyInt, 0x30},        // INTN, INT1
+    {0x26, Framing::Byte, 2, TypeId::SmallInt, 0x34},       // INTN, INT2
+    {0x26, Framing::Byte, 4, TypeId::Int, 0x38},            // INTN, INT4
+    {0x26, Framing::Byte, 8, TypeId::BigInt, 0x7F},         // INTN, INT8
+    {0x6A, Framing::Byte, 0, TypeId::Decimal},              // DECIMALN
+    {0x6C, Framing::Byte, 0, TypeId::Decimal},              // NUMERICN
+    {0x6E, Framing::Byte, 4, TypeId::SmallMoney, 0x7A},     // MONEYN, MONEY4
+    {0x6E, Framing::Byte, 8, TypeId::Money, 0x3C},          // MONEYN, MONEY
+    {0x6D, Framing::Byte, 4, TypeId::Real, 0x3B},           // FLOATN, FLOAT4
+    {0x6D, Framing::Byte, 8, TypeId::Float, 0x3E},          // FLOATN, FLOAT8
+    {0x28, Framing::Byte, 0, TypeId::Date},                 // DATEN
+    {0x29, Framing::Byte, 0, TypeId::Time},                 // TIMEN
+    {0x2A, Framing::Byte, 0, TypeId::DateTime2},            // DATETIME2N
+    {0x2B, Framing::Byte, 0, TypeId::DateTimeOffset},       // DATETIMEOFFSETN
+    {0x6F, Framing::Byte, 4, TypeId::SmallDateTime, 0x3A},  // DATETIMEN, DATETIME4
+    {0x6F, Framing::Byte, 8, TypeId::DateTime, 0x3D},       // DATETIMEN, DATETIME
+    {0x24, Framing::Byte, 16, TypeId::UniqueIdentifier},    // GUID
+    {0xEF, Framing::Short, 0, TypeId::NChar},               // NCHAR
+    {0xE7, Framing::Short, 0, TypeId::NVarChar},            // NVARCHAR
+    {0xAF, Framing::Short, 0, TypeId::Char},                // BIGCHAR
+    {0xA7, Framing::Short, 0, TypeId::VarChar},             // BIGVARCHAR
+    {0xAD, Framing::Short, 0, TypeId::Binary},              // BIGBINARY
+    {0xA5, Framing::Short, 0, TypeId::VarBinary},           // BIGVARBINARY
+    {0x63, Framing::Long, 0, TypeId::NText},                // NTEXT
+    {0x23, Framing::Long, 0, TypeId::Text},                 // TEXT
+    {0x22, Framing::Long, 0, TypeId::Image},                // IMAGE
+    {0xF1, Framing::Chunks, 0, TypeId::Xml},                // XML
+    {0x1F, Framing::Fixed, 0, TypeId::Int},                 // NULL, an untyped NULL
 };
 
 constexpr unsigned char kCollationUtf8 = 0x04;  // in the fourth byte of a collation
@@ -99,12 +97,11 @@ void readPrecision(ByteReader& in, SqlType& type) {
 
 constexpr std::size_t kTextPointerSize = 16;
 constexpr std::size_t kTimeStampSize = 8;
-constexpr std::size_t kDateSize = 3;
+constexpr std::size_t kDateSize = 3, kOffsetSize = 2;
 constexpr std::size_t kChunkWidth = 4;  // of the length of a chunk
 
-constexpr std::int64_t kUnitsPerSecond = 300;  // of a datetime
-constexpr std::int64_t kTicksPerMinute = 60 * DateTime::kTicksPerSecond;
-constexpr int kTickDigits = 7;  // decimal digits of a second in DateTime::ticks
+using DateTimeUnits = std::chrono::duration<std::int64_t, std::ratio<1, 300>>;
+constexpr int kTickDigits = 7;  // decimal digits of a second in Ticks
 
 const SqlType kGuidBytes{TypeId::Binary, 16, 0, 0};  // form of a uniqueidentifier on the wire
 
@@ -145,21 +142,23 @@ void encodeDecimal(ByteWriter& out, const CellView& value, const SqlType& type) 
 }
 
 void encodeDateTime(ByteWriter& out, const DateTime& value, std::size_t size) {
-    const std::int64_t days = value.days - DateTime::kDay1900;
+    const std::int64_t days = (value.day() - tsql::kDay1900).count();
     const bool isSmall = size == 4;
     if (isSmall && (days < 0 || days > 0xFFFF)) throwOutOfRange("a smalldatetime");
-    const std::int64_t rounded = value.ticks * kUnitsPerSecond + DateTime::kTicksPerSecond / 2;
+    const std::int64_t time = isSmall ? value.time() / std::chrono::minutes(1)
+                                      : std::chrono::round<DateTimeUnits>(value.time()).count();
     out.number(static_cast<std::uint64_t>(days), size / 2);
-    out.number(static_cast<std::uint64_t>(isSmall ? value.ticks / kTicksPerMinute
-                                                  : rounded / DateTime::kTicksPerSecond),
-               size / 2);
+    out.number(static_cast<std::uint64_t>(time), size / 2);
 }
 
 void encodeScaled(ByteWriter& out, const DateTime& value, const SqlType& type) {
+    const std::size_t offsetBytes = type.id == TypeId::DateTimeOffset ? kOffsetSize : 0;
     const std::size_t dateBytes = type.id == TypeId::Time ? 0 : kDateSize;
-    const std::int64_t time = value.ticks / tsql::powerOfTen(kTickDigits - type.scale);
-    out.number(static_cast<std::uint64_t>(time), sizeOf(type) - dateBytes);
-    out.number(static_cast<std::uint64_t>(value.days), dateBytes);
+    const DateTime utc{value.utc()};
+    const std::int64_t time = utc.time().count() / tsql::powerOfTen(kTickDigits - type.scale);
+    out.number(static_cast<std::uint64_t>(time), sizeOf(type) - dateBytes - offsetBytes);
+    out.number(static_cast<std::uint64_t>((utc.day() - tsql::kFirstDay).count()), dateBytes);
+    out.number(static_cast<std::uint64_t>(value.offset.count()), offsetBytes);
 }
 
 void encode(ByteWriter& out, const WireType& type, const CellView& value) {
@@ -180,29 +179,34 @@ void encode(ByteWriter& out, const WireType& type, const CellView& value) {
     size > 0 ? encodeDateTime(out, moment, size) : encodeScaled(out, moment, type.type);
 }
 
-DateTime decodeDateTime(ByteReader in) {
+Value dateCell(tsql::LocalDay first, std::int64_t days, Ticks time, const SqlType& type,
+               std::chrono::minutes offset = {}) {
+    constexpr std::int64_t kMostDays = 4'000'000;  // leave the calendar in any case
+    const DateTime utc{first + tsql::days(std::clamp(days, -kMostDays, kMostDays)) + time};
+    const DateTime value{utc.at + offset, offset};
+    if (time != utc.time() || !tsql::isInRange(value, type))
+        throw ValueError("a date or time is out of range");
+    return tsql::toStorage(value, type);
+}
+
+Value decodeDateTime(ByteReader in, const SqlType& type) {
     const std::size_t half = in.remaining() / 2;
     const bool isSmall = half == 2;  // unsigned days and minutes
     const auto days = isSmall ? in.u16() : in.signedNumber(half);
-    const auto time = isSmall ? in.u16() * kTicksPerMinute
-                              : in.signedNumber(half) * DateTime::kTicksPerSecond / kUnitsPerSecond;
-    return {days + DateTime::kDay1900, time};
+    const Ticks time = isSmall ? std::chrono::minutes(in.u16())
+                               : std::chrono::duration_cast<Ticks>(DateTimeUnits(in.signedNumber(half)));
+    return dateCell(tsql::kDay1900, days, time, type);
 }
 
-DateTime decodeScaled(ByteReader in, const SqlType& type) {
+Value decodeScaled(ByteReader in, const SqlType& type) {
     if (in.remaining() != sizeOf(type)) throw ProtocolError("invalid length of a date or time parameter");
+    const bool isZoned = type.id == TypeId::DateTimeOffset;
     const std::size_t dateBytes = type.id == TypeId::Time ? 0 : kDateSize;
-    const auto time = static_cast<std::int64_t>(in.number(in.remaining() - dateBytes));
-    return {static_cast<std::int64_t>(in.number(dateBytes)),
-            time * tsql::powerOfTen(kTickDigits - type.scale)};
-}
-
-// Without an offset, a datetimeoffset compares and converts like a datetime2.
-ByteReader withoutOffset(ByteView data) {
-    const std::size_t size = data.size() - std::min<std::size_t>(data.size(), 2);
-    if (ByteReader(data.substr(size)).number(data.size() - size) != 0)
-        throw tsql::unsupported("datetimeoffset parameters with an offset other than +00:00");
-    return ByteReader(data.substr(0, size));
+    const auto time =
+        static_cast<std::int64_t>(in.number(in.remaining() - dateBytes - (isZoned ? kOffsetSize : 0)));
+    const auto day = static_cast<std::int64_t>(in.number(dateBytes));
+    return dateCell(tsql::kFirstDay, day, Ticks(time * tsql::powerOfTen(kTickDigits - type.scale)), type,
+                    std::chrono::minutes(isZoned ? in.signedNumber(kOffsetSize) : 0));
 }
 
 Value decodeDecimal(ByteReader in, const SqlType& type) {
@@ -239,11 +243,7 @@ Value decode(const WireType& type, ByteView data) {
     if (id == TypeId::NVarChar) return utf8FromUtf16(data);
     if (id == TypeId::VarChar) return type.utf8 ? Bytes(data) : utf8FromCodePage1252(data);
     if (!tsql::isDateTime(id)) return in.signedNumber(data.size());
-    if (type.form.id == kDateTimeOffset) in = withoutOffset(data);
-    const DateTime value = type.form.size > 0 ? decodeDateTime(in) : decodeScaled(in, type.type);
-    if (value.ticks < 0 || value.ticks >= DateTime::kTicksPerDay || !tsql::isInRange(value, type.type))
-        throw ValueError("a date or time is out of range");
-    return tsql::toStorage(value, type.type);
+    return type.form.size > 0 ? decodeDateTime(in, type.type) : decodeScaled(in, type.type);
 }
 
 }  // namespace

@@ -58,6 +58,7 @@ TEST_F(ClientTest, EveryTypeHasItsMetadataValueAndNull) {
         {"datetime", "'2024-02-29 23:59:59.997'", SQL_TYPE_TIMESTAMP, 23, "2024-02-29 23:59:59.997"},
         {"smalldatetime", "'2024-02-29 23:59'", SQL_TYPE_TIMESTAMP, 16, "2024-02-29 23:59:00"},
         {"datetime2(3)", "'2024-02-29 00:00:00.123'", SQL_TYPE_TIMESTAMP, 23, "2024-02-29 00:00:00.123"},
+        {"datetimeoffset(3)", "'2024-02-29 23:59:58.123 +05:30'", -155, 30, "2024-02-29 23:59:58.123 +05:30"},
         {"uniqueidentifier", "'6F9619FF-8B86-D011-B42D-00C04FC964FF'", SQL_GUID, 36,
          "6F9619FF-8B86-D011-B42D-00C04FC964FF"},
         {"binary(4)", "0x0A0B", SQL_BINARY, 4, "0a0b0000"},
@@ -91,8 +92,9 @@ TEST_F(ClientTest, EveryProtocolVersionReturnsTheSameValuesAndMessages) {
         OdbcClient client(connection);
         EXPECT_EQ(
             client.value("SELECT CAST(-1.5 AS decimal(9,2)), CAST('2024-02-29' AS date), NULL, "
-                         "CAST(N'ä' AS nvarchar(max)), CAST(0x01 AS varbinary(max)), CAST('t' AS text)"),
-            "-1.50|2024-02-29|NULL|ä|01|t");
+                         "CAST(N'ä' AS nvarchar(max)), CAST(0x01 AS varbinary(max)), CAST('t' AS text), "
+                         "CAST('2024-02-29 01:00 +05:30' AS datetimeoffset(0))"),
+            "-1.50|2024-02-29|NULL|ä|01|t|2024-02-29 01:00:00 +05:30");
         const std::string text = client.value("SELECT REPLICATE(CAST(N'äb' AS nvarchar(max)), 100000)");
         ASSERT_EQ(text.size(), 300'000U) << "across packets";
         EXPECT_EQ(text.substr(299'997), "äb");

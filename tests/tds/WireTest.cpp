@@ -77,6 +77,8 @@ TEST(Parameter, ReadsEveryTypeExactly) {
         {"\x28\x03\x5B\x95\x0A"s, "date 1900-01-01"},
         {"\x29\x00\x03\x7F\x51\x01"s, "time(0) 23:59:59"},
         {"\x2A\x02\x06\x01\x00\x00\x5B\x95\x0A"s, "datetime2(2) 1900-01-01 00:00:00.01"},
+        {"\x2B\x03\x09\x40\x77\x1B\x00\x5B\x95\x0A\x4A\x01"s,
+         "datetimeoffset(3) 1900-01-01 06:00:00.000 +05:30"},
         {"\x24\x10\x10\xFF\x19\x96\x6F\x86\x8B\x11\xD0\xB4\x2D\x00\xC0\x4F\xC9\x64\xFF"s,
          "uniqueidentifier 6F9619FF-8B86-D011-B42D-00C04FC964FF"},
         {"\xE7\x08\x00"s + collation + "\x06\x00'\0\n\0\xE4\0"s, "nvarchar(4) '\nä"},
@@ -95,8 +97,9 @@ TEST(Parameter, RejectsValuesOutsideTheirType) {
         {"\x6F\x08\x08\xFF\xFF\xFF\x7F\0\0\0\0"s, "datetime"},  // past the year 9999
         {"\x6F\x08\x08\0\0\xF6\xFF\0\0\0\0"s, "datetime"},      // before 1753
         {"\x28\x03\xFF\xFF\xFF"s, "date"},
-        {"\x29\x00\x03\xFF\xFF\xFF"s, "time"},           // past midnight
-        {"\x6D\x08\x08\0\0\0\0\0\0\xF0\x7F"s, "float"},  // infinity
+        {"\x29\x00\x03\xFF\xFF\xFF"s, "time"},                          // past midnight
+        {"\x2B\x00\x08\0\0\0\x5B\x95\x0A\x49\x03"s, "datetimeoffset"},  // 14:01
+        {"\x6D\x08\x08\0\0\0\0\0\0\xF0\x7F"s, "float"},                 // infinity
     };
     for (const auto& [wire, type] : cases) try {
             parseRpc("\1\0p\0\0\0\0\0\x1F\2@\0a\0\0"s + wire);

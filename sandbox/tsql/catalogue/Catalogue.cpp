@@ -68,7 +68,7 @@ std::string_view storageClass(const SqlType& type) {
     if (isBinary(type.id) || isWide(type)) return "BLOB";
     if (isExact(type.id)) return "INTEGER";
     if (isApproximate(type.id)) return "REAL";
-    return "TEXT COLLATE ts_ci";
+    return type.id == TypeId::DateTimeOffset ? "TEXT COLLATE ts_utc" : "TEXT COLLATE ts_ci";
 }
 
 const TableColumn* TableInfo::column(std::string_view columnName) const {
@@ -224,7 +224,7 @@ std::int64_t Catalogue::lastId() const {
 }
 
 void Catalogue::save(ObjectInfo& object) {
-    const std::string created = toStorage(timeNow().local, simpleType(TypeId::DateTime));
+    const std::string created = toStorage(timeNow(), simpleType(TypeId::DateTime));
     run("INSERT INTO $.tsqlbox_objects (id, name, type, parent, stored, keys, created, source) VALUES "
         "(nullif(?1, 0), ?2, ?3, ?4, ?5, ?6, ?7, ?8) ON CONFLICT (id) DO UPDATE SET name = ?2, stored = ?5, "
         "keys = ?6, source = ?8",

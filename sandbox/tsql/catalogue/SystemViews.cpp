@@ -84,6 +84,7 @@ p.type IN ('IX', 'UQ') AND p.id <= o.id) END)"},
     {"$I",
      R"((SELECT column1 AS n, column2 AS t, column3 AS p, column4 AS k, column5 AS par, column6 AS s, column7 AS hi,
 column8 AS ut FROM (VALUES ('uniqueidentifier', -11, 36, 'C', NULL, 2, NULL, 0), ('ntext', -10, 1073741823, 'N', NULL, 1, NULL, 0),
+('datetimeoffset', -155, 34, 'C', 'scale', 3, 7, 0),
 ('xml', -152, 1073741823, 'N', NULL, 0, NULL, 0), ('nvarchar', -9, 4000, 'N', 'max length', 3, NULL, 0),
 ('sysname', -9, 128, 'N', NULL, 3, NULL, 18), ('nchar', -8, 4000, 'N', 'length', 3, NULL, 0),
 ('bit', -7, 1, 'T', NULL, 2, 0, 16), ('tinyint', -6, 3, 'E', NULL, 2, 0, 5),
@@ -156,10 +157,10 @@ AND rc.name = f.value COLLATE ts_ci WHERE o.type = 'F')"},
      R"(object_id int = object; column_id int = ordinal; name sysname = iif(name = '', '@RETURN_VALUE', name); odbc int =
 odbc; nullable smallint = nullable; output smallint = output & 1; TYPE_NAME sysname = n || iif(identity = 1, ' identity',
 ''); DATA_TYPE smallint = CASE WHEN odbc = 3 OR t NOT IN (91, 93) THEN t WHEN t = 91 THEN 9 ELSE 11 END; PRECISION int
-= CASE WHEN n IN ('decimal', 'time', 'datetime2') THEN digits WHEN k = 'F' AND odbc < 3 THEN iif(n = 'real', 7, 15)
+= CASE WHEN n IN ('decimal', 'time', 'datetime2', 'datetimeoffset') THEN digits WHEN k = 'F' AND odbc < 3 THEN iif(n = 'real', 7, 15)
 WHEN size = -1 THEN 0 WHEN par IS NULL THEN p WHEN k = 'N' THEN size / 2 ELSE size END; LENGTH int = CASE WHEN octets
-IS NOT NULL THEN octets WHEN k = 'M' OR n = 'decimal' THEN digits + 2 WHEN n = 'date' THEN 6 WHEN n = 'time' THEN 12
-WHEN t = 93 THEN 16 ELSE size END; SCALE smallint = CASE WHEN k IN ('E', 'M') OR t IN (93, -154) THEN
+IS NOT NULL THEN octets WHEN k = 'M' OR n = 'decimal' THEN digits + 2 WHEN n = 'date' THEN 6 WHEN n = 'time' THEN 12 WHEN n = 'datetimeoffset' THEN 20
+WHEN t = 93 THEN 16 ELSE size END; SCALE smallint = CASE WHEN k IN ('E', 'M') OR t IN (93, -154, -155) THEN
 ts_type_scale(type) END; RADIX smallint = CASE WHEN k = 'F' AND odbc = 3 THEN 2 WHEN k IN ('E', 'F', 'M') THEN 10 END;
 SQL_DATA_TYPE smallint = iif(t IN (91, 93), 9, t); SQL_DATETIME_SUB smallint = CASE WHEN t IN (91, 93) THEN t - 90
 END; CHAR_OCTET_LENGTH int = octets; IS_NULLABLE varchar(254) = iif(nullable, 'YES', 'NO'))",
@@ -341,7 +342,7 @@ std::string sessionList(const Storage& storage) {
 // Query for the list of types ($T), each type of the system with its maximum size.
 std::string typeList() {
     std::vector<std::string> rows;
-    for (int id = 0; id <= static_cast<int>(TypeId::RowVersion); ++id) {
+    for (int id = 0; id <= static_cast<int>(TypeId::DateTimeOffset); ++id) {
         SqlType type = simpleType(static_cast<TypeId>(id));
         if (type.id == TypeId::Decimal) type.precision = type.scale = 38;
         if (hasLength(type.id)) type.length = isNational(type.id) ? 4000 : 8000;

@@ -78,11 +78,9 @@ void Executor::run(const WaitFor& wait) {
         convertValue(text, varcharType(SqlType::kMax), simpleType(TypeId::Time), kNoStyle, Conversion::Try);
     if (isNull(time) || text.find(':') == std::string::npos) throw sqlError(kBadTimeForWaitFor, {text});
     using Clock = std::chrono::steady_clock;
-    constexpr std::int64_t kNanosecondsPerTick = 100;
-    constexpr std::int64_t kDay = 86'400LL * 10'000'000;
-    const auto given = fromStorage(std::get<std::string>(time)).ticks;
-    const auto ticks = wait.until ? (given - timeNow().local.ticks + kDay) % kDay : given;
-    const auto until = Clock::now() + std::chrono::nanoseconds(ticks * kNanosecondsPerTick);
+    const Ticks given = fromStorage(std::get<std::string>(time)).time();
+    const Ticks pause = wait.until ? (given - timeNow().time() + days(1)) % days(1) : given;
+    const auto until = Clock::now() + pause;
     while (Clock::now() < until) {
         if (isCancelled()) throw BatchEnd{};
         constexpr std::chrono::nanoseconds kPause = std::chrono::milliseconds(50);

@@ -14,7 +14,7 @@ constexpr std::size_t kMostTextBytes = 1'000'000'000;  // SQLite's limit
 struct Gathered {
     std::int64_t count = 0;
     Int128 sum = 0;      // sum of scaled integers
-    double real = 0;     // sum, or mean (variances)
+    double mean = 0;     // of approximate numbers
     double squares = 0;  // sum of squared distances from the mean
     struct Part {
         std::string separator, text;
@@ -42,15 +42,11 @@ void addExact(Gathered& gathered, const SqlCall& arguments, int sign) {
     if (!fits(gathered.sum, kSumType)) throwOverflow(kSumType);
 }
 
-void addReal(Gathered& gathered, const SqlCall& arguments, int sign) {
-    gathered.real += sign * arguments.real(0);
-}
-
 // Welford's algorithm: stable for large values that are close together.
 void addSpread(Gathered& gathered, const SqlCall& arguments, int sign) {
-    const double value = arguments.real(0), distance = value - gathered.real;
-    if (gathered.count > 0) gathered.real += sign * distance / static_cast<double>(gathered.count);
-    gathered.squares += sign * distance * (value - gathered.real);
+    const double value = arguments.real(0), distance = value - gathered.mean;
+    if (gathered.count > 0) gathered.mean += sign * distance / static_cast<double>(gathered.count);
+    gathered.squares += sign * distance * (value - gathered.mean);
 }
 
 // (string, separator, most characters or kMax[, is descending, key]...)
@@ -86,11 +82,6 @@ Value exactAverage(const Gathered& gathered, const Aggregate& aggregate) {
     return checkedCell(average, aggregate.type);
 }
 
-template <bool average>
-Value realTotal(const Gathered& gathered, const Aggregate&) {
-    return gathered.real / static_cast<double>(average ? gathered.count : 1);
-}
-
 // `sample`: divides by one less than the number of values.
 template <bool sample, bool root>
 Value spread(const Gathered& gathered, const Aggregate&) {
@@ -119,15 +110,15 @@ Value aggregatedText(const Gathered& gathered, const Aggregate&) {
 
 std::vector<Aggregate> allAggregates() {
     constexpr int kMostDigitsAdded = 6;
-    std::vector<Aggregate> all = {
-        {"ts_sum_float", addReal, realTotal<false>}, {"ts_avg_float0", addReal, realTotal<true>},
-        {"ts_stdev", addSpread, spread<true, true>}, {"ts_stdevp", addSpread, spread<false, true>},
-        {"ts_var", addSpread, spread<true, false>},  {"ts_varp", addSpread, spread<false, false>},
-        {"ts_string_agg", addText, aggregatedText}};
+    std::vector<Aggregate> all = {{"ts_stdev", addSpread, spread<true, true>},
+                                  {"ts_stdevp", addSpread, spread<false, true>},
+                                  {"ts_var", addSpread, spread<true, false>},
+                                  {"ts_varp", addSpread, spread<false, false>},
+                                  {"ts_string_agg", addText, aggregatedText}};
     for (const TypeId id : {TypeId::Int, TypeId::BigInt, TypeId::Money, TypeId::Decimal}) {
         const SqlType type = id == TypeId::Decimal ? kSumType : simpleType(id);
         const std::string name(baseName(id));
-        all.push_back({"ts_sum_" + name, addExact, exactSum, type});
+        all.push_back({"ts_sum_" + name + "0", addExact, exactSum, type});
         for (int digits = 0; digits <= kMostDigitsAdded; ++digits)
             all.push_back({"ts_avg_" + name + std::to_string(digits), addExact, exactAverage, type, digits});
     }

@@ -4,9 +4,10 @@
 namespace tsql {
 namespace {
 
-template <DateTime Now::*clock>
+template <bool utc = false>
 Value runNow(const SqlCall& call) {
-    return toStorage(call.context().now().*clock, call.type(0));
+    const DateTime& now = call.context().now();
+    return toStorage(utc ? DateTime{now.utc()} : now, call.type(0));
 }
 
 // (part, start, end)
@@ -34,8 +35,8 @@ std::string writePart(const FunctionInfo& function, Pieces pieces, const SqlType
 Value runEndOfMonth(const SqlCall& call) {
     const SqlType type = simpleType(TypeId::Date);
     const std::int64_t months = call.count() > 1 ? call.integer(1) : 0;
-    const CivilDate date = civilFromDays(dateAdd(DatePart::Month, months, call.dateTime(0), type).days);
-    return toStorage({daysFromCivil(date.year() / date.month() / std::chrono::last), 0}, type);
+    const CivilDate date(dateAdd(DatePart::Month, months, call.dateTime(0), type).day());
+    return toStorage({LocalDay(date.year() / date.month() / std::chrono::last)}, type);
 }
 
 // Type of which the last argument is the scale.
@@ -52,23 +53,47 @@ Value runFromParts(const SqlCall& call) {
     const SqlType type = call.resultType();
     const auto part = [&](std::size_t i) { return i + 1 < call.count() ? call.integer(i) : 0; };
     const std::size_t clock = type.id == TypeId::Time ? 0 : 3;  // index of the hour
-    const auto days = clock ? daysFromParts(part(0), part(1), part(2)) : DateTime::kDay1900;
+    const auto day = clock ? dayOf(part(0), part(1), part(2)) : kDay1900;
     const std::int64_t units[] = {24, 60, 60, powerOfTen(type.scale)};
     std::int64_t fractions = 0;
-    bool valid = days.has_value();
+    bool valid = day.has_value();
     for (std::size_t i = 0; i < std::size(units); ++i) {
         valid = valid && part(clock + i) >= 0 && part(clock + i) < units[i];
         fractions = valid ? fractions * units[i] + part(clock + i) : 0;
     }
-    const DateTime value{days.value_or(0), fractions * (DateTime::kTicksPerSecond / units[3])};
+    const DateTime value{day.value_or(kDay1900) + Ticks(fractions * powerOfTen(7 - type.scale))};
     if (!valid || !isInRange(value, type)) throw sqlError(kInvalidDateParts, {baseName(type.id)});
     return toStorage(value, type);
+}
+
+// datetimeoffset with the scale of the first argument
+SqlType zonedType(Pieces pieces) {
+    const SqlType& type = pieces[0].type;
+    return {TypeId::DateTimeOffset, 0, 0, isDateTime(type.id) ? type.scale : std::uint8_t{7}};
+}
+
+// (value, offset, its type, result type). The offset is "+hh:mm" or a number of minutes.
+template <bool isSwitch>
+Value runOffset(const SqlCall& call) {
+    const SqlType type = call.resultType(), given = call.type(2);
+    const std::string text = textOf(call[1], given);
+    const Value time =
+        convertValue("00:00" + text, nvarcharType(SqlType::kMax), type, kNoStyle, Conversion::Try);
+    const bool isOffset = !isNull(time) && text.find_first_of("+-") == 0;
+    const std::int64_t minutes = isInteger(given.id) ? call.integer(1)
+                                 : isOffset          ? fromStorage(std::get<std::string>(time)).offset.count()
+                                                     : INT64_MAX;
+    if (minutes > kMostOffset.count() || minutes < -kMostOffset.count())
+        throw sqlError(kInvalidOffset, {isSwitch ? "switchoffset" : "todatetimeoffset"});
+    const std::chrono::minutes offset(minutes);
+    const DateTime before = call.dateTime(0);
+    return toStorage({isSwitch ? before.utc() + offset : before.at, offset}, type, baseName(type.id));
 }
 
 // (value, type, pattern[, culture])
 Value runFormat(const SqlCall& call) {
     const SqlType type = call.type(1);
-    if (!isDateTime(type.id) || type.id == TypeId::Time)
+    if (!isDateTime(type.id) || type.id == TypeId::Time || type.id == TypeId::DateTimeOffset)
         throw unsupported("FORMAT of " + std::string(baseName(type.id)));
     if (call.count() > 3 && !sameText(call.text(3), "en-US"))
         throw unsupported("FORMAT for the culture '" + std::string(call.text(3)) + "'");
@@ -86,11 +111,14 @@ Value runIsDate(const SqlCall& call) {
 }  // namespace
 
 const std::vector<FunctionInfo> kDateFunctions = {
-    {"getdate", "~=", TypeId::DateTime, runNow<&Now::local>},
-    {"current_timestamp", "~=", TypeId::DateTime, runNow<&Now::local>},
-    {"getutcdate", "~=", TypeId::DateTime, runNow<&Now::utc>},
-    {"sysdatetime", "~=", TypeId::DateTime2, runNow<&Now::local>},
-    {"sysutcdatetime", "~=", TypeId::DateTime2, runNow<&Now::utc>},
+    {"getdate", "~=", TypeId::DateTime, runNow<>},
+    {"current_timestamp", "~=", TypeId::DateTime, runNow<>},
+    {"getutcdate", "~=", TypeId::DateTime, runNow<true>},
+    {"sysdatetime", "~=", TypeId::DateTime2, runNow<>},
+    {"sysutcdatetime", "~=", TypeId::DateTime2, runNow<true>},
+    {"sysdatetimeoffset", "~=", TypeId::DateTimeOffset, runNow<>},
+    {"switchoffset", "RA#=", zonedType, runOffset<true>},
+    {"todatetimeoffset", "RA#=", zonedType, runOffset<false>},
     {"dateadd", "PIE=", [](Pieces pieces) { return pieces.back().type; },
      [](const SqlCall& call) -> Value {  // (part, number, value, type)
          const SqlType type = call.type(3);
@@ -117,12 +145,14 @@ void checkDatePart(Pieces arguments, std::string_view function) {
     const auto part = static_cast<DatePart>(*arguments[0].integer);
     const TypeId type = arguments.back().type.id;
     const bool isDiff = function.starts_with("datediff"), changes = isDiff || function == "dateadd";
-    if (part == DatePart::IsoWeek && changes)
+    const bool isZone = part == DatePart::TzOffset;
+    if ((part == DatePart::IsoWeek || isZone) && changes)
         throw sqlError(kDatePartNotSupported, {nameOf(part), isDiff ? "datediff" : function});
     if (isDiff) return;
     const bool ofClock = part >= DatePart::Hour;
     const bool tooFine = changes && part > DatePart::Millisecond && isClassicDate(type);
-    if (tooFine || (ofClock ? type == TypeId::Date : type == TypeId::Time))
+    const bool zoneless = isZone && type != TypeId::DateTimeOffset && type != TypeId::DateTime2;
+    if (tooFine || zoneless || (ofClock ? type == TypeId::Date : type == TypeId::Time))
         throw sqlError(kDatePartNotSupportedForType, {nameOf(part), function, baseName(type)});
 }
 

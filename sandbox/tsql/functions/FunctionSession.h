@@ -53,7 +53,7 @@ class FunctionContext {
 
     // Resets the time, because GETDATE() is constant within a statement, and the error.
     void beginStatement() { *this = FunctionContext(m_session); }
-    const Now& now() { return m_now ? *m_now : m_now.emplace(timeNow()); }
+    const DateTime& now() { return m_now ? *m_now : m_now.emplace(timeNow()); }
     FunctionSession& session() { return *m_session; }
 
     // The error that a function raised, valid after SQLite has returned SQLITE_ERROR.
@@ -65,7 +65,7 @@ class FunctionContext {
 
   private:
     FunctionSession* m_session;
-    std::optional<Now> m_now;
+    std::optional<DateTime> m_now;
     std::optional<SqlError> m_error;
     bool m_nullLeftOut = false;
 };

@@ -82,14 +82,14 @@ std::string writeExtreme(const FunctionInfo& function, Pieces pieces, const SqlT
     return std::string(function.name) + "(" + collated(noted(pieces[0])) + ")";
 }
 
-// SQLite passes one argument only to an aggregate with DISTINCT, hence a name for each result.
-std::string writeSum(const FunctionInfo&, Pieces pieces, const SqlType& result) {
-    return "ts_sum_" + std::string(baseName(result.id)) + "(" + pieces[0].sql + ")";
-}
-
-std::string writeAverage(const FunctionInfo&, Pieces pieces, const SqlType& result) {
-    const int digits = isExact(result.id) ? result.scale - pieces[0].type.scale : 0;
-    return "ts_avg_" + std::string(baseName(result.id)) + std::to_string(digits) + "(" + pieces[0].sql + ")";
+// SQLite passes one argument only to an aggregate with DISTINCT, hence a name for each type and number of
+// digits that are added.
+std::string writeTotal(const FunctionInfo& function, Pieces pieces, const SqlType& result) {
+    const std::string name(function.name);
+    if (isApproximate(result.id)) return name + "(" + noted(pieces[0]).sql + ")";
+    const int digits = result.scale - pieces[0].type.scale;
+    return "ts_" + name + "_" + std::string(baseName(result.id)) + std::to_string(digits) + "(" +
+           pieces[0].sql + ")";
 }
 
 std::string writeStringAgg(const FunctionInfo&, Pieces pieces, const SqlType& result) {
@@ -115,8 +115,8 @@ const std::vector<FunctionInfo> kWritten = {
     {"xml.value", "AA", nvarcharType(SqlType::kMax), "ts_xml_value"},  // (SELECT ... FOR XML).value()
     {"count", "A", TypeId::Int, writeCount, kAggregate},
     {"count_big", "A", TypeId::BigInt, writeCount, kAggregate},
-    {"sum", "A", [](Pieces pieces) { return aggregateType(pieces, "sum"); }, writeSum, kAggregate},
-    {"avg", "A", [](Pieces pieces) { return aggregateType(pieces, "avg"); }, writeAverage, kAggregate},
+    {"sum", "A", [](Pieces pieces) { return aggregateType(pieces, "sum"); }, writeTotal, kAggregate},
+    {"avg", "A", [](Pieces pieces) { return aggregateType(pieces, "avg"); }, writeTotal, kAggregate},
     {"min", "A", [](Pieces pieces) { return aggregateType(pieces, "min"); }, writeExtreme, kAggregate},
     {"max", "A", [](Pieces pieces) { return aggregateType(pieces, "max"); }, writeExtreme, kAggregate},
     {"stdev", "F", TypeId::Float, "ts_stdev", kAggregate},
@@ -150,7 +150,7 @@ constexpr std::string_view kMissingFunctions =
     "formatmessage has_perms_by_name host_id index_col indexproperty is_rolemember isjson json_modify "
     "json_query json_value objectpropertyex parse percentile_cont percentile_disc "
     "pwdcompare pwdencrypt rowcount_big session_context soundex sql_variant_property stats_date "
-    "string_escape suser_id suser_sid switchoffset sysdatetimeoffset todatetimeoffset trigger_nestlevel "
+    "string_escape suser_id suser_sid trigger_nestlevel "
     "try_parse typeproperty user_id";
 
 // By their names, which are in lower case.
@@ -170,7 +170,7 @@ SqlType textTypeFor(const SqlType& type) {
     if (isText(type.id)) return type;
     if (isBinary(type.id)) return varcharType(type.length);
     if (type.id == TypeId::Decimal) return varcharType(type.precision + 3);
-    return varcharType(type.id == TypeId::UniqueIdentifier ? 36 : 30);
+    return varcharType(type.id < TypeId::UniqueIdentifier ? 30 : 36);  // 36: also for datetimeoffset
 }
 
 // Type to which an argument with this pattern letter is converted.
@@ -180,7 +180,7 @@ SqlType wantedType(char letter, const SqlType& type) {
     if (letter == 'B') return simpleType(TypeId::BigInt);
     if (letter == 'F' || (letter == 'N' && !isNumber(type.id))) return simpleType(TypeId::Float);
     if ((letter != 'D' && letter != 'E') || isDateTime(type.id)) return type;
-    return simpleType(letter == 'D' && isText(type.id) ? TypeId::DateTime2 : TypeId::DateTime);
+    return simpleType(letter == 'D' && isText(type.id) ? TypeId::DateTimeOffset : TypeId::DateTime);
 }
 
 Typed argument(const FunctionInfo& function, std::size_t i, char letter, const Typed& value) {
@@ -230,6 +230,18 @@ void registerScalar(sqlite3* connection, FunctionContext& context, const ScalarF
                                                 new Binding<ScalarFunction>{context, function}, callScalar,
                                                 nullptr, nullptr, deleteBinding<ScalarFunction>);
     if (code != SQLITE_OK) throw std::runtime_error(sqlite3_errmsg(connection));
+}
+
+// Order of two datetimeoffset values.
+int compareUtc(std::string_view left, std::string_view right) {
+    const LocalTime a = fromStorage(left).utc(), b = fromStorage(right).utc();
+    return (a > b) - (a < b);
+}
+
+template <int (*order)(std::string_view, std::string_view)>
+int collate(void*, int leftSize, const void* left, int rightSize, const void* right) {
+    return order({static_cast<const char*>(left), static_cast<std::size_t>(leftSize)},
+                 {static_cast<const char*>(right), static_cast<std::size_t>(rightSize)});
 }
 
 }  // namespace
@@ -292,13 +304,10 @@ void registerFunctions(sqlite3* connection, FunctionContext& context) {
         if (const auto* run = std::get_if<SqlFunction>(&function->body))
             registerScalar(connection, context, {"ts_" + std::string(name), function->arguments, *run});
     registerAggregates(connection, context);
-    const auto collate = [](void*, int leftSize, const void* left, int rightSize, const void* right) {
-        return compareText({static_cast<const char*>(left), static_cast<std::size_t>(leftSize)},
-                           {static_cast<const char*>(right), static_cast<std::size_t>(rightSize)});
-    };
-    const std::string name(kCollation);
-    if (sqlite3_create_collation(connection, name.c_str(), SQLITE_UTF8, nullptr, collate) != SQLITE_OK)
-        throw std::runtime_error(sqlite3_errmsg(connection));
+    for (const auto& [name, order] :
+         {std::pair(kCollation, &collate<compareText>), {kUtcCollation, &collate<compareUtc>}})
+        if (sqlite3_create_collation(connection, name, SQLITE_UTF8, nullptr, order) != SQLITE_OK)
+            throw std::runtime_error(sqlite3_errmsg(connection));
 }
 
 }  // namespace tsql

@@ -20,7 +20,7 @@ using Writer = std::string (*)(const FunctionInfo& function, Pieces arguments, c
 //   T  string; other types are converted       I int   B bigint   F float   A any type
 //   L  as T, also accepts text and ntext       N  number; a string becomes float
 //   C  string or binary, converted to string   S  string or binary, not converted
-//   D  date or time; a string becomes datetime2(7), a number datetime
+//   D  date or time; a string becomes datetimeoffset(7), a number datetime
 //   E  as D, but a string becomes datetime     R  any type, converted to that of the result
 //   P  name of a date part, which is not evaluated
 //   [  begins the optional arguments           *  the last argument may be repeated

@@ -128,22 +128,6 @@ std::string compareBytes(std::string_view sign, const Typed& left, const Typed& 
     return compared(comparable(left), sign, comparable(right));
 }
 
-// "(a || b || c)", truncated to the type's length; flat, because SQLite's parser limits the nesting.
-Typed joined(const Typed& left, const Typed& right, const SqlType& type) {
-    constexpr std::string_view kCut = "substr(", kFrom = ",1,";
-    const bool cut = left.sql.starts_with(kCut);
-    std::string sql = "(" + left.sql;
-    if (left.joined && !cut) sql = left.sql.substr(0, left.sql.size() - 1);
-    if (left.joined && cut && type.length != SqlType::kMax)
-        sql = left.sql.substr(kCut.size(), left.sql.rfind(kFrom) - kCut.size() - 1);
-    sql += " || " + right.sql + ")";
-    if (type.length != SqlType::kMax && left.type.length + right.type.length > type.length)
-        sql = std::string(kCut).append(sql).append(kFrom) + std::to_string(type.length) + ")";
-    Typed result{sql, type};
-    result.joined = true;
-    return result;
-}
-
 }  // namespace
 
 const std::vector<ScalarFunction> kOperatorFunctions = {
@@ -244,7 +228,9 @@ SqlType comparedType(std::span<const Typed> pieces) {
 
 std::string collated(const Typed& value, int refusal) {
     if (isLob(value.type.id)) throw sqlError(refusal, {baseName(value.type.id)});
-    return isText(value.type.id) ? "(" + value.sql + " COLLATE " + std::string(kCollation) + ")" : value.sql;
+    const bool isZoned = value.type.id == TypeId::DateTimeOffset;
+    if (!isText(value.type.id) && !isZoned) return value.sql;
+    return "(" + value.sql + " COLLATE " + (isZoned ? kUtcCollation : kCollation) + ")";
 }
 
 std::string comparable(const Typed& value) {
@@ -261,8 +247,6 @@ Typed emitBinary(BinaryOp op, const Typed& leftPiece, const Typed& rightPiece) {
     const SqlType type = bits
                              ? operatorType(op, left.type, right.type)
                              : operatorType(op, operandType(left, right.type), operandType(right, left.type));
-    if (isText(type.id)) return joined(left, right, type);
-    if (isBinary(type.id)) return {"CAST(" + left.sql + " || " + right.sql + " AS BLOB)", type};
     // A chain of operators becomes one call, because SQLite's parser limits the nesting of calls.
     const bool joins = left.chain > 0 && left.chain < kLongestChain;
     const std::string chain =

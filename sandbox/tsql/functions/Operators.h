@@ -17,7 +17,6 @@ struct Typed {
     // Value of an integer literal, for arguments that must be literals, such as lengths and styles.
     std::optional<std::int64_t> integer = {};
     int chain = 0;         // number of operators if `sql` is a call of ts_arithmetic
-    bool joined = false;   // `sql` is a concatenation of strings
     bool nullable = true;  // may be NULL
 };
 
@@ -30,8 +29,8 @@ Typed typedConstant(std::string sql, const TypedValue& constant);
 
 using Pieces = std::span<const Typed>;
 
-// Name of the collation, for COLLATE in table definitions and ORDER BY.
-inline constexpr std::string_view kCollation = "ts_ci";
+// Names of the collations of strings and datetimeoffset, for COLLATE in table definitions and ORDER BY.
+inline constexpr const char *kCollation = "ts_ci", *kUtcCollation = "ts_utc";
 
 Typed emitBinary(BinaryOp op, const Typed& left, const Typed& right);
 Typed emitNegate(const Typed& value);
@@ -51,7 +50,7 @@ Typed emitIdentity(const std::string& number, const SqlType& type);
 SqlType commonType(std::span<const Typed> pieces);
 // Common type for a comparison: an error if decimals would lose digits.
 SqlType comparedType(std::span<const Typed> pieces);
-// `sql` with the collation that texts are compared, ordered and grouped by; other types as they are. Throws
+// `sql` with the collation that its type is compared, ordered and grouped by, if it has one. Throws
 // SqlError `refusal` for types that are not compared.
 std::string collated(const Typed& value, int refusal = kTypeNotComparable);
 // `sql` as a key that is equal for equal values: as collated(), and binary strings without zeros at the end.

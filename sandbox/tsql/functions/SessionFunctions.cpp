@@ -252,7 +252,7 @@ std::string hostName() {
 const WordMap<std::int64_t>& systemTypes() {
     static const auto all = [] {
         WordMap<std::int64_t> types = {{"numeric", 108}, {"sysname", kBuiltInTypes}};
-        for (int i = 0; i <= static_cast<int>(TypeId::RowVersion); ++i)
+        for (int i = 0; i <= static_cast<int>(TypeId::DateTimeOffset); ++i)
             types.emplace(baseName(static_cast<TypeId>(i)), systemId(static_cast<TypeId>(i)));
         return types;
     }();

@@ -53,12 +53,6 @@ SqlType placeType(Pieces pieces) {
     return countType(pieces.subspan(1));
 }
 
-// Truncates to the length of the result type.
-std::string fitted(std::string text, const SqlType& type) {
-    if (type.length > 0) text.resize(byteOffset(text, static_cast<std::size_t>(type.length)));
-    return text;
-}
-
 template <auto function>
 Value runOnText(const SqlCall& call) {
     return std::string(function(call.text(0)));
@@ -86,8 +80,8 @@ Value runSubstring(const SqlCall& call) {
 
 template <bool right>
 Value runSide(const SqlCall& call) {
-    const int error = right ? kInvalidLengthOfFunction : kInvalidLengthOfSubstring;
-    if (call.integer(1) < 0) throw sqlError(error, {"right"});
+    if (call.integer(1) < 0)
+        throw sqlError(right ? kInvalidLengthOfFunction : kInvalidLengthOfSubstring, {"right"});
     const std::size_t count = characterCount(call.text(0));
     const std::size_t kept = std::min(static_cast<std::size_t>(call.integer(1)), count);
     return std::string(characters(call.text(0), right ? count - kept : 0, kept));
@@ -106,7 +100,7 @@ Value runReplace(const SqlCall& call) {
         if (!bounded && std::ssize(result) > kMostOfMax)
             throw unsupported("REPLACE beyond 100,000,000 bytes");
     }
-    return fitted(result.append(text.substr(from)), call.resultType());
+    return convertValue(result.append(text.substr(from)), call.resultType(), call.resultType());
 }
 
 // (string, characters, their replacements)
@@ -124,7 +118,7 @@ Value runTranslate(const SqlCall& call) {
         const auto found = replacements.find(foldCase(character));
         appendCharacter(result, found == replacements.end() ? character : found->second);
     }
-    return fitted(std::move(result), call.resultType());
+    return convertValue(result, call.resultType(), call.resultType());
 }
 
 // (string, start, length, replacement, result type)
@@ -137,7 +131,7 @@ Value runStuff(const SqlCall& call) {
     std::string result(characters(text, 0, first));
     if (!isNull(call[3])) result += call.text(3);
     result += characters(text, first + static_cast<std::size_t>(length), std::string_view::npos);
-    return fitted(result, call.resultType());
+    return convertValue(result, call.resultType(), call.resultType());
 }
 
 // (part, string[, start])
@@ -243,7 +237,8 @@ Value runConcatWs(const SqlCall& call) {
     std::vector<std::string> pieces;
     for (const CellView& piece : call.arguments().subspan(1, call.count() - 2))
         if (!isNull(piece)) pieces.emplace_back(std::get<std::string_view>(piece));
-    return fitted(boost::join(pieces, isNull(call[0]) ? "" : call.text(0)), call.resultType());
+    const std::string whole = boost::join(pieces, isNull(call[0]) ? "" : call.text(0));
+    return convertValue(whole, call.resultType(), call.resultType());
 }
 
 Value runQuoteName(const SqlCall& call) {
@@ -283,21 +278,17 @@ Value runParseName(const SqlCall& call) {
 
 // (algorithm, string, its type); NULL for an unknown algorithm
 Value runHashBytes(const SqlCall& call) {
-    constexpr std::pair<std::string_view, const char*> kDigests[] = {
-        {"md2", nullptr}, {"md4", nullptr},       {"md5", "MD5"},        {"sha", "SHA1"},
-        {"sha1", "SHA1"}, {"sha2_256", "SHA256"}, {"sha2_512", "SHA512"}};
+    std::string name = lowerAscii(call.text(0));
+    if (hasWord("md2 md4", name)) throw unsupported("HASHBYTES with MD2 and MD4");
+    if (!hasWord("md5 sha sha1 sha2_256 sha2_512", name)) return Null{};
+    std::ranges::replace(name, '_', '-');  // OpenSSL's name
     const SqlType binary{TypeId::VarBinary, SqlType::kMax, 0, 0};
-    for (const auto& [algorithm, digest] : kDigests) {
-        if (!sameWord(algorithm, call.text(0))) continue;
-        if (!digest) throw unsupported("HASHBYTES with MD2 and MD4");
-        const auto bytes = std::get<Bytes>(convertValue(call[1], call.type(2), binary));
-        Bytes hash(EVP_MAX_MD_SIZE, std::byte{0});
-        unsigned size = 0;
-        EVP_Digest(bytes.data(), bytes.size(), reinterpret_cast<unsigned char*>(hash.data()), &size,
-                   EVP_get_digestbyname(digest), nullptr);
-        return hash.substr(0, size);
-    }
-    return Null{};
+    const auto bytes = std::get<Bytes>(convertValue(call[1], call.type(2), binary));
+    Bytes hash(EVP_MAX_MD_SIZE, std::byte{0});
+    std::size_t size = 0;
+    EVP_Q_digest(nullptr, name == "sha" ? "sha1" : name.c_str(), nullptr, bytes.data(), bytes.size(),
+                 reinterpret_cast<unsigned char*>(hash.data()), &size);
+    return hash.substr(0, size);
 }
 
 }  // namespace

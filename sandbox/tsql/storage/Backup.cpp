@@ -145,7 +145,7 @@ void writeHeader(sqlite3* copy, const BackupHeader& header) {
 }
 
 std::string now() {
-    return toStorage(timeNow().local, simpleType(TypeId::DateTime));
+    return toStorage(timeNow(), simpleType(TypeId::DateTime));
 }
 
 // Overwrites an existing database in one SQLite transaction, which is atomic for other connections. A new

@@ -140,7 +140,6 @@ SqlType Parser::type(TypeUse use, UserType* user) {
     std::string name = unquoted(takeToken());
     for (const auto word : {"PRECISION", "CHARACTER", "CHAR", "TEXT", "VARYING"})
         if (at(word)) name += " " + lowerAscii(takeToken().raw);
-    if (use == TypeUse::Client && sameWord(name, "datetimeoffset")) name = "datetime2";  // it has no offset
     const auto argument = [this] {
         constexpr std::int64_t kTooLarge = 1'000'000;
         return accept("MAX") ? SqlType::kMax : static_cast<int>(std::min(expectInteger(), kTooLarge));

@@ -518,8 +518,7 @@ Declaration Parser::declaration(bool isParameter) {
     if (at("TABLE") && !isParameter)
         node.table = std::make_shared<const CreateTable>(tableVariable(node.name));
     else if (!node.isCursor)
-        node.type =
-            type(isParameter && m_procedure.empty() ? TypeUse::Client : TypeUse::Declaration, &node.userType);
+        node.type = type(TypeUse::Declaration, &node.userType);
     if (node.userType.table) {
         node.userType.table->table.name = node.name;
         node.table = node.userType.table;

@@ -180,7 +180,12 @@ Typed Translator::aggregateCall(const FunctionInfo& function, const Call& call) 
     Typed result = emitCall(function, arguments, call.distinct);
     if (!call.within.empty()) {
         std::string keys;
-        for (auto& item : call.within) keys += (item.descending ? ",1," : ",0,") + value(*item.value).sql;
+        for (auto& item : call.within) {
+            Typed key[] = {value(*item.value), literal(numericLiteral("0"))};
+            const bool isZoned = key[0].type.id == TypeId::DateTimeOffset;  // compared as strings, in UTC
+            if (isZoned) key[0] = emitCall(functionNamed("switchoffset"), key);
+            keys += (item.descending ? ",1," : ",0,") + key[0].sql;
+        }
         result.sql.insert(result.sql.size() - 1, keys);
     }
     --m_scope->aggregateDepth;

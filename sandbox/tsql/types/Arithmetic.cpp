@@ -21,12 +21,22 @@ Value floatResult(BinaryOp op, double left, double right, const SqlType& type) {
 Value dateResult(BinaryOp op, const CellView& left, const SqlType& leftType, const CellView& right,
                  const SqlType& rightType, const SqlType& type) {
     const auto ticks = [&](const CellView& value, const SqlType& from) {
-        return fromStorage(std::get<std::string>(convertValue(value, from, type))).total();
+        return fromStorage(std::get<std::string>(convertValue(value, from, type))).at - kDay1900;
     };
-    const std::int64_t since1900 = ticks(right, rightType) - DateTime{}.total();
-    const auto result = DateTime::at(ticks(left, leftType) + (op == BinaryOp::Add ? since1900 : -since1900));
+    const Ticks first = ticks(left, leftType), second = ticks(right, rightType);
+    const DateTime result{kDay1900 + first + (op == BinaryOp::Add ? second : -second)};
     if (!isInRange(result, type)) throwOverflow(type);
     return toStorage(result, type);
+}
+
+// Cut to the length of the type.
+Value concatenated(const CellView& left, const CellView& right, const SqlType& type) {
+    Value both = ownedValue(left);
+    if (auto* text = std::get_if<std::string>(&both))
+        text->append(std::get<std::string_view>(right));
+    else
+        std::get<Bytes>(both).append(std::get<Blob>(right));
+    return convertValue(viewOf(both), type, type);
 }
 
 // The type of an exact literal has exactly the precision and scale that are written.
@@ -45,6 +55,7 @@ SqlType typeOfNumber(std::string_view text) {
 Value arithmetic(BinaryOp op, const CellView& left, const SqlType& leftType, const CellView& right,
                  const SqlType& rightType, const SqlType& type) {
     if (isNull(left) || isNull(right)) return Null{};
+    if (isText(type.id) || isBinary(type.id)) return concatenated(left, right, type);
     if (isDateTime(type.id)) return dateResult(op, left, leftType, right, rightType, type);
     if (isApproximate(type.id)) {
         const SqlType wide = simpleType(TypeId::Float);

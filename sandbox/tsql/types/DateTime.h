@@ -8,29 +8,27 @@
 
 namespace tsql {
 
-// Local civil date and time, years 1 to 9999.
+using std::chrono::days, std::chrono::floor;
+using Ticks = std::chrono::duration<std::int64_t, std::ratio<1, 10'000'000>>;  // units of 100 ns
+using CivilDate = std::chrono::year_month_day;
+using LocalDay = std::chrono::local_days;
+using LocalTime = std::chrono::local_time<Ticks>;
+inline constexpr LocalDay kFirstDay{std::chrono::year(1) / 1 / 1};
+inline constexpr std::chrono::minutes kMostOffset{14 * 60};
+inline constexpr LocalDay kDay1900{std::chrono::year(1900) / 1 / 1};  // day 0 of datetime
+
+// Local civil date and time, years 1 to 9999. A time without a date is on 1900-01-01.
 struct DateTime {
-    static constexpr std::int64_t kTicksPerSecond = 10'000'000;
-    static constexpr std::int64_t kTicksPerDay = 86'400 * kTicksPerSecond;
-    static constexpr int kDay1900 = 693'595;  // days from 0001-01-01 to 1900-01-01, day 0 of datetime
+    LocalTime at = kDay1900;
+    std::chrono::minutes offset{};  // from UTC, of a datetimeoffset
 
-    std::int64_t days = kDay1900;  // since 0001-01-01
-    std::int64_t ticks = 0;        // 100 ns units since midnight
-
-    static constexpr DateTime at(auto total) {
-        const auto ofDay = (total % kTicksPerDay + kTicksPerDay) % kTicksPerDay;
-        return {static_cast<std::int64_t>((total - ofDay) / kTicksPerDay), static_cast<std::int64_t>(ofDay)};
-    }
-    constexpr std::int64_t total() const { return days * kTicksPerDay + ticks; }  // ticks since 0001-01-01
-
-    auto operator<=>(const DateTime&) const = default;
+    LocalTime utc() const { return at - offset; }
+    LocalDay day() const { return floor<days>(at); }
+    Ticks time() const { return at - day(); }
 };
 
-using CivilDate = std::chrono::year_month_day;
-std::int64_t daysFromCivil(const CivilDate& date);  // since 0001-01-01
-CivilDate civilFromDays(std::int64_t days);
 // Empty if the calendar of the years 1 to 9999 has no such date.
-std::optional<std::int64_t> daysFromParts(std::int64_t year, std::int64_t month, std::int64_t day);
+std::optional<LocalDay> dayOf(std::int64_t year, std::int64_t month, std::int64_t day);
 
 // Parses a date string ('2026-11-21', '20261121 13:05', 'Nov 21 2026 1:05PM', '11/21/2026', '13:05'), month
 // before day unless the CONVERT style has another order (103, 104, 105, 111 ...). An empty string is
@@ -68,7 +66,8 @@ enum class DatePart {
     Second,
     Millisecond,
     Microsecond,
-    Nanosecond
+    Nanosecond,
+    TzOffset  // in minutes
 };
 // Looks up "yy", "year", "dd" ..., case-insensitive.
 std::optional<DatePart> findDatePart(std::string_view name);
@@ -83,9 +82,6 @@ std::int64_t datePart(DatePart part, const DateTime& value);
 std::string dateName(DatePart part, const DateTime& value);
 std::string_view monthName(int month);  // 1: "January"
 
-struct Now {
-    DateTime local, utc;
-};
-Now timeNow();
+DateTime timeNow();
 
 }  // namespace tsql

@@ -31,6 +31,7 @@ enum class TypeId : std::uint8_t {
 //   DateTime                    TEXT "YYYY-MM-DD hh:mm:ss.mmm"
 //   SmallDateTime               TEXT "YYYY-MM-DD hh:mm:00"
 //   DateTime2                   TEXT as DateTime with `scale` digits
+//   DateTimeOffset              TEXT as DateTime2, local, with the offset: " +hh:mm"
 //   UniqueIdentifier            TEXT, 36 characters, upper case
 //   Binary..RowVersion          BLOB (RowVersion: the number of the change in 8 bytes, big-endian)
 struct SqlType {
@@ -39,7 +40,7 @@ struct SqlType {
     TypeId id = TypeId::Int;
     int length = 0;              // characters (bytes for Binary, VarBinary) or kMax; else 0
     std::uint8_t precision = 0;  // Decimal: 1 to 38
-    std::uint8_t scale = 0;      // Decimal, Money: digits after the point; Time, DateTime2: 0 to 7
+    std::uint8_t scale = 0;      // Decimal, Money: digits after the point; of a second: 0 to 7
 
     bool operator==(const SqlType&) const = default;
 };

@@ -34,11 +34,12 @@ const TypeFacts& facts(TypeId id) {
     return kTypes[static_cast<std::size_t>(id)];
 }
 
-constexpr std::string_view kFamilyOrder = "NFDAM2CTXUBI";
+constexpr std::string_view kFamilyOrder = "NFDAM2OCTXUBI";
 // ConversionRule from each family (row) to each (column), in kFamilyOrder.
-constexpr std::array<std::string_view, 12> kConversions = {
-    "iii---i---i-", "iii---i---i-", "eeiiiii---e-", "--ii-ii---e-", "--i-iii---e-", "--iiiii---e-",
-    "iiiiiiiiiiei", "------iie---", "------e-i-e-", "------i--ii-", "i-ieeei-iiii", "----------ii"};
+constexpr std::array<std::string_view, 13> kConversions = {
+    "iii----i---i-", "iii----i---i-", "eeiiiiii---e-", "--ii-iii---e-", "--i-iiii---e-",
+    "--iiiiii---e-", "--iiiiii---e-", "iiiiiiiiiiiei", "-------iie---", "-------e-i-e-",
+    "-------i--ii-", "i-ieeeei-iiii", "-----------ii"};
 
 std::size_t familyOf(TypeId id) {
     return kFamilyOrder.find(facts(id).family);
@@ -133,7 +134,7 @@ constexpr std::array<std::string_view, 8> kOperatorNames = {"add",    "subtract"
 
 SqlType makeType(std::string_view name, std::span<const int> arguments, TypeUse use) {
     const auto found = findType(name);
-    if (!found && hasWord("datetimeoffset geography geometry hierarchyid sql_variant", lowerAscii(name)))
+    if (!found && hasWord("geography geometry hierarchyid sql_variant", lowerAscii(name)))
         throw unsupported(lowerAscii(name) + " as a type");
     if (!found) throw sqlError(use == TypeUse::Cast ? kNotASystemType : kUnknownType, {name});
     const TypeId id = *found;
@@ -216,7 +217,7 @@ int maxLength(const SqlType& type) {
     if (hasLength(type.id)) return type.length == SqlType::kMax ? -1 : type.length * facts(type.id).bytes;
     const int ofTime = type.scale <= 2 ? 3 : type.scale <= 4 ? 4 : 5;
     if (type.id == TypeId::Time) return ofTime;
-    if (type.id == TypeId::DateTime2) return ofTime + maxLength(simpleType(TypeId::Date));
+    if (hasScale(type.id)) return ofTime + (type.id == TypeId::DateTime2 ? 3 : 5);  // date, offset
     if (type.id != TypeId::Decimal) return facts(type.id).bytes;
     return type.precision <= 9 ? 5 : type.precision <= 19 ? 9 : type.precision <= 28 ? 13 : 17;
 }

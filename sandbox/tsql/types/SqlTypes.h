@@ -7,9 +7,8 @@
 
 namespace tsql {
 
-// Context of a type name. It decides the length of a bare "varchar": 1 in a declaration, 30 in CAST. Client:
-// of a parameter that a client declares.
-enum class TypeUse { Declaration, Cast, Client };
+// Context of a type name. It decides the length of a bare "varchar": 1 in a declaration, 30 in CAST.
+enum class TypeUse { Declaration, Cast };
 
 // "varchar", {20} -> varchar(20). `arguments` are the values in parentheses; SqlType::kMax is "max". Accepts
 // synonyms (integer, dec, national character varying ...) with one blank between words. Throws SqlError 2715
@@ -35,9 +34,11 @@ inline constexpr TypeFamily isExact{TypeId::Bit, TypeId::Money};  // stored as s
 inline constexpr TypeFamily isApproximate{TypeId::Real, TypeId::Float};
 inline constexpr TypeFamily isNumber{TypeId::Bit, TypeId::Float};
 inline constexpr TypeFamily isText{TypeId::Char, TypeId::Xml};
-inline constexpr TypeFamily isDateTime{TypeId::Date, TypeId::DateTime2};
 inline constexpr TypeFamily isClassicDate{TypeId::DateTime, TypeId::SmallDateTime};  // also days as numbers
 inline constexpr TypeFamily isBinary{TypeId::Binary, TypeId::RowVersion};
+constexpr bool isDateTime(TypeId id) {
+    return (id >= TypeId::Date && id <= TypeId::DateTime2) || id == TypeId::DateTimeOffset;
+}
 constexpr bool isWide(const SqlType& type) {  // a decimal that does not fit in 64 bits
     return type.precision > 18;
 }
@@ -48,7 +49,7 @@ constexpr bool isLob(TypeId id) {  // not comparable
     return (id >= TypeId::Text && id <= TypeId::Xml) || id == TypeId::Image;
 }
 constexpr bool hasScale(TypeId id) {  // of its fraction of a second
-    return id == TypeId::Time || id == TypeId::DateTime2;
+    return id == TypeId::Time || id == TypeId::DateTime2 || id == TypeId::DateTimeOffset;
 }
 constexpr bool hasLength(TypeId id) {  // char to nvarchar, binary, varbinary
     return (isText(id) || isBinary(id)) && !isLob(id) && id != TypeId::RowVersion;

@@ -180,9 +180,8 @@ class Converter {
     }
 
     double dayNumber() const {
-        const DateTime value = fromStorage(text());
-        return static_cast<double>(value.days - DateTime::kDay1900 +
-                                   static_cast<long double>(value.ticks) / DateTime::kTicksPerDay);
+        const std::chrono::duration<long double, days::period> number = fromStorage(text()).at - kDay1900;
+        return static_cast<double>(number.count());
     }
 
     Value toText() const {
@@ -258,15 +257,16 @@ class Converter {
         DateTime value = fromStorage(text());
         // A datetime counts 1/300 s. Its storage form shows milliseconds.
         if (m_from.id == TypeId::DateTime && hasScale(m_to.id))
-            value.ticks = ((value.ticks / 10'000 * 3 + 5) / 10 * 100'000 + 1) / 3;
+            value.at = value.day() + Ticks(((value.time().count() / 10'000 * 3 + 5) / 10 * 100'000 + 1) / 3);
         return toStorage(value, m_to, spoken(m_from));
     }
 
     Value dateTimeFromNumber() const {
-        constexpr double kNoDay = 4e6, kTicksPerDay = static_cast<double>(DateTime::kTicksPerDay);
+        constexpr double kNoDay = 4e6;
         const double number = std::clamp(asReal(), -kNoDay, kNoDay), whole = std::floor(number);
-        const DateTime value{DateTime::kDay1900 + static_cast<std::int64_t>(whole),
-                             static_cast<std::int64_t>((number - whole) * kTicksPerDay)};
+        const std::chrono::duration<double, days::period> time(number - whole);
+        const LocalDay day = kDay1900 + days(static_cast<int>(whole));
+        const DateTime value{day + std::chrono::duration_cast<Ticks>(time)};
         if (!isInRange(value, m_to)) throwOverflow(m_to);
         return toStorage(value, m_to);
     }

@@ -12,7 +12,6 @@ const db = new Sequelize('sequelize', login, password, {
 });
 const schema = db.getQueryInterface();
 
-// DataTypes.DATE is datetimeoffset.
 const moment = '2024-02-29 01:02:03.123';
 const Site = db.define('Site', {
   name: { type: DataTypes.STRING(40), allowNull: false, unique: true },
@@ -26,7 +25,7 @@ const Site = db.define('Site', {
 const Reading = db.define('Reading', {
   siteId: { type: DataTypes.INTEGER, primaryKey: true },
   number: { type: DataTypes.SMALLINT, primaryKey: true },
-  taken: 'DATETIME2(3)',
+  taken: DataTypes.DATE(3),
   day: DataTypes.DATEONLY,
   big: DataTypes.BIGINT,
   ratio: DataTypes.DOUBLE,
@@ -43,7 +42,7 @@ async function changeSchema() {
   const { siteId, remark, taken } = await schema.describeTable('Readings');
   const { id, amount } = await schema.describeTable('Sites');
   assert.deepStrictEqual([id, siteId, amount, remark, taken].map((each) => [each.type, each.allowNull, each.primaryKey, each.autoIncrement]), [
-    ['INT', false, true, true], ['INT', false, true, false], ['DECIMAL', true, false, false], ['NVARCHAR(20)', false, false, false], ['DATETIME2', true, false, false]]);
+    ['INT', false, true, true], ['INT', false, true, false], ['DECIMAL', true, false, false], ['NVARCHAR(20)', false, false, false], ['DATETIMEOFFSET', true, false, false]]);
   assert.strictEqual(amount.defaultValue, '((1.5))');
   const indexes = (await schema.showIndex('Readings')).map(({ name, primary, unique, fields }) =>
     [primary || name, unique, fields.map(({ attribute, order }) => `${attribute} ${order}`)]);

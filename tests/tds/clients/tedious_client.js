@@ -86,7 +86,7 @@ test('parameters of every type keep their values, and their nulls', () =>
       ['NVarChar', 'n'.repeat(70000)], ['Text', 'text'], ['NText', 'ntext \u20ac'],
       ['Date', day], ['DateTime', new Date(Date.UTC(2024, 1, 29, 23, 59, 58, 120))],
       ['SmallDateTime', new Date(Date.UTC(2024, 1, 29, 23, 59))], ['DateTime2', moment, { scale: 3 }],
-      ['UniqueIdentifier', '6F9619FF-8B86-D011-B42D-00C04FC964FF'],
+      ['DateTimeOffset', moment, { scale: 3 }], ['UniqueIdentifier', '6F9619FF-8B86-D011-B42D-00C04FC964FF'],
       ['Binary', Buffer.from([1, 2, 3, 4]), { length: 4 }], ['VarBinary', Buffer.from([0, 255])],
       ['VarBinary', Buffer.alloc(100000, 9)], ['Image', Buffer.from([5])],
     ];
@@ -247,8 +247,8 @@ test('a reset connection has a new session', () =>
 test('bulk loads insert all rows or none', () =>
   withConnection({}, async (connection) => {
     await batch(connection, 'CREATE TABLE #b (id int IDENTITY PRIMARY KEY, t nvarchar(20) UNIQUE, d decimal(9, 2) DEFAULT 1.5 CHECK (d >= 0), ' +
-      'm datetime, n nvarchar(max), raw varbinary(max), c char(5), x text)');
-    const columns = [['t', TYPES.NVarChar, { length: 20 }], ['d', TYPES.Decimal, { precision: 9, scale: 2 }], ['m', TYPES.DateTime, {}],
+      'm datetimeoffset(3), n nvarchar(max), raw varbinary(max), c char(5), x text)');
+    const columns = [['t', TYPES.NVarChar, { length: 20 }], ['d', TYPES.Decimal, { precision: 9, scale: 2 }], ['m', TYPES.DateTimeOffset, { scale: 3 }],
       ['n', TYPES.NVarChar, { length: Infinity }], ['raw', TYPES.VarBinary, { length: Infinity }], ['c', TYPES.Char, { length: 5 }], ['x', TYPES.Text, {}]];
     const load = (options, rows) => new Promise((resolve, reject) => {
       const bulk = connection.newBulkLoad('#b', options, (error, count) => (error ? reject(error) : resolve(count)));

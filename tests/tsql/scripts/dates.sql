@@ -60,3 +60,27 @@ SELECT FORMAT(@d, 'yyyy-MM-dd HH:mm:ss.fff'), FORMAT(@d, 'ddd d MMM yy hhh:m:s t
 SELECT FORMAT(GETDATE(), 'd', 'de-DE') --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support FORMAT for the culture 'de-DE'.
 SELECT FORMAT(GETDATE(), 'R') --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support the pattern 'R' of FORMAT.
 SELECT LEN(FORMAT(GETDATE(), REPLICATE('y', 5000))) --> - int? = 4000 (1 rows)
+-- datetimeoffset
+DECLARE @a datetimeoffset = '2026-11-23 13:05:07.1234567 +02:00', @b datetimeoffset(3) = '2026-11-23T11:05:07.1239-00:30', @c datetimeoffset(0) = CAST('2026-01-01 1:05PM' AS datetime)
+SELECT @a a, @b b, @c c, CAST(@a AS datetime2(0)) d, CAST(@a AS datetime) e, CAST(@a AS time(0)) f, CONVERT(varchar(40), @a, 0) g, CONVERT(varchar(40), @a, 126) h, CONVERT(varchar(40), @a, 127) i, CONVERT(varchar(40), @a, 101) j
+SELECT DATEPART(tz, @a) a, DATENAME(tzoffset, @b) b, DATEPART(hour, @a) c, DATEADD(month, 3, @a) d, DATEDIFF(minute, @a, @b) e, SWITCHOFFSET(@c, '-05:00') f, SWITCHOFFSET(@a, 90) g, TODATETIMEOFFSET(CAST('2026-01-01' AS datetime2(0)), -840) h, DATEDIFF(day, SYSDATETIMEOFFSET(), SYSUTCDATETIME()) i
+SELECT TRY_CAST('2026-01-01 00:00 +14:30' AS datetimeoffset) a, TRY_CAST('2026-01-01 +01:00' AS datetimeoffset) b, TRY_CAST('0001-01-01 00:00 +01:00' AS datetimeoffset) c, TRY_CAST('2026-01-01 00:00 +01:00' AS datetime) d, CAST('2026-01-01 00:00 +01:00' AS date) e, CAST('2026-01-01T00:00:05Z' AS datetimeoffset(0)) f
+SELECT DATEPART(tz, GETDATE())
+--> a datetimeoffset(7)? = 2026-11-23 13:05:07.1234567 +02:00 | b datetimeoffset(3)? = 2026-11-23 11:05:07.124 -00:30 | c datetimeoffset(0)? = 2026-01-01 13:05:00 +00:00 | d datetime2(0)? = 2026-11-23 13:05:07 | e datetime? = 2026-11-23 13:05:07.123 | f time(0)? = 13:05:07 | g varchar(40)? = Nov 23 2026  1:05PM +02:00 | h varchar(40)? = 2026-11-23T13:05:07.1234567+02:00 | i varchar(40)? = 2026-11-23T11:05:07.1234567Z | j varchar(40)? = 11/23/2026 (1 rows)
+--> a int? = 120 | b nvarchar(30)? = -00:30 | c int? = 13 | d datetimeoffset(7)? = 2027-02-23 13:05:07.1234567 +02:00 | e int? = 30 | f datetimeoffset(0)? = 2026-01-01 08:05:00 -05:00 | g datetimeoffset(7)? = 2026-11-23 12:35:07.1234567 +01:30 | h datetimeoffset(0)? = 2026-01-01 00:00:00 -14:00 | i int? = 0 (1 rows)
+--> a datetimeoffset(7)? = NULL | b datetimeoffset(7)? = NULL | c datetimeoffset(7)? = NULL | d datetime? = NULL | e date? = 2026-01-01 | f datetimeoffset(0)? = 2026-01-01 00:00:05 +00:00 (1 rows)
+--> Msg 9810, Level 16, State 1, Line 6: The datepart tzoffset is not supported by date function datepart for data type datetime.
+SELECT DATEADD(tz, 1, SYSDATETIMEOFFSET()) --> Msg 9806, Level 16, State 11, Line 1: The datepart tzoffset is not supported by date function dateadd.
+SELECT SWITCHOFFSET('2026-01-01', '+14:01') --> Msg 9812, Level 16, State 0, Line 1: The timezone provided to builtin function switchoffset is invalid.
+SELECT SYSDATETIMEOFFSET() + 1 --> Msg 206, Level 16, State 2, Line 1: Operand type clash: datetimeoffset is incompatible with int
+CREATE TABLE Moment (at datetimeoffset(2) PRIMARY KEY, n int)
+INSERT Moment VALUES ('2026-01-01 10:00 +02:00', 1), ('2026-01-01 09:00 +02:00', 2), ('2026-01-01 08:30', 3)
+SELECT MIN(at), MAX(at), COUNT(DISTINCT at) FROM (SELECT at FROM Moment UNION ALL SELECT SWITCHOFFSET(at, 0) FROM Moment) x
+SELECT n FROM Moment WHERE at >= CAST('2026-01-01 08:00' AS datetime2) ORDER BY at
+SELECT STRING_AGG(n, ',') WITHIN GROUP (ORDER BY at) FROM Moment
+SELECT name, system_type_id, max_length, precision, scale FROM sys.columns WHERE object_id = OBJECT_ID('Moment') AND name = 'at'
+INSERT Moment VALUES ('2026-01-01 07:00', 4)
+--> (3 changed) --> - datetimeoffset(2)? = 2026-01-01 09:00:00.00 +02:00 | - datetimeoffset(2)? = 2026-01-01 08:30:00.00 +00:00 | - int? = 3 (1 rows) --> n int? = 1; 3 (2 rows)
+--> - varchar(8000)? = 2,1,3 (1 rows) --> name nvarchar(128)? = at | system_type_id tinyint? = 43 | max_length smallint? = 8 | precision tinyint? = 29 | scale tinyint? = 2 (1 rows)
+--> Msg 2627, Level 14, State 1, Line 7: Violation of PRIMARY KEY constraint 'PK__Moment__1_2'. Cannot insert duplicate key in object 'dbo.Moment'. The duplicate key value is (2026-01-01 07:00:00.00 +00:00). (3621)
+SELECT FORMAT(SYSDATETIMEOFFSET(), 'd') --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support FORMAT of datetimeoffset.
