@@ -19,7 +19,7 @@ std::span<const std::vector<Value>> Cursor::move(FetchFrom from, std::int64_t of
                                    static_cast<std::size_t>(found));
 }
 
-// Returns the place of a cursor, which the current frame has or the session.
+// Returns the place of a cursor in the current frame or the session.
 std::shared_ptr<Cursor>& Executor::cursorNamed(const CursorName& cursor) {
     const std::string name = toLower(cursor.name);
     const bool isVariable = name.starts_with('@');
