@@ -157,6 +157,7 @@ TEST_F(Installation, KeepsSecretsPrivateAndItsDataOverARestart) {
                {{"sandbox", "status", "--dir", folder}, 4, "stopped", ""},
                {{"sandbox", "up", "--dir", folder}, 0, "export", "running on"},
                {{"sandbox", "status"}, 0, "running on", ""},  // the store in force names it
+               {{"sandbox", "up", "--dir", folder, "--port", "1"}, 2, "", "is running on port "},
                {{"sandbox", "status", "--dir", folder}, 0, "running on", ""}});
     EXPECT_NE(journal("SiteInventory").find("1||"), std::string::npos);
     EXPECT_TRUE(fs::is_empty(folder / "temp"));

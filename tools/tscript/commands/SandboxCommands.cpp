@@ -74,6 +74,9 @@ ExitCode ensureUp(const SandboxFolder& folder, int port) {
         stopServer(folder, *server);
         server.reset();
     }
+    if (server && port != 0 && port != server->port)
+        throw Failure(ExitCode::kUsage, "the server is running on port " + std::to_string(server->port),
+                      "To change its port, stop it first: tscript sandbox down");
     if (!server) server = startSampleInstallation(folder, port);
     writeNote(describe(folder, *server));
     writeResult("export ZEPHRA_REGISTRY=" + shellQuoted(folder.store()));
