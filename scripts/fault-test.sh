@@ -8,6 +8,7 @@
 #   in BUILD/bin (default: build), in these commands (default: all).
 set -uo pipefail
 step=${1:-1}
+[[ $step =~ ^[1-9][0-9]*$ ]] || { echo "usage: scripts/fault-test.sh [STEP [BUILD [COMMAND...]]]" >&2; exit 2; }
 build=$(realpath "${2:-$(dirname "$0")/../build}")
 shift $(($# < 2 ? $# : 2))
 tscript=$build/bin/tscript

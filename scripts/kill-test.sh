@@ -6,6 +6,7 @@
 # Usage: scripts/kill-test.sh [times [folder]]. Needs a build in build/bin.
 set -euo pipefail
 times=${1:-2000}
+[[ $# -le 2 && $times =~ ^[1-9][0-9]*$ ]] || { echo "usage: scripts/kill-test.sh [times [folder]]" >&2; exit 2; }
 place=${2:-$(mktemp -d)}
 bin=$(cd "$(dirname "$0")/../build/bin" && pwd)
 tscript=$bin/tscript
@@ -16,9 +17,10 @@ complain() {
   status=1
 }
 
+[[ ! -e $place/sandbox ]] || { echo "kill-test: $place/sandbox exists; choose another folder" >&2; exit 2; }
+trap '"$tscript" sandbox down --dir "$place/sandbox" >/dev/null 2>&1; rm -rf "$place/sandbox"; rmdir "$place" 2>/dev/null || true' EXIT
 up=$("$tscript" sandbox up --dir "$place/sandbox")
 eval "$up"
-trap '"$tscript" sandbox down --dir "$place/sandbox" >/dev/null 2>&1; rm -rf "$place/sandbox"; rmdir "$place" 2>/dev/null || true' EXIT
 printf '#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\nPRINT '\''secret text'\''\nGO\nPRINT '\''%%s'\''\n' >"$place/sandbox/Killed.txt"
 "$tscript" pack "$place/sandbox/Killed.txt"
 rm "$place/sandbox/Killed.txt"

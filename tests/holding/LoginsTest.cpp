@@ -108,18 +108,9 @@ TEST(Logins, AreAcceptedFromThisHostUnlessRemoteIsAllowed) {
     const TempDir folder;
     writeFile(folder / "password", "secret\n");
     const auto listenOn = [&](const std::string& address, const std::vector<std::string>& more) {
-        std::vector<std::string> command = {tsqlboxProgram(),
-                                            "--data",
-                                            folder / "data",
-                                            "--port",
-                                            "0",
-                                            "--login",
-                                            "sa",
-                                            "--password-file",
-                                            folder / "password",
-                                            "--listen",
-                                            address,
-                                            "--stop-at-eof"};
+        std::vector<std::string> command = {tsqlboxProgram(), "--port=0", "--login=sa", "--stop-at-eof"};
+        command.insert(command.end(), {"--data", folder / "data", "--password-file", folder / "password"});
+        command.insert(command.end(), {"--listen", address});
         command.insert(command.end(), more.begin(), more.end());
         return runProgram(command);
     };

@@ -234,17 +234,9 @@ TEST_F(ClientTest, BulkCopyOfDbLib) {
     for (const Case& c : cases) {
         SCOPED_TRACE(c.rows);
         writeFile(folder / "rows", c.rows);
-        std::vector<std::string> command{"freebcp",
-                                         "master..Loaded",
-                                         "in",
-                                         folder / "rows",
-                                         "-c",
-                                         "-S",
-                                         "127.0.0.1:" + std::to_string(box().port()),
-                                         "-U",
-                                         box().login(),
-                                         "-P",
-                                         box().password()};
+        std::vector<std::string> command{"freebcp", "master..Loaded", "in", folder / "rows", "-c"};
+        const std::string server = "127.0.0.1:" + std::to_string(box().port());
+        command.insert(command.end(), {"-S", server, "-U", box().login(), "-P", box().password()});
         command.insert(command.end(), c.options.begin(), c.options.end());
         const ProgramResult result = runProgram(command, {{}, {}, {"TDSVER=7.1"}, std::chrono::minutes(1)});
         EXPECT_NE((result.output + result.errors).find(c.message), std::string::npos)

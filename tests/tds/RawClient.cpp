@@ -29,15 +29,8 @@ std::string obscured(std::string_view password) {
 
 std::string packet(std::uint8_t type, std::string_view body, std::uint8_t status) {
     const std::size_t length = body.size() + kHeaderSize;
-    const char header[] = {static_cast<char>(type),
-                           static_cast<char>(status),
-                           static_cast<char>(length >> 8),
-                           static_cast<char>(length),
-                           0,
-                           0,
-                           1,
-                           0};
-    return std::string(header, sizeof header).append(body);
+    const std::uint8_t header[] = {type, status, std::uint8_t(length >> 8), std::uint8_t(length), 0, 0, 1, 0};
+    return std::string(header, std::end(header)).append(body);
 }
 
 std::string preloginPacket() {

@@ -184,6 +184,8 @@ TEST_F(Faults, DoctorRunsTheQueryTool) {
 }
 
 TEST_F(Faults, DoctorFindsFaultsOfFoldersAndLimits) {
+    const std::string errors = runAfter("ulimit -n 10", {"run", "SiteInventory"}).errors;
+    EXPECT_NE(errors.find("raise the limits"), std::string::npos) << errors;
     struct Fault {
         std::string command;
         const char* finding;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <deque>
 #include <fstream>
 #include <thread>
 
@@ -150,11 +151,7 @@ TEST_F(Faults, AStoppedRunIsClosed) {
 // purpose has no mark.
 TEST_F(Faults, AKilledRunIsTidiedUp) {
     packEndless();
-    support::ProgramOptions options;
-    options.environment = {storeVariable()};
-    const support::Descriptor output = support::memoryFile();
-    const pid_t pid = support::spawn({TSCRIPT_PROGRAM, "run", "Endless"}, options,
-                                     {output.get(), output.get(), output.get()});
+    const Background killed = start({"run", "Endless"});
     std::vector<fs::path> left;
     const auto outputFiles = [&] {
         left.clear();
@@ -175,9 +172,8 @@ TEST_F(Faults, AKilledRunIsTidiedUp) {
     expectAll({{{"tidy", "--yes"}, 0, "", "no files of dead runs"},  // it still runs
                {{"journal", "close", id}, 2, "", "is not abandoned"},
                {{"journal", "close", "999"}, 2, "", "the journal has no run 999"}});
-    kill(-pid, SIGKILL);
-    int exitCode = -1;
-    EXPECT_TRUE(support::waitFor(pid, std::chrono::seconds(60), exitCode));
+    kill(-killed.pid(), SIGKILL);
+    killed.end();
     EXPECT_EQ(namesBelow(folder / "temp").size(), 1U) << "the SQL file alone";
     const fs::path kept = folder / "temp" / "Kept_1_1_1.sql";
     support::writeFile(kept, "PRINT 1\n");
@@ -207,16 +203,10 @@ TEST_F(Faults, ARunThatEndsMeanwhileKeepsItsEnd) {
          "(1, 4, 'Old', dbo.GetDateTime(1700000000), dbo.GetDateTime(1700000000), 0, '', 0)\nGO\n"
          "BEGIN TRANSACTION UPDATE ZpTscriptExec SET status = 1 WHERE name = 'Old' PRINT 'held'\nGO\n"
          "WAITFOR DELAY '00:00:02' COMMIT\n");
-    support::ProgramOptions options;
-    options.environment = {storeVariable()};
-    const support::Descriptor output = support::memoryFile();
-    const pid_t ending = support::spawn({TSCRIPT_PROGRAM, "run", "Ending", "--follow"}, options,
-                                        {output.get(), output.get(), output.get()});
-    while (support::contentOf(output).find("held") == std::string::npos) std::this_thread::yield();
+    const Background ending = start({"run", "Ending", "--follow"});
+    while (ending.output().find("held") == std::string::npos) std::this_thread::yield();
     expectAll({{{"journal", "close", "2"}, 2, "", "run 2 has ended meanwhile"}});
-    int exitCode = -1;
-    EXPECT_TRUE(support::waitFor(ending, std::chrono::seconds(60), exitCode));
-    EXPECT_EQ(exitCode, 0) << support::contentOf(output);
+    EXPECT_EQ(ending.end(), 0) << ending.output();
 }
 
 // A run opens nothing but a regular file with one name, and never waits for a pipe.
@@ -266,19 +256,11 @@ TEST_F(Faults, ARotationMayBeKilledAtAnyMoment) {
     const Words works = {"run", "SiteInventory"};
     const fs::path package = folder / "Scripts" / "SiteInventory.sql";
     const std::string withOldKey = support::readFile(package);
-    const support::Descriptor output = support::memoryFile();
-    const auto startRotation = [&](const char* grace) {
-        support::ProgramOptions options;
-        options.environment = {storeVariable()};
-        return support::spawn({TSCRIPT_PROGRAM, "rotate", "--grace", grace}, options,
-                              {output.get(), output.get(), output.get()});
+    const auto killRotation = [](const Background& rotation) {
+        kill(rotation.pid(), SIGKILL);
+        rotation.end();
     };
-    const auto killRotation = [](pid_t pid) {
-        kill(pid, SIGKILL);
-        int exitCode = -1;
-        support::waitFor(pid, std::chrono::seconds(60), exitCode);
-    };
-    const pid_t waiting = startRotation("3600");
+    const Background waiting = start({"rotate", "--grace", "3600"});
     while (support::readFile(store()).find("previousKeyFile") == std::string::npos ||
            support::readFile(package) == withOldKey)
         std::this_thread::yield();
@@ -290,7 +272,7 @@ TEST_F(Faults, ARotationMayBeKilledAtAnyMoment) {
                {{"rotate", "--grace", "0"}, 0, "", "completed the rotation to the key"},
                {{"doctor"}, 0, "ok       key: " + (folder / "cipher.key.1").string(), ""}});
     for (int i = 0; i < 6; ++i) {
-        const pid_t killed = startRotation("0");
+        const Background killed = start({"rotate", "--grace", "0"});
         std::this_thread::sleep_for(std::chrono::milliseconds(i * 15));
         killRotation(killed);
         expectAll({{works, 0, "", ""}, {{"credentials", "test", "Dorvas"}, 0, "", ""}});
@@ -330,18 +312,12 @@ TEST(CommandLine, AnInterruptedPackageTestLeavesNothing) {
         }
         return false;
     };
-    support::ProgramOptions options;
-    options.environment = {"TMPDIR=" + temp.path().string()};
-    const support::Descriptor output = support::memoryFile();
     for (const int milliseconds : {0, 30, 300}) {
-        const pid_t test = support::spawn({TSCRIPT_PROGRAM, "test", package}, options,
-                                          {output.get(), output.get(), output.get()});
+        const Background test({"test", package}, {"TMPDIR=" + temp.path().string()});
         while (!isServed()) std::this_thread::yield();
         std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
-        kill(test, SIGINT);
-        int exitCode = -1;
-        EXPECT_TRUE(support::waitFor(test, std::chrono::seconds(60), exitCode));
-        EXPECT_EQ(exitCode, 130) << support::contentOf(output);
+        kill(test.pid(), SIGINT);
+        EXPECT_EQ(test.end(), 130) << test.output();
         EXPECT_FALSE(isServed());
         EXPECT_TRUE(fs::is_empty(temp.path()));
     }
@@ -350,19 +326,14 @@ TEST(CommandLine, AnInterruptedPackageTestLeavesNothing) {
 // The server frees the lock of a run that is killed.
 TEST_F(Faults, OneRunAtATimeHoldsTheLock) {
     packEndless();
-    const support::Descriptor output = support::memoryFile();
-    support::ProgramOptions options;
-    options.environment = {storeVariable()};
-    const pid_t holder = support::spawn({TSCRIPT_PROGRAM, "run", "Endless", "--lock"}, options,
-                                        {output.get(), output.get(), output.get()});
+    const Background holder = start({"run", "Endless", "--lock"});
     while (journal("Endless").find("0||") == std::string::npos) std::this_thread::yield();
     expectAll({{{"run", "Endless", "--lock=fail"}, 5, "", "Endless is locked by run "},
                {{"run", "Endless", "--lock", "--timeout", "1"}, 5, "", "; waiting"}});
     replaceInFile(store(), "loginTimeout   = 15", "loginTimeout   = 15\nlockedScripts = 'Other, End*'");
     expectAll({{{"run", "Endless", "--timeout", "1"}, 5, "", "given up"}});
-    kill(holder, SIGKILL);
-    int exitCode = -1;
-    support::waitFor(holder, std::chrono::seconds(60), exitCode);
+    kill(holder.pid(), SIGKILL);
+    holder.end();
     expectAll({{{"run", "Endless", "--timeout", "2"}, 1, "", "after 2 s (--timeout)"}});
     EXPECT_NE(journal("Endless").find("2||"), std::string::npos);
 }
@@ -370,18 +341,10 @@ TEST_F(Faults, OneRunAtATimeHoldsTheLock) {
 TEST_F(Faults, SixtyFourProcessesRunOnePackageSideBySide) {
     constexpr int kRuns = 64;
     pack("Many", "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\nPRINT 'run %s.'\n");
-    const support::Descriptor output = support::memoryFile();
-    support::ProgramOptions options;
-    options.environment = {storeVariable()};
-    std::vector<pid_t> runs;
+    std::deque<Background> runs;
     for (int i = 0; i < kRuns; ++i)
-        runs.push_back(support::spawn({TSCRIPT_PROGRAM, "run", "Many", "-q", "-p", std::to_string(i)},
-                                      options, {output.get(), output.get(), output.get()}));
-    for (const pid_t run : runs) {
-        int exitCode = -1;
-        EXPECT_TRUE(support::waitFor(run, std::chrono::minutes(5), exitCode));
-        EXPECT_EQ(exitCode, 0) << support::contentOf(output);
-    }
+        runs.emplace_back(Words{"run", "Many", "-q", "-p", std::to_string(i)}, Words{storeVariable()});
+    for (const Background& run : runs) EXPECT_EQ(run.end(), 0) << run.output();
     const std::string rows = "\n" + journal("Many");
     const std::string log = support::readFile(folder / "logs" / "ZephraDebug.log");
     for (int i = 0; i < kRuns; ++i) {

@@ -77,6 +77,19 @@ void replaceInFile(const fs::path& path, const std::string& from, const std::str
     support::writeFile(path, text.replace(at, from.size(), to));
 }
 
+Background::Background(Words words, const Words& environment) {
+    words.insert(words.begin(), TSCRIPT_PROGRAM);
+    support::ProgramOptions options;
+    options.environment = environment;
+    m_pid = support::spawn(words, options, {m_output.get(), m_output.get(), m_output.get()});
+}
+
+int Background::end() const {
+    int exitCode = -1;
+    EXPECT_TRUE(support::waitFor(m_pid, std::chrono::minutes(4), exitCode)) << output();
+    return exitCode;
+}
+
 void Installation::SetUp() {
     const ProgramResult result = tscript({"sandbox", "up", "--dir", folder});
     ASSERT_EQ(result.exitCode, 0) << result.errors;

@@ -37,6 +37,19 @@ std::string withoutSeal(const fs::path& package);
 std::string namesIn(const support::ProgramResult& listing);
 pid_t serverOf(const fs::path& folder);  // of a sample installation, by its pid file
 
+// A command that runs beside the test, in a process group of its own.
+class Background {
+  public:
+    Background(Words words, const Words& environment);
+    pid_t pid() const { return m_pid; }
+    std::string output() const { return support::contentOf(m_output); }  // of both streams so far
+    int end() const;  // waits for it, four minutes at most; returns its exit code
+
+  private:
+    const support::Descriptor m_output = support::memoryFile();
+    pid_t m_pid;
+};
+
 // Up for the length of a test.
 class Installation : public testing::Test {
   protected:
@@ -48,6 +61,7 @@ class Installation : public testing::Test {
     support::ProgramResult run(const Words& words, const std::string& input = {}) {
         return tscript(words, input, store());
     }
+    Background start(const Words& words) const { return {words, {storeVariable()}}; }
     void expectAll(const std::vector<Case>& cases) { expectCases(cases, store()); }
     void pack(const std::string& name, const std::string& text);
     void packEndless();  // "Endless", a script that runs until it is stopped

@@ -106,35 +106,33 @@ TEST_F(Installation, ListsCatalogueAndJournal) {
 TEST_F(Installation, FollowsTheJournal) {
     pack("Short", "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\nWAITFOR DELAY '00:00:03'\n");
     ASSERT_EQ(run({"exec", "tsEventSummary"}).exitCode, 0);
-    const support::Descriptor output = support::memoryFile();
-    support::ProgramOptions options;
-    options.environment = {storeVariable()};
-    const pid_t tail = support::spawn({TSCRIPT_PROGRAM, "journal", "tail", "-f", "--json"}, options,
-                                      {output.get(), output.get(), output.get()});
+    const Background tail = start({"journal", "tail", "-f", "--json"});
     const auto expectLine = [&](const std::string& part) {
-        for (int i = 0; i < 600 && support::contentOf(output).find(part) == std::string::npos; ++i)
+        for (int i = 0; i < 600 && tail.output().find(part) == std::string::npos; ++i)
             std::this_thread::sleep_for(std::chrono::milliseconds(50));
-        EXPECT_NE(support::contentOf(output).find(part), std::string::npos) << support::contentOf(output);
+        EXPECT_NE(tail.output().find(part), std::string::npos) << tail.output();
     };
     expectLine("{\"id\":1,\"name\":\"tsEventSummary\",\"kind\":\"procedure\",\"status\":\"ok\"");
     EXPECT_EQ(run({"run", "Short"}).exitCode, 0);
     expectLine("\n{\"id\":2,\"name\":\"Short\",\"kind\":\"package\",\"status\":\"running\"");
     expectLine("\n{\"id\":2,\"name\":\"Short\",\"kind\":\"package\",\"status\":\"ok\"");
-    kill(tail, SIGINT);
-    int exitCode = 0;
-    EXPECT_TRUE(support::waitFor(tail, std::chrono::seconds(20), exitCode));
-    EXPECT_EQ(exitCode, 130);
+    kill(tail.pid(), SIGINT);
+    EXPECT_EQ(tail.end(), 130);
 
     int ends[2];
     ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends), 0);
     support::Descriptor reader(ends[0]);
     support::Descriptor writer(ends[1]);
+    const support::Descriptor nothing = support::memoryFile();
+    support::ProgramOptions options;
+    options.environment = {storeVariable()};
     const pid_t unread = support::spawn({TSCRIPT_PROGRAM, "journal", "tail", "-f"}, options,
-                                        {output.get(), writer.get(), output.get()});
+                                        {nothing.get(), writer.get(), nothing.get()});
     writer.reset();
     char first = 0;
     EXPECT_EQ(read(reader.get(), &first, 1), 1);
     reader.reset();
+    int exitCode = 0;
     EXPECT_TRUE(support::waitFor(unread, std::chrono::seconds(20), exitCode));
 }
 

@@ -204,7 +204,7 @@ TEST(CommandLine, TestsPackagesAgainstExpectations) {
          ""},
         {{"test", plain, "--only", "refuses # x", "--format", "tap"},
          0,
-         "1..1\n# It\nok 1 - refuses   x\n",
+         "1..1\n# It\nok 1 - refuses   x",
          ""},
         {{"test", plain, "--only", "<fails> # here", "--format", "junit"},
          1,

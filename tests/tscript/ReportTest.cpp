@@ -120,15 +120,12 @@ class Report : public Installation {
     // A run that is killed once it has written something.
     void abandonRun() {
         packBody("Slow", "PRINT 'step 1 of 2'\nGO\nWAITFOR DELAY '00:01:00'\nGO\n");
-        const auto silent = support::memoryFile();
-        const pid_t child = support::spawn({TSCRIPT_PROGRAM, "run", "Slow"}, options(),
-                                           {silent.get(), silent.get(), silent.get()});
+        const Background slow({"run", "Slow"}, options().environment);
         for (int i = 0; i < 600 && !slowHasWritten(); ++i)
             std::this_thread::sleep_for(std::chrono::milliseconds(50));
         EXPECT_TRUE(slowHasWritten());
-        int exitCode = 0;
-        kill(child, SIGKILL);
-        support::waitFor(child, std::chrono::seconds(5), exitCode);
+        kill(slow.pid(), SIGKILL);
+        slow.end();
     }
     bool slowHasWritten() const {
         for (const auto& file : fs::directory_iterator(folder / "logs"))
@@ -138,17 +135,13 @@ class Report : public Installation {
     }
     // DVU_SCREENSHOTS names a folder in which the screenshots are kept.
     std::string browse(const std::string& scheme, const Words& what) {
-        Words words = {
-            "chromium",
-            "--headless=new",
-            "--no-sandbox",
-            "--disable-gpu",
-            "--disable-dev-shm-usage",
-            "--allow-file-access-from-files",
-            "--hide-scrollbars",
-            "--window-size=1640,900",
-            "--user-data-dir=" + (m_temp / "browser").string(),
-            std::string("--blink-settings=preferredColorScheme=") + (scheme == "dark" ? "0" : "1")};
+        Words words = {"chromium", "--headless=new", "--no-sandbox", "--disable-gpu",
+                       "--disable-dev-shm-usage"};
+        words.insert(words.end(),
+                     {"--allow-file-access-from-files", "--hide-scrollbars", "--window-size=1640,900"});
+        words.push_back("--user-data-dir=" + (m_temp / "browser").string());
+        words.push_back(std::string("--blink-settings=preferredColorScheme=") +
+                        (scheme == "dark" ? "0" : "1"));
         words.insert(words.end(), what.begin(), what.end());
         words.push_back("file://" + (m_temp / "viewer.html").string());
         const ProgramResult result = support::runProgram(words, options());

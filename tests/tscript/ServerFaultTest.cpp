@@ -41,10 +41,8 @@ TEST_F(Faults, RefusedServersAreNamed) {
                                        : certificates.options(c.certificate, {"--tls-max", c.newestTls}));
         const support::Proxy proxy(box.port(), c.fault);
         replaceInFile(store(), (folder / "tls-cert.pem").string(), certificates.file("ca.pem"));
-        expectAll({{{"config", "set", "Database.sINSTANCE", "localhost," + std::to_string(proxy.port())},
-                    0,
-                    "",
-                    ""}});
+        const std::string address = "localhost," + std::to_string(proxy.port());
+        expectAll({{{"config", "set", "Database.sINSTANCE", address}, 0, "", ""}});
         for (const Words& command : {Words{"run", "SiteInventory"}, {"db", "list"}}) {
             const ProgramResult result =
                 runAfter("export GNUTLS_SYSTEM_PRIORITY_FILE=" + inQuotes(noOldTls), command);
@@ -100,17 +98,11 @@ TEST_F(Faults, ANameMayHaveADeadAddress) {
 TEST_F(Faults, AKilledServerIsNamed) {
     pack("Wait",
          "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\nPRINT 'x'\nGO\nWAITFOR DELAY '00:01:00'\n");
-    const support::Descriptor output = support::memoryFile();
-    support::ProgramOptions options;
-    options.environment = {storeVariable()};
-    const pid_t pid =
-        support::spawn({TSCRIPT_PROGRAM, "run", "Wait"}, options, {output.get(), output.get(), output.get()});
+    const Background waiting = start({"run", "Wait"});
     while (journal("Wait").find("0||") == std::string::npos) std::this_thread::yield();
     kill(serverOf(folder), SIGKILL);
-    int exitCode = -1;
-    EXPECT_TRUE(support::waitFor(pid, std::chrono::seconds(60), exitCode));
-    const std::string text = support::contentOf(output);
-    EXPECT_EQ(exitCode, 4) << text;
+    EXPECT_EQ(waiting.end(), 4);
+    const std::string text = waiting.output();
     for (const char* part : {"the connection to the server failed during the run", "the run stays open"})
         EXPECT_NE(text.find(part), std::string::npos) << text;
 }
@@ -158,21 +150,15 @@ TEST_F(Faults, ALostConnectionIsNamedAndTheRowClosedOrReported) {
         constexpr std::size_t kInTheRows = std::size_t{200} << 10;
         proxy.setFault({.kind = NetworkFault::kReset, .after = kInTheRows});
         const std::string before = journal(c.script);
-        const support::Descriptor output = support::memoryFile();
-        support::ProgramOptions options;
-        options.environment = {storeVariable(), "SQLCMD_ODBC_DRIVER=" + c.driver};
-        const pid_t pid = support::spawn({TSCRIPT_PROGRAM, "run", c.script}, options,
-                                         {output.get(), output.get(), output.get()});
+        const Background cut({"run", c.script}, {storeVariable(), "SQLCMD_ODBC_DRIVER=" + c.driver});
         while (journal(c.script).size() == before.size()) std::this_thread::yield();
         const auto latest = std::chrono::steady_clock::now() + std::chrono::seconds(60);
         while (c.script == "Wait" && !hasBegun() && std::chrono::steady_clock::now() < latest)
             std::this_thread::yield();
         c.breakNetwork();
-        int exitCode = -1;
-        EXPECT_TRUE(support::waitFor(pid, std::chrono::seconds(60), exitCode));
+        EXPECT_EQ(cut.end(), 4);
         proxy.setFault({});
-        const std::string text = support::contentOf(output);
-        EXPECT_EQ(exitCode, 4) << text;
+        const std::string text = cut.output();
         EXPECT_NE(text.find(c.report), std::string::npos) << text;
         EXPECT_NE(journal(c.script).find(c.row), std::string::npos) << text;
     }
@@ -195,21 +181,14 @@ TEST_F(Faults, ASignalEndsEveryWaitForTheServer) {
     });
     runsAgain();
 
-    const support::Descriptor output = support::memoryFile();
-    support::ProgramOptions options;
-    options.environment = {storeVariable()};
-    const pid_t pid = support::spawn({TSCRIPT_PROGRAM, "run", "Endless"}, options,
-                                     {output.get(), output.get(), output.get()});
+    const Background endless = start({"run", "Endless"});
     while (journal("Endless").find("0||") == std::string::npos) std::this_thread::yield();
     stopServer();
-    kill(pid, SIGINT);
+    kill(endless.pid(), SIGINT);
     waitUntilConnected();
-    kill(pid, SIGINT);
-    int exitCode = -1;
-    EXPECT_TRUE(support::waitFor(pid, std::chrono::seconds(60), exitCode));
-    EXPECT_EQ(exitCode, 130) << support::contentOf(output);
-    EXPECT_NE(support::contentOf(output).find("its end is not recorded"), std::string::npos)
-        << support::contentOf(output);
+    kill(endless.pid(), SIGINT);
+    EXPECT_EQ(endless.end(), 130);
+    EXPECT_NE(endless.output().find("its end is not recorded"), std::string::npos) << endless.output();
     runsAgain();
 }
 
@@ -219,19 +198,14 @@ TEST_F(Faults, AQueryTimeoutIsNamed) {
          "#START_OPTIONS#\nDatabase Name:NQ2\n#START_SCRIPT#\nUSE dorvas\nGO\nBEGIN TRANSACTION\n"
          "UPDATE ZpTscriptExec SET status = status\nWAITFOR DELAY '00:01:00'\n");
     replaceInFile(store(), "loginTimeout   = 15", "loginTimeout   = 15\nqueryTimeout = 1");
-    const support::Descriptor output = support::memoryFile();
-    support::ProgramOptions options;
-    options.environment = {storeVariable()};
-    const pid_t holder =
-        support::spawn({TSCRIPT_PROGRAM, "run", "Hold"}, options, {output.get(), output.get(), output.get()});
+    const Background holder = start({"run", "Hold"});
     while (run({"journal", "--db", "NQ2", "--name", "Hold"}).output.find("running") == std::string::npos)
         std::this_thread::yield();
     const ProgramResult result = run({"run", "SiteInventory"});
     EXPECT_EQ(result.exitCode, 4) << result.output;
     EXPECT_NE(result.errors.find("HYT00"), std::string::npos) << result.errors;
-    kill(holder, SIGTERM);
-    int exitCode = -1;
-    EXPECT_TRUE(support::waitFor(holder, std::chrono::seconds(60), exitCode));
+    kill(holder.pid(), SIGTERM);
+    holder.end();
 }
 
 // The journal is in another database than the table for which one script waits.
@@ -240,27 +214,22 @@ TEST_F(Faults, TheWatchNamesWhatBlocksAScript) {
     const std::string begin = "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\n";
     pack("Holder", begin + "BEGIN TRANSACTION\n" + update + "WAITFOR DELAY '01:00:00'\n");
     pack("Waiter", begin + "WHILE 1 = 1 BEGIN TRY\n" + update + "END TRY BEGIN CATCH END CATCH\n");
-    const support::Descriptor output = support::memoryFile();
-    support::ProgramOptions options;
-    options.environment = {storeVariable()};
-    const auto start = [&](const char* script, const std::string& seen) {
-        const pid_t pid = support::spawn({TSCRIPT_PROGRAM, "run", script}, options,
-                                         {output.get(), output.get(), output.get()});
+    const auto expectWatched = [&](const std::string& seen) {
         const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(60);
         std::string watched;
         while (watched.find(seen) == std::string::npos && std::chrono::steady_clock::now() < end)
             watched = run({"journal", "--watch"}).output;
         EXPECT_NE(watched.find(seen), std::string::npos) << watched;
-        return pid;
     };
-    const pid_t holder = start("Holder", "\tHolder\t");
-    const pid_t waiter = start("Waiter", "(sa, SQLCMD, ");
+    const Background holder = start({"run", "Holder"});
+    expectWatched("\tHolder\t");
+    const Background waiter = start({"run", "Waiter"});
+    expectWatched("(sa, SQLCMD, ");
     expectAll({{{"journal", "--watch", "--name", "Wait*", "--json"}, 0, "\"name\": \"Waiter\"", ""},
                {{"journal", "--watch", "--name", "None"}, 0, "", ""}});
-    int exitCode = -1;
-    for (const pid_t pid : {waiter, holder}) {
-        kill(pid, SIGTERM);
-        EXPECT_TRUE(support::waitFor(pid, std::chrono::seconds(60), exitCode));
+    for (const Background* script : {&waiter, &holder}) {
+        kill(script->pid(), SIGTERM);
+        script->end();
     }
     EXPECT_EQ(run({"journal", "--watch"}).output, "");
 }

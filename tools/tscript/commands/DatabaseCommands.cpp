@@ -148,8 +148,8 @@ void addLastBackup(CLI::App* family, Action& action, const std::shared_ptr<LastB
     addOption(last, "DB", options->name, "The database (default: all user databases)");
     addOption(last, "--older-than", options->olderThan,
               "Exit code 1 if a backup is older or missing: 90m, 26h, 7d", {.type = "TIME"});
-    addOption(last, "--warn-after", options->warnAfter, "With --nagios: the age that is a warning",
-              {.type = "TIME"});
+    addOption(last, "--warn-after", options->warnAfter,
+              "With --nagios: age above which the state is a warning", {.type = "TIME"});
     addFlag(last, "--json", options->json, "Write JSON");
     addFlag(last, "--nagios", options->nagios,
             "Write one line and exit with the code of a Nagios check; older than --older-than is critical",

@@ -152,14 +152,14 @@ void addEachCommand(CLI::App& app, Action& action) {
     CLI::App* command = addCommand(
         &app, action, "each", "Run a command on several installations, by their stores", options, runOnEach);
     addRepeatable(command, "--stores", options->patterns,
-                  "The stores, as a pattern of the shell; may be repeated", "GLOB");
-    addNumber(command, "--jobs", options->jobs, "How many run at the same time",
+                  "Pattern of the files of the stores, as in a shell; may be repeated", "GLOB");
+    addNumber(command, "--jobs", options->jobs, "Number of commands that run at the same time",
               {.type = "N", .least = 1, .most = kMostJobs});
     addFlag(command, "--keep-going", options->keepGoing,
-            "Run on all stores; without it, no further one is started after a failure");
+            "Continue after a failure; without it, no further command is started");
     addOption(command, "--output-dir", options->folder,
-              "Write the output of each to files LABEL.out and LABEL.err in this folder", {.type = "DIR"});
-    addFlag(command, "--quiet", options->quiet, "Write the summary only");
+              "Folder for the output of each command: files LABEL.out and LABEL.err", {.type = "DIR"});
+    addFlag(command, "--quiet", options->quiet, "Write only the summary");
     addFlag(command, "--json", options->json, "Write the summary as JSON, with the output of each");
     addTrailingWords(command, "COMMAND", "After --: the command, with its options");
 }

@@ -231,7 +231,8 @@ void addRunCommands(CLI::App& app, Action& action, const SharedOptions& options)
     addNumber(tail, "--last", options->tail, "The newest N of these runs",
               {.type = "N", .least = 1, .most = kMostRows});
     addFlag(tail, "-f,--follow", options->follow,
-            "Go on with runs that start or end, until interrupted; --json then writes one object a line");
+            "Continue with every run that starts or ends, until interrupted; --json then writes one object a "
+            "line");
     addJournalCloseCommand(journal, action);
 }
 

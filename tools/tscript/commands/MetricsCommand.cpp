@@ -133,7 +133,7 @@ void addMetricsCommand(CLI::App& app, Action& action) {
         addCommand(&app, action, "metrics", "Write metrics for Prometheus: runs, backups, findings of doctor",
                    options, writeMetrics);
     addOption(command, "-o,--output", options->output,
-              "The file, replaced as a whole (default: standard output)", {.type = "FILE"});
+              "File to write, replaced as a whole (default: standard output)", {.type = "FILE"});
     addDatabaseOption(command, options->records.database);
     addPatternOption(command, options->records.name);
     addSinceOption(command, options->records.since);

@@ -127,7 +127,7 @@ void addReportCommand(CLI::App& app, Action& action) {
         addCommand(&app, action, "report",
                    "Write a page about the runs of scripts: over time, how long they took, what failed",
                    options, writeReport);
-    addOption(command, "-o,--output", options->output, "The file (default: standard output)",
+    addOption(command, "-o,--output", options->output, "File to write (default: standard output)",
               {.type = "FILE"});
     addFlag(command, "--json", options->records.json, "Write the figures as JSON instead of a page");
     addFlag(command, "--csv", options->records.csv, "Write the figures of the scripts as CSV", "--json");
@@ -135,7 +135,7 @@ void addReportCommand(CLI::App& app, Action& action) {
     addPatternOption(command, options->records.name);
     addSinceOption(command, options->records.since);
     addOption(command, "--until", options->until,
-              "Only runs that started before, a time like that of --since", {.type = "TIME"});
+              "Only runs that started before this time, which is given as for --since", {.type = "TIME"});
     addFlag(command, "--compare", options->compare,
             "Compare with the period of the same length before --since");
     addStaleOption(command, options->records.staleHours);

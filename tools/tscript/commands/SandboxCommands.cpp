@@ -74,6 +74,9 @@ ExitCode ensureUp(const SandboxFolder& folder, int port) {
         stopServer(folder, *server);
         server.reset();
     }
+    if (server && port != 0 && port != server->port)
+        throw Failure(ExitCode::kUsage, "the server is running on port " + std::to_string(server->port),
+                      "To change its port, stop it first: tscript sandbox down");
     if (!server) server = startSampleInstallation(folder, port);
     writeNote(describe(folder, *server));
     writeResult("export ZEPHRA_REGISTRY=" + shellQuoted(folder.store()));
@@ -154,20 +157,23 @@ ExitCode status(const SandboxOptions& options) {
 void addSandboxCommands(CLI::App& app, Action& action) {
     const auto options = std::make_shared<SandboxOptions>();
     CLI::App* family = addFamily(app, "sandbox", "A sample installation with a local SQL server");
-    addOption(family, "--dir", options->folder,
-              "Its folder (default: that of the sandbox whose store is in force, except for up; if there is "
-              "none, zephra-sandbox in the user's data folder)",
-              {.type = "DIR"});
+    addOption(
+        family, "--dir", options->folder,
+        "Folder of the sample installation (default: the one whose store is in use; for up, or if there is "
+        "none, zephra-sandbox in the user's data folder)",
+        {.type = "DIR"});
     CLI::App* start =
-        addCommand(family, action, "up", "Create it if it does not exist, and start the server", options, up);
+        addCommand(family, action, "up",
+                   "Create the sample installation, unless it exists, and start its server", options, up);
     addNumber(start, "--port", options->port, "The server's port (default: a free one)",
               {.type = "PORT", .least = 0, .most = 65535, .defaultInHelp = false});
     addCommand(family, action, "down", "Stop the server; the folder stays", options, down);
     CLI::App* state =
         addCommand(family, action, "status", "Show whether the server runs, and where", options, status);
     addFlag(state, "--json", options->json, "Write JSON");
-    CLI::App* again = addCommand(family, action, "reset",
-                                 "Create it again and start the server; backups stay", options, reset);
+    CLI::App* again =
+        addCommand(family, action, "reset",
+                   "Create the sample installation anew and start its server; backups stay", options, reset);
     addYesOption(again, options->yes);
     CLI::App* client =
         addCommand(family, action, "shell", "Run sqlcmd on the server, with the terminal or standard input",

@@ -40,7 +40,8 @@ void addLockOptions(CLI::App* command, const SharedScriptOptions& options) {
                   "Default: wait for the scripts of lockedScripts in the store",
                   {"wait", "fail"});
     addNumber(
-        command, "--timeout", options->timeout, "End the run after this time, the wait for its lock included",
+        command, "--timeout", options->timeout,
+        "End the run after this time, the wait for its lock included; 0: no limit",
         {.type = "SECONDS", .least = 0, .most = std::numeric_limits<int>::max(), .defaultInHelp = false});
 }
 

@@ -85,7 +85,7 @@ void addTestCommand(CLI::App& app, Action& action) {
     addOption(command, "PLAIN", options->plain, "The plain text of the script", {.required = true});
     addOption(command, "--expect", options->expectations,
               "The expectations (default: the file beside it with the extension .test)", {.type = "FILE"});
-    addOption(command, "--only", options->only, "Run the test of this name only", {.type = "TEST"});
+    addOption(command, "--only", options->only, "Run only the test of this name", {.type = "TEST"});
     addOption(command, "--format", options->format, "The report (default: text)",
               {.oneOf = {"text", "tap", "junit"}});
     addOption(command, "-o,--output", options->outputFile, "Write the report to this file", {.type = "FILE"});

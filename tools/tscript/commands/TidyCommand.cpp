@@ -41,6 +41,6 @@ void addTidyCommand(CLI::App& app, Action& action) {
     CLI::App* command = addCommand(
         &app, action, "tidy", "List the files of runs that were killed, and delete them after confirmation",
         options, tidy);
-    addFlag(command, "--dry-run", options->dryRun, "List them only");
+    addFlag(command, "--dry-run", options->dryRun, "Only list the files");
     addYesOption(command, options->yes);
 }

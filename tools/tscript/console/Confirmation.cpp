@@ -23,7 +23,7 @@ bool canAsk() {
 }
 
 void addYesOption(CLI::App* command, bool& yes) {
-    addFlag(command, "--yes", yes, "Do not ask");
+    addFlag(command, "--yes", yes, "Do not ask for confirmation");
 }
 
 void confirm(bool yes, const std::string& question) {

@@ -1,6 +1,7 @@
 #include "run/CauseDiagnosis.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <optional>
 
 namespace {
@@ -127,12 +128,22 @@ Correction ofMissingRow(const Diagnosis& first, const RunResult& result) {
                      first.scriptRan};
 }
 
+constexpr const char* kSetToolPath = "Set the path of sqlcmd under [host.programs] in the store.";
+constexpr const char* kRaiseLimits =
+    "This host has no room for another process now: raise the limits (ulimit -a) or end other processes, and "
+    "run again.";
+
+bool isLackOfResources(int systemError) {
+    return systemError == EMFILE || systemError == ENFILE || systemError == EAGAIN || systemError == ENOMEM;
+}
+
 Correction ofToolNotStarted(const Diagnosis& first, const RunResult& result) {
     const DVUCause_t* notStarted = findCause(result.causes, isToolNotStarted);
     if (notStarted == nullptr || first.code != ExitCode::kScriptFailed) return std::nullopt;
     return Diagnosis{ExitCode::kInstallation,
                      "the query tool " + notStarted->subject + " cannot run: " + notStarted->text,
-                     "Set the path of sqlcmd under [host.programs] in the store.", /*scriptRan=*/false};
+                     isLackOfResources(notStarted->systemError) ? kRaiseLimits : kSetToolPath,
+                     /*scriptRan=*/false};
 }
 
 Correction ofLostConnection(const Diagnosis& first, const RunResult& result) {
