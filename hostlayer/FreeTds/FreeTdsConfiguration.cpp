@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/mman.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -13,6 +14,7 @@
 namespace freetds {
 namespace {
 
+constexpr const char* kVariable = "FREETDSCONF";
 constexpr std::size_t kLongestValue = 200;  // FreeTDS reads lines of 255 bytes
 
 bool hasControlCharacters(const std::string& value) {
@@ -41,7 +43,7 @@ class Configuration {
   public:
     std::string section(const EncryptedServer& server) {
         const std::lock_guard lock(m_mutex);
-        if (!open()) return "";
+        if (!isInUse()) return "";
         if (const auto known = m_sections.find(server); known != m_sections.end()) return known->second.name;
         const std::string name = "server" + std::to_string(m_sections.size() + 1);
         const std::string caFile = caPath(server.caFile);
@@ -64,24 +66,37 @@ class Configuration {
         std::string text;
     };
 
+    // True if FreeTDS will read this file. DB-Library takes the name of a section that it does not find for
+    // that of a host, and connects to it; the ODBC driver reports an unknown host. The host program may have
+    // changed its environment since, or have no /proc.
+    bool isInUse() {
+        if (!open()) return false;
+        const std::string path = "/proc/self/fd/" + std::to_string(m_file);
+        const char* const named = std::getenv(kVariable);
+        const bool isNamed =
+            (named != nullptr && path == named) || ::setenv(kVariable, path.c_str(), /*replace=*/1) == 0;
+        return isNamed && ::access(path.c_str(), R_OK) == 0;
+    }
     // The descriptor stays open, since the driver opens the file for each connection. A program that this one
     // starts has another descriptor table and finds no file there. A forked child begins a file of its own
     // with the sections that it knows: in one file, parent and child would give one name to two servers.
     bool open() {
-        if (m_file >= 0 && m_process == ::getpid()) return true;
-        close();
+        if (isOpen() && m_process == ::getpid()) return true;
+        if (isOpen()) ::close(m_file);
         m_file = ::memfd_create("freetds.conf", MFD_CLOEXEC);
         if (m_file < 0) return false;
         m_process = ::getpid();
-        bool isWritten = true;
-        for (const auto& [server, section] : m_sections) isWritten = isWritten && append(section.text);
-        const std::string path = "/proc/self/fd/" + std::to_string(m_file);
-        const bool isInUse = isWritten && ::setenv("FREETDSCONF", path.c_str(), /*replace=*/1) == 0;
-        if (!isInUse) close();
-        return isInUse;
+        const bool isComplete = ::fstat(m_file, &m_status) == 0 &&
+                                std::all_of(m_sections.begin(), m_sections.end(),
+                                            [this](const auto& known) { return append(known.second.text); });
+        if (!isComplete) ::close(std::exchange(m_file, -1));
+        return isComplete;
     }
-    void close() {
-        if (m_file >= 0) ::close(std::exchange(m_file, -1));
+    // False if the host program has closed the descriptor, which may be another file by now.
+    bool isOpen() const {
+        struct stat status {};
+        return m_file >= 0 && ::fstat(m_file, &status) == 0 && status.st_dev == m_status.st_dev &&
+               status.st_ino == m_status.st_ino;
     }
     bool append(const std::string& text) const {
         return ::write(m_file, text.data(), text.size()) == static_cast<ssize_t>(text.size());
@@ -89,7 +104,8 @@ class Configuration {
 
     std::mutex m_mutex;
     int m_file = -1;
-    pid_t m_process = 0;  // that made the file
+    struct stat m_status {};  // of the file
+    pid_t m_process = 0;      // that made it
     std::map<EncryptedServer, Section> m_sections;
 };
 

@@ -20,10 +20,10 @@ struct EncryptedServer {
     auto operator<=>(const EncryptedServer&) const = default;
 };
 
-// Adds a section for the server, if there is none yet, and returns its name. The file is in memory; the
-// environment variable FREETDSCONF is set to it by the first call of a process, a forked one included, and
-// from then on the process no longer uses any other freetds.conf. Returns "" for a value that the file cannot
-// hold, and if the file or the CA file cannot be opened. Thread-safe.
+// Adds a section for the server, if there is none yet, and returns its name. The file is in memory, one for
+// each process, forked ones included; the environment variable FREETDSCONF is set to it, and from then on the
+// process no longer uses any other freetds.conf. Returns "" for a value that the file cannot hold, and if the
+// file (which needs /proc) or the CA file cannot be opened. Thread-safe.
 std::string encryptedSection(const EncryptedServer& server);
 
 // Returns the server of a section that encryptedSection() has added. Thread-safe.

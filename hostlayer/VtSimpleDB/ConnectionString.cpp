@@ -91,7 +91,7 @@ std::string verifiedServer(const ServerAddress& server, const std::string& caFil
     if (section.empty())
         problem =
             "FreeTDS cannot verify the server: its name is too long, it or caFile under [host] has a "
-            "control character, or caFile cannot be opened";
+            "control character, caFile cannot be opened, or /proc is missing";
     return section;
 }
 

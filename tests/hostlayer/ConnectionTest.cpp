@@ -1,3 +1,4 @@
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
 #include <poll.h>
@@ -104,17 +105,20 @@ TEST(ConnectionString, HasOneMeaningOfEncryptForEveryDriver) {
 }
 
 // Of the file that parent and child shared, both would have used the next section's name.
-TEST(ConnectionString, AForkedChildHasVerifiedServersOfItsOwn) {
+TEST(ConnectionString, VerifiedServersAreThoseOfTheProcess) {
     const TestStore store("[host]\nencrypt = 'verify'\n");
     const std::string known = connectionString("known");
     const pid_t child = ::fork();
     if (child == 0) {
+        ::unsetenv("FREETDSCONF");  // FreeTDS would not find the sections
         const bool isKept = connectionString("known") == known;
         const std::string own = connectionString("child");
         const std::string file = support::readFile(std::getenv("FREETDSCONF"));
         const bool hasBoth = file.find("host = known\n") != std::string::npos &&
                              file.find("host = child\n") != std::string::npos;
-        ::_exit(isKept && own != known && hasBoth ? 0 : 1);
+        const bool isRefused =
+            ::chroot(store.folder.path().c_str()) != 0 || connectionString("known").empty();
+        ::_exit(isKept && own != known && hasBoth && isRefused ? 0 : 1);
     }
     int status = -1;
     ::waitpid(child, &status, 0);
@@ -123,6 +127,14 @@ TEST(ConnectionString, AForkedChildHasVerifiedServersOfItsOwn) {
     const std::string file = support::readFile(std::getenv("FREETDSCONF"));
     EXPECT_NE(file.find("host = parent\n"), std::string::npos);
     EXPECT_EQ(file.find("host = child\n"), std::string::npos);
+    // The program closes descriptors that it does not know, and uses their numbers.
+    const std::string name = std::getenv("FREETDSCONF");
+    const std::string own = store.folder / "own";
+    const support::Descriptor ownFile(::open(own.c_str(), O_RDWR | O_CREAT, 0600));
+    const support::Descriptor reused(::dup2(ownFile.get(), std::stoi(name.substr(name.rfind('/') + 1))));
+    EXPECT_EQ(connectionString("known"), known);
+    EXPECT_NE(support::readFile(std::getenv("FREETDSCONF")).find("host = known\n"), std::string::npos);
+    EXPECT_EQ(support::readFile(own), "");
 }
 
 std::string problemText;
