@@ -70,8 +70,9 @@ class Configuration {
         std::string text;
     };
 
-    // True if FreeTDS will read this file: it would take a section that it does not find for a host's name,
-    // and log in there. The host program may have changed its environment since, or have no /proc.
+    // True if FreeTDS will read this file. DB-Library takes the name of a section that it does not find for
+    // that of a host, and connects to it; the ODBC driver reports an unknown host. The host program may have
+    // changed its environment since, or have no /proc.
     bool isInUse() {
         if (!open()) return false;
         const std::string path = "/proc/self/fd/" + std::to_string(m_file);

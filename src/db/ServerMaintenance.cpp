@@ -118,12 +118,13 @@ bool ServerMaintenance::run(const std::string& statement, WhenFailed whenFailed)
 
 // An empty result is a failure, too.
 bool ServerMaintenance::readRows(const std::string& statement, int fields, std::vector<std::string>& rows) {
-    const bool isRead = readToolOutput(m_outputFile.c_str(), m_db.separator, fields, rows, m_db.report);
+    const bool isRead = readOwnToolOutput(m_outputFile.c_str(), m_db.separator, fields, rows, m_db.report);
     if (isRead && !rows.empty()) return true;
     m_operation.noteUnlessExplained({.where = kDVUQueryTool, .text = database_messages::kNoRow});
     return m_db.report.fail(FXString::Format(database_messages::kResultNotParsed, statement.c_str()));
 }
 
 void ServerMaintenance::copyOutputToLog() {
+    if (!isOwnToolOutput(m_outputFile)) return;
     LogFileContent(m_outputFile.c_str(), m_db.report.logFile.c_str(), /*echo=*/false, /*instance=*/nullptr);
 }

@@ -85,7 +85,7 @@ TEST_F(QueryTool, ProcessesSucceedByExitCodeZeroAlone) {
 }
 
 TEST_F(QueryTool, MessagesOfAnEarlierRunAreNoCauses) {
-    installation.setHost("programs.sqlcmd", "/no/such/tool");
+    installation.useQueryTool("/no/such/tool");
     support::writeFile(output, "Msg 208, Level 16, State 1, Server s, Line 1\nInvalid object name 'x'.\n");
     EXPECT_FALSE(db.RunStringQuery("SELECT 1", output.c_str(), nullptr));
     std::vector<DVUCause_t> causes;

@@ -403,6 +403,23 @@ TEST_F(Server, OutputIsNeverWrittenThroughALink) {
     EXPECT_EQ(readFile(log).find("kept"), std::string::npos);
 }
 
+// As in a folder where everybody may rename files.
+TEST_F(Server, OutputThatOthersHaveReplacedIsNotRead) {
+    const std::string secret = installation.folder("secret"), tool = installation.folder("replacing-tool");
+    support::writeFile(secret, "heading\n-------\nsecret\n");
+    installation.useQueryTool(tool);
+    for (const std::string& replacement : {"ln -s " + secret, std::string("mkfifo")})
+        for (const char* exitCode : {"0", "1"}) {
+            support::writeFile(tool, "#!/bin/sh\nfor o in \"$@\"; do :; done; rm -f \"$o\"; " + replacement +
+                                         " \"$o\"; exit " + exitCode + "\n");
+            std::filesystem::permissions(tool, std::filesystem::perms::owner_all);
+            EXPECT_TRUE(db.getDBList().empty()) << replacement;
+            EXPECT_EQ(readFile(log).find("secret"), std::string::npos) << replacement;
+            for (const auto& entry : std::filesystem::directory_iterator(installation.tempFolder()))
+                std::filesystem::remove(entry);
+        }
+}
+
 TEST_F(Server, TemporaryFilesThatStayOrAreDeleted) {
     std::array<char, 64> text{};
     const std::string home = installation.homeFolder();

@@ -110,7 +110,7 @@ TEST(ConnectionString, VerifiedServersAreThoseOfTheProcess) {
     const std::string known = connectionString("known");
     const pid_t child = ::fork();
     if (child == 0) {
-        ::unsetenv("FREETDSCONF");  // FreeTDS would take a section's name for a host's
+        ::unsetenv("FREETDSCONF");  // FreeTDS would not find the sections
         const bool isKept = connectionString("known") == known;
         const std::string own = connectionString("child");
         const std::string file = support::readFile(std::getenv("FREETDSCONF"));

@@ -121,7 +121,7 @@ TEST(DebugLog, OutlivesItsFolder) {
     for (int i = 0; i < 60; ++i) log.Debug("t", "%s", std::string(1000, 'f').c_str());
     std::filesystem::remove_all(path);
     support::writeFile(path, "no folder");
-    for (const std::size_t size : {5000, 10, 10}) log.Debug("t", "%s", std::string(size, 'x').c_str());
+    for (const std::size_t size : {5000U, 10U, 10U}) log.Debug("t", "%s", std::string(size, 'x').c_str());
     std::filesystem::remove(path);
     std::filesystem::create_directory(path);
     std::this_thread::sleep_for(std::chrono::milliseconds(1100));

@@ -37,7 +37,8 @@ void writeKey(const std::filesystem::path& path) {
 
 }  // namespace
 
-SampleInstallation::SampleInstallation(std::string instance) : m_instance(std::move(instance)) {
+SampleInstallation::SampleInstallation(std::string instance)
+    : m_instance(std::move(instance)), m_queryTool(SQLCMD_PROGRAM) {
     for (const char* name : {"log", "tmp", "home", "home/Scripts", "bin"})
         std::filesystem::create_directory(folder(name));
     writeKey(folder("cipher.key"));
@@ -74,6 +75,11 @@ void SampleInstallation::setNumber(const std::string& key, const std::string& va
 
 void SampleInstallation::setHost(const std::string& setting, const std::string& text) {
     m_hostLines += setting + " = " + tomlText(text) + "\n";
+    write();
+}
+
+void SampleInstallation::useQueryTool(const std::string& path) {
+    m_queryTool = path;
     write();
 }
 
@@ -139,7 +145,7 @@ void SampleInstallation::write() const {
     std::string text =
         "[host]\ncipherKeyFile = " + tomlText(folder("cipher.key").string()) +
         "\nodbcDriver = \"FreeTDS\"\nodbcAttributes = \"TDS_Version=7.4;ClientCharset=UTF-8\"\n" +
-        m_hostLines + "[host.programs]\nsqlcmd = " + tomlText(SQLCMD_PROGRAM) + "\n";
+        m_hostLines + "[host.programs]\nsqlcmd = " + tomlText(m_queryTool) + "\n";
     for (const auto& [key, values] : m_values) {
         text += "['" + m_instance + "'.'" + key + "']\n";
         for (const auto& [name, value] : values) text += tomlText(name) + " = " + value + "\n";

@@ -31,6 +31,7 @@ class SampleInstallation {
         setNumber(key, valueName, static_cast<long long>(number));
     }
     void setHost(const std::string& setting, const std::string& text);  // in [host]
+    void useQueryTool(const std::string& path);                         // in place of sqlcmd
     void remove(const std::string& key, const std::string& valueName);
 
     // Points every database's instance, credentials and connection value at that server and login.
@@ -59,6 +60,7 @@ class SampleInstallation {
     TempDir m_folder;
     std::string m_instance;
     std::string m_hostLines;
+    std::string m_queryTool;
     std::map<std::string, std::map<std::string, std::string>> m_values;  // key, value name, TOML text
 };
 

@@ -26,8 +26,9 @@ constexpr std::time_t kMarkSeconds = 60;  // OutputWatch; nobody deletes a file 
 // Reader of a file's lines in large blocks. Memory: one block and one line that crosses blocks.
 class LineReader {
   public:
-    explicit LineReader(const char* path)
-        : m_file(path, O_RDONLY), m_error(m_file.isOpen() ? 0 : errno), m_block(new char[kBlockSize]) {}
+    // A file that is not open leaves errno.
+    explicit LineReader(FileDescriptor file)
+        : m_file(std::move(file)), m_error(m_file.isOpen() ? 0 : errno), m_block(new char[kBlockSize]) {}
 
     // errno of the open or read that failed; 0: none did.
     int error() const { return m_error; }
@@ -111,8 +112,10 @@ std::string rowOfLine(std::string_view line, char separator, int count) {
     return row;
 }
 
-bool readToolOutput(const char* path, char separator, int count, std::vector<std::string>& rows) {
-    LineReader reader(path);
+namespace {
+
+bool readRows(LineReader reader, const char* path, char separator, int count,
+              std::vector<std::string>& rows) {
     std::string_view line;
     for (int i = 0; i < kHeadingLines; ++i) reader.next(line);
     while (reader.next(line) && !line.empty()) rows.push_back(rowOfLine(line, separator, count));
@@ -120,9 +123,21 @@ bool readToolOutput(const char* path, char separator, int count, std::vector<std
     return reader.error() == 0;
 }
 
+}  // namespace
+
+bool readToolOutput(const char* path, char separator, int count, std::vector<std::string>& rows) {
+    return readRows(LineReader(FileDescriptor(path, O_RDONLY)), path, separator, count, rows);
+}
+
 bool readToolOutput(const char* path, char separator, int count, std::vector<std::string>& rows,
                     const DatabaseReport& report) {
     return readToolOutput(path, separator, count, rows) ||
+           report.fail(FXString::Format(database_messages::kOutputNotOpened, path));
+}
+
+bool readOwnToolOutput(const char* path, char separator, int count, std::vector<std::string>& rows,
+                       const DatabaseReport& report) {
+    return readRows(LineReader(openPlainFile(path, O_RDONLY)), path, separator, count, rows) ||
            report.fail(FXString::Format(database_messages::kOutputNotOpened, path));
 }
 
@@ -134,6 +149,13 @@ std::string temporaryOutputPath() {
 
 bool claimToolOutput(const std::string& path) {
     if (createOrClaim(path.c_str())) return true;
+    reportCause({.where = kDVUFile, .subject = path, .text = database_messages::kOutputNotOwn});
+    return false;
+}
+
+bool isOwnToolOutput(const std::string& path) {
+    struct stat status {};
+    if (::lstat(path.c_str(), &status) != 0 || isOwnFile(status)) return true;
     reportCause({.where = kDVUFile, .subject = path, .text = database_messages::kOutputNotOwn});
     return false;
 }

@@ -22,6 +22,11 @@ bool readToolOutput(const char* path, char separator, int count, std::vector<std
 bool readToolOutput(const char* path, char separator, int count, std::vector<std::string>& rows,
                     const DatabaseReport& report);
 
+// The same for a claimed file, which others may have replaced since: false for a link, a pipe and a file with
+// a second name.
+bool readOwnToolOutput(const char* path, char separator, int count, std::vector<std::string>& rows,
+                       const DatabaseReport& report);
+
 // A name in the installation's temporary folder; the same one for calls within one second. Creates no file.
 std::string temporaryOutputPath();
 
@@ -31,6 +36,10 @@ std::string temporaryOutputPath();
 // fails on it.
 // False, with a cause, for whatever else has the name: a link, a pipe, another user's file.
 bool claimToolOutput(const std::string& path);
+
+// Returns whether a claimed file is still this user's, or is gone. False, with a cause, for whatever else has
+// its name by now.
+bool isOwnToolOutput(const std::string& path);
 
 // Watches an output file from before the tool's start, to see whether the tool writes it. An empty file has
 // an earlier time meanwhile, so that a tool which writes nothing into it is seen, too.
