@@ -95,7 +95,6 @@ Node changeOfRows(Parser& in) {
     }
     node.output = output(in);
     if (in.accept("FROM")) node.from = in.from();
-    in.throwIfAt("WHERE CURRENT", "WHERE CURRENT OF");
     if (in.accept("WHERE")) node.where = in.condition();
     node.maxRecursion = in.options();
     return node;
@@ -135,7 +134,6 @@ MergeClause mergeClause(Parser& in, const std::vector<MergeClause>& before) {
 // MERGE [INTO] table [AS alias] USING source ON condition WHEN ...
 Merge merge(Parser& in) {
     Merge node;
-    in.throwIfAt("TOP", "MERGE TOP");
     in.accept("INTO");
     node.table = in.tableName();
     in.tableHints();
@@ -318,7 +316,6 @@ void tableElement(Parser& in, CreateTable& table) {
         in.acceptAny({"CLUSTERED", "NONCLUSTERED"});
         return indexBody(in, index);
     }
-    in.throwIfAt("PERIOD FOR", "PERIOD FOR SYSTEM_TIME");
     if (auto constraint = in.acceptConstraint(/*ofTable=*/true))
         table.constraints.push_back(std::move(*constraint));
     else
@@ -372,8 +369,6 @@ std::vector<ObjectName> triggerNames(Parser& in) {
 // ON table
 ObjectName tableOfTrigger(Parser& in) {
     in.expect("ON");
-    for (const auto place : {"DATABASE", "ALL SERVER"})
-        in.throwIfAt(place, std::string("triggers ON ") + place);
     return in.objectName();
 }
 
@@ -586,7 +581,7 @@ Statement::Node parseRows(Parser& in) {
 
 // CREATE of a module must be the first statement of the batch, at its top level.
 Statement::Node parseDefinition(Parser& in, bool create) {
-    const bool first = in.atBatchBegin();
+    const bool first = in.position() == 1 && in.m_depth == 1;
     CreateModule module;
     module.create = create;
     module.alter = !create || in.accept("OR ALTER");
@@ -630,7 +625,6 @@ Statement::Node parseDrop(Parser& in) {
         node.names = in.list([&] {
             return kind == "database" ? ObjectName{{}, {}, in.expectName()} : in.objectName();
         });
-    if (kind == "trigger") in.throwIfAt("ON", "triggers ON DATABASE or ALL SERVER");
     return node;
 }
 

@@ -148,8 +148,6 @@ QueryPtr setOperations(Parser& in, bool intersect) {
 
 // FOR XML RAW | PATH [('row')] [, ELEMENTS] [, ROOT [('root')]] [, TYPE]
 std::optional<ForXml> forXml(Parser& in) {
-    in.throwIfAt("FOR JSON", "SELECT ... FOR JSON");
-    in.throwIfAt("FOR BROWSE", "SELECT ... FOR BROWSE");
     if (!in.accept("FOR XML")) return std::nullopt;
     const auto name = [&](std::string& into) {
         if (in.at("(")) into = in.parenthesized([&] { return in.expectString(); });
@@ -207,7 +205,6 @@ QueryPtr rowValues(Parser& in) {
 TableRefPtr joins(Parser& in);
 
 TableRefPtr tableRef(Parser& in) {
-    for (const auto word : {"OPENROWSET", "OPENQUERY", "OPENJSON", "OPENXML"}) in.throwIfAt(word, word);
     for (const auto word : {"INSERT", "UPDATE", "DELETE", "MERGE"})
         in.throwIfAt(word, std::string(word) + " as a source of rows");
     const bool values = in.at("( VALUES");
@@ -284,7 +281,6 @@ TableRefPtr pivoted(Parser& in, TableRefPtr table) {
 TableRefPtr joins(Parser& in) {
     const Temporarily deeper(in.m_depth, in.nextDepth());
     TableRefPtr left = pivoted(in, tableRef(in));
-    for (const auto word : {"TABLESAMPLE", "FOR SYSTEM_TIME"}) in.throwIfAt(word, word);
     for (int chain = 0;; in.checkChain(++chain)) {
         const bool applies = in.at("CROSS APPLY") || in.at("OUTER APPLY");
         const bool isWhole = applies || in.at("JOIN");
@@ -322,7 +318,6 @@ QueryPtr Parser::queryBehind(std::vector<CommonTable> with) {
     if (at("ORDER")) query->orderBy = orderBy();
     offset(*this, *query);
     if (auto xml = forXml(*this)) query->xml = std::move(xml);
-    throwIfAt("COMPUTE", "COMPUTE");
     if (const auto most = options()) query->maxRecursion = most;
     return query;
 }
@@ -412,6 +407,9 @@ ExprPtr Parser::assignedValue(const std::string& variable) {
 
 // Name of a table or table variable.
 ObjectName Parser::tableName() {
+    for (const auto word :
+         {"CHANGETABLE", "OPENDATASOURCE", "OPENJSON", "OPENQUERY", "OPENROWSET", "OPENXML"})
+        throwIfAt(word, word);
     if (!atVariable()) return objectName();
     const Token& name = takeToken();
     throwIfAt(".", "methods of xml");
