@@ -243,10 +243,8 @@ ColumnDefinition columnDefinition(Parser& in) {
     const auto option = [&] {
         for (const auto word : {"GENERATED", "MASKED", "ENCRYPTED", "FILESTREAM", "HIDDEN", "INDEX"})
             in.throwIfAt(word, "the option " + std::string(word) + " of a column");
-        if (in.accept("NOT NULL")) {
-            column.nullable = false;
-        } else if (in.accept("NULL")) {
-            column.nullable = true;
+        if (const auto null = in.acceptFirst({"NOT NULL", "NULL"}); !null.empty()) {
+            column.nullable = null == "NULL";
         } else if (in.at("COLLATE")) {
             in.collation();
         } else if (in.accept("IDENTITY")) {
