@@ -314,6 +314,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     void runFunction(const CreateModule& function, Frame& frame);
     bool runScope(const Block& body, Frame& frame);
     TableInfo viewTable(const StoredModule& view);
+    std::vector<TableColumn> viewColumns(const CreateModule& module);
 
     // ---- calls of drivers (ExecutorPrepared.cpp)
     struct PreparedText {

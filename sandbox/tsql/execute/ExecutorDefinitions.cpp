@@ -158,8 +158,7 @@ TableInfo Executor::createTable(const CreateTable& create) {
         throw unsupported("a table of computed columns only");
     for (auto& column : table.columns)
         if (!column.computed.empty()) column.type = computed(table, column).type;
-    const auto constraints = allConstraints(create);
-    if (std::ranges::count(constraints, ConstraintKind::PrimaryKey, &Constraint::kind) > 1)
+    if (std::ranges::count(allConstraints(create), ConstraintKind::PrimaryKey, &Constraint::kind) > 1)
         throw sqlError(kSeveralPrimaryKeys, {name});
     define(create.table, [&](Catalogue& owner) {
         ObjectInfo object = newObject(owner, create.table, kTable);

@@ -65,6 +65,13 @@ TableInfo Executor::viewTable(const StoredModule& view) {
     return table;
 }
 
+std::vector<TableColumn> Executor::viewColumns(const CreateModule& module) {
+    const ObjectName& name = module.name;
+    const auto existing = object(name);
+    const std::int64_t id = existing ? existing->id : 0;
+    return viewTable({databaseOf(name), name.schema, name.name, nullptr, &module, id}).columns;
+}
+
 // Stores the whole batch as the text of the module, with CREATE instead of ALTER.
 Flow Executor::run(const CreateModule& module) try {
     const std::string_view type = module.isTrigger() ? kTrigger
@@ -75,13 +82,7 @@ Flow Executor::run(const CreateModule& module) try {
     const auto table = module.isTrigger() ? std::optional(tableOfTrigger(module)) : std::nullopt;
     ObjectName name = module.name;
     if (table) name.schema = table->schemaName;
-    std::vector<TableColumn> columns;
-    if (module.query) {
-        const auto existing = object(module.name);
-        columns = viewTable({databaseOf(module.name), module.name.schema, module.name.name, nullptr, &module,
-                             existing ? existing->id : 0})
-                      .columns;
-    }
+    const auto columns = module.query ? viewColumns(module) : std::vector<TableColumn>();
     const Firing firing{table.value_or(TableInfo()), {}, {}};
     Frame frame;
     frame.procedure = module.name.name;

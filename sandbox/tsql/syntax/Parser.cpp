@@ -1,5 +1,6 @@
 #include "syntax/Parser.h"
 
+#include <boost/algorithm/string/erase.hpp>
 #include <boost/lexical_cast/try_lexical_convert.hpp>
 
 namespace tsql {
@@ -7,6 +8,19 @@ namespace {
 
 constexpr int kDeepestNesting = 150;
 constexpr int kLongestChain = 400;  // operators in a row; SQLite limits the depth of expressions to 1000
+
+// Constructs that the parser does not know, by words at which it stops.
+constexpr std::string_view kUnsupported =
+    R"(ADD COUNTER SIGNATURE; ADD ROWGUIDCOL; ADD SENSITIVITY; ADD SIGNATURE; ADD SPARSE; AS EDGE; AS FILETABLE;
+AS NODE; BACKUP CERTIFICATE; BACKUP LOG; BACKUP MASTER KEY; BACKUP SERVICE; BEGIN ATOMIC; BEGIN CONVERSATION;
+BEGIN DIALOG; BEGIN DISTRIBUTED; BULK INSERT; CLOSE ALL; CLOSE MASTER KEY; CLOSE SYMMETRIC KEY; COLUMNSTORE;
+COLUMN_SET FOR; COMPUTE; CONTAINS; END CONVERSATION; EXEC AS; EXECUTE AS; FILE =; FILEGROUP =; FOR ASYMMETRIC KEY;
+FOR BROWSE; FOR CERTIFICATE; FOR JSON; FOR REPLICATION; FOR SYSTEM_TIME; FOR UPDATE; FREETEXT; FROM ASYMMETRIC KEY;
+FROM CERTIFICATE; GET CONVERSATION; GROUP BY ALL; HASH; IDENTITYCOL; KILL; LINENO; MERGE TOP; MIRROR TO; . MODIFY;
+MOVE CONVERSATION; ON ALL SERVER; ON DATABASE; OPEN MASTER KEY; OPEN SYMMETRIC KEY; PERIOD FOR SYSTEM_TIME;
+% % PHYSLOC; READTEXT; REBUILD PARTITION; RECEIVE *; RECEIVE TOP; RECONFIGURE; REVERT; ROWGUIDCOL; SEND ON;
+SET CONTEXT_INFO; SETUSER; SHUTDOWN; TABLESAMPLE; UPDATETEXT; WAITFOR ( RECEIVE; WHERE CURRENT OF;
+WITH ( DELAYED_DURABILITY; WITH ( PARTITIONS; WITH MARK; WITH RECOVERY; WITH RESULT SETS; . WRITE; WRITETEXT)";
 
 ObjectName nameOf(std::vector<std::string> parts, int line) {
     parts.insert(parts.begin(), 2, std::string());
@@ -194,7 +208,18 @@ const Token& Parser::faulty() const {
     return peek().kind == TokenKind::End && m_next > 0 ? last() : peek();
 }
 
+// The words begin up to three tokens before the place of the error. They reach it or, if there are several,
+// end just before it.
+void Parser::throwIfUnsupported() const {
+    static const auto constructs = listItems(kUnsupported);
+    for (const auto& words : constructs)
+        for (std::size_t back = 0; back <= std::min<std::size_t>(m_next, 3); ++back)
+            if (const auto count = match(words, -back); count >= back && count > (back == 1))
+                throwUnsupported(words.find_first_of("%.") ? words : boost::erase_all_copy(words, " "));
+}
+
 void Parser::throwSyntaxError() const {
+    throwIfUnsupported();
     throwError(peek().reserved ? kSyntaxErrorNearKeyword : kSyntaxErrorNear, {near()}, faulty().line);
 }
 

@@ -80,6 +80,7 @@ class Parser {
     const Token& faulty() const;                             // token that an error refers to
     std::string near() const { return unquoted(faulty()); }  // as errors quote it
     [[noreturn]] void throwSyntaxError() const;
+    void throwIfUnsupported() const;  // for a construct at the next token
     // Throws the error of that number. line: 0 for that of the next token; state: 0 for the usual one.
     [[noreturn]] void throwError(int number, std::initializer_list<std::string_view> values = {},
                                  int line = 0, int state = 0) const {
@@ -156,7 +157,6 @@ class Parser {
     bool atConstant() const;
     ExprPtr constant();
     ExprPtr wordOrConstant();
-    bool atBatchBegin() const { return m_next == 1 && m_depth == 1; }  // after the first word
 
     // ---- changes of data and schema (ParserDefinitions.cpp)
     std::optional<Constraint> acceptConstraint(bool ofTable);

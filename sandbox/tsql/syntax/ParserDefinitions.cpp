@@ -95,7 +95,6 @@ Node changeOfRows(Parser& in) {
     }
     node.output = output(in);
     if (in.accept("FROM")) node.from = in.from();
-    in.throwIfAt("WHERE CURRENT", "WHERE CURRENT OF");
     if (in.accept("WHERE")) node.where = in.condition();
     node.maxRecursion = in.options();
     return node;
@@ -135,7 +134,6 @@ MergeClause mergeClause(Parser& in, const std::vector<MergeClause>& before) {
 // MERGE [INTO] table [AS alias] USING source ON condition WHEN ...
 Merge merge(Parser& in) {
     Merge node;
-    in.throwIfAt("TOP", "MERGE TOP");
     in.accept("INTO");
     node.table = in.tableName();
     in.tableHints();
@@ -245,10 +243,8 @@ ColumnDefinition columnDefinition(Parser& in) {
     const auto option = [&] {
         for (const auto word : {"GENERATED", "MASKED", "ENCRYPTED", "FILESTREAM", "HIDDEN", "INDEX"})
             in.throwIfAt(word, "the option " + std::string(word) + " of a column");
-        if (in.accept("NOT NULL")) {
-            column.nullable = false;
-        } else if (in.accept("NULL")) {
-            column.nullable = true;
+        if (const auto null = in.acceptFirst({"NOT NULL", "NULL"}); !null.empty()) {
+            column.nullable = null == "NULL";
         } else if (in.at("COLLATE")) {
             in.collation();
         } else if (in.accept("IDENTITY")) {
@@ -318,7 +314,6 @@ void tableElement(Parser& in, CreateTable& table) {
         in.acceptAny({"CLUSTERED", "NONCLUSTERED"});
         return indexBody(in, index);
     }
-    in.throwIfAt("PERIOD FOR", "PERIOD FOR SYSTEM_TIME");
     if (auto constraint = in.acceptConstraint(/*ofTable=*/true))
         table.constraints.push_back(std::move(*constraint));
     else
@@ -372,8 +367,6 @@ std::vector<ObjectName> triggerNames(Parser& in) {
 // ON table
 ObjectName tableOfTrigger(Parser& in) {
     in.expect("ON");
-    for (const auto place : {"DATABASE", "ALL SERVER"})
-        in.throwIfAt(place, std::string("triggers ON ") + place);
     return in.objectName();
 }
 
@@ -480,7 +473,6 @@ Statement::Node createModule(Parser& in, CreateModule module) {
         if (!isQuery && !module.rows) module.returns = in.type(TypeUse::Declaration);
     }
     moduleOptions(in);
-    in.throwIfAt("FOR REPLICATION", "FOR REPLICATION");
     if (!in.accept("AS") && !module.function) in.throwSyntaxError();
     isQuery ? moduleQuery(in, module) : moduleBody(in, module);
     module.locals = std::move(in.m_locals);
@@ -590,7 +582,7 @@ Statement::Node parseRows(Parser& in) {
 
 // CREATE of a module must be the first statement of the batch, at its top level.
 Statement::Node parseDefinition(Parser& in, bool create) {
-    const bool first = in.atBatchBegin();
+    const bool first = in.position() == 1 && in.m_depth == 1;
     CreateModule module;
     module.create = create;
     module.alter = !create || in.accept("OR ALTER");
@@ -634,7 +626,6 @@ Statement::Node parseDrop(Parser& in) {
         node.names = in.list([&] {
             return kind == "database" ? ObjectName{{}, {}, in.expectName()} : in.objectName();
         });
-    if (kind == "trigger") in.throwIfAt("ON", "triggers ON DATABASE or ALL SERVER");
     return node;
 }
 

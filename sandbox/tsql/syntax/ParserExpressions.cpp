@@ -270,6 +270,7 @@ std::vector<ExprPtr> Parser::argumentsOf(const ObjectName& function) {
     if (builtIn) acceptAny({"DISTINCT", "ALL"});
     const auto argument = [&] { return !builtIn && accept("DEFAULT") ? ExprPtr() : expression(); };
     auto arguments = at(")") ? std::vector<ExprPtr>() : list(argument);
+    if (sameWord(function.name, "TRIM")) throwIfAt("FROM", "TRIM (characters FROM string)");
     expect(")");
     return arguments;
 }
@@ -326,7 +327,6 @@ ExprPtr Parser::primary() {
     if (token.kind == TokenKind::Global)
         return makeExpr(token.line, VariableRef{std::string(takeToken().raw)});
     if (at("(")) return inParentheses(*this);
-    for (const auto word : {"CONTAINS", "FREETEXT", "IDENTITYCOL", "ROWGUIDCOL"}) throwIfAt(word, word);
     if (at("PARSE (") || at("TRY_PARSE (")) throwUnsupported(toUpper(token.raw));
     if (at("::", 1)) throwUnsupported("methods of " + lowerAscii(token.raw));
     if (at("CASE")) return caseOf(*this);

@@ -143,8 +143,6 @@ QueryPtr setOperations(Parser& in, bool intersect) {
 
 // FOR XML RAW | PATH [('row')] [, ELEMENTS] [, ROOT [('root')]] [, TYPE]
 std::optional<ForXml> forXml(Parser& in) {
-    in.throwIfAt("FOR JSON", "SELECT ... FOR JSON");
-    in.throwIfAt("FOR BROWSE", "SELECT ... FOR BROWSE");
     if (!in.accept("FOR XML")) return std::nullopt;
     const auto name = [&](std::string& into) {
         if (in.at("(")) into = in.parenthesized([&] { return in.expectString(); });
@@ -285,7 +283,6 @@ TableRefPtr pivoted(Parser& in, TableRefPtr table) {
 TableRefPtr joins(Parser& in) {
     const Temporarily deeper(in.m_depth, in.nextDepth());
     TableRefPtr left = pivoted(in, tableRef(in));
-    for (const auto word : {"TABLESAMPLE", "FOR SYSTEM_TIME"}) in.throwIfAt(word, word);
     for (int chain = 0;; in.checkChain(++chain)) {
         const bool applies = in.at("CROSS APPLY") || in.at("OUTER APPLY");
         const bool isWhole = applies || in.at("JOIN");
@@ -321,7 +318,6 @@ QueryPtr Parser::queryBehind(std::vector<CommonTable> with) {
     if (at("ORDER")) query->orderBy = orderBy();
     offset(*this, *query);
     if (auto xml = forXml(*this)) query->xml = std::move(xml);
-    throwIfAt("COMPUTE", "COMPUTE");
     if (const auto most = options()) query->maxRecursion = most;
     return query;
 }

@@ -340,7 +340,7 @@ std::string Translator::limited(const std::string& sql, const ExprPtr& top) {
 }
 
 QueryText Translator::setOperation(const SetOperation& operation, const Query& query) {
-    static constexpr std::string_view kWords[] = {" UNION ", " UNION ALL ", " EXCEPT ", " INTERSECT "};
+    static constexpr const char* kWords[] = {" UNION ", " UNION ALL ", " EXCEPT ", " INTERSECT "};
     m_topLevel = false;
     const Temporarily inner(m_nextValue, m_nextValue ? m_nextValue : kNextValueOfSet);
     QueryText left = this->query(*operation.left);
@@ -373,8 +373,7 @@ QueryText Translator::setOperation(const SetOperation& operation, const Query& q
     } else {
         text.compound = query.orderBy.empty() && !query.offset;
         text.collated = flat ? left.collated : distinct;
-        text.sql = (flat ? left.sql : leftRows) +
-                   std::string(kWords[static_cast<std::size_t>(operation.op)]) + rightRows;
+        text.sql = (flat ? left.sql : leftRows) + kWords[static_cast<int>(operation.op)] + rightRows;
     }
     text.sql += orderBy(query.orderBy, text, /*distinctList=*/nullptr, &firstSelect(operation)) +
                 limit(nullptr, query);

@@ -83,7 +83,7 @@ OPEN e
 FETCH e
 PRINT CURSOR_STATUS('local', 'e') --> id int | nm varchar(10)? (0 rows) --> 0
 -- not supported
-DECLARE u CURSOR FOR SELECT id FROM t FOR UPDATE OF nm --> Msg 50000, Level 16, State 1, Line 2: tsqlbox does not support FOR UPDATE of a cursor.
+DECLARE u CURSOR FOR SELECT id FROM t FOR UPDATE OF nm --> Msg 50000, Level 16, State 1, Line 2: tsqlbox does not support FOR UPDATE.
 DECLARE u CURSOR DYNAMIC FOR SELECT id FROM t --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support DYNAMIC cursors.
 CREATE PROCEDURE giver @c CURSOR VARYING OUTPUT AS PRINT 'a' --> Msg 50000, Level 16, State 1, Line 1, Procedure giver: tsqlbox does not support CURSOR parameters.
 DECLARE u CURSOR FAST_FORWARD SCROLL FOR SELECT id FROM t --> Msg 1048, Level 15, State 1, Line 1: Conflicting cursor options FORWARD_ONLY and SCROLL.

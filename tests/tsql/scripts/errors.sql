@@ -83,7 +83,7 @@ CREATE PROCEDURE hintedProc WITH ENCRYPTION AS SELECT 1 --> Msg 50000, Level 16,
 CREATE FUNCTION hintedFunction (@a int) RETURNS int WITH RETURNS NULL ON NULL INPUT AS BEGIN RETURN 1 END --> Msg 50000, Level 16, State 1, Line 1, Procedure hintedFunction: tsqlbox does not support WITH RETURNS of a procedure, function, view or trigger.
 CREATE VIEW other.dbo.hintedView AS SELECT 1 AS a --> Msg 166, Level 15, State 1, Line 1: 'CREATE/ALTER VIEW' does not allow specifying the database name as a prefix to the object name.
 EXECUTE AS USER = 'x' --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support EXECUTE AS.
-EXEC sp_help WITH RESULT SETS NONE --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support EXECUTE ... WITH RESULT SETS.
+EXEC sp_help WITH RESULT SETS NONE --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support WITH RESULT SETS.
 SAVE nothing --> Msg 102, Level 15, State 1, Line 1: Incorrect syntax near 'nothing'.
 BEGIN TRANSACTION named WITH MARK 'x' --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support marked transactions.
 TRUNCATE TABLE t WITH (PARTITIONS (1)) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support TRUNCATE TABLE ... WITH PARTITIONS.

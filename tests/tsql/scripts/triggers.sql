@@ -286,9 +286,9 @@ CREATE TRIGGER other.dbo.t ON doc FOR INSERT AS PRINT 'a' --> Msg 166, Level 15,
 CREATE TRIGGER t ON elsewhere..pair FOR INSERT AS PRINT 'a' --> Msg 8197, Level 16, State 4, Line 1, Procedure t: The object 'elsewhere..pair' does not exist or is invalid for this operation.
 CREATE TRIGGER t ON doc FOR SELECT AS PRINT 'a' --> Msg 156, Level 15, State 1, Line 1, Procedure t: Incorrect syntax near the keyword 'SELECT'.
 CREATE TRIGGER t ON doc WITH ENCRYPTION FOR INSERT AS PRINT 'a' --> Msg 50000, Level 16, State 1, Line 1, Procedure t: tsqlbox does not support WITH ENCRYPTION of a procedure, function, view or trigger.
-DROP TRIGGER t ON DATABASE --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support triggers ON DATABASE or ALL SERVER.
-CREATE TRIGGER t ON DATABASE FOR CREATE_TABLE AS PRINT 'a' --> Msg 50000, Level 16, State 1, Line 1, Procedure t: tsqlbox does not support triggers ON DATABASE.
-DISABLE TRIGGER ALL ON ALL SERVER --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support triggers ON ALL SERVER.
+DROP TRIGGER t ON DATABASE --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support ON DATABASE.
+CREATE TRIGGER t ON DATABASE FOR CREATE_TABLE AS PRINT 'a' --> Msg 50000, Level 16, State 1, Line 1, Procedure t: tsqlbox does not support ON DATABASE.
+DISABLE TRIGGER ALL ON ALL SERVER --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support ON ALL SERVER.
 CREATE TRIGGER t ON doc FOR INSERT AS RETURN 1 --> Msg 178, Level 15, State 1, Line 1, Procedure t: A RETURN statement with a return value cannot be used in this context.
 CREATE TRIGGER doc ON doc FOR INSERT AS PRINT 'a' --> Msg 2714, Level 16, State 3, Line 1, Procedure doc: There is already an object named 'doc' in the database.
 ALTER TRIGGER t ON doc FOR INSERT AS PRINT 'a' --> Msg 208, Level 16, State 6, Line 1, Procedure t: Invalid object name 't'.

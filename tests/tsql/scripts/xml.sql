@@ -24,7 +24,7 @@ SELECT id AS 'a/b' FROM book FOR XML PATH --> Msg 50000, Level 16, State 1, Line
 SELECT id FROM book
 FOR XML AUTO --> Msg 50000, Level 16, State 1, Line 2: tsqlbox does not support FOR XML AUTO and EXPLICIT.
 SELECT id FROM book FOR XML RAW, XMLSCHEMA --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support the option XMLSCHEMA of FOR XML.
-SELECT id FROM book FOR JSON PATH --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support SELECT ... FOR JSON.
+SELECT id FROM book FOR JSON PATH --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support FOR JSON.
 SELECT CAST('a' AS varbinary(5)) b FOR XML RAW --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support binary columns in FOR XML.
 SELECT (SELECT id FROM book FOR XML PATH('x'), TYPE).value('/x/id', 'int') --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support the path '/x/id' in .value().
 SELECT SUM(id) WITHIN GROUP (ORDER BY id) FROM book --> Msg 10757, Level 15, State 1, Line 1: The function 'SUM' may not have a WITHIN GROUP clause.
