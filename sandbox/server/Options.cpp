@@ -6,7 +6,6 @@ namespace server {
 namespace {
 
 constexpr int kWrongCommandLine = 2;  // exit code
-constexpr int kMaxMebibytes = 1 << 20;
 
 const std::map<std::string, tds::EncryptionMode> kEncryptionModes = {
     {"login", tds::EncryptionMode::Login},
@@ -50,10 +49,10 @@ void addOptions(CLI::App& app, Options& options) {
     add("--max-connections", options.maxConnections, "N", "maximum number of connected clients (512)")
         ->check(CLI::Range(1, 32'000));
     add("--session-memory", options.sessionMebibytes, "MIB", "maximum memory of a session (1024)")
-        ->check(CLI::Range(16, kMaxMebibytes));
+        ->check(CLI::Range(16, 1 << 20));
     add("--session-files", options.temporaryMebibytes, "MIB",
         "maximum size of a session's temporary files (4096)")
-        ->check(CLI::Range(1, kMaxMebibytes));
+        ->check(CLI::Range(1, 1 << 20));
     add("--backup-folder", options.backupFolders, "DIR",
         "folder that BACKUP may write to, besides --data; may be repeated")
         ->take_all();
