@@ -7,11 +7,9 @@ namespace {
 
 constexpr int kWrongCommandLine = 2;  // exit code
 
+using enum tds::EncryptionMode;
 const std::map<std::string, tds::EncryptionMode> kEncryptionModes = {
-    {"login", tds::EncryptionMode::Login},
-    {"none", tds::EncryptionMode::None},
-    {"on", tds::EncryptionMode::On},
-    {"required", tds::EncryptionMode::Required}};
+    {"login", Login}, {"none", None}, {"on", On}, {"required", Required}};
 
 const std::map<std::string, int> kTlsVersions = {
     {"1.1", TLS1_1_VERSION}, {"1.2", TLS1_2_VERSION}, {"1.3", TLS1_3_VERSION}};
@@ -69,7 +67,6 @@ Options parseOptions(int argc, char** argv) {
     addOptions(app, options);
     try {
         app.parse(argc, argv);
-        using enum tds::EncryptionMode;
         const bool hasCertificate = !options.tlsFiles.certificate.empty();
         if (!options.encryption) options.encryption = hasCertificate ? On : None;
         if (!hasCertificate && options.encryption != None)

@@ -439,12 +439,7 @@ constexpr std::pair<std::string_view, Statement::Node (*)(Parser&)> kStatements[
     {"GRANT", [](Parser& in) { return parsePermissions(in, "G"); }},
     {"DENY", [](Parser& in) { return parsePermissions(in, "D"); }},
     {"REVOKE", [](Parser& in) { return parsePermissions(in, "R"); }},
-    {"TRUNCATE TABLE",
-     [](Parser& in) -> Statement::Node {
-         Truncate node{in.objectName()};
-         in.throwIfAt("WITH (", "TRUNCATE TABLE ... WITH PARTITIONS");
-         return node;
-     }},
+    {"TRUNCATE TABLE", [](Parser& in) -> Statement::Node { return Truncate{in.objectName()}; }},
     {"USE", [](Parser& in) -> Statement::Node { return Use{in.expectName()}; }},
 };
 
@@ -492,6 +487,7 @@ Block Parser::statements(std::string_view end) {
         if (end.empty() ? peek().kind == TokenKind::End : accept(end)) return statements;
         const bool open = !statements.empty() && last().raw != ";";
         if (open && at("THROW")) throwSyntaxError();
+        throwIfAt("WITH ( PARTITIONS", "TRUNCATE TABLE ... WITH PARTITIONS");
         if (open && at("WITH")) throwError(kMissingSemicolonBeforeWith);
         statements.push_back(statement());
     }
