@@ -96,15 +96,6 @@ void replaceFile(const std::filesystem::path& path, mode_t mode, Write write) {
     std::filesystem::rename(replacement, path);
 }
 
-// While the result lives, other processes that lock the same certificate wait: none sees a certificate with
-// the key of another one.
-FileDescriptor lockCertificate(const CertificateFiles& files) {
-    const std::filesystem::path folder = std::filesystem::absolute(files.certificate).parent_path();
-    FileDescriptor lock(folder.c_str(), O_RDONLY | O_DIRECTORY);
-    if (lock.isOpen() && ::flock(lock.get(), LOCK_EX) == 0) return lock;
-    throw std::runtime_error("the folder of " + files.certificate.string() + ": " + std::strerror(errno));
-}
-
 void createSelfSigned(const CertificateFiles& files, const std::vector<std::string>& names) {
     constexpr mode_t kPrivate = 0600, kReadable = 0644;
     const Key key(EVP_EC_gen("P-256"));
@@ -121,7 +112,11 @@ void createSelfSigned(const CertificateFiles& files, const std::vector<std::stri
 
 tds::TlsContext openTls(const CertificateFiles& files, const std::vector<std::string>& selfSignedNames,
                         int newestTls) {
-    const FileDescriptor lock = lockCertificate(files);
+    // Other processes that open the same files wait: none sees a certificate with the key of another one.
+    const std::filesystem::path folder = std::filesystem::absolute(files.certificate).parent_path();
+    const FileDescriptor lock(folder.c_str(), O_RDONLY | O_DIRECTORY);
+    if (!lock.isOpen() || ::flock(lock.get(), LOCK_EX) != 0)
+        throw std::runtime_error("the folder of " + files.certificate.string() + ": " + std::strerror(errno));
     if (!selfSignedNames.empty() && !isUsable(files, selfSignedNames))
         createSelfSigned(files, selfSignedNames);
     tds::TlsContext context(SSL_CTX_new(TLS_server_method()));

@@ -26,28 +26,21 @@ constexpr std::chrono::milliseconds kPauseWithoutDescriptors{50};
     throw std::runtime_error(what + ": " + std::strerror(errno));
 }
 
-in_addr parseAddress(const Options& options) {
-    in_addr address{};
-    if (inet_pton(AF_INET, options.listenAddress.c_str(), &address) != 1)
-        throw std::runtime_error("--listen " + options.listenAddress + " is not an IPv4 address");
-    const bool loopback = ntohl(address.s_addr) >> 24 == 127;
-    if (!loopback && !options.allowRemote)
-        throw std::runtime_error("--listen " + options.listenAddress +
-                                 " can be reached from other hosts; this needs --allow-remote");
-    return address;
-}
-
 FileDescriptor openListening(const Options& options) {
     sockaddr_in address{};
     address.sin_family = AF_INET;
-    address.sin_addr = parseAddress(options);
     address.sin_port = htons(options.port);
+    const std::string listen = "--listen " + options.listenAddress;
+    if (inet_pton(AF_INET, options.listenAddress.c_str(), &address.sin_addr) != 1)
+        throw std::runtime_error(listen + " is not an IPv4 address");
+    if (!options.allowRemote && !options.listenAddress.starts_with("127."))
+        throw std::runtime_error(listen + " can be reached from other hosts; this needs --allow-remote");
     auto socket = FileDescriptor::adopt(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     if (!socket.isOpen()) throwErrno("socket");
     const int on = 1;
     setsockopt(socket.get(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
     if (bind(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
-        listen(socket.get(), SOMAXCONN) != 0)
+        ::listen(socket.get(), SOMAXCONN) != 0)
         throwErrno("cannot listen on " + options.listenAddress + ":" + std::to_string(options.port));
     return socket;
 }
@@ -134,15 +127,14 @@ bool Listener::makePlace() {
     if (served < m_options.maxConnections) return true;
     std::map<std::uint32_t, int> silent;
     for (const auto& [id, client] : m_clients) silent[client.address] += client.state == State::AwaitsLogin;
-    Client* oldest = nullptr;
-    for (auto& [id, client] : m_clients) {
-        if (client.state != State::AwaitsLogin) continue;
-        const auto rank = [&](const Client& each) { return std::pair(-silent[each.address], each.arrival); };
-        if (oldest == nullptr || rank(client) < rank(*oldest)) oldest = &client;
-    }
-    if (oldest == nullptr) return false;
-    oldest->state = State::Dropped;
-    shutdown(oldest->socket.get(), SHUT_RDWR);
+    const auto rank = [&](const auto& each) {
+        const Client& client = each.second;
+        return std::tuple(client.state != State::AwaitsLogin, -silent[client.address], client.arrival);
+    };
+    Client& oldest = std::ranges::min_element(m_clients, {}, rank)->second;
+    if (oldest.state != State::AwaitsLogin) return false;
+    oldest.state = State::Dropped;
+    shutdown(oldest.socket.get(), SHUT_RDWR);
     return true;
 }
 

@@ -6,13 +6,10 @@ namespace server {
 namespace {
 
 constexpr int kWrongCommandLine = 2;  // exit code
-constexpr int kMaxMebibytes = 1 << 20;
 
+using enum tds::EncryptionMode;
 const std::map<std::string, tds::EncryptionMode> kEncryptionModes = {
-    {"login", tds::EncryptionMode::Login},
-    {"none", tds::EncryptionMode::None},
-    {"on", tds::EncryptionMode::On},
-    {"required", tds::EncryptionMode::Required}};
+    {"login", Login}, {"none", None}, {"on", On}, {"required", Required}};
 
 const std::map<std::string, int> kTlsVersions = {
     {"1.1", TLS1_1_VERSION}, {"1.2", TLS1_2_VERSION}, {"1.3", TLS1_3_VERSION}};
@@ -50,10 +47,10 @@ void addOptions(CLI::App& app, Options& options) {
     add("--max-connections", options.maxConnections, "N", "maximum number of connected clients (512)")
         ->check(CLI::Range(1, 32'000));
     add("--session-memory", options.sessionMebibytes, "MIB", "maximum memory of a session (1024)")
-        ->check(CLI::Range(16, kMaxMebibytes));
+        ->check(CLI::Range(16, 1 << 20));
     add("--session-files", options.temporaryMebibytes, "MIB",
         "maximum size of a session's temporary files (4096)")
-        ->check(CLI::Range(1, kMaxMebibytes));
+        ->check(CLI::Range(1, 1 << 20));
     add("--backup-folder", options.backupFolders, "DIR",
         "folder that BACKUP may write to, besides --data; may be repeated")
         ->take_all();
@@ -70,7 +67,6 @@ Options parseOptions(int argc, char** argv) {
     addOptions(app, options);
     try {
         app.parse(argc, argv);
-        using enum tds::EncryptionMode;
         const bool hasCertificate = !options.tlsFiles.certificate.empty();
         if (!options.encryption) options.encryption = hasCertificate ? On : None;
         if (!hasCertificate && options.encryption != None)

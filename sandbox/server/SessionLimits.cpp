@@ -73,19 +73,17 @@ void setSize(Counted& file, std::int64_t size) {
     file.size = size;
 }
 
-int writeCounted(sqlite3_file* file, const void* bytes, int count, sqlite3_int64 offset) {
-    Counted& counted = countedOf(file);
-    const std::int64_t size = std::max<std::int64_t>(counted.size, offset + count);
-    if (size - counted.size > filesLimit - filesUsed) return SQLITE_FULL;
-    const int result = counted.real->xWrite(file, bytes, count, offset);
-    if (result == SQLITE_OK) setSize(counted, size);
-    return result;
-}
-
 sqlite3_io_methods countedMethods(const sqlite3_io_methods& real) {
     sqlite3_io_methods methods = real;
     methods.iVersion = 1;  // without shared memory and mappings
-    methods.xWrite = writeCounted;
+    methods.xWrite = [](sqlite3_file* file, const void* bytes, int count, sqlite3_int64 offset) {
+        Counted& counted = countedOf(file);
+        const std::int64_t size = std::max<std::int64_t>(counted.size, offset + count);
+        if (size - counted.size > filesLimit - filesUsed) return SQLITE_FULL;
+        const int result = counted.real->xWrite(file, bytes, count, offset);
+        if (result == SQLITE_OK) setSize(counted, size);
+        return result;
+    };
     methods.xTruncate = [](sqlite3_file* file, sqlite3_int64 size) {
         setSize(countedOf(file), std::min<std::int64_t>(countedOf(file).size, size));
         return countedOf(file).real->xTruncate(file, size);
@@ -99,21 +97,19 @@ sqlite3_io_methods countedMethods(const sqlite3_io_methods& real) {
     return methods;
 }
 
-int openCounted(sqlite3_vfs* /*system*/, const char* name, sqlite3_file* file, int flags, int* opened) {
-    const int code = realSystem->xOpen(realSystem, name, file, flags, opened);
-    if ((flags & kTemporary) == 0 || file->pMethods == nullptr) return code;
-    static const sqlite3_io_methods methods = countedMethods(*file->pMethods);  // all are of one kind
-    countedOf(file) = {file->pMethods, 0};
-    file->pMethods = &methods;
-    return code;
-}
-
 void countTemporaryFiles() {
     realSystem = sqlite3_vfs_find(nullptr);
     static sqlite3_vfs system = *realSystem;
     system.zName = "counted";
     system.szOsFile = realSystem->szOsFile + static_cast<int>(sizeof(Counted));
-    system.xOpen = openCounted;
+    system.xOpen = [](sqlite3_vfs*, const char* name, sqlite3_file* file, int flags, int* opened) {
+        const int code = realSystem->xOpen(realSystem, name, file, flags, opened);
+        if ((flags & kTemporary) == 0 || file->pMethods == nullptr) return code;
+        static const sqlite3_io_methods methods = countedMethods(*file->pMethods);  // all are of one kind
+        countedOf(file) = {file->pMethods, 0};
+        file->pMethods = &methods;
+        return code;
+    };
     sqlite3_vfs_register(&system, /*makeDflt=*/1);
 }
 

@@ -78,7 +78,9 @@ TEST_F(Sessions, PreventTheDropOfTheirDatabase) {
     first("CREATE DATABASE other");
     first("USE other");
     EXPECT_TRUE(has(second("DROP DATABASE other"), "Msg 3702"));
+    EXPECT_TRUE(has(second("ALTER DATABASE other SET SINGLE_USER WITH NO_WAIT"), "that other sessions use"));
     first("USE master");
+    EXPECT_EQ(second("ALTER DATABASE other SET SINGLE_USER WITH ROLLBACK IMMEDIATE"), "");
     EXPECT_EQ(second("DROP DATABASE other"), "");
     EXPECT_FALSE(m_engine.storage.exists("other"));
 }

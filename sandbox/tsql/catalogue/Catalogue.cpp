@@ -14,10 +14,9 @@ constexpr std::string_view kTables[] = {
     "CREATE TABLE IF NOT EXISTS $.tsqlbox_objects (id INTEGER PRIMARY KEY AUTOINCREMENT, "
     "name TEXT NOT NULL COLLATE ts_ci, type TEXT NOT NULL, parent INTEGER NOT NULL, stored TEXT NOT NULL, "
     "keys TEXT NOT NULL, created TEXT NOT NULL, source TEXT NOT NULL)",
-    "CREATE TABLE IF NOT EXISTS $.tsqlbox_columns (object INTEGER NOT NULL, ordinal INTEGER NOT NULL, "
-    "name TEXT NOT NULL COLLATE ts_ci, type INTEGER NOT NULL, nullable INTEGER NOT NULL, "
-    "identity INTEGER NOT NULL, fallback TEXT NOT NULL, output INTEGER NOT NULL, PRIMARY KEY (object, "
-    "ordinal))",
+    R"(CREATE TABLE IF NOT EXISTS $.tsqlbox_columns (object INTEGER NOT NULL, ordinal INTEGER NOT NULL, name TEXT NOT NULL
+COLLATE ts_ci, type INTEGER NOT NULL, nullable INTEGER NOT NULL, identity INTEGER NOT NULL, fallback TEXT NOT NULL, output
+INTEGER NOT NULL, PRIMARY KEY (object, ordinal)))",
     "CREATE INDEX IF NOT EXISTS $.tsqlbox_objects_name ON tsqlbox_objects (name)",
     "CREATE INDEX IF NOT EXISTS $.tsqlbox_triggers ON tsqlbox_objects (parent) WHERE type = 'TR'",
     // Users and roles and, in master, logins. The columns have the types of T-SQL.

@@ -63,9 +63,8 @@ SqlError conflict(std::string_view verb, std::string_view type, const TableInfo&
 SqlError foreignKeyConflict(std::string_view verb, const Catalogue& catalogue, const ObjectInfo& key) {
     ObjectInfo named = key;
     named.columns = referencedColumns(catalogue, key);
-    const bool isWithinTable = sameText(key.table, key.stored);
-    return conflict(verb, isWithinTable ? "FOREIGN KEY SAME TABLE" : "FOREIGN KEY",
-                    *catalogue.table(key.stored), named);
+    const char* const type = sameText(key.table, key.stored) ? "FOREIGN KEY SAME TABLE" : "FOREIGN KEY";
+    return conflict(verb, type, *catalogue.table(key.stored), named);
 }
 
 std::string duplicateValue(Connection& connection, const RowChange& change, const ObjectInfo& key) {
@@ -123,9 +122,8 @@ SqlError brokenReference(Connection& connection, const Catalogue& catalogue, con
     if (others.size() != 1) return conflict(change.statement(), "REFERENCE", change.target, {});
     const ObjectInfo& key = others.front();
     if (actionOf(key) != kNoAction) return foreignKeyConflict(change.statement(), catalogue, key);
-    const bool isWithinTable = sameText(key.table, key.stored);
-    return conflict(change.statement(), isWithinTable ? "SAME TABLE REFERENCE" : "REFERENCE",
-                    *catalogue.table(key.table), key);
+    const char* const type = sameText(key.table, key.stored) ? "SAME TABLE REFERENCE" : "REFERENCE";
+    return conflict(change.statement(), type, *catalogue.table(key.table), key);
 }
 
 // columns: "t.a, t.b", or "index 'name@id'" for a filtered index, "index 'name@id@nulls'" for that of rows
@@ -142,9 +140,8 @@ SqlError duplicateKey(Connection& connection, const Catalogue& catalogue, const 
         const std::string value = duplicateValue(connection, change, key);
         if (key.type == kIndex)
             return sqlError(kDuplicateKeyInIndex, {target.qualifiedName(), key.name, value});
-        const bool primary = key.type == kPrimaryKey;
-        return sqlError(kDuplicateKey,
-                        {primary ? "PRIMARY" : "UNIQUE", key.name, target.qualifiedName(), value});
+        const char* const kind = key.type == kPrimaryKey ? "PRIMARY" : "UNIQUE";
+        return sqlError(kDuplicateKey, {kind, key.name, target.qualifiedName(), value});
     }
     return sqlError(kDuplicateKey, {"UNIQUE", columns, target.qualifiedName(), ""});
 }
@@ -153,19 +150,19 @@ SqlError duplicateKey(Connection& connection, const Catalogue& catalogue, const 
 
 // Messages of SQLite are "UNIQUE constraint failed: t.a, t.b", "CHECK constraint failed: name".
 SqlError brokenConstraint(Connection& connection, const RowChange& change, const SqliteFailure& failure) {
-    const Catalogue catalogue(connection, change.target.database, change.target.schema);
+    const TableInfo& target = change.target;
+    const Catalogue catalogue(connection, target.database, target.schema);
     const std::string text = failure.what();
     const std::string what = text.substr(std::min(text.size(), text.find(": ") + 2));
     switch (failure.code) {
         case SQLITE_CONSTRAINT_NOTNULL:
-            return sqlError(kNullInColumn, {what.substr(what.rfind('.') + 1),
-                                            change.target.name.front() == '@' ? change.target.name
-                                                                              : change.target.fullName(),
-                                            change.verb});
+            return sqlError(kNullInColumn,
+                            {what.substr(what.rfind('.') + 1),
+                             target.name.front() == '@' ? target.name : target.fullName(), change.verb});
         case SQLITE_CONSTRAINT_CHECK:
-            for (const auto& key : catalogue.keysOf(change.target.id))
-                if (key.name == what) return conflict(change.statement(), "CHECK", change.target, key);
-            return conflict(change.statement(), "CHECK", change.target, {});
+            for (const auto& key : catalogue.keysOf(target.id))
+                if (key.name == what) return conflict(change.statement(), "CHECK", target, key);
+            return conflict(change.statement(), "CHECK", target, {});
         case SQLITE_CONSTRAINT_FOREIGNKEY:
             return brokenReference(connection, catalogue, change);
         default:

@@ -57,6 +57,10 @@ void Executor::run(const AlterDatabase& alter) {
     const std::string name = alter.name.empty() ? m_database : m_storage.canonicalName(alter.name);
     if (name.empty()) throw sqlError(kCannotAlterDatabase, {alter.name});
     if (m_transactions > 0) throw sqlError(kNotWithinTransaction, {"ALTER DATABASE"});
+    const bool isOwn = databaseKey(name) == databaseKey(m_database);
+    if (alter.excludes && !isOwn) m_connection.detach(name);
+    if (alter.excludes && m_storage.use(databaseKey(name), /*change=*/0) > isOwn)
+        throw unsupported("SINGLE_USER and RESTRICTED_USER of a database that other sessions use");
     if (alter.newName.empty()) return;
     releaseDatabase(name, sqlError(kDatabaseNotLocked));
     m_storage.rename(name, alter.newName);

@@ -19,14 +19,6 @@ constexpr std::string_view kMissingProcedures =
 constexpr std::size_t kKeptTexts = 256, kLongestKept = 32'768;  // bytes
 constexpr std::size_t kDeepestCall = 33;                        // the batch, and 32 calls
 
-// Whether the block is one statement without nested statements.
-bool isAlone(const Block& block) {
-    const auto holdsOthers = []<typename Node>(const Node&) {
-        return isOneOf<Node, Compound, TryCatch, If, While>;
-    };
-    return block.size() == 1 && !std::visit(holdsOthers, block.front()->node);
-}
-
 std::vector<TableColumn> parameterColumns(const CreateModule& module) {
     std::vector<TableColumn> columns;
     if (module.function && !module.query && !module.rows) columns.push_back({{"", module.returns}, {}, true});
@@ -159,7 +151,11 @@ void Executor::inFrame(Frame& frame, const std::function<void()>& work) {
 void Executor::runFrame(const Block& body, Frame& frame) {
     inFrame(frame, [&] {
         const bool isModule = !frame.procedure.empty();
-        if (!isModule && !m_settings.parseOnly && (!isAlone(body) || m_settings.checkOnly)) check(body);
+        const auto holdsOthers = []<typename Node>(const Node&) {
+            return isOneOf<Node, Compound, TryCatch, If, While>;
+        };
+        const bool isAlone = body.size() == 1 && !std::visit(holdsOthers, body.front()->node);
+        if (!isModule && !m_settings.parseOnly && (!isAlone || m_settings.checkOnly)) check(body);
         if (runBlock(body) == Flow::Goto) fail(unsupported("GOTO into a block"), m_line);
     });
 }

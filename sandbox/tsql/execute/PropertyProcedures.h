@@ -5,13 +5,9 @@
 
 namespace tsql {
 
-inline constexpr std::string_view kNewProperty =
+inline constexpr std::string_view kGivenProperty =
     R"(@name sysname, @value nvarchar(max) = NULL, @level0type varchar(128) = NULL, @level0name sysname = NULL, @level1type
 varchar(128) = NULL, @level1name sysname = NULL, @level2type varchar(128) = NULL, @level2name sysname = NULL)";
-
-inline constexpr std::string_view kOldProperty =
-    R"(@name sysname, @level0type varchar(128) = NULL, @level0name sysname = NULL, @level1type varchar(128) = NULL, @level1name
-sysname = NULL, @level2type varchar(128) = NULL, @level2name sysname = NULL, @value nvarchar(max) = NULL)";
 
 // @levels: which of the arguments are given.
 inline constexpr std::string_view kChangeProperty = R"(SET NOCOUNT ON
@@ -22,8 +18,7 @@ IF @on = '' SET @on = 'object specified'
 IF @name IS NULL OR @levels NOT IN ('000000', '110000', '111100', '111111')
 BEGIN RAISERROR(15600, -1, -1, @procedure) RETURN 1 END
 IF @level0type <> 'SCHEMA' OR @level1type NOT IN ('TABLE', 'VIEW', 'PROCEDURE', 'FUNCTION') OR @level2type <> 'COLUMN'
-BEGIN RAISERROR('tsqlbox does not support extended properties of %s, %s, %s.', 16, 1, @level0type, @level1type,
-@level2type) RETURN 1 END
+BEGIN RAISERROR('tsqlbox does not support properties of %s %s %s.', 16, 1, @level0type, @level1type, @level2type) RETURN 1 END
 IF DATALENGTH(@value) > 7500 BEGIN RAISERROR(15097, -1, -1) RETURN 1 END
 IF @levels = '000000' SELECT @class = 0, @major = 0
 IF @levels = '110000' SELECT @class = 3, @major = schema_id - 4 FROM sys.schemas WHERE name = @level0name
@@ -40,9 +35,12 @@ IF @procedure <> 'sp_dropextendedproperty'
 INSERT tsqlbox_properties VALUES (@class, @major, @minor, ISNULL(@old, @name), @value))";
 
 inline constexpr SystemProcedure kPropertyProcedures[] = {
-    {"sp_addextendedproperty", kNewProperty, kChangeProperty},
-    {"sp_updateextendedproperty", kNewProperty, kChangeProperty},
-    {"sp_dropextendedproperty", kOldProperty, kChangeProperty},
+    {"sp_addextendedproperty", kGivenProperty, kChangeProperty},
+    {"sp_updateextendedproperty", kGivenProperty, kChangeProperty},
+    {"sp_dropextendedproperty",
+     R"(@name sysname, @level0type varchar(128) = NULL, @level0name sysname = NULL, @level1type varchar(128) = NULL, @level1name
+sysname = NULL, @level2type varchar(128) = NULL, @level2name sysname = NULL, @value nvarchar(max) = NULL)",
+     kChangeProperty},
 };
 
 }  // namespace tsql

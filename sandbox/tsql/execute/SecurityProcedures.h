@@ -63,12 +63,12 @@ DELETE tsqlbox_principals WHERE id = @id)"},
     {"sp_grant_permission",
      "@state char(1), @permission sysname, @class sysname, @schema sysname, @name sysname, @grantee sysname",
      R"(DECLARE @code char(4), @types varchar(20), @number int = 0, @id int, @type char(2), @to int, @word sysname = LOWER(@class)
-SELECT @code = code, @types = types FROM (VALUES ('SELECT', 'SL', 'U V IF TF'), ('INSERT', 'IN', 'U V IF'), ('UPDATE', 'UP',
-'U V IF SO'), ('DELETE', 'DL', 'U V IF'), ('REFERENCES', 'RF', 'U V IF TF FN SO'), ('EXECUTE', 'EX', 'P FN'), ('ALTER', 'AL',
-'*'), ('CONTROL', 'CL', '*'), ('TAKE OWNERSHIP', 'TO', '*'), ('VIEW DEFINITION', 'VW', '*'), ('CONNECT', 'CO', ''),
-('SHOWPLAN', 'SPLN', ''), ('VIEW DATABASE STATE', 'VWDS', ''), ('CREATE TABLE', 'CRTB', ''), ('CREATE VIEW', 'CRVW', ''),
-('CREATE PROCEDURE', 'CRPR', ''), ('CREATE FUNCTION', 'CRFN', ''), ('CREATE SCHEMA', 'CRSM', '')) p (name, code, types)
-WHERE name = @permission
+SELECT @code = code, @types = types FROM (VALUES ('SELECT', 'SL', 'U V IF TF'), ('INSERT', 'IN', 'U V IF'),
+('UPDATE', 'UP', 'U V IF SO'), ('DELETE', 'DL', 'U V IF'), ('REFERENCES', 'RF', 'U V IF TF FN SO'),
+('EXECUTE', 'EX', 'P FN'), ('ALTER', 'AL', '*'), ('CONTROL', 'CL', '*'), ('TAKE OWNERSHIP', 'TO', '*'),
+('VIEW DEFINITION', 'VW', '*'), ('CONNECT', 'CO', ''), ('VIEW DATABASE STATE', 'VWDS', ''),
+('CREATE TABLE', 'CRTB', ''), ('CREATE VIEW', 'CRVW', ''), ('CREATE PROCEDURE', 'CRPR', ''),
+('CREATE FUNCTION', 'CRFN', ''), ('CREATE SCHEMA', 'CRSM', '')) p (name, code, types) WHERE name = @permission
 IF @class = 'DATABASE' AND ISNULL(@name, DB_NAME()) = DB_NAME() SET @id = 0
 SELECT @number = 1, @id = object_id, @type = type FROM sys.objects WHERE @class = 'OBJECT' AND name = @name AND schema_id =
 SCHEMA_ID(ISNULL(@schema, 'dbo')) AND parent_object_id = 0

@@ -21,15 +21,14 @@ const MessageText* findMessage(int number) {
 SqlError sqlError(int number, std::initializer_list<std::string_view> values, int state) {
     const MessageText* found = findMessage(number);
     if (!found) throw std::logic_error("no text for error " + std::to_string(number));
-    std::string text;
-    std::string_view rest = found->text;
+    std::string text(found->text);
+    std::size_t at = 0;
     for (const auto value : values) {
-        const std::size_t at = std::min(rest.find("%s"), rest.size());
-        if (at == rest.size()) break;
-        text.append(rest.substr(0, at)).append(value);
-        rest.remove_prefix(at + 2);
+        if ((at = text.find("%s", at)) == std::string::npos) break;
+        text.replace(at, 2, value);
+        at += value.size();
     }
-    return {number, text.append(rest), found->severity, state ? state : found->state};
+    return {number, text, found->severity, state ? state : found->state};
 }
 
 Ends endOf(int number) {

@@ -455,8 +455,9 @@ struct CreateDatabase {
     std::string name;
 };
 struct AlterDatabase {
-    std::string name;     // empty: the session's database
-    std::string newName;  // empty: a setting that has no effect
+    std::string name;       // empty: the session's database
+    std::string newName;    // empty: a setting that has no effect
+    bool excludes = false;  // other sessions: SINGLE_USER, RESTRICTED_USER
 };
 
 // ENABLE or DISABLE TRIGGER

@@ -493,8 +493,9 @@ Statement::Node alterDatabase(Parser& in) {
         return node;
     }
     if (!in.accept("SET")) throwUnsupportedObject(in, "ALTER DATABASE ...");
-    do  // settings that every database has
-        if (!in.acceptAny({"RECOVERY SIMPLE", "MULTI_USER", "READ_WRITE", "ONLINE", "AUTO_CLOSE OFF",
+    do  // settings that every database has, or that have no effect
+        if (!in.acceptFlag({{"SINGLE_USER", &node.excludes}, {"RESTRICTED_USER", &node.excludes}}) &&
+            !in.acceptAny({"RECOVERY SIMPLE", "MULTI_USER", "READ_WRITE", "ONLINE", "AUTO_CLOSE OFF",
                            "AUTO_SHRINK OFF", "PAGE_VERIFY CHECKSUM", "RECURSIVE_TRIGGERS OFF"}))
             throwUnsupportedObject(in, "ALTER DATABASE ... SET");
     while (in.accept(","));

@@ -411,11 +411,7 @@ constexpr std::pair<std::string_view, Statement::Node (*)(Parser&)> kStatements[
     {"GRANT", [](Parser& in) { return parsePermissions(in, "G"); }},
     {"DENY", [](Parser& in) { return parsePermissions(in, "D"); }},
     {"REVOKE", [](Parser& in) { return parsePermissions(in, "R"); }},
-    {"TRUNCATE TABLE",
-     [](Parser& in) -> Statement::Node {
-         Truncate node{in.objectName()};
-         return node;
-     }},
+    {"TRUNCATE TABLE", [](Parser& in) -> Statement::Node { return Truncate{in.objectName()}; }},
     {"USE", [](Parser& in) -> Statement::Node { return Use{in.expectName()}; }},
 };
 

@@ -50,7 +50,7 @@ ALTER INDEX ix_made ON item REBUILD WITH (FILLFACTOR = 80) -->
 ALTER INDEX ALL ON dbo.line REORGANIZE -->
 ALTER INDEX nosuch ON item REBUILD --> Msg 2727, Level 11, State 1, Line 1: Cannot find index 'nosuch'.
 ALTER INDEX ix_made ON item DISABLE --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support ALTER INDEX ... DISABLE.
-ALTER DATABASE CURRENT SET RECOVERY SIMPLE, MULTI_USER WITH ROLLBACK IMMEDIATE -->
+ALTER DATABASE CURRENT SET RECOVERY SIMPLE, RESTRICTED_USER, MULTI_USER WITH ROLLBACK IMMEDIATE -->
 ALTER DATABASE shop MODIFY NAME = store --> Msg 5030, Level 16, State 2, Line 1: The database could not be exclusively locked to perform the operation.
 ALTER DATABASE shop SET RECOVERY FULL --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support ALTER DATABASE ... SET RECOVERY.
 USE master --> USE master --> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'master'.

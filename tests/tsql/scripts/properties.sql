@@ -27,14 +27,14 @@ EXEC sp_addextendedproperty 'x', 1, 'SCHEMA', 'dbo', 'VIEW', 'v', 'COLUMN', 'nos
 EXEC sp_addextendedproperty 'x', 1, 'SCHEMA', 'dbo', 'VIEW'
 EXEC sp_addextendedproperty 'x', 1, 'SCHEMA', 'shop', 'TABLE', N'it''s', 'INDEX', 'i'
 SELECT @status AS status
---> Msg 15233, Level 16, State 1, Line 21, Procedure sp_addextendedproperty: Property cannot be added. Property 'VERSION' already exists for 'object specified'.
---> Msg 15217, Level 16, State 1, Line 22, Procedure sp_dropextendedproperty: Property cannot be updated or deleted. Property 'MS_Description' does not exist for 'shop.it's.c'.
---> Msg 15135, Level 16, State 1, Line 19, Procedure sp_updateextendedproperty: Object is invalid. Extended properties are not permitted on 'nosuch', or the object does not exist.
---> Msg 15135, Level 16, State 1, Line 19, Procedure sp_addextendedproperty: Object is invalid. Extended properties are not permitted on 'dbo.v', or the object does not exist.
---> Msg 15097, Level 16, State 1, Line 12, Procedure sp_addextendedproperty: The size associated with an extended property cannot be more than 7,500 bytes.
---> Msg 15135, Level 16, State 1, Line 19, Procedure sp_addextendedproperty: Object is invalid. Extended properties are not permitted on 'dbo.v.nosuch', or the object does not exist.
+--> Msg 15233, Level 16, State 1, Line 20, Procedure sp_addextendedproperty: Property cannot be added. Property 'VERSION' already exists for 'object specified'.
+--> Msg 15217, Level 16, State 1, Line 21, Procedure sp_dropextendedproperty: Property cannot be updated or deleted. Property 'MS_Description' does not exist for 'shop.it's.c'.
+--> Msg 15135, Level 16, State 1, Line 18, Procedure sp_updateextendedproperty: Object is invalid. Extended properties are not permitted on 'nosuch', or the object does not exist.
+--> Msg 15135, Level 16, State 1, Line 18, Procedure sp_addextendedproperty: Object is invalid. Extended properties are not permitted on 'dbo.v', or the object does not exist.
+--> Msg 15097, Level 16, State 1, Line 11, Procedure sp_addextendedproperty: The size associated with an extended property cannot be more than 7,500 bytes.
+--> Msg 15135, Level 16, State 1, Line 18, Procedure sp_addextendedproperty: Object is invalid. Extended properties are not permitted on 'dbo.v.nosuch', or the object does not exist.
 --> Msg 15600, Level 15, State 1, Line 8, Procedure sp_addextendedproperty: An invalid parameter or option was specified for procedure 'sp_addextendedproperty'.
---> Msg 50000, Level 16, State 1, Line 10, Procedure sp_addextendedproperty: tsqlbox does not support extended properties of SCHEMA, TABLE, INDEX. --> status int? = 1 (1 rows)
+--> Msg 50000, Level 16, State 1, Line 10, Procedure sp_addextendedproperty: tsqlbox does not support properties of SCHEMA TABLE INDEX. --> status int? = 1 (1 rows)
 EXEC sp_dropextendedproperty 'MS_Description', 'SCHEMA', 'shop'
 ALTER TABLE shop.[it's] DROP COLUMN [a'b]
 DROP VIEW v
