@@ -48,12 +48,10 @@ INSERT TNet (id, name) VALUES (1, 'none')
 INSERT app_plexum (id, name, number) VALUES (1, 'vendor', 1), (2, 'sample site', 26)
 INSERT DataNode (id, name, zone, enabled)
 VALUES (1, N'archive-01', 'north', 1), (2, N'archive-02', 'north', 1), (3, N'Zürich', 'south', 1), (4, N'spare', 'south', 0)
-GO
 
 -- 120 events, 12 hours apart and the last one 6 hours ago, so that 60 are older than 30 days: 12 errors,
 -- 24 warnings, 84 of information. Nodes 1 to 3 take turns.
-DECLARE @i int, @severity int
-SET @i = 0
+DECLARE @i int = 0, @severity int
 WHILE @i < 120
 BEGIN
     SET @severity = CASE WHEN @i % 10 = 0 THEN 3 WHEN @i % 4 = 0 THEN 2 ELSE 1 END
@@ -62,7 +60,6 @@ BEGIN
             CASE @severity WHEN 3 THEN 'Write to volume failed' WHEN 2 THEN 'Volume is 90% full' ELSE 'Volume mounted' END)
     SET @i = @i + 1
 END
-GO
 
 INSERT AuditTrail (happened, userId, action, detail) VALUES ('20240115 08:30:00', 1, 'login', NULL)
 INSERT AuditTrail (happened, userId, action, detail) VALUES ('20240116 09:00:00', 7, 'node.disable', N'spare')

@@ -30,9 +30,8 @@ TableRefPtr tableOf(int line, std::variant<NamedTable, DerivedTable, Join> node)
 }
 
 // Appends a query to a set operation, which is null before the first one.
-void append(QueryPtr& all, SetOp op, Select select, int line) {
-    QueryPtr next = queryOf(line, std::move(select));
-    all = all ? queryOf(line, SetOperation{op, std::move(all), std::move(next)}) : std::move(next);
+void append(QueryPtr& all, SetOp op, const QueryPtr& next) {
+    all = all ? queryOf(next->line, SetOperation{op, std::move(all), next}) : next;
 }
 
 using GroupingSets = std::vector<std::vector<std::size_t>>;  // by numbers of keys
@@ -119,7 +118,7 @@ QueryPtr selects(Parser& in) {
         for (std::size_t i = 0; i < keys.size(); ++i)
             (std::ranges::count(set, i) ? one.groupBy : one.ungrouped).push_back(keys[i]);
         const SetOp op = one.distinct ? SetOp::Union : SetOp::UnionAll;
-        append(query, op, std::move(one), line);
+        append(query, op, queryOf(line, std::move(one)));
     }
     return query;
 }
@@ -180,20 +179,24 @@ std::string alias(Parser& in, bool isRequired = false) {
     return as || isRequired || in.isString(in.peek()) ? in.expectString() : std::string();
 }
 
-// VALUES (...), (...) becomes a UNION ALL of one SELECT per row; the alias names the columns.
+// VALUES (...), (...) becomes a UNION ALL of one SELECT per row; the alias names the columns. A chain of
+// blocks has more rows than a chain of rows may have.
 QueryPtr rowValues(Parser& in) {
-    QueryPtr rows;
+    constexpr int kBlock = 100;
+    QueryPtr rows, block;
     std::size_t width = 0;
     in.expect("VALUES");
-    for (int chain = 0; chain == 0 || in.accept(","); in.checkChain(++chain)) {
+    for (int count = 0; count == 0 || in.accept(","); in.checkChain(++count / kBlock)) {
         const int line = in.peek().line;
         Select select;
         for (auto& cell : in.parenthesized([&] { return in.expressions(); }))
             select.items.push_back({cell, {}, {}, {}});
-        if (rows && select.items.size() != width) in.throwError(kRowLengthsDiffer, {}, line);
+        if (count > 0 && select.items.size() != width) in.throwError(kRowLengthsDiffer, {}, line);
         width = select.items.size();
-        append(rows, SetOp::UnionAll, std::move(select), line);
+        if (count > 0 && count % kBlock == 0) append(rows, SetOp::UnionAll, std::exchange(block, nullptr));
+        append(block, SetOp::UnionAll, queryOf(line, std::move(select)));
     }
+    append(rows, SetOp::UnionAll, block);
     return rows;
 }
 

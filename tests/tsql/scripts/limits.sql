@@ -27,6 +27,7 @@ DECLARE @s nvarchar(max) = N'SELECT ' + REPLICATE(CAST(N'ABS(' AS nvarchar(max))
 -- rows and arguments
 CREATE TABLE many (i int) -->
 DECLARE @s nvarchar(max) = N'INSERT many VALUES (1)' + REPLICATE(CAST(N',(1)' AS nvarchar(max)), 999) EXEC (@s) --> (1000 changed)
+DECLARE @s nvarchar(max) = N'SELECT COUNT(*), SUM(a) FROM (VALUES (0)' + REPLICATE(CAST(N',(1)' AS nvarchar(max)), 1000) EXEC (@s + N') v (a)') --> - int? = 1001 | - int? = 1000 (1 rows)
 DECLARE @s nvarchar(max) = N'SELECT LEN(CONCAT(1' + REPLICATE(CAST(N',1' AS nvarchar(max)), 253) + N'))' EXEC (@s) --> - int? = 254 (1 rows)
 DECLARE @s nvarchar(max) = N'SELECT CONCAT(1' + REPLICATE(CAST(N',1' AS nvarchar(max)), 254) + N')' EXEC (@s) --> Msg 189, Level 15, State 1, Line 1: The concat function requires 2 to 254 arguments.
 DECLARE @s nvarchar(max) = N'SELECT COUNT(*) FROM (SELECT i FROM many' + REPLICATE(CAST(N' UNION ALL SELECT i FROM many' AS nvarchar(max)), 254) + N') q' EXEC (@s) --> - int? = 255000 (1 rows)
