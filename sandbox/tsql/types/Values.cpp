@@ -180,9 +180,8 @@ class Converter {
     }
 
     double dayNumber() const {
-        const DateTime value = fromStorage(text());
-        return static_cast<double>(value.days - DateTime::kDay1900 +
-                                   static_cast<long double>(value.ticks) / DateTime::kTicksPerDay);
+        const std::int64_t ticks = fromStorage(text()).total() - DateTime{}.total();
+        return static_cast<double>(static_cast<long double>(ticks) / DateTime::kTicksPerDay);
     }
 
     Value toText() const {
@@ -264,16 +263,14 @@ class Converter {
 
     Value dateTimeFromNumber() const {
         constexpr double kNoDay = 4e6, kTicksPerDay = static_cast<double>(DateTime::kTicksPerDay);
-        const double number = std::clamp(asReal(), -kNoDay, kNoDay), whole = std::floor(number);
-        const DateTime value{DateTime::kDay1900 + static_cast<std::int64_t>(whole),
-                             static_cast<std::int64_t>((number - whole) * kTicksPerDay)};
+        const double ticks = std::clamp(asReal(), -kNoDay, kNoDay) * kTicksPerDay;
+        const auto value = DateTime::at(DateTime{}.total() + static_cast<std::int64_t>(ticks));
         if (!isInRange(value, m_to)) throwOverflow(m_to);
         return toStorage(value, m_to);
     }
 
     Value toIdentifier() const {
-        if (isText(m_from.id)) return identifierFromText();
-        if (m_from.id == TypeId::UniqueIdentifier) return std::string(text());
+        if (isText(m_from.id) || m_from.id == TypeId::UniqueIdentifier) return identifierFromText();
         if (isBinary(m_from.id)) return identifierFromBinary();
         throwNotConverted(m_from, m_to);
     }
