@@ -35,10 +35,7 @@ Value runNumber(const SqlCall& call) {
     return isInteger(type.id) ? checkedCell(result, type) : exactCell(result, type);  // SIGN(0.5) is 1.0
 }
 
-template <typename Number>
-Number sign(Number value) {
-    return Number((value > 0) - (value < 0));
-}
+constexpr auto sign = [](auto value) { return decltype(value)((value > 0) - (value < 0)); };
 
 // Money keeps its scale, other numbers have none.
 template <bool up>

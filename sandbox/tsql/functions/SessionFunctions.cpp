@@ -176,10 +176,9 @@ const std::vector<FunctionInfo> kSessionFunctions = {
     {"object_schema_name", "~I[I", kName, ofObject<&ObjectInfo::schemaName>},
     {"object_definition", "~I", nvarcharType(SqlType::kMax),
      [](const SqlCall& call) -> Value {
-         const auto found = call.session().catalogue({}).findById(call.integer(0));
-         const bool isModule =
-             found && found->type != kTable && (found->parent == 0 || found->type == kTrigger);
-         return isModule ? Value(found->source) : Value(Null{});
+         const auto info = call.session().catalogue({}).findById(call.integer(0));
+         const bool isModule = info && info->type != kTable && (info->parent == 0 || info->type == kTrigger);
+         return isModule ? Value(info->source) : Value(Null{});
      }},
     {"has_dbaccess", "~T", TypeId::Int,
      [](const SqlCall& call) { return call.session().storage().exists(call.text(0)) ? Value(1) : Null{}; }},

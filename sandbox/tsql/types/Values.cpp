@@ -94,7 +94,6 @@ class Converter {
     // or these alone.
     Value exactFromText() const {
         constexpr std::u32string_view kCurrencySigns = U"$¢£¤¥€\\";
-        constexpr auto npos = std::string::npos;
         std::string_view rest = trimmed(text());
         const bool isMoneyText = isMoney(m_to.id);
         if (m_to.id == TypeId::Bit && (sameText(rest, "true") || sameText(rest, "false")))
@@ -103,14 +102,14 @@ class Converter {
         bool negative = rest.starts_with('-');
         if (negative || rest.starts_with('+')) rest = trimLeft(rest.substr(1));
         std::string_view behindSign = rest;
-        if (isMoneyText && !rest.empty() && kCurrencySigns.find(nextCharacter(behindSign)) != npos)
+        if (isMoneyText && !rest.empty() && kCurrencySigns.find(nextCharacter(behindSign)) != rest.npos)
             rest = trimLeft(behindSign);
         if (isMoneyText && rest.starts_with('-') && !negative) negative = true, rest.remove_prefix(1);
         const std::size_t point = isInteger(m_to.id) ? rest.size() : std::min(rest.find('.'), rest.size());
         std::string digits(rest.substr(0, point)), fraction(rest.substr(std::min(point + 1, rest.size())));
         if (isMoneyText) std::erase(digits, ',');
         const std::string all = digits + fraction;
-        if ((all.empty() && !isMoneyText) || all.find_first_not_of("0123456789") != npos)
+        if ((all.empty() && !isMoneyText) || all.find_first_not_of("0123456789") != all.npos)
             throwBadText(text(), m_from, m_to);
         fraction.resize(std::max<std::size_t>(fraction.size(), m_to.scale + 1U), '0');
         const Int128 value = numberOf(digits.append(fraction, 0, m_to.scale)) + (fraction[m_to.scale] >= '5');
