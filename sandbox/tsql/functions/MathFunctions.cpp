@@ -26,29 +26,23 @@ Value runFloat(const SqlCall& call) {
     return checked(function(call.real(0)));
 }
 
-Value runAbs(const SqlCall& call) {
-    if (isApproximate(call.type(1).id)) return std::fabs(call.real(0));
-    const Int128 value = exactOf(call[0]);
-    return checkedCell(value < 0 ? -value : value, call.type(1));
-}
-
-// (value, type); result of the same type
-Value runSign(const SqlCall& call) {
+// (number, type)
+template <double (*ofReal)(double), Int128 (*ofExact)(Int128, const SqlType&)>
+Value runNumber(const SqlCall& call) {
     const SqlType type = call.type(1);
-    const auto sign = [](auto value) { return value > 0 ? 1 : value < 0 ? -1 : 0; };
-    if (isApproximate(type.id)) return static_cast<double>(sign(call.real(0)));
-    return exactCell(sign(exactOf(call[0])) * powerOfTen<Int128>(type.scale), type);
+    if (isApproximate(type.id)) return ofReal(call.real(0));
+    const Int128 result = ofExact(exactOf(call[0]), type);
+    return isInteger(type.id) ? checkedCell(result, type) : exactCell(result, type);  // SIGN(0.5) is 1.0
 }
 
-// (value, type); money keeps its scale, decimal results in decimal(p,0)
+constexpr auto sign = [](auto value) { return decltype(value)((value > 0) - (value < 0)); };
+
+// Money keeps its scale, other numbers have none.
 template <bool up>
-Value runWhole(const SqlCall& call) {
-    const SqlType type = call.type(1);
-    if (isApproximate(type.id)) return up ? std::ceil(call.real(0)) : std::floor(call.real(0));
-    const Int128 value = exactOf(call[0]), unit = powerOfTen<Int128>(type.scale);
-    Int128 whole = value / unit;
-    if (value % unit != 0 && (value > 0) == up) whole += up ? 1 : -1;
-    return exactCell(isMoney(type.id) ? whole * unit : whole, type);
+Int128 whole(Int128 value, const SqlType& type) {
+    const Int128 unit = powerOfTen<Int128>(type.scale), part = value % unit;
+    const Int128 rounded = value - part + (sign(part) == (up ? 1 : -1) ? sign(part) * unit : 0);
+    return isMoney(type.id) ? rounded : rounded / unit;
 }
 
 // (value, type, places[, truncate]); of the same type, at least int; negative places: before the point
@@ -98,10 +92,11 @@ Value runIsNumeric(const SqlCall& call) {
 }  // namespace
 
 const std::vector<FunctionInfo> kMathFunctions = {
-    {"abs", "N=", numberType, runAbs},
-    {"sign", "N=", numberType, runSign},
-    {"ceiling", "N#", wholeType, runWhole<true>},
-    {"floor", "N#", wholeType, runWhole<false>},
+    {"abs", "N=", numberType, runNumber<std::fabs, [](Int128 x, auto&) { return x * sign(x); }>},
+    {"sign", "N=", numberType,
+     runNumber<sign, [](Int128 x, auto& type) { return sign(x) * powerOfTen<Int128>(type.scale); }>},
+    {"ceiling", "N#", wholeType, runNumber<std::ceil, whole<true>>},
+    {"floor", "N#", wholeType, runNumber<std::floor, whole<false>>},
     {"round", "N#I[I", numberType, runRound},
     {"power", "N#F=", totalType<0>, runInFloat<std::pow>},
     {"log", "F[F", TypeId::Float,

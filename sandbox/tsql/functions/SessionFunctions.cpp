@@ -52,12 +52,6 @@ std::optional<std::string> databaseArgument(const SqlCall& call, std::size_t pos
     return std::nullopt;
 }
 
-Value serverProperty(const SqlCall& call) {
-    for (const auto name : {"ServerName", "MachineName", "ComputerNamePhysicalNetBIOS"})
-        if (sameWord(name, call.text(0))) return hostName();
-    return propertyIn(kServerProperties, call.text(0));
-}
-
 Value objectId(const SqlCall& call) {
     const auto name = parseObjectName(call.text(0));
     const auto found = call.session().object(name);
@@ -87,17 +81,6 @@ Value objectProperty(const SqlCall& call) {
     return std::int64_t{call.session().catalogue({}).tableOf(*found).identityColumn() != nullptr};
 }
 
-Value objectDefinition(const SqlCall& call) {
-    const auto found = call.session().catalogue({}).findById(call.integer(0));
-    const bool isModule = found && found->type != kTable && (found->parent == 0 || found->type == kTrigger);
-    return isModule ? Value(found->source) : Value(Null{});
-}
-
-Value schemaNumber(const SqlCall& call) {
-    const std::string name(call.count() ? call.text(0) : kDefaultSchema);
-    return orNull(call.session().catalogue({}).schema("name", name), &SchemaInfo::id);
-}
-
 Value schemaName(const SqlCall& call) {
     if (call.count() == 0) return std::string(kDefaultSchema);
     return orNull(call.session().catalogue({}).schema("id", call.integer(0)), &SchemaInfo::name);
@@ -109,12 +92,6 @@ Value columnLength(const SqlCall& call) {
     if (!found) return Null{};
     const TableInfo table = call.session().catalogue(name).tableOf(*found);
     return orNull(table.column(call.text(1)), [](auto& column) { return maxLength(column.type); });
-}
-
-Value columnName(const SqlCall& call) {
-    for (const auto& column : call.session().catalogue({}).columns(call.integer(0)))
-        if (column.id == call.integer(1)) return column.name;
-    return Null{};
 }
 
 Value columnProperty(const SqlCall& call) {
@@ -195,15 +172,29 @@ const std::vector<FunctionInfo> kSessionFunctions = {
     {"object_name", "~I[I", kName, ofObject<&ObjectInfo::name>},
     {"objectproperty", "~IT", TypeId::Int, objectProperty},
     {"object_schema_name", "~I[I", kName, ofObject<&ObjectInfo::schemaName>},
-    {"object_definition", "~I", nvarcharType(SqlType::kMax), objectDefinition},
+    {"object_definition", "~I", nvarcharType(SqlType::kMax),
+     [](const SqlCall& call) -> Value {
+         const auto info = call.session().catalogue({}).findById(call.integer(0));
+         const bool isModule = info && info->type != kTable && (info->parent == 0 || info->type == kTrigger);
+         return isModule ? Value(info->source) : Value(Null{});
+     }},
     {"has_dbaccess", "~T", TypeId::Int,
      [](const SqlCall& call) { return call.session().storage().exists(call.text(0)) ? Value(1) : Null{}; }},
     {"col_length", "~TT", TypeId::SmallInt, columnLength},
-    {"col_name", "~II", kName, columnName},
+    {"col_name", "~II", kName,
+     [](const SqlCall& call) -> Value {
+         for (const auto& column : call.session().catalogue({}).columns(call.integer(0)))
+             if (column.id == call.integer(1)) return column.name;
+         return Null{};
+     }},
     {"columnproperty", "~ITT", TypeId::Int, columnProperty},
     {"type_name", "~I", kName, typeName},
     {"type_id", "~T", TypeId::Int, typeNumber},
-    {"schema_id", "~[T", TypeId::Int, schemaNumber},
+    {"schema_id", "~[T", TypeId::Int,
+     [](const SqlCall& call) -> Value {
+         const std::string name(call.count() ? call.text(0) : kDefaultSchema);
+         return orNull(call.session().catalogue({}).schema("name", name), &SchemaInfo::id);
+     }},
     {"schema_name", "~[I", kName, schemaName},
     {"user_name", "~[I", kName, owner},
     {"current_user", "~", kName, owner},
@@ -215,7 +206,12 @@ const std::vector<FunctionInfo> kSessionFunctions = {
     {"original_login", "~", kName, client<&FunctionSession::loginName>},
     {"host_name", "~", kName, client<&FunctionSession::clientHost>},
     {"app_name", "~", kName, client<&FunctionSession::clientProgram>},
-    {"serverproperty", "~T", kName, serverProperty},
+    {"serverproperty", "~T", kName,
+     [](const SqlCall& call) -> Value {
+         for (const auto name : {"ServerName", "MachineName", "ComputerNamePhysicalNetBIOS"})
+             if (sameWord(name, call.text(0))) return hostName();
+         return propertyIn(kServerProperties, call.text(0));
+     }},
     {"databasepropertyex", "~TT", kName,
      [](const SqlCall& call) {
          const bool exists = call.session().storage().exists(call.text(0));

@@ -108,10 +108,8 @@ Value runTranslate(const SqlCall& call) {
     std::string_view from = call.text(1), to = call.text(2);
     if (characterCount(from) != characterCount(to)) throw sqlError(kTranslationLengthsDiffer);
     std::map<char32_t, char32_t> replacements;
-    while (!from.empty() && !to.empty()) {
-        const char32_t character = foldCase(nextCharacter(from));
-        replacements.emplace(character, nextCharacter(to));
-    }
+    while (!from.empty() && !to.empty())
+        replacements.emplace(foldCase(nextCharacter(from)), nextCharacter(to));
     std::string result;
     for (std::string_view rest = call.text(0); !rest.empty();) {
         const char32_t character = nextCharacter(rest);

@@ -94,7 +94,6 @@ class Converter {
     // or these alone.
     Value exactFromText() const {
         constexpr std::u32string_view kCurrencySigns = U"$¢£¤¥€\\";
-        constexpr auto npos = std::string::npos;
         std::string_view rest = trimmed(text());
         const bool isMoneyText = isMoney(m_to.id);
         if (m_to.id == TypeId::Bit && (sameText(rest, "true") || sameText(rest, "false")))
@@ -103,14 +102,14 @@ class Converter {
         bool negative = rest.starts_with('-');
         if (negative || rest.starts_with('+')) rest = trimLeft(rest.substr(1));
         std::string_view behindSign = rest;
-        if (isMoneyText && !rest.empty() && kCurrencySigns.find(nextCharacter(behindSign)) != npos)
+        if (isMoneyText && !rest.empty() && kCurrencySigns.find(nextCharacter(behindSign)) != rest.npos)
             rest = trimLeft(behindSign);
         if (isMoneyText && rest.starts_with('-') && !negative) negative = true, rest.remove_prefix(1);
         const std::size_t point = isInteger(m_to.id) ? rest.size() : std::min(rest.find('.'), rest.size());
         std::string digits(rest.substr(0, point)), fraction(rest.substr(std::min(point + 1, rest.size())));
         if (isMoneyText) std::erase(digits, ',');
         const std::string all = digits + fraction;
-        if ((all.empty() && !isMoneyText) || all.find_first_not_of("0123456789") != npos)
+        if ((all.empty() && !isMoneyText) || all.find_first_not_of("0123456789") != all.npos)
             throwBadText(text(), m_from, m_to);
         fraction.resize(std::max<std::size_t>(fraction.size(), m_to.scale + 1U), '0');
         const Int128 value = numberOf(digits.append(fraction, 0, m_to.scale)) + (fraction[m_to.scale] >= '5');
@@ -263,17 +262,14 @@ class Converter {
 
     Value dateTimeFromNumber() const {
         constexpr double kNoDay = 4e6;
-        const double number = std::clamp(asReal(), -kNoDay, kNoDay), whole = std::floor(number);
-        const std::chrono::duration<double, days::period> time(number - whole);
-        const LocalDay day = kDay1900 + days(static_cast<int>(whole));
-        const DateTime value{day + std::chrono::duration_cast<Ticks>(time)};
+        const std::chrono::duration<double, days::period> number(std::clamp(asReal(), -kNoDay, kNoDay));
+        const DateTime value{kDay1900 + std::chrono::duration_cast<Ticks>(number)};
         if (!isInRange(value, m_to)) throwOverflow(m_to);
         return toStorage(value, m_to);
     }
 
     Value toIdentifier() const {
-        if (isText(m_from.id)) return identifierFromText();
-        if (m_from.id == TypeId::UniqueIdentifier) return std::string(text());
+        if (isText(m_from.id) || m_from.id == TypeId::UniqueIdentifier) return identifierFromText();
         if (isBinary(m_from.id)) return identifierFromBinary();
         throwNotConverted(m_from, m_to);
     }
