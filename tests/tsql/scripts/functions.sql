@@ -94,3 +94,7 @@ INSERT Keyed (n) VALUES (1), (2) INSERT Keyed (n) VALUES (3)
 SELECT n FROM Keyed ORDER BY id
 SELECT LEN(id), COUNT(*) FROM Keyed GROUP BY LEN(id) --> (2 changed) (1 changed) --> n int? = 1; 2; 3 (3 rows) --> - int? = 36 | - int? = 3 (1 rows)
 SELECT NoSuchFunction(1) --> Msg 195, Level 15, State 10, Line 1: 'NoSuchFunction' is not a recognized built-in function name.
+-- characters to trim
+DECLARE @c nvarchar(5) = 'xé' SELECT TRIM('.,! ' FROM '  # test  .!') a, '[' + TRIM(@c FROM 'XÉ a bxe') + ']' b, TRIM(NULL FROM 'a') c, TRIM('' FROM ' a ') + '|' d --> a varchar(12)? = # test | b varchar(10)? = [ a bxe] | c varchar(1)? = NULL | d varchar(4)? =  a | (1 rows)
+SELECT TRIM('a', 'b') --> Msg 102, Level 15, State 1, Line 1: Incorrect syntax near ','.
+SELECT TRIM(5 FROM 5) --> Msg 8116, Level 16, State 1, Line 1: Argument data type int is invalid for argument 1 of trim function.
