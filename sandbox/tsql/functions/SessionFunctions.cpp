@@ -2,9 +2,9 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <boost/endian/conversion.hpp>
 #include <boost/uuid/random_generator.hpp>
 #include <boost/uuid/uuid_io.hpp>
-#include <cstdio>
 
 #include "functions/Functions.h"
 #include "syntax/Parser.h"
@@ -18,14 +18,12 @@ Value runNewId(const SqlCall&) {
 
 // Ascends in the order of strings, also across restarts of the server.
 Value runNewSequentialId(const SqlCall& call) {
-    static std::atomic<unsigned long long> last{
-        static_cast<unsigned long long>(std::chrono::system_clock::now().time_since_epoch().count())};
+    static std::atomic<std::uint64_t> last{
+        static_cast<std::uint64_t>(std::chrono::system_clock::now().time_since_epoch().count())};
     static const std::string random = std::get<std::string>(runNewId(call)).substr(18);
-    std::array<char, 19> digits{};
-    const unsigned long long time = ++last;
-    std::snprintf(digits.data(), digits.size(), "%08llX-%04llX-%04llX", time >> 32, time >> 16 & 0xFFFF,
-                  time & 0xFFFF);
-    return digits.data() + random;
+    const std::uint64_t time = boost::endian::native_to_big(++last);
+    std::string digits = hexDigits(std::as_bytes(std::span(&time, 1)));
+    return digits.insert(12, 1, '-').insert(8, 1, '-') + random;
 }
 
 // Properties as "name = value; name = value ...".
@@ -149,12 +147,8 @@ template <const std::string& (FunctionSession::*name)() const>
 Value client(const SqlCall& call) {
     return (call.session().*name)();
 }
-Value owner(const SqlCall&) {
-    return "dbo";
-}
-Value isMember(const SqlCall&) {
-    return 1;
-}
+constexpr auto owner = [](const SqlCall&) -> Value { return "dbo"; };
+constexpr auto isMember = [](const SqlCall&) -> Value { return 1; };
 const SqlType kName = nvarcharType(128);
 
 }  // namespace

@@ -239,6 +239,13 @@ Value runConcatWs(const SqlCall& call) {
     return convertValue(whole, call.resultType(), call.resultType());
 }
 
+// ([characters, ]string)
+std::string writeTrim(const FunctionInfo&, Pieces pieces, const SqlType&) {
+    const std::string& first = pieces[0].sql;
+    if (pieces.size() == 1) return "trim(" + first + ")";
+    return "trim(" + pieces[1].sql + ",ts_upper(" + first + ")||ts_lower(" + first + "))";
+}
+
 Value runQuoteName(const SqlCall& call) {
     constexpr std::string_view kQuotes = "[]()<>{}''\"\"``";
     const char wanted = call.count() > 1 && !call.text(1).empty() ? call.text(1)[0] : '[';
@@ -302,7 +309,7 @@ const std::vector<FunctionInfo> kTextFunctions = {
     {"lower", "T", varyingText, runOnText<toLower>},
     {"ltrim", "T", varyingText, runOnText<trimLeft>},
     {"rtrim", "T", varyingText, runOnText<trimRight>},
-    {"trim", "C", varyingText, runOnText<trimmed>},
+    {"trim", "C[C", [](Pieces pieces) { return varyingText(pieces.last(1)); }, writeTrim},
     {"replace", "TTT=", grownText, runReplace},
     {"translate", "TTT=", varyingText, runTranslate},
     {"stuff", "0TIIT=", grownText, runStuff},

@@ -94,10 +94,10 @@ class Parser {
     }
 
     template <typename Item>
-    auto list(Item item) {
+    auto list(Item item, std::string_view separator = ",") {
         std::vector<decltype(item())> items;
         do items.push_back(item());
-        while (accept(","));
+        while (accept(separator));
         return items;
     }
     template <typename Item>

@@ -494,9 +494,10 @@ Statement::Node alterDatabase(Parser& in) {
     }
     if (!in.accept("SET")) throwUnsupportedObject(in, "ALTER DATABASE ...");
     do  // settings that every database has, or that have no effect
-        if (!in.acceptFlag({{"SINGLE_USER", &node.excludes}, {"RESTRICTED_USER", &node.excludes}}) &&
-            !in.acceptAny({"RECOVERY SIMPLE", "MULTI_USER", "READ_WRITE", "ONLINE", "AUTO_CLOSE OFF",
-                           "AUTO_SHRINK OFF", "PAGE_VERIFY CHECKSUM", "RECURSIVE_TRIGGERS OFF"}))
+        if (in.acceptAny({"SINGLE_USER", "RESTRICTED_USER"}))
+            node.excludes = true;
+        else if (!in.acceptAny({"RECOVERY SIMPLE", "MULTI_USER", "READ_WRITE", "ONLINE", "AUTO_CLOSE OFF",
+                                "AUTO_SHRINK OFF", "PAGE_VERIFY CHECKSUM", "RECURSIVE_TRIGGERS OFF"}))
             throwUnsupportedObject(in, "ALTER DATABASE ... SET");
     while (in.accept(","));
     in.acceptAny({"WITH ROLLBACK IMMEDIATE", "WITH NO_WAIT"});

@@ -269,8 +269,8 @@ std::vector<ExprPtr> Parser::argumentsOf(const ObjectName& function) {
     expect("(");
     if (builtIn) acceptAny({"DISTINCT", "ALL"});
     const auto argument = [&] { return !builtIn && accept("DEFAULT") ? ExprPtr() : expression(); };
-    auto arguments = at(")") ? std::vector<ExprPtr>() : list(argument);
-    if (sameWord(function.name, "TRIM")) throwIfAt("FROM", "TRIM (characters FROM string)");
+    const bool isTrim = builtIn && sameWord(function.name, "TRIM");  // TRIM(characters FROM string)
+    auto arguments = at(")") ? std::vector<ExprPtr>() : list(argument, isTrim ? "FROM" : ",");
     expect(")");
     return arguments;
 }

@@ -37,14 +37,13 @@ class DateReader {
     const DateTime& result() const { return m_result; }
 
   private:
-    // hh[:mm[:ss[.fraction]]] [AM|PM] [Z|+hh:mm], with minutes or AM or PM
+    // hh[:mm[:ss[.fraction]]] [AM|PM] [Z|+hh:mm], with minutes or AM or PM: with a colon or an M
     bool takeTime(std::string& text) {
         static const std::regex kTime(
             R"((?:^|[\st])(\d\d?)(?=:|\s*[ap]m)(?::(\d\d?))?(?::(\d\d?)(?:([.:])(\d+))?)?)"
             R"(\s*([ap]m)?\s*(z|[-+]\d\d:\d\d)?(?!\S))");
         std::smatch found;
-        const bool mayBeTime = text.find_first_of(":m") != std::string::npos;  // a search takes long
-        if (!mayBeTime || !std::regex_search(text, found, kTime)) return true;
+        if (text.find_first_of(":m") == text.npos || !std::regex_search(text, found, kTime)) return true;
         const std::string half = found[6], offset = found[7];
         const bool inThousandths = found[4] == ":";  // 1:05:07:5
         const auto number = [&](std::size_t part) { return found.length(part) ? std::stoi(found[part]) : 0; };

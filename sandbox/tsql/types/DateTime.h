@@ -14,7 +14,7 @@ using CivilDate = std::chrono::year_month_day;
 using LocalDay = std::chrono::local_days;
 using LocalTime = std::chrono::local_time<Ticks>;
 inline constexpr LocalDay kFirstDay{std::chrono::year(1) / 1 / 1};
-inline constexpr std::chrono::minutes kMostOffset{14 * 60};
+inline constexpr std::chrono::minutes kMostOffset{14 * 60};           // of a datetimeoffset
 inline constexpr LocalDay kDay1900{std::chrono::year(1900) / 1 / 1};  // day 0 of datetime
 
 // Local civil date and time, years 1 to 9999. A time without a date is on 1900-01-01.
@@ -30,8 +30,8 @@ struct DateTime {
 // Empty if the calendar of the years 1 to 9999 has no such date.
 std::optional<LocalDay> dayOf(std::int64_t year, std::int64_t month, std::int64_t day);
 
-// Parses a date string ('2026-11-21', '20261121 13:05', 'Nov 21 2026 1:05PM', '11/21/2026', '13:05'), month
-// before day unless the CONVERT style has another order (103, 104, 105, 111 ...). An empty string is
+// Parses a date string ('2026-11-21', '20261121 13:05', 'Nov 21 2026 1:05PM', '11/21/2026', '13:05 +02:00'),
+// month before day unless the CONVERT style has another order (103, 104, 105, 111 ...). An empty string is
 // 1900-01-01. Throws SqlError 241 or 295 for a string that is no date, 242 for values that the calendar or
 // the clock does not have; `from` and `to` are the types of the conversion.
 constexpr int kNoStyle = -1;  // default style of the type

@@ -97,3 +97,7 @@ SELECT NoSuchFunction(1) --> Msg 195, Level 15, State 10, Line 1: 'NoSuchFunctio
 SELECT RADIANS(180) a, RADIANS(180.0) b, DEGREES(1) c, DEGREES(PI()) d --> a int? = 3 | b decimal(38,18)? = 3.141592653589793116 | c int? = 57 | d float? = 180 (1 rows)
 SELECT AVG(a) FROM (VALUES (2147483647), (1)) v (a) --> Msg 8115, Level 16, State 2, Line 1: Arithmetic overflow error converting expression to data type int.
 SELECT MIN(CAST(1 AS bit)) --> Msg 8117, Level 16, State 1, Line 1: Operand data type bit is invalid for min operator.
+-- characters to trim
+DECLARE @c nvarchar(5) = 'xé' SELECT TRIM('.,! ' FROM '  # test  .!') a, '[' + TRIM(@c FROM 'XÉ a bxe') + ']' b, TRIM(NULL FROM 'a') c, TRIM('' FROM ' a ') + '|' d --> a varchar(12)? = # test | b varchar(10)? = [ a bxe] | c varchar(1)? = NULL | d varchar(4)? =  a | (1 rows)
+SELECT TRIM('a', 'b') --> Msg 102, Level 15, State 1, Line 1: Incorrect syntax near ','.
+SELECT TRIM(5 FROM 5) --> Msg 8116, Level 16, State 1, Line 1: Argument data type int is invalid for argument 1 of trim function.
