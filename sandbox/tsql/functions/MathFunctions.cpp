@@ -35,13 +35,13 @@ Value runNumber(const SqlCall& call) {
     return isInteger(type.id) ? checkedCell(result, type) : exactCell(result, type);  // SIGN(0.5) is 1.0
 }
 
-constexpr auto sign = [](auto value) { return decltype(value)((value > 0) - (value < 0)); };
+constexpr auto signOf = [](auto value) { return decltype(value)((value > 0) - (value < 0)); };
 
 // Money keeps its scale, other numbers have none.
 template <bool up>
 Int128 whole(Int128 value, const SqlType& type) {
     const Int128 unit = powerOfTen<Int128>(type.scale), part = value % unit;
-    const Int128 rounded = value - part + (sign(part) == (up ? 1 : -1) ? sign(part) * unit : 0);
+    const Int128 rounded = value - part + (signOf(part) == (up ? 1 : -1) ? signOf(part) * unit : 0);
     return isMoney(type.id) ? rounded : rounded / unit;
 }
 
@@ -92,9 +92,9 @@ Value runIsNumeric(const SqlCall& call) {
 }  // namespace
 
 const std::vector<FunctionInfo> kMathFunctions = {
-    {"abs", "N=", numberType, runNumber<std::fabs, [](Int128 x, auto&) { return x * sign(x); }>},
+    {"abs", "N=", numberType, runNumber<std::fabs, [](Int128 x, auto&) { return x * signOf(x); }>},
     {"sign", "N=", numberType,
-     runNumber<sign, [](Int128 x, auto& type) { return sign(x) * powerOfTen<Int128>(type.scale); }>},
+     runNumber<signOf, [](Int128 x, auto& type) { return signOf(x) * powerOfTen<Int128>(type.scale); }>},
     {"ceiling", "N#", wholeType, runNumber<std::ceil, whole<true>>},
     {"floor", "N#", wholeType, runNumber<std::floor, whole<false>>},
     {"round", "N#I[I", numberType, runRound},
