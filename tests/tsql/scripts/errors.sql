@@ -85,12 +85,10 @@ CREATE VIEW other.dbo.hintedView AS SELECT 1 AS a --> Msg 166, Level 15, State 1
 EXECUTE AS USER = 'x' --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support EXECUTE AS.
 EXEC sp_help WITH RESULT SETS NONE --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support WITH RESULT SETS.
 SAVE nothing --> Msg 102, Level 15, State 1, Line 1: Incorrect syntax near 'nothing'.
-BEGIN TRANSACTION named WITH MARK 'x' --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support marked transactions.
-TRUNCATE TABLE t WITH (PARTITIONS (1)) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support TRUNCATE TABLE ... WITH PARTITIONS.
+BEGIN TRANSACTION named WITH MARK 'x' --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support WITH MARK.
 CREATE PROCEDURE p;1 AS SELECT 1 --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support numbered procedures.
 CREATE PROCEDURE p FOR REPLICATION AS SELECT 1 --> Msg 50000, Level 16, State 1, Line 1, Procedure p: tsqlbox does not support FOR REPLICATION.
 SELECT * FROM CHANGETABLE(CHANGES t, 0) AS c --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support CHANGETABLE.
-INSERT OPENQUERY(s, 'SELECT 1') VALUES (1) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support OPENQUERY.
 SELECT * FROM sys.fn_listextendedproperty(NULL) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support FN_LISTEXTENDEDPROPERTY.
 SELECT dbo.anything(DISTINCT 1) --> Msg 156, Level 15, State 1, Line 1: Incorrect syntax near the keyword 'DISTINCT'.
 WITH n AS (SELECT 1 AS i UNION ALL SELECT i + 1 FROM n WHERE i < 150)

@@ -40,16 +40,14 @@ CREATE TABLE #text (t nvarchar(max))
 INSERT #text EXEC sp_helptext 'wide'
 SELECT LEN(t) FROM #text --> (2 changed) --> - bigint? = 255; 78 (2 rows)
 -- valid statements that are not supported say so
-SELECT %%physloc%% FROM sys.tables --> Msg 50000, Level 16, State 1, Line 2: tsqlbox does not support %%PHYSLOC.
+SELECT %%physloc%% FROM sys.tables --> Msg 50000, Level 16, State 1, Line 2: tsqlbox does not support %%PHYSLOC%%.
 SELECT COUNT(*) FROM sys.tables GROUP BY ALL name --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support GROUP BY ALL.
-SELECT TRIM('x' FROM name) FROM sys.tables --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support TRIM (characters FROM string).
 DECLARE @x xml SET @x.modify('delete /a') --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support .MODIFY.
 UPDATE t SET c.WRITE('a', 0, 1) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support .WRITE.
 INSERT OPENQUERY(s, 'x') VALUES (1) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support OPENQUERY.
 TRUNCATE TABLE t WITH (PARTITIONS (1)) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support WITH ( PARTITIONS.
 CREATE TABLE t (a int, INDEX i CLUSTERED COLUMNSTORE) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support COLUMNSTORE.
 BEGIN MOVE CONVERSATION 'x' TO 'y' END --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support MOVE CONVERSATION.
-GRANT WITH --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support GRANT.
 SELECT GETDATE() AT TIME ZONE 'UTC' --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support AT TIME ZONE.
 SELECT {fn NOW()} --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support an ODBC escape sequence such as {fn ...}.
 SELECT * FROM sys.tables AS x TABLESAMPLE (1 PERCENT) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support TABLESAMPLE.
