@@ -113,8 +113,7 @@ struct SchemaInfo {
     std::int64_t id;                                        // in sys.schemas
     bool isOfSystem() const { return id == 3 || id == 4; }  // INFORMATION_SCHEMA, sys
 };
-// Query for the schemas. Those of the catalogue are numbered after the four that every database has. $ is
-// replaced by the schema of SQLite.
+// Query for the schemas: the four of every database, then those of the catalogue. $: schema of SQLite.
 inline constexpr std::string_view kSchemas =
     R"((SELECT column1 AS name, column2 AS id, column2 AS owner FROM (VALUES ('dbo', 1), ('guest', 2),
 ('INFORMATION_SCHEMA', 3), ('sys', 4)) UNION ALL SELECT name, id + 4, iif(stored, stored + 0, 1) FROM $.tsqlbox_objects

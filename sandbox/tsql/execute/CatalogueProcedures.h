@@ -47,6 +47,12 @@ CAST((SELECT STRING_AGG(c.name + CASE k.is_descending_key WHEN 1 THEN '(-)' ELSE
 k.key_ordinal) FROM sys.index_columns k JOIN sys.columns c ON c.object_id = k.object_id AND c.column_id = k.column_id
 WHERE k.object_id = i.object_id AND k.index_id = i.index_id) AS nvarchar(2078)) FROM sys.indexes i WHERE i.object_id =
 OBJECT_ID(@objname) ORDER BY 1)"},
+    {"sp_who", "@loginame sysname = NULL",
+     R"(IF @loginame NOT IN (SELECT name FROM sys.server_principals) AND ISNUMERIC(@loginame) = 0 AND @loginame <> 'active'
+BEGIN RAISERROR(15007, -1, -1, @loginame) RETURN 1 END
+SELECT spid, ecid = CAST(0 AS smallint), status, loginame, hostname, blk = CAST(blocked AS char(5)), dbname =
+DB_NAME(dbid), cmd = CAST(NULL AS nchar(16)), request_id = 0 FROM sysprocesses WHERE ISNULL(@loginame, loginame) IN
+(loginame, CAST(spid AS varchar(6)), IIF(status = 'running', 'active', NULL)) ORDER BY 1)"},
     {"sp_databases", "",
      R"(SELECT DATABASE_NAME = name, DATABASE_SIZE = CAST(NULL AS int), REMARKS = CAST(NULL AS varchar(254)) FROM
 sys.databases ORDER BY 1)"},

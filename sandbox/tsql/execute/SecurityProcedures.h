@@ -58,8 +58,7 @@ IF @id IN (SELECT owner FROM tsqlbox_principals) RAISERROR(15138, -1, -1, 'datab
 DELETE tsqlbox_members WHERE member = @id
 DELETE tsqlbox_permissions WHERE @isLogin = 0 AND grantee = @id
 DELETE tsqlbox_principals WHERE id = @id)"},
-    // The last column names the types of object that the permission is for, * for all; without one, it is for
-    // the database only.
+    // types: those of the objects that have the permission, * for all; empty: only the database has it.
     {"sp_grant_permission",
      "@state char(1), @permission sysname, @class sysname, @schema sysname, @name sysname, @grantee sysname",
      R"(DECLARE @code char(4), @types varchar(20), @number int = 0, @id int, @type char(2), @to int, @word sysname = LOWER(@class)

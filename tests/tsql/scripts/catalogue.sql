@@ -47,6 +47,9 @@ SELECT SPECIFIC_NAME, ORDINAL_POSITION, PARAMETER_MODE, IS_RESULT, PARAMETER_NAM
 SELECT * FROM sys.nosuch --> Msg 208, Level 16, State 1, Line 1: Invalid object name 'sys.nosuch'.
 -- rebuilt indexes; a database is renamed, or set to a value that it has
 ALTER INDEX ix_made ON item REBUILD WITH (FILLFACTOR = 80) -->
+EXEC sp_who '51' EXEC sp_who nobody
+--> spid smallint? = 51 | ecid smallint? = 0 | status nchar(30)? = running | loginame nchar(128)? = sa | hostname nchar(128)? =  | blk char(5)? = 0     | dbname nvarchar(128)? = shop | cmd nchar(16)? = NULL | request_id int = 0 (1 rows)
+--> Msg 15007, Level 16, State 1, Line 2, Procedure sp_who: 'nobody' is not a valid login or you do not have permission.
 ALTER INDEX ALL ON dbo.line REORGANIZE -->
 ALTER INDEX nosuch ON item REBUILD --> Msg 2727, Level 11, State 1, Line 1: Cannot find index 'nosuch'.
 ALTER INDEX ix_made ON item DISABLE --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support ALTER INDEX ... DISABLE.
