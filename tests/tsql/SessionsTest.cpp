@@ -91,6 +91,11 @@ TEST_F(Sessions, AreListedHoweverManyTheyAre) {
     EXPECT_TRUE(has(first("SELECT COUNT(*) FROM sys.dm_exec_sessions"), "= 502 (1 rows)\n"));
 }
 
+TEST_F(Sessions, WaitForTheNextValueOfASequence) {
+    first("CREATE SEQUENCE s BEGIN TRAN SELECT NEXT VALUE FOR s");
+    EXPECT_TRUE(has(second("SET LOCK_TIMEOUT 0 SELECT NEXT VALUE FOR s"), "Msg 1222"));
+}
+
 TEST_F(Sessions, NameAFileThatCannotBeOpened) {
     std::filesystem::create_directory(m_directory.path() / "folder.db");
     EXPECT_TRUE(has(first("SELECT * FROM folder..t"), "Msg 5120"));

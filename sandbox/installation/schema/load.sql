@@ -1,6 +1,8 @@
 -- Creates the databases of the sample installation. To be run in this directory: sqlcmd -b -i load.sql
 SET NOCOUNT ON
-:r databases.sql
+CREATE DATABASE dorvas
+CREATE DATABASE nq2
+GO
 USE dorvas
 GO
 :r catalogue.sql

@@ -289,6 +289,8 @@ void reportError(FunctionContext& context, sqlite3_context* call) {
         sqlite3_result_error(call, error.what(), -1);
     } catch (const std::bad_alloc&) {
         sqlite3_result_error_nomem(call);
+    } catch (const SqliteFailure& failure) {  // such as a lock of another session
+        sqlite3_result_error_code(call, failure.code);
     } catch (const std::exception& error) {
         sqlite3_result_error(call, error.what(), -1);
     } catch (...) {  // a user-defined function ended the batch

@@ -389,7 +389,8 @@ Statement::Node alterTable(Parser& in) {
         const int line = in.peek().line;
         node.altered = columnDefinition(in);
         if (node.altered->identity) throw SyntaxError(unsupported("ALTER COLUMN ... IDENTITY"), line);
-    } else {
+    } else if (!in.acceptAny({"SET ( LOCK_ESCALATION = TABLE )", "SET ( LOCK_ESCALATION = AUTO )",
+                              "SET ( LOCK_ESCALATION = DISABLE )"})) {  // no effect
         throwUnsupportedObject(in, "ALTER TABLE");
     }
     return node;

@@ -67,6 +67,7 @@ CREATE TABLE hinted (i int NOT NULL, v int SPARSE NULL CHECK NOT FOR REPLICATION
 INSERT hinted VALUES (1, 1), (2, NULL) --> (2 changed)
 CREATE INDEX hinted_v ON hinted (v) INCLUDE (i, nosuch) WITH (FILLFACTOR = 80)
 CREATE INDEX hinted_v ON hinted (v) INCLUDE (i) WITH (FILLFACTOR = 80) ON [PRIMARY] --> Msg 1911, Level 16, State 1, Line 1: Column name 'nosuch' does not exist in the target table or view.
+ALTER TABLE hinted SET (LOCK_ESCALATION = AUTO)
 ALTER INDEX hinted_v ON hinted REORGANIZE WITH (LOB_COMPACTION = ON)
 ALTER INDEX hinted_v ON hinted REBUILD WITH (FILLFACTOR = 80, ONLINE = OFF) -->
 ALTER INDEX hinted_v ON hinted REBUILD WITH (IGNORE_DUP_KEY = ON) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support IGNORE_DUP_KEY = ON.
