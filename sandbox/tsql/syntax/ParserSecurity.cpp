@@ -1,5 +1,4 @@
-// CREATE, ALTER and DROP of schemas, users, roles and logins, and permissions, which system procedures
-// execute.
+// Statements on schemas, users, roles, logins and permissions, which system procedures execute.
 #include "syntax/Parser.h"
 
 namespace tsql {
@@ -58,6 +57,7 @@ Statement::Node parsePermissions(Parser& in, const std::string& state) {
     in.throwIfAt("WITH GRANT", "WITH GRANT OPTION");
     in.accept("CASCADE");  // has no effect without WITH GRANT OPTION
     in.throwIfAt("AS", "AS of a permission");
+    if (permissions.size() * grantees.size() > 10'000) in.throwUnsupported("more than 10,000 permissions");
     SystemStatement node{{{}, "sys", "sp_grant_permission"}};
     for (const auto& permission : permissions)
         for (const auto& grantee : grantees) {

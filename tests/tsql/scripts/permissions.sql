@@ -34,6 +34,7 @@ GRANT SELECT ON t (a) TO app --> Msg 50000, Level 16, State 1, Line 1: tsqlbox d
 GRANT SELECT ON t TO app WITH GRANT OPTION --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support WITH GRANT OPTION.
 GRANT SELECT ON master.dbo.t TO app --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support permissions in another database.
 GRANT VIEW DEFINITION ON LOGIN::sa TO app --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support permissions on LOGIN.
+DECLARE @many varchar(max) = REPLICATE('SELECT, ', 100) + 'SELECT TO ' + REPLICATE('a, ', 100) + 'a' EXEC ('GRANT ' + @many) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support more than 10,000 permissions.
 GRANT TO app --> Msg 156, Level 15, State 1, Line 1: Incorrect syntax near the keyword 'TO'.
 CREATE FUNCTION f() RETURNS int AS BEGIN GRANT SELECT TO app RETURN 1 END --> Msg 443, Level 16, State 14, Line 1, Procedure f: Invalid use of a side-effecting operator 'GRANT' within a function.
 DROP TABLE t, shop.[a'b]
