@@ -30,8 +30,12 @@ void allowRejection(Step step) {
 void readContent(tds::ByteView content) {
     allowRejection([&] { tds::parsePrelogin(content); });
     allowRejection([&] { tds::parseLogin(content); });
-    allowRejection([&] { tds::parseRpc(content); });
     const auto discard = [](std::span<const tsql::Column>, std::span<const tsql::CellView>) {};
+    allowRejection([&] {
+        for (const auto& call : tds::parseRpc(content))
+            for (const auto& argument : call.arguments)
+                if (argument.rows) argument.rows(discard);  // reads the rows of a table again
+    });
     for (const tds::Version version : {tds::Version::V71, tds::Version::V74})
         allowRejection([&] { tds::sendBulkRows(content, version, discard); });
     tsql::utf16FromUtf8(tsql::utf8FromUtf16(content));

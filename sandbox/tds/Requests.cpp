@@ -10,6 +10,85 @@ namespace {
 
 using tsql::ProcedureCall;
 
+// ---- rows of bulk loads and tables
+
+constexpr std::size_t kTextTimestampSize = 8;
+
+// Adds the type of a column and returns its flags.
+std::uint16_t readColumn(ByteReader& in, Version version, std::vector<WireType>& types) {
+    in.skip(version >= Version::V72 ? 4 : 2);  // user type
+    const std::uint16_t flags = in.u16();
+    const WireType& type = types.emplace_back(readTypeInfo(in));
+    if (type.carriesTableName()) in.skip(2 * std::size_t{in.u16()});
+    in.skip(2 * std::size_t{in.u8()});  // the name, which INSERT BULK or the table type has given
+    return flags;
+}
+
+// text, ntext and image have a pointer, of length 0 for NULL.
+tsql::Value readCell(ByteReader& in, const WireType& type) {
+    if (!type.carriesTableName()) return readValue(in, type);
+    const std::size_t pointer = in.u8();
+    if (pointer == 0) return tsql::Null{};
+    in.skip(pointer + kTextTimestampSize);
+    return readValue(in, type);
+}
+
+void sendRow(ByteReader& in, const std::vector<WireType>& types, const tsql::RowHandler& handler) {
+    std::vector<tsql::Value> values;
+    std::vector<tsql::CellView> cells;
+    std::vector<tsql::Column> columns;
+    try {
+        for (const WireType& type : types) values.push_back(readCell(in, type));
+    } catch (const OddUnicode&) {
+        throw tsql::sqlError(tsql::kOddBulkUnicode, {std::to_string(values.size() + 1)});
+    }
+    for (const auto& value : values) cells.push_back(tsql::viewOf(value));
+    for (const WireType& each : types) columns.push_back({{}, each.type});
+    handler(columns, cells);
+}
+
+// ---- tables as parameters
+
+constexpr std::uint8_t kTableType = 0xF3, kTableRow = 0x01;
+constexpr std::size_t kNullTable = 0xFFFF;  // instead of the number of columns
+constexpr std::uint16_t kFlagDefaultColumn = 0x0200;
+
+std::string quoted(const std::string& name) {
+    return "[" + boost::replace_all_copy(name, "]", "]]") + "]";
+}
+
+void sendTableRows(ByteReader& in, const std::vector<WireType>& types, const tsql::RowHandler& handler) {
+    while (const std::uint8_t token = in.u8()) {
+        if (token != kTableRow || types.empty()) throw ProtocolError("unexpected token in a table");
+        sendRow(in, types, handler);
+    }
+}
+
+// Reads a table, [MS-TDS] 2.2.5.5.5. Its rows are read again when they are inserted.
+ProcedureCall::Argument readTable(ByteReader& in, std::string parameter) {
+    ProcedureCall::Argument table;
+    table.name = std::move(parameter);
+    in.skip(sizeof kTableType);
+    in.skip(2 * std::size_t{in.u8()});  // database: always the current one
+    const std::string schema = utf8FromUtf16(in.bytes(2 * std::size_t{in.u8()}));
+    const std::string name = quoted(utf8FromUtf16(in.bytes(2 * std::size_t{in.u8()})));
+    table.tableType = schema.empty() ? name : quoted(schema) + "." + name;
+    std::vector<WireType> types;
+    const std::size_t count = in.u16();
+    table.isDefault = count == kNullTable;
+    for (std::size_t left = table.isDefault ? 0 : count; left > 0; --left) {
+        table.columns.push_back((readColumn(in, Version::V74, types) & kFlagDefaultColumn) == 0);
+        if (!table.columns.back()) types.pop_back();
+    }
+    if (in.u8() != 0) throw tsql::unsupported("an order of the rows or columns of a table-valued parameter");
+    table.rows = [types, start = in](const tsql::RowHandler& handler) {
+        ByteReader rows = start;
+        sendTableRows(rows, types, handler);
+    };
+    sendTableRows(in, types, [](auto, auto) {});
+    return table;
+}
+
 // ---- procedure calls
 
 constexpr std::uint16_t kNameIsNumber = 0xFFFF;  // instead of the length of a procedure name
@@ -31,6 +110,7 @@ ProcedureCall::Argument parseParameter(ByteReader& in, std::size_t nameLength, s
     const std::uint8_t flags = in.u8();
     parameter.isDefault = (flags & kFlagDefault) != 0;
     parameter.output = (flags & kFlagByReference) != 0;
+    if (ByteReader(in).u8() == kTableType) return readTable(in, std::move(parameter.name));
     const WireType type = readTypeInfo(in);
     parameter.type = type.type;
     try {
@@ -58,44 +138,6 @@ ProcedureCall parseCall(ByteReader& in) {
     return call;
 }
 
-// ---- bulk loads
-
-constexpr std::size_t kFlagsSize = 2, kTextTimestampSize = 8;
-
-std::vector<WireType> readColumns(ByteReader& in, Version version) {
-    std::vector<WireType> types;
-    for (std::size_t left = in.u16(); left > 0; --left) {
-        in.skip((version >= Version::V72 ? 4 : 2) + kFlagsSize);  // behind the user type
-        const WireType& type = types.emplace_back(readTypeInfo(in));
-        if (type.carriesTableName()) in.skip(2 * std::size_t{in.u16()});
-        in.skip(2 * std::size_t{in.u8()});  // the name, which INSERT BULK has given
-    }
-    return types;
-}
-
-// text, ntext and image have a pointer, of length 0 for NULL.
-tsql::Value readCell(ByteReader& in, const WireType& type) {
-    if (!type.carriesTableName()) return readValue(in, type);
-    const std::size_t pointer = in.u8();
-    if (pointer == 0) return tsql::Null{};
-    in.skip(pointer + kTextTimestampSize);
-    return readValue(in, type);
-}
-
-void sendRow(ByteReader& in, const std::vector<WireType>& types, const tsql::RowHandler& handler) {
-    std::vector<tsql::Value> values;
-    std::vector<tsql::CellView> cells;
-    std::vector<tsql::Column> columns;
-    try {
-        for (const WireType& type : types) values.push_back(readCell(in, type));
-    } catch (const OddUnicode&) {
-        throw tsql::sqlError(tsql::kOddBulkUnicode, {std::to_string(values.size() + 1)});
-    }
-    for (const auto& value : values) cells.push_back(tsql::viewOf(value));
-    for (const WireType& each : types) columns.push_back({{}, each.type});
-    handler(columns, cells);
-}
-
 // ---- transactions
 
 enum RequestType : std::uint16_t { kBegin = 5, kCommit = 7, kRollback = 8, kSave = 9 };
@@ -104,7 +146,7 @@ constexpr std::uint8_t kFlagBeginNext = 1;  // of a commit or rollback: begin th
 // " [name]" of a transaction or savepoint; empty when it has no name.
 std::string readName(ByteReader& in) {
     const std::string name = utf8FromUtf16(in.bytes(in.u8()));
-    return name.empty() ? name : " [" + boost::replace_all_copy(name, "]", "]]") + "]";
+    return name.empty() ? name : " " + quoted(name);
 }
 
 std::string beginBatch(ByteReader& in) {
@@ -127,9 +169,10 @@ void sendBulkRows(ByteView data, Version version, const tsql::RowHandler& handle
     std::vector<WireType> types;
     while (!in.atEnd()) {
         const auto token = static_cast<Token>(in.u8());
-        if (token == Token::ColMetadata)
-            types = readColumns(in, version);
-        else if (token == Token::Row)
+        if (token == Token::ColMetadata) {
+            types.clear();
+            for (std::size_t left = in.u16(); left > 0; --left) readColumn(in, version, types);
+        } else if (token == Token::Row)
             sendRow(in, types, handler);
         else if (token == Token::Done)  // FreeTDS sends none
             return;

@@ -28,6 +28,10 @@ struct ProcedureCall {
         Value value;  // in storage form; after the call, the new value of an output
         bool output = false;
         bool isDefault = false;  // use the parameter's default
+        // Of a table: its type in T-SQL, whether its rows have each column, and the rows.
+        std::string tableType = {};
+        std::vector<bool> columns = {};
+        RowSource rows = {};
     };
     std::string procedure;  // as EXEC names it: "master.dbo.[a name]"
     std::vector<Argument> arguments;

@@ -89,15 +89,22 @@ bool Executor::call(ProcedureCall& call, ResultSink& sink) {
         Execute execute{"@", parseObjectName(call.procedure), {}, {}, nullptr};
         frame.variables["@"] = {Null{}, simpleType(TypeId::Int)};
         execute.arguments.reserve(call.arguments.size());
-        for (std::size_t i = 0; i < call.arguments.size(); ++i) {
-            auto& argument = call.arguments[i];
-            auto& given = execute.arguments.emplace_back(Argument{argument.name, nullptr, false});
-            if (argument.isDefault) continue;
-            frame.variables[variable(i)] = {std::move(argument.value), argument.type};
-            given.value = std::make_unique<Expr>(Expr{1, VariableRef{variable(i)}});
-            given.output = argument.output;
-        }
-        inFrame(frame, [&] { guarded(1, [&] { return isSkipping() ? Flow::Next : this->run(execute); }); });
+        const auto runCall = [&] {
+            for (std::size_t i = 0; i < call.arguments.size(); ++i) {
+                auto& argument = call.arguments[i];
+                auto& given = execute.arguments.emplace_back(Argument{argument.name, nullptr, false});
+                if (argument.isDefault) continue;
+                if (argument.rows) {
+                    receiveTable(given.table = variable(i), argument);
+                    continue;
+                }
+                frame.variables[variable(i)] = {std::move(argument.value), argument.type};
+                given.value = std::make_unique<Expr>(Expr{1, VariableRef{variable(i)}});
+                given.output = argument.output;
+            }
+            return isSkipping() ? Flow::Next : this->run(execute);
+        };
+        inFrame(frame, [&] { guarded(1, runCall); });
     });
     for (std::size_t i = 0; i < call.arguments.size(); ++i)
         if (call.arguments[i].output && frame.variables.contains(variable(i)))

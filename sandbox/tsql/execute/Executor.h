@@ -257,6 +257,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     void run(const UserType& create);
     FindType typesIn(const std::string& database, bool* used = nullptr);  // used: set if one is asked for
     bool bindTable(const Declaration& parameter, const Argument* argument, Frame& frame);
+    void receiveTable(const std::string& variable, const ProcedureCall::Argument& sent);
 
     // ---- new names (ExecutorRename.cpp)
     void run(const TransferObject& transfer);

@@ -30,6 +30,24 @@ FindType Executor::typesIn(const std::string& database, bool* used) {
     };
 }
 
+// Declares a table variable for a table of the client and inserts its rows.
+void Executor::receiveTable(const std::string& variable, const ProcedureCall::Argument& sent) {
+    const auto batch = parsed("DECLARE @t " + sent.tableType, m_database);
+    Declaration declaration = std::get<Declare>(batch->statements.front()->node).variables.front();
+    if (!declaration.table) throw unsupported("rows for '" + sent.tableType + "', which is not a table type");
+    declaration.name = variable;
+    declareTable(declaration);
+    const TableInfo table = m_frames.back()->tables.at(variable)->info;
+    if (sent.columns.size() != table.columns.size())
+        throw sqlError(kTableColumnCount,
+                       {std::to_string(sent.columns.size()), std::to_string(table.columns.size())});
+    std::vector<std::string> names;
+    for (std::size_t i = 0; i < sent.columns.size(); ++i)
+        if (sent.columns[i]) names.push_back(table.columns[i].name);
+    insertRowsOf(table, insertColumns(table, names, /*defaultValues=*/true),
+                 [&] { sent.rows(*m_rowHandler); });
+}
+
 // Lets a table-valued parameter stand for the table of the caller or, without an argument, for an empty one.
 // Returns false if neither is a table.
 bool Executor::bindTable(const Declaration& parameter, const Argument* argument, Frame& frame) {

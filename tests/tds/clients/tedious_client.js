@@ -117,6 +117,39 @@ test('a procedure returns rows, outputs and its status', () =>
     await assert.rejects(call(connection, 'TdAdd', [['a', TYPES.Int, 4]]), { number: 201 });
   }));
 
+test('tables are parameters of procedures and statements', () =>
+  withConnection({}, async (connection) => {
+    await batch(connection, "CREATE SCHEMA [a]]b]");
+    await batch(connection, "CREATE TYPE [a]]b].[Points] AS TABLE (id int PRIMARY KEY, name nvarchar(max) DEFAULT 'none', at datetime2(3), part decimal(9, 2), raw varbinary(8))");
+    await batch(connection, 'CREATE PROCEDURE TdPoints @by int, @points [a]]b].Points READONLY, @n int OUTPUT AS ' +
+      'SET @n = @@ROWCOUNT SELECT id + @by, name, part, raw, at FROM @points ORDER BY id SET @n = (SELECT COUNT(*) FROM @points)');
+    const columns = [
+      { name: 'id', type: TYPES.Int }, { name: 'name', type: TYPES.NVarChar, length: Infinity },
+      { name: 'at', type: TYPES.DateTime2, scale: 3 }, { name: 'part', type: TYPES.Decimal, precision: 9, scale: 2 },
+      { name: 'raw', type: TYPES.VarBinary, length: 8 },
+    ];
+    const moment = new Date(Date.UTC(2024, 1, 29, 23, 59, 58, 123));
+    const points = (rows) => ['points', TYPES.TVP, { schema: 'a]b', name: 'Points', columns, rows }];
+    const rows = [[2, long, null, 1.25, null], [1, null, moment, null, Buffer.from([1, 2])]];
+    const all = (given) => [['by', TYPES.Int, 10], points(given), ['n', TYPES.Int, null, { output: true }]];
+    const result = await call(connection, 'TdPoints', all(rows));
+    assert.deepStrictEqual(result.rows, [[11, null, null, Buffer.from([1, 2]), moment], [12, long, 1.25, null, null]]);
+    assert.deepStrictEqual(result.outputs, { n: 2 });
+    assert.deepStrictEqual((await call(connection, 'TdPoints', all([]))).outputs, { n: 0 });
+    assert.deepStrictEqual((await call(connection, 'TdPoints', [['by', TYPES.Int, 10], ['points', TYPES.TVP, null],
+      ['n', TYPES.Int, null, { output: true }]])).outputs, { n: 0 });
+    for (const [given, number] of [[{ rows: [rows[0], rows[0]] }, 2627], [{ name: 'Lines' }, 2715],
+      [{ name: 'Points]; PRINT 1 --' }, 2715], [{ columns: columns.slice(1), rows: [] }, 500], [{ name: 'int', schema: '' }, 50000]]) {
+      const parameters = all(rows);
+      Object.assign(parameters[1][2], given);
+      await assert.rejects(call(connection, 'TdPoints', parameters), { number });
+    }
+    await batch(connection, 'CREATE TYPE Numbers AS TABLE (n int)');
+    const numbers = { name: 'Numbers', columns: [columns[0]], rows: [[20], [22]] };
+    assert.deepStrictEqual((await query(connection, 'SELECT SUM(n) FROM @n', [['n', TYPES.TVP, numbers]])).rows, [[42]]);
+    assert.deepStrictEqual((await batch(connection, 'SELECT name FROM tempdb.sys.objects')).rows, []);
+  }));
+
 test('prepared statements run and are released', () =>
   withConnection({}, async (connection) => {
     await batch(connection, 'CREATE TABLE #p (i int, t nvarchar(20))');
