@@ -154,10 +154,12 @@ TEST(Packets, MalformedOnesCloseTheirConnectionOnly) {
 TEST(Packets, UnsupportedTypesAndValuesGetAnError) {
     const TsqlBox box;
     const auto client = loggedIn(box);
-    // An unknown type, a table, an offset of 14:01, a schema, a date and a decimal out of range.
+    // An unknown type, a date of a table out of range, an offset of 14:01, a schema, a date and a decimal out
+    // of range.
     for (const std::string& parameter :
-         {"\x01"s, "\xF3\x00"s, "\x2B\x07\x0A"s + std::string(8, '\0') + "\x49\x03"s, "\xF1\x01"s,
-          "\x28\x03\xFF\xFF\xFF"s, "\x6C\x11\x26\x00\x11\x01"s + std::string(16, '\xFF')}) {
+         {"\x01"s, "\xF3\0\0\x01t\0\x01\0\0\0\0\0\0\0\x28\0\0\x01\x03\xFF\xFF\xFF\0"s,
+          "\x2B\x07\x0A"s + std::string(8, '\0') + "\x49\x03"s, "\xF1\x01"s, "\x28\x03\xFF\xFF\xFF"s,
+          "\x6C\x11\x26\x00\x11\x01"s + std::string(16, '\xFF')}) {
         client->send(call(parameter));
         EXPECT_EQ(answer(*client), 2U);
         EXPECT_TRUE(isServed(*client));
