@@ -170,3 +170,11 @@ DROP SCHEMA sales
 SELECT name FROM sys.schemas WHERE schema_id > 4 --> (1 changed) --> name nvarchar(128)? (0 rows)
 CREATE TABLE [ab] (a int) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support names with the character U+0001.
 CREATE SCHEMA [] --> Msg 1038, Level 15, State 4, Line 1: An object or column name is missing or empty. For SELECT INTO statements, verify each column has a name.
+-- what a module finds in dbo is not in its own schema
+CREATE SCHEMA inside -->
+CREATE TABLE dbo.Found (d int) -->
+CREATE PROCEDURE inside.look AS SELECT * FROM Found -->
+EXEC inside.look
+SELECT * FROM inside.Found --> d int? (0 rows) --> Msg 208, Level 16, State 1, Line 2: Invalid object name 'inside.Found'.
+CREATE TABLE inside.Found (e int) -->
+EXEC inside.look --> e int? (0 rows)
