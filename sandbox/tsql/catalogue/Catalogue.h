@@ -184,6 +184,8 @@ class Catalogue {
   private:
     std::vector<ObjectInfo> objects(const std::string& where, const Value& value) const;
     std::optional<ObjectInfo> latest(const std::string& where, const Value& value) const;
+    // value: of ?1; it must outlive the query. $ is replaced by the schema.
+    PreparedStatement query(std::string_view sql, const Value& value) const;
     void run(std::string_view sql, const std::vector<Value>& values = {});
 
     Connection& m_connection;
