@@ -199,7 +199,7 @@ class Translator {
     std::string selectList(const Select& select, bool topLevel, int nextValue, QueryText& text);
     void selectItem(const SelectItem& item, QueryText& text, std::string& list, bool collate);
     void star(const SelectItem& item, QueryText& text, std::string& list, bool collate);
-    void addOutput(QueryText& text, std::string& list, Column column, const std::string& sql);
+    void addOutput(QueryText& text, std::string& list, Column column, const Typed& value, bool collate);
 
     // ---- sources of queries (TranslatorSources.cpp)
     std::string from(const std::vector<TableRefPtr>& tables);
