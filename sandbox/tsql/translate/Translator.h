@@ -185,7 +185,6 @@ class Translator {
     Typed aggregateCall(const FunctionInfo& function, const Call& call);
     Typed windowCall(const FunctionInfo& function, const Call& call);
     Typed grouping(const Call& call);
-    std::string sortKeys(const std::vector<OrderItem>& items);
     std::vector<Typed> callArguments(const Call& call, bool datePart);
     std::vector<Typed> values(const std::vector<ExprPtr>& exprs);
     static std::string liveValue(const std::string& key) { return "ts_variable(" + quotedText(key) + ")"; }
