@@ -185,9 +185,8 @@ std::optional<SchemaInfo> Catalogue::schema(const std::string& column, const Val
 }
 
 bool Catalogue::hasTriggers() const {
-    return m_connection
-        .number(inSchema("SELECT 1 FROM $.tsqlbox_objects WHERE type = 'TR' LIMIT 1", m_schema))
-        .has_value();
+    const auto any = inSchema("SELECT 1 FROM $.tsqlbox_objects WHERE type = 'TR' LIMIT 1", m_schema);
+    return m_connection.number(any).has_value();
 }
 
 std::vector<ObjectInfo> Catalogue::keysTo(std::int64_t table) const {

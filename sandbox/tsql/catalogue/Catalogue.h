@@ -32,8 +32,7 @@ inline std::string_view bareName(std::string_view stored) {
 
 // The name in messages: "name" for an object of dbo, else "schema.name".
 inline std::string shownName(std::string stored) {
-    const auto end = stored.find(kSchemaEnd);
-    if (end != std::string::npos) stored[end] = '.';
+    std::ranges::replace(stored, kSchemaEnd, '.');
     return stored;
 }
 

@@ -235,9 +235,8 @@ login_name nvarchar(128) = s.login; status nvarchar(30) = iif(s.running, 'runnin
 = s.db; is_user_process bit = 1; transaction_isolation_level smallint = 2)",
      "$S s"},
     {"sys", "dm_exec_requests",
-     R"(session_id smallint = s.id; status nvarchar(30) = iif(s.waits, 'suspended', 'running'); database_id
-smallint = s.db; wait_type nvarchar(60) = iif(s.waits, 'LCK_M_X', NULL); blocking_session_id smallint =
-s.blocker)",
+     R"(session_id smallint = s.id; status nvarchar(30) = iif(s.waits, 'suspended', 'running'); database_id smallint =
+s.db; wait_type nvarchar(60) = iif(s.waits, 'LCK_M_X', NULL); blocking_session_id smallint = s.blocker)",
      "$S s WHERE s.running"},
     {"", "sysprocesses",
      R"(spid smallint = s.id; blocked smallint = s.blocker; dbid smallint = s.db; $LOGIN; status nchar(30) = iif(s.running, 'running',
@@ -314,9 +313,6 @@ std::string databaseList(const Storage& storage) {
 }
 
 // Query for the list of sessions ($S). A session that waits is blocked by one with a transaction, if any.
-constexpr std::string_view kSessions =
-    R"(SELECT *, (SELECT ifnull(min(o.id), 0) FROM s o WHERE s.waits AND o.holds AND o.db = s.db AND o.id <> s.id) AS blocker
-FROM s)";
 std::string sessionList(const Storage& storage) {
     constexpr std::chrono::seconds kLongestLook{1};  // between two looks at a lock
     const auto entries = storage.withSessions([](const auto& all) { return all; });
@@ -332,7 +328,8 @@ std::string sessionList(const Storage& storage) {
                commaList(numbers, [](int number) { return std::to_string(number); }) + ")";
     };
     return "(WITH s (begin, host, program, login, id, running, waits, db, holds) AS (VALUES " +
-           commaList(entries, row) + ") " + std::string(kSessions) + ")";
+           commaList(entries, row) + R"() SELECT *, (SELECT ifnull(min(o.id), 0) FROM s o
+WHERE s.waits AND o.holds AND o.db = s.db AND o.id <> s.id) AS blocker FROM s))";
 }
 
 // Query for the list of types ($T), each type of the system with its maximum size.
