@@ -361,12 +361,6 @@ std::vector<ObjectName> triggerNames(Parser& in) {
     return in.list([&] { return in.objectName(); });
 }
 
-// ON table
-ObjectName tableOfTrigger(Parser& in) {
-    in.expect("ON");
-    return in.objectName();
-}
-
 Statement::Node alterTable(Parser& in) {
     AlterTable node{{in.objectName(), {}, {}}, {}, {}, {}};
     if (const auto verb = in.acceptFirst({"ENABLE TRIGGER", "DISABLE TRIGGER"}); !verb.empty())
@@ -441,7 +435,8 @@ void moduleBody(Parser& in, CreateModule& module) {
 
 // ON table [WITH options] FOR | AFTER | INSTEAD OF event, ...
 void triggerEvents(Parser& in, CreateModule& trigger) {
-    trigger.table = tableOfTrigger(in);
+    in.expect("ON");
+    trigger.table = in.objectName();
     moduleOptions(in);
     trigger.insteadOf = in.expectAny({"INSTEAD OF", "FOR", "AFTER"}) == "INSTEAD OF";
     trigger.events = in.list([&] { return std::string(in.expectAny({"INSERT", "UPDATE", "DELETE"})); });
@@ -630,7 +625,10 @@ Statement::Node parseDrop(Parser& in) {
 }
 
 Statement::Node parseTriggerSwitch(Parser& in, bool enables) {
-    return SwitchTriggers{enables, triggerNames(in), tableOfTrigger(in)};
+    SwitchTriggers node{enables, triggerNames(in), {}};
+    in.expect("ON");
+    node.table = in.objectName();
+    return node;
 }
 
 std::optional<Constraint> Parser::acceptConstraint(bool ofTable) {
