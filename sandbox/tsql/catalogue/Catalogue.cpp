@@ -122,19 +122,21 @@ void Catalogue::run(std::string_view sql, const std::vector<Value>& values) {
     m_connection.run(inSchema(sql, m_schema), values);
 }
 
+PreparedStatement Catalogue::query(std::string_view sql, const Value& value) const {
+    return {m_connection, inSchema(sql, m_schema), {&value, 1}};
+}
+
 std::vector<ObjectInfo> Catalogue::objects(const std::string& where, const Value& value) const {
-    PreparedStatement query(
-        m_connection,
-        inSchema("SELECT o.id, o.name, o.type, o.parent, o.stored, o.keys, o.source, t.name FROM "
-                 "$.tsqlbox_objects o LEFT JOIN $.tsqlbox_objects t ON t.id = o.parent WHERE " +
-                     where + " ORDER BY o.id",
-                 m_schema),
-        {&value, 1});
+    auto rows = query(
+        "SELECT o.id, o.name, o.type, o.parent, o.stored, o.keys, o.source, t.name FROM $.tsqlbox_objects o "
+        "LEFT JOIN $.tsqlbox_objects t ON t.id = o.parent WHERE " +
+            where + " ORDER BY o.id",
+        value);
     std::vector<ObjectInfo> found;
-    while (query.step()) {
-        const std::string key = query.text(1);
-        found.push_back({query.integer(0), std::string(bareName(key)), query.text(2), query.integer(3),
-                         query.text(4), namesOf(query.text(5)), query.text(6), query.text(7),
+    while (rows.step()) {
+        const std::string key = rows.text(1);
+        found.push_back({rows.integer(0), std::string(bareName(key)), rows.text(2), rows.integer(3),
+                         rows.text(4), namesOf(rows.text(5)), rows.text(6), rows.text(7),
                          std::string(schemaOf(key))});
     }
     return found;
@@ -177,17 +179,14 @@ TableInfo Catalogue::ownTable(const std::string& name) const {
 }
 
 std::optional<SchemaInfo> Catalogue::schema(const std::string& column, const Value& value) const {
-    const std::string schemas = inSchema(kSchemas, m_schema);
-    PreparedStatement query(m_connection,
-                            "SELECT name, id FROM " + schemas + " WHERE " + column + " = ?1 COLLATE ts_ci",
-                            {&value, 1});
-    return query.step() ? std::optional(SchemaInfo{query.text(0), query.integer(1)}) : std::nullopt;
+    auto rows = query(
+        "SELECT name, id FROM " + std::string(kSchemas) + " WHERE " + column + " = ?1 COLLATE ts_ci", value);
+    return rows.step() ? std::optional(SchemaInfo{rows.text(0), rows.integer(1)}) : std::nullopt;
 }
 
 bool Catalogue::hasTriggers() const {
-    return m_connection
-        .number(inSchema("SELECT 1 FROM $.tsqlbox_objects WHERE type = 'TR' LIMIT 1", m_schema))
-        .has_value();
+    const auto any = inSchema("SELECT 1 FROM $.tsqlbox_objects WHERE type = 'TR' LIMIT 1", m_schema);
+    return m_connection.number(any).has_value();
 }
 
 std::vector<ObjectInfo> Catalogue::keysTo(std::int64_t table) const {
@@ -198,21 +197,19 @@ std::vector<ObjectInfo> Catalogue::keysTo(std::int64_t table) const {
 
 std::vector<TableColumn> Catalogue::columns(std::int64_t object) const {
     const Value id(object);
-    PreparedStatement query(m_connection,
-                            inSchema("SELECT name, type, nullable, identity, fallback, output, ordinal FROM "
-                                     "$.tsqlbox_columns WHERE object = ?1 ORDER BY ordinal",
-                                     m_schema),
-                            {&id, 1});
+    auto rows = query(
+        "SELECT name, type, nullable, identity, fallback, output, ordinal FROM $.tsqlbox_columns "
+        "WHERE object = ?1 ORDER BY ordinal",
+        id);
     std::vector<TableColumn> columns;
-    while (query.step()) {
-        const std::int64_t kind = query.integer(3), output = query.integer(5);
+    while (rows.step()) {
+        const std::int64_t kind = rows.integer(3), output = rows.integer(5);
         auto& column = columns.emplace_back(TableColumn{
-            {query.text(0), decodeType(query.integer(1)), query.integer(2) != 0, kind == kIdentity},
-            {},
-            output % 2 != 0,
-            output / 2,
-            query.integer(6)});
-        (kind >= kComputed ? column.computed : column.byDefault) = query.text(4);
+            {rows.text(0), decodeType(rows.integer(1)), rows.integer(2) != 0, kind == kIdentity}});
+        column.output = output % 2 != 0;
+        column.userType = output / 2;
+        column.id = rows.integer(6);
+        (kind >= kComputed ? column.computed : column.byDefault) = rows.text(4);
         column.persisted = kind > kComputed;
     }
     return columns;

@@ -32,8 +32,7 @@ inline std::string_view bareName(std::string_view stored) {
 
 // The name in messages: "name" for an object of dbo, else "schema.name".
 inline std::string shownName(std::string stored) {
-    const auto end = stored.find(kSchemaEnd);
-    if (end != std::string::npos) stored[end] = '.';
+    std::ranges::replace(stored, kSchemaEnd, '.');
     return stored;
 }
 
@@ -184,6 +183,8 @@ class Catalogue {
   private:
     std::vector<ObjectInfo> objects(const std::string& where, const Value& value) const;
     std::optional<ObjectInfo> latest(const std::string& where, const Value& value) const;
+    // value: of ?1; it must outlive the query. $ is replaced by the schema.
+    PreparedStatement query(std::string_view sql, const Value& value) const;
     void run(std::string_view sql, const std::vector<Value>& values = {});
 
     Connection& m_connection;

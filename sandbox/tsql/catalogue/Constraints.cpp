@@ -70,11 +70,8 @@ SqlError foreignKeyConflict(std::string_view verb, const Catalogue& catalogue, c
 std::string duplicateValue(Connection& connection, const RowChange& change, const ObjectInfo& key) {
     if (!key.stored.empty()) return {};  // the rows that the filter leaves out are not known here
     std::string match;
-    std::vector<SqlType> types;
     for (const auto& name : key.columns) {
-        const TableColumn* column = change.target.column(name);
-        if (!column || change.newRows.empty()) return {};
-        types.push_back(column->type);
+        if (!change.target.column(name) || change.newRows.empty()) return {};
         match += " AND present." + quotedName(name) + " IS incoming." + quotedName(name);
     }
     const std::string list = quotedNames(key.columns);
@@ -86,12 +83,11 @@ std::string duplicateValue(Connection& connection, const RowChange& change, cons
                 ") UNION ALL SELECT " + list + " FROM incoming GROUP BY " + list + " HAVING count(*) > 1",
             change.values);
         if (!query.step()) return {};
-        std::string text;
-        for (std::size_t i = 0; i < types.size(); ++i) {
-            const CellView cell = query.cell(static_cast<int>(i));
-            text += (i ? ", " : "") + (isNull(cell) ? "<NULL>" : textOf(cell, types[i]));
-        }
-        return " The duplicate key value is (" + text + ").";
+        const auto value = [&, i = 0](const std::string& name) mutable {
+            const CellView cell = query.cell(i++);
+            return isNull(cell) ? "<NULL>" : textOf(cell, change.target.column(name)->type);
+        };
+        return " The duplicate key value is (" + commaList(key.columns, value) + ").";
     } catch (const SqliteFailure&) {  // the new rows lack a column of the key
         return {};
     }

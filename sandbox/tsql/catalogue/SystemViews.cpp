@@ -235,9 +235,8 @@ login_name nvarchar(128) = s.login; status nvarchar(30) = iif(s.running, 'runnin
 = s.db; is_user_process bit = 1; transaction_isolation_level smallint = 2)",
      "$S s"},
     {"sys", "dm_exec_requests",
-     R"(session_id smallint = s.id; status nvarchar(30) = iif(s.waits, 'suspended', 'running'); database_id
-smallint = s.db; wait_type nvarchar(60) = iif(s.waits, 'LCK_M_X', NULL); blocking_session_id smallint =
-s.blocker)",
+     R"(session_id smallint = s.id; status nvarchar(30) = iif(s.waits, 'suspended', 'running'); database_id smallint =
+s.db; wait_type nvarchar(60) = iif(s.waits, 'LCK_M_X', NULL); blocking_session_id smallint = s.blocker)",
      "$S s WHERE s.running"},
     {"", "sysprocesses",
      R"(spid smallint = s.id; blocked smallint = s.blocker; dbid smallint = s.db; $LOGIN; status nchar(30) = iif(s.running, 'running',
@@ -308,11 +307,9 @@ constexpr std::string_view kTemporaryColumns =
 fallback, output FROM temp.tsqlbox_columns))";
 
 std::string databaseList(const Storage& storage) {
-    const auto row = [id = 0](const std::string& name) mutable {
-        return "(" + quotedText(name) + ", " + std::to_string(++id) + ")";
-    };
-    return "(SELECT column1 AS name, column2 AS id FROM (VALUES " + commaList(storage.databases(), row) +
-           "))";
+    const auto row = [](const std::string& name) { return "(" + quotedText(name) + ")"; };
+    return "(SELECT column1 AS name, row_number() OVER () AS id FROM (VALUES " +
+           commaList(storage.databases(), row) + "))";
 }
 
 // Query for the list of sessions ($S). A session that waits is blocked by one with a transaction, if any.
@@ -323,19 +320,16 @@ std::string sessionList(const Storage& storage) {
     const auto row = [&](const auto& session) {
         const auto& [id, entry] = session;
         const bool waits = entry.isRunning && now - entry.waited < kLongestLook;
-        const auto blocks = [&, own = id, &database = entry.database](const auto& other) {
-            return other.first != own && other.second.hasTransaction && other.second.database == database;
-        };
-        const auto blocker = std::ranges::find_if(entries, blocks);
         const double begin = std::chrono::duration<double>(entry.begin.time_since_epoch()).count();
         const std::string_view texts[] = {entry.host, entry.program, entry.login};
         const int numbers[] = {id, entry.isRunning, waits, databaseId(storage, entry.database).value_or(0),
-                               waits && blocker != entries.end() ? blocker->first : 0};
+                               entry.hasTransaction};
         return "(" + std::to_string(begin) + ", " + commaList(texts, quotedText) + ", " +
                commaList(numbers, [](int number) { return std::to_string(number); }) + ")";
     };
-    return "(WITH s (begin, host, program, login, id, running, waits, db, blocker) AS (VALUES " +
-           commaList(entries, row) + ") SELECT * FROM s)";
+    return "(WITH s (begin, host, program, login, id, running, waits, db, holds) AS (VALUES " +
+           commaList(entries, row) + R"() SELECT *, (SELECT ifnull(min(o.id), 0) FROM s o
+WHERE s.waits AND o.holds AND o.db = s.db AND o.id <> s.id) AS blocker FROM s))";
 }
 
 // Query for the list of types ($T), each type of the system with its maximum size.
@@ -358,10 +352,8 @@ c.object = o.id AND o.type = 'TYPE' WHERE o.type IN ('TYPE', 'TT')))";
 // The query still has the placeholders for the database.
 SystemView queryOf(std::string_view columns, std::string_view source) {
     std::string text(columns), from(source);
-    for (const auto& [mark, fragment] : kFragments) {
-        replace_all(text, mark, fragment);
-        replace_all(from, mark, fragment);
-    }
+    for (const auto& [mark, fragment] : kFragments)
+        for (auto* part : {&text, &from}) replace_all(*part, mark, fragment);
     static const std::regex names(R"((\w+)_\* = (.\.name))");
     text = std::regex_replace(text, names,
                               "$1_CATALOG sysname = $$d; $1_SCHEMA sysname = ts_schema_of($2); "

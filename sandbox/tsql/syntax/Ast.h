@@ -132,9 +132,8 @@ struct DerivedTable {
     QueryPtr query;
     std::vector<std::string> columns;  // (SELECT ...) alias(columns)
 };
-enum class JoinKind { Inner, Left, Right, Full, Cross };
 struct Join {
-    JoinKind kind;
+    std::string_view kind;  // INNER, LEFT, RIGHT, FULL or CROSS
     TableRefPtr left, right;
     ExprPtr on;            // null for CROSS JOIN and APPLY
     bool applies = false;  // APPLY: the right side sees the columns of the left one
@@ -176,9 +175,9 @@ struct Select {
     std::size_t sets = 1;            // grouping sets, each of which has a Select of its own
     ExprPtr having;
 };
-enum class SetOp { Union, UnionAll, Except, Intersect };
+inline constexpr std::string_view kUnion = "UNION", kUnionAll = "UNION ALL", kExcept = "EXCEPT";
 struct SetOperation {
-    SetOp op;
+    std::string_view op;  // or INTERSECT; the same in T-SQL and SQLite
     QueryPtr left, right;
 };
 struct CommonTable {
@@ -363,9 +362,11 @@ struct Update : Change {
 struct Delete : Change {
     static constexpr std::string_view kVerb = "DELETE";
 };
-enum class MergeRows { Matched, New, Old };  // New: only in the source; Old: only in the table
+// Words of WHEN: rows of both tables, of the source only, of the target only.
+inline constexpr std::string_view kMatchedRows = "MATCHED", kNewRows = "NOT MATCHED",
+                                  kOldRows = "NOT MATCHED BY SOURCE";
 struct MergeClause {
-    MergeRows rows;
+    std::string_view rows;
     ExprPtr condition;  // may be null
     std::variant<Delete, Update, Insert> change;
     std::string_view verb() const { return std::array{"DELETE", "UPDATE", "INSERT"}[change.index()]; }

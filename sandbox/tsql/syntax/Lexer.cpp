@@ -11,8 +11,6 @@
 namespace tsql {
 namespace {
 
-constexpr std::size_t kLongestName = 128;
-
 // Reserved words: not identifiers unless they are quoted.
 constexpr std::string_view kReserved =
     R"(ADD ALL ALTER AND ANY AS ASC AUTHORIZATION BACKUP BEGIN BETWEEN BREAK BROWSE BULK BY CASCADE CASE CHECK
@@ -89,8 +87,7 @@ class Lexer {
         int depth = 0;
         do {
             if (m_at >= m_text.size()) throw SyntaxError(sqlError(kMissingEndOfComment), begin);
-            const bool opens = startsWith("/*");
-            const bool closes = !opens && startsWith("*/");
+            const bool opens = startsWith("/*"), closes = !opens && startsWith("*/");
             depth += opens - closes;
             advance(opens || closes ? 2 : 1);
         } while (depth > 0);
@@ -134,15 +131,11 @@ class Lexer {
     }
 
     Token quoted(TokenKind kind, std::size_t prefix, char close) {
-        std::size_t end = m_at + prefix + 1;
-        for (;; end += 2) {
-            end = m_text.find(close, end);
-            if (end == std::string_view::npos)
-                throw SyntaxError(
-                    sqlError(kUnclosedQuotationMark, {m_text.substr(m_at + prefix + 1, kLongestName)}),
-                    m_line);
-            if (end + 1 >= m_text.size() || m_text[end + 1] != close) break;
-        }
+        const std::size_t begin = m_at + prefix + 1;
+        std::size_t end = m_text.find(close, begin);
+        while (end < m_text.size() - 1 && m_text[end + 1] == close) end = m_text.find(close, end + 2);
+        if (end == std::string_view::npos)
+            throw SyntaxError(sqlError(kUnclosedQuotationMark, {m_text.substr(begin, kLongestName)}), m_line);
         return takeToken(kind, end + 1 - m_at);
     }
 

@@ -37,6 +37,8 @@ struct SyntaxError : SqlError {
     std::string procedure;  // procedure that the text defines, once its name is parsed
 };
 
+inline constexpr std::size_t kLongestName = 128;  // in UTF-16 units
+
 // Returns the tokens of the batch, followed by one of kind End. Throws SyntaxError 105 (unclosed quotation
 // mark), 113 (unclosed comment), 102 (a character that begins no token).
 std::vector<Token> tokenize(std::string_view text);

@@ -12,7 +12,7 @@ constexpr int kLongestChain = 400;  // operators in a row; SQLite limits the dep
 // Constructs that the parser does not know, by words at which it stops.
 constexpr std::string_view kUnsupported =
     R"(ADD COUNTER SIGNATURE; ADD ROWGUIDCOL; ADD SENSITIVITY; ADD SIGNATURE; ADD SPARSE; AS EDGE; AS FILETABLE;
-AS NODE; BACKUP CERTIFICATE; BACKUP LOG; BACKUP MASTER KEY; BACKUP SERVICE; BEGIN ATOMIC; BEGIN CONVERSATION;
+AS NODE; AT TIME ZONE; BACKUP CERTIFICATE; BACKUP LOG; BACKUP MASTER KEY; BACKUP SERVICE; BEGIN ATOMIC; BEGIN CONVERSATION;
 BEGIN DIALOG; BEGIN DISTRIBUTED; BULK INSERT; CLOSE ALL; CLOSE MASTER KEY; CLOSE SYMMETRIC KEY; COLUMNSTORE;
 COLUMN_SET FOR; COMPUTE; CONTAINS; END CONVERSATION; EXEC AS; EXECUTE AS; FILE =; FILEGROUP =; FOR ASYMMETRIC KEY;
 FOR BROWSE; FOR CERTIFICATE; FOR JSON; FOR REPLICATION; FOR SYSTEM_TIME; FOR UPDATE; FREETEXT; FROM ASYMMETRIC KEY;
@@ -31,9 +31,7 @@ ObjectName nameOf(std::vector<std::string> parts, int line) {
 
 std::shared_ptr<const Batch> parseBatch(std::string_view text, bool quotedIdentifiers, FindType findType) {
     Parser parser(text, quotedIdentifiers, std::move(findType));
-    auto batch = std::make_shared<Batch>(Batch{parser.batch()});
-    batch->locals = std::move(parser.m_locals);
-    return batch;
+    return std::make_shared<const Batch>(Batch{parser.batch(), std::move(parser.m_locals)});
 }
 
 ExprPtr parseExpression(std::string_view text) {
@@ -120,10 +118,9 @@ std::string Parser::expectName() {
 }
 
 std::string Parser::takeName() {
-    constexpr std::size_t kLongest = 128;
     std::string name = unquoted(peek());
-    if (characterCount(name) > kLongest)
-        throwError(kNameTooLong, {"identifier", characters(name, 0, kLongest)});
+    if (characterCount(name) > kLongestName)
+        throwError(kNameTooLong, {"identifier", characters(name, 0, kLongestName)});
     takeToken();
     return name;
 }
@@ -149,8 +146,7 @@ SqlType Parser::type(TypeUse use, UserType* user) {
     const int line = peek().line;
     const std::string schema = atName() && at(".", 1) ? expectName() : "";  // [sys].[int], dbo.int
     accept(".");
-    const bool keyword = at("NATIONAL") || at("DOUBLE");
-    if (!keyword && !atName()) throwSyntaxError();
+    if (!at("NATIONAL") && !at("DOUBLE") && !atName()) throwSyntaxError();
     std::string name = unquoted(takeToken());
     for (const auto word : {"PRECISION", "CHARACTER", "CHAR", "TEXT", "VARYING"})
         if (at(word)) name += " " + lowerAscii(takeToken().raw);

@@ -103,14 +103,11 @@ Node changeOfRows(Parser& in) {
 // What follows WHEN.
 MergeClause mergeClause(Parser& in, const std::vector<MergeClause>& before) {
     const int line = in.peek().line;
-    const auto match = in.expectAny({"MATCHED", "NOT MATCHED BY SOURCE", "NOT MATCHED"});
-    const MergeRows rows = match == "MATCHED"       ? MergeRows::Matched
-                           : match == "NOT MATCHED" ? MergeRows::New
-                                                    : MergeRows::Old;
-    if (rows == MergeRows::New) in.accept("BY TARGET");
+    const auto rows = in.expectAny({kMatchedRows, kOldRows, kNewRows});
+    if (rows == kNewRows) in.accept("BY TARGET");
     MergeClause clause{rows, in.accept("AND") ? in.condition() : nullptr, {}};
     in.expect("THEN");
-    if (clause.rows == MergeRows::New) {
+    if (rows == kNewRows) {
         in.expect("INSERT");
         auto& insert = clause.change.emplace<Insert>();
         if (in.at("(")) insert.columns = in.columnNames();
@@ -122,9 +119,9 @@ MergeClause mergeClause(Parser& in, const std::vector<MergeClause>& before) {
     } else {
         in.expect("DELETE");
     }
-    const std::string words = "WHEN " + std::string(match);
+    const std::string words = "WHEN " + std::string(rows);
     for (const auto& each : before) {
-        if (each.rows != clause.rows) continue;
+        if (each.rows != rows) continue;
         if (each.verb() == clause.verb()) in.throwError(kMergeActionRepeated, {words, each.verb()}, line);
         if (!each.condition) in.throwError(kMergeClauseUnreachable, {words, words}, line);
     }
@@ -364,12 +361,6 @@ std::vector<ObjectName> triggerNames(Parser& in) {
     return in.list([&] { return in.objectName(); });
 }
 
-// ON table
-ObjectName tableOfTrigger(Parser& in) {
-    in.expect("ON");
-    return in.objectName();
-}
-
 Statement::Node alterTable(Parser& in) {
     AlterTable node{{in.objectName(), {}, {}}, {}, {}, {}};
     if (const auto verb = in.acceptFirst({"ENABLE TRIGGER", "DISABLE TRIGGER"}); !verb.empty())
@@ -444,7 +435,8 @@ void moduleBody(Parser& in, CreateModule& module) {
 
 // ON table [WITH options] FOR | AFTER | INSTEAD OF event, ...
 void triggerEvents(Parser& in, CreateModule& trigger) {
-    trigger.table = tableOfTrigger(in);
+    in.expect("ON");
+    trigger.table = in.objectName();
     moduleOptions(in);
     trigger.insteadOf = in.expectAny({"INSTEAD OF", "FOR", "AFTER"}) == "INSTEAD OF";
     trigger.events = in.list([&] { return std::string(in.expectAny({"INSERT", "UPDATE", "DELETE"})); });
@@ -633,7 +625,10 @@ Statement::Node parseDrop(Parser& in) {
 }
 
 Statement::Node parseTriggerSwitch(Parser& in, bool enables) {
-    return SwitchTriggers{enables, triggerNames(in), tableOfTrigger(in)};
+    SwitchTriggers node{enables, triggerNames(in), {}};
+    in.expect("ON");
+    node.table = in.objectName();
+    return node;
 }
 
 std::optional<Constraint> Parser::acceptConstraint(bool ofTable) {

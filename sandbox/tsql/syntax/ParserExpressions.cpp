@@ -107,13 +107,12 @@ ExprPtr xmlValue(Parser& in, QueryPtr query) {
     const bool whole = hasWord(kWhole, path);
     if (!whole && !hasWord(kText, toUpper(path))) in.throwUnsupported("the path '" + path + "' in .value()");
     in.expect(",");
-    Cast cast;
-    cast.type = Parser(in.expectString(), /*quotedIdentifiers=*/true).type(TypeUse::Cast);
+    const SqlType type = Parser(in.expectString(), /*quotedIdentifiers=*/true).type(TypeUse::Cast);
     in.expect(")");
-    Call call{{"", "", "xml.value", line}, {makeExpr(line, ScalarQuery{query})}};
-    call.arguments.push_back(makeExpr(line, Literal{numericLiteral(whole ? "1" : "0")}));
-    cast.operand = makeExpr(line, std::move(call));
-    return makeExpr(line, std::move(cast));
+    Call call{
+        {"", "", "xml.value", line},
+        {makeExpr(line, ScalarQuery{query}), makeExpr(line, Literal{numericLiteral(whole ? "1" : "0")})}};
+    return makeExpr(line, Cast{makeExpr(line, std::move(call)), type, nullptr});
 }
 
 ExprPtr inParentheses(Parser& in) {
@@ -310,7 +309,6 @@ ExprPtr Parser::unary() {
         return sign == "+" ? operand : makeExpr(line, Unary{sign == "~", operand});
     }
     ExprPtr operand = primary();
-    throwIfAt("AT TIME ZONE", "AT TIME ZONE");
     for (; at("COLLATE"); collation()) operand = asValue(*this, operand);
     return operand;
 }

@@ -8,19 +8,6 @@ namespace tsql {
 
 namespace {
 
-constexpr std::pair<std::string_view, SetOp> kSetOperations[] = {
-    {"UNION ALL", SetOp::UnionAll},
-    {"UNION", SetOp::Union},
-    {"EXCEPT", SetOp::Except},
-    {"INTERSECT", SetOp::Intersect},
-};
-constexpr std::pair<std::string_view, JoinKind> kJoins[] = {
-    {"CROSS APPLY", JoinKind::Cross}, {"OUTER APPLY", JoinKind::Left}, {"CROSS", JoinKind::Cross},
-    {"INNER", JoinKind::Inner},       {"LEFT OUTER", JoinKind::Left},  {"LEFT", JoinKind::Left},
-    {"RIGHT OUTER", JoinKind::Right}, {"RIGHT", JoinKind::Right},      {"FULL OUTER", JoinKind::Full},
-    {"FULL", JoinKind::Full},         {"JOIN", JoinKind::Inner},
-};
-
 QueryPtr queryOf(int line, std::variant<Select, SetOperation> body) {
     return std::make_unique<Query>(Query{{}, std::move(body), {}, {}, {}, {}, {}, line});
 }
@@ -30,7 +17,7 @@ TableRefPtr tableOf(int line, std::variant<NamedTable, DerivedTable, Join> node)
 }
 
 // Appends a query to a set operation, which is null before the first one.
-void append(QueryPtr& all, SetOp op, const QueryPtr& next) {
+void append(QueryPtr& all, std::string_view op, const QueryPtr& next) {
     all = all ? queryOf(next->line, SetOperation{op, std::move(all), next}) : next;
 }
 
@@ -74,7 +61,7 @@ GroupingSets groupingSets(Parser& in, std::vector<ExprPtr>& keys, bool isNested)
 
 GroupingSets groupBy(Parser& in, std::vector<ExprPtr>& keys) {
     GroupingSets sets{{}};
-    in.list([&] {
+    do {
         GroupingSets product;
         const auto next = groupingSets(in, keys, /*isNested=*/false);
         for (const auto& left : sets)
@@ -82,8 +69,7 @@ GroupingSets groupBy(Parser& in, std::vector<ExprPtr>& keys) {
                 std::ranges::copy(right, std::back_inserter(product.emplace_back(left)));
         in.checkChain(static_cast<int>(product.size()));
         sets = std::move(product);
-        return true;
-    });
+    } while (in.accept(","));
     if (const auto with = in.acceptFirst({"WITH ROLLUP", "WITH CUBE"}); !with.empty()) {
         GroupingSets units(keys.size());
         for (std::size_t i = 0; i < keys.size(); ++i) units[i] = {i};
@@ -117,7 +103,7 @@ QueryPtr selects(Parser& in) {
         Select one = select;
         for (std::size_t i = 0; i < keys.size(); ++i)
             (std::ranges::count(set, i) ? one.groupBy : one.ungrouped).push_back(keys[i]);
-        const SetOp op = one.distinct ? SetOp::Union : SetOp::UnionAll;
+        const auto op = one.distinct ? kUnion : kUnionAll;
         append(query, op, queryOf(line, std::move(one)));
     }
     return query;
@@ -133,9 +119,9 @@ QueryPtr setOperations(Parser& in, bool intersect) {
     QueryPtr left = operand();
     for (int chain = 0; in.at("INTERSECT") == intersect; in.checkChain(++chain)) {
         const int line = in.peek().line;
-        const SetOp* op = in.acceptOneOf(kSetOperations);
-        if (!op) break;
-        left = queryOf(line, SetOperation{*op, left, operand()});
+        const auto op = in.acceptFirst({kUnionAll, kUnion, kExcept, "INTERSECT"});
+        if (op.empty()) break;
+        left = queryOf(line, SetOperation{op, left, operand()});
     }
     return left;
 }
@@ -193,10 +179,10 @@ QueryPtr rowValues(Parser& in) {
             select.items.push_back({cell, {}, {}, {}});
         if (count > 0 && select.items.size() != width) in.throwError(kRowLengthsDiffer, {}, line);
         width = select.items.size();
-        if (count > 0 && count % kBlock == 0) append(rows, SetOp::UnionAll, std::exchange(block, nullptr));
-        append(block, SetOp::UnionAll, queryOf(line, std::move(select)));
+        if (count > 0 && count % kBlock == 0) append(rows, kUnionAll, std::exchange(block, nullptr));
+        append(block, kUnionAll, queryOf(line, std::move(select)));
     }
-    append(rows, SetOp::UnionAll, block);
+    append(rows, kUnionAll, block);
     return rows;
 }
 
@@ -287,15 +273,19 @@ TableRefPtr joins(Parser& in) {
     const Temporarily deeper(in.m_depth, in.nextDepth());
     TableRefPtr left = pivoted(in, tableRef(in));
     for (int chain = 0;; in.checkChain(++chain)) {
-        const bool applies = in.at("CROSS APPLY") || in.at("OUTER APPLY");
-        const bool isWhole = applies || in.at("JOIN");
-        const JoinKind* kind = in.acceptOneOf(kJoins);
-        if (!kind) return left;
+        const auto begin =
+            in.acceptFirst({"CROSS APPLY", "OUTER APPLY", "JOIN", "CROSS", "INNER", "LEFT OUTER", "LEFT",
+                            "RIGHT OUTER", "RIGHT", "FULL OUTER", "FULL"});
+        if (begin.empty()) return left;
+        const bool applies = begin.ends_with("APPLY"), isWhole = applies || begin == "JOIN";
+        const auto kind = begin == "JOIN"          ? "INNER"
+                          : begin == "OUTER APPLY" ? "LEFT"
+                                                   : begin.substr(0, begin.find(' '));
         if (!isWhole) in.acceptAny({"LOOP", "HASH", "MERGE", "REMOTE"});  // hints have no effect
         if (!isWhole) in.expect("JOIN");
         const int line = in.peek().line;
-        const bool hasOn = !applies && *kind != JoinKind::Cross;  // a JOIN b JOIN c ON ... ON ...
-        Join join{*kind, left, hasOn ? joins(in) : tableRef(in), nullptr, applies};
+        const bool hasOn = !applies && kind != "CROSS";  // a JOIN b JOIN c ON ... ON ...
+        Join join{kind, left, hasOn ? joins(in) : tableRef(in), nullptr, applies};
         if (hasOn) in.expect("ON");
         if (hasOn) join.on = in.condition();
         left = pivoted(in, tableOf(line, std::move(join)));

@@ -231,9 +231,10 @@ Statement::Node throwStatement(Parser& in) {
 
 // ---- calls
 
-Argument argument(Parser& in, std::size_t number, bool onlyNamed) {
+Argument argument(Parser& in, const std::vector<Argument>& before) {
     Argument argument;
-    if (onlyNamed && !in.at("=", 1)) in.throwError(kPositionalArgumentAfterNamed, {std::to_string(number)});
+    if (!before.empty() && !before.back().name.empty() && !in.at("=", 1))
+        in.throwError(kPositionalArgumentAfterNamed, {std::to_string(before.size() + 1)});
     if (in.atVariable() && in.at("=", 1)) {
         argument.name = std::string(in.takeToken().raw);
         in.takeToken();
@@ -272,13 +273,8 @@ Statement::Node execute(Parser& in) {
         node.procedureVariable = in.expectVariable(2);
     else
         node.procedure = in.objectName();
-    bool named = false;
-    const auto next = [&, number = std::size_t{0}]() mutable {
-        Argument read = argument(in, ++number, named);
-        named = named || !read.name.empty();
-        return read;
-    };
-    if (in.atConstant() || in.atName() || in.at("DEFAULT") || in.at("ON")) node.arguments = in.list(next);
+    bool goesOn = in.atConstant() || in.atName() || in.at("DEFAULT") || in.at("ON");
+    for (; goesOn; goesOn = in.accept(",")) node.arguments.push_back(argument(in, node.arguments));
     in.accept("WITH RECOMPILE");
     return node;
 }
@@ -314,13 +310,12 @@ Statement::Node backup(Parser& in) {
 }
 
 Statement::Node restore(Parser& in) {
-    constexpr std::pair<std::string_view, RestoreKind> kKinds[] = {{"DATABASE", RestoreKind::Database},
-                                                                   {"FILELISTONLY", RestoreKind::FileList},
-                                                                   {"HEADERONLY", RestoreKind::Header},
-                                                                   {"VERIFYONLY", RestoreKind::Verify}};
+    using enum RestoreKind;
+    constexpr std::pair<std::string_view, RestoreKind> kKinds[] = {
+        {"DATABASE", Database}, {"FILELISTONLY", FileList}, {"HEADERONLY", Header}, {"VERIFYONLY", Verify}};
     const RestoreKind* kind = in.acceptOneOf(kKinds);
     if (!kind) in.throwUnsupported("RESTORE " + toUpper(in.near()));
-    Restore node{*kind, *kind == RestoreKind::Database ? nameOrVariable(in) : nullptr, nullptr};
+    Restore node{*kind, *kind == Database ? nameOrVariable(in) : nullptr, nullptr};
     in.expect("FROM");
     node.file = fileName(in);
     node.options = withOptions(in, "RESTORE",

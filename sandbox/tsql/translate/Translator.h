@@ -185,7 +185,6 @@ class Translator {
     Typed aggregateCall(const FunctionInfo& function, const Call& call);
     Typed windowCall(const FunctionInfo& function, const Call& call);
     Typed grouping(const Call& call);
-    std::string sortKeys(const std::vector<OrderItem>& items);
     std::vector<Typed> callArguments(const Call& call, bool datePart);
     std::vector<Typed> values(const std::vector<ExprPtr>& exprs);
     static std::string liveValue(const std::string& key) { return "ts_variable(" + quotedText(key) + ")"; }
@@ -199,7 +198,7 @@ class Translator {
     std::string selectList(const Select& select, bool topLevel, int nextValue, QueryText& text);
     void selectItem(const SelectItem& item, QueryText& text, std::string& list, bool collate);
     void star(const SelectItem& item, QueryText& text, std::string& list, bool collate);
-    void addOutput(QueryText& text, std::string& list, Column column, const std::string& sql);
+    void addOutput(QueryText& text, std::string& list, Column column, const Typed& value, bool collate);
 
     // ---- sources of queries (TranslatorSources.cpp)
     std::string from(const std::vector<TableRefPtr>& tables);

@@ -305,7 +305,7 @@ std::string Translator::merge(const TableInfo& target, const Merge& merge) {
     m_merge = &merge;
     Scope scope;
     m_scope = &scope;
-    const auto clauseOf = [&](MergeRows rows) {
+    const auto clauseOf = [&](std::string_view rows) {
         std::string sql = "CASE WHEN 0 THEN 0";
         for (std::size_t i = 0; i < merge.clauses.size(); ++i)
             if (const auto& [those, test, change] = merge.clauses[i]; those == rows)
@@ -314,12 +314,12 @@ std::string Translator::merge(const TableInfo& target, const Merge& merge) {
     };
     const std::string source = from(merge.source), alias = nextAlias(), id = alias + "._rowid_";
     addSource(target, merge.alias, alias);
-    const std::string on = condition(*merge.where), clauseOfBoth = clauseOf(MergeRows::Matched);
+    const std::string on = condition(*merge.where), clauseOfBoth = clauseOf(kMatchedRows);
     scope.firstSource = scope.sources.size() - 1;  // a condition sees only the tables that have the row
-    const std::string clauseOfOld = clauseOf(MergeRows::Old);
+    const std::string clauseOfOld = clauseOf(kOldRows);
     scope.firstSource = 0;
     scope.sources.pop_back();
-    const std::string clauseOfNew = clauseOf(MergeRows::New);
+    const std::string clauseOfNew = clauseOf(kNewRows);
     if (scope.sawAggregate) throw sqlError(kAggregateInWhere);
     m_scope = nullptr;
     m_merged = std::move(scope.sources);
@@ -332,7 +332,7 @@ std::string Translator::merge(const TableInfo& target, const Merge& merge) {
             column.nullable = true;
         }
     }
-    const bool hasOld = std::ranges::count(merge.clauses, MergeRows::Old, &MergeClause::rows) > 0;
+    const bool hasOld = std::ranges::count(merge.clauses, kOldRows, &MergeClause::rows) > 0;
     return "CREATE TEMP TABLE tsqlbox_merged AS SELECT " + id + " AS id, CASE WHEN " + id + " IS NULL THEN " +
            clauseOfNew + " WHEN given.yes THEN " + clauseOfBoth + " ELSE " + clauseOfOld + " END AS clause" +
            columns + source + " CROSS JOIN (SELECT 1 AS yes) AS given" + (hasOld ? " FULL" : " LEFT") +
@@ -341,7 +341,7 @@ std::string Translator::merge(const TableInfo& target, const Merge& merge) {
 
 // FROM clause with the rows that the clause of a MERGE changes.
 std::string Translator::mergedRows() {
-    if (m_clause->rows != MergeRows::Old) m_scope->sources = m_merged;
+    if (m_clause->rows != kOldRows) m_scope->sources = m_merged;
     return " FROM (SELECT * FROM temp.tsqlbox_merged WHERE clause = " +
            std::to_string(m_clause - m_merge->clauses.data() + 1) + ") AS merged";
 }

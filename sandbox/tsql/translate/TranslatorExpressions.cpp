@@ -208,24 +208,18 @@ Typed Translator::windowCall(const FunctionInfo& function, const Call& call) {
     m_scope->windows = false;
     Typed result = emitCall(function, callArguments(call, /*datePart=*/false));
     const std::string partition = commaList(values(call.over->partition), comparable);
-    const std::string keys = sortKeys(call.over->order);
-    m_scope->windows = true;
-    result.sql += " OVER (" + (partition.empty() ? "" : "PARTITION BY " + partition) +
-                  (keys.empty() ? "" : " ORDER BY " + keys) + " " + call.over->frame + ")";
-    return result;
-}
-
-// ORDER BY inside a call. Numbers are not positions in the select list here.
-std::string Translator::sortKeys(const std::vector<OrderItem>& items) {
     std::string keys;
-    for (const auto& item : items) {
+    for (const auto& item : call.over->order) {
         const Typed key = value(*item.value);
-        if (std::holds_alternative<Literal>(item.value->node))
+        if (std::holds_alternative<Literal>(item.value->node))  // not a position in the select list here
             throw sqlError(key.integer ? kIntegerIndexInWindow : kConstantInWindow);
         if (isConstantQuery(*item.value)) continue;
-        keys += (keys.empty() ? "" : ", ") + comparable(key) + (item.descending ? " DESC" : "");
+        keys += (keys.empty() ? " ORDER BY " : ", ") + comparable(key) + (item.descending ? " DESC" : "");
     }
-    return keys;
+    m_scope->windows = true;
+    result.sql += " OVER (" + (partition.empty() ? "" : "PARTITION BY " + partition) + keys + " " +
+                  call.over->frame + ")";
+    return result;
 }
 
 Typed Translator::userCall(const Call& call) {

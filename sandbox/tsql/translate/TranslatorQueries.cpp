@@ -32,9 +32,10 @@ std::string orderKeyOfDistinct(const Typed& item, const std::string& list, const
 }
 
 // UNION, EXCEPT or INTERSECT of rows with a varbinary (see distinctRows()).
-std::string distinctSet(SetOp op, const std::string& left, const std::string& right, const QueryText& text) {
-    if (op == SetOp::Union) return distinctRows(left + " UNION ALL " + right, text);
-    return distinctRows("SELECT * FROM (" + left + ") AS l WHERE " + (op == SetOp::Except ? "NOT " : "") +
+std::string distinctSet(std::string_view op, const std::string& left, const std::string& right,
+                        const QueryText& text) {
+    if (op == kUnion) return distinctRows(left + " UNION ALL " + right, text);
+    return distinctRows("SELECT * FROM (" + left + ") AS l WHERE " + (op == kExcept ? "NOT " : "") +
                             "EXISTS (SELECT " + keysOf(text, "l.") + " INTERSECT SELECT " +
                             keysOf(text, "r.") + " FROM (" + right + ") AS r)",
                         text);
@@ -181,9 +182,11 @@ void Translator::refuseLooseColumns(int error, bool grouped) {
         throw sqlError(error, {m_scope->loose.front()});
 }
 
-void Translator::addOutput(QueryText& text, std::string& list, Column column, const std::string& sql) {
+void Translator::addOutput(QueryText& text, std::string& list, Column column, const Typed& value,
+                           bool collate) {
     const std::string alias = "c" + std::to_string(text.columns.size() + 1);
-    list += (list.empty() ? "" : ", ") + sql + " AS " + alias;
+    list += (list.empty() ? "" : ", ") + (collate ? collated(value, kTypeNotDistinct) : value.sql) + " AS " +
+            alias;
     text.columns.push_back({std::move(column), alias});
 }
 
@@ -202,7 +205,7 @@ void Translator::selectItem(const SelectItem& item, QueryText& text, std::string
         const Source* source = nullptr;
         if (const SourceColumn* found = findColumn(*ref, *m_scope, source)) column.identity = found->identity;
     }
-    addOutput(text, list, std::move(column), collate ? collated(typed, kTypeNotDistinct) : typed.sql);
+    addOutput(text, list, std::move(column), typed, collate);
     text.columns.back().nullLiteral = typed.nullLiteral;
     if (item.identity) text.columns.back().newIdentity = item.identity->second;
 }
@@ -215,8 +218,7 @@ void Translator::star(const SelectItem& item, QueryText& text, std::string& list
         for (const auto& column : source.columns) {
             if (!hasColumn(item, column.name)) continue;
             if (!m_scope->groupKeys.contains(column.sql)) m_scope->loose.push_back(source.shown(column.name));
-            addOutput(text, list, column,
-                      collate ? collated({column.sql, column.type}, kTypeNotDistinct) : column.sql);
+            addOutput(text, list, column, {column.sql, column.type}, collate);
         }
     }
     if (any) return;
@@ -340,14 +342,13 @@ std::string Translator::limited(const std::string& sql, const ExprPtr& top) {
 }
 
 QueryText Translator::setOperation(const SetOperation& operation, const Query& query) {
-    static constexpr const char* kWords[] = {" UNION ", " UNION ALL ", " EXCEPT ", " INTERSECT "};
     m_topLevel = false;
     const Temporarily inner(m_nextValue, m_nextValue ? m_nextValue : kNextValueOfSet);
     QueryText left = this->query(*operation.left);
     const QueryText right = this->query(*operation.right);
     if (left.columns.size() != right.columns.size()) throw sqlError(kSetOperationColumnCounts);
     std::string leftList, rightList;
-    const bool distinct = operation.op != SetOp::UnionAll;
+    const bool distinct = operation.op != kUnionAll;
     // A long chain is not nested: SQLite limits the nesting.
     bool flat = left.compound && (left.collated || !distinct);
     for (std::size_t i = 0; i < left.columns.size(); ++i) {
@@ -373,7 +374,7 @@ QueryText Translator::setOperation(const SetOperation& operation, const Query& q
     } else {
         text.compound = query.orderBy.empty() && !query.offset;
         text.collated = flat ? left.collated : distinct;
-        text.sql = (flat ? left.sql : leftRows) + kWords[static_cast<int>(operation.op)] + rightRows;
+        text.sql = (flat ? left.sql : leftRows) + " " + std::string(operation.op) + " " + rightRows;
     }
     text.sql += orderBy(query.orderBy, text, /*distinctList=*/nullptr, &firstSelect(operation)) +
                 limit(nullptr, query);

@@ -18,7 +18,7 @@ std::vector<const Query*> partsOf(const CommonTable& table) {
     const auto readsItself = [&](auto& from) { return reads(*from, table.name); };
     while (const auto* operation = std::get_if<SetOperation>(&parts.back()->body)) {
         const auto* next = std::get_if<Select>(&operation->right->body);
-        if (operation->op != SetOp::UnionAll || !next || std::ranges::none_of(next->from, readsItself)) break;
+        if (operation->op != kUnionAll || !next || std::ranges::none_of(next->from, readsItself)) break;
         parts.back() = operation->right.get();
         parts.push_back(operation->left.get());
     }
@@ -228,19 +228,16 @@ std::string Translator::recursiveTable(const CommonTable& table, const std::stri
 }
 
 std::string Translator::join(const Join& join) {
-    static constexpr std::string_view kWords[] = {"", " LEFT", " RIGHT", " FULL", " CROSS"};
-    static constexpr std::string_view kSwapped[] = {"", " RIGHT", " LEFT", " FULL", " CROSS"};
     for (const auto& table : m_with)  // outer rows would make the recursion endless
-        if (!table.recursive.empty() && join.kind != JoinKind::Inner && join.kind != JoinKind::Cross)
+        if (!table.recursive.empty() && join.kind != "INNER" && join.kind != "CROSS")
             throw sqlError(kOuterJoinInRecursion, {table.table->name});
     const std::size_t begin = m_scope->sources.size();
     std::string left = tableRef(*join.left);
     const std::size_t middle = m_scope->sources.size();
     const Temporarily onlyOfJoin(m_scope->firstSource, begin);
     std::string right = tableRef(*join.right, join.applies);
-    const bool whole = join.kind == JoinKind::Full;
     for (std::size_t i = begin; i < m_scope->sources.size(); ++i)  // NULLs of rows without a match
-        if (whole || join.kind == (i < middle ? JoinKind::Right : JoinKind::Left))
+        if (join.kind == "FULL" || join.kind == (i < middle ? "RIGHT" : "LEFT"))
             for (auto& column : m_scope->sources[i].columns) column.nullable = true;
     const bool isNested = std::holds_alternative<Join>(join.right->node);
     // SQLite hides the row ids of a join in parentheses, which a change of its tables needs. Hence the join
@@ -248,8 +245,9 @@ std::string Translator::join(const Join& join) {
     const bool swaps = isNested && !std::holds_alternative<Join>(join.left->node);
     if (isNested && !swaps) right = "(" + right + ")";
     if (swaps) std::swap(left, right);
-    const std::string_view word = (swaps ? kSwapped : kWords)[static_cast<std::size_t>(join.kind)];
-    left.append(word).append(" JOIN ").append(right);
+    const bool turns = swaps && (join.kind == "LEFT" || join.kind == "RIGHT");
+    const std::string_view kind = !turns ? join.kind : join.kind == "LEFT" ? "RIGHT" : "LEFT";
+    left.append(" ").append(kind).append(" JOIN ").append(right);
     return join.on ? left + " ON " + condition(*join.on) : left;
 }
 
