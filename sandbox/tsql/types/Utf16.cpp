@@ -81,7 +81,7 @@ unsigned char codePage1252(char32_t c) {
 void appendCodePage1252(std::string& wire, std::string_view utf8) {
     for (moveAscii(wire, utf8, 1); !utf8.empty(); moveAscii(wire, utf8, 1)) {
         const char32_t c = nextCharacter(utf8);
-        wire.append(Utf16::width(c), static_cast<char>(codePage1252(c)));
+        wire.append(static_cast<std::size_t>(Utf16::width(c)), static_cast<char>(codePage1252(c)));
     }
 }
 
