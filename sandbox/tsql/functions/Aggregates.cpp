@@ -168,7 +168,7 @@ void registerAggregates(sqlite3* connection, FunctionContext& context) {
         const int code = sqlite3_create_window_function(
             connection, aggregate.name.c_str(), /*nArg=*/-1, SQLITE_UTF8,
             new Binding<Aggregate>{context, aggregate}, stepAggregate<1>, giveAggregate<true>,
-            giveAggregate<false>, stepAggregate<-1>, deleteBinding<Aggregate>);
+            giveAggregate<false>, stepAggregate<-1>, Binding<Aggregate>::destroy);
         if (code != SQLITE_OK) throw std::runtime_error(sqlite3_errmsg(connection));
     }
 }

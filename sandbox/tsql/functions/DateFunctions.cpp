@@ -102,12 +102,6 @@ Value runFormat(const SqlCall& call) {
                   [](const std::string& text) { return std::string(characters(text, 0, kLongest)); });
 }
 
-Value runIsDate(const SqlCall& call) {
-    return std::int64_t{!isNull(convertValue(call[0], varcharType(SqlType::kMax),
-                                             simpleType(TypeId::DateTime), kNoStyle, Conversion::Try)) &&
-                        !call.text(0).empty()};
-}
-
 }  // namespace
 
 const std::vector<FunctionInfo> kDateFunctions = {
@@ -138,7 +132,12 @@ const std::vector<FunctionInfo> kDateFunctions = {
     {"datetime2fromparts", "IIIIIIII=", scaledType<TypeId::DateTime2>, runFromParts},
     {"timefromparts", "IIIII=", scaledType<TypeId::Time>, runFromParts},
     {"format", "A#T[T", nvarcharType(4000), runFormat},
-    {"isdate", "0T", TypeId::Int, runIsDate},
+    {"isdate", "0T", TypeId::Int,
+     [](const SqlCall& call) -> Value {
+         const SqlType text = varcharType(SqlType::kMax), date = simpleType(TypeId::DateTime);
+         const Value value = convertValue(call[0], text, date, kNoStyle, Conversion::Try);
+         return std::int64_t{!isNull(value) && !call.text(0).empty()};
+     }},
 };
 
 void checkDatePart(Pieces arguments, std::string_view function) {
@@ -149,10 +148,9 @@ void checkDatePart(Pieces arguments, std::string_view function) {
     if ((part == DatePart::IsoWeek || isZone) && changes)
         throw sqlError(kDatePartNotSupported, {nameOf(part), isDiff ? "datediff" : function});
     if (isDiff) return;
-    const bool ofClock = part >= DatePart::Hour;
     const bool tooFine = changes && part > DatePart::Millisecond && isClassicDate(type);
     const bool zoneless = isZone && type != TypeId::DateTimeOffset && type != TypeId::DateTime2;
-    if (tooFine || zoneless || (ofClock ? type == TypeId::Date : type == TypeId::Time))
+    if (tooFine || zoneless || (part >= DatePart::Hour ? type == TypeId::Date : type == TypeId::Time))
         throw sqlError(kDatePartNotSupportedForType, {nameOf(part), function, baseName(type)});
 }
 

@@ -227,7 +227,7 @@ void registerScalar(sqlite3* connection, FunctionContext& context, const ScalarF
     const int flags = SQLITE_UTF8 | (function.has('~') ? 0 : SQLITE_DETERMINISTIC);
     const int code = sqlite3_create_function_v2(connection, function.name.c_str(), -1, flags,
                                                 new Binding<ScalarFunction>{context, function}, callScalar,
-                                                nullptr, nullptr, deleteBinding<ScalarFunction>);
+                                                nullptr, nullptr, Binding<ScalarFunction>::destroy);
     if (code != SQLITE_OK) throw std::runtime_error(sqlite3_errmsg(connection));
 }
 

@@ -72,12 +72,6 @@ Value runInFloat(const SqlCall& call) {
     return convertValue(checked(function(first, second)), real, call.resultType());
 }
 
-Value runRand(const SqlCall& call) {
-    thread_local std::mt19937_64 engine{std::random_device{}()};
-    if (call.count() > 0) engine.seed(static_cast<std::uint64_t>(call.integer(0)));
-    return std::uniform_real_distribution<double>(0, 1)(engine);
-}
-
 Value runIsNumeric(const SqlCall& call) {
     if (isNull(call[0])) return std::int64_t{0};
     const SqlType type = call.type(1);
@@ -122,7 +116,12 @@ const std::vector<FunctionInfo> kMathFunctions = {
      runInFloat<[](double x, double) { return x * 180 / std::numbers::pi; }>},
     {"radians", "N#=", totalType<18>,
      runInFloat<[](double x, double) { return x * std::numbers::pi / 180; }>},
-    {"rand", "~[I", TypeId::Float, runRand},
+    {"rand", "~[I", TypeId::Float,
+     [](const SqlCall& call) -> Value {
+         thread_local std::mt19937_64 engine{std::random_device{}()};
+         if (call.count() > 0) engine.seed(static_cast<std::uint64_t>(call.integer(0)));
+         return std::uniform_real_distribution<double>(0, 1)(engine);
+     }},
     {"isnumeric", "0A#", TypeId::Int, runIsNumeric},
 };
 

@@ -135,9 +135,12 @@ const std::vector<ScalarFunction> kOperatorFunctions = {
     {"ts_try_convert", "", runConvert<Conversion::Try>},
     {"ts_assign", "", runAssign},
     {"ts_arithmetic", "0", runArithmetic},
-    {"ts_compare", "",  // (left, left type, right, right type)
+    {"ts_compare", "",  // (left, left type, right, right type); negative, 0 or positive
      [](const SqlCall& call) -> Value {
-         return std::int64_t{compareExact(exactOf(call[0]), call.type(1), exactOf(call[2]), call.type(3))};
+         const SqlType left = call.type(1), right = call.type(3);
+         const Int128 difference = exactResult(BinaryOp::Subtract, exactOf(call[0]), left, exactOf(call[2]),
+                                               right, std::max(left.scale, right.scale));
+         return (difference > 0) - (difference < 0);
      }},
     {"ts_like", "", runLike},
     {"ts_unpadded", "",  // (bytes), without the zeros at their end

@@ -101,30 +101,21 @@ Value runXmlValue(const SqlCall& call) {
     return result;
 }
 
-template <Value (*fact)(const SqlType&)>
-Value runTypeFact(const SqlCall& call) {
-    return fact(call.type(0));
-}
-
-Value familyOf(const SqlType& type) {
+Value runFamily(const SqlCall& call) {
+    const SqlType type = call.type(0);
     return std::string(isNumber(type.id)     ? isExact(type.id) ? "n" : "f"
                        : isText(type.id)     ? "t"
                        : isDateTime(type.id) ? "d"
                                              : "");
 }
 
-Value charactersOf(const SqlType& type) {
+Value runCharacters(const SqlCall& call) {
+    const SqlType type = call.type(0);
     constexpr std::int64_t kLongest = 2'147'483'647;
     if (!isText(type.id) && !isBinary(type.id)) return Null{};
     if (type.id == TypeId::Text || type.id == TypeId::Image) return kLongest;
     if (type.id == TypeId::NText) return kLongest / 2;
     return std::int64_t{type.id == TypeId::Xml ? SqlType::kMax : type.length};
-}
-
-// sys.columns.precision; for a date or time, the length of its string form.
-Value digitsOf(const SqlType& type) {
-    const int fraction = isDateTime(type.id) && type.scale > 0 ? type.scale + 1 : 0;
-    return std::int64_t{precisionOf(type) + fraction};
 }
 
 }  // namespace
@@ -186,13 +177,17 @@ const std::vector<ScalarFunction> kQueryFunctions = {
      }},
     {"ts_on_delete", "", [](const SqlCall& call) -> Value { return parseConstraint(call.text(0)).onDelete; }},
     {"ts_on_update", "", [](const SqlCall& call) -> Value { return parseConstraint(call.text(0)).onUpdate; }},
-    {"ts_type_base", "", runTypeFact<[](auto& type) -> Value { return std::string(baseName(type.id)); }>},
-    {"ts_type_number", "", runTypeFact<[](auto& type) -> Value { return systemId(type.id); }>},
-    {"ts_type_family", "", runTypeFact<familyOf>},
-    {"ts_type_length", "", runTypeFact<[](auto& type) -> Value { return maxLength(type); }>},
-    {"ts_type_characters", "", runTypeFact<charactersOf>},
-    {"ts_type_precision", "", runTypeFact<digitsOf>},
-    {"ts_type_scale", "", runTypeFact<[](auto& type) -> Value { return std::int64_t{type.scale}; }>},
+    {"ts_type_base", "", [](const SqlCall& call) -> Value { return std::string(baseName(call.type(0).id)); }},
+    {"ts_type_number", "", [](const SqlCall& call) -> Value { return systemId(call.type(0).id); }},
+    {"ts_type_family", "", runFamily},
+    {"ts_type_length", "", [](const SqlCall& call) -> Value { return maxLength(call.type(0)); }},
+    {"ts_type_characters", "", runCharacters},
+    {"ts_type_precision", "",  // as in sys.columns; of a date or time, the length of its string form
+     [](const SqlCall& call) -> Value {
+         const SqlType type = call.type(0);
+         return precisionOf(type) + (isDateTime(type.id) && type.scale > 0 ? type.scale + 1 : 0);
+     }},
+    {"ts_type_scale", "", [](const SqlCall& call) -> Value { return std::int64_t{call.type(0).scale}; }},
 };
 
 }  // namespace tsql

@@ -79,11 +79,6 @@ Value objectProperty(const SqlCall& call) {
     return std::int64_t{call.session().catalogue({}).tableOf(*found).identityColumn() != nullptr};
 }
 
-Value schemaName(const SqlCall& call) {
-    if (call.count() == 0) return std::string(kDefaultSchema);
-    return orNull(call.session().catalogue({}).schema("id", call.integer(0)), &SchemaInfo::name);
-}
-
 Value columnLength(const SqlCall& call) {
     const auto name = parseObjectName(call.text(0));
     const auto found = call.session().object(name);
@@ -101,13 +96,6 @@ Value columnProperty(const SqlCall& call) {
         throw unsupported("COLUMNPROPERTY's '" + std::string(call.text(2)) + "'");
     }
     return Null{};
-}
-
-Value typeName(const SqlCall& call) {
-    for (const auto& [name, number] : systemTypes())
-        if (number == call.integer(0)) return name;
-    return orNull(call.session().catalogue({}).findById(call.integer(0) - kBuiltInTypes, kUserTypes),
-                  &ObjectInfo::name);
 }
 
 Value typeNumber(const SqlCall& call) {
@@ -132,15 +120,12 @@ Value ofIdentity(const SqlCall& call) {
 }
 
 // Property of the error that the enclosing CATCH block handles.
-template <auto Message::*fact>
+template <auto fact>
 Value caught(const SqlCall& call) {
-    const Message* error = call.session().caughtError();
-    if (!error) return Null{};
-    const auto& value = error->*fact;
-    if constexpr (std::is_same_v<decltype(value), const int&>)
-        return std::int64_t{value};
-    else
-        return fact == &Message::procedure && value.empty() ? Value(Null{}) : Value(value);
+    return orNull(call.session().caughtError(), fact);
+}
+Value procedureOf(const Message& error) {
+    return error.procedure.empty() ? Value(Null{}) : Value(error.procedure);
 }
 
 template <const std::string& (FunctionSession::*name)() const>
@@ -182,14 +167,24 @@ const std::vector<FunctionInfo> kSessionFunctions = {
          return Null{};
      }},
     {"columnproperty", "~ITT", TypeId::Int, columnProperty},
-    {"type_name", "~I", kName, typeName},
+    {"type_name", "~I", kName,
+     [](const SqlCall& call) -> Value {
+         for (const auto& [name, number] : systemTypes())
+             if (number == call.integer(0)) return name;
+         const std::int64_t id = call.integer(0) - kBuiltInTypes;
+         return orNull(call.session().catalogue({}).findById(id, kUserTypes), &ObjectInfo::name);
+     }},
     {"type_id", "~T", TypeId::Int, typeNumber},
     {"schema_id", "~[T", TypeId::Int,
      [](const SqlCall& call) -> Value {
          const std::string name(call.count() ? call.text(0) : kDefaultSchema);
          return orNull(call.session().catalogue({}).schema("name", name), &SchemaInfo::id);
      }},
-    {"schema_name", "~[I", kName, schemaName},
+    {"schema_name", "~[I", kName,
+     [](const SqlCall& call) -> Value {
+         if (call.count() == 0) return std::string(kDefaultSchema);
+         return orNull(call.session().catalogue({}).schema("id", call.integer(0)), &SchemaInfo::name);
+     }},
     {"user_name", "~[I", kName, owner},
     {"current_user", "~", kName, owner},
     {"session_user", "~", kName, owner},
@@ -224,7 +219,7 @@ const std::vector<FunctionInfo> kSessionFunctions = {
     {"error_severity", "~", TypeId::Int, caught<&Message::severity>},
     {"error_state", "~", TypeId::Int, caught<&Message::state>},
     {"error_line", "~", TypeId::Int, caught<&Message::line>},
-    {"error_procedure", "~", kName, caught<&Message::procedure>},
+    {"error_procedure", "~", kName, caught<procedureOf>},
     {"error_message", "~", nvarcharType(4000), caught<&Message::text>},
     {"cursor_status", "~TT", TypeId::SmallInt,
      [](const SqlCall& call) { return call.session().cursorStatus(call.text(0), call.text(1)); }},

@@ -54,11 +54,8 @@ template <typename Function>
 struct Binding {
     FunctionContext& context;
     const Function function;
+    static void destroy(void* binding) { delete static_cast<Binding*>(binding); }
 };
-template <typename Function>
-void deleteBinding(void* binding) {
-    delete static_cast<Binding<Function>*>(binding);
-}
 
 // Functions that do the work of operators; functions for queries and system views, which T-SQL lacks.
 extern const std::vector<ScalarFunction> kOperatorFunctions, kQueryFunctions;

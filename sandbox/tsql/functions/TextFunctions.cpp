@@ -180,27 +180,10 @@ Value runReplicate(const SqlCall& call) {
                     static_cast<std::size_t>(length == SqlType::kMax ? kMostOfMax : length));
 }
 
-Value runReverse(const SqlCall& call) {
-    std::u32string characters;
-    for (std::string_view rest = call.text(0); !rest.empty();) characters += nextCharacter(rest);
-    std::string result;
-    for (; !characters.empty(); characters.pop_back()) appendCharacter(result, characters.back());
-    return result;
-}
-
 template <auto codeOf>
 Value runCode(const SqlCall& call) {
     std::string_view text = call.text(0);
     return text.empty() ? Value(Null{}) : Value(std::int64_t{codeOf(nextCharacter(text))});
-}
-
-Value runNChar(const SqlCall& call) {
-    const std::int64_t unit = call.integer(0);
-    if (unit < 0 || unit > 0xFFFF) return Null{};
-    if (unit >= 0xD800 && unit < 0xE000) throw unsupported("NCHAR of half a character");
-    std::string result;
-    appendCharacter(result, static_cast<char32_t>(unit));
-    return result;
 }
 
 std::string fixedPoint(double value, std::int64_t decimals) {
@@ -318,13 +301,28 @@ const std::vector<FunctionInfo> kTextFunctions = {
     {"replicate", "TI=", grownText, runReplicate},
     {"space", "I", varcharType(kLongest),
      [](const SqlCall& call) { return repeated(" ", call.integer(0), kLongest); }},
-    {"reverse", "T", varyingText, runReverse},
+    {"reverse", "T", varyingText,
+     [](const SqlCall& call) -> Value {
+         std::u32string characters;
+         for (std::string_view rest = call.text(0); !rest.empty();) characters += nextCharacter(rest);
+         std::string result;
+         for (; !characters.empty(); characters.pop_back()) appendCharacter(result, characters.back());
+         return result;
+     }},
     {"char", "I", SqlType{TypeId::Char, 1, 0, 0},
      [](const SqlCall& call) -> Value {
          if (call.integer(0) < 0 || call.integer(0) > 255) return Null{};
          return utf8FromCodePage1252(std::string(1, static_cast<char>(call.integer(0))));
      }},
-    {"nchar", "I", SqlType{TypeId::NChar, 1, 0, 0}, runNChar},
+    {"nchar", "I", SqlType{TypeId::NChar, 1, 0, 0},
+     [](const SqlCall& call) -> Value {
+         const std::int64_t unit = call.integer(0);
+         if (unit < 0 || unit > 0xFFFF) return Null{};
+         if (unit >= 0xD800 && unit < 0xE000) throw unsupported("NCHAR of half a character");
+         std::string result;
+         appendCharacter(result, static_cast<char32_t>(unit));
+         return result;
+     }},
     {"ascii", "T", TypeId::Int, runCode<codePage1252>},
     {"unicode", "T", TypeId::Int,  // the first UTF-16 unit of the character
      runCode<[](char32_t c) { return c < 0x10000 ? c : 0xD7C0 + c / 0x400; }>},

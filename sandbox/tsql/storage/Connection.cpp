@@ -140,10 +140,9 @@ void Connection::lock(std::string_view database) {
     const std::string key = databaseKey(database);
     if (sqlite3_txn_state(handle(), key.c_str()) > SQLITE_TXN_NONE) return;
     const std::string schema = attach(database);
-    const bool isNew =
-        sqlite3_table_column_metadata(handle(), key.c_str(), "tsqlbox_objects", nullptr, nullptr, nullptr,
-                                      nullptr, nullptr, nullptr) != SQLITE_OK;
-    if (!isNew) run("DELETE FROM " + schema + ".tsqlbox_objects WHERE 0");
+    const int found = sqlite3_table_column_metadata(handle(), key.c_str(), "tsqlbox_objects", nullptr,
+                                                    nullptr, nullptr, nullptr, nullptr, nullptr);
+    if (found == SQLITE_OK) run("DELETE FROM " + schema + ".tsqlbox_objects WHERE 0");
 }
 
 void Connection::detach(std::string_view database) {
@@ -151,8 +150,7 @@ void Connection::detach(std::string_view database) {
     const auto found = std::ranges::find(m_attached, key);
     if (found == m_attached.end()) return;
     dropStatements();
-    run("DETACH " + quotedName(key));
-    dropStatements();
+    execute(handle(), "DETACH " + quotedName(key));
     m_attached.erase(found);
     m_catalogues.erase(quotedName(key));
     m_storage.use(key, -1);
@@ -219,8 +217,7 @@ void giveResult(sqlite3_context* call, const Value& value) {
     if (const auto* text = std::get_if<std::string>(&value))
         return sqlite3_result_text64(call, text->data(), text->size(), SQLITE_TRANSIENT, SQLITE_UTF8);
     const auto& bytes = std::get<Bytes>(value);
-    bytes.empty() ? sqlite3_result_zeroblob(call, 0)
-                  : sqlite3_result_blob64(call, bytes.data(), bytes.size(), SQLITE_TRANSIENT);
+    sqlite3_result_blob64(call, bytes.data(), bytes.size(), SQLITE_TRANSIENT);
 }
 
 }  // namespace tsql

@@ -1,4 +1,6 @@
 // Parser of date and time strings.
+#include <boost/date_time/date_parsing.hpp>
+#include <boost/date_time/gregorian/greg_month.hpp>
 #include <regex>
 
 #include "messages/Messages.h"
@@ -11,15 +13,13 @@ namespace {
 
 constexpr int kTwoDigitCutoff = 50;     // 49 is 2049, 50 is 1950
 constexpr std::size_t kTickDigits = 7;  // of a second
+// Styles of CONVERT, without the century, whose dates of numbers do not begin with the month.
+constexpr int kYearFirst[] = {2, 11, 12, 20, 21, 23, 26, 27}, kDayFirst[] = {3, 4, 5, 6, 13};
 
 struct Number {
     int value = 0;
     std::size_t digits = 0;
 };
-
-bool isOneOf(int value, std::initializer_list<int> values) {
-    return std::ranges::find(values, value) != values.end();
-}
 
 // Parser of one string. It finds the time and removes it; the rest must be a date, which is reduced to its
 // numbers and its form. The form has one character for each part: N number, M month name, and punctuation
@@ -71,26 +71,19 @@ class DateReader {
     }
 
     bool takeForm(const std::string& text) {
+        using boost::date_time::month_str_to_ushort;
+        constexpr int kNoMonth = 13;
         static const std::regex kPart(R"((\d+)|[a-z]+|\S)");
         for (std::sregex_iterator part(text.begin(), text.end(), kPart), end; part != end; ++part) {
             const std::string word = part->str();
             const bool isNumber = part->length(1) > 0;
-            const int month = isNumber ? 0 : monthOf(word);
-            m_form += isNumber ? 'N' : month ? 'M' : word[0];
-            if (month) m_month = month;
+            const int month = isNumber ? kNoMonth : month_str_to_ushort<boost::gregorian::greg_month>(word);
+            m_form += isNumber ? 'N' : month < kNoMonth ? 'M' : word[0];
+            if (month < kNoMonth) m_month = month;
             if (isNumber) m_numbers.push_back({word.size() > 8 ? 0 : std::stoi(word), word.size()});
         }
         m_numbers.resize(3);
         return m_form.find_first_not_of("NM/-.,") == std::string::npos;
-    }
-
-    static int monthOf(const std::string& word) {
-        int month = 12;
-        const auto isNamed = [&](const std::string& name) {
-            return word == name || word == name.substr(0, 3);
-        };
-        while (month > 0 && !isNamed(lowerAscii(monthName(month)))) --month;
-        return month;
     }
 
     bool takeDate(int style) {
@@ -103,9 +96,9 @@ class DateReader {
         if (m_form == "MNN" || m_form == "NMN" || m_form == "NNM")
             return yearFirst ? setDay(first, m_month, second.value) : setDay(second, m_month, first.value);
         if (m_form != "N/N/N" && m_form != "N-N-N" && m_form != "N.N.N") return false;
-        if (yearFirst || isOneOf(style % 100, {2, 11, 12, 20, 21, 23, 26, 27}))
+        if (yearFirst || std::ranges::count(kYearFirst, style % 100) > 0)
             return setDay(first, second.value, third.value);
-        const bool dayFirst = isOneOf(style % 100, {3, 4, 5, 6, 13});
+        const bool dayFirst = std::ranges::count(kDayFirst, style % 100) > 0;
         return dayFirst ? setDay(third, second.value, first.value) : setDay(third, first.value, second.value);
     }
 

@@ -24,8 +24,9 @@ constexpr std::string_view kIsoDate = "yyyy-MM-dd", kIsoTime = "HH:mm:ss.\2";
 std::string written(std::string_view pattern, const DateTime& value, int scale = 0) {
     const CivilDate date(value.day());
     const std::chrono::hh_mm_ss clock(value.time());
-    const std::int64_t hour = clock.hours().count(), month = unsigned{date.month()};
-    const std::string_view monthText = monthName(static_cast<int>(month));
+    const std::int64_t hour = clock.hours().count();
+    const auto month = static_cast<unsigned short>(unsigned{date.month()});
+    const std::string_view monthText = boost::gregorian::greg_month(month).as_long_string();
     const std::string_view weekdayText =
         boost::gregorian::greg_weekday(weekday(value.day()).c_encoding() & 7).as_long_string();
     const std::pair<char, std::int64_t> numbers[] = {
@@ -315,10 +316,6 @@ std::string dateName(DatePart part, const DateTime& value) {
     if (part == DatePart::Month) return written("MMMM", value);
     if (part == DatePart::Weekday) return written("dddd", value);
     return part == DatePart::TzOffset ? written("z", value) : std::to_string(datePart(part, value));
-}
-
-std::string_view monthName(int month) {
-    return boost::gregorian::greg_month(static_cast<unsigned short>(month)).as_long_string();
 }
 
 DateTime timeNow() {

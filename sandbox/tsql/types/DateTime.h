@@ -80,7 +80,6 @@ DateTime dateAdd(DatePart part, std::int64_t number, const DateTime& value, cons
 std::int64_t dateDiff(DatePart part, const DateTime& start, const DateTime& end);
 std::int64_t datePart(DatePart part, const DateTime& value);
 std::string dateName(DatePart part, const DateTime& value);
-std::string_view monthName(int month);  // 1: "January"
 
 DateTime timeNow();
 

@@ -75,12 +75,6 @@ Int128 exactResult(BinaryOp op, Int128 left, const SqlType& leftType, Int128 rig
     return bounded(divided<Wide>(result, power(common - scale), Rounding::HalfAway));
 }
 
-int compareExact(Int128 left, const SqlType& leftType, Int128 right, const SqlType& rightType) {
-    const int scale = std::max(leftType.scale, rightType.scale);
-    const Int128 difference = exactResult(BinaryOp::Subtract, left, leftType, right, rightType, scale);
-    return (difference > 0) - (difference < 0);
-}
-
 bool fits(Int128 value, const SqlType& type) {
     if (type.id == TypeId::Decimal) {
         const Int128 limit = powerOfTen<Int128>(type.precision);

@@ -28,8 +28,6 @@ Int128 rescaled(double value, int toScale);
 // truncated, other results rounded. Throws 8134 (division by zero).
 Int128 exactResult(BinaryOp op, Int128 left, const SqlType& leftType, Int128 right, const SqlType& rightType,
                    int scale);
-// Order of two exact numbers: negative, 0 or positive.
-int compareExact(Int128 left, const SqlType& leftType, Int128 right, const SqlType& rightType);
 
 bool fits(Int128 value, const SqlType& type);     // any exact type except bit
 std::string scaledText(Int128 value, int scale);  // 1250, 2: "12.50"

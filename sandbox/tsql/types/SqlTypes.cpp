@@ -124,12 +124,6 @@ SqlType decimalResult(BinaryOp op, const SqlType& left, const SqlType& right) {
 constexpr std::array<std::string_view, 8> kOperatorNames = {"add",    "subtract", "multiply", "divide",
                                                             "modulo", "'&'",      "'|'",      "'^'"};
 
-[[noreturn]] void throwWrongOperands(BinaryOp op, const SqlType& left, const SqlType& right) {
-    const auto name = kOperatorNames[static_cast<std::size_t>(op)];
-    if (left.id == right.id) throw sqlError(kInvalidOperandType, {baseName(left.id), name});
-    throw sqlError(kIncompatibleOperands, {baseName(left.id), baseName(right.id), name});
-}
-
 }  // namespace
 
 SqlType makeType(std::string_view name, std::span<const int> arguments, TypeUse use) {
@@ -245,7 +239,8 @@ SqlType commonType(const SqlType& left, const SqlType& right, std::string_view o
 }
 
 SqlType operatorType(BinaryOp op, const SqlType& left, const SqlType& right) {
-    const SqlType high = commonType(left, right, kOperatorNames[static_cast<std::size_t>(op)]);
+    const std::string_view name = kOperatorNames[static_cast<std::size_t>(op)];
+    const SqlType high = commonType(left, right, name);
     const bool texts = isText(left.id) && isText(right.id);
     const bool blobs = isBinary(left.id) && isBinary(right.id);
     if (op == BinaryOp::Add && (texts || blobs)) return concatenation(left, right);
@@ -257,7 +252,9 @@ SqlType operatorType(BinaryOp op, const SqlType& left, const SqlType& right) {
     if (bits && high.id == TypeId::Bit) return high;
     if (!isNumber(high.id) || high.id == TypeId::Bit || isDateTime(left.id) || isDateTime(right.id) ||
         (bits && !isInteger(high.id)) || (op == BinaryOp::Modulo && isApproximate(high.id)))
-        throwWrongOperands(op, left, right);
+        throw left.id == right.id
+            ? sqlError(kInvalidOperandType, {baseName(left.id), name})
+            : sqlError(kIncompatibleOperands, {baseName(left.id), baseName(right.id), name});
     if (high.id != TypeId::Decimal) return high;
     const auto operand = [&](const SqlType& type) { return isExact(type.id) ? asDecimal(type) : high; };
     return decimalResult(op, operand(left), operand(right));

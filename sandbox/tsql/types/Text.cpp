@@ -55,10 +55,6 @@ Place walk(std::string_view text, std::size_t most) {
     return place;
 }
 
-char32_t nextOrBlank(std::string_view& text) {
-    return text.empty() ? U' ' : nextCharacter(text);
-}
-
 // Base letters of U+00E0 to U+017F in lower case; a blank where there is none.
 constexpr std::string_view kBaseLetters =
     "aaaaaa ceeeeiiiidnooooo ouuuuy yaaaaaaccccccccddddeeeeeeeeeegggg"
@@ -191,10 +187,10 @@ char32_t baseLetter(char32_t c) {
 }
 
 int compareText(std::string_view left, std::string_view right) {
+    const auto next = [](auto& text) { return foldCase(text.empty() ? U' ' : nextCharacter(text)); };
     int accents = 0;  // first difference between letters with the same base letter
     while (!left.empty() || !right.empty()) {
-        const char32_t a = foldCase(nextOrBlank(left));
-        const char32_t b = foldCase(nextOrBlank(right));
+        const char32_t a = next(left), b = next(right);
         if (a == b) continue;
         const char32_t heavy = sortWeight(a), light = sortWeight(b);
         if (heavy != light) return heavy < light ? -1 : 1;

@@ -11,8 +11,6 @@ namespace utf = boost::locale::utf;
 using Utf16 = utf::utf_traits<char16_t>;
 static_assert(std::endian::native == std::endian::little);  // as on the wire
 
-constexpr char32_t kFirstPair = 0x10000;  // first character of two units
-
 // Characters of bytes 0x80 to 0x9F. Undefined bytes map to the code point of the same number.
 constexpr char16_t kCodePage1252[] = {0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,
                                       0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0x008D, 0x017D, 0x008F,
@@ -83,7 +81,7 @@ unsigned char codePage1252(char32_t c) {
 void appendCodePage1252(std::string& wire, std::string_view utf8) {
     for (moveAscii(wire, utf8, 1); !utf8.empty(); moveAscii(wire, utf8, 1)) {
         const char32_t c = nextCharacter(utf8);
-        wire.append(c < kFirstPair ? 1 : 2, static_cast<char>(codePage1252(c)));
+        wire.append(static_cast<std::size_t>(Utf16::width(c)), static_cast<char>(codePage1252(c)));
     }
 }
 

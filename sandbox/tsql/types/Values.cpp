@@ -133,9 +133,7 @@ class Converter {
 
     [[noreturn]] void throwFloatOverflow() const {
         if (m_to.id == TypeId::BigInt) throwOverflow(m_to);
-        std::array<char, 400> number{};
-        std::snprintf(number.data(), number.size(), "%.6f", real());
-        throw sqlError(kOverflowOfType, {spoken(m_to), number.data()},
+        throw sqlError(kOverflowOfType, {spoken(m_to), std::to_string(real())},
                        isText(m_to.id) ? 2 : static_cast<int>(m_to.id));
     }
 
@@ -153,7 +151,10 @@ class Converter {
     double asReal() const {
         if (isText(m_from.id)) return floatFromText();
         if (isApproximate(m_from.id)) return real();
-        if (isClassicDate(m_from.id)) return dayNumber();
+        if (isClassicDate(m_from.id)) {
+            const std::chrono::duration<long double, days::period> number = fromStorage(text()).at - kDay1900;
+            return static_cast<double>(number.count());
+        }
         if (!isExact(m_from.id)) throwNotConverted(m_from, m_to);
         return static_cast<double>(static_cast<long double>(exact()) / powerOfTen<long double>(m_from.scale));
     }
@@ -176,11 +177,6 @@ class Converter {
         if (error != std::errc() || end != digits.data() + digits.size() || !std::isfinite(value))
             throwBadText(text(), m_from, m_to);
         return value;
-    }
-
-    double dayNumber() const {
-        const std::chrono::duration<long double, days::period> number = fromStorage(text()).at - kDay1900;
-        return static_cast<double>(number.count());
     }
 
     Value toText() const {
@@ -243,9 +239,8 @@ class Converter {
 
     // Each byte is a character of varchar; each two bytes, in little-endian order, are one of nvarchar.
     std::string binaryAsText() const {
-        const auto* bytes = reinterpret_cast<const char*>(blob().data());
-        if (isNational(m_to.id)) return utf8FromUtf16({bytes, blob().size()});
-        return utf8FromCodePage1252({bytes, blob().size()});
+        const std::string_view bytes(reinterpret_cast<const char*>(blob().data()), blob().size());
+        return isNational(m_to.id) ? utf8FromUtf16(bytes) : utf8FromCodePage1252(bytes);
     }
 
     Value toDateTime() const {
@@ -288,13 +283,16 @@ class Converter {
     // The first three groups are little-endian.
     static constexpr std::array<std::size_t, 16> kIdentifierOrder = {3, 2, 1,  0,  5,  4,  7,  6,
                                                                      8, 9, 10, 11, 12, 13, 14, 15};
+    static Bytes reordered(Blob identifier) {
+        Bytes result;
+        for (const std::size_t from : kIdentifierOrder) result += identifier[from];
+        return result;
+    }
 
     Value identifierFromBinary() const {
         if (blob().size() < 16)
             throw sqlError(kInsufficientSpace, {"data to convert a binary value to uniqueidentifier"});
-        Bytes written;
-        for (const std::size_t from : kIdentifierOrder) written += blob()[from];
-        std::string result = hexDigits(written);
+        std::string result = hexDigits(reordered(blob()));
         for (const std::size_t dash : kDashes) result.insert(dash, 1, '-');
         return result;
     }
@@ -306,8 +304,7 @@ class Converter {
         const bool number = isNumber(m_from.id);
         if (bytes.size() > limit && m_assign && !number) throw sqlError(kTruncation);
         // Numbers are truncated on the left, other values on the right.
-        if (bytes.size() > limit)
-            bytes = number ? bytes.substr(bytes.size() - limit) : bytes.substr(0, limit);
+        if (bytes.size() > limit) bytes = bytes.substr(number ? bytes.size() - limit : 0, limit);
         if (isPadded(m_to.id) && bytes.size() < limit)
             bytes.insert(number ? 0 : bytes.size(), limit - bytes.size(), std::byte{0});
         return bytes;
@@ -345,10 +342,7 @@ class Converter {
     Bytes bytesOfIdentifier() const {
         std::string digits(text());
         std::erase(digits, '-');
-        const Bytes written = parseHex(digits).value_or(Bytes(16, std::byte{0}));
-        Bytes bytes;
-        for (const std::size_t from : kIdentifierOrder) bytes += written[from];
-        return bytes;
+        return reordered(parseHex(digits).value_or(Bytes(16, std::byte{0})));
     }
 
     const CellView& m_value;
