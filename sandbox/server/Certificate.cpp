@@ -1,6 +1,5 @@
 #include "Certificate.h"
 
-#include <arpa/inet.h>
 #include <fcntl.h>
 #include <openssl/evp.h>
 #include <openssl/pem.h>
@@ -28,16 +27,12 @@ constexpr long kClockTolerance = kDay;      // of clients whose clock is behind
 
 using Certificate = std::unique_ptr<X509, tds::Deleter<&X509_free>>;
 using Key = std::unique_ptr<EVP_PKEY, tds::Deleter<&EVP_PKEY_free>>;
+using Address = std::unique_ptr<ASN1_OCTET_STRING, tds::Deleter<&ASN1_OCTET_STRING_free>>;
 using Extension = std::unique_ptr<X509_EXTENSION, tds::Deleter<&X509_EXTENSION_free>>;
 using File = std::unique_ptr<std::FILE, tds::Deleter<&std::fclose>>;
 
 [[noreturn]] void throwTlsError(const std::string& what) {
     throw std::runtime_error(what + ": " + tds::takeTlsErrors());
-}
-
-bool isAddress(const std::string& name) {
-    unsigned char address[sizeof(in6_addr)];
-    return inet_pton(AF_INET, name.c_str(), address) == 1 || inet_pton(AF_INET6, name.c_str(), address) == 1;
 }
 
 bool isUsable(const CertificateFiles& files, const std::vector<std::string>& names) {
@@ -50,7 +45,9 @@ bool isUsable(const CertificateFiles& files, const std::vector<std::string>& nam
     return certificate && key && X509_check_private_key(certificate.get(), key.get()) == 1 &&
            X509_cmp_time(X509_get0_notAfter(certificate.get()), &renewal) > 0 &&
            std::all_of(names.begin(), names.end(), [&](const std::string& name) {
-               if (isAddress(name)) return X509_check_ip_asc(certificate.get(), name.c_str(), 0) == 1;
+               constexpr int kNoAddress = -2;
+               const int found = X509_check_ip_asc(certificate.get(), name.c_str(), 0);
+               if (found != kNoAddress) return found == 1;
                return X509_check_host(certificate.get(), name.c_str(), name.size(), 0, nullptr) == 1;
            });
 }
@@ -78,17 +75,20 @@ Certificate makeCertificate(EVP_PKEY& key, const std::vector<std::string>& names
     X509_set_pubkey(&x509, &key);
     addExtension(x509, NID_basic_constraints, "critical,CA:FALSE");
     addExtension(x509, NID_ext_key_usage, "serverAuth");
-    const auto kind = [](const auto& name) { return (isAddress(name) ? "IP:" : "DNS:") + name; };
+    const auto kind = [](const std::string& name) {
+        return (Address(a2i_IPADDRESS(name.c_str())) ? "IP:" : "DNS:") + name;
+    };
     addExtension(x509, NID_subject_alt_name, tsql::commaList(names, kind));
     if (X509_sign(&x509, &key, EVP_sha256()) == 0) throwTlsError("the certificate cannot be signed");
     return certificate;
 }
 
 template <typename Write>
-void replaceFile(const std::filesystem::path& path, mode_t mode, Write write) {
+void replaceFile(const std::filesystem::path& path, Write write) {
+    constexpr mode_t kPrivate = 0600;
     const std::filesystem::path replacement = path.string() + ".new";
     ::unlink(replacement.c_str());
-    const int fd = ::open(replacement.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
+    const int fd = ::open(replacement.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kPrivate);
     const File file(fd < 0 ? nullptr : ::fdopen(fd, "w"));
     if (!file) throw std::runtime_error(replacement.string() + ": " + std::strerror(errno));
     const bool isWritten = write(file.get()) == 1 && std::fflush(file.get()) == 0;
@@ -97,15 +97,13 @@ void replaceFile(const std::filesystem::path& path, mode_t mode, Write write) {
 }
 
 void createSelfSigned(const CertificateFiles& files, const std::vector<std::string>& names) {
-    constexpr mode_t kPrivate = 0600, kReadable = 0644;
     const Key key(EVP_EC_gen("P-256"));
     if (!key) throwTlsError("no key can be generated");
     const Certificate certificate = makeCertificate(*key, names);
-    replaceFile(files.key, kPrivate, [&](std::FILE* file) {
+    replaceFile(files.key, [&](std::FILE* file) {
         return PEM_write_PrivateKey(file, key.get(), nullptr, nullptr, 0, nullptr, nullptr);
     });
-    replaceFile(files.certificate, kReadable,
-                [&](std::FILE* file) { return PEM_write_X509(file, certificate.get()); });
+    replaceFile(files.certificate, [&](std::FILE* file) { return PEM_write_X509(file, certificate.get()); });
 }
 
 }  // namespace

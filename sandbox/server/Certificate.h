@@ -14,8 +14,8 @@ struct CertificateFiles {
 };
 
 // Returns a context for TLS 1.2 up to a version in OpenSSL's numbers. Given host names and IP addresses,
-// first creates a self-signed certificate for them and its key (mode 0600), unless the files hold a pair that
-// is valid for these names and for another 30 days. Throws std::runtime_error.
+// first creates a self-signed certificate for them and its key (both of mode 0600), unless the files hold a
+// pair that is valid for these names and for another 30 days. Throws std::runtime_error.
 tds::TlsContext openTls(const CertificateFiles& files, const std::vector<std::string>& selfSignedNames,
                         int newestTls);
 

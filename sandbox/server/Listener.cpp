@@ -62,7 +62,7 @@ void blockStopSignals() {
 Listener::Listener(const Options& options, const tds::Credentials& credentials, tsql::Engine& engine)
     : m_options(options),
       m_engine(engine),
-      m_tls(options.encryption == tds::EncryptionMode::None
+      m_tls(options.encryption == tds::Encryption::None
                 ? nullptr
                 : openTls(options.tlsFiles, options.selfSignedNames, options.newestTls)),
       m_keytab(options.keytab.empty() ? nullptr : std::make_unique<tds::Keytab>(options.keytab)),

@@ -7,8 +7,8 @@ namespace {
 
 constexpr int kWrongCommandLine = 2;  // exit code
 
-using enum tds::EncryptionMode;
-const std::map<std::string, tds::EncryptionMode> kEncryptionModes = {
+using enum tds::Encryption;
+const std::map<std::string, tds::Encryption> kEncryptionModes = {
     {"login", Login}, {"none", None}, {"on", On}, {"required", Required}};
 const std::map<std::string, int> kTlsVersions = {
     {"1.1", TLS1_1_VERSION}, {"1.2", TLS1_2_VERSION}, {"1.3", TLS1_3_VERSION}};

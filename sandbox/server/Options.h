@@ -16,7 +16,7 @@ struct Options {
     std::uint16_t port = 1433;  // 0: any free port
     bool allowRemote = false;   // permits a listenAddress outside 127.0.0.0/8
     bool stopAtEndOfInput = false;
-    std::optional<tds::EncryptionMode> encryption;  // parseOptions() chooses one if none is given
+    std::optional<tds::Encryption> encryption;  // parseOptions() chooses one if none is given
     CertificateFiles tlsFiles;
     int newestTls = TLS1_2_VERSION;
     std::vector<std::string> selfSignedNames;          // empty: the files exist

@@ -52,10 +52,7 @@ class ByteReader {
     std::uint8_t u8() { return static_cast<std::uint8_t>(number(1)); }
     std::uint16_t u16() { return static_cast<std::uint16_t>(number(2)); }
     std::uint32_t u32() { return static_cast<std::uint32_t>(number(4)); }
-    std::uint16_t u16BigEndian() {
-        const unsigned high = u8();
-        return static_cast<std::uint16_t>(high << 8 | u8());
-    }
+    std::uint16_t u16BigEndian() { return __builtin_bswap16(u16()); }
 
   private:
     ByteView m_data;

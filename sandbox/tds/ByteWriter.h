@@ -37,8 +37,12 @@ class ByteWriter {
 
     // B_VARCHAR and US_VARCHAR, [MS-TDS] 2.2.5.1.2: UTF-16 behind a length in code units, of one and two
     // bytes. Longer strings are truncated.
-    void byteVarchar(std::string_view utf8) { varchar(utf8, 1, 0xFF); }
-    void shortVarchar(std::string_view utf8, std::size_t maxUnits) { varchar(utf8, 2, maxUnits); }
+    void varchar(std::string_view utf8, std::size_t lengthWidth = 1, std::size_t maxUnits = 0xFF) {
+        const Bytes wire = utf16FromUtf8(utf8);
+        const std::size_t units = std::min(wire.size() / 2, maxUnits);
+        number(units, lengthWidth);
+        m_data.append(wire, 0, 2 * units);
+    }
 
     // Reserves a length field in front of content of unknown size. Returns the position behind the field,
     // which closeLength() or fillIn() needs once the content is written.
@@ -58,13 +62,6 @@ class ByteWriter {
     std::size_t size() const { return m_data.size(); }
 
   private:
-    void varchar(std::string_view utf8, std::size_t lengthWidth, std::size_t maxUnits) {
-        const Bytes wire = utf16FromUtf8(utf8);
-        const std::size_t units = std::min(wire.size() / 2, maxUnits);
-        number(units, lengthWidth);
-        m_data.append(wire, 0, 2 * units);
-    }
-
     Bytes m_data;
 };
 

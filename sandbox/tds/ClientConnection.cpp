@@ -10,12 +10,6 @@ namespace {
 
 constexpr std::string_view kDefaultDatabase = "master";
 constexpr std::string_view kLanguage = "us_english";
-constexpr int kFatalSeverity = 20;
-
-// An error as a message of a batch's first line.
-tsql::Message messageOf(const tsql::SqlError& error) {
-    return {error.number, error.severity, error.state, 1, {}, error.what()};
-}
 
 }  // namespace
 
@@ -57,19 +51,18 @@ bool ClientConnection::logIn() {
 
 Login ClientConnection::readLogin() {
     Request request = m_channel.readRequest();
-    using enum EncryptionOption;
-    EncryptionOption encryption = negotiate(m_settings.encryption, NotSupported);
+    Encryption encryption = negotiate(m_settings.encryption, Encryption::None);
     if (request.type == PacketType::Prelogin) {
         encryption = negotiate(m_settings.encryption, parsePrelogin(request.data));
         Bytes reply = preloginReply(encryption);
         m_channel.send(reply, PacketChannel::Extent::AllAndEnd);
-        if (encryption != NotSupported) m_channel.startTls(*m_settings.tls);
+        if (encryption != Encryption::None) m_channel.startTls(*m_settings.tls);
         request = m_channel.readRequest();
-    } else if (encryption != NotSupported) {
+    } else if (encryption != Encryption::None) {
         throw ProtocolError("the client did not start TLS, which the server requires");
     }
     if (request.type != PacketType::Login7) throw ProtocolError("the client did not send a login");
-    if (encryption == Off) m_channel.endTls();
+    if (encryption == Encryption::Login) m_channel.endTls();
     return parseLogin(request.data);
 }
 
@@ -107,19 +100,19 @@ bool ClientConnection::authenticate(Login& login) {
 
 void ClientConnection::refuseLogin(const Login& login, const tsql::SqlError& error) {
     std::this_thread::sleep_for(m_settings.refusalDelay);  // slows down the guessing of passwords
-    m_response.message(messageOf(error));
+    m_response.message(asMessage(error));
     if (error.number != tsql::kLoginFailed && error.number != tsql::kUntrustedLogin)
-        m_response.message(messageOf(tsql::sqlError(tsql::kLoginFailed, {login.userName})));
+        m_response.message(asMessage(tsql::sqlError(tsql::kLoginFailed, {login.userName})));
     m_response.finish();
 }
 
 void ClientConnection::acceptLogin(const Login& login) {
     const std::string database(m_session->database());
     m_response.textChange(EnvChange::Database, database, kDefaultDatabase);
-    m_response.message(messageOf(tsql::sqlError(tsql::kDatabaseChanged, {database}, /*state=*/2)));
+    m_response.message(asMessage(tsql::sqlError(tsql::kDatabaseChanged, {database}, /*state=*/2)));
     m_response.binaryChange(EnvChange::Collation, kCollation);
     m_response.textChange(EnvChange::Language, kLanguage, {});
-    m_response.message(messageOf(tsql::sqlError(tsql::kLanguageChanged, {kLanguage})));
+    m_response.message(asMessage(tsql::sqlError(tsql::kLanguageChanged, {kLanguage})));
     m_response.loginAck();
     m_response.textChange(EnvChange::PacketSize, std::to_string(login.packetSize),
                           std::to_string(kDefaultPacketSize));
@@ -188,7 +181,7 @@ bool ClientConnection::reportErrors(Work work) {
     try {
         return work();
     } catch (const tsql::SqlError& problem) {
-        m_response.message(messageOf(problem));
+        m_response.message(asMessage(problem));
         return true;
     } catch (const ConnectionClosed&) {
         throw;
@@ -196,9 +189,8 @@ bool ClientConnection::reportErrors(Work work) {
         throw;
     } catch (const std::exception& problem) {
         std::fprintf(stderr, "session %d: %s\n", m_sessionId, problem.what());
-        m_response.message(
-            messageOf({tsql::kUserDefined, std::string("Internal error of tsqlbox: ") + problem.what(),
-                       kFatalSeverity}));
+        const std::string text = std::string("Internal error of tsqlbox: ") + problem.what();
+        m_response.message(tsql::asMessage({tsql::kUserDefined, text, tsql::kFatalSeverity}));
         return false;
     }
 }
@@ -206,20 +198,19 @@ bool ClientConnection::reportErrors(Work work) {
 bool ClientConnection::runCalls(ByteView body) {
     for (tsql::ProcedureCall& call : parseRpc(body)) {
         m_response.beginCall();
-        if (!reportErrors([&] { return runCall(call); })) return false;
+        const auto run = [&] {
+            if (!m_session->call(call, m_response)) return false;
+            m_response.returnStatus(call.status);
+            for (const auto& argument : call.arguments)
+                if (argument.output)
+                    m_response.returnValue(&argument - call.arguments.data(), argument.name, argument.type,
+                                           tsql::viewOf(argument.value));
+            return true;
+        };
+        if (!reportErrors(run)) return false;
         m_response.endCall();
         if (call.aborted || m_response.attention()) break;
     }
-    return true;
-}
-
-bool ClientConnection::runCall(tsql::ProcedureCall& call) {
-    if (!m_session->call(call, m_response)) return false;
-    m_response.returnStatus(call.status);
-    for (const auto& argument : call.arguments)
-        if (argument.output)
-            m_response.returnValue(&argument - call.arguments.data(), argument.name, argument.type,
-                                   tsql::viewOf(argument.value));
     return true;
 }
 

@@ -12,7 +12,7 @@ namespace tds {
 struct ConnectionSettings {
     const Credentials& credentials;
     std::string serverName;
-    EncryptionMode encryption = EncryptionMode::None;
+    Encryption encryption = Encryption::None;
     SSL_CTX* tls = nullptr;          // not null unless the mode is None; not owned
     const Keytab* keytab = nullptr;  // not owned; null: Windows authentication is refused
     std::chrono::milliseconds loginLimit{15'000};
@@ -41,7 +41,6 @@ class ClientConnection {
     bool execute(const Request& request);
     void resetSession(Request::Reset reset);
     bool runCalls(ByteView body);
-    bool runCall(tsql::ProcedureCall& call);
     template <typename Work>
     bool reportErrors(Work work);
     ByteView withoutHeaders(ByteView data) const;

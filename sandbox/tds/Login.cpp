@@ -15,10 +15,9 @@ constexpr std::uint8_t kIntegratedSecurity = 0x80;
 
 // The newest supported version that is not newer than the client's.
 Version negotiatedVersion(std::uint32_t requested) {
-    for (const Version version : {Version::V74, Version::V73B, Version::V73A, Version::V72, Version::V71}) {
-        // The lower half is a build number, which differs between clients.
+    // The lower half is a build number, which differs between clients.
+    for (const Version version : {Version::V74, Version::V73B, Version::V73A, Version::V72, Version::V71})
         if (requested >> 16 >= static_cast<std::uint32_t>(version) >> 16) return version;
-    }
     throw ProtocolError("TDS versions before 7.1 are not supported");
 }
 
@@ -57,30 +56,28 @@ std::string plainPassword(ByteView field) {
 
 }  // namespace
 
-EncryptionOption parsePrelogin(ByteView request) {
+Encryption parsePrelogin(ByteView request) {
     constexpr std::uint8_t kEncryptionValues = 0x03;  // the bits above ask for a client certificate
-    EncryptionOption encryption = EncryptionOption::NotSupported;
+    Encryption encryption = Encryption::None;
     ByteReader reader(request);
     for (std::uint8_t option = reader.u8(); option != kTerminator; option = reader.u8()) {
         const std::size_t offset = reader.u16BigEndian();
         const std::size_t length = reader.u16BigEndian();
         const ByteView value = reader.at(offset, length);
         if (option == kEncryption && !value.empty())
-            encryption = static_cast<EncryptionOption>(value.front() & kEncryptionValues);
+            encryption = static_cast<Encryption>(value.front() & kEncryptionValues);
     }
     return encryption;
 }
 
-EncryptionOption negotiate(EncryptionMode server, EncryptionOption client) {
-    using enum EncryptionOption;
-    const bool clientSupports = client != NotSupported;
-    const bool serverInsists = server == EncryptionMode::Required;
-    if (server == EncryptionMode::None || (!clientSupports && !serverInsists)) return NotSupported;
+Encryption negotiate(Encryption server, Encryption client) {
+    using enum Encryption;
+    if (server == None || (client == None && server != Required)) return None;
     if (client == On || client == Required) return On;
-    return server == EncryptionMode::Login ? Off : Required;
+    return server == Login ? Login : Required;
 }
 
-Bytes preloginReply(EncryptionOption encryption) {
+Bytes preloginReply(Encryption encryption) {
     ByteWriter version;
     version.bigEndian(kServerVersion, 4);
     version.u16(0);  // sub-build

@@ -8,26 +8,23 @@ namespace tds {
 
 // ---- PRELOGIN
 
-// Values of the option ENCRYPTION.
-enum class EncryptionOption : std::uint8_t { Off = 0, On = 1, NotSupported = 2, Required = 3 };
-
-// What a server offers.
-enum class EncryptionMode : std::uint8_t {
-    None,      // not supported
-    Login,     // only the login is encrypted, unless the client asks for more
-    On,        // everything is encrypted for clients that support it
-    Required,  // like On; other clients are refused
+// Values of the option ENCRYPTION, and what a server offers.
+enum class Encryption : std::uint8_t {
+    Login = 0,     // only the login is encrypted, unless the client asks for more
+    On = 1,        // everything is encrypted for clients that support it
+    None = 2,      // not supported
+    Required = 3,  // like On; other clients are refused
 };
 
-// Returns the client's option, NotSupported if the message has none. Throws ProtocolError for an option that
-// points outside the message.
-EncryptionOption parsePrelogin(ByteView request);
+// Returns the client's option, None if the message has none. Throws ProtocolError for an option that points
+// outside the message.
+Encryption parsePrelogin(ByteView request);
 
-// Returns the server's reply. NotSupported: nothing is encrypted, Off: only the login is, else everything.
-EncryptionOption negotiate(EncryptionMode server, EncryptionOption client);
+// Returns the server's reply. None: nothing is encrypted, Login: only the login is, else everything.
+Encryption negotiate(Encryption server, Encryption client);
 
 // Returns the reply to a PRELOGIN message. MARS is not supported.
-Bytes preloginReply(EncryptionOption encryption);
+Bytes preloginReply(Encryption encryption);
 
 // ---- LOGIN7
 

@@ -113,10 +113,7 @@ void PacketChannel::receive(int flags) {
 }
 
 void PacketChannel::appendInput(ByteView received) {
-    if (!m_tls || !m_tls->isEstablished()) {
-        m_input.append(received);
-        return;
-    }
+    if (!m_tls || !m_tls->isEstablished()) return static_cast<void>(m_input.append(received));
     const bool isOpen = m_tls->decrypt(received, m_input);
     writeSocket(m_tls->takeOutput());  // replies of the protocol itself, such as new keys
     if (!isOpen && buffered() == 0) throw ConnectionClosed("the client closed the connection");

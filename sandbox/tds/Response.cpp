@@ -32,7 +32,7 @@ void Response::loginAck() {
     const std::size_t place = m_out.openLength();
     m_out.u8(kInterfaceTransactSql);
     m_out.bigEndian(static_cast<std::uint32_t>(m_version), 4);
-    m_out.byteVarchar(kProductName);
+    m_out.varchar(kProductName);
     m_out.bigEndian(kServerVersion, 4);
     m_out.closeLength(place);
 }
@@ -45,9 +45,9 @@ void Response::message(const tsql::Message& message) {
     m_out.u32(static_cast<std::uint32_t>(message.number));
     m_out.u8(static_cast<std::uint8_t>(message.state));
     m_out.u8(static_cast<std::uint8_t>(message.severity));
-    m_out.shortVarchar(message.text, kMaxMessageUnits);
-    m_out.byteVarchar(m_serverName);
-    m_out.byteVarchar(message.procedure);
+    m_out.varchar(message.text, /*lengthWidth=*/2, kMaxMessageUnits);
+    m_out.varchar(m_serverName);
+    m_out.varchar(message.procedure);
     m_out.number(static_cast<std::uint32_t>(message.line), m_version >= Version::V72 ? 4 : 2);
     m_out.closeLength(place);
     m_channel.send(m_out.data(), PacketChannel::Extent::FullPackets);
@@ -103,7 +103,7 @@ void Response::columns(std::span<const tsql::Column> columns) {
         writeTypeInfo(m_out, type);
         // An empty table name: a count of parts since 7.2, a count of characters before.
         if (type.carriesTableName()) m_out.number(0, m_version >= Version::V72 ? 1 : 2);
-        m_out.byteVarchar(column.name);
+        m_out.varchar(column.name);
     }
 }
 
@@ -132,7 +132,7 @@ void Response::returnValue(std::ptrdiff_t ordinal, std::string_view name, const 
     const WireType sent = wireType(type, m_version);
     beginToken(Token::ReturnValue);
     m_out.u16(static_cast<std::uint16_t>(ordinal));
-    m_out.byteVarchar(name);
+    m_out.varchar(name);
     m_out.u8(kStatusOutputParameter);
     writeUserTypeAndFlags(kColumnNullable);
     writeTypeInfo(m_out, sent);
@@ -207,8 +207,7 @@ void Response::finish() {
 void Response::acknowledgeAttention() {
     m_attention = false;
     setPendingDone({Token::Done, kDoneAttention});
-    writePendingDone(kDoneFinal);
-    m_channel.send(m_out.data(), PacketChannel::Extent::AllAndEnd);
+    finish();
 }
 
 }  // namespace tds

@@ -39,6 +39,13 @@ struct ProcedureCall {
     bool aborted = false;  // an error or a cancellation ended the whole batch
 };
 
+constexpr int kFatalSeverity = 20;  // ends the session
+
+// An error as a message, by default of a batch's first line.
+inline Message asMessage(const SqlError& error, int line = 1, const std::string& procedure = {}) {
+    return {error.number, error.severity, error.state, line, procedure, error.what()};
+}
+
 // What a finished statement did.
 enum class StatementKind { Other, Select, Insert, Update, Delete, Merge };
 
@@ -63,7 +70,7 @@ class ResultSink {
     // Sends everything to the client now, for RAISERROR WITH NOWAIT.
     virtual void flush() {}
     // Called between rows and statements. True cancels the batch.
-    virtual bool cancelled() = 0;
+    virtual bool cancelled() { return false; }
 };
 
 }  // namespace tsql

@@ -11,13 +11,11 @@ constexpr std::string_view kBackupSet =
 NOT NULL PRIMARY KEY, name nvarchar(128) NULL, database_name nvarchar(128) NULL, backup_start_date datetime
 NULL, backup_finish_date datetime NULL, type char(1) NULL, backup_size numeric(18,0) NULL))";
 
-class FailingSink final : public ResultSink {
-  public:
+struct FailingSink final : ResultSink {
     void message(const Message& message) override {
         if (message.severity > 10)
             throw std::runtime_error("cannot prepare the system databases: " + message.text);
     }
-    bool cancelled() override { return false; }
 };
 
 }  // namespace

@@ -2,8 +2,6 @@
 
 namespace tsql {
 
-constexpr int kFatalSeverity = 20;
-
 Executor::Executor(Storage& storage, AppLocks& locks, Client client, std::string_view database, int spid)
     : m_storage(storage),
       m_locks(locks),
@@ -27,25 +25,25 @@ Executor::~Executor() {
     m_locks.releaseAll(this);
 }
 
-// Runs a request of the client to its end or to the error that ends it.
+// Runs a request of the client to its end or to the error that ends it. Returns false if it ends the session.
 template <typename Work>
-RequestEnd Executor::run(ResultSink& sink, Frame& frame, Work work) {
+bool Executor::run(ResultSink& sink, Frame& frame, Work work) {
     const Temporarily toClient(m_sink, &sink);
     const Temporarily cancellable(isBatchCancelled, [this] { return isCancelled(); });
-    RequestEnd end = RequestEnd::Whole;
+    bool sessionContinues = true;
     changeEntry([](SessionEntry& entry) { entry.isRunning = true; });
     try {
         work();
     } catch (const SyntaxError& error) {
         m_error = error.number;
-        report(messageOf(error, error.line, error.procedure));
+        report(asMessage(error, error.line, error.procedure));
     } catch (const SqliteFailure& failure) {  // while the types that the text names were looked up
-        report(messageOf({kUserDefined, failure.what()}, 1, ""));
+        report(asMessage({kUserDefined, failure.what()}));
     } catch (const ScopeEnd&) {
     } catch (const BatchEnd&) {
-        end = RequestEnd::Aborted;
+        frame.isAborted = true;
     } catch (const SessionEnd&) {
-        end = RequestEnd::SessionEnded;
+        sessionContinues = false;
     }
     // SQLite rolls back a transaction when a change in it is interrupted. XACT_ABORT demands this of every
     // cancelled request.
@@ -53,7 +51,7 @@ RequestEnd Executor::run(ResultSink& sink, Frame& frame, Work work) {
         (m_settings.abortOnError || std::exchange(m_abortsCancelled, false)) && m_transactions > 0;
     if (transactionLost() || (aborts && isCancelled())) rollBack();
     if (m_doomed) {
-        report(messageOf(sqlError(kDoomedAtEndOfBatch), 1, ""));
+        report(asMessage(sqlError(kDoomedAtEndOfBatch)));
         rollBack();
     }
     frame.temporary.clear();  // #tables of a batch belong to the session
@@ -64,20 +62,19 @@ RequestEnd Executor::run(ResultSink& sink, Frame& frame, Work work) {
         entry.database = m_database;
         entry.hasTransaction = m_connection.inTransaction();
     });
-    return end;
+    return sessionContinues;
 }
 
 bool Executor::runBatch(std::string_view text, ResultSink& sink) {
     Frame frame;
     frame.identity = m_batchIdentity;
-    const RequestEnd end = run(sink, frame, [&] {
+    return run(sink, frame, [&] {
         const Finally keepIdentity([&] { m_batchIdentity = frame.identity; });
         m_text = text;
         const auto batch = parsed(m_text, m_database);
         frame.declare(batch->locals);
         runFrame(batch->statements, frame);
     });
-    return end != RequestEnd::SessionEnded;
 }
 
 // Runs the call as EXEC @ = procedure @name = value, @name = @1 OUTPUT ... SQL text cannot name these
@@ -85,7 +82,7 @@ bool Executor::runBatch(std::string_view text, ResultSink& sink) {
 bool Executor::call(ProcedureCall& call, ResultSink& sink) {
     Frame frame;
     const auto variable = [](std::size_t i) { return '@' + std::to_string(i); };
-    const RequestEnd end = run(sink, frame, [&] {
+    const bool sessionContinues = run(sink, frame, [&] {
         Execute execute{"@", parseObjectName(call.procedure), {}, {}, nullptr};
         frame.variables["@"] = {Null{}, simpleType(TypeId::Int)};
         execute.arguments.reserve(call.arguments.size());
@@ -111,19 +108,18 @@ bool Executor::call(ProcedureCall& call, ResultSink& sink) {
             call.arguments[i].value = frame.variables[variable(i)].value;
     if (const auto* status = std::get_if<std::int64_t>(&frame.variables["@"].value))
         call.status = static_cast<int>(*status);
-    call.aborted = end == RequestEnd::Aborted;
-    return end != RequestEnd::SessionEnded;
+    call.aborted = frame.isAborted;
+    return sessionContinues;
 }
 
 bool Executor::insertBulk(const RowSource& sendRows, ResultSink& sink) {
     Frame frame;
-    const RequestEnd end = run(sink, frame, [&] {
+    return run(sink, frame, [&] {
         if (!m_bulk) throw SyntaxError(unsupported("rows without INSERT BULK"), 1);
         InsertBulk bulk = *std::exchange(m_bulk, std::nullopt);
         bulk.sendRows = sendRows;
         inFrame(frame, [&] { guarded(1, [&] { return this->run(bulk); }); });
     });
-    return end != RequestEnd::SessionEnded;
 }
 
 Flow Executor::runBlock(const Block& block) {
@@ -170,7 +166,7 @@ Flow Executor::guarded(int line, const std::function<Flow()>& work) {
     try {
         return work();
     } catch (const SyntaxError& error) {  // in dynamic SQL, which ends without its caller
-        afterError(messageOf(error, error.line, error.procedure), !m_settings.abortOnError);
+        afterError(asMessage(error, error.line, error.procedure), !m_settings.abortOnError);
     } catch (const SqlError& error) {
         fail(error, line);
     } catch (const SqliteFailure& failure) {
@@ -212,7 +208,7 @@ void Executor::afterError(const Message& message, bool raised) {
         throw BatchEnd{};
     }
     if (!raised && !verb.empty() && !endsHere && !refused)
-        report(messageOf(sqlError(kStatementTerminated), message.line, message.procedure));
+        report(asMessage(sqlError(kStatementTerminated), message.line, message.procedure));
     done(-1);  // separates the error from the next statement's rows
     if (endsHere) throw ScopeEnd{};
     if (refused) throw BatchEnd{};

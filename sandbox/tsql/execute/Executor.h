@@ -31,9 +31,6 @@ struct Raised {  // an error on its way to a CATCH block
 struct ScopeEnd {};    // ends the procedure, or the batch outside a procedure
 struct SessionEnd {};  // ends the session: severity 20 and above
 
-// How a request of the client ended.
-enum class RequestEnd { Whole, Aborted, SessionEnded };
-
 // Options of SET. They are restored at the end of a procedure or of dynamic SQL.
 struct Settings {
     bool noCount = false;
@@ -109,7 +106,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
   private:
     // ---- flow, variables, errors (Executor.cpp)
     template <typename Work>
-    RequestEnd run(ResultSink& sink, Frame& frame, Work work);
+    bool run(ResultSink& sink, Frame& frame, Work work);
     Flow runBlock(const Block& block);
     Flow runStatement(const Statement& statement);
     Flow guarded(int line, const std::function<Flow()>& work);
@@ -143,10 +140,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
         report(messageOf(sqlError(number, values), m_line));
     }
     Message messageOf(const SqlError& error, int line) const {
-        return messageOf(error, line, m_frames.back()->procedure);
-    }
-    static Message messageOf(const SqlError& error, int line, const std::string& procedure) {
-        return {error.number, error.severity, error.state, line, procedure, error.what()};
+        return asMessage(error, line, m_frames.back()->procedure);
     }
     SqlError errorOf(const SqliteFailure& failure);
     Flow done(std::int64_t count, StatementKind kind = StatementKind::Other);
@@ -168,7 +162,6 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     void run(const ChangeCursor& change);
     Flow run(const Fetch& fetch);
     std::shared_ptr<Cursor>& cursorNamed(const CursorName& cursor);
-    Flow sendRows(const Cursor& cursor, std::span<const std::vector<Value>> rows);
 
     // ---- queries and changes of rows (ExecutorQueries.cpp)
     Flow run(const SelectStatement& statement);
@@ -372,7 +365,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
                     std::chrono::steady_clock::time_point start) const;
     Progress progress(const Options& options = {});
     void runMedia(std::string_view verb, const std::function<void()>& work);
-    Flow sendTable(std::span<const Column> columns, std::span<const std::vector<Value>> rows);
+    Flow sendTable(const QueryText& table, std::span<const std::vector<Value>> rows);
     void restoreFrom(const std::string& file, const Restore& restore);
 
     // ---- names (ExecutorNames.cpp)

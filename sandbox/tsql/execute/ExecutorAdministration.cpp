@@ -121,8 +121,9 @@ void Executor::checkIdentity(const TableInfo& table, const Maintenance& check) {
     setCounter(table.schema, table.stored, table.counted(std::get<std::int64_t>(next) - step));
 }
 
-// Sends a result set that is not from a query.
-Flow Executor::sendTable(std::span<const Column> columns, std::span<const std::vector<Value>> rows) {
+// Sends rows that are kept in memory. Only the columns of `table` are used.
+Flow Executor::sendTable(const QueryText& table, std::span<const std::vector<Value>> rows) {
+    const std::vector<Column> columns(table.columns.begin(), table.columns.end());
     beginRows(columns);
     for (const auto& row : rows) {
         std::vector<CellView> cells(row.size());

@@ -126,9 +126,8 @@ void Executor::restoreFrom(const std::string& file, const Restore& restore) {
     const auto start = std::chrono::steady_clock::now();
     const std::string name = evaluateText(*restore.database);
     std::vector<std::string> moved;
-    const auto [first, last] = restore.options.equal_range("MOVE");
-    std::transform(first, last, std::back_inserter(moved),
-                   [&](auto& each) { return evaluateText(*each.second); });
+    for (auto [move, last] = restore.options.equal_range("MOVE"); move != last; ++move)
+        moved.push_back(evaluateText(*move->second));
     if (databaseKey(name) == databaseKey(m_database)) throw sqlError(kRestoreOfOwnDatabase, {name});
     if (m_storage.exists(name)) releaseDatabase(name, sqlError(kNoExclusiveAccess));
     try {

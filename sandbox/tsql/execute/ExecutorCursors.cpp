@@ -82,11 +82,6 @@ void Executor::run(const ChangeCursor& change) {
     }
 }
 
-Flow Executor::sendRows(const Cursor& cursor, std::span<const std::vector<Value>> rows) {
-    const std::vector<Column> heads(cursor.query.columns.begin(), cursor.query.columns.end());
-    return sendTable(heads, rows);
-}
-
 Flow Executor::run(const Fetch& fetch) {
     const std::shared_ptr<Cursor> cursor = cursorNamed(fetch.cursor);
     const auto& columns = cursor->query.columns;
@@ -98,7 +93,7 @@ Flow Executor::run(const Fetch& fetch) {
     const auto rows = cursor->move(fetch.from, fetch.offset ? evaluateInteger(*fetch.offset) : 0, 1);
     const bool found = !rows.empty();
     m_fetchStatus = found ? 0 : -1;
-    if (fetch.into.empty()) return sendRows(*cursor, rows);
+    if (fetch.into.empty()) return sendTable(cursor->query, rows);
     for (std::size_t i = 0; found && i < columns.size(); ++i) try {
             setVariable(fetch.into[i], viewOf(rows[0][i]), columns[i].type);
         } catch (const SqlError& error) {

@@ -107,7 +107,7 @@ Flow Executor::run(const CreateModule& module) try {
     });
     return finished();
 } catch (const SqlError& error) {  // reported with the name of the module
-    afterError(messageOf(error, m_line, module.name.name), /*raised=*/false);
+    afterError(asMessage(error, m_line, module.name.name), /*raised=*/false);
     return Flow::Next;
 }
 
@@ -205,7 +205,7 @@ void Executor::checkTransactions(int before, const std::string& procedure) {
     if (m_transactions == before || m_settings.implicitTransactions) return;
     const SqlError error =
         sqlError(kTransactionCountMismatch, {std::to_string(before), std::to_string(m_transactions)});
-    afterError(messageOf(error, 0, procedure), /*raised=*/true);
+    afterError(asMessage(error, 0, procedure), /*raised=*/true);
 }
 
 void Executor::runText(const std::string& text, const std::string& inside) {
@@ -220,19 +220,17 @@ void Executor::runText(const std::string& text, const std::string& inside) {
 }
 
 void Executor::asCall(const std::function<std::int32_t()>& work) {
-    const bool ofBatch = m_frames.size() == 1 && !m_rowHandler;
-    if (ofBatch) m_sink->procedureBegan();
-    std::optional<std::int32_t> status;
+    if (m_frames.size() > 1 || m_rowHandler) {
+        work();
+        return static_cast<void>(done(-1));
+    }
+    m_sink->procedureBegan();
     try {
-        status = work();
+        m_sink->procedureEnded(work());
     } catch (const Raised&) {
-        if (ofBatch) m_sink->procedureEnded(status);
+        m_sink->procedureEnded(std::nullopt);
         throw;
     }
-    if (ofBatch)
-        m_sink->procedureEnded(status);
-    else
-        done(-1);
 }
 
 std::optional<StoredModule> Executor::moduleOf(const SystemProcedure& procedure, const ObjectName& name) {
@@ -274,8 +272,7 @@ void Executor::callProcedure(const Execute& execute, const ObjectName& name, con
     try {
         arguments = bindArguments(module, execute.arguments, name.name, frame);
     } catch (const SqlError& error) {  // reported for the procedure with line 0
-        afterError(messageOf(error, 0, frame.procedure), /*raised=*/false);
-        return;
+        return afterError(asMessage(error, 0, frame.procedure), /*raised=*/false);
     }
     asCall([&] {
         if (system && system->body) try {

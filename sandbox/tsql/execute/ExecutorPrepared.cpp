@@ -84,8 +84,8 @@ void Executor::callStatement(const StatementCall& places, const Execute& call, c
     run(ChangeCursor{CursorVerb::Open, {name, true}});
     Cursor& cursor = *cursorNamed({name, true});
     const bool fetches = integerArgument(call, places.options) & kAutoFetch;
-    sendRows(cursor, cursor.move(fetches ? FetchFrom::Next : FetchFrom::Absolute, 0,
-                                 fetches ? integerArgument(call, places.options + 2) : 0));
+    sendTable(cursor.query, cursor.move(fetches ? FetchFrom::Next : FetchFrom::Absolute, 0,
+                                        fetches ? integerArgument(call, places.options + 2) : 0));
     returnArgument(call, places.cursor, m_lastHandle);
     returnArgument(call, places.options, kStatic);
     returnArgument(call, places.options + 1, kReadOnly);
@@ -135,7 +135,7 @@ void Executor::describe(const PreparedText& text, const std::string& database) {
     try {
         runStatement(text, {}, 0, database);
     } catch (const SyntaxError& error) {
-        report(messageOf(error, error.line, error.procedure));
+        report(asMessage(error, error.line, error.procedure));
         m_error = error.number;
     }
     if (m_error != 0) throw sqlError(kStatementNotPrepared);
@@ -169,10 +169,7 @@ void Executor::callHandle(const std::string& name, const Execute& call) {
     const std::int64_t handle = integerArgument(call, 0);
     m_error = 0;
     if (name == "sp_cursor") throw unsupported("sp_cursor, changes through a cursor");
-    if (name.ends_with("unprepare")) {
-        m_prepared.erase(handle);
-        return;
-    }
+    if (name.ends_with("unprepare")) return static_cast<void>(m_prepared.erase(handle));
     const auto cursor = m_cursors.find(cursorName(handle));
     if (cursor == m_cursors.end() || !cursor->second)
         throw sqlError(kCursorHandleNotFound, {name, std::to_string(handle)});
@@ -194,8 +191,8 @@ void Executor::fetchBlock(Cursor& cursor, const Execute& call) {
     const auto bit = static_cast<std::size_t>(std::countr_zero(again ? kRelative : type));
     if (!std::has_single_bit(type) || bit >= std::size(kFetches))
         throw unsupported("sp_cursorfetch of type " + std::to_string(type));
-    sendRows(cursor, cursor.move(kFetches[bit], again ? 0 : integerArgument(call, 2),
-                                 integerArgument(call, 3, kUsualRows)));
+    sendTable(cursor.query, cursor.move(kFetches[bit], again ? 0 : integerArgument(call, 2),
+                                        integerArgument(call, 3, kUsualRows)));
 }
 
 }  // namespace tsql

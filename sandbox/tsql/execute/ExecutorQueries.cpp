@@ -291,10 +291,9 @@ std::int64_t Executor::nextIdentity(std::string_view schema, std::string_view ta
 
 // Identities are not generated again, even if their rows were rolled back.
 void Executor::skipIdentities() {
-    for (const auto& [table, last] : m_givenIdentities) {
+    for (const auto& [table, last] : m_givenIdentities)
         m_connection.run("UPDATE " + table.first + ".sqlite_sequence SET seq = max(seq, ?2) WHERE name = ?1",
                          {table.second, last});
-    }
 }
 
 // The caller has announced the change.

@@ -38,14 +38,15 @@ int Executor::helpText(const Frame& frame) {
     if (!found) throw sqlError(kInvalidObject, {name.name, name.database});
     if (found->source.empty()) throw sqlError(kNoTextOfObject, {name.name});
     constexpr std::size_t kWidest = 255;
-    const Column column{"Text", nvarcharType(kWidest)};
+    QueryText table;
+    table.columns.push_back({{"Text", nvarcharType(kWidest)}, {}});
     std::vector<std::vector<Value>> rows;
     for (std::string_view rest = found->source; !rest.empty();) {
         const std::string_view line = rest.substr(0, std::min(rest.find('\n'), rest.size() - 1) + 1);
         rows.push_back({ownedValue(characters(line, 0, kWidest))});
         rest.remove_prefix(std::get<std::string>(rows.back().front()).size());
     }
-    sendTable({&column, 1}, rows);
+    sendTable(table, rows);
     return 0;
 }
 

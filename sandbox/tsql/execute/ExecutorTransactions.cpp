@@ -70,11 +70,9 @@ void Executor::inTransaction(const std::function<void()>& work) {
 void Executor::commit() {
     if (m_transactions == 0) throw sqlError(kCommitWithoutBegin);
     if (m_doomed) throw sqlError(kTransactionDoomed);
-    if (m_transactions == 1 && m_connection.inTransaction()) m_connection.run("COMMIT");
-    if (m_transactions > 1)
-        --m_transactions;
-    else
-        endTransaction(TransactionEvent::Committed);
+    if (m_transactions > 1) return static_cast<void>(--m_transactions);
+    if (m_connection.inTransaction()) m_connection.run("COMMIT");
+    endTransaction(TransactionEvent::Committed);
 }
 
 // Generated identities are not reused.

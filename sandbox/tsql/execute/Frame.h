@@ -70,6 +70,7 @@ struct Frame {
     WordMap<std::shared_ptr<TableVariable>> tables;
     WordSet readOnly;                  // tables that are parameters
     std::vector<TableInfo> temporary;  // #tables and #procedures that end with this frame
+    bool isAborted = false;            // an error or a cancellation ended the whole batch
     bool isFunction = false;
     bool isQuery = false;            // view or table-valued function
     const Firing* firing = nullptr;  // of a trigger
