@@ -14,15 +14,15 @@ constexpr std::string_view kTables[] = {
     "CREATE TABLE IF NOT EXISTS $.tsqlbox_objects (id INTEGER PRIMARY KEY AUTOINCREMENT, "
     "name TEXT NOT NULL COLLATE ts_ci, type TEXT NOT NULL, parent INTEGER NOT NULL, stored TEXT NOT NULL, "
     "keys TEXT NOT NULL, created TEXT NOT NULL, source TEXT NOT NULL)",
-    R"(CREATE TABLE IF NOT EXISTS $.tsqlbox_columns (object INTEGER NOT NULL, ordinal INTEGER NOT NULL, name TEXT NOT NULL
-COLLATE ts_ci, type INTEGER NOT NULL, nullable INTEGER NOT NULL, identity INTEGER NOT NULL, fallback TEXT NOT NULL, output
-INTEGER NOT NULL, PRIMARY KEY (object, ordinal)))",
+    R"(CREATE TABLE IF NOT EXISTS $.tsqlbox_columns (object INTEGER NOT NULL, ordinal INTEGER NOT NULL, name TEXT NOT
+NULL COLLATE ts_ci, type INTEGER NOT NULL, nullable INTEGER NOT NULL, identity INTEGER NOT NULL, fallback TEXT NOT NULL,
+output INTEGER NOT NULL, PRIMARY KEY (object, ordinal)))",
     "CREATE INDEX IF NOT EXISTS $.tsqlbox_objects_name ON tsqlbox_objects (name)",
     "CREATE INDEX IF NOT EXISTS $.tsqlbox_triggers ON tsqlbox_objects (parent) WHERE type = 'TR'",
     // Users and roles and, in master, logins. The columns have the types of T-SQL.
-    R"(CREATE TABLE IF NOT EXISTS $.tsqlbox_principals (id int, login bit, name nvarchar(128) COLLATE ts_ci, type char(1),
-sid varbinary(85), home nvarchar(128), owner int, created datetime DEFAULT '2003-04-08 09:10:42.287', PRIMARY KEY
-(login, id)))",
+    R"(CREATE TABLE IF NOT EXISTS $.tsqlbox_principals (id int, login bit, name nvarchar(128) COLLATE ts_ci, type
+char(1), sid varbinary(85), home nvarchar(128), owner int, created datetime DEFAULT '2003-04-08 09:10:42.287', PRIMARY
+KEY (login, id)))",
     R"(INSERT OR IGNORE INTO $.tsqlbox_principals (id, login, name, type, sid) VALUES (1, 1, '', 'S', x'01'), (2, 1,
 'public', 'R', x'02'), (3, 1, 'sysadmin', 'R', x'03'), (0, 0, 'public', 'R', NULL), (1, 0, 'dbo', 'S', x'01'), (2,
 0, 'guest', 'S', x'00'), (3, 0, 'INFORMATION_SCHEMA', 'S', NULL), (4, 0, 'sys', 'S', NULL), (16384, 0, 'db_owner',
@@ -30,16 +30,17 @@ sid varbinary(85), home nvarchar(128), owner int, created datetime DEFAULT '2003
 'db_datawriter', 'R', NULL))",
     "CREATE TABLE IF NOT EXISTS $.tsqlbox_members (role int, member int)",
     // Permissions on and properties of the database (class 0), objects (1) and schemas (3), by their id.
-    R"(CREATE TABLE IF NOT EXISTS $.tsqlbox_permissions (class int, major int, grantee int, code char(4), name nvarchar(128),
-state char(1), PRIMARY KEY (class, major, grantee, name)))",
-    R"(CREATE TABLE IF NOT EXISTS $.tsqlbox_properties (class int, major int, minor int, name nvarchar(128) COLLATE ts_ci,
-value nvarchar(4000), PRIMARY KEY (class, major, minor, name)))",
+    R"(CREATE TABLE IF NOT EXISTS $.tsqlbox_permissions (class int, major int, grantee int, code char(4), name
+nvarchar(128), state char(1), PRIMARY KEY (class, major, grantee, name)))",
+    R"(CREATE TABLE IF NOT EXISTS $.tsqlbox_properties (class int, major int, minor int, name nvarchar(128) COLLATE
+ts_ci, value nvarchar(4000), PRIMARY KEY (class, major, minor, name)))",
     // What belongs to an object or a column is deleted with it.
     R"(CREATE TRIGGER IF NOT EXISTS $.tsqlbox_column_deleted AFTER DELETE ON tsqlbox_columns BEGIN DELETE FROM
 tsqlbox_properties WHERE class = 1 AND major = old.object AND minor = old.ordinal; END)",
-    R"(CREATE TRIGGER IF NOT EXISTS $.tsqlbox_object_deleted AFTER DELETE ON tsqlbox_objects BEGIN DELETE FROM tsqlbox_columns
-WHERE object = old.id; DELETE FROM sqlite_sequence WHERE name = '@sequence ' || old.id; DELETE FROM tsqlbox_permissions
-WHERE class > 0 AND major = old.id; DELETE FROM tsqlbox_properties WHERE class > 0 AND major = old.id; END)",
+    R"(CREATE TRIGGER IF NOT EXISTS $.tsqlbox_object_deleted AFTER DELETE ON tsqlbox_objects BEGIN DELETE FROM
+tsqlbox_columns WHERE object = old.id; DELETE FROM sqlite_sequence WHERE name = '@sequence ' || old.id; DELETE FROM
+tsqlbox_permissions WHERE class > 0 AND major = old.id; DELETE FROM tsqlbox_properties WHERE class > 0 AND major =
+old.id; END)",
 };
 
 // Values of tsqlbox_columns.identity; a persisted computed column has kComputed + 1. tsqlbox_columns.output

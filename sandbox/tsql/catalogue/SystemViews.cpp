@@ -30,32 +30,32 @@ parent_object_id int = o.parent; type char(2) = o.type; type_desc nvarchar(60) =
 = o.created; modify_date datetime = o.created; is_ms_shipped bit = 0; is_published bit = 0;
 is_schema_published bit = 0)"},
     {"$KIND",
-     R"(CASE o.type WHEN 'U' THEN 'USER_TABLE' WHEN 'V' THEN 'VIEW' WHEN 'P' THEN 'SQL_STORED_PROCEDURE'
-WHEN 'FN' THEN 'SQL_SCALAR_FUNCTION' WHEN 'TF' THEN 'SQL_TABLE_VALUED_FUNCTION' WHEN 'IF' THEN 'SQL_INLINE_TABLE_VALUED_FUNCTION' WHEN 'PK' THEN
-'PRIMARY_KEY_CONSTRAINT' WHEN 'UQ' THEN 'UNIQUE_CONSTRAINT' WHEN 'TR' THEN 'SQL_TRIGGER' WHEN 'SO' THEN
-'SEQUENCE_OBJECT' WHEN 'F' THEN 'FOREIGN_KEY_CONSTRAINT' WHEN 'D'
-THEN 'DEFAULT_CONSTRAINT' ELSE 'CHECK_CONSTRAINT' END)"},
+     R"(CASE o.type WHEN 'U' THEN 'USER_TABLE' WHEN 'V' THEN 'VIEW' WHEN 'P' THEN 'SQL_STORED_PROCEDURE' WHEN 'FN' THEN
+'SQL_SCALAR_FUNCTION' WHEN 'TF' THEN 'SQL_TABLE_VALUED_FUNCTION' WHEN 'IF' THEN 'SQL_INLINE_TABLE_VALUED_FUNCTION' WHEN
+'PK' THEN 'PRIMARY_KEY_CONSTRAINT' WHEN 'UQ' THEN 'UNIQUE_CONSTRAINT' WHEN 'TR' THEN 'SQL_TRIGGER' WHEN 'SO' THEN
+'SEQUENCE_OBJECT' WHEN 'F' THEN 'FOREIGN_KEY_CONSTRAINT' WHEN 'D' THEN 'DEFAULT_CONSTRAINT' ELSE 'CHECK_CONSTRAINT' END)"},
     {"$COLUMN",
      R"(object_id int = c.object; name sysname = c.name; column_id int = c.ordinal; $TYPE; collation_name sysname = CASE
-ts_type_family(c.type) WHEN 't' THEN '$C' END; is_nullable bit = c.nullable; is_identity bit = c.identity = 1; is_computed
-bit = c.identity > 1; default_object_id int = coalesce((SELECT d.id FROM $o d WHERE d.type = 'D' AND d.parent = c.object
-AND d.keys = c.name), 0))"},
+ts_type_family(c.type) WHEN 't' THEN '$C' END; is_nullable bit = c.nullable; is_identity bit = c.identity = 1;
+is_computed bit = c.identity > 1; default_object_id int = coalesce((SELECT d.id FROM $o d WHERE d.type = 'D' AND
+d.parent = c.object AND d.keys = c.name), 0))"},
     {"$TYPE",
-     R"(system_type_id tinyint = iif($ISTABLE, 243, ts_type_number(c.type)); user_type_id int =
-iif(c.output > 1, (c.output >> 1) + 256, ts_type_number(c.type)); max_length smallint = ts_type_length(c.type); precision tinyint = ts_type_precision(c.type); scale tinyint =
-ts_type_scale(c.type))"},
+     R"(system_type_id tinyint = iif($ISTABLE, 243, ts_type_number(c.type)); user_type_id int = iif(c.output > 1,
+(c.output >> 1) + 256, ts_type_number(c.type)); max_length smallint = ts_type_length(c.type); precision tinyint =
+ts_type_precision(c.type); scale tinyint = ts_type_scale(c.type))"},
     {"$ANYTYPE",
-     R"(name sysname = ts_bare_name(t.stored); system_type_id tinyint = ifnull(ts_type_number(t.type), 243); user_type_id int =
-iif(t.object, t.object + 256, ts_type_number(t.type)); schema_id int = iif(t.object, (SELECT s.id FROM $SCHEMAS WHERE s.name = ts_schema_of(t.stored) COLLATE ts_ci), 4); max_length
-smallint = ifnull(ts_type_length(t.type), -1); precision tinyint = ifnull(ts_type_precision(t.type), 0); scale tinyint =
-ifnull(ts_type_scale(t.type), 0); collation_name sysname = CASE ts_type_family(t.type) WHEN 't' THEN '$C' END; is_nullable
-bit = ifnull(t.nullable, 0); is_user_defined bit = t.object > 0; is_table_type bit = t.kind = 'TT')"},
+     R"(name sysname = ts_bare_name(t.stored); system_type_id tinyint = ifnull(ts_type_number(t.type), 243);
+user_type_id int = iif(t.object, t.object + 256, ts_type_number(t.type)); schema_id int = iif(t.object, (SELECT s.id
+FROM $SCHEMAS WHERE s.name = ts_schema_of(t.stored) COLLATE ts_ci), 4); max_length smallint =
+ifnull(ts_type_length(t.type), -1); precision tinyint = ifnull(ts_type_precision(t.type), 0); scale tinyint =
+ifnull(ts_type_scale(t.type), 0); collation_name sysname = CASE ts_type_family(t.type) WHEN 't' THEN '$C' END;
+is_nullable bit = ifnull(t.nullable, 0); is_user_defined bit = t.object > 0; is_table_type bit = t.kind = 'TT')"},
     {"$NAMED",
-     R"(DATA_TYPE sysname = iif($ISTABLE, 'table type', ts_type_base(c.type)); CHARACTER_MAXIMUM_LENGTH int = ts_type_characters(c.type);
-CHARACTER_OCTET_LENGTH int = CASE WHEN ts_type_characters(c.type) > 8000 THEN 2147483647 WHEN
-ts_type_characters(c.type) IS NOT NULL THEN ts_type_length(c.type) END; NUMERIC_PRECISION tinyint = CASE
-ts_type_family(c.type) WHEN 'd' THEN NULL ELSE nullif(ts_type_precision(c.type), 0) END; NUMERIC_SCALE int =
-CASE ts_type_family(c.type) WHEN 'n' THEN ts_type_scale(c.type) END; DATETIME_PRECISION smallint = CASE
+     R"(DATA_TYPE sysname = iif($ISTABLE, 'table type', ts_type_base(c.type)); CHARACTER_MAXIMUM_LENGTH int =
+ts_type_characters(c.type); CHARACTER_OCTET_LENGTH int = CASE WHEN ts_type_characters(c.type) > 8000 THEN 2147483647
+WHEN ts_type_characters(c.type) IS NOT NULL THEN ts_type_length(c.type) END; NUMERIC_PRECISION tinyint = CASE
+ts_type_family(c.type) WHEN 'd' THEN NULL ELSE nullif(ts_type_precision(c.type), 0) END; NUMERIC_SCALE int = CASE
+ts_type_family(c.type) WHEN 'n' THEN ts_type_scale(c.type) END; DATETIME_PRECISION smallint = CASE
 ts_type_family(c.type) WHEN 'd' THEN ts_type_scale(c.type) END)"},
     {"$STATE",
      R"(is_disabled bit = o.source GLOB 'NOCHECK *'; is_not_trusted bit = o.source GLOB 'NOCHECK *' OR
@@ -63,13 +63,13 @@ o.source GLOB 'WITH NOCHECK *')"},
     {"$ISTABLE", "(SELECT t.type FROM $o t WHERE t.id = c.output >> 1) IS 'TT'"},
     {"$LOGIN", "login_time datetime = strftime('%Y-%m-%d %H:%M:%f', s.begin, 'unixepoch', 'localtime')"},
     {"$USER",
-     R"(name sysname = iif(p.name = '', ts_system_user(), p.name); principal_id int = p.id; sid varbinary(85) = p.sid; type
-char(1) = p.type; type_desc nvarchar(60) = CASE p.type WHEN 'R' THEN iif(p.login, 'SERVER', 'DATABASE') || '_ROLE' WHEN
-'S' THEN 'SQL_' ELSE 'WINDOWS_' END || iif(p.type = 'R', '', iif(p.login, 'LOGIN', 'USER')); create_date datetime =
+     R"(name sysname = iif(p.name = '', ts_system_user(), p.name); principal_id int = p.id; sid varbinary(85) = p.sid;
+type char(1) = p.type; type_desc nvarchar(60) = CASE p.type WHEN 'R' THEN iif(p.login, 'SERVER', 'DATABASE') || '_ROLE'
+WHEN 'S' THEN 'SQL_' ELSE 'WINDOWS_' END || iif(p.type = 'R', '', iif(p.login, 'LOGIN', 'USER')); create_date datetime =
 p.created; modify_date datetime = p.created; owning_principal_id int = p.owner; is_fixed_role bit = p.id > 16383)"},
     {"$CLASS",
-     R"(class tinyint = g.class; class_desc nvarchar(60) = CASE g.class WHEN 0 THEN 'DATABASE' WHEN 1 THEN 'OBJECT_OR_COLUMN'
-ELSE 'SCHEMA' END; major_id int = g.major + iif(g.class = 3, 4, 0))"},
+     R"(class tinyint = g.class; class_desc nvarchar(60) = CASE g.class WHEN 0 THEN 'DATABASE' WHEN 1 THEN
+'OBJECT_OR_COLUMN' ELSE 'SCHEMA' END; major_id int = g.major + iif(g.class = 3, 4, 0))"},
     {"$PART", "('[' || o.stored || ']') ->> "},
     {"$PRIMARY_KEY", "(SELECT p.keys FROM $o p WHERE p.parent = r.id AND p.type = 'PK')"},
     {"$EACH(", "json_each('[' || replace(json_quote("},
@@ -118,9 +118,9 @@ is_in_standby bit = 0; recovery_model tinyint = 3; recovery_model_desc nvarchar(
     {"", "sysdatabases", "name sysname = name; dbid smallint = id; status int = 0; cmptlevel tinyint = 150",
      "$L"},
     {"", "sysobjects",
-     R"(name sysname = ts_bare_name(o.name); id int = o.id; xtype char(2) = o.type; uid smallint = $SCHEMA_ID; parent_obj
-int = o.parent; crdate datetime = o.created; type char(2) = CASE o.type WHEN 'PK' THEN 'K' WHEN 'UQ' THEN 'K' ELSE
-o.type END)",
+     R"(name sysname = ts_bare_name(o.name); id int = o.id; xtype char(2) = o.type; uid smallint = $SCHEMA_ID;
+parent_obj int = o.parent; crdate datetime = o.created; type char(2) = CASE o.type WHEN 'PK' THEN 'K' WHEN 'UQ' THEN 'K'
+ELSE o.type END)",
      "$o o WHERE o.type NOT IN ('IX', 'SCHEMA', 'TYPE', 'TT')"},
     {"sys", "objects", "$OBJECT", "$o o WHERE o.type NOT IN ('IX', 'SCHEMA', 'TYPE', 'TT')"},
     {"sys", "tables",
@@ -144,30 +144,31 @@ update_referential_action_desc nvarchar(60) = replace(ts_on_update(o.source), ' 
     {"sys", "foreign_key_columns",
      R"(constraint_object_id int = o.id; constraint_column_id int = k.key + 1; parent_object_id int = o.parent;
 parent_column_id int = c.ordinal; referenced_object_id int = r.id; referenced_column_id int = rc.ordinal)",
-     R"($o o JOIN $o r ON r.name = o.stored AND r.type = 'U' JOIN $EACH(o.keys$) k JOIN $c c ON c.object = o.parent
-AND c.name = k.value COLLATE ts_ci JOIN $EACH(ts_referenced(o.source, $PRIMARY_KEY)$) f ON f.key = k.key JOIN $c rc ON rc.object = r.id
-AND rc.name = f.value COLLATE ts_ci WHERE o.type = 'F')"},
+     R"($o o JOIN $o r ON r.name = o.stored AND r.type = 'U' JOIN $EACH(o.keys$) k JOIN $c c ON c.object = o.parent AND
+c.name = k.value COLLATE ts_ci JOIN $EACH(ts_referenced(o.source, $PRIMARY_KEY)$) f ON f.key = k.key JOIN $c rc ON
+rc.object = r.id AND rc.name = f.value COLLATE ts_ci WHERE o.type = 'F')"},
     {"sys", "spt_datatype_info",
      "n sysname = n; t smallint = t; p int = p; k char(1) = k; par varchar(32) = par; s smallint = s; hi "
      "smallint = hi; ut smallint = ut",
      "$I"},
     // Columns, parameters and results of procedures as ODBC 2 and 3 describe them.
     {"sys", "spt_columns",
-     R"(object_id int = object; column_id int = ordinal; name sysname = iif(name = '', '@RETURN_VALUE', name); odbc int =
-odbc; nullable smallint = nullable; output smallint = output & 1; TYPE_NAME sysname = n || iif(identity = 1, ' identity',
-''); DATA_TYPE smallint = CASE WHEN odbc = 3 OR t NOT IN (91, 93) THEN t WHEN t = 91 THEN 9 ELSE 11 END; PRECISION int
-= CASE WHEN n IN ('decimal', 'time', 'datetime2', 'datetimeoffset') THEN digits WHEN k = 'F' AND odbc < 3 THEN iif(n = 'real', 7, 15)
-WHEN size = -1 THEN 0 WHEN par IS NULL THEN p WHEN k = 'N' THEN size / 2 ELSE size END; LENGTH int = CASE WHEN octets
-IS NOT NULL THEN octets WHEN k = 'M' OR n = 'decimal' THEN digits + 2 WHEN n = 'date' THEN 6 WHEN n = 'time' THEN 12 WHEN n = 'datetimeoffset' THEN 20
-WHEN t = 93 THEN 16 ELSE size END; SCALE smallint = CASE WHEN k IN ('E', 'M') OR t IN (93, -154, -155) THEN
-ts_type_scale(type) END; RADIX smallint = CASE WHEN k = 'F' AND odbc = 3 THEN 2 WHEN k IN ('E', 'F', 'M') THEN 10 END;
-SQL_DATA_TYPE smallint = iif(t IN (91, 93), 9, t); SQL_DATETIME_SUB smallint = CASE WHEN t IN (91, 93) THEN t - 90
-END; CHAR_OCTET_LENGTH int = octets; IS_NULLABLE varchar(254) = iif(nullable, 'YES', 'NO'))",
+     R"(object_id int = object; column_id int = ordinal; name sysname = iif(name = '', '@RETURN_VALUE', name); odbc int
+= odbc; nullable smallint = nullable; output smallint = output & 1; TYPE_NAME sysname = n || iif(identity = 1,
+' identity', ''); DATA_TYPE smallint = CASE WHEN odbc = 3 OR t NOT IN (91, 93) THEN t WHEN t = 91 THEN 9 ELSE 11 END;
+PRECISION int = CASE WHEN n IN ('decimal', 'time', 'datetime2', 'datetimeoffset') THEN digits WHEN k = 'F' AND odbc < 3
+THEN iif(n = 'real', 7, 15) WHEN size = -1 THEN 0 WHEN par IS NULL THEN p WHEN k = 'N' THEN size / 2 ELSE size END;
+LENGTH int = CASE WHEN octets IS NOT NULL THEN octets WHEN k = 'M' OR n = 'decimal' THEN digits + 2 WHEN n = 'date' THEN
+6 WHEN n = 'time' THEN 12 WHEN n = 'datetimeoffset' THEN 20 WHEN t = 93 THEN 16 ELSE size END; SCALE smallint = CASE
+WHEN k IN ('E', 'M') OR t IN (93, -154, -155) THEN ts_type_scale(type) END; RADIX smallint = CASE WHEN k = 'F' AND odbc
+= 3 THEN 2 WHEN k IN ('E', 'F', 'M') THEN 10 END; SQL_DATA_TYPE smallint = iif(t IN (91, 93), 9, t); SQL_DATETIME_SUB
+smallint = CASE WHEN t IN (91, 93) THEN t - 90 END; CHAR_OCTET_LENGTH int = octets; IS_NULLABLE varchar(254) =
+iif(nullable, 'YES', 'NO'))",
      // The return value of a procedure has type 3, int.
-     R"((SELECT *, CASE WHEN size = -1 THEN 0 WHEN n = 'ntext' THEN 2 * p WHEN n IN ('text', 'image') THEN p WHEN par LIKE
-'%length' THEN size END AS octets FROM (SELECT *, ts_type_length(type) AS size, ts_type_precision(type) AS digits FROM
-(SELECT object, ordinal, name, type, nullable, identity, output FROM $c UNION ALL SELECT id, 0, '', 3, 0, 0, 1 FROM $o
-WHERE type = 'P')) JOIN $I ON n = ts_type_base(type) JOIN (SELECT 2 AS odbc UNION SELECT 3)))"},
+     R"((SELECT *, CASE WHEN size = -1 THEN 0 WHEN n = 'ntext' THEN 2 * p WHEN n IN ('text', 'image') THEN p WHEN par
+LIKE '%length' THEN size END AS octets FROM (SELECT *, ts_type_length(type) AS size, ts_type_precision(type) AS digits
+FROM (SELECT object, ordinal, name, type, nullable, identity, output FROM $c UNION ALL SELECT id, 0, '', 3, 0, 0, 1 FROM
+$o WHERE type = 'P')) JOIN $I ON n = ts_type_base(type) JOIN (SELECT 2 AS odbc UNION SELECT 3)))"},
     {"sys", "indexes",
      R"(object_id int = o.parent; name sysname = ts_bare_name(o.name); index_id int = $INDEX; type tinyint = CASE o.type
 WHEN 'PK' THEN 1 ELSE 2 END; type_desc nvarchar(60) = CASE o.type WHEN 'PK' THEN 'CLUSTERED' ELSE
@@ -191,8 +192,9 @@ c.object = o.parent AND c.name = k.value COLLATE ts_ci WHERE o.type IN ('IX', 'P
     {"sys", "database_role_members", "role_principal_id int = role; member_principal_id int = member",
      "$.tsqlbox_members"},
     {"sys", "database_permissions",
-     R"($CLASS; minor_id int = 0; grantee_principal_id int = g.grantee; grantor_principal_id int = 1; type char(4) = g.code;
-permission_name nvarchar(128) = g.name; state char(1) = g.state; state_desc nvarchar(60) = iif(g.state = 'D', 'DENY', 'GRANT'))",
+     R"($CLASS; minor_id int = 0; grantee_principal_id int = g.grantee; grantor_principal_id int = 1; type char(4) =
+g.code; permission_name nvarchar(128) = g.name; state char(1) = g.state; state_desc nvarchar(60) = iif(g.state = 'D',
+'DENY', 'GRANT'))",
      "$.tsqlbox_permissions g"},
     {"sys", "types", "$ANYTYPE", "$T t"},
     {"sys", "table_types", "$ANYTYPE; type_table_object_id int = t.object", "$T t WHERE t.kind = 'TT'"},
@@ -216,8 +218,9 @@ ts_sequence_value(o.stored, max(q.seq - 1, 0)); is_exhausted bit = ts_sequence_v
      "$o o JOIN $c c ON c.object = o.id JOIN $.sqlite_sequence q ON q.name = '@sequence ' || o.id WHERE "
      "o.type = 'SO'"},
     {"sys", "triggers",
-     R"($OBJECT; parent_class tinyint = 1; parent_class_desc nvarchar(60) = 'OBJECT_OR_COLUMN'; parent_id int = o.parent;
-is_disabled bit = o.stored <> ''; is_not_for_replication bit = 0; is_instead_of_trigger bit = o.keys GLOB 'INSTEAD*')",
+     R"($OBJECT; parent_class tinyint = 1; parent_class_desc nvarchar(60) = 'OBJECT_OR_COLUMN'; parent_id int =
+o.parent; is_disabled bit = o.stored <> ''; is_not_for_replication bit = 0; is_instead_of_trigger bit = o.keys GLOB
+'INSTEAD*')",
      "$o o WHERE o.type = 'TR'"},
     {"", "syscolumns",
      R"(name sysname = c.name; id int = c.object; xtype tinyint = ts_type_number(c.type); length smallint =
@@ -239,17 +242,18 @@ login_name nvarchar(128) = s.login; status nvarchar(30) = iif(s.running, 'runnin
 s.db; wait_type nvarchar(60) = iif(s.waits, 'LCK_M_X', NULL); blocking_session_id smallint = s.blocker)",
      "$S s WHERE s.running"},
     {"", "sysprocesses",
-     R"(spid smallint = s.id; blocked smallint = s.blocker; dbid smallint = s.db; $LOGIN; status nchar(30) = iif(s.running, 'running',
-'sleeping'); hostname nchar(128) = s.host; program_name nchar(128) = s.program; loginame nchar(128) = s.login)",
+     R"(spid smallint = s.id; blocked smallint = s.blocker; dbid smallint = s.db; $LOGIN; status nchar(30) =
+iif(s.running, 'running', 'sleeping'); hostname nchar(128) = s.host; program_name nchar(128) = s.program; loginame
+nchar(128) = s.login)",
      "$S s"},
     {"INFORMATION_SCHEMA", "SCHEMATA",
      R"(CATALOG_NAME sysname = $d; SCHEMA_NAME sysname = s.name; SCHEMA_OWNER sysname =
 (SELECT p.name FROM $.tsqlbox_principals p WHERE p.id = s.owner AND NOT p.login))",
      "$SCHEMAS"},
     {"INFORMATION_SCHEMA", "TABLE_CONSTRAINTS",
-     R"(CONSTRAINT_* = n.name; TABLE_* = o.name; CONSTRAINT_TYPE varchar(11) = CASE n.type WHEN 'PK' THEN 'PRIMARY KEY' WHEN 'UQ' THEN
-'UNIQUE' WHEN 'F' THEN 'FOREIGN KEY' ELSE 'CHECK' END; IS_DEFERRABLE varchar(2) = 'NO'; INITIALLY_DEFERRED
-varchar(2) = 'NO')",
+     R"(CONSTRAINT_* = n.name; TABLE_* = o.name; CONSTRAINT_TYPE varchar(11) = CASE n.type WHEN 'PK' THEN 'PRIMARY KEY'
+WHEN 'UQ' THEN 'UNIQUE' WHEN 'F' THEN 'FOREIGN KEY' ELSE 'CHECK' END; IS_DEFERRABLE varchar(2) = 'NO';
+INITIALLY_DEFERRED varchar(2) = 'NO')",
      "$o n JOIN $o o ON o.id = n.parent WHERE n.type IN ('PK', 'UQ', 'F', 'C')"},
     {"INFORMATION_SCHEMA", "KEY_COLUMN_USAGE",
      "CONSTRAINT_* = n.name; TABLE_* = o.name; COLUMN_NAME sysname = k.value; ORDINAL_POSITION int = k.key + "
@@ -277,10 +281,10 @@ ts_on_delete(n.source))",
 varchar(2) = 'NO')",
      "$o o WHERE o.type = 'V'"},
     {"INFORMATION_SCHEMA", "COLUMNS",
-     R"(TABLE_* = o.name; COLUMN_NAME sysname = c.name; ORDINAL_POSITION int = c.ordinal; COLUMN_DEFAULT
-nvarchar(4000) = '(' || nullif(iif(c.identity > 1, '', c.fallback), '') || ')'; IS_NULLABLE varchar(3) = CASE c.nullable WHEN 1 THEN
-'YES' ELSE 'NO' END; $NAMED; COLLATION_NAME sysname = CASE ts_type_family(c.type) WHEN 't' THEN '$C' END;
-DOMAIN_SCHEMA sysname = ts_schema_of(t.name); DOMAIN_NAME sysname = ts_bare_name(t.name))",
+     R"(TABLE_* = o.name; COLUMN_NAME sysname = c.name; ORDINAL_POSITION int = c.ordinal; COLUMN_DEFAULT nvarchar(4000)
+= '(' || nullif(iif(c.identity > 1, '', c.fallback), '') || ')'; IS_NULLABLE varchar(3) = CASE c.nullable WHEN 1 THEN
+'YES' ELSE 'NO' END; $NAMED; COLLATION_NAME sysname = CASE ts_type_family(c.type) WHEN 't' THEN '$C' END; DOMAIN_SCHEMA
+sysname = ts_schema_of(t.name); DOMAIN_NAME sysname = ts_bare_name(t.name))",
      "$c c JOIN $o o ON o.id = c.object LEFT JOIN $o t ON t.id = c.output >> 1 WHERE o.type IN ('U', 'V')"},
     {"INFORMATION_SCHEMA", "ROUTINES",
      R"(SPECIFIC_* = o.name; ROUTINE_* = o.name; ROUTINE_TYPE nvarchar(20) = CASE o.type WHEN 'P' THEN 'PROCEDURE' ELSE
@@ -292,9 +296,9 @@ o.created; LAST_ALTERED datetime = o.created)",
 MAXIMUM_VALUE bigint = $PART 3; CYCLE_OPTION bit = $PART 4; DATA_TYPE sysname = ts_type_base(c.type))",
      "$o o JOIN $c c ON c.object = o.id WHERE o.type = 'SO'"},
     {"INFORMATION_SCHEMA", "PARAMETERS",
-     R"(SPECIFIC_* = o.name; ORDINAL_POSITION int = c.ordinal - (o.type = 'FN'); PARAMETER_MODE nvarchar(10) = CASE WHEN c.output & 1 = 0
-THEN 'IN' WHEN c.name = '' THEN 'OUT' ELSE 'INOUT' END; IS_RESULT nvarchar(10) = CASE c.name WHEN '' THEN
-'YES' ELSE 'NO' END; PARAMETER_NAME sysname = c.name; $NAMED)",
+     R"(SPECIFIC_* = o.name; ORDINAL_POSITION int = c.ordinal - (o.type = 'FN'); PARAMETER_MODE nvarchar(10) = CASE WHEN
+c.output & 1 = 0 THEN 'IN' WHEN c.name = '' THEN 'OUT' ELSE 'INOUT' END; IS_RESULT nvarchar(10) = CASE c.name WHEN ''
+THEN 'YES' ELSE 'NO' END; PARAMETER_NAME sysname = c.name; $NAMED)",
      kParameters},
 };
 
@@ -341,7 +345,8 @@ std::string typeList() {
         if (hasLength(type.id)) type.length = isNational(type.id) ? 4000 : 8000;
         rows.push_back("(" + std::to_string(encodeType(type)) + ")");
     }
-    return R"((SELECT column1 AS type, ts_type_base(column1) AS stored, 1 AS nullable, 0 AS object, '' AS kind FROM (VALUES )" +
+    return R"((SELECT column1 AS type, ts_type_base(column1) AS stored, 1 AS nullable, 0 AS object, '' AS kind FROM
+(VALUES )" +
            commaList(rows) +
            R"() UNION ALL SELECT c.type, o.name, c.nullable, o.id, o.type FROM $o o LEFT JOIN $c c ON
 c.object = o.id AND o.type = 'TYPE' WHERE o.type IN ('TYPE', 'TT')))";

@@ -20,22 +20,22 @@ nvarchar(360) = NULL)";
 constexpr std::string_view kFiles =
     "(VALUES (?1, ?2, 'D', 'PRIMARY', ?3, 1), (?1 || '_log', ?2 || '-wal', 'L', NULL, 0, 2))";
 constexpr std::string_view kHeader =
-    R"(BackupName nvarchar(128) = nullif(?4, ''); BackupDescription nvarchar(255) = nullif(?5, ''); BackupType smallint = 1;
-ExpirationDate datetime = NULL; Compressed bit = 0; Position smallint = 1; DeviceType tinyint = 2; UserName
+    R"(BackupName nvarchar(128) = nullif(?4, ''); BackupDescription nvarchar(255) = nullif(?5, ''); BackupType smallint
+= 1; ExpirationDate datetime = NULL; Compressed bit = 0; Position smallint = 1; DeviceType tinyint = 2; UserName
 nvarchar(128) = NULL; ServerName nvarchar(128) = NULL; DatabaseName nvarchar(128) = ?1; DatabaseVersion int = 0;
 DatabaseCreationDate datetime = NULL; BackupSize numeric(20) = ?3; FirstLSN numeric(25) = 0; LastLSN numeric(25) = 0;
 CheckpointLSN numeric(25) = 0; DatabaseBackupLSN numeric(25) = 0; BackupStartDate datetime = ?6; BackupFinishDate
 datetime = ?7; SortOrder smallint = 0; CodePage smallint = 0; UnicodeLocaleId int = 0; UnicodeComparisonStyle int = 0;
-CompatibilityLevel tinyint = 150; SoftwareVendorId int = 0; SoftwareVersionMajor int = 15; SoftwareVersionMinor int =
-0; SoftwareVersionBuild int = 2000; MachineName nvarchar(128) = NULL; Flags int = 0; BindingID uniqueidentifier =
-NULL; RecoveryForkID uniqueidentifier = NULL; Collation nvarchar(128) = 'SQL_Latin1_General_CP1_CI_AS'; FamilyGUID
+CompatibilityLevel tinyint = 150; SoftwareVendorId int = 0; SoftwareVersionMajor int = 15; SoftwareVersionMinor int = 0;
+SoftwareVersionBuild int = 2000; MachineName nvarchar(128) = NULL; Flags int = 0; BindingID uniqueidentifier = NULL;
+RecoveryForkID uniqueidentifier = NULL; Collation nvarchar(128) = 'SQL_Latin1_General_CP1_CI_AS'; FamilyGUID
 uniqueidentifier = NULL; HasBulkLoggedData bit = 0; IsSnapshot bit = 0; IsReadOnly bit = 0; IsSingleUser bit = 0;
-HasBackupChecksums bit = 1; IsDamaged bit = 0; BeginsLogChain bit = 0; HasIncompleteMetaData bit = 0; IsForceOffline
-bit = 0; IsCopyOnly bit = 0; FirstRecoveryForkID uniqueidentifier = NULL; ForkPointLSN numeric(25) = NULL;
-RecoveryModel nvarchar(60) = 'SIMPLE'; DifferentialBaseLSN numeric(25) = NULL; DifferentialBaseGUID uniqueidentifier =
-NULL; BackupTypeDescription nvarchar(60) = 'Database'; BackupSetGUID uniqueidentifier = NULL; CompressedBackupSize
-bigint = ?3; Containment tinyint = 0; KeyAlgorithm nvarchar(32) = NULL; EncryptorThumbprint varbinary(20) = NULL;
-EncryptorType nvarchar(32) = NULL)";
+HasBackupChecksums bit = 1; IsDamaged bit = 0; BeginsLogChain bit = 0; HasIncompleteMetaData bit = 0; IsForceOffline bit
+= 0; IsCopyOnly bit = 0; FirstRecoveryForkID uniqueidentifier = NULL; ForkPointLSN numeric(25) = NULL; RecoveryModel
+nvarchar(60) = 'SIMPLE'; DifferentialBaseLSN numeric(25) = NULL; DifferentialBaseGUID uniqueidentifier = NULL;
+BackupTypeDescription nvarchar(60) = 'Database'; BackupSetGUID uniqueidentifier = NULL; CompressedBackupSize bigint =
+?3; Containment tinyint = 0; KeyAlgorithm nvarchar(32) = NULL; EncryptorThumbprint varbinary(20) = NULL; EncryptorType
+nvarchar(32) = NULL)";
 
 }  // namespace
 

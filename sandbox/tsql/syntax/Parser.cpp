@@ -68,7 +68,7 @@ const Token& Parser::takeToken() {
     return token;
 }
 
-std::size_t Parser::match(std::string_view phrase, std::size_t ahead) const {
+std::size_t Parser::matchWhole(std::string_view phrase, std::size_t ahead) const {
     for (std::size_t count = 0;; ++count) {
         const Token& token = peek(ahead + count);
         const std::size_t size = token.raw.size();

@@ -176,7 +176,13 @@ class Parser {
 
   private:
     // Number of tokens that the phrase matches; 0 for no match.
-    std::size_t match(std::string_view phrase, std::size_t ahead) const;
+    std::size_t match(std::string_view phrase, std::size_t ahead) const {
+        const std::string_view word = peek(ahead).raw;
+        const bool mayMatch =  // most phrases differ in the first letter
+            word.empty() || phrase.empty() || upperAscii(word.front()) == upperAscii(phrase.front());
+        return mayMatch ? matchWhole(phrase, ahead) : 0;
+    }
+    std::size_t matchWhole(std::string_view phrase, std::size_t ahead) const;
 
     std::vector<Token> m_tokens;
     FindType m_findType;
