@@ -76,7 +76,7 @@ TEST_F(LogFiles, ProblemsArePrinted) {
     ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0);
     const std::string longerThanAPipe(std::size_t{1} << 20, 'x');
     for (const auto& [file, error] : {std::pair("link", ELOOP), {"name", EMLINK}, {"pipe", EAGAIN}})
-        EXPECT_NE(printedBy([&] {
+        EXPECT_NE(printedBy([&, file = file] {
                       LogToFile((folder / file).c_str(), longerThanAPipe.c_str(), false);
                   }).find("Error [" + std::to_string(error) + "]"),
                   std::string::npos)
