@@ -74,21 +74,17 @@ TEST_F(DVUtilLibTest, MachineAndInstanceNames) {
 }
 
 TEST_F(DVUtilLibTest, Version) {
-    const struct {
-        const char* version;
-        bool known;
-        int number;
-    } cases[] = {{"8.0.0(1)", true, 800},
-                 {"3.7.1(BUILD2)", true, 371},
-                 {"11.0.0(BUILD80)", true, 0},
-                 {"8.0.0", false, -1},
-                 {"(", true, 0}};
-    for (const auto& c : cases) {
-        installation.set("Base", "sVERSION", c.version);
+    const std::tuple<const char*, bool, int> cases[] = {{"8.0.0(1)", true, 800},
+                                                        {"3.7.1(BUILD2)", true, 371},
+                                                        {"11.0.0(BUILD80)", true, 0},
+                                                        {"8.0.0", false, -1},
+                                                        {"(", true, 0}};
+    for (const auto& [version, known, expected] : cases) {
+        installation.set("Base", "sVERSION", version);
         int number = -1;
-        EXPECT_EQ(util.GetZephraVersion(text.data(), number), c.known) << c.version;
-        EXPECT_STREQ(text.data(), c.version);
-        EXPECT_EQ(number, c.number) << c.version;
+        EXPECT_EQ(util.GetZephraVersion(text.data(), number), known) << version;
+        EXPECT_STREQ(text.data(), version);
+        EXPECT_EQ(number, expected) << version;
     }
     int number = 0;
     installation.set("Base", "sVERSION", "8.0.0");

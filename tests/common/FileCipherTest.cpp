@@ -32,24 +32,22 @@ class FileCipher : public testing::Test {
 };
 
 TEST_F(FileCipher, RoundTripKeepsLinesButForTheShortest) {
-    const struct {
-        std::string content, restored;
-        long records;
-    } cases[] = {{"", "", 0},
-                 {"SELECT 1\nGO\n", "SELECT 1\nGO\n", 2},
-                 {"a line\n\n\nanother\n", "a line\nanother\n", 2},  // blank lines vanish
-                 {"last line without its end", "last line without its end", 1},
-                 {"ab\nx", "ab\n", 1},  // one character alone is skipped
-                 {std::string(599, 'p') + "\n", std::string(599, 'p') + "\n", 2},  // 509 and 91 characters
-                 {std::string(509, 'p') + "\nq\n", std::string(509, 'p') + "q\n",
-                  2},  // the newline was a piece of its own
-                 {"ä 100%s\r\n", "ä 100%s\r\n", 1}};
-    for (const auto& c : cases) {
-        writeFile(plain, c.content);
+    const std::tuple<std::string, std::string, long> cases[] = {
+        {"", "", 0},
+        {"SELECT 1\nGO\n", "SELECT 1\nGO\n", 2},
+        {"a line\n\n\nanother\n", "a line\nanother\n", 2},  // blank lines vanish
+        {"last line without its end", "last line without its end", 1},
+        {"ab\nx", "ab\n", 1},                                             // one character alone is skipped
+        {std::string(599, 'p') + "\n", std::string(599, 'p') + "\n", 2},  // 509 and 91 characters
+        {std::string(509, 'p') + "\nq\n", std::string(509, 'p') + "q\n",
+         2},  // the newline was a piece of its own
+        {"ä 100%s\r\n", "ä 100%s\r\n", 1}};
+    for (const auto& [content, restored, records] : cases) {
+        writeFile(plain, content);
         ASSERT_TRUE(EncryptFile(plain.c_str(), secret.c_str(), error)) << error;
-        EXPECT_EQ(lines(secret), c.records);
+        EXPECT_EQ(lines(secret), records);
         ASSERT_TRUE(DecryptFile(secret.c_str(), back.c_str(), error)) << error;
-        EXPECT_EQ(readFile(back), c.restored);
+        EXPECT_EQ(readFile(back), restored);
     }
     EXPECT_EQ(error, "untouched");
 }
@@ -113,24 +111,23 @@ TEST_F(FileCipher, FailuresAreReported) {
     writeFile(plain, "text\n");
     const std::string link = plain + ".link";
     std::filesystem::create_hard_link(plain, link);
-    const struct {
-        std::string source, target, message;
-    } cases[] = {{"/no/such", secret, "Failed to open source file [/no/such]"},
-                 {plain, "/no/such/target", "Failed to open source file [/no/such/target]"},
-                 {installation.folder("."), secret,
-                  "Failed to read source file [" + installation.folder(".").string() + "]"},
-                 {plain, plain, "Failed to open source file [" + plain + "]"},
-                 {plain, link, "Failed to open source file [" + link + "]"},
-                 {plain, "/dev/full", "Failed to write target file [/dev/full]"}};
+    const std::tuple<std::string, std::string, std::string> cases[] = {
+        {"/no/such", secret, "Failed to open source file [/no/such]"},
+        {plain, "/no/such/target", "Failed to open source file [/no/such/target]"},
+        {installation.folder("."), secret,
+         "Failed to read source file [" + installation.folder(".").string() + "]"},
+        {plain, plain, "Failed to open source file [" + plain + "]"},
+        {plain, link, "Failed to open source file [" + link + "]"},
+        {plain, "/dev/full", "Failed to write target file [/dev/full]"}};
     std::vector<DVUCause_t> causes;
-    for (const auto& c : cases) {
+    for (const auto& [source, target, message] : cases) {
         const DVUCauses collector;
-        EXPECT_FALSE(EncryptFile(c.source.c_str(), c.target.c_str(), error));
-        EXPECT_EQ(error, c.message);
+        EXPECT_FALSE(EncryptFile(source.c_str(), target.c_str(), error));
+        EXPECT_EQ(error, message);
         collector.get(causes);
         ASSERT_EQ(causes.size(), 1U);
         EXPECT_EQ(causes[0].where, kDVUFile);
-        EXPECT_NE(c.message.find("[" + causes[0].subject + "]"), std::string::npos);
+        EXPECT_NE(message.find("[" + causes[0].subject + "]"), std::string::npos);
         EXPECT_TRUE(causes[0].systemError != 0 || causes[0].text.find("same file") != std::string::npos);
     }
     EXPECT_EQ(readFile(plain), "text\n");

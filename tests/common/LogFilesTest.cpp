@@ -76,7 +76,7 @@ TEST_F(LogFiles, ProblemsArePrinted) {
     ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0);
     const std::string longerThanAPipe(std::size_t{1} << 20, 'x');
     for (const auto& [file, error] : {std::pair("link", ELOOP), {"name", EMLINK}, {"pipe", EAGAIN}})
-        EXPECT_NE(printedBy([&] {
+        EXPECT_NE(printedBy([&, file = file] {
                       LogToFile((folder / file).c_str(), longerThanAPipe.c_str(), false);
                   }).find("Error [" + std::to_string(error) + "]"),
                   std::string::npos)
@@ -97,18 +97,16 @@ TEST_F(LogFiles, EntriesOfConcurrentWritersNeverMix) {
 }
 
 TEST_F(LogFiles, CopiesLinesWithTheirTimes) {
-    const struct {
-        std::string content;
-        std::vector<std::string> expected;
-    } cases[] = {{"", {}},
-                 {"one\ntwo\n\nthree", {"one", "two", "", "three"}},
-                 {std::string(10000, 'x') + "\n", {std::string(8191, 'x'), std::string(1809, 'x')}},
-                 {std::string("cut\0off\nnext\n", 13), {"cut", "next"}}};
-    for (const auto& c : cases) {
-        writeFile(source, c.content);
+    const std::pair<std::string, std::vector<std::string>> cases[] = {
+        {"", {}},
+        {"one\ntwo\n\nthree", {"one", "two", "", "three"}},
+        {std::string(10000, 'x') + "\n", {std::string(8191, 'x'), std::string(1809, 'x')}},
+        {std::string("cut\0off\nnext\n", 13), {"cut", "next"}}};
+    for (const auto& [content, expected] : cases) {
+        writeFile(source, content);
         writeFile(log, "");
         LogFileContent(source.c_str(), log.c_str(), false, nullptr);
-        EXPECT_EQ(logTexts(log), c.expected);
+        EXPECT_EQ(logTexts(log), expected);
     }
     LogFileContent(nullptr, log.c_str(), false, nullptr);
 }

@@ -57,14 +57,12 @@ TEST_F(Registry, TextIsAFormatCutTo8191BytesAndANumberIsCutToItsLow32Bits) {
 }
 
 TEST_F(Registry, PlatformChecks) {
-    const struct {
-        long long platformType;
-        bool managementServer, console;
-    } types[] = {{5, true, true}, {4, false, true}, {1, true, false}, {0, false, false}, {2, false, false}};
-    for (const auto& c : types) {
-        installation.set("Base", "nPLATTYPE", c.platformType);
-        EXPECT_EQ(isPlatformDV(nullptr, error), c.managementServer) << c.platformType;
-        EXPECT_EQ(isPlatformPX(nullptr, error), c.console) << c.platformType;
+    const std::tuple<long long, bool, bool> types[] = {
+        {5, true, true}, {4, false, true}, {1, true, false}, {0, false, false}, {2, false, false}};
+    for (const auto& [platformType, managementServer, console] : types) {
+        installation.set("Base", "nPLATTYPE", platformType);
+        EXPECT_EQ(isPlatformDV(nullptr, error), managementServer) << platformType;
+        EXPECT_EQ(isPlatformPX(nullptr, error), console) << platformType;
     }
     installation.remove("Base", "nPLATTYPE");
     EXPECT_FALSE(isPlatformDV(nullptr, error));
@@ -105,15 +103,13 @@ TEST_F(Registry, HostIdentityKeepsToTheBuffers) {
 TEST_F(Registry, MarkerFileNamesTheInstance) {
     const std::string module = installation.folder("library.so").string();
     EXPECT_EQ(instanceFromMarkerFile(module), "");
-    const struct {
-        std::string content, expected;
-    } cases[] = {{"Instance007\nmore\n", "Instance007"},
-                 {"NoNewline", "NoNewline"},
-                 {"\nsecond", ""},
-                 {std::string(2000, 'i'), std::string(1023, 'i')}};
-    for (const auto& c : cases) {
-        support::writeFile(installation.folder("VorlentVM"), c.content);
-        EXPECT_EQ(instanceFromMarkerFile(module), c.expected);
+    const std::pair<std::string, std::string> cases[] = {{"Instance007\nmore\n", "Instance007"},
+                                                         {"NoNewline", "NoNewline"},
+                                                         {"\nsecond", ""},
+                                                         {std::string(2000, 'i'), std::string(1023, 'i')}};
+    for (const auto& [content, expected] : cases) {
+        support::writeFile(installation.folder("VorlentVM"), content);
+        EXPECT_EQ(instanceFromMarkerFile(module), expected);
     }
     EXPECT_EQ(instanceFromMarkerFile("no-folder"), "");
 }

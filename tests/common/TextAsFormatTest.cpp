@@ -3,18 +3,15 @@
 #include <gtest/gtest.h>
 
 TEST(TextAsFormat, InterpretsPercentSignsWithoutReadingMissingArguments) {
-    const struct {
-        const char* text;
-        const char* expected;
-    } cases[] = {{"", ""},
-                 {"plain", "plain"},
-                 {"100%%", "100%"},
-                 {"%%%%s", "%%s"},
-                 {"%s", "%s"},  // no argument given
-                 {"%n%d%*s%999999999d", "%n%d%*s%999999999d"},
-                 {"ends in %", "ends in %"},
-                 {"%%", "%"}};
-    for (const auto& c : cases) EXPECT_EQ(textAsFormat(c.text), c.expected) << c.text;
+    const std::pair<const char*, const char*> cases[] = {{"", ""},
+                                                         {"plain", "plain"},
+                                                         {"100%%", "100%"},
+                                                         {"%%%%s", "%%s"},
+                                                         {"%s", "%s"},  // no argument given
+                                                         {"%n%d%*s%999999999d", "%n%d%*s%999999999d"},
+                                                         {"ends in %", "ends in %"},
+                                                         {"%%", "%"}};
+    for (const auto& [text, expected] : cases) EXPECT_EQ(textAsFormat(text), expected) << text;
     EXPECT_EQ(textAsFormat(L"5%% of %s"), L"5% of %s");
 }
 

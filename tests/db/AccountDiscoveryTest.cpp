@@ -29,19 +29,18 @@ TEST_F(AccountDiscovery, ComponentThatIsNotInstalled) {
     installation.set("Base", "nPLATTYPE", 4);
     for (const char* number : {"803", "808", "809", "810"})
         installation.set(std::string("InstalledPackages\\") + number, "sInstallState", "Removed");
-    const struct {
-        const char *name, *message;
-    } cases[] = {{nullptr, "Invalid db name [Dorvas]. This is not a Dorvaser."},
-                 {"", "Invalid db name [Dorvas]. This is not a Dorvaser."},
-                 {"dorvas", "Invalid db name [dorvas]. This is not a Dorvaser."},
-                 {"nq2", "Invalid db name [nq2]. NQ2 is not installed."},
-                 {"VTCLOUD", "Invalid db name [VTCLOUD]. VtCloud is not installed."},
-                 {"WFEngine", "Invalid db name [WFEngine]. WfEngine is not installed."},
-                 {"HistoryDB", "Invalid db name [HistoryDB]. HistoryDB is not installed."}};
-    for (const auto& c : cases) {
-        EXPECT_FALSE(find(c.name));
-        EXPECT_STREQ(db.getErrorMsg(), c.message);
-        EXPECT_EQ(logLines(), Lines{c.message});
+    const std::pair<const char*, const char*> cases[] = {
+        {nullptr, "Invalid db name [Dorvas]. This is not a Dorvaser."},
+        {"", "Invalid db name [Dorvas]. This is not a Dorvaser."},
+        {"dorvas", "Invalid db name [dorvas]. This is not a Dorvaser."},
+        {"nq2", "Invalid db name [nq2]. NQ2 is not installed."},
+        {"VTCLOUD", "Invalid db name [VTCLOUD]. VtCloud is not installed."},
+        {"WFEngine", "Invalid db name [WFEngine]. WfEngine is not installed."},
+        {"HistoryDB", "Invalid db name [HistoryDB]. HistoryDB is not installed."}};
+    for (const auto& [name, message] : cases) {
+        EXPECT_FALSE(find(name));
+        EXPECT_STREQ(db.getErrorMsg(), message);
+        EXPECT_EQ(logLines(), Lines{message});
     }
 }
 
@@ -68,22 +67,21 @@ TEST_F(AccountDiscovery, ServerInstanceMissing) {
 }
 
 TEST_F(AccountDiscovery, EachFailureLogsItsReasonThenTheDatabaseAsGiven) {
-    const struct {
-        const char *valueName, *text, *reason;
-    } cases[] = {// every value is there, and the probe of the connection fails
-                 {"sNothing", nullptr, "Error getting number key [nSQLAuthType] from registry.\n"},
-                 {"sConnection", nullptr, "Error getting string key [sConnection] from registry.\n"},
-                 {"pACCESS", "no record", "Failed to decrypt username/password"},
-                 {"pACCESS", "", "Failed to decrypt username/password"},
-                 {"pACCESS", nullptr, "Error getting string key [pACCESS] from registry.\n"}};
-    for (const auto& c : cases) {
-        if (c.text != nullptr) installation.set("Database", c.valueName, c.text);
-        if (c.text == nullptr) installation.remove("Database", c.valueName);
+    const std::tuple<const char*, const char*, const char*> cases[] = {
+        // every value is there, and the probe of the connection fails
+        {"sNothing", nullptr, "Error getting number key [nSQLAuthType] from registry.\n"},
+        {"sConnection", nullptr, "Error getting string key [sConnection] from registry.\n"},
+        {"pACCESS", "no record", "Failed to decrypt username/password"},
+        {"pACCESS", "", "Failed to decrypt username/password"},
+        {"pACCESS", nullptr, "Error getting string key [pACCESS] from registry.\n"}};
+    for (const auto& [valueName, text, firstLine] : cases) {
+        if (text != nullptr) installation.set("Database", valueName, text);
+        if (text == nullptr) installation.remove("Database", valueName);
         EXPECT_FALSE(find(nullptr));
         EXPECT_STREQ(db.getErrorMsg(), "GetDBUser failed for database []");
         std::string logged;
         for (const std::string& line : logLines()) logged += line;
-        std::string reason = c.reason;
+        std::string reason = firstLine;
         if (reason.back() == '\n') reason.replace(reason.size() - 1, 1, "untimed: ");
         EXPECT_EQ(logged, reason + "GetDBUser failed for database []");
         EXPECT_EQ(support::readFile(log).find("secret-word"), std::string::npos);

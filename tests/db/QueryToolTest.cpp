@@ -21,9 +21,7 @@ TEST(QueryToolCommand, Lines) {
     const std::string sql = "\"/opt/mssql-tools/bin/sqlcmd\" -b -S host,1433 -U sa -P \"pass word\" ";
     const std::string windows = "\"/opt/mssql-tools/bin/sqlcmd\" -b -S host,1433 -E ";
     const std::string files = "-i \"in.sql\" -o \"out.txt\" ";
-    const struct {
-        std::string actual, expected;
-    } cases[] = {
+    const std::pair<std::string, std::string> cases[] = {
         {fileCommand(kSql, kInput, true), sql + "-d NQ2 -m 1 " + files + "-s \"\t\" -W"},
         {fileCommand(kWindows, kNoDatabase, false), windows + "-d Dorvas -m 0 " + files + "-s \"\t\" -W"},
         {plainFileCommand(kSql, kInput),
@@ -43,7 +41,7 @@ TEST(QueryToolCommand, Lines) {
          "\"/opt/mssql-tools/bin/sqlcmd\" -b -w 4000 -S host,1433 -U sa -P \"pass word\" -d Dorvas -Q "
          "\"SELECT 1\" "
          "-o \"out.txt\""}};
-    for (const auto& c : cases) EXPECT_EQ(c.actual, c.expected);
+    for (const auto& [actual, expected] : cases) EXPECT_EQ(actual, expected);
 }
 
 TEST(QueryToolCommand, Cuts) {

@@ -34,19 +34,18 @@ TEST(QuoteDoubling, StringFormDoublesEveryQuote) {
 }
 
 TEST(QuoteDoubling, BufferFormWorksOnTheLastQuoteAfterTheFirstPass) {
-    const struct {
-        const char *text, *expected;
-    } cases[] = {{"O'Brien", "O''Brien"},
-                 {"a'b'c", "a''b''c"},
-                 {"'a'b'", "''a'b'''"},  // the quote in the middle stays single
-                 {"''", "''''"},
-                 {"none", "none"}};
-    for (const auto& c : cases) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"O'Brien", "O''Brien"},
+        {"a'b'c", "a''b''c"},
+        {"'a'b'", "''a'b'''"},  // the quote in the middle stays single
+        {"''", "''''"},
+        {"none", "none"}};
+    for (const auto& [text, expected] : cases) {
         std::array<char, 64> buffer{};
-        std::string(c.text).copy(buffer.data(), buffer.size());
+        std::string(text).copy(buffer.data(), buffer.size());
         DBBase(true).fixTheString(buffer.data());
-        EXPECT_STREQ(buffer.data(), c.expected);
-        EXPECT_EQ(replaced(c.text, "'", "''"), c.expected);
+        EXPECT_STREQ(buffer.data(), expected);
+        EXPECT_EQ(replaced(text, "'", "''"), expected);
     }
     DBBase(true).fixTheString(static_cast<char*>(nullptr));
 }

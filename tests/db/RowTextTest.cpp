@@ -10,14 +10,12 @@ constexpr char kSeparator = '\022';
 
 TEST(RowText, SplitsIntoExactlyTheFieldsAskedFor) {
     using Fields = std::vector<std::string>;
-    const struct {
-        const char* row;
-        int count;
-        Fields expected;
-    } cases[] = {{"12\022\022abc", 2, {"12", "abc"}},  // an empty field vanishes
-                 {"\022one\022", 3, {"one", "", ""}},        {"", 1, {""}}, {"a\022b\022c", 2, {"a", "b"}},
-                 {"50%% of %s\022%", 2, {"50% of %s", "%"}}, {"a", 0, {}},  {"a", -1, {}}};
-    for (const auto& c : cases) EXPECT_EQ(splitRow(c.row, kSeparator, c.count), c.expected) << c.row;
+    const std::tuple<const char*, int, Fields> cases[] = {
+        {"12\022\022abc", 2, {"12", "abc"}},  // an empty field vanishes
+        {"\022one\022", 3, {"one", "", ""}},        {"", 1, {""}}, {"a\022b\022c", 2, {"a", "b"}},
+        {"50%% of %s\022%", 2, {"50% of %s", "%"}}, {"a", 0, {}},  {"a", -1, {}}};
+    for (const auto& [row, count, expected] : cases)
+        EXPECT_EQ(splitRow(row, kSeparator, count), expected) << row;
 }
 
 TEST(RowText, CutsFieldsTo128AndLooksAt129CharactersAField) {
@@ -58,16 +56,14 @@ TEST(RowText, ParseRecordAllocatesOrReusesBuffers) {
 }
 
 TEST(RowText, WideTextOfUtf8) {
-    const struct {
-        const char* utf8;
-        std::wstring expected;
-    } cases[] = {{"aä€😀z", L"a\u00E4\u20AC\U0001F600z"},
-                 {"\xEF\xBF\xBDx", L"\uFFFDx"},
-                 {"a\xC3", L"a\uFFFD"},
-                 {"\xC0\xAF", L"\uFFFD\uFFFD"},            // overlong
-                 {"\xED\xA0\x80", L"\uFFFD\uFFFD\uFFFD"},  // surrogate
-                 {"\xE2\x82x\xFF", L"\uFFFD\uFFFDx\uFFFD"}};
-    for (const auto& c : cases) EXPECT_EQ(wideText(c.utf8), c.expected) << c.utf8;
+    const std::pair<const char*, std::wstring> cases[] = {
+        {"aä€😀z", L"a\u00E4\u20AC\U0001F600z"},
+        {"\xEF\xBF\xBDx", L"\uFFFDx"},
+        {"a\xC3", L"a\uFFFD"},
+        {"\xC0\xAF", L"\uFFFD\uFFFD"},            // overlong
+        {"\xED\xA0\x80", L"\uFFFD\uFFFD\uFFFD"},  // surrogate
+        {"\xE2\x82x\xFF", L"\uFFFD\uFFFDx\uFFFD"}};
+    for (const auto& [utf8, expected] : cases) EXPECT_EQ(wideText(utf8), expected) << utf8;
 }
 
 }  // namespace

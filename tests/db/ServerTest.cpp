@@ -24,23 +24,17 @@ unsigned char* bytes(const char* sql) {
 
 class Server : public testing::Test {
   protected:
-    static void SetUpTestSuite() {
-        s_box = new support::TsqlBox;
-        support::SampleInstallation::loadSchema(*s_box);
-    }
-    static void TearDownTestSuite() { delete s_box; }
-
     Server() {
-        installation.useServer(*s_box);
-        db.SetAccountInfo(s_box->server().c_str(), s_box->login().c_str(), s_box->password().c_str(),
-                          log.c_str());
+        support::SampleInstallation::loadSchema(box);
+        installation.useServer(box);
+        db.SetAccountInfo(box.server().c_str(), box.login().c_str(), box.password().c_str(), log.c_str());
     }
     bool find(DBBase& base, const char* dbName = "Dorvas") {
         return base.GetAccountInfo("MainHost", "Instance001", log.c_str(), dbName);
     }
     std::string lastLine() { return logTexts(log).back(); }
 
-    static inline support::TsqlBox* s_box = nullptr;
+    const support::TsqlBox box;
     support::SampleInstallation installation;
     const std::string log = installation.logFolder() / "db.log";
     const std::string output = installation.tempFolder() / "output.txt";
@@ -55,21 +49,19 @@ TEST_F(Server, DiscoveryConnectsAndReportsIt) {
     // Flags stay: with two of them set, the server is the first kind's and the data source the second's.
     ASSERT_TRUE(find(found, "NQ2")) << found.getErrorMsg();
     EXPECT_STREQ(found.getErrorMsg(), "Successfully connected to database [NQ2] _DSN[DSN_NQ2CONNECTION].");
-    EXPECT_EQ(readFile(log).find(s_box->password()), std::string::npos);
+    EXPECT_EQ(readFile(log).find(box.password()), std::string::npos);
 }
 
 TEST_F(Server, WindowsAuthenticationIsAskedForByDatabaseFirst) {
     // With Windows authentication the login lacks user and password, so the probe fails.
-    const struct {
-        long long own, general;
-        bool windows;
-    } cases[] = {{1, 0, true}, {0, 1, false}, {-1, 1, true}, {-1, 0, false}, {2, 1, false}};
-    for (const auto& c : cases) {
-        installation.set("Database", "nSQLAuthType", c.general);
-        installation.set("Database", "nSQLAuthType_Dorvas", c.own);
-        if (c.own < 0) installation.remove("Database", "nSQLAuthType_Dorvas");
+    const std::tuple<long long, long long, bool> cases[] = {
+        {1, 0, true}, {0, 1, false}, {-1, 1, true}, {-1, 0, false}, {2, 1, false}};
+    for (const auto& [own, general, windows] : cases) {
+        installation.set("Database", "nSQLAuthType", general);
+        installation.set("Database", "nSQLAuthType_Dorvas", own);
+        if (own < 0) installation.remove("Database", "nSQLAuthType_Dorvas");
         DBBase found(true);
-        EXPECT_EQ(find(found), !c.windows) << c.own << " " << c.general;
+        EXPECT_EQ(find(found), !windows) << own << " " << general;
     }
 }
 
@@ -82,7 +74,7 @@ TEST_F(Server, EachDatabaseIsFoundByItsOwnValues) {
                  {"WFEngine", "sWFINSTANCE", "pWFACCESS", "sWFCONNECTION"},
                  {"HistoryDB", "sINSTANCE", "pACCESS", "sHISTORYCONNECTION"}};
     const std::string credentials =
-        support::SampleInstallation::encipheredCredentials("02" + s_box->login() + s_box->password());
+        support::SampleInstallation::encipheredCredentials("02" + box.login() + box.password());
     for (const auto& kind : kinds) {
         const std::string name = kind.name;
         const bool isNew = !db.SetDBValue(("USE " + name).c_str());
@@ -91,7 +83,7 @@ TEST_F(Server, EachDatabaseIsFoundByItsOwnValues) {
             ASSERT_TRUE(db.SetDBValue(("USE " + name + " CREATE TABLE ZPDBVersions (id int)").c_str()));
         }
         installation.useServer("127.0.0.1,1", "nobody", "x");
-        installation.set("Database", kind.instance, s_box->server());
+        installation.set("Database", kind.instance, box.server());
         installation.set("Database", kind.access, credentials);
         installation.set("Database", kind.connection, "own");
         DBBase found(true);
@@ -105,21 +97,19 @@ TEST_F(Server, EachDatabaseIsFoundByItsOwnValues) {
 }
 
 TEST_F(Server, TheProbedTableFollowsTheProductType) {
-    const struct {
-        int productType;  // -1: never set
-        std::string table;
-    } cases[] = {{-1, "ZPDBVersions"}, {1, "simAllZephraRel"}, {0, "TNet"}};
-    for (const auto& c : cases) {
-        if (c.productType >= 0) db.setProductTypeZephra(c.productType);
-        EXPECT_FALSE(db.DBTest()) << c.table;
-        ASSERT_TRUE(db.SetDBValue(("CREATE TABLE " + c.table + " (id int)").c_str()));
-        EXPECT_TRUE(db.DBTest()) << c.table;
-        ASSERT_TRUE(db.SetDBValue(("DROP TABLE " + c.table).c_str()));
+    // The type -1 is never set.
+    const std::pair<int, std::string> cases[] = {{-1, "ZPDBVersions"}, {1, "simAllZephraRel"}, {0, "TNet"}};
+    for (const auto& [productType, table] : cases) {
+        if (productType >= 0) db.setProductTypeZephra(productType);
+        EXPECT_FALSE(db.DBTest()) << table;
+        ASSERT_TRUE(db.SetDBValue(("CREATE TABLE " + table + " (id int)").c_str()));
+        EXPECT_TRUE(db.DBTest()) << table;
+        ASSERT_TRUE(db.SetDBValue(("DROP TABLE " + table).c_str()));
     }
 }
 
 TEST_F(Server, AFailedOperationKeepsItsCauses) {
-    const std::string server = s_box->server(), login = s_box->login(), password = s_box->password();
+    const std::string server = box.server(), login = box.login(), password = box.password();
     std::vector<int> numbers;
     int number = 0;
     Lines rows;
@@ -177,7 +167,7 @@ TEST_F(Server, AFailedOperationKeepsItsCauses) {
         });
         EXPECT_TRUE(isNamed) << c.name << ": " << (causes.empty() ? "none" : causes.front().text);
         for (const DVUCause_t& cause : causes)
-            EXPECT_EQ(cause.text.find(s_box->password()), std::string::npos) << c.name;
+            EXPECT_EQ(cause.text.find(box.password()), std::string::npos) << c.name;
     }
     db.SetAccountInfo("127.0.0.1,0", login.c_str(), password.c_str(), log.c_str());
     EXPECT_FALSE(db.Open(nullptr, nullptr, nullptr));
@@ -336,11 +326,11 @@ TEST_F(Server, Maintenance) {
     EXPECT_EQ(db.getDBList().size(), 2U) << "the statement is not run";
     std::string error;
     Lines listed;
-    EXPECT_TRUE(GetDatabaseList(s_box->server().c_str(), s_box->login().c_str(), s_box->password().c_str(),
+    EXPECT_TRUE(GetDatabaseList(box.server().c_str(), box.login().c_str(), box.password().c_str(),
                                 log.c_str(), error, listed));
     EXPECT_EQ(error + std::to_string(listed.size()), "2");
-    EXPECT_FALSE(RestoreDatabase(backup.c_str(), "/data/", "copy", s_box->server().c_str(),
-                                 s_box->login().c_str(), s_box->password().c_str(), log.c_str(), error));
+    EXPECT_FALSE(RestoreDatabase(backup.c_str(), "/data/", "copy", box.server().c_str(), box.login().c_str(),
+                                 box.password().c_str(), log.c_str(), error));
     EXPECT_EQ(error, db.getErrorMsg());
     EXPECT_FALSE(db.createSQLFileAndGenerateCSVOutput("SELECT 1", output.c_str(), "dorvas", ""));
 }
@@ -426,31 +416,28 @@ TEST_F(Server, TemporaryFilesThatStayOrAreDeleted) {
     const auto execute = [&](const char* sql) { db.RunStringQuery(sql, nullptr, "dorvas"); };
     DBBase unknown(true);
     unknown.SetAccountInfo("", "", "", log.c_str());  // the tool refuses before it writes
-    const struct {
-        const char* what;
-        std::function<void()> work;
-        int left;
-    } cases[] = {{"backup", [&] { db.backUpDB("x.bak", home.c_str(), "dorvas"); }, 0},
-                 {"failed backup", [&] { db.backUpDB("x.bak", "/no/such", "dorvas"); }, 0},
-                 {"restore", [&] { db.restoreDB((home + "/x.bak").c_str(), "/", "copy"); }, 0},
-                 {"failed restore", [&] { db.restoreDB("/no/such/x.bak", "/", "copy"); }, 0},
-                 {"date", [&] { db.getLastBackUpInfo("dorvas", text.data(), text.data()); }, 0},
-                 {"failed date", [&] { db.getLastBackUpInfo("O'Brien", text.data(), text.data()); }, 1},
-                 {"list", [&] { db.getDBList(); }, 1},
-                 {"refused list", [&] { unknown.getDBList(); }, 0},
-                 {"version", [&] { db.checkSQLServerProductVersion(); }, 1},
-                 {"statement", [&] { execute("SELECT 1"); }, 1},
-                 {"failed statement", [&] { execute("SELECT * FROM nowhere"); }, 1},
-                 {"refused statement", [&] { unknown.RunStringQuery("SELECT 1", nullptr, ""); }, 0}};
-    for (const auto& c : cases) {
-        c.work();
+    const std::tuple<const char*, std::function<void()>, int> cases[] = {
+        {"backup", [&] { db.backUpDB("x.bak", home.c_str(), "dorvas"); }, 0},
+        {"failed backup", [&] { db.backUpDB("x.bak", "/no/such", "dorvas"); }, 0},
+        {"restore", [&] { db.restoreDB((home + "/x.bak").c_str(), "/", "copy"); }, 0},
+        {"failed restore", [&] { db.restoreDB("/no/such/x.bak", "/", "copy"); }, 0},
+        {"date", [&] { db.getLastBackUpInfo("dorvas", text.data(), text.data()); }, 0},
+        {"failed date", [&] { db.getLastBackUpInfo("O'Brien", text.data(), text.data()); }, 1},
+        {"list", [&] { db.getDBList(); }, 1},
+        {"refused list", [&] { unknown.getDBList(); }, 0},
+        {"version", [&] { db.checkSQLServerProductVersion(); }, 1},
+        {"statement", [&] { execute("SELECT 1"); }, 1},
+        {"failed statement", [&] { execute("SELECT * FROM nowhere"); }, 1},
+        {"refused statement", [&] { unknown.RunStringQuery("SELECT 1", nullptr, ""); }, 0}};
+    for (const auto& [what, work, expected] : cases) {
+        work();
         int left = 0;
         for (const auto& entry : std::filesystem::directory_iterator(installation.tempFolder())) {
-            EXPECT_EQ(entry.status().permissions(), std::filesystem::perms(0600)) << c.what;
+            EXPECT_EQ(entry.status().permissions(), std::filesystem::perms(0600)) << what;
             std::filesystem::remove(entry);
             ++left;
         }
-        EXPECT_EQ(left, c.left) << c.what;
+        EXPECT_EQ(left, expected) << what;
     }
 }
 

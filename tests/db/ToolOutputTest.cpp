@@ -29,24 +29,21 @@ class ToolOutput : public testing::Test {
 
 TEST_F(ToolOutput, Rows) {
     const std::string heading = "name  size\n----- ----\n";
-    const struct {
-        std::string content;
-        int count;
-        Rows expected;
-    } cases[] = {{"", 1, {}},
-                 {"name", 1, {}},
-                 {heading + "\n(0 rows affected)\n", 2, {}},
-                 {heading + "a   b c  \n\n(1 rows affected)\n", 2, {"a\022b"}},
-                 {heading + "  a\nlast", 2, {"a\022", "last\022"}},  // fewer fields: a separator at the end
-                 {heading + "a b\n", 0, {"a"}},
-                 {heading + "   \nb\n", 1, {"", "b"}},
-                 {heading + std::string("a\0x b\n", 6), 2, {"a\022"}},
-                 {heading + "\r\nb\n", 1, {"\r", "b"}}};
-    for (const auto& c : cases) {
-        writeFile(file, c.content);
+    const std::tuple<std::string, int, Rows> cases[] = {
+        {"", 1, {}},
+        {"name", 1, {}},
+        {heading + "\n(0 rows affected)\n", 2, {}},
+        {heading + "a   b c  \n\n(1 rows affected)\n", 2, {"a\022b"}},
+        {heading + "  a\nlast", 2, {"a\022", "last\022"}},  // fewer fields: a separator at the end
+        {heading + "a b\n", 0, {"a"}},
+        {heading + "   \nb\n", 1, {"", "b"}},
+        {heading + std::string("a\0x b\n", 6), 2, {"a\022"}},
+        {heading + "\r\nb\n", 1, {"\r", "b"}}};
+    for (const auto& [content, count, expected] : cases) {
+        writeFile(file, content);
         Rows rows = {"kept"};
-        EXPECT_TRUE(parse(file, rows, c.count));
-        EXPECT_EQ(Rows(rows.begin() + 1, rows.end()), c.expected) << c.content;
+        EXPECT_TRUE(parse(file, rows, count));
+        EXPECT_EQ(Rows(rows.begin() + 1, rows.end()), expected) << content;
     }
 }
 
@@ -112,27 +109,24 @@ TEST_F(ToolOutput, AWatchedFileIsNoOldOne) {
 TEST_F(ToolOutput, OnlyThisUsersFilesServeAsTemporaryOutput) {
     namespace fs = std::filesystem;
     const std::string victim = folder / "victim";
-    const struct {
-        const char* what;
-        std::function<void()> prepare;
-        bool expected;
-    } cases[] = {{"nothing", [] {}, true},
-                 {"left from an earlier run", [&] { writeFile(file, "rows"); }, true},
-                 {"link", [&] { fs::create_symlink(victim, file); }, false},
-                 {"link to nothing", [&] { fs::create_symlink(folder / "absent", file); }, false},
-                 {"second name", [&] { fs::create_hard_link(victim, file); }, false},
-                 {"pipe", [&] { ASSERT_EQ(::mkfifo(file.c_str(), 0666), 0); }, false},
-                 {"folder", [&] { fs::create_directory(file); }, false}};
-    for (const auto& c : cases) {
+    const std::tuple<const char*, std::function<void()>, bool> cases[] = {
+        {"nothing", [] {}, true},
+        {"left from an earlier run", [&] { writeFile(file, "rows"); }, true},
+        {"link", [&] { fs::create_symlink(victim, file); }, false},
+        {"link to nothing", [&] { fs::create_symlink(folder / "absent", file); }, false},
+        {"second name", [&] { fs::create_hard_link(victim, file); }, false},
+        {"pipe", [&] { ASSERT_EQ(::mkfifo(file.c_str(), 0666), 0); }, false},
+        {"folder", [&] { fs::create_directory(file); }, false}};
+    for (const auto& [what, prepare, expected] : cases) {
         fs::remove(file);
         writeFile(victim, "");
-        c.prepare();
-        ASSERT_EQ(claimToolOutput(file), c.expected) << c.what;
-        EXPECT_TRUE(!c.expected || fs::status(file).permissions() == fs::perms(0600)) << c.what;
-        EXPECT_TRUE(!c.expected || fs::is_empty(file)) << c.what;
-        const bool isUnwritten = c.expected;
+        prepare();
+        ASSERT_EQ(claimToolOutput(file), expected) << what;
+        EXPECT_TRUE(!expected || fs::status(file).permissions() == fs::perms(0600)) << what;
+        EXPECT_TRUE(!expected || fs::is_empty(file)) << what;
+        const bool isUnwritten = expected;
         dropUnwrittenOutput(file);
-        EXPECT_EQ(fs::exists(fs::symlink_status(file)), !isUnwritten) << c.what;
+        EXPECT_EQ(fs::exists(fs::symlink_status(file)), !isUnwritten) << what;
     }
     EXPECT_TRUE(fs::exists(victim) && !fs::exists(folder / "absent"));
     EXPECT_TRUE(claimToolOutput("/no/such/folder/output.txt")) << "the tool tells that";

@@ -110,20 +110,17 @@ TEST_F(CancelTest, EndsEveryWait) {
 
 // A cancelled wait keeps the transaction; a cancelled change rolls it back, and so does XACT_ABORT.
 TEST_F(CancelTest, KeepsOrRollsBackTheWholeTransaction) {
-    struct Case {
-        std::string settings, wait, left;
-    };
-    const Case cases[] = {
+    const std::tuple<std::string, std::string, std::string> cases[] = {
         {"", waits[0], "@@TRANCOUNT = 1 AND EXISTS (SELECT 1 FROM Own..t)"},
         {"", waits[4], "@@TRANCOUNT = 1 AND EXISTS (SELECT 1 FROM Own..t)"},
         {"", waits[6], "@@TRANCOUNT = 0 AND NOT EXISTS (SELECT 1 FROM Own..t)"},
         {"SET XACT_ABORT ON ", waits[4], "@@TRANCOUNT = 0 AND NOT EXISTS (SELECT 1 FROM Own..t)"}};
-    for (const Case& each : cases) {
-        SCOPED_TRACE(each.settings + each.wait);
+    for (const auto& [settings, wait, left] : cases) {
+        SCOPED_TRACE(settings + wait);
         const auto client = loggedIn(box);
-        run(*client, each.settings + "BEGIN TRANSACTION INSERT INTO Own..t VALUES (7)");
-        expectCancelled(*client, each.wait);
-        EXPECT_EQ(answerTo(*client, each.left), "yes");
+        run(*client, settings + "BEGIN TRANSACTION INSERT INTO Own..t VALUES (7)");
+        expectCancelled(*client, wait);
+        EXPECT_EQ(answerTo(*client, left), "yes");
         run(*client, "IF @@TRANCOUNT > 0 ROLLBACK");
     }
 }

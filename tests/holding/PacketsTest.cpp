@@ -172,12 +172,8 @@ TEST(Packets, EndlessRequestsAreKeptUpToALimit) {
     const auto bystander = loggedIn(box);
     const ServerMemory memory(box);
     const std::string chunk = littleEndian(4000, 4) + std::string(4000, 'x');
-    struct Endless {
-        const char* what;
-        std::string first, more;
-    };
     const std::string callStart = call("\xE7\xFF\xFF"s + kCollation + "\xFE\xFF\xFF\xFF\xFF\xFF\xFF\xFF"s);
-    const Endless cases[] = {
+    const std::tuple<const char*, std::string, std::string> cases[] = {
         {"a batch", packet(kSqlBatch, batchPacket("SELECT 1"), kMoreFollows),
          packet(kSqlBatch, std::string(4000, ' '), kMoreFollows)},
         {"chunks of a parameter", changed(callStart, 1, "\0"s), packet(kRpc, chunk, kMoreFollows)},
@@ -185,14 +181,14 @@ TEST(Packets, EndlessRequestsAreKeptUpToALimit) {
          packet(kTransaction, "x", kMoreFollows)},
     };
     constexpr std::size_t kEnough = 100 * kMebibyte;
-    for (const Endless& each : cases) {
-        SCOPED_TRACE(each.what);
+    for (const auto& [what, first, more] : cases) {
+        SCOPED_TRACE(what);
         const auto client = loggedIn(box);
-        client->send(each.first);
+        client->send(first);
         std::string block;
-        while (block.size() < kMebibyte) block += each.more;
+        while (block.size() < kMebibyte) block += more;
         for (std::size_t sent = 0; sent < kEnough; sent += block.size()) client->send(block);
-        client->send(packet(static_cast<std::uint8_t>(each.first[0]), ""));
+        client->send(packet(static_cast<std::uint8_t>(first[0]), ""));
         EXPECT_EQ(answer(*client), 2U);
         EXPECT_TRUE(isServed(*client));
         EXPECT_TRUE(isServed(*bystander));

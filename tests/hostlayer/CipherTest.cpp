@@ -138,18 +138,13 @@ TEST_F(Cipher, DecryptsCredentialsSetOnTheObject) {
 TEST_F(Cipher, RejectsUnusableKeyFiles) {
     VTPassword maker;
     const std::string record = encrypted(maker, "x");
-    struct Case {
-        std::string bytes;
-        mode_t mode;
-        int error;
-    };
-    for (const Case& key : {Case{std::string(32, 'k'), 0640, VTPassword::kKeyExposed},
-                            Case{std::string(32, 'k'), 0604, VTPassword::kKeyExposed},
-                            Case{std::string(32, 'k'), 0601, VTPassword::kKeyExposed},
-                            Case{std::string(31, 'k'), 0600, VTPassword::kKeyMalformed},
-                            Case{std::string(33, 'k'), 0600, VTPassword::kKeyMalformed}}) {
-        writeKey(key.bytes, key.mode);
-        EXPECT_EQ(decrypted(record), "error " + std::to_string(key.error)) << key.bytes.size();
+    for (const auto& [length, mode, error] : {std::tuple(32U, 0640U, VTPassword::kKeyExposed),
+                                              {32, 0604, VTPassword::kKeyExposed},
+                                              {32, 0601, VTPassword::kKeyExposed},
+                                              {31, 0600, VTPassword::kKeyMalformed},
+                                              {33, 0600, VTPassword::kKeyMalformed}}) {
+        writeKey(std::string(length, 'k'), mode);
+        EXPECT_EQ(decrypted(record), "error " + std::to_string(error)) << length;
     }
     std::filesystem::remove(m_folder / "cipher.key");
     EXPECT_EQ(decrypted(record), "error " + std::to_string(VTPassword::kKeyUnreadable));

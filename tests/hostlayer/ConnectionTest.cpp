@@ -30,35 +30,35 @@ std::string connectionString(const char* server, const char* user = "sa", const 
 }
 
 TEST(ConnectionString, WritesTheServerAsTheDriverWantsIt) {
-    struct Case {
-        const char* server;
-        const char* freeTds;  // null: refused
-        const char* microsoft;
-    };
-    for (const Case& server : {Case{"db1", "Server={db1};Port=1433;", "Server={db1};"},
-                               Case{"db1,14330", "Server={db1};Port=14330;", "Server={db1,14330};"},
-                               Case{"TCP:db1,1", "Server={db1};Port=1;", "Server={db1,1};"},
-                               Case{"db1\\SQL1", "Server={db1\\SQL1};", "Server={db1\\SQL1};"},
-                               Case{"db1\\SQL1,1500", "Server={db1};Port=1500;", "Server={db1,1500};"},
-                               Case{".", "Server={localhost};Port=1433;", "Server={localhost};"},
-                               Case{"(local)\\X", "Server={localhost\\X};", "Server={localhost\\X};"},
-                               Case{"a;PWD=x", "Server={a;PWD=x};Port=1433;", "Server={a;PWD=x};"},
-                               Case{"a}b}", "Server={a}b}};Port=1433;", "Server={a}}b}}};"},
-                               Case{"a};b\\X", nullptr, "Server={a}};b\\X};"}, Case{"", nullptr, nullptr},
-                               Case{"db1,", nullptr, nullptr}, Case{"db1,0", nullptr, nullptr},
-                               Case{"db1,65536", nullptr, nullptr}, Case{"db1,1x", nullptr, nullptr},
-                               Case{",1433", nullptr, nullptr}}) {
+    // Null: refused.
+    const std::tuple<const char*, const char*, const char*> cases[] = {
+        {"db1", "Server={db1};Port=1433;", "Server={db1};"},
+        {"db1,14330", "Server={db1};Port=14330;", "Server={db1,14330};"},
+        {"TCP:db1,1", "Server={db1};Port=1;", "Server={db1,1};"},
+        {"db1\\SQL1", "Server={db1\\SQL1};", "Server={db1\\SQL1};"},
+        {"db1\\SQL1,1500", "Server={db1};Port=1500;", "Server={db1,1500};"},
+        {".", "Server={localhost};Port=1433;", "Server={localhost};"},
+        {"(local)\\X", "Server={localhost\\X};", "Server={localhost\\X};"},
+        {"a;PWD=x", "Server={a;PWD=x};Port=1433;", "Server={a;PWD=x};"},
+        {"a}b}", "Server={a}b}};Port=1433;", "Server={a}}b}}};"},
+        {"a};b\\X", nullptr, "Server={a}};b\\X};"},
+        {"", nullptr, nullptr},
+        {"db1,", nullptr, nullptr},
+        {"db1,0", nullptr, nullptr},
+        {"db1,65536", nullptr, nullptr},
+        {"db1,1x", nullptr, nullptr},
+        {",1433", nullptr, nullptr}};
+    for (const auto& [server, freeTds, microsoft] : cases) {
         const TestStore store(kFreeTds);
-        EXPECT_EQ(connectionString(server.server),
-                  server.freeTds == nullptr ? ""
-                                            : "Driver={FreeTDS};" + std::string(server.freeTds) +
-                                                  "Database={db};UID={sa};PWD={pw};TDS_Version=7.4");
+        EXPECT_EQ(connectionString(server), freeTds == nullptr
+                                                ? ""
+                                                : "Driver={FreeTDS};" + std::string(freeTds) +
+                                                      "Database={db};UID={sa};PWD={pw};TDS_Version=7.4");
         store.write(kMicrosoft);
-        EXPECT_EQ(connectionString(server.server), server.microsoft == nullptr
-                                                       ? ""
-                                                       : "Driver={ODBC Driver 18 for SQL Server};" +
-                                                             std::string(server.microsoft) +
-                                                             "Database={db};UID={sa};PWD={pw};Encrypt=no;");
+        EXPECT_EQ(connectionString(server),
+                  microsoft == nullptr ? ""
+                                       : "Driver={ODBC Driver 18 for SQL Server};" + std::string(microsoft) +
+                                             "Database={db};UID={sa};PWD={pw};Encrypt=no;");
     }
 }
 
@@ -77,21 +77,19 @@ TEST(ConnectionString, BracesValuesAndChoosesTheIdentity) {
 
 TEST(ConnectionString, HasOneMeaningOfEncryptForEveryDriver) {
     const TestStore store("");
-    struct Case {
-        std::string settings;
-        const char *freeTds, *microsoft;  // null: refused
-    };
-    for (const auto& [settings, freeTds, microsoft] :
-         {Case{"encrypt = 'off'", "PWD={pw};Encryption=off;", "PWD={pw};Encrypt=no;"},
-          Case{"encrypt = 'require'", "PWD={pw};Encryption=require;",
-               "PWD={pw};Encrypt=yes;TrustServerCertificate=yes;"},
-          Case{"encrypt = 'verify'", "Servername=server1;Database={db};UID={sa};PWD={pw};",
-               "PWD={pw};Encrypt=yes;TrustServerCertificate=no;"},
-          Case{"encrypt = 'verify'\ncaFile = '/ca.pem'", "Servername=server2;",
-               "Encrypt=yes;TrustServerCertificate=no;"},
-          Case{"encrypt = 'verify'\ncaFile = '" + std::string(201, 'x') + "'", nullptr, "Encrypt=yes;"},
-          Case{"encrypt = 'yes'", nullptr, nullptr},
-          Case{"encrypt = 'verify'\nodbcAttributes = 'encrypt=no'", nullptr, nullptr}}) {
+    // Null: refused.
+    const std::tuple<std::string, const char*, const char*> cases[] = {
+        {"encrypt = 'off'", "PWD={pw};Encryption=off;", "PWD={pw};Encrypt=no;"},
+        {"encrypt = 'require'", "PWD={pw};Encryption=require;",
+         "PWD={pw};Encrypt=yes;TrustServerCertificate=yes;"},
+        {"encrypt = 'verify'", "Servername=server1;Database={db};UID={sa};PWD={pw};",
+         "PWD={pw};Encrypt=yes;TrustServerCertificate=no;"},
+        {"encrypt = 'verify'\ncaFile = '/ca.pem'", "Servername=server2;",
+         "Encrypt=yes;TrustServerCertificate=no;"},
+        {"encrypt = 'verify'\ncaFile = '" + std::string(201, 'x') + "'", nullptr, "Encrypt=yes;"},
+        {"encrypt = 'yes'", nullptr, nullptr},
+        {"encrypt = 'verify'\nodbcAttributes = 'encrypt=no'", nullptr, nullptr}};
+    for (const auto& [settings, freeTds, microsoft] : cases) {
         SCOPED_TRACE(settings);
         const std::string attributes =
             settings.find("odbcAttributes") == std::string::npos ? "odbcAttributes = ''\n" : "";

@@ -125,18 +125,15 @@ TEST(Files, ReadsGoOnAfterShortReads) {
 }
 
 TEST(Files, PathsJoinWithOneSlash) {
-    struct Case {
-        const char* path;
-        const char* component;
-        const char* joined;
-    };
-    for (const Case& join :
-         {Case{"/opt", "Scripts", "/opt/Scripts"}, Case{"/opt/", "Scripts", "/opt/Scripts"},
-          Case{"/opt//", "//Scripts/", "/opt/Scripts/"}, Case{"/", "x", "/x"}, Case{"", "x", "x"},
-          Case{"/opt", "", "/opt"}}) {
-        std::string path = join.path;
-        FXPath::Append(path, join.component);
-        EXPECT_EQ(path, join.joined);
+    for (const auto& [base, component, joined] : {std::tuple("/opt", "Scripts", "/opt/Scripts"),
+                                                  {"/opt/", "Scripts", "/opt/Scripts"},
+                                                  {"/opt//", "//Scripts/", "/opt/Scripts/"},
+                                                  {"/", "x", "/x"},
+                                                  {"", "x", "x"},
+                                                  {"/opt", "", "/opt"}}) {
+        std::string path = base;
+        FXPath::Append(path, component);
+        EXPECT_EQ(path, joined);
     }
     EXPECT_EQ(FXString::Format("[%s] %d", std::string(70000, 'f').c_str(), 5).size(), 70004U);
     EXPECT_TRUE(FXFile::Exists("/dev/null"));

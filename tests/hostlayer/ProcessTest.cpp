@@ -48,22 +48,22 @@ class Process : public ::testing::Test {
 };
 
 TEST_F(Process, SplitsTheCommandLineByDoubleQuotesAlone) {
-    struct Case {
-        const char* line;
-        const char* words;  // a line each, in brackets; null: refused
-    };
     const std::string tool = script("words", "for w in \"$@\"; do printf '[%s]\\n' \"$w\" >&2; done");
-    for (const Case& split :
-         {Case{"tool a  b\tc ", "[a]\n[b]\n[c]\n"},
-          Case{"tool -Q \"select 'x y'\n\\n\\\" -s \"\t\"", "[-Q]\n[select 'x y'\n\\n\\]\n[-s]\n[\t]\n"},
-          Case{"tool a\"b c\"d \"\" e", "[ab cd]\n[]\n[e]\n"},
-          Case{"\"/a tool\" $HOME `id` ;*", "[$HOME]\n[`id`]\n[;*]\n"}, Case{"tool", ""}, Case{"", ""},
-          Case{"tool \"open", nullptr}, Case{"tool a\"b\" c\"", nullptr}}) {
-        const Outcome result = run("\"" + tool + "\"", split.line);
-        EXPECT_EQ(result.isStarted, split.words != nullptr) << split.line;
-        const std::string words = split.words != nullptr ? split.words : "is not closed.";
+    // The words are a line each, in brackets; null: refused.
+    for (const auto& [line, split] :
+         {std::pair("tool a  b\tc ", "[a]\n[b]\n[c]\n"),
+          {"tool -Q \"select 'x y'\n\\n\\\" -s \"\t\"", "[-Q]\n[select 'x y'\n\\n\\]\n[-s]\n[\t]\n"},
+          {"tool a\"b c\"d \"\" e", "[ab cd]\n[]\n[e]\n"},
+          {"\"/a tool\" $HOME `id` ;*", "[$HOME]\n[`id`]\n[;*]\n"},
+          {"tool", ""},
+          {"", ""},
+          {"tool \"open", nullptr},
+          {"tool a\"b\" c\"", nullptr}}) {
+        const Outcome result = run("\"" + tool + "\"", line);
+        EXPECT_EQ(result.isStarted, split != nullptr) << line;
+        const std::string words = split != nullptr ? split : "is not closed.";
         EXPECT_NE(result.error.find(words), std::string::npos) << result.error;
-        EXPECT_TRUE(split.words == nullptr || result.error == words) << result.error;
+        EXPECT_TRUE(split == nullptr || result.error == words) << result.error;
     }
 }
 

@@ -25,11 +25,7 @@ namespace {
 using hostlayer::SqlEffect;
 
 TEST(SqlEffect, OnlyASinglePlainStatementHasNone) {
-    struct Case {
-        const char* sql;
-        SqlEffect effect;
-    };
-    const Case cases[] = {
+    const std::pair<const char*, SqlEffect> cases[] = {
         {"SELECT TOP 1 id FROM T WHERE name = 'SET DROP' and type & 2 > 0 ORDER BY id DESC",
          SqlEffect::kNone},
         {" select [exec], \"use\" /* drop */ from t -- kill\r\n union all select 1;", SqlEffect::kNone},
@@ -64,7 +60,7 @@ TEST(SqlEffect, OnlyASinglePlainStatementHasNone) {
         {"SELECT 'unclosed", SqlEffect::kServer},
     };
     const auto check = [&] {
-        for (const Case& each : cases) EXPECT_EQ(hostlayer::effectOf(each.sql), each.effect) << each.sql;
+        for (const auto& [sql, effect] : cases) EXPECT_EQ(hostlayer::effectOf(sql), effect) << sql;
     };
     check();
     const support::TurkishLocale otherLetters;
@@ -72,11 +68,7 @@ TEST(SqlEffect, OnlyASinglePlainStatementHasNone) {
 }
 
 TEST(SqlEffect, OnlyAScriptThatReadsAndChangesRowsSharesTheDatabase) {
-    struct Case {
-        const char* script;
-        bool mayNeedItAlone;
-    };
-    const Case cases[] = {
+    const std::pair<const char*, bool> cases[] = {
         {"SET ARITHABORT ON \nGO \nSELECT 'EXEC' -- RESTORE\nGO\nUPDATE t SET a = 1; PRINT 'x'\ngo\n", false},
         {"IF OBJECT_ID('t') IS NULL CREATE TABLE t (a int)\nWAITFOR DELAY '00:00:01'\n", false},
         {"ALTER DATABASE d SET SINGLE_USER", true},
@@ -87,8 +79,8 @@ TEST(SqlEffect, OnlyAScriptThatReadsAndChangesRowsSharesTheDatabase) {
         {":r other.sql\n", true},
         {"PRINT 'unclosed", true},
     };
-    for (const Case& each : cases)
-        EXPECT_EQ(hostlayer::mayNeedDatabaseAlone(each.script), each.mayNeedItAlone) << each.script;
+    for (const auto& [script, mayNeedItAlone] : cases)
+        EXPECT_EQ(hostlayer::mayNeedDatabaseAlone(script), mayNeedItAlone) << script;
 }
 
 class ConnectionReuse : public ::testing::Test {
@@ -124,24 +116,20 @@ class ConnectionReuse : public ::testing::Test {
 };
 
 TEST_F(ConnectionReuse, FollowsPlainStatementsOnly) {
-    struct Case {
-        const char* sql;
-        int kept;
-    };
     run("CREATE TABLE dbo.Kept (id int IDENTITY, a int)");
-    const Case cases[] = {{"SELECT 1", 1},
-                          {"SELECT name FROM sys.databases", 1},
-                          {"SET ROWCOUNT 1", 0},
-                          {"SET NOCOUNT ON SELECT 1", 1},
-                          {"CREATE TABLE #t (a int)", 0},
-                          {"SELECT 1 / 0", 0},
-                          {"SELECT 2", 1},
-                          {"INSERT dbo.Kept DEFAULT VALUES", 1},
-                          {"UPDATE dbo.Kept SET a = 2", 1},
-                          {"no statement", 0}};
-    for (const Case& each : cases) {
-        run(each.sql);
-        EXPECT_EQ(sockets(), each.kept) << each.sql;
+    const std::pair<const char*, int> cases[] = {{"SELECT 1", 1},
+                                                 {"SELECT name FROM sys.databases", 1},
+                                                 {"SET ROWCOUNT 1", 0},
+                                                 {"SET NOCOUNT ON SELECT 1", 1},
+                                                 {"CREATE TABLE #t (a int)", 0},
+                                                 {"SELECT 1 / 0", 0},
+                                                 {"SELECT 2", 1},
+                                                 {"INSERT dbo.Kept DEFAULT VALUES", 1},
+                                                 {"UPDATE dbo.Kept SET a = 2", 1},
+                                                 {"no statement", 0}};
+    for (const auto& [sql, kept] : cases) {
+        run(sql);
+        EXPECT_EQ(sockets(), kept) << sql;
     }
     run("SELECT 1");
     run("SELECT 1", /*readOnly=*/true);

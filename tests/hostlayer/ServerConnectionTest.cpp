@@ -14,21 +14,14 @@ namespace {
 
 using Rows = std::vector<std::vector<std::string>>;
 
-// One server serves all tests of the suite; each has tables of its own.
 class ServerConnection : public ::testing::Test {
   protected:
-    static void SetUpTestSuite() {
-        defaultDebugLog();
-        s_box = new support::TsqlBox;
-    }
-    static void TearDownTestSuite() {
-        delete s_box;
-        s_box = nullptr;
-    }
+    static void SetUpTestSuite() { defaultDebugLog(); }
 
-    int open(const std::string& password = s_box->password(), const char* database = "master") {
+    int open() { return open(m_box.password()); }
+    int open(const std::string& password, const char* database = "master") {
         const std::string text = m_connection.getConnectionString(
-            s_box->server().c_str(), database, s_box->login().c_str(), password.c_str(), false, false);
+            m_box.server().c_str(), database, m_box.login().c_str(), password.c_str(), false, false);
         return m_connection.OpenSQLConnectionUsingConnectionString(text.c_str(), false);
     }
 
@@ -49,7 +42,7 @@ class ServerConnection : public ::testing::Test {
         return found;
     }
 
-    static inline support::TsqlBox* s_box = nullptr;
+    support::TsqlBox m_box;
     const TestStore m_store{""};
     VTSimpleDBConnObject m_connection;
 };
@@ -162,9 +155,9 @@ TEST_F(ServerConnection, NamesAndPasswordsAreUtf8) {
     const std::size_t before = defaultDebugLog().size();
     ASSERT_EQ(open(), 0);
     ASSERT_EQ(rows("CREATE DATABASE [Größe€😀]"), Rows());
-    ASSERT_EQ(open(s_box->password(), "Größe€😀"), 0);
+    ASSERT_EQ(open(m_box.password(), "Größe€😀"), 0);
     EXPECT_EQ(rows("SELECT DB_NAME()"), (Rows{{"Größe€😀"}}));
-    EXPECT_NE(open(s_box->password(), "größer€"), 0);
+    EXPECT_NE(open(m_box.password(), "größer€"), 0);
     EXPECT_NE(open("\xFCnsafe"), 0);
     const std::string text = defaultDebugLog().substr(before);
     EXPECT_NE(text.find("größer€"), std::string::npos) << text;
@@ -173,10 +166,10 @@ TEST_F(ServerConnection, NamesAndPasswordsAreUtf8) {
 
 TEST_F(ServerConnection, ALostServerIsAFailureAndAReopenedOneWorks) {
     ASSERT_EQ(open(), 0);
-    s_box->kill();
+    m_box.kill();
     EXPECT_EQ(rows("SELECT 1"), (Rows{{"execute failed"}}));
     EXPECT_NE(open(), 0);
-    s_box->start();
+    m_box.start();
     ASSERT_EQ(open(), 0);
     EXPECT_EQ(rows("SELECT 1"), (Rows{{"1"}}));
 }
@@ -265,12 +258,8 @@ TEST(EncryptedConnection, SendsTheLoginOnlyAsTheSettingsPermit) {
 TEST(MisbehavingNetwork, IsSurvivedOrNamed) {
     using enum support::NetworkFault::Kind;
     const support::TsqlBox box;
-    struct Case {
-        support::NetworkFault fault;
-        std::string reason;
-    };
     constexpr std::size_t kAfterPrelogin = 20;
-    const Case cases[] = {
+    const std::pair<support::NetworkFault, std::string> cases[] = {
         {{.mostBytes = 1}, ""},
         {{.delay = std::chrono::milliseconds(20)}, ""},
         {{.kind = kClose},
@@ -280,21 +269,21 @@ TEST(MisbehavingNetwork, IsSurvivedOrNamed) {
         {{.kind = kClose, .after = kAfterPrelogin}, "Adaptive Server connection failed"}};
     defaultDebugLog();
     const TestStore store("[host]\nloginTimeout = 1\n[host.programs]\nsqlcmd = '" SQLCMD_PROGRAM "'\n");
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.reason);
-        const support::Proxy proxy(box.port(), c.fault);
+    for (const auto& [fault, reason] : cases) {
+        SCOPED_TRACE(reason);
+        const support::Proxy proxy(box.port(), fault);
         const std::string server = "127.0.0.1," + std::to_string(proxy.port());
         const std::size_t logged = defaultDebugLog().size();
         VTSimpleDBConnObject connection;
         const std::string text = connection.getConnectionString(server.c_str(), "master", box.login().c_str(),
                                                                 box.password().c_str(), false, false);
         EXPECT_EQ(connection.OpenSQLConnectionUsingConnectionString(text.c_str(), false) == 0,
-                  c.reason.empty());
-        EXPECT_NE(defaultDebugLog().find(c.reason, logged), std::string::npos)
+                  reason.empty());
+        EXPECT_NE(defaultDebugLog().find(reason, logged), std::string::npos)
             << defaultDebugLog().substr(logged);
         std::string error;
-        EXPECT_EQ(sqlcmdConnects(server, box.password(), error), c.reason.empty()) << error;
-        EXPECT_NE(error.find(c.reason), std::string::npos) << error;
+        EXPECT_EQ(sqlcmdConnects(server, box.password(), error), reason.empty()) << error;
+        EXPECT_NE(error.find(reason), std::string::npos) << error;
     }
 }
 

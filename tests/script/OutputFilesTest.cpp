@@ -16,21 +16,19 @@ namespace fs = std::filesystem;
 
 TEST(OutputHeader, IsDroppedOnlyAboveItsSeparator) {
     const std::string wide(1 << 20, 'n'), dashes(1 << 20, '-');
-    const struct {
-        std::string before, after;
-    } cases[] = {
+    const std::pair<std::string, std::string> cases[] = {
         {"name\n----\nrow\n\nlast", "row\n\nlast\n"},
         {"a\tb\n-\t-\n", ""},
         {"n\n-", ""},
         {wide + "\n" + dashes + "\n" + wide + "\n", wide + "\n"},
         {"n\n-\n" + wide + "x", wide + "x\n"},  // one byte in the last block
     };
-    for (const auto& c : cases) {
+    for (const auto& [before, after] : cases) {
         const support::TempDir folder;
-        support::writeFile(folder / "out.log", c.before);
+        support::writeFile(folder / "out.log", before);
         support::writeFile(folder / "out.log.tscript.temp.txt", "left over");
         EXPECT_FALSE(removeOutputHeader(folder / "out.log").IsError());
-        EXPECT_EQ(support::readFile(folder / "out.log"), c.after);
+        EXPECT_EQ(support::readFile(folder / "out.log"), after);
         EXPECT_EQ(std::distance(fs::directory_iterator(folder.path()), {}), 1) << "nothing beside it";
     }
 }

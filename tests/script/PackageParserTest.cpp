@@ -21,9 +21,8 @@ struct Parsed : PackageContent {
 };
 
 TEST(PackageParser, ReadsHeaderLines) {
-    const struct {
-        const char *lines, *read;  // time|site|database|GUID|developer|description
-    } cases[] = {
+    // Lines, and what is read: time|site|database|GUID|developer|description.
+    const std::pair<const char*, const char*> cases[] = {
         {"Creation Time: 1700000000\nPlexum ID:26\nDatabase Name:NQ2\nGUID:ab c\n",
          "1700000000|26|NQ2|ab c||"},
         {"Creation Time:\nPlexum ID:\nDatabase Name:\nGUID:\n", "0|0||||"},
@@ -36,13 +35,13 @@ TEST(PackageParser, ReadsHeaderLines) {
         {"GUID:1 Plexum ID:3\n", "7|3||||"},
         {"\n\ncreation time:1\n", "7|0||||\ncreation time:1"},
     };
-    for (const auto& c : cases) {
+    for (const auto& [lines, read] : cases) {
         PackageContent before;
         before.creationTime = 7;
-        const Parsed p(std::string("#START_OPTIONS#\n") + c.lines, before);
+        const Parsed p(std::string("#START_OPTIONS#\n") + lines, before);
         EXPECT_EQ(std::to_string(p.creationTime) + "|" + std::to_string(p.plexumId) + "|" + p.databaseName +
                       "|" + p.guid + "|" + p.developerName + "|" + p.description,
-                  c.read);
+                  read);
     }
 }
 

@@ -73,34 +73,33 @@ TEST_F(PackageRun, IsCataloguedOnceAndOnlyItsUsageRefreshed) {
 
 // In a new database the first script and its first run have the id 1.
 TEST_F(PackageRun, RunsInADatabaseThatIsNamedOrDetected) {
-    const struct {
-        std::string database, component;
-    } cases[] = {{"WFEngine", "808"}, {"VTCloud", "809"}, {"HistoryDB", "810"}};
+    const std::pair<std::string, std::string> cases[] = {
+        {"WFEngine", "808"}, {"VTCloud", "809"}, {"HistoryDB", "810"}};
     m_installation.set("Base", "nPLATTYPE", 4);
     m_installation.remove("InstalledPackages\\803", "sInstallState");
     const std::string log = m_installation.baseFolder() / "made.log";
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.database);
+    for (const auto& [database, component] : cases) {
+        SCOPED_TRACE(database);
         DBBase db(true);
         db.SetAccountInfo(s_box->server().c_str(), s_box->login().c_str(), s_box->password().c_str(),
                           log.c_str());
-        ASSERT_TRUE(db.SetDBValue(("CREATE DATABASE " + c.database).c_str()));
+        ASSERT_TRUE(db.SetDBValue(("CREATE DATABASE " + database).c_str()));
         fs::current_path(fs::path(CATALOGUE_SQL).parent_path());  // its :r names are relative to it
-        ASSERT_TRUE(db.RunFileQuery(CATALOGUE_SQL, log.c_str(), c.database.c_str(), true, false));
+        ASSERT_TRUE(db.RunFileQuery(CATALOGUE_SQL, log.c_str(), database.c_str(), true, false));
         for (const auto& other : cases)
-            m_installation.set("InstalledPackages\\" + other.component, "sInstallState",
-                               other.component == c.component ? "Installed" : "Removed");
+            m_installation.set("InstalledPackages\\" + other.second, "sInstallState",
+                               other.second == component ? "Installed" : "Removed");
         const std::string script = "#START_SCRIPT#\nPRINT DB_NAME()\n";
-        writePackage("named", "#START_OPTIONS#\nDatabase Name:" + c.database + "\n" + script);
+        writePackage("named", "#START_OPTIONS#\nDatabase Name:" + database + "\n" + script);
         writePackage("detected", script);
         for (const char* name : {"named", "named", "detected"}) {
             const Result result = runPackage(name);
-            EXPECT_EQ(result.output, c.database + "\n\nTscript Execution Succeeded!\n");
-            EXPECT_EQ(result.database, c.database);
+            EXPECT_EQ(result.output, database + "\n\nTscript Execution Succeeded!\n");
+            EXPECT_EQ(result.database, database);
         }
         EXPECT_EQ(query("SELECT s.id, e.id, e.status FROM ZpTscripts s JOIN ZpTscriptExec e ON e.tsId = s.id "
                         "ORDER BY e.id",
-                        3, c.database.c_str()),
+                        3, database.c_str()),
                   (Texts{"1|1|1", "1|2|1", "2|3|1"}));
     }
 }
@@ -271,9 +270,7 @@ TEST_F(PackageRun, NothingInAPackageIsSkipped) {
     const std::string content = support::readFile(path);
     const std::string nul(1, '\0');
     const std::size_t lastLine = content.rfind('\n', content.size() - 2) + 1;
-    const struct {
-        std::string content, problem;
-    } cases[] = {
+    const std::pair<std::string, std::string> cases[] = {
         {content, ""},
         {content.substr(0, content.size() - 1), ""},  // the last line break
         {content + "\n\n", ""},
@@ -289,11 +286,11 @@ TEST_F(PackageRun, NothingInAPackageIsSkipped) {
         {content + "ZF", "cannot be decrypted."},
         {content + "Z\n", "cannot be decrypted."},
     };
-    for (const auto& c : cases) {
-        support::writeFile(path, c.content);
+    for (const auto& [changed, expected] : cases) {
+        support::writeFile(path, changed);
         const std::string problem = loadProblem("whole");
-        EXPECT_TRUE(problem.ends_with(c.problem) && problem.empty() == c.problem.empty())
-            << problem << " instead of " << c.problem;
+        EXPECT_TRUE(problem.ends_with(expected) && problem.empty() == expected.empty())
+            << problem << " instead of " << expected;
     }
     for (std::size_t length = lastLine + 1; length + 1 < content.size(); ++length) {
         support::writeFile(path, content.substr(0, length));
@@ -334,11 +331,7 @@ TEST_F(PackageRun, HostileValuesArriveOrAreRefused) {
     EXPECT_EQ(output, expected + "\nTscript Execution Succeeded!\n");
     EXPECT_GE(values.size(), 200U);
 
-    const struct {
-        std::string body;
-        Texts values;
-        std::string problem;
-    } refused[] = {
+    const std::tuple<std::string, Texts, std::string> refused[] = {
         {"PRINT '%s'\n", {"a\nb"}, "value 1 has a line break."},
         {"PRINT '%s'\n", {"a\r"}, "value 1 has a line break."},
         {"PRINT '%s%s'\n", {"a", "\nGO\n"}, "value 2 has a line break."},
@@ -354,15 +347,15 @@ TEST_F(PackageRun, HostileValuesArriveOrAreRefused) {
         {"%st\n", {"Qui"}, "value 1 completes a command of the query tool."},
     };
     const support::TurkishLocale otherLetters;
-    for (const auto& c : refused) {
-        writePackage("refused", packageOf(c.body));
-        EXPECT_FALSE(TS_ExecTscript_SQL_In("refused", &database, &c.values, nullptr, &log, &output))
-            << c.body;
-        EXPECT_EQ(output, "\nThe values are refused: " + c.problem + "\n");
+    for (const auto& [statements, given, problem] : refused) {
+        writePackage("refused", packageOf(statements));
+        EXPECT_FALSE(TS_ExecTscript_SQL_In("refused", &database, &given, nullptr, &log, &output))
+            << statements;
+        EXPECT_EQ(output, "\nThe values are refused: " + problem + "\n");
         std::string sql;
-        EXPECT_FALSE(TS_PreviewTscript_SQL("refused", &database, &c.values, &sql, &output));
-        EXPECT_TRUE(TS_PreviewTscript_SQL("refused", &database, &c.values, &sql, &output,
-                                          kTScriptToolCommandsInValues));
+        EXPECT_FALSE(TS_PreviewTscript_SQL("refused", &database, &given, &sql, &output));
+        EXPECT_TRUE(
+            TS_PreviewTscript_SQL("refused", &database, &given, &sql, &output, kTScriptToolCommandsInValues));
     }
     EXPECT_EQ(lastRun("refused"), "");
 }
@@ -370,10 +363,7 @@ TEST_F(PackageRun, HostileValuesArriveOrAreRefused) {
 TEST_F(PackageRun, ARefusedPackageReportsWhyAndLeavesNoPlainCopy) {
     const std::string script = "#START_SCRIPT#\nPRINT 1\n";
     const std::string guid = query("SELECT SettingValue FROM NQSetting", 1, "NQ2").front();
-    const struct {
-        const char* name;
-        std::string text, output;
-    } cases[] = {
+    const std::tuple<const char*, std::string, std::string> cases[] = {
         {"othersite", "#START_OPTIONS#\nDatabase Name:Dorvas\nPlexum ID:5\n" + script,
          "\nThis site specific tscript cannot be run on this DV: [1A].\n"},
         {"thissite",
@@ -386,12 +376,12 @@ TEST_F(PackageRun, ARefusedPackageReportsWhyAndLeavesNoPlainCopy) {
         {"tnet", "#START_OPTIONS#\nDatabase Name:tnet\n" + script,
          "\nFailed to get database access info.\n\nFailed to get database info.\n"},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        writePackage(c.name, c.text);
-        const Result result = runPackage(c.name, {}, 3);
-        EXPECT_EQ(result.done, c.output.empty());
-        EXPECT_EQ(result.output, c.output);
+    for (const auto& [name, text, output] : cases) {
+        SCOPED_TRACE(name);
+        writePackage(name, text);
+        const Result result = runPackage(name, {}, 3);
+        EXPECT_EQ(result.done, output.empty());
+        EXPECT_EQ(result.output, output);
     }
 }
 

@@ -50,9 +50,7 @@ TEST(PlaceholderFiller, NoPieceOfALongSegmentEndsInsideAPair) {
 }
 
 TEST(PlaceholderFiller, BlanksPercentSignsOfBlockComments) {
-    const struct {
-        const char *body, *blanked;
-    } cases[] = {
+    const std::pair<const char*, const char*> cases[] = {
         {"", ""},
         {"%s /* %s %% */ %s", "%s /*  s    */ %s"},
         {"-- %s\n%s", "-- %s\n%s"},
@@ -62,7 +60,7 @@ TEST(PlaceholderFiller, BlanksPercentSignsOfBlockComments) {
         {"*/ %s /", "*/ %s /"},
         {"/* a /* b */ %s */", "/* a /* b */ %s */"},
     };
-    for (const auto& c : cases) EXPECT_EQ(blankPercentSignsInComments(c.body), c.blanked);
+    for (const auto& [body, blanked] : cases) EXPECT_EQ(blankPercentSignsInComments(body), blanked);
 }
 
 }  // namespace

@@ -115,21 +115,18 @@ TEST_F(ProcedureRuns, RecordsComeInPages) {
                  "The database has been chosen already. Use a new object for another one.");
     const std::string wrongPage = "A page has 1 to 10,000 rows.";
     const std::string longPattern = "The name pattern is longer than 256 bytes. Shorten it.";
-    const struct {
-        std::size_t pattern;
-        int maximum;
-        std::string error;
-    } cases[] = {{256, 1, ""},   {257, 1, longPattern}, {0, 1, ""},        {0, 0, wrongPage},
-                 {0, 10000, ""}, {0, 10001, wrongPage}, {0, -1, wrongPage}};
-    for (const auto& c : cases) {
+    const std::tuple<std::size_t, int, std::string> cases[] = {
+        {256, 1, ""},   {257, 1, longPattern}, {0, 1, ""},        {0, 0, wrongPage},
+        {0, 10000, ""}, {0, 10001, wrongPage}, {0, -1, wrongPage}};
+    for (const auto& [pattern, maximum, error] : cases) {
         TScriptRunFilter_t filter;
-        filter.namePattern = std::string(c.pattern, '*');
+        filter.namePattern = std::string(pattern, '*');
         entries.resize(1);
         runs.resize(1);
-        EXPECT_EQ(records.listScripts(filter.namePattern.c_str(), 0, c.maximum, entries), c.error.empty());
-        EXPECT_EQ(records.listRuns(filter, 0, c.maximum, runs), c.error.empty());
-        if (c.error.empty()) continue;
-        EXPECT_EQ(records.getErrorMessage(), c.error);
+        EXPECT_EQ(records.listScripts(filter.namePattern.c_str(), 0, maximum, entries), error.empty());
+        EXPECT_EQ(records.listRuns(filter, 0, maximum, runs), error.empty());
+        if (error.empty()) continue;
+        EXPECT_EQ(records.getErrorMessage(), error);
         EXPECT_TRUE(entries.empty() && runs.empty());
     }
     EXPECT_TRUE(records.listScripts("tsSwitch*", 0, 10, entries));

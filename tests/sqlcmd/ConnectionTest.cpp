@@ -17,12 +17,7 @@ Options optionsFor(std::string_view server, std::string_view password) {
 }
 
 TEST(ConnectionString, NamesTheServerInTheFormOfEachDriver) {
-    struct Case {
-        const char* server;
-        const char* freeTds;
-        const char* microsoft;
-    };
-    const Case cases[] = {
+    const std::tuple<const char*, const char*, const char*> cases[] = {
         {"host", "Server=host;", "Server=tcp:host;"},
         {"tcp:host,1500", "Server=host;Port=1500;", "Server=tcp:host,1500;"},
         {"host\\inst", "Server=host\\inst;", "Server=tcp:host\\inst;"},

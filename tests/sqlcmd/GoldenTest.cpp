@@ -105,12 +105,8 @@ TEST(Script, UsesFilesStreamsAndPrograms) {
     const support::TempDir folder;
     support::writeFile(folder / "start.sql", "PRINT 'start'\n");
     support::writeFile(folder / "page.sql", "PRINT N'\xE9'\n");
-    struct Row {
-        const char* command;
-        const char* output;  // its end
-        int exitCode;
-    };
-    const Row rows[] = {
+    // A command, the end of its output, its exit code.
+    const std::tuple<const char*, const char*, int> rows[] = {
         {"SQLCMDINI=start.sql \"$@\" -Q \"PRINT 'q'\"", "start\nq\n", 0},
         {"SQLCMDINI=start.sql \"$@\" -X -Q \"PRINT 'q'\"", "q\n", 0},
         {"SQLCMDINI=none.sql \"$@\"", "'none.sql': Invalid filename. No such file or directory.\n", 1},

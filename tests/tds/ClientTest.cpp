@@ -10,15 +10,7 @@ namespace {
 
 class ClientTest : public testing::Test {
   protected:
-    static void SetUpTestSuite() { s_box = new TsqlBox; }
-    static void TearDownTestSuite() {
-        delete s_box;
-        s_box = nullptr;
-    }
-    static TsqlBox& box() { return *s_box; }
-
-  private:
-    static inline TsqlBox* s_box = nullptr;
+    const TsqlBox box;
 };
 
 TEST_F(ClientTest, EveryTypeHasItsMetadataValueAndNull) {
@@ -65,7 +57,7 @@ TEST_F(ClientTest, EveryTypeHasItsMetadataValueAndNull) {
         {"varbinary(10)", "0x0AFF", SQL_VARBINARY, 10, "0aff"},
         {"varbinary(max)", "0x00", SQL_VARBINARY, 0, "00"},
     };
-    OdbcClient client(box().odbcConnectionString());
+    OdbcClient client(box.odbcConnectionString());
     for (const Case& c : cases) {
         SCOPED_TRACE(c.type);
         const std::string type = c.type;
@@ -87,7 +79,7 @@ TEST_F(ClientTest, EveryTypeHasItsMetadataValueAndNull) {
 TEST_F(ClientTest, EveryProtocolVersionReturnsTheSameValuesAndMessages) {
     for (const std::string version : {"7.1", "7.2", "7.3", "7.4"}) {
         SCOPED_TRACE(version);
-        std::string connection = box().odbcConnectionString();
+        std::string connection = box.odbcConnectionString();
         connection.replace(connection.find("TDS_Version=7.4") + 12, 3, version);
         OdbcClient client(connection);
         EXPECT_EQ(
@@ -106,7 +98,7 @@ TEST_F(ClientTest, EveryProtocolVersionReturnsTheSameValuesAndMessages) {
 }
 
 TEST_F(ClientTest, ParametersAndPreparedStatements) {
-    OdbcClient client(box().odbcConnectionString());
+    OdbcClient client(box.odbcConnectionString());
     client.run("CREATE TABLE #p (i int, t nvarchar(30), d decimal(10,2))");
     SQLINTEGER number = -7;
     char text[40] = "it's\nGröße";
@@ -132,7 +124,7 @@ TEST_F(ClientTest, ParametersAndPreparedStatements) {
 
 // The driver sends the calls of all rows in one request.
 TEST_F(ClientTest, RunsOneCallPerRowOfAParameterArray) {
-    OdbcClient client(box().odbcConnectionString());
+    OdbcClient client(box.odbcConnectionString());
     client.run("CREATE TABLE Arrayed (i int PRIMARY KEY, t nvarchar(10))");
     SQLINTEGER numbers[] = {1, 2, 2, 4};
     SQLCHAR texts[][8] = {"one", "two", "again", "four"};
@@ -155,22 +147,18 @@ TEST_F(ClientTest, RunsOneCallPerRowOfAParameterArray) {
 }
 
 TEST_F(ClientTest, DescribesAPreparedStatementBeforeItRuns) {
-    OdbcClient client(box().odbcConnectionString());
+    OdbcClient client(box.odbcConnectionString());
     client.run("CREATE TABLE Described (i int, t nvarchar(30))");
-    struct Case {
-        const char* text;
-        std::vector<std::string> columns;
-    };
-    const Case cases[] = {
+    const std::pair<const char*, std::vector<std::string>> cases[] = {
         {"SELECT i, t AS name, 1 FROM Described WHERE i = ? AND t LIKE ?", {"i", "name", ""}},
         {"INSERT INTO Described VALUES (?, ?)", {}},
         {"IF ? = 1 SELECT t FROM Described WHERE i = ?", {"t"}}};
     const SQLHSTMT statement = client.statement();
     SQLINTEGER number = 1;
     SQLLEN given = 0;
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.text);
-        SQLCHAR* const text = reinterpret_cast<SQLCHAR*>(const_cast<char*>(c.text));
+    for (const auto& [batch, expected] : cases) {
+        SCOPED_TRACE(batch);
+        SQLCHAR* const text = reinterpret_cast<SQLCHAR*>(const_cast<char*>(batch));
         for (SQLUSMALLINT i = 1; i <= 2; ++i)
             SQLBindParameter(statement, i, SQL_PARAM_INPUT, SQL_C_LONG, SQL_INTEGER, 0, 0, &number, 0,
                              &given);
@@ -183,7 +171,7 @@ TEST_F(ClientTest, DescribesAPreparedStatementBeforeItRuns) {
             SQLDescribeCol(statement, i, name, sizeof name, nullptr, nullptr, nullptr, nullptr, nullptr);
             columns.emplace_back(reinterpret_cast<char*>(name));
         }
-        EXPECT_EQ(columns, c.columns);
+        EXPECT_EQ(columns, expected);
         EXPECT_TRUE(SQL_SUCCEEDED(SQLExecute(statement)));
         SQLFreeStmt(statement, SQL_CLOSE);
     }
@@ -200,8 +188,8 @@ TEST_F(ClientTest, DbLib) {
     for (const std::string version : {"7.1", "7.2", "7.3", "7.4"}) {
         SCOPED_TRACE(version);
         const ProgramResult result =
-            runProgram({"bsqldb", "-S", "127.0.0.1:" + std::to_string(box().port()), "-U", box().login(),
-                        "-P", box().password()},
+            runProgram({"bsqldb", "-S", "127.0.0.1:" + std::to_string(box.port()), "-U", box.login(), "-P",
+                        box.password()},
                        {"SELECT 1 AS one, 'zwei' AS two\nGO\nSELECT * FROM Nowhere\nGO\n",
                         {},
                         {"TDSVER=" + version},
@@ -215,31 +203,26 @@ TEST_F(ClientTest, DbLib) {
 // strings to nvarchar columns as bytes of its own character set, which SQL Server refuses as well if their
 // number is odd.
 TEST_F(ClientTest, BulkCopyOfDbLib) {
-    OdbcClient client(box().odbcConnectionString());
+    OdbcClient client(box.odbcConnectionString());
     client.run(
         "CREATE TABLE Loaded (id int IDENTITY(5, 1) PRIMARY KEY, name nvarchar(20) NOT NULL, amount "
         "decimal(10, 2) DEFAULT 1.5 CHECK (amount >= 0), taken datetime, note text)");
-    struct Case {
-        std::string rows;
-        std::vector<std::string> options;
-        std::string message;
-    };
-    const Case cases[] = {
+    const std::tuple<std::string, std::vector<std::string>, std::string> cases[] = {
         {"1\tzwölf\t2.25\t2024-02-29 01:02:03.123\tnote\n1\tdefault\t\t\t\n", {}, "2 rows copied"},
         {"20\tkept\t3\t\t\n", {"-E"}, "1 rows copied"},
         {"30\tgood\t1\t\t\n31\tbad\t-1\t\t\n", {"-h", "TABLOCK,CHECK_CONSTRAINTS"}, "CHECK constraint"},
         {"20\tagain\t1\t\t\n", {"-E"}, "duplicate key"},
     };
     const TempDir folder;
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.rows);
-        writeFile(folder / "rows", c.rows);
+    for (const auto& [rows, options, message] : cases) {
+        SCOPED_TRACE(rows);
+        writeFile(folder / "rows", rows);
         std::vector<std::string> command{"freebcp", "master..Loaded", "in", folder / "rows", "-c"};
-        const std::string server = "127.0.0.1:" + std::to_string(box().port());
-        command.insert(command.end(), {"-S", server, "-U", box().login(), "-P", box().password()});
-        command.insert(command.end(), c.options.begin(), c.options.end());
+        const std::string server = "127.0.0.1:" + std::to_string(box.port());
+        command.insert(command.end(), {"-S", server, "-U", box.login(), "-P", box.password()});
+        command.insert(command.end(), options.begin(), options.end());
         const ProgramResult result = runProgram(command, {{}, {}, {"TDSVER=7.1"}, std::chrono::minutes(1)});
-        EXPECT_NE((result.output + result.errors).find(c.message), std::string::npos)
+        EXPECT_NE((result.output + result.errors).find(message), std::string::npos)
             << result.output << result.errors;
     }
     const char* const script =
@@ -255,7 +238,7 @@ TEST_F(ClientTest, BulkCopyOfDbLib) {
         "ALTER TABLE Loaded ALTER COLUMN name nvarchar(20) NULL; "
         "CREATE TABLE Copied (v varchar(10), c char(4), t text, n nvarchar(10))");
     const ProgramResult copied =
-        runProgram({"/usr/bin/python3", "-c", script, std::to_string(box().port()), box().password()});
+        runProgram({"/usr/bin/python3", "-c", script, std::to_string(box.port()), box.password()});
     EXPECT_NE(copied.errors.find("Unicode data is odd byte size for column 4."), std::string::npos)
         << copied.errors;
     EXPECT_EQ(client.run("SELECT * FROM Copied"),
@@ -282,7 +265,7 @@ TEST_F(ClientTest, Tedious) {
     const Certificates certificates;
     const TsqlBox encrypted(certificates.options("good", {"--encryption", "required"}));
     for (const auto& [server, argument] :
-         {std::pair<const TsqlBox*, std::string>(&box(), "plain"), {&encrypted, "encrypt"}}) {
+         {std::pair<const TsqlBox*, std::string>(&box, "plain"), {&encrypted, "encrypt"}}) {
         const ProgramResult result =
             runProgram({"node", TDS_CLIENTS "/tedious_client.js", TDS_MODULES, std::to_string(server->port()),
                         server->login(), server->password(), argument});
@@ -296,10 +279,10 @@ TEST_F(ClientTest, LibrariesOverTedious) {
     if (installed.exitCode == 77) GTEST_SKIP() << installed.errors;
     ASSERT_EQ(installed.exitCode, 0) << installed.errors;
     for (const std::string library : {"knex", "sequelize", "typeorm"}) {
-        OdbcClient(box().odbcConnectionString()).run("CREATE DATABASE " + library);
+        OdbcClient(box.odbcConnectionString()).run("CREATE DATABASE " + library);
         const ProgramResult result =
             runProgram({"node", TDS_CLIENTS "/" + library + "_client.js", TDS_MODULES,
-                        std::to_string(box().port()), box().login(), box().password()});
+                        std::to_string(box.port()), box.login(), box.password()});
         EXPECT_EQ(result.exitCode, 0) << library << result.output << result.errors;
     }
 }
@@ -307,20 +290,20 @@ TEST_F(ClientTest, LibrariesOverTedious) {
 // The cases are in clients/sqlalchemy_client.py.
 TEST_F(ClientTest, SqlAlchemy) {
     for (const std::string driver : {"pymssql", "pyodbc"}) {
-        OdbcClient(box().odbcConnectionString()).run("CREATE DATABASE alchemy_" + driver);
+        OdbcClient(box.odbcConnectionString()).run("CREATE DATABASE alchemy_" + driver);
         const ProgramResult result =
-            runProgram({"/usr/bin/python3", TDS_CLIENTS "/sqlalchemy_client.py", std::to_string(box().port()),
-                        box().login(), box().password(), driver});
+            runProgram({"/usr/bin/python3", TDS_CLIENTS "/sqlalchemy_client.py", std::to_string(box.port()),
+                        box.login(), box.password(), driver});
         EXPECT_EQ(result.exitCode, 0) << driver << result.output << result.errors;
     }
 }
 
 // The cases are in clients/JtdsClient.java.
 TEST_F(ClientTest, Jtds) {
-    OdbcClient(box().odbcConnectionString()).run("CREATE DATABASE jtds");
+    OdbcClient(box.odbcConnectionString()).run("CREATE DATABASE jtds");
     const ProgramResult result =
         runProgram({"java", "-cp", "/usr/share/java/jtds.jar", TDS_CLIENTS "/JtdsClient.java",
-                    std::to_string(box().port()), box().login(), box().password()});
+                    std::to_string(box.port()), box.login(), box.password()});
     EXPECT_EQ(result.exitCode, 0) << result.output << result.errors;
 }
 
@@ -337,7 +320,7 @@ TEST_F(ClientTest, GoMssqldb) {
     const Certificates certificates;
     const TsqlBox encrypted(certificates.options("good", {"--encryption", "required"}));
     for (const auto& [server, encrypt] :
-         {std::pair<const TsqlBox*, std::string>(&box(), "disable"), {&encrypted, "true"}}) {
+         {std::pair<const TsqlBox*, std::string>(&box, "disable"), {&encrypted, "true"}}) {
         const ProgramResult result = runProgram({folder / "client", std::to_string(server->port()),
                                                  server->login(), server->password(), encrypt});
         EXPECT_EQ(result.exitCode, 0) << encrypt << result.output << result.errors;

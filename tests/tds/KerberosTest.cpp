@@ -26,10 +26,7 @@ class Kerberos : public testing::Test {
 TEST_F(Kerberos, FreeTdsLogsInWithoutAPassword) {
     const std::string port = std::to_string(box.port());
     const std::string odbc = "Driver=FreeTDS;TDS_Version=7.4;Port=" + port + ";Server=";
-    const struct {
-        std::vector<std::string> client;
-        bool logsIn;
-    } cases[] = {
+    const std::pair<std::vector<std::string>, bool> cases[] = {
         {{"tsql", "-H", "localhost", "-p", port, "-o", "q"}, true},
         {{"tsql", "-H", "127.0.0.1", "-p", port, "-o", "q"}, false},  // no principal has this name
         {{"isql", "-b", "-k", odbc + "localhost;Trusted_Connection=yes"}, true},
@@ -41,10 +38,10 @@ TEST_F(Kerberos, FreeTdsLogsInWithoutAPassword) {
     options.input = "SELECT SUSER_SNAME()\nGO\n";
     for (const std::string name : {"person", "other"}) {
         realm.logIn(name);
-        for (const auto& c : cases) {
-            const ProgramResult result = runProgram(c.client, options);
-            EXPECT_EQ(result.output.find(name + "@EXAMPLE.TEST") != std::string::npos, c.logsIn)
-                << c.client[0] << " " << c.client[3] << result.output << result.errors << box.errors();
+        for (const auto& [client, logsIn] : cases) {
+            const ProgramResult result = runProgram(client, options);
+            EXPECT_EQ(result.output.find(name + "@EXAMPLE.TEST") != std::string::npos, logsIn)
+                << client[0] << " " << client[3] << result.output << result.errors << box.errors();
         }
     }
 }

@@ -159,26 +159,22 @@ TEST(Server, KeepsNothingOfAnInvalidBulkLoad) {
     constexpr std::uint8_t kBulkLoad = 7;
     const std::string integers = "\x81\1\0\0\0\0\0\0\0\x38\0"s, row = "\xD1\7\0\0\0"s;
     const std::string texts = "\x81\1\0\0\0\0\0\0\0\xE7\x0A\0\x09\x04\xD0\0\x34\0"s;
-    struct Case {
-        std::string body;
-        bool closes;
-    };
-    const Case cases[] = {{integers + row + row.substr(0, 3), true},
-                          {integers + row + "\x99", true},
-                          {integers + row + "\xD1", true},
-                          {"\xD1", false},  // without columns
-                          {texts + "\xD1\2\0001\0\xD1\1\0002"s, false},
-                          {texts + "\xD1\2\0001\0\xD1\2\0x\0"s, false}};
+    const std::pair<std::string, bool> cases[] = {{integers + row + row.substr(0, 3), true},
+                                                  {integers + row + "\x99", true},
+                                                  {integers + row + "\xD1", true},
+                                                  {"\xD1", false},  // without columns
+                                                  {texts + "\xD1\2\0001\0\xD1\1\0002"s, false},
+                                                  {texts + "\xD1\2\0001\0\xD1\2\0x\0"s, false}};
     const TsqlBox box;
     OdbcClient odbc(box.odbcConnectionString());
     odbc.run("CREATE TABLE Loaded (i int)");
-    for (const Case& c : cases) {
-        SCOPED_TRACE(&c - cases);
+    for (const auto& [body, closes] : cases) {
+        SCOPED_TRACE(testing::PrintToString(body));
         const auto client = loggedIn(box);
         ask(*client, "INSERT BULK Loaded (i int)");
         EXPECT_EQ(answer(*client), 0U);
-        client->send(packet(kBulkLoad, c.body));
-        if (c.closes) {
+        client->send(packet(kBulkLoad, body));
+        if (closes) {
             EXPECT_TRUE(client->isClosed());
             continue;
         }
@@ -237,11 +233,7 @@ TEST(Server, ReportsAWrongCommandLine) {
     writeFile(folder / "empty", "\nsecond line\n");
     writeFile(folder / "file", "");
     const std::string data = folder / "data", password = folder / "password";
-    struct Case {
-        std::vector<std::string> arguments;
-        std::string reason;
-    };
-    const Case cases[] = {
+    const std::pair<std::vector<std::string>, std::string> cases[] = {
         {{"--data", data, "--port", "0", "--login", "sa"}, "--password-file is required"},
         {{"--data", data, "--port", "0", "--login", "sa", "--password-file", folder / "none"},
          "cannot read the password file"},
@@ -258,14 +250,14 @@ TEST(Server, ReportsAWrongCommandLine) {
         {{"--data", folder / "file", "--port", "0", "--login", "sa", "--password-file", password},
          folder / "file"},
     };
-    for (const Case& c : cases) {
+    for (const auto& [arguments, reason] : cases) {
         std::vector<std::string> command = {tsqlboxProgram()};
-        command.insert(command.end(), c.arguments.begin(), c.arguments.end());
+        command.insert(command.end(), arguments.begin(), arguments.end());
         const ProgramResult result = runProgram(command);
-        EXPECT_NE(result.exitCode, 0) << c.reason;
-        EXPECT_FALSE(result.timedOut) << c.reason;
+        EXPECT_NE(result.exitCode, 0) << reason;
+        EXPECT_FALSE(result.timedOut) << reason;
         EXPECT_EQ(result.output, "");
-        EXPECT_NE(result.errors.find(c.reason), std::string::npos) << result.errors;
+        EXPECT_NE(result.errors.find(reason), std::string::npos) << result.errors;
     }
 }
 

@@ -79,49 +79,42 @@ TEST(Tls, HundredsOfConnectionsAtATime) {
 
 // FreeTDS reads the authority from its configuration file only.
 TEST(Tls, FreeTdsSendsThePasswordOnlyToAVerifiedServer) {
-    struct Case {
-        std::string certificate, host;
-        bool isTrusted;
-    };
-    const Case cases[] = {{"good", "localhost", true},        {"good", "127.0.0.1", false},
-                          {"other-host", "localhost", false}, {"expired", "localhost", false},
-                          {"early", "localhost", false},      {"unknown", "localhost", false}};
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.certificate + " for " + c.host);
-        const TsqlBox box(certificates().options(c.certificate));
+    const std::tuple<std::string, std::string, bool> cases[] = {
+        {"good", "localhost", true},     {"good", "127.0.0.1", false},  {"other-host", "localhost", false},
+        {"expired", "localhost", false}, {"early", "localhost", false}, {"unknown", "localhost", false}};
+    for (const auto& [certificate, host, isTrusted] : cases) {
+        SCOPED_TRACE(certificate + " for " + host);
+        const TsqlBox box(certificates().options(certificate));
         const TempDir folder;
         ProgramOptions options;
-        options.environment = {"FREETDSCONF=" + configuration(folder, box.port(), c.host)};
+        options.environment = {"FREETDSCONF=" + configuration(folder, box.port(), host)};
         options.input = "SELECT 6 * 7\nGO\n";
         const std::vector<std::string> clients[] = {
             {"tsql", "-S", "box", "-U", box.login(), "-P", box.password(), "-o", "q"},
             {"isql", "-b", "-k", "Driver=FreeTDS;Servername=box;UID=sa;PWD={" + box.password() + "};"}};
         for (const std::vector<std::string>& client : clients) {
             const ProgramResult result = runProgram(client, options);
-            EXPECT_EQ(result.output.find("42") != std::string::npos, c.isTrusted)
+            EXPECT_EQ(result.output.find("42") != std::string::npos, isTrusted)
                 << client[0] << result.output << result.errors;
         }
     }
 }
 
 TEST(Tls, SpeaksTheVersionsOfTheServerAndSurvivesOtherClients) {
-    struct Case {
-        std::string newest, client, output;
-    };
-    const Case cases[] = {{"1.2", "TLSv1_1", ""},
-                          {"1.2", "TLSv1_2", "TLSv1.2\n"},
-                          {"1.2", "TLSv1_3", ""},
-                          {"1.3", "TLSv1_2", "TLSv1.2\n"},
-                          {"1.3", "TLSv1_3", "TLSv1.3\n"}};
+    const std::tuple<std::string, std::string, std::string> cases[] = {{"1.2", "TLSv1_1", ""},
+                                                                       {"1.2", "TLSv1_2", "TLSv1.2\n"},
+                                                                       {"1.2", "TLSv1_3", ""},
+                                                                       {"1.3", "TLSv1_2", "TLSv1.2\n"},
+                                                                       {"1.3", "TLSv1_3", "TLSv1.3\n"}};
     const auto run = [](const TsqlBox& box, std::vector<std::string> arguments) {
         arguments.insert(arguments.begin(), {"python3", TDS_CLIENTS "/tls_client.py",
                                              std::to_string(box.port()), certificates().file("ca.pem")});
         return runProgram(arguments);
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.newest + ", client: " + c.client);
-        const TsqlBox box(certificates().options("good", {"--tls-max", c.newest}));
-        EXPECT_EQ(run(box, {c.client}).output, c.output);
+    for (const auto& [newest, clients, output] : cases) {
+        SCOPED_TRACE(newest + ", client: " + clients);
+        const TsqlBox box(certificates().options("good", {"--tls-max", newest}));
+        EXPECT_EQ(run(box, {clients}).output, output);
         EXPECT_EQ(run(box, {"TLSv1_2", "cut"}).exitCode, 0);
         OdbcClient client(box.odbcConnectionString() + ";Encryption=off");
         EXPECT_EQ(client.value("SELECT 1"), "1");

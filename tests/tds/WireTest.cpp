@@ -12,20 +12,17 @@ namespace tds {
 namespace {
 
 TEST(Utf16, InvalidBytesBecomeReplacementCharacters) {
-    struct Case {
-        std::string utf8, wire, back;
-    };
     using namespace std::string_literals;
-    const Case cases[] = {
+    const std::tuple<std::string, std::string, std::string> cases[] = {
         {"aö€", "a\0\xF6\0\xAC\x20"s, "aö€"},
         {"😀", "\x3D\xD8\x00\xDE"s, "😀"},
         {"\xC3", "\xFD\xFF", "\xEF\xBF\xBD"},                                                  // cut short
         {"\xC0\xAF", "\xFD\xFF\xFD\xFF", "\xEF\xBF\xBD\xEF\xBF\xBD"},                          // overlong
         {"\xED\xA0\x80", "\xFD\xFF\xFD\xFF\xFD\xFF", "\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD"},  // a surrogate
     };
-    for (const Case& c : cases) {
-        EXPECT_EQ(utf16FromUtf8(c.utf8), c.wire);
-        EXPECT_EQ(utf8FromUtf16(c.wire), c.back);
+    for (const auto& [utf8, wire, back] : cases) {
+        EXPECT_EQ(utf16FromUtf8(utf8), wire);
+        EXPECT_EQ(utf8FromUtf16(wire), back);
     }
     EXPECT_EQ(utf8FromUtf16("\x3D\xD8"), "\xEF\xBF\xBD") << "a high surrogate at the end";
     EXPECT_EQ(utf8FromUtf16("\x00\xDE\x41\x00"s), "\xEF\xBF\xBD\x41") << "a low one alone";

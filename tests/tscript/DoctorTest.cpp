@@ -65,11 +65,7 @@ TEST_F(Installation, DoctorReportsItsFindings) {
          {doctor, 0, "NQ2 encryption: login and data by TLSv1.2; certificate verified, valid until 2", ""},
          {json, 0, "\"exitCode\": 0", ""}});
     EXPECT_EQ(run(doctor).output.find("FAILED"), std::string::npos) << run(doctor).output;
-    const struct {
-        std::string from;
-        std::string to;
-        std::string output;
-    } faults[] = {
+    const std::tuple<std::string, std::string, std::string> faults[] = {
         {"\"FreeTDS\"", "\"NoSuchDriver\"", "FAILED   ODBC driver: NoSuchDriver"},
         {"/sqlcmd\"", "/no-sqlcmd\"", "FAILED   sqlcmd: "},
         {"/temp\"", "/no-temp\"", "FAILED   temporary folder: "},
@@ -92,9 +88,9 @@ TEST_F(Installation, DoctorReportsItsFindings) {
          "FAILED   key: the key file is not a regular file of exactly 32 bytes"},
     };
     const std::string intact = support::readFile(store());
-    for (const auto& fault : faults) {
-        replaceInFile(store(), fault.from, fault.to);
-        expectAll({{doctor, fault.output[0] == 'w' ? 0 : 3, fault.output, ""}});
+    for (const auto& [from, to, output] : faults) {
+        replaceInFile(store(), from, to);
+        expectAll({{doctor, output[0] == 'w' ? 0 : 3, output, ""}});
         support::writeFile(store(), intact);
     }
     replaceInFile(store(), "\"FreeTDS\"", "\"NoSuchDriver\"");
@@ -108,7 +104,7 @@ TEST_F(Installation, DoctorReportsItsFindings) {
     fs::permissions(folder / "cipher.key", fs::perms(0640));
     expectAll({{doctor, 3, "set its mode to 0600", ""}, {doctor, 3, "databases: not tried without key", ""}});
     fs::permissions(folder / "cipher.key", fs::perms(0600));
-    pack("Drop", "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\nDROP TABLE nq2..ZpTscriptExec\n");
+    packBody("Drop", "DROP TABLE nq2..ZpTscriptExec\n");
     EXPECT_EQ(run({"run", "Drop"}).exitCode, 0);
     expectAll({{doctor, 3, "FAILED   NQ2 schema: ZpTscriptExec (read): Msg 208", ""}});
     expectAll({{{"credentials", "set", "Dorvas", "--user", "sa"}, 0, "", "stored", "wrong\n"},
@@ -121,12 +117,11 @@ TEST_F(Installation, DoctorReportsItsFindings) {
 
 // Objects of NQ2 are dropped by a script that runs in Dorvas.
 TEST_F(Faults, DoctorFindsMissingObjectsOfADatabase) {
-    pack(
-        "Break",
-        "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\nUSE nq2\nGO\n"
-        "DROP FUNCTION dbo.GetDateTime\nDROP PROCEDURE VT_GetSpParams\nDROP TABLE ZpTscriptExec\n"
-        "INSERT ZpTscripts VALUES (2, 'tsLost', 0, GETDATE(), '')\nALTER TABLE ZpTscripts ADD more int NULL\n"
-        "DELETE NQSetting WHERE SettingName = 'NQ2_DATABASE_ID'\n");
+    packBody("Break",
+             "USE nq2\nGO\nDROP FUNCTION dbo.GetDateTime\nDROP PROCEDURE VT_GetSpParams\n"
+             "DROP TABLE ZpTscriptExec\nINSERT ZpTscripts VALUES (2, 'tsLost', 0, GETDATE(), '')\n"
+             "ALTER TABLE ZpTscripts ADD more int NULL\n"
+             "DELETE NQSetting WHERE SettingName = 'NQ2_DATABASE_ID'\n");
     ASSERT_EQ(run({"run", "Break"}).exitCode, 0);
     const std::string found = run({"doctor"}).output;
     for (const char* finding :
@@ -143,7 +138,7 @@ TEST_F(Faults, DoctorRunsTheQueryTool) {
     const std::string before = rows();
     expectAll({{{"doctor"}, 0, "ok       NQ2 query tool: ", ""}});
     EXPECT_EQ(rows(), before);
-    pack("Lose", "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\nDROP DATABASE nq2\n");
+    packBody("Lose", "DROP DATABASE nq2\n");
     ASSERT_EQ(run({"run", "Lose"}).exitCode, 0);
     expectAll({{{"doctor"}, 5, "-> Create or restore the database", ""}});
 
@@ -152,20 +147,17 @@ TEST_F(Faults, DoctorRunsTheQueryTool) {
     fs::permissions(tool, fs::perms(0700));
     const std::string path = run({"config", "get", "host.programs.sqlcmd"}).output;
     replaceInFile(store(), path.substr(0, path.find('\n')), tool);
-    const struct {
-        const char* tool;
-        const char* finding;
-    } faults[] = {
+    const std::pair<const char*, const char*> faults[] = {
         {"exit 0", "succeeds without the statement's result; its output is empty"},
         {"exit 1", "fails on a statement"},
         {"echo Login failed", "succeeds without"},
         {"test \"$1\" = -?", "fails on a statement"},
     };
-    for (const auto& fault : faults) {
-        support::writeFile(tool, std::string("#!/bin/sh\n") + fault.tool + "\n");
+    for (const auto& [command, finding] : faults) {
+        support::writeFile(tool, std::string("#!/bin/sh\n") + command + "\n");
         expectAll({{{"doctor"},
                     3,
-                    std::string("FAILED   Dorvas query tool: ") + tool.string() + " " + fault.finding,
+                    std::string("FAILED   Dorvas query tool: ") + tool.string() + " " + finding,
                     ""}});
         EXPECT_TRUE(fs::is_empty(folder / "temp"));
     }
@@ -186,11 +178,7 @@ TEST_F(Faults, DoctorRunsTheQueryTool) {
 TEST_F(Faults, DoctorFindsFaultsOfFoldersAndLimits) {
     const std::string errors = runAfter("ulimit -n 10", {"run", "SiteInventory"}).errors;
     EXPECT_NE(errors.find("raise the limits"), std::string::npos) << errors;
-    struct Fault {
-        std::string command;
-        const char* finding;
-    };
-    std::vector<Fault> faults = {
+    std::vector<std::pair<std::string, const char*>> faults = {
         {"ulimit -f 64", "FAILED   temporary folder: "},  // no file of 64 KiB, as on a full disk
         {"ulimit -n 40", "FAILED   file descriptors: "},
         {"export TMPDIR=/nowhere", "FAILED   TMPDIR: /nowhere: No such file"},
@@ -198,10 +186,10 @@ TEST_F(Faults, DoctorFindsFaultsOfFoldersAndLimits) {
     };
     if (geteuid() == 0)
         faults.push_back({"chown 12345 " + inQuotes(folder / "logs"), "FAILED   log folder owner: "});
-    for (const auto& fault : faults) {
-        const ProgramResult result = runAfter(fault.command, {"doctor"});
+    for (const auto& [command, finding] : faults) {
+        const ProgramResult result = runAfter(command, {"doctor"});
         EXPECT_EQ(result.exitCode, 3);
-        EXPECT_NE(result.output.find(fault.finding), std::string::npos) << result.output << result.errors;
+        EXPECT_NE(result.output.find(finding), std::string::npos) << result.output << result.errors;
         EXPECT_TRUE(fs::is_empty(folder / "temp"));
     }
 }

@@ -23,9 +23,9 @@ std::vector<std::string> namesBelow(const fs::path& path) {
 
 // Standard output that nobody can receive, and pipes as result files. The run itself ends as always.
 TEST_F(Faults, ALostOutputIsAFailureAndTheRowIsClosed) {
-    pack("Spoken",
-         "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\nDECLARE @i int = 0\n"
-         "WHILE @i < 3000 BEGIN PRINT REPLICATE('a result ', 10) SET @i = @i + 1 END\n");
+    packBody("Spoken",
+             "DECLARE @i int = 0\n"
+             "WHILE @i < 3000 BEGIN PRINT REPLICATE('a result ', 10) SET @i = @i + 1 END\n");
     const std::string pipe = inQuotes(m_temp / "pipe");
     const std::string copy = m_temp / "copy";
     const std::string lost = "standard output cannot be written";
@@ -66,10 +66,7 @@ TEST_F(Faults, NoHalfFileStaysOnAFullDisk) {
     ASSERT_EQ(run({"key", "create", next}).exitCode, 0);
     fs::copy_file(folder / "Scripts" / "Long.sql", place / "old.sql");
     const std::string packed = support::readFile(place / "old.sql");
-    const struct {
-        Words words;
-        std::string errors;
-    } cases[] = {
+    const std::pair<Words, std::string> cases[] = {
         {{"pack", plain, "-o", place / "new.sql"}, "cannot be encrypted"},
         {{"pack", plain, "-o", place / "old.sql"}, "cannot be encrypted"},
         {{"repack", "--old-key", folder / "cipher.key", "--new-key", next, place / "old.sql"},
@@ -77,11 +74,11 @@ TEST_F(Faults, NoHalfFileStaysOnAFullDisk) {
         {{"run", "Long", "--dry-run", "-o", place / "old.sql"}, ""},
         {{"run", "Long", "--dry-run", "-o", place / "new.sql"}, ""},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(joined(c.words));
-        const ProgramResult result = runWithSmallFiles(c.words);
+    for (const auto& [words, errors] : cases) {
+        SCOPED_TRACE(joined(words));
+        const ProgramResult result = runWithSmallFiles(words);
         EXPECT_EQ(result.exitCode, 3) << result.output << result.errors;
-        EXPECT_NE(result.errors.find(c.errors), std::string::npos) << result.errors;
+        EXPECT_NE(result.errors.find(errors), std::string::npos) << result.errors;
         EXPECT_EQ(namesBelow(place), std::vector<std::string>{"old.sql"});
         EXPECT_EQ(support::readFile(place / "old.sql"), packed);
         EXPECT_TRUE(fs::is_empty(folder / "temp"));
@@ -91,16 +88,9 @@ TEST_F(Faults, NoHalfFileStaysOnAFullDisk) {
 // Simultaneous starts of one sandbox make one server; what an interrupted start left is made anew.
 TEST_F(Faults, ASandboxIsMadeOnceAndWhole) {
     const fs::path other = m_temp / "other";
-    const support::Descriptor quiet = support::memoryFile();
-    std::vector<pid_t> starts;
-    for (int i = 0; i < 3; ++i)
-        starts.push_back(support::spawn({TSCRIPT_PROGRAM, "sandbox", "up", "--dir", other}, {},
-                                        {quiet.get(), quiet.get(), quiet.get()}));
-    for (const pid_t start : starts) {
-        int exitCode = -1;
-        EXPECT_TRUE(support::waitFor(start, std::chrono::seconds(60), exitCode));
-        EXPECT_EQ(exitCode, 0) << support::contentOf(quiet);
-    }
+    const Words up = {"sandbox", "up", "--dir", other};
+    const Background starts[] = {{up, {}}, {up, {}}, {up, {}}};
+    for (const Background& each : starts) EXPECT_EQ(each.end(), 0) << each.output();
     const pid_t server = serverOf(other);
     support::writeFile(other / ".tscript-sandbox", "unfinished\n");
     fs::remove(other / "registry.toml");
@@ -112,19 +102,10 @@ TEST_F(Faults, ASandboxIsMadeOnceAndWhole) {
 
 // First runs of a package at the same time add one row to the catalogue.
 TEST_F(Faults, FirstRunsAddOneRow) {
-    pack("New", "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\nPRINT 'x'\n");
-    const support::Descriptor quiet = support::memoryFile();
-    std::vector<pid_t> runs;
-    support::ProgramOptions options;
-    options.environment = {storeVariable()};
-    for (int i = 0; i < 4; ++i)
-        runs.push_back(support::spawn({TSCRIPT_PROGRAM, "run", "New"}, options,
-                                      {quiet.get(), quiet.get(), quiet.get()}));
-    for (const pid_t pid : runs) {
-        int exitCode = -1;
-        EXPECT_TRUE(support::waitFor(pid, std::chrono::seconds(60), exitCode));
-        EXPECT_EQ(exitCode, 0) << support::contentOf(quiet);
-    }
+    packBody("New", "PRINT 'x'\n");
+    const Words first = {"run", "New"};
+    const Background runs[] = {start(first), start(first), start(first), start(first)};
+    for (const Background& each : runs) EXPECT_EQ(each.end(), 0) << each.output();
     const std::string rows = run({"catalogue", "--name", "New"}).output;
     EXPECT_EQ(std::count(rows.begin(), rows.end(), '\n'), 1) << rows;
 }
@@ -197,12 +178,12 @@ TEST_F(Faults, AKilledRunIsTidiedUp) {
 
 // A row whose end is recorded between the check and the change is not closed.
 TEST_F(Faults, ARunThatEndsMeanwhileKeepsItsEnd) {
-    pack("Ending",
-         "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\n"
-         "INSERT ZpTscriptExec (tsId, type, name, timeStart, timeEnd, status, inputParams, userId) VALUES\n"
-         "(1, 4, 'Old', dbo.GetDateTime(1700000000), dbo.GetDateTime(1700000000), 0, '', 0)\nGO\n"
-         "BEGIN TRANSACTION UPDATE ZpTscriptExec SET status = 1 WHERE name = 'Old' PRINT 'held'\nGO\n"
-         "WAITFOR DELAY '00:00:02' COMMIT\n");
+    packBody(
+        "Ending",
+        "INSERT ZpTscriptExec (tsId, type, name, timeStart, timeEnd, status, inputParams, userId) VALUES\n"
+        "(1, 4, 'Old', dbo.GetDateTime(1700000000), dbo.GetDateTime(1700000000), 0, '', 0)\nGO\n"
+        "BEGIN TRANSACTION UPDATE ZpTscriptExec SET status = 1 WHERE name = 'Old' PRINT 'held'\nGO\n"
+        "WAITFOR DELAY '00:00:02' COMMIT\n");
     const Background ending = start({"run", "Ending", "--follow"});
     while (ending.output().find("held") == std::string::npos) std::this_thread::yield();
     expectAll({{{"journal", "close", "2"}, 2, "", "run 2 has ended meanwhile"}});
@@ -340,7 +321,7 @@ TEST_F(Faults, OneRunAtATimeHoldsTheLock) {
 
 TEST_F(Faults, SixtyFourProcessesRunOnePackageSideBySide) {
     constexpr int kRuns = 64;
-    pack("Many", "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\nPRINT 'run %s.'\n");
+    packBody("Many", "PRINT 'run %s.'\n");
     std::deque<Background> runs;
     for (int i = 0; i < kRuns; ++i)
         runs.emplace_back(Words{"run", "Many", "-q", "-p", std::to_string(i)}, Words{storeVariable()});

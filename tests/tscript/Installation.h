@@ -64,6 +64,9 @@ class Installation : public testing::Test {
     Background start(const Words& words) const { return {words, {storeVariable()}}; }
     void expectAll(const std::vector<Case>& cases) { expectCases(cases, store()); }
     void pack(const std::string& name, const std::string& text);
+    void packBody(const std::string& name, const std::string& body) {
+        pack(name, "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\n" + body);
+    }
     void packEndless();  // "Endless", a script that runs until it is stopped
     // Journal rows of a script, newest first: "status|parameters|".
     std::string journal(const std::string& script);

@@ -14,23 +14,20 @@ namespace {
 using support::ProgramResult;
 
 TEST_F(Installation, ListsCatalogueAndJournal) {
-    pack("Rows",
-         "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\n"
-         "INSERT ZpTscriptExec (tsId, type, name, timeStart, timeEnd, status, inputParams, userId) VALUES\n"
-         "(1, 2, 'O''Brien', dbo.GetDateTime(1700000000), dbo.GetDateTime(1700000125), 1, "
-         "'a' + CHAR(9) + CHAR(27) + 'b', 0),\n"
-         "(1, 2, '50%', dbo.GetDateTime(1700000001), dbo.GetDateTime(1700000001), 2, NULL, 0),\n"
-         "(1, 2, '50x', dbo.GetDateTime(1700000002), dbo.GetDateTime(1700000002), 0, '', 7),\n"
-         "(1, 2, '[a_b]', dbo.GetDateTime(1700000003), dbo.GetDateTime(1700000003), 1, '', 0),\n"
-         "(1, 1, 'Odd', dbo.GetDateTime(1700000003), dbo.GetDateTime(1700000003), 7, '', 0)\n"
-         "INSERT ZpTscripts VALUES (102, 'Both', 0, GETDATE(), ''), (1, 'Other', 0, GETDATE(), '')\n");
+    packBody(
+        "Rows",
+        "INSERT ZpTscriptExec (tsId, type, name, timeStart, timeEnd, status, inputParams, userId) VALUES\n"
+        "(1, 2, 'O''Brien', dbo.GetDateTime(1700000000), dbo.GetDateTime(1700000125), 1, "
+        "'a' + CHAR(9) + CHAR(27) + 'b', 0),\n"
+        "(1, 2, '50%', dbo.GetDateTime(1700000001), dbo.GetDateTime(1700000001), 2, NULL, 0),\n"
+        "(1, 2, '50x', dbo.GetDateTime(1700000002), dbo.GetDateTime(1700000002), 0, '', 7),\n"
+        "(1, 2, '[a_b]', dbo.GetDateTime(1700000003), dbo.GetDateTime(1700000003), 1, '', 0),\n"
+        "(1, 1, 'Odd', dbo.GetDateTime(1700000003), dbo.GetDateTime(1700000003), 7, '', 0)\n"
+        "INSERT ZpTscripts VALUES (102, 'Both', 0, GETDATE(), ''), (1, 'Other', 0, GETDATE(), '')\n");
     ASSERT_EQ(run({"run", "Rows"}).exitCode, 0);
     pack("tsListNodes", "#START_SCRIPT#\nPRINT 'x'\n");
     const std::string all = "Odd,[a_b],50x,50%,O'Brien,Rows";
-    const struct {
-        Words filter;
-        std::string names;
-    } cases[] = {
+    const std::pair<Words, std::string> cases[] = {
         {{}, all},
         {{"--last", "0"}, all},
         {{"--last", "2"}, "Odd,[a_b]"},
@@ -53,10 +50,10 @@ TEST_F(Installation, ListsCatalogueAndJournal) {
         {{"--since", "2023-11-10", "--name", "50*"}, "50x,50%"},
         {{"--db", "nq2"}, ""},
     };
-    for (const auto& c : cases) {
-        Words words = c.filter;
+    for (const auto& [filter, names] : cases) {
+        Words words = filter;
         words.insert(words.begin(), "journal");
-        EXPECT_EQ(namesIn(run(words)), c.names) << joined(words);
+        EXPECT_EQ(namesIn(run(words)), names) << joined(words);
     }
     EXPECT_EQ(namesIn(run({"journal", "tail", "--last", "2"})), "[a_b],Odd");
     EXPECT_EQ(namesIn(run({"catalogue", "--name", "tsS*"})), "tsSwitchNode");
@@ -104,7 +101,7 @@ TEST_F(Installation, ListsCatalogueAndJournal) {
 }
 
 TEST_F(Installation, FollowsTheJournal) {
-    pack("Short", "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\nWAITFOR DELAY '00:00:03'\n");
+    packBody("Short", "WAITFOR DELAY '00:00:03'\n");
     ASSERT_EQ(run({"exec", "tsEventSummary"}).exitCode, 0);
     const Background tail = start({"journal", "tail", "-f", "--json"});
     const auto expectLine = [&](const std::string& part) {
@@ -190,10 +187,8 @@ TEST_F(Installation, GivesEveryListingAsJson) {
     const fs::path purge = folder / "Scripts" / "PurgeEvents.sql";
     support::writeFile(m_temp / "p.txt", "#START_SCRIPT#\nPRINT '%s'\n");
     ASSERT_EQ(run({"run", "PurgeEvents", "-p", "30", "-p", "2"}).exitCode, 0);
-    const struct {
-        Words words;
-        const char* name;  // a member of the object, or of the array's first one
-    } cases[] = {
+    // With a member of the object, or of the array's first one.
+    const std::pair<Words, const char*> cases[] = {
         {{"catalogue"}, "auditLevel"},
         {{"journal"}, "seconds"},
         {{"which", "tsSwitchNode"}, "secured"},
@@ -212,15 +207,15 @@ TEST_F(Installation, GivesEveryListingAsJson) {
         {{"exec", "tsListNodes"}, "status"},
     };
     const std::string password = support::readFile(folder / "password").substr(0, 32);
-    for (const auto& c : cases) {
-        SCOPED_TRACE(joined(c.words));
-        Words words = c.words;
-        words.emplace_back("--json");
-        const ProgramResult result = run(words);
+    for (const auto& [words, name] : cases) {
+        SCOPED_TRACE(joined(words));
+        Words asJson = words;
+        asJson.emplace_back("--json");
+        const ProgramResult result = run(asJson);
         EXPECT_EQ(result.exitCode, 0) << result.errors;
         nlohmann::json value = nlohmann::json::parse(result.output, nullptr, false);
         if (value.is_array() && !value.empty()) value = value.front();
-        EXPECT_TRUE(value.contains(c.name)) << result.output;
+        EXPECT_TRUE(value.contains(name)) << result.output;
         EXPECT_EQ(result.output.find(password), std::string::npos);
         EXPECT_EQ(result.output.find("ZC1."), std::string::npos);
     }

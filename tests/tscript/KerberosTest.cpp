@@ -76,14 +76,12 @@ TEST_F(WindowsAuthentication, OnlyVersionAndBackupsUseTheStoredLogin) {
 TEST_F(WindowsAuthentication, TheToolTakesServicePrincipalAndEncryptionFromItsEnvironment) {
     const std::string port = std::to_string(box.port());
     const std::string principal = "SQLCMD_SERVER_SPN=MSSQLSvc/";
-    const struct {
-        std::string host, output;
-        Words environment;
-    } cases[] = {{"127.0.0.1", "person@EXAMPLE.TEST", {principal + "localhost:" + port}},
-                 {"127.0.0.1", "No Kerberos ticket for MSSQLSvc/nowhere", {principal + "nowhere"}},
-                 {"localhost",
-                  "person@EXAMPLE.TEST",
-                  {"SQLCMD_ENCRYPT=verify", "SQLCMD_CA_FILE=" + certificates.file("ca.pem")}}};
+    const std::tuple<std::string, std::string, Words> cases[] = {
+        {"127.0.0.1", "person@EXAMPLE.TEST", {principal + "localhost:" + port}},
+        {"127.0.0.1", "No Kerberos ticket for MSSQLSvc/nowhere", {principal + "nowhere"}},
+        {"localhost",
+         "person@EXAMPLE.TEST",
+         {"SQLCMD_ENCRYPT=verify", "SQLCMD_CA_FILE=" + certificates.file("ca.pem")}}};
     for (const auto& [host, output, environment] : cases) {
         ProgramOptions options;
         options.environment = environment;

@@ -14,11 +14,7 @@ TEST_F(Installation, PacksOnlyWhatCanBeLoaded) {
     const fs::path target = m_temp / "p.sql";
     support::writeFile(target, "kept");
     const std::string longLine(509, 'x');
-    const struct {
-        std::string text;
-        int exitCode;
-        std::string errors;
-    } cases[] = {
+    const std::tuple<std::string, int, std::string> cases[] = {
         {"", 2, "there is no line #START_SCRIPT#"},
         {"#START_SCRIPT#\n\n", 2, "no statements"},
         {"#START_OPTIONS#\n#START_SCRIPT#\r\nSELECT 1\n", 2, "line 2: a carriage return"},
@@ -30,12 +26,12 @@ TEST_F(Installation, PacksOnlyWhatCanBeLoaded) {
         {"#START_USAGE#\nit's\n'X'\n#START_SCRIPT#\nGO\n", 2, "line 3: a third single quote"},
         {"Hi\n#START_SCRIPT#\n" + longLine + "\nGO\n", 0, "line 3: a line of 509 bytes"},
     };
-    for (const auto& c : cases) {
-        support::writeFile(plain, c.text);
+    for (const auto& [text, exitCode, errors] : cases) {
+        support::writeFile(plain, text);
         const ProgramResult result = run({"pack", plain, "-o", target});
-        EXPECT_EQ(result.exitCode, c.exitCode) << c.text << result.errors;
-        EXPECT_NE(result.errors.find(c.errors), std::string::npos) << result.errors;
-        EXPECT_EQ(support::readFile(target) == "kept", c.exitCode != 0) << c.text;
+        EXPECT_EQ(result.exitCode, exitCode) << text << result.errors;
+        EXPECT_NE(result.errors.find(errors), std::string::npos) << result.errors;
+        EXPECT_EQ(support::readFile(target) == "kept", exitCode != 0) << text;
     }
     fs::copy_file(plain, m_temp / "it's.txt");
     ASSERT_EQ(mkfifo((m_temp / "pipe").c_str(), 0600), 0);
@@ -169,10 +165,7 @@ TEST(CommandLine, TestsPackagesAgainstExpectations) {
     const fs::path expectations = temp / "It.test";
     support::writeFile(plain,
                        "#START_OPTIONS#\nDatabase Name:NQ2\nParameter:a int\n#START_SCRIPT#\nPRINT '<%s>'\n");
-    const struct {
-        std::string text;
-        const char* errors;
-    } malformed[] = {
+    const std::pair<std::string, const char*> malformed[] = {
         {"", "It.test has no test"},
         {"value: 1\n", "line 1: the first line is test: NAME"},
         {"test: a\nvalue 1\n", "line 2: a line is KEY: VALUE"},
@@ -187,9 +180,9 @@ TEST(CommandLine, TestsPackagesAgainstExpectations) {
         {"test: \xFF\n", "line 1: text is UTF-8"},
         {"test: a\nsetup: SELEC 1\n", "Could not find stored procedure 'SELEC'"},
     };
-    for (const auto& c : malformed) {
-        support::writeFile(expectations, c.text);
-        expectCases({{{"test", plain}, 2, "", c.errors}});
+    for (const auto& [text, errors] : malformed) {
+        support::writeFile(expectations, text);
+        expectCases({{{"test", plain}, 2, "", errors}});
     }
     support::writeFile(expectations,
                        "test: <fails> # here\nvalue: 7\noutput: <8>\nabsent: <7\nquery: SELECT 1 AS a, NULL "
@@ -256,11 +249,7 @@ TEST(CommandLine, LintsPlainScripts) {
     const support::TempDir temp;
     const fs::path plain = temp / "p.txt";
     const std::string head = "#START_OPTIONS#\n#START_USAGE#\n#START_SCRIPT#\n";
-    const struct {
-        std::string text;
-        int exitCode;
-        std::string output;
-    } cases[] = {
+    const std::tuple<std::string, int, std::string> cases[] = {
         {head + "PRINT '%s %s'\n", 0, "0 error(s), 0 warning(s), 2 placeholder(s)"},
         {"#START_SCRIPT#\nGO\n", 0, "no line #START_USAGE#"},
         {"#START_OPTIONS#\nHello\n", 1, "error: there is no line #START_SCRIPT#"},
@@ -306,11 +295,11 @@ TEST(CommandLine, LintsPlainScripts) {
         {"#START_OPTIONS#\nParameter:a bit \"GUID: x\"\n" + head + "GO\n", 1,
          "\"GUID:\" in the line of a parameter"},
     };
-    for (const auto& c : cases) {
-        support::writeFile(plain, c.text);
+    for (const auto& [text, exitCode, output] : cases) {
+        support::writeFile(plain, text);
         const ProgramResult result = tscript({"lint", plain});
-        EXPECT_EQ(result.exitCode, c.exitCode) << c.text << result.errors;
-        EXPECT_NE(result.output.find(c.output), std::string::npos) << c.output << " in " << result.output;
+        EXPECT_EQ(result.exitCode, exitCode) << text << result.errors;
+        EXPECT_NE(result.output.find(output), std::string::npos) << output << " in " << result.output;
     }
     // No parameter can have the name of an option of a run.
     std::istringstream usage(tscript({"run", "--help"}).output);

@@ -93,9 +93,6 @@ class Report : public Installation {
                                "TMPDIR=" + m_temp.path().string()};
         return options;
     }
-    void packBody(const std::string& name, const std::string& body) {
-        pack(name, "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\n" + body);
-    }
     // Enters runs as T-SQL says; @now is the present second.
     void enter(const std::string& statements) {
         packBody("Enter",

@@ -8,9 +8,7 @@ namespace {
 using support::ProgramResult;
 
 TEST_F(Installation, RunsScriptsByName) {
-    pack("Echo",
-         "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\nSET NOCOUNT ON\n"
-         "SELECT '<%s|%s|%s>'\n");
+    packBody("Echo", "SET NOCOUNT ON\nSELECT '<%s|%s|%s>'\n");
     expectAll({
         {{"run", "PurgeEvents", "-p", "30", "-p", "2"}, 0, "Deleted 54 event(s)", ""},
         {{"run", "PurgeEvents", "-p", "x", "-p", "2"}, 1, "Conversion failed", "the script failed"},
@@ -106,12 +104,12 @@ TEST_F(Installation, RunsScriptsWithNamedValues) {
 }
 
 TEST_F(Installation, ChecksARunWithoutRunningIt) {
-    pack("Wrong",
-         "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\nDELETE FROM EventLog\nGO\nDECLARE @i int\n"
-         "SELECT nodeIdd FROM EventLog\nGO\nSELECT 1\nFROM WHERE '%s' = ''\n");
-    pack("Switching",
-         "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\nDECLARE @noexec int\nGO\n"
-         "SET NoExec\nOFF\nDELETE FROM EventLog\nGO\nSET PARSEONLY OFF\nGO\nDELETE FROM EventLog\n");
+    packBody("Wrong",
+             "DELETE FROM EventLog\nGO\nDECLARE @i int\nSELECT nodeIdd FROM EventLog\nGO\n"
+             "SELECT 1\nFROM WHERE '%s' = ''\n");
+    packBody("Switching",
+             "DECLARE @noexec int\nGO\nSET NoExec\nOFF\nDELETE FROM EventLog\nGO\n"
+             "SET PARSEONLY OFF\nGO\nDELETE FROM EventLog\n");
     pack("Foreign", "#START_OPTIONS#\nPlexum ID:5\nDatabase Name:Dorvas\n#START_SCRIPT#\nPRINT 'x'\n");
     pack("Variable",
          "#START_OPTIONS#\nDatabase Name:Dorvas\nDescription:x\nTool Variables:yes\n#START_SCRIPT#\n"
@@ -207,16 +205,13 @@ TEST_F(Installation, EndsWithTheCodeOfEachFailure) {
 }
 
 TEST_F(Installation, NamesTheCauseOfAFailedRun) {
-    pack("Batches",
-         "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\n:setvar x 1\nPRINT 1\nGO\nPRINT 2\nSELECT "
-         "1/0\n");
-    pack("Drop", "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\n%s\n");
-    const std::string head = "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\n";
-    pack("Quoted", head + "SELECT 1\nGO\nSELECT * FROM NoTable\nGO\nSELECT 2\n");
-    pack("Printed", head + "PRINT 'a'\nSELECT 1/0\nGO\nPRINT 'b'\nSELECT 1/0\nGO\nPRINT 'c'\nSELECT 1\n");
-    pack("Counted",
-         head + "SELECT 1\nDELETE EventLog WHERE 1 = 0\nGO\nSELECT 1\nSELECT 1/0\nGO\nSELECT 1\nSELECT 2\n");
-    pack("Open", head + "SELECT 1\nEXEC sp_who\nGO\nDECLARE @x int\nSET @x = 1/0\n");
+    packBody("Batches", ":setvar x 1\nPRINT 1\nGO\nPRINT 2\nSELECT 1/0\n");
+    packBody("Drop", "%s\n");
+    packBody("Quoted", "SELECT 1\nGO\nSELECT * FROM NoTable\nGO\nSELECT 2\n");
+    packBody("Printed", "PRINT 'a'\nSELECT 1/0\nGO\nPRINT 'b'\nSELECT 1/0\nGO\nPRINT 'c'\nSELECT 1\n");
+    packBody("Counted",
+             "SELECT 1\nDELETE EventLog WHERE 1 = 0\nGO\nSELECT 1\nSELECT 1/0\nGO\nSELECT 1\nSELECT 2\n");
+    packBody("Open", "SELECT 1\nEXEC sp_who\nGO\nDECLARE @x int\nSET @x = 1/0\n");
     const Words purge = {"run", "PurgeEvents", "-p", "30", "-p", "2"};
     expectAll({
         {{"run", "Quoted"}, 1, "", "batch 2, line 1 (line 6 of the package, empty lines not counted)\n"},

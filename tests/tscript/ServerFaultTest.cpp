@@ -96,8 +96,7 @@ TEST_F(Faults, ANameMayHaveADeadAddress) {
 
 // A server that is killed during a run is a lost connection, and the journal's row stays open.
 TEST_F(Faults, AKilledServerIsNamed) {
-    pack("Wait",
-         "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\nPRINT 'x'\nGO\nWAITFOR DELAY '00:01:00'\n");
+    packBody("Wait", "PRINT 'x'\nGO\nWAITFOR DELAY '00:01:00'\n");
     const Background waiting = start({"run", "Wait"});
     while (journal("Wait").find("0||") == std::string::npos) std::this_thread::yield();
     kill(serverOf(folder), SIGKILL);
@@ -111,10 +110,9 @@ TEST_F(Faults, AKilledServerIsNamed) {
 // connection; if there is none, the row stays open, and the report says so.
 TEST_F(Faults, ALostConnectionIsNamedAndTheRowClosedOrReported) {
     using support::NetworkFault;
-    const std::string start = "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\n";
-    pack("Rows",
-         start + "DECLARE @i int = 0 WHILE @i < 3000 BEGIN SELECT REPLICATE('r', 200) SET @i = @i + 1 END\n");
-    pack("Wait", start + "PRINT 'begun'\nGO\nWAITFOR DELAY '00:01:00'\n");
+    packBody("Rows",
+             "DECLARE @i int = 0 WHILE @i < 3000 BEGIN SELECT REPLICATE('r', 200) SET @i = @i + 1 END\n");
+    packBody("Wait", "PRINT 'begun'\nGO\nWAITFOR DELAY '00:01:00'\n");
     const auto hasBegun = [&] {  // by the output of the query tool
         for (const fs::path& place : {folder / "temp", folder / "logs"})
             for (const auto& entry : fs::directory_iterator(place)) {
@@ -211,9 +209,8 @@ TEST_F(Faults, AQueryTimeoutIsNamed) {
 // The journal is in another database than the table for which one script waits.
 TEST_F(Faults, TheWatchNamesWhatBlocksAScript) {
     const std::string update = "UPDATE nq2..NQSetting SET SettingName = SettingName\n";
-    const std::string begin = "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\n";
-    pack("Holder", begin + "BEGIN TRANSACTION\n" + update + "WAITFOR DELAY '01:00:00'\n");
-    pack("Waiter", begin + "WHILE 1 = 1 BEGIN TRY\n" + update + "END TRY BEGIN CATCH END CATCH\n");
+    packBody("Holder", "BEGIN TRANSACTION\n" + update + "WAITFOR DELAY '01:00:00'\n");
+    packBody("Waiter", "WHILE 1 = 1 BEGIN TRY\n" + update + "END TRY BEGIN CATCH END CATCH\n");
     const auto expectWatched = [&](const std::string& seen) {
         const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(60);
         std::string watched;

@@ -29,19 +29,16 @@ TEST_F(OnATerminal, NothingIsLostUnlessYesIsTyped) {
     const pid_t server = serverOf(folder);
     const std::string password = support::readFile(folder / "password");
     const Words reset = {"sandbox", "reset", "--dir", folder};
-    const struct {
-        std::string_view typed;
-        std::string shown;
-    } refusals[] = {
+    const std::pair<std::string_view, std::string> refusals[] = {
         {"no\n", "nothing was changed"},   {"y\n", "nothing was changed"},     {"\n", "nothing was changed"},
         {"yes!\n", "nothing was changed"}, {kControlD, "nothing was changed"}, {kControlC, "^C"},
     };
-    for (const auto& refusal : refusals) {
+    for (const auto& [typed, shown] : refusals) {
         TerminalProgram program = terminal(reset);
         ASSERT_TRUE(program.shows("Type yes to go ahead: ")) << program.screen();
-        program.type(refusal.typed);
+        program.type(typed);
         EXPECT_EQ(program.end(), 130) << program.screen();
-        EXPECT_NE(program.screen().find(refusal.shown), std::string::npos) << program.screen();
+        EXPECT_NE(program.screen().find(shown), std::string::npos) << program.screen();
     }
     for (const Words& words : {Words{"--no-input", "sandbox", "reset", "--dir", folder},
                                Words{"sandbox", "--dir", folder, "reset", "--no-input"}}) {
@@ -125,8 +122,7 @@ std::size_t columnsOf(const std::string& line) {
 }
 
 TEST_F(OnATerminal, OutputFitsAndIsPlainWhereItMustBe) {
-    pack("ALongNameOfAScriptThatMustBeCut",
-         "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\nWAITFOR DELAY '00:00:01'\nPRINT '%s'\n");
+    packBody("ALongNameOfAScriptThatMustBeCut", "WAITFOR DELAY '00:00:01'\nPRINT '%s'\n");
     const Words slow = {"run", "ALongNameOfAScriptThatMustBeCut", "-p", "Zürich\x1b]0;\x07"};
     const Words listings[] = {{"journal"}, {"catalogue"}};
     for (const Words& kind : {kLively, kDumb, kColourless}) {
@@ -161,12 +157,11 @@ TEST_F(OnATerminal, OutputFitsAndIsPlainWhereItMustBe) {
 
 // A script waits for a table that exists only after its first line has been shown.
 TEST_F(OnATerminal, OutputIsShownWhileTheScriptRuns) {
-    const std::string options = "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\n";
-    pack("Waits", options +
-                      "PRINT 'begun'\nGO\nRAISERROR('first', 0, 1) WITH NOWAIT\n"
-                      "WHILE OBJECT_ID('Gate') IS NULL WAITFOR DELAY '00:00:00.05'\nGO\nPRINT 'last'\n");
-    pack("Opens", options + "CREATE TABLE Gate (id int)\n");
-    pack("Fails", options + "PRINT 'begun'\nGO\nRAISERROR('refused', 16, 1)\n");
+    packBody("Waits",
+             "PRINT 'begun'\nGO\nRAISERROR('first', 0, 1) WITH NOWAIT\n"
+             "WHILE OBJECT_ID('Gate') IS NULL WAITFOR DELAY '00:00:00.05'\nGO\nPRINT 'last'\n");
+    packBody("Opens", "CREATE TABLE Gate (id int)\n");
+    packBody("Fails", "PRINT 'begun'\nGO\nRAISERROR('refused', 16, 1)\n");
     TerminalProgram program = terminal({"run", "Waits"}, 40);
     ASSERT_TRUE(program.shows("begun\r\nfirst\r\n")) << program.screen();
     ASSERT_TRUE(program.shows("running batch 2  Waits")) << program.screen();
@@ -187,12 +182,10 @@ TEST_F(OnATerminal, OutputIsShownWhileTheScriptRuns) {
 }
 
 TEST_F(OnATerminal, ListingsAreAligned) {
-    pack("Zürich日", "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\nPRINT 'x'\n");
+    packBody("Zürich日", "PRINT 'x'\n");
     ASSERT_EQ(run({"run", "Zürich日"}).exitCode, 0);
-    const struct {
-        unsigned short columns;
-        std::string name, screen;  // what the screen begins with
-    } cases[] = {
+    // Width, pattern of names, what the screen begins with.
+    const std::tuple<unsigned short, std::string, std::string> cases[] = {
         {80, "tsS*",
          "ID  NAME          KIND       SECURED  AUDIT  CREATED\r\n"
          "3   tsSwitchNode  procedure  secured  2      20"},
@@ -203,10 +196,10 @@ TEST_F(OnATerminal, ListingsAreAligned) {
          "ID       4\r\nNAME     Zürich日\r\nKIND     package\r\nSECURED  -\r\nAUDIT    0\r\n"
          "CREATED  20"},
     };
-    for (const auto& c : cases) {
-        TerminalProgram program = terminal({"catalogue", "--name", c.name}, c.columns, kDumb);
+    for (const auto& [columns, name, screen] : cases) {
+        TerminalProgram program = terminal({"catalogue", "--name", name}, columns, kDumb);
         EXPECT_EQ(program.end(), 0);
-        EXPECT_EQ(program.screen().substr(0, c.screen.size()), c.screen);
+        EXPECT_EQ(program.screen().substr(0, screen.size()), screen);
     }
 }
 

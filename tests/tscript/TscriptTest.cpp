@@ -89,9 +89,8 @@ TEST_F(Installation, ListsBacksUpAndRestoresDatabases) {
 
     // A row whose entry in an index has another value.
     const Words test = {"db", "restore", backup, "copy", "--test"};
-    pack("Index",
-         "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\nCREATE TABLE t (x varchar(40), UNIQUE (x))\n"
-         "INSERT t VALUES ('value to be damaged')\n");
+    packBody("Index",
+             "CREATE TABLE t (x varchar(40), UNIQUE (x))\nINSERT t VALUES ('value to be damaged')\n");
     expectAll({{{"run", "Index"}, 0, "", ""}, {{"sandbox", "down"}, 0, "", "stopped"}});
     replaceInFile(folder / "data" / "dorvas.db", "value to be", "value is to");
     expectAll({{{"sandbox", "up", "--dir", folder}, 0, "", ""},
@@ -103,7 +102,7 @@ TEST_F(Installation, ListsBacksUpAndRestoresDatabases) {
 }
 
 TEST_F(Installation, RunsACommandOnSeveralStores) {
-    pack("Echo", "#START_OPTIONS#\nDatabase Name:Dorvas\n#START_SCRIPT#\nPRINT '<%s>'\n");
+    packBody("Echo", "PRINT '<%s>'\n");
     const std::string all = m_temp / "stores" / "*.toml";
     const std::string good = m_temp / "stores" / "[ac].toml";
     fs::create_directory(m_temp / "stores");
