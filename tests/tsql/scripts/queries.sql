@@ -65,7 +65,6 @@ SELECT TOP (SELECT 1 + 1) i, 'a\
 b\' FROM (VALUES (1), (2), (3)) v (i) ORDER BY i --> i int | - varchar(3) = 1 | ab\; 2 | ab\ (2 rows)
 SELECT TOP 1.5 i FROM (VALUES (1)) v (i) --> Msg 1060, Level 15, State 1, Line 1: The number of rows provided for a TOP or FETCH clauses row count parameter must be an integer.
 SELECT TOP (i) i FROM (VALUES (1)) v (i) --> Msg 207, Level 16, State 1, Line 1: Invalid column name 'i'.
-DECLARE @n int -->
 SELECT TOP @n 1 --> Msg 102, Level 15, State 1, Line 1: Incorrect syntax near '@n'.
 DELETE TOP 1 FROM t --> Msg 102, Level 15, State 1, Line 1: Incorrect syntax near '1'.
 -- a common table sees those before it, and names are unique
