@@ -30,14 +30,12 @@ SELECT OBJECT_NAME(object_id) AS module, parameter_id, name, is_output, max_leng
 --> twice | 1 | @x | 0 | 5 (4 rows)
 SELECT p.name AS p, p.is_ms_shipped, f.name AS f, OBJECT_NAME(referenced_object_id) AS referenced, d.name AS d, definition FROM sys.procedures p, sys.foreign_keys f, sys.default_constraints d --> p nvarchar(128)? = restock | is_ms_shipped bit? = 0 | f nvarchar(128)? = FK_item | referenced nvarchar(128)? = item | d nvarchar(128)? = DF_price | definition nvarchar(max)? = ((0)) (1 rows)
 SELECT COUNT(*) FROM sys.types WHERE name IN ('int', 'nvarchar', 'datetime2', 'uniqueidentifier') --> - int? = 4 (1 rows)
-SELECT TABLE_CATALOG, TABLE_SCHEMA, TABLE_NAME, TABLE_TYPE FROM INFORMATION_SCHEMA.TABLES ORDER BY TABLE_NAME --> TABLE_CATALOG nvarchar(128)? | TABLE_SCHEMA nvarchar(128)? | TABLE_NAME nvarchar(128)? | TABLE_TYPE varchar(10)? = shop | dbo | item | BASE TABLE; shop | dbo | line | BASE TABLE (2 rows)
 SELECT COLUMN_NAME, COLUMN_DEFAULT, DATA_TYPE, CHARACTER_MAXIMUM_LENGTH, CHARACTER_OCTET_LENGTH, NUMERIC_PRECISION, NUMERIC_SCALE, DATETIME_PRECISION, COLLATION_NAME FROM INFORMATION_SCHEMA.COLUMNS ORDER BY TABLE_NAME, ORDINAL_POSITION
 --> COLUMN_NAME nvarchar(128)? | COLUMN_DEFAULT nvarchar(4000)? | DATA_TYPE nvarchar(128)? | CHARACTER_MAXIMUM_LENGTH int? | CHARACTER_OCTET_LENGTH int? | NUMERIC_PRECISION tinyint? | NUMERIC_SCALE int? | DATETIME_PRECISION smallint? | COLLATION_NAME nvarchar(128)?
 --> id | NULL | int | NULL | NULL | 10 | 0 | NULL | NULL --> code | NULL | nvarchar | 20 | 40 | NULL | NULL | NULL | SQL_Latin1_General_CP1_CI_AS
 --> price | ((0)) | decimal | NULL | NULL | 9 | 2 | NULL | NULL --> made | NULL | datetime | NULL | NULL | NULL | NULL | 3 | NULL --> item | NULL | int | NULL | NULL | 10 | 0 | NULL | NULL
 --> n | NULL | tinyint | NULL | NULL | 3 | 0 | NULL | NULL --> note | NULL | text | 2147483647 | 2147483647 | NULL | NULL | NULL | SQL_Latin1_General_CP1_CI_AS
 --> f | NULL | float | NULL | NULL | 53 | NULL | NULL | NULL (8 rows)
-SELECT ROUTINE_NAME, ROUTINE_TYPE FROM INFORMATION_SCHEMA.ROUTINES ORDER BY ROUTINE_NAME --> ROUTINE_NAME nvarchar(128)? | ROUTINE_TYPE nvarchar(20)? = restock | PROCEDURE; twice | FUNCTION (2 rows)
 SELECT SPECIFIC_NAME, ORDINAL_POSITION, PARAMETER_MODE, IS_RESULT, PARAMETER_NAME, DATA_TYPE FROM INFORMATION_SCHEMA.PARAMETERS ORDER BY SPECIFIC_NAME, ORDINAL_POSITION
 --> SPECIFIC_NAME nvarchar(128)? | ORDINAL_POSITION int? | PARAMETER_MODE nvarchar(10)? | IS_RESULT nvarchar(10)? | PARAMETER_NAME nvarchar(128)? | DATA_TYPE nvarchar(128)?
 --> restock | 1 | IN | NO | @code | nvarchar --> restock | 2 | INOUT | NO | @n | int --> twice | 0 | OUT | YES |  | decimal --> twice | 1 | IN | NO | @x | decimal (4 rows)

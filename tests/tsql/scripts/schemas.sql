@@ -102,9 +102,9 @@ EXEC sp_helpindex 'sales.item'
 SELECT name, schema_id, SCHEMA_ID(name) AS id FROM sys.schemas ORDER BY 2
 SELECT SCHEMA_NAME(schema_id) AS s, name, type FROM sys.objects ORDER BY 1, 2
 SELECT name, uid FROM sysobjects WHERE name = 'item' ORDER BY 2
-SELECT TABLE_SCHEMA, TABLE_NAME, TABLE_TYPE FROM INFORMATION_SCHEMA.TABLES ORDER BY 1, 2
+SELECT TABLE_CATALOG, TABLE_SCHEMA, TABLE_NAME, TABLE_TYPE FROM INFORMATION_SCHEMA.TABLES ORDER BY 2, 3
 SELECT CONSTRAINT_SCHEMA, CONSTRAINT_NAME, UNIQUE_CONSTRAINT_SCHEMA, UNIQUE_CONSTRAINT_NAME FROM INFORMATION_SCHEMA.REFERENTIAL_CONSTRAINTS ORDER BY 2
-SELECT SPECIFIC_SCHEMA, ROUTINE_NAME FROM INFORMATION_SCHEMA.ROUTINES WHERE ROUTINE_SCHEMA = 'sales' ORDER BY 2
+SELECT SPECIFIC_SCHEMA, ROUTINE_NAME, ROUTINE_TYPE FROM INFORMATION_SCHEMA.ROUTINES WHERE ROUTINE_SCHEMA = 'sales' ORDER BY 2
 SELECT SCHEMA_NAME, SCHEMA_OWNER FROM INFORMATION_SCHEMA.SCHEMATA ORDER BY 1
 SELECT OBJECT_SCHEMA_NAME(parent_object_id) + '.' + OBJECT_NAME(parent_object_id) AS child, name, OBJECT_SCHEMA_NAME(referenced_object_id) AS parent FROM sys.foreign_keys ORDER BY 2
 SELECT SCHEMA_ID('SALES') AS a, SCHEMA_ID('nowhere') AS b, SCHEMA_NAME(2) AS c, SCHEMA_NAME(99) AS d, SCHEMA_NAME() AS e, SCHEMA_ID() AS f
@@ -113,11 +113,12 @@ SELECT COL_LENGTH('sales.item', 'code') AS a, OBJECT_ID('sales.') AS b, OBJECT_I
 --> s nvarchar(128)? | name nvarchar(128)? | type char(2)? --> dbo | helper | P --> dbo | item | U --> dbo | PK_item | PK --> dbo | plain | U --> dbo | v | V --> sales | codes | IF
 --> sales | DF_n | D --> sales | DF_note | D --> sales | helper | P --> sales | item | U --> sales | list | P --> sales | PK_item | PK --> sales | price | FN --> sales | UQ_code | UQ --> sales | v | V
 --> sales | work | P --> Stock Room | FK_own | F --> Stock Room | FK_plain | F --> Stock Room | FK_sales | F --> Stock Room | part | U --> Stock Room | PK_part | PK (21 rows)
---> name nvarchar(128)? | uid smallint? = item | 1; item | 5 (2 rows) --> TABLE_SCHEMA nvarchar(128)? | TABLE_NAME nvarchar(128)? | TABLE_TYPE varchar(10)? --> dbo | item | BASE TABLE
---> dbo | plain | BASE TABLE --> dbo | v | VIEW --> sales | item | BASE TABLE --> sales | v | VIEW --> Stock Room | part | BASE TABLE (6 rows)
+--> name nvarchar(128)? | uid smallint? = item | 1; item | 5 (2 rows) --> TABLE_CATALOG nvarchar(128)? | TABLE_SCHEMA nvarchar(128)? | TABLE_NAME nvarchar(128)? | TABLE_TYPE varchar(10)?
+--> shop | dbo | item | BASE TABLE --> shop | dbo | plain | BASE TABLE --> shop | dbo | v | VIEW --> shop | sales | item | BASE TABLE --> shop | sales | v | VIEW
+--> shop | Stock Room | part | BASE TABLE (6 rows)
 --> CONSTRAINT_SCHEMA nvarchar(128)? | CONSTRAINT_NAME nvarchar(128)? | UNIQUE_CONSTRAINT_SCHEMA nvarchar(128)? | UNIQUE_CONSTRAINT_NAME nvarchar(128)? --> Stock Room | FK_own | Stock Room | PK_part
---> Stock Room | FK_plain | dbo | PK_item --> Stock Room | FK_sales | sales | PK_item (3 rows)
---> SPECIFIC_SCHEMA nvarchar(128)? | ROUTINE_NAME nvarchar(128)? = sales | codes; sales | helper; sales | list; sales | price; sales | work (5 rows)
+--> Stock Room | FK_plain | dbo | PK_item --> Stock Room | FK_sales | sales | PK_item (3 rows) --> SPECIFIC_SCHEMA nvarchar(128)? | ROUTINE_NAME nvarchar(128)? | ROUTINE_TYPE nvarchar(20)?
+--> sales | codes | FUNCTION --> sales | helper | PROCEDURE --> sales | list | PROCEDURE --> sales | price | FUNCTION --> sales | work | PROCEDURE (5 rows)
 --> SCHEMA_NAME nvarchar(128)? | SCHEMA_OWNER nvarchar(128)? = dbo | dbo; guest | guest; INFORMATION_SCHEMA | INFORMATION_SCHEMA; sales | dbo; Stock Room | dbo; sys | sys (6 rows)
 --> child nvarchar(257)? | name nvarchar(128)? | parent nvarchar(128)? = Stock Room.part | FK_own | Stock Room; Stock Room.part | FK_plain | dbo; Stock Room.part | FK_sales | sales (3 rows)
 --> a int? = 5 | b int? = NULL | c nvarchar(128)? = guest | d nvarchar(128)? = NULL | e nvarchar(128)? = dbo | f int? = 1 (1 rows)

@@ -10,7 +10,6 @@ DECLARE @id int = 1; WITH item AS (SELECT 9 AS id) SELECT c.name, item.id FROM i
 SELECT (SELECT name FROM cheap c WHERE c.id = i.id) n FROM item i ORDER BY i.id --> n varchar(20)? = pen; NULL; Pad (3 rows)
 SELECT name, xtype FROM sysobjects WHERE xtype = 'V' ORDER BY name --> name nvarchar(128)? | xtype char(2)? = cheap | V; named | V; nested | V (3 rows)
 SELECT c.name, c.system_type_id, c.is_nullable FROM sys.columns c JOIN sys.views v ON v.object_id = c.object_id WHERE v.name = 'cheap' --> name nvarchar(128)? | system_type_id tinyint? | is_nullable bit? = id | 56 | 0; name | 167 | 1; twice | 106 | 1 (3 rows)
-SELECT TABLE_NAME, TABLE_TYPE FROM INFORMATION_SCHEMA.TABLES ORDER BY 1 --> TABLE_NAME nvarchar(128)? | TABLE_TYPE varchar(10)? = cheap | VIEW; item | BASE TABLE; named | VIEW; nested | VIEW (4 rows)
 SELECT VIEW_DEFINITION, type_desc, OBJECTPROPERTY(object_id, 'IsView') v FROM INFORMATION_SCHEMA.VIEWS JOIN sys.objects ON name = TABLE_NAME WHERE name = 'cheap' --> VIEW_DEFINITION nvarchar(4000)? = CREATE VIEW cheap AS SELECT id, name, price * 2 AS twice FROM item WHERE price < 3; -->  | type_desc nvarchar(60)? = VIEW | v int? = 1 (1 rows)
 ALTER VIEW cheap AS SELECT name FROM item WHERE price < 2 -->
 SELECT * FROM cheap --> name varchar(20)? = pen (1 rows)
