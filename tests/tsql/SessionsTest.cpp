@@ -19,6 +19,10 @@ class Sessions : public testing::Test {
     static bool has(const std::string& text, std::string_view part) {
         return text.find(part) != std::string::npos;
     }
+    // Asks for an application lock and prints sp_getapplock's result.
+    static std::string lockOf(const std::string& name, const std::string& arguments) {
+        return "DECLARE @r int EXEC @r = sp_getapplock '" + name + "', " + arguments + " PRINT @r";
+    }
 
     support::TempDir m_directory;
     tsql::Engine m_engine{m_directory.path()};
@@ -103,41 +107,31 @@ TEST_F(Sessions, NameAFileThatCannotBeOpened) {
 }
 
 TEST_F(Sessions, WaitForApplicationLocks) {
-    constexpr std::string_view kLockJob =
-        "DECLARE @r int EXEC @r = sp_getapplock 'job', 'Exclusive', 'Session', 5000 PRINT @r";
-    EXPECT_EQ(first(kLockJob), "0\n");
-    EXPECT_EQ(second("DECLARE @r int EXEC @r = sp_getapplock 'job', 'Shared', 'Session', 50 PRINT @r"),
-              "-1\n");
-    EXPECT_EQ(second("DECLARE @r int EXEC @r = sp_getapplock 'JOB', 'Shared', 'Session', 50 PRINT @r"),
-              "0\n");
+    const std::string lockJob = lockOf("job", "'Exclusive', 'Session', 5000");
+    EXPECT_EQ(first(lockJob), "0\n");
+    EXPECT_EQ(second(lockOf("job", "'Shared', 'Session', 50")), "-1\n");
+    EXPECT_EQ(second(lockOf("JOB", "'Shared', 'Session', 50")), "0\n");
     std::string waited;
-    std::thread waiting([&] { waited = second(kLockJob); });
+    std::thread waiting([&] { waited = second(lockJob); });
     std::this_thread::sleep_for(std::chrono::milliseconds(100));
     first("EXEC sp_releaseapplock 'job', 'Session'");
     waiting.join();
     EXPECT_EQ(waited, "1\n");
     {
         const auto gone = tsql::openSession(m_engine, {"sa"}, "master", 53);
-        EXPECT_EQ(
-            runBatch(*gone, "BEGIN TRAN DECLARE @r int EXEC @r = sp_getapplock 'other', 'Update' PRINT @r"),
-            "0\n");
+        EXPECT_EQ(runBatch(*gone, "BEGIN TRAN " + lockOf("other", "'Update'")), "0\n");
     }
-    EXPECT_EQ(
-        first("BEGIN TRAN DECLARE @r int EXEC @r = sp_getapplock 'other', 'Exclusive' PRINT @r ROLLBACK"),
-        "0\n");
+    EXPECT_EQ(first("BEGIN TRAN " + lockOf("other", "'Exclusive'") + " ROLLBACK"), "0\n");
 }
 
 TEST_F(Sessions, DetectADeadlockOfApplicationLocks) {
-    const auto lockOf = [](std::string_view name) {
-        return "DECLARE @r int EXEC @r = sp_getapplock '" + std::string(name) +
-               "', 'Exclusive', 'Session' PRINT @r";
-    };
-    first(lockOf("a"));
-    second(lockOf("b"));
+    const std::string a = lockOf("a", "'Exclusive', 'Session'"), b = lockOf("b", "'Exclusive', 'Session'");
+    first(a);
+    second(b);
     std::string waited;
-    std::thread waiting([&] { waited = first(lockOf("b")); });
+    std::thread waiting([&] { waited = first(b); });
     std::this_thread::sleep_for(std::chrono::milliseconds(100));
-    EXPECT_EQ(second(lockOf("a")), "-3\n");
+    EXPECT_EQ(second(a), "-3\n");
     second("EXEC sp_releaseapplock 'b', 'Session'");
     waiting.join();
     EXPECT_EQ(waited, "1\n");

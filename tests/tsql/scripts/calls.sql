@@ -37,25 +37,19 @@ DROP PROCEDURE add_up, add_up2
 --> Msg 15009, Level 16, State 1, Line 3: The object 'nosuch' does not exist in database 'master' or is invalid for this operation.
 --> Msg 15197, Level 16, State 1, Line 5: There is no text for object 'plain'. --> Msg 2812, Level 16, State 62, Line 6: Could not find stored procedure 'sp_nosuch'.
 --> Msg 3701, Level 11, State 5, Line 7: Cannot drop the procedure 'add_up2', because it does not exist or you do not have permission.
-DECLARE @r int
-EXEC @r = sp_getapplock 'job', 'Exclusive'
-SELECT @r
-EXEC @r = sp_getapplock 'job', 'Everything', 'Session'
-SELECT @r
-EXEC @r = sp_getapplock @Resource = 'job', @LockMode = 'Exclusive', @LockOwner = 'Session', @LockTimeout = 0
-SELECT @r
-EXEC @r = sp_getapplock 'job', 'Shared', 'Session', 0
-SELECT @r
-EXEC @r = sp_releaseapplock 'job', 'Session'
-SELECT @r
-EXEC @r = sp_releaseapplock 'job', 'Session'
-SELECT @r
-EXEC @r = sp_releaseapplock 'job', 'Session'
-SELECT @r
---> Msg 3918, Level 16, State 1, Line 2: The statement or function must be executed in the context of a user transaction. --> - int? = -999 (1 rows)
---> Msg 1225, Level 16, State 1, Line 4: An invalid application lock mode was passed to sp_getapplock. --> - int? = -999 (1 rows) --> - int? = 0 (1 rows) --> - int? = 0 (1 rows)
---> - int? = 0 (1 rows) --> - int? = 0 (1 rows)
---> Msg 1223, Level 16, State 1, Line 14: Cannot release the application lock (Database Principal: 'public', Resource: 'job') because it is not currently held. --> - int? = -999 (1 rows)
+DECLARE @a int, @b int, @c int, @d int, @e int, @f int, @g int
+EXEC @a = sp_getapplock 'job', 'Exclusive'
+EXEC @b = sp_getapplock 'job', 'Everything', 'Session'
+EXEC @c = sp_getapplock @Resource = 'job', @LockMode = 'Exclusive', @LockOwner = 'Session', @LockTimeout = 0
+EXEC @d = sp_getapplock 'job', 'Shared', 'Session', 0
+EXEC @e = sp_releaseapplock 'job', 'Session'
+EXEC @f = sp_releaseapplock 'job', 'Session'
+EXEC @g = sp_releaseapplock 'job', 'Session'
+SELECT @a, @b, @c, @d, @e, @f, @g
+--> Msg 3918, Level 16, State 1, Line 2: The statement or function must be executed in the context of a user transaction.
+--> Msg 1225, Level 16, State 1, Line 3: An invalid application lock mode was passed to sp_getapplock.
+--> Msg 1223, Level 16, State 1, Line 8: Cannot release the application lock (Database Principal: 'public', Resource: 'job') because it is not currently held.
+--> - int? = -999 | - int? = -999 | - int? = 0 | - int? = 0 | - int? = 0 | - int? = 0 | - int? = -999 (1 rows)
 -- arguments that do not match the parameters
 CREATE PROCEDURE fit @a int, @b varchar(9) = 'b' AS SELECT @a, @b -->
 CREATE PROCEDURE takes_none AS RETURN -->

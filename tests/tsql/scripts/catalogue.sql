@@ -28,19 +28,14 @@ SELECT i.name, i.index_id, i.type_desc, i.is_unique, i.is_primary_key, i.is_uniq
 SELECT OBJECT_NAME(object_id) AS module, parameter_id, name, is_output, max_length FROM sys.parameters ORDER BY 1, 2
 --> module nvarchar(128)? | parameter_id int? | name nvarchar(128)? | is_output bit? | max_length smallint? --> restock | 1 | @code | 0 | 40 --> restock | 2 | @n | 1 | 4 --> twice | 0 |  | 1 | 5
 --> twice | 1 | @x | 0 | 5 (4 rows)
-SELECT name, schema_id FROM sys.schemas ORDER BY name --> name nvarchar(128)? | schema_id int? = dbo | 1; guest | 2; INFORMATION_SCHEMA | 3; sys | 4 (4 rows)
-SELECT name, is_ms_shipped FROM sys.procedures --> name nvarchar(128)? = restock | is_ms_shipped bit? = 0 (1 rows)
+SELECT p.name AS p, p.is_ms_shipped, f.name AS f, OBJECT_NAME(referenced_object_id) AS referenced, d.name AS d, definition FROM sys.procedures p, sys.foreign_keys f, sys.default_constraints d --> p nvarchar(128)? = restock | is_ms_shipped bit? = 0 | f nvarchar(128)? = FK_item | referenced nvarchar(128)? = item | d nvarchar(128)? = DF_price | definition nvarchar(max)? = ((0)) (1 rows)
 SELECT COUNT(*) FROM sys.types WHERE name IN ('int', 'nvarchar', 'datetime2', 'uniqueidentifier') --> - int? = 4 (1 rows)
-SELECT name, OBJECT_NAME(referenced_object_id) AS referenced FROM sys.foreign_keys --> name nvarchar(128)? = FK_item | referenced nvarchar(128)? = item (1 rows)
-SELECT name, definition FROM sys.default_constraints --> name nvarchar(128)? = DF_price | definition nvarchar(max)? = ((0)) (1 rows)
-SELECT TABLE_CATALOG, TABLE_SCHEMA, TABLE_NAME, TABLE_TYPE FROM INFORMATION_SCHEMA.TABLES ORDER BY TABLE_NAME --> TABLE_CATALOG nvarchar(128)? | TABLE_SCHEMA nvarchar(128)? | TABLE_NAME nvarchar(128)? | TABLE_TYPE varchar(10)? = shop | dbo | item | BASE TABLE; shop | dbo | line | BASE TABLE (2 rows)
 SELECT COLUMN_NAME, COLUMN_DEFAULT, DATA_TYPE, CHARACTER_MAXIMUM_LENGTH, CHARACTER_OCTET_LENGTH, NUMERIC_PRECISION, NUMERIC_SCALE, DATETIME_PRECISION, COLLATION_NAME FROM INFORMATION_SCHEMA.COLUMNS ORDER BY TABLE_NAME, ORDINAL_POSITION
 --> COLUMN_NAME nvarchar(128)? | COLUMN_DEFAULT nvarchar(4000)? | DATA_TYPE nvarchar(128)? | CHARACTER_MAXIMUM_LENGTH int? | CHARACTER_OCTET_LENGTH int? | NUMERIC_PRECISION tinyint? | NUMERIC_SCALE int? | DATETIME_PRECISION smallint? | COLLATION_NAME nvarchar(128)?
 --> id | NULL | int | NULL | NULL | 10 | 0 | NULL | NULL --> code | NULL | nvarchar | 20 | 40 | NULL | NULL | NULL | SQL_Latin1_General_CP1_CI_AS
 --> price | ((0)) | decimal | NULL | NULL | 9 | 2 | NULL | NULL --> made | NULL | datetime | NULL | NULL | NULL | NULL | 3 | NULL --> item | NULL | int | NULL | NULL | 10 | 0 | NULL | NULL
 --> n | NULL | tinyint | NULL | NULL | 3 | 0 | NULL | NULL --> note | NULL | text | 2147483647 | 2147483647 | NULL | NULL | NULL | SQL_Latin1_General_CP1_CI_AS
 --> f | NULL | float | NULL | NULL | 53 | NULL | NULL | NULL (8 rows)
-SELECT ROUTINE_NAME, ROUTINE_TYPE FROM INFORMATION_SCHEMA.ROUTINES ORDER BY ROUTINE_NAME --> ROUTINE_NAME nvarchar(128)? | ROUTINE_TYPE nvarchar(20)? = restock | PROCEDURE; twice | FUNCTION (2 rows)
 SELECT SPECIFIC_NAME, ORDINAL_POSITION, PARAMETER_MODE, IS_RESULT, PARAMETER_NAME, DATA_TYPE FROM INFORMATION_SCHEMA.PARAMETERS ORDER BY SPECIFIC_NAME, ORDINAL_POSITION
 --> SPECIFIC_NAME nvarchar(128)? | ORDINAL_POSITION int? | PARAMETER_MODE nvarchar(10)? | IS_RESULT nvarchar(10)? | PARAMETER_NAME nvarchar(128)? | DATA_TYPE nvarchar(128)?
 --> restock | 1 | IN | NO | @code | nvarchar --> restock | 2 | INOUT | NO | @n | int --> twice | 0 | OUT | YES |  | decimal --> twice | 1 | IN | NO | @x | decimal (4 rows)
@@ -61,8 +56,7 @@ ALTER DATABASE shop MODIFY NAME = tempdb --> Msg 1801, Level 16, State 3, Line 1
 ALTER DATABASE tempdb MODIFY NAME = shop2 --> Msg 5058, Level 16, State 5, Line 1: Option 'MODIFY NAME' cannot be set in database 'tempdb'.
 ALTER DATABASE nosuch MODIFY NAME = store --> Msg 5011, Level 14, State 5, Line 1: User does not have permission to alter database 'nosuch', the database does not exist, or the database is not in a state that allows access checks.
 ALTER DATABASE SHOP MODIFY NAME = [the store] --> Msg 5021, Level 0, State 1, Line 1: The database name 'the store' has been set.
-SELECT code, price FROM [the store]..item --> code nvarchar(20) | price decimal(9,2)? (0 rows)
-SELECT DB_ID('shop') AS gone, DB_NAME(5) AS now --> gone int? = NULL | now nvarchar(128)? = the store (1 rows)
+SELECT DB_ID('shop') AS gone, DB_NAME(5) AS now, COUNT(*) AS n FROM [the store]..item --> gone int? = NULL | now nvarchar(128)? = the store | n int? = 0 (1 rows)
 USE [the store] --> USE the store --> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'the store'.
 SELECT OBJECTPROPERTY(OBJECT_ID('item'), 'TableHasIdentity') a, OBJECTPROPERTY(OBJECT_ID('item'), 'IsMSShipped') b, OBJECT_ID('other.item') c, SERVERPROPERTY('ProductMajorVersion') d, DATABASEPROPERTYEX(DB_NAME(), 'IsAutoClose') e --> a int? = 1 | b int? = 0 | c int? = NULL | d nvarchar(128)? = 15 | e nvarchar(128)? = 0 (1 rows)
 SELECT OBJECTPROPERTY(OBJECT_ID('item'), 'ExecIsStartup') --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support OBJECTPROPERTY's 'ExecIsStartup'.
@@ -76,24 +70,19 @@ SELECT c.TABLE_NAME, c.CONSTRAINT_NAME, c.CONSTRAINT_TYPE, k.COLUMN_NAME, k.ORDI
 SELECT CONSTRAINT_NAME, UNIQUE_CONSTRAINT_NAME, DELETE_RULE, UPDATE_RULE FROM INFORMATION_SCHEMA.REFERENTIAL_CONSTRAINTS WHERE CONSTRAINT_NAME IN ('FK_z', 'FK_xy') ORDER BY 1
 --> CONSTRAINT_NAME nvarchar(128)? | UNIQUE_CONSTRAINT_NAME nvarchar(128)? | DELETE_RULE varchar(11)? | UPDATE_RULE varchar(11)? --> FK_xy | PK_pair | NO ACTION | NO ACTION
 --> FK_z | UQ_d | CASCADE | NO ACTION (2 rows)
-SELECT CHECK_CLAUSE FROM INFORMATION_SCHEMA.CHECK_CONSTRAINTS WHERE CONSTRAINT_NAME = 'CK_d' --> CHECK_CLAUSE nvarchar(4000)? = (d > 0) (1 rows)
-SELECT COLUMN_NAME FROM INFORMATION_SCHEMA.CONSTRAINT_COLUMN_USAGE WHERE CONSTRAINT_NAME = 'CK_d' --> COLUMN_NAME nvarchar(128)? = d (1 rows)
+SELECT CHECK_CLAUSE, COLUMN_NAME FROM INFORMATION_SCHEMA.CHECK_CONSTRAINTS c JOIN INFORMATION_SCHEMA.CONSTRAINT_COLUMN_USAGE u ON u.CONSTRAINT_NAME = c.CONSTRAINT_NAME WHERE c.CONSTRAINT_NAME = 'CK_d' --> CHECK_CLAUSE nvarchar(4000)? = (d > 0) | COLUMN_NAME nvarchar(128)? = d (1 rows)
 SELECT f.name, constraint_column_id AS n, COL_LENGTH('child', c.name) AS size, c.name AS own, r.name AS other FROM sys.foreign_key_columns k JOIN sys.foreign_keys f ON f.object_id = k.constraint_object_id JOIN sys.columns c ON c.object_id = k.parent_object_id AND c.column_id = k.parent_column_id JOIN sys.columns r ON r.object_id = k.referenced_object_id AND r.column_id = k.referenced_column_id WHERE f.parent_object_id = OBJECT_ID('child') ORDER BY 1, 2 --> name nvarchar(128)? | n int? | size smallint? | own nvarchar(128)? | other nvarchar(128)? = FK_xy | 1 | 4 | x | a; FK_xy | 2 | 4 | y | b "c\; FK_z | 1 | 4 | z | d (3 rows)
-SELECT SCHEMA_NAME FROM INFORMATION_SCHEMA.SCHEMATA ORDER BY 1 --> SCHEMA_NAME nvarchar(128)? = dbo; guest; INFORMATION_SCHEMA; sys (4 rows)
 SELECT OBJECT_NAME(object_id) AS t, name, is_identity FROM sys.identity_columns WHERE object_id = OBJECT_ID('item') --> t nvarchar(128)? = item | name nvarchar(128)? = id | is_identity bit? = 1 (1 rows)
 -- column ids stay when a column is dropped
 CREATE TABLE Numbered (gone int, a int IDENTITY(7, 1), b int) ALTER TABLE Numbered DROP COLUMN gone -->
 SELECT i.seed_value, COL_NAME(i.object_id, i.column_id) AS name, COL_NAME(i.object_id, 1) AS gone FROM sys.identity_columns i WHERE object_id = OBJECT_ID('Numbered') --> seed_value bigint? = 7 | name nvarchar(128)? = a | gone nvarchar(128)? = NULL (1 rows)
-SELECT s.name, SCHEMA_ID(s.name) AS id, SCHEMA_ID() AS own, SCHEMA_ID('other') AS other FROM sys.schemas s WHERE s.schema_id = SCHEMA_ID(s.name) AND s.name = 'sys' --> name nvarchar(128)? = sys | id int? = 4 | own int? = 1 | other int? = NULL (1 rows)
-SELECT OBJECT_NAME(OBJECT_ID('Numbered'), DB_ID()) AS t, OBJECT_NAME(OBJECT_ID('Numbered'), 999) AS n, COLUMNPROPERTY(OBJECT_ID('Numbered'), 'A', 'IsIdentity') AS i, COLUMNPROPERTY(OBJECT_ID('Numbered'), 'b', 'AllowsNull') AS b, COLUMNPROPERTY(OBJECT_ID('Numbered'), 'gone', 'IsIdentity') AS g --> t nvarchar(128)? = Numbered | n nvarchar(128)? = NULL | i int? = 1 | b int? = 1 | g int? = NULL (1 rows)
+SELECT OBJECT_NAME(OBJECT_ID('Numbered'), DB_ID()) AS t, OBJECT_SCHEMA_NAME(OBJECT_ID('pair')) AS s, OBJECT_SCHEMA_NAME(0) AS o, OBJECT_NAME(OBJECT_ID('Numbered'), 999) AS n, COLUMNPROPERTY(OBJECT_ID('Numbered'), 'A', 'IsIdentity') AS i, COLUMNPROPERTY(OBJECT_ID('Numbered'), 'b', 'AllowsNull') AS b, COLUMNPROPERTY(OBJECT_ID('Numbered'), 'gone', 'IsIdentity') AS g --> t nvarchar(128)? = Numbered | s nvarchar(128)? = dbo | o nvarchar(128)? = NULL | n nvarchar(128)? = NULL | i int? = 1 | b int? = 1 | g int? = NULL (1 rows)
 CREATE INDEX ix_numbered ON Numbered (b DESC, a) -->
 EXEC sp_helpindex Numbered --> index_name nvarchar(128)? = ix_numbered | index_description varchar(210)? = nonclustered located on PRIMARY | index_keys nvarchar(2078)? = b(-), a (1 rows)
 EXEC sp_helpindex Nowhere --> Msg 15009, Level 16, State 1, Line 2, Procedure sp_helpindex: The object 'Nowhere' does not exist in database 'the store' or is invalid for this operation.
 INSERT BULK Numbered (b int) WITH (KEEP_NULLS, ROWS_PER_BATCH = 10, ORDER (b)) -->
 INSERT BULK Numbered (b int, c varchar(10) COLLATE DATABASE_DEFAULT) --> Msg 207, Level 16, State 1, Line 1: Invalid column name 'c'.
 INSERT BULK Numbered (b --> Msg 102, Level 15, State 1, Line 1: Incorrect syntax near 'b'.
-SELECT COUNT(*) AS n FROM sys.triggers --> n int? = 0 (1 rows)
-SELECT OBJECT_SCHEMA_NAME(OBJECT_ID('pair')) AS a, OBJECT_SCHEMA_NAME(0) AS b --> a nvarchar(128)? = dbo | b nvarchar(128)? = NULL (1 rows)
 SELECT spid - @@SPID AS own, blocked, DB_NAME(dbid) AS db, status, loginame FROM master..sysprocesses WHERE spid = @@SPID --> own smallint? = 0 | blocked smallint? = 0 | db nvarchar(128)? = the store | status nchar(30)? = running | loginame nchar(128)? = sa (1 rows)
 -- what drivers ask about tables and procedures
 CREATE TABLE Described (id int IDENTITY CONSTRAINT pk_described PRIMARY KEY, name nvarchar(20) NOT NULL DEFAULT N'none',

@@ -24,8 +24,7 @@ INSERT d VALUES (1) --> Msg 213, Level 16, State 1, Line 1: Column name or numbe
 EXEC ('SET IDENTITY_INSERT c ON SET LOCK_TIMEOUT 5') PRINT @@LOCK_TIMEOUT --> -1
 INSERT c (id, nm, v) VALUES (7, 'y', 4) --> Msg 544, Level 16, State 1, Line 1: Cannot insert explicit value for identity column in table 'c' when IDENTITY_INSERT is set to OFF.
 SET IDENTITY_INSERT c ON -->
-INSERT c (id, nm, v) VALUES (7, 'y', 4) --> (1 changed)
-SET IDENTITY_INSERT c OFF -->
+INSERT c (id, nm, v) VALUES (7, 'y', 4) SET IDENTITY_INSERT c OFF --> (1 changed)
 INSERT c (id, nm, v) VALUES (8, 'z', 2) --> Msg 544, Level 16, State 1, Line 1: Cannot insert explicit value for identity column in table 'c' when IDENTITY_INSERT is set to OFF.
 CREATE UNIQUE INDEX ix_v ON c (v DESC) -->
 INSERT c (nm, v) VALUES ('w', 4) --> Msg 2601, Level 14, State 1, Line 1: Cannot insert duplicate key row in object 'dbo.c' with unique index 'ix_v'. The duplicate key value is (4). (3621)
@@ -35,17 +34,11 @@ UPDATE TOP (1) c SET nm = 'first' WHERE id < 100 --> (1 changed)
 UPDATE c SET id = 1 --> Msg 8102, Level 16, State 1, Line 1: Cannot update identity column 'id'.
 SELECT id, nm, ch, v FROM c ORDER BY id --> id int* | nm nvarchar(5)? | ch char(3)? | v int? = 7 | first | ab  | 4; 100 | Ünï | ab  | 2; 101 | two | ab  | 12; 102 | three | ab  | 13 (4 rows)
 DELETE d FROM d JOIN c ON c.id = d.cid WHERE c.v = 2 --> (1 changed)
-DELETE FROM c WHERE nm = 'nobody' --> (0 changed)
-DELETE TOP (1) FROM c WHERE id > 100 --> (1 changed)
-SELECT COUNT(*) FROM c --> - int? = 3 (1 rows)
-SELECT id, v * 2 AS w INTO #copy FROM c --> (3 changed)
-SELECT * FROM #copy --> id int* | w int? = 7 | 8; 100 | 4; 102 | 26 (3 rows)
-ALTER TABLE #copy ADD note varchar(10) NOT NULL DEFAULT 'n' -->
-ALTER TABLE #copy DROP COLUMN w -->
+DELETE FROM c WHERE nm = 'nobody' DELETE TOP (1) FROM c WHERE id > 100 SELECT COUNT(*) FROM c --> (0 changed) (1 changed) --> - int? = 3 (1 rows)
+SELECT id, v * 2 AS w INTO #copy FROM c SELECT * FROM #copy --> (3 changed) --> id int* | w int? = 7 | 8; 100 | 4; 102 | 26 (3 rows)
+ALTER TABLE #copy ADD note varchar(10) NOT NULL DEFAULT 'n' ALTER TABLE #copy DROP COLUMN w -->
 SELECT * FROM tempdb..#copy --> id int* | note varchar(10) = 7 | n; 100 | n; 102 | n (3 rows)
-TRUNCATE TABLE d -->
-DROP TABLE #copy -->
-SELECT * FROM #copy --> Msg 208, Level 16, State 1, Line 1: Invalid object name '#copy'.
+TRUNCATE TABLE d DROP TABLE #copy SELECT * FROM #copy --> Msg 208, Level 16, State 1, Line 1: Invalid object name '#copy'.
 SELECT name, xtype FROM sysobjects WHERE xtype IN ('U', 'PK') ORDER BY name --> name nvarchar(128)? | xtype char(2)? = c | U; d | U; PK_c | PK (3 rows)
 SELECT COLUMN_NAME, DATA_TYPE, CHARACTER_MAXIMUM_LENGTH, IS_NULLABLE, COLUMN_DEFAULT FROM INFORMATION_SCHEMA.COLUMNS WHERE TABLE_NAME = 'C'
 --> COLUMN_NAME nvarchar(128)? | DATA_TYPE nvarchar(128)? | CHARACTER_MAXIMUM_LENGTH int? | IS_NULLABLE varchar(3)? | COLUMN_DEFAULT nvarchar(4000)? --> id | int | NULL | NO | NULL
@@ -55,27 +48,22 @@ DROP TABLE d --> Msg 3701, Level 11, State 5, Line 1: Cannot drop the table 'd',
 DROP TABLE IF EXISTS d -->
 CREATE TABLE c (x int) --> Msg 2714, Level 16, State 6, Line 1: There is already an object named 'c' in the database.
 -- the changed table may have one alias in FROM
-CREATE TABLE p (id int, v int) -->
-INSERT p VALUES (1, 10), (2, 20) --> (2 changed)
-UPDATE p SET v += 1 FROM p AS q WHERE q.id = 1 --> (1 changed)
-DELETE p FROM p q JOIN c ON 1 = 1 WHERE q.id = 2 --> (1 changed)
-SELECT * FROM p --> id int? = 1 | v int? = 11 (1 rows)
+CREATE TABLE p (id int, v int)
+INSERT p VALUES (1, 10), (2, 20)
+UPDATE p SET v += 1 FROM p AS q WHERE q.id = 1
+DELETE p FROM p q JOIN c ON 1 = 1 WHERE q.id = 2 SELECT * FROM p --> (2 changed) (1 changed) (1 changed) --> id int? = 1 | v int? = 11 (1 rows)
 UPDATE p SET v = 0 FROM p q JOIN p r ON q.id = r.id --> Msg 8154, Level 16, State 1, Line 1: The table 'p' is ambiguous.
 UPDATE p SET v = 0, v = 1 --> Msg 264, Level 16, State 1, Line 1: The column name 'v' is specified more than once in the SET clause or column list of an INSERT. A column cannot be assigned more than one value in the same clause. Modify the clause to make sure that a column is updated only once. If this statement updates or inserts columns into a view, column aliasing can conceal the duplication in your code.
 -- SELECT INTO: columns of an outer join are nullable, constants and ISNULL are not; an identity is inherited
 -- if there is only one table
 CREATE TABLE owner (id int IDENTITY PRIMARY KEY, name varchar(10) NOT NULL) -->
 CREATE TABLE pet (owner int NOT NULL, pet varchar(10) NOT NULL, age int) -->
-INSERT owner VALUES ('Ann'), ('Bob') --> (2 changed)
-INSERT pet VALUES (1, 'cat', 3), (1, 'dog', NULL) --> (2 changed)
+INSERT owner VALUES ('Ann'), ('Bob') INSERT pet VALUES (1, 'cat', 3), (1, 'dog', NULL) --> (2 changed) (2 changed)
 SELECT o.id, o.name, p.pet, ISNULL(p.age, 0) age, 'x' kind INTO #pets FROM owner o LEFT JOIN pet p ON p.owner = o.id --> (3 changed)
 SELECT * FROM #pets ORDER BY id, pet --> id int | name varchar(10) | pet varchar(10)? | age int | kind varchar(1) = 1 | Ann | cat | 3 | x; 1 | Ann | dog | 0 | x; 2 | Bob | NULL | 0 | x (3 rows)
-SELECT o.name, p.owner INTO #all FROM pet p FULL JOIN owner o ON p.owner = o.id AND p.pet = 'cat' --> (3 changed)
-SELECT * FROM #all ORDER BY name, owner --> name varchar(10)? | owner int? = NULL | 1; Ann | 1; Bob | NULL (3 rows)
-SELECT id, name INTO #copy FROM owner --> (2 changed)
+SELECT o.name, p.owner INTO #all FROM pet p FULL JOIN owner o ON p.owner = o.id AND p.pet = 'cat' SELECT * FROM #all ORDER BY name, owner --> (3 changed) --> name varchar(10)? | owner int? = NULL | 1; Ann | 1; Bob | NULL (3 rows)
 SELECT * INTO #both FROM (SELECT id FROM owner UNION ALL SELECT id FROM owner) b --> (4 changed)
-INSERT #copy VALUES ('Cid') --> (1 changed)
-SELECT * FROM #copy --> id int* | name varchar(10) = 1 | Ann; 2 | Bob; 3 | Cid (3 rows)
+SELECT id, name INTO #copy FROM owner INSERT #copy VALUES ('Cid') SELECT * FROM #copy --> (2 changed) (1 changed) --> id int* | name varchar(10) = 1 | Ann; 2 | Bob; 3 | Cid (3 rows)
 SELECT * FROM #both --> id int = 1; 2; 1; 2 (4 rows)
 DECLARE @rows varchar(max) = 'INSERT nosuch VALUES (1)' + REPLICATE(CAST(',(1)' AS varchar(max)), 1000)
 EXEC (@rows) --> Msg 10738, Level 15, State 1, Line 1: The number of row value expressions in the INSERT statement exceeds the maximum allowed number of 1000 row values.

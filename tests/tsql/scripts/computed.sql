@@ -38,12 +38,10 @@ ALTER TABLE Lines ALTER COLUMN PRICE decimal(12, 2)
 --> Msg 5074, Level 16, State 1, Line 1: The column 'total' is dependent on column 'PRICE'.
 --> Msg 4922, Level 16, State 9, Line 1: ALTER TABLE ALTER COLUMN PRICE failed because one or more objects access this column.
 ALTER TABLE Lines ALTER COLUMN half int --> Msg 4928, Level 16, State 1, Line 1: Cannot alter column 'half' because it is 'COMPUTED'.
-ALTER TABLE Lines DROP CONSTRAINT CK_half
-ALTER TABLE Lines DROP COLUMN half
+ALTER TABLE Lines DROP CONSTRAINT CK_half, COLUMN half
 ALTER TABLE Lines ADD half AS (qty / 2) -->
 SELECT TOP 1 * FROM Lines --> id int* = 1 | qty int = 12 | price decimal(9,2)? = 1.50 | total decimal(20,2)? = 18.00 | code varchar(5)? = L0001 | big int? = 1 | note varchar(9)? = NULL | half int? = 6 (1 rows)
-SELECT definition FROM sys.computed_columns WHERE name = 'half'
-DBCC CHECKDB WITH NO_INFOMSGS --> definition nvarchar(max)? = ((qty / 2)) (1 rows)
+SELECT definition FROM sys.computed_columns WHERE name = 'half' DBCC CHECKDB WITH NO_INFOMSGS --> definition nvarchar(max)? = ((qty / 2)) (1 rows)
 CREATE TABLE U (a varchar(5), b AS UPPER(a) UNIQUE)
 INSERT U VALUES ('x') --> (1 changed)
 INSERT U VALUES ('X') --> Msg 2627, Level 14, State 1, Line 1: Violation of UNIQUE KEY constraint 'UQ__U__7_8'. Cannot insert duplicate key in object 'dbo.U'. (3621)

@@ -16,8 +16,6 @@ INSERT child VALUES (NULL, 1, 5, 2) --> Msg 515, Level 16, State 2, Line 1: Cann
 UPDATE child SET id = NULL --> Msg 515, Level 16, State 2, Line 1: Cannot insert the value NULL into column 'id', table 'master.dbo.child'; column does not allow nulls. UPDATE fails. (3621)
 DELETE parent WHERE id = 1 --> Msg 547, Level 16, State 0, Line 1: The DELETE statement conflicted with the REFERENCE constraint "FK_parent". The conflict occurred in database "master", table "dbo.child", column 'parent'. (3621)
 UPDATE parent SET id = 7 WHERE id = 1 --> Msg 547, Level 16, State 0, Line 1: The UPDATE statement conflicted with the REFERENCE constraint "FK_parent". The conflict occurred in database "master", table "dbo.child", column 'parent'. (3621)
-DROP TABLE parent --> Msg 3726, Level 16, State 1, Line 1: Could not drop object 'parent' because it is referenced by a FOREIGN KEY constraint.
-TRUNCATE TABLE parent --> Msg 4712, Level 16, State 1, Line 1: Cannot truncate table 'parent' because it is being referenced by a FOREIGN KEY constraint.
 DELETE other --> (1 changed)
 SELECT COUNT(*) FROM child --> - int? = 0 (1 rows)
 TRUNCATE TABLE child -->
@@ -43,18 +41,14 @@ ALTER TABLE t ADD CONSTRAINT FK_d FOREIGN KEY (c) REFERENCES parent (code) --> M
 ALTER TABLE t ADD CONSTRAINT FK_n FOREIGN KEY (c) REFERENCES nosuch (id) --> Msg 1767, Level 16, State 0, Line 1: Foreign key 'FK_n' references invalid table 'nosuch'. (1750)
 ALTER TABLE t ADD PRIMARY KEY (c) --> Msg 1779, Level 16, State 0, Line 1: Table 't' already has a primary key defined on it. (1750)
 ALTER TABLE t ADD CONSTRAINT UQ_x UNIQUE (x) --> Msg 1911, Level 16, State 1, Line 1: Column name 'x' does not exist in the target table or view. (1750)
-INSERT t (a) VALUES (8) --> (1 changed)
-SELECT a, b FROM t WHERE a = 8 --> a int = 8 | b varchar(5)? = none (1 rows)
-ALTER TABLE t ALTER COLUMN b varchar(20) NULL -->
-INSERT t (a, b) VALUES (9, 'more than five') --> (1 changed)
+INSERT t (a) VALUES (8) SELECT a, b FROM t WHERE a = 8 --> (1 changed) --> a int = 8 | b varchar(5)? = none (1 rows)
+ALTER TABLE t ALTER COLUMN b varchar(20) NULL INSERT t (a, b) VALUES (9, 'more than five') --> (1 changed)
 ALTER TABLE t ALTER COLUMN c varchar(10) NOT NULL
 --> Msg 5074, Level 16, State 1, Line 1: The object 'DF_c' is dependent on column 'c'.
 --> Msg 4922, Level 16, State 9, Line 1: ALTER TABLE ALTER COLUMN c failed because one or more objects access this column.
-ALTER TABLE t DROP CONSTRAINT DF_c WITH (ONLINE = OFF) -->
-ALTER TABLE t ALTER COLUMN c varchar(10) NOT NULL -->
+ALTER TABLE t DROP CONSTRAINT DF_c WITH (ONLINE = OFF) ALTER TABLE t ALTER COLUMN c varchar(10) NOT NULL -->
 SELECT a, b, c + '!' FROM t --> a int | b varchar(20)? | - varchar(11)? = 1 | one | 7!; 2 | two | 7!; 3 | three | 7!; 8 | none | 7!; 9 | more than five | 7! (5 rows)
-ALTER TABLE t ALTER COLUMN c int NULL -->
-SELECT MAX(c) + 1 FROM t --> - int? = 8 (1 rows)
+ALTER TABLE t ALTER COLUMN c int NULL SELECT MAX(c) + 1 FROM t --> - int? = 8 (1 rows)
 ALTER TABLE t ALTER COLUMN e int NOT NULL --> Msg 515, Level 16, State 2, Line 1: Cannot insert the value NULL into column 'e', table 'master.dbo.t'; column does not allow nulls. UPDATE fails. (3621)
 ALTER TABLE t ALTER COLUMN nosuch int --> Msg 4924, Level 16, State 1, Line 1: ALTER TABLE ALTER COLUMN failed because column 'nosuch' does not exist in table 't'.
 ALTER TABLE t DROP COLUMN e
@@ -67,8 +61,7 @@ ALTER TABLE parent DROP CONSTRAINT PK_parent
 --> Msg 3725, Level 16, State 0, Line 1: The constraint 'PK_parent' is being referenced by table 'child', foreign key constraint 'FK_parent'.
 --> Msg 3727, Level 16, State 0, Line 1: Could not drop constraint. See previous errors.
 INSERT t VALUES (1, 'x', 1) --> Msg 2627, Level 14, State 1, Line 1: Violation of PRIMARY KEY constraint 'PK_t'. Cannot insert duplicate key in object 'dbo.t'. The duplicate key value is (1). (3621)
-ALTER TABLE t DROP CONSTRAINT PK_t -->
-INSERT t VALUES (1, 'x', 1) --> (1 changed)
+ALTER TABLE t DROP CONSTRAINT PK_t INSERT t VALUES (1, 'x', 1) --> (1 changed)
 CREATE UNIQUE INDEX ix_a ON t (a) --> Msg 1505, Level 16, State 1, Line 1: The CREATE UNIQUE INDEX statement terminated because a duplicate key was found for the object name 'dbo.t' and the index name 'ix_a'. The duplicate key value is (1). (3621)
 SELECT name, type FROM sys.objects WHERE parent_object_id = OBJECT_ID('t') ORDER BY name --> name nvarchar(128)? | type char(2)? = CK_a | C; DF_b | D; UQ_b | UQ (3 rows)
 BEGIN TRAN -->
@@ -77,22 +70,13 @@ ALTER TABLE t ADD CONSTRAINT CK_g CHECK (g = 1) -->
 ROLLBACK -->
 INSERT t VALUES (20, 'y', 1) --> (1 changed)
 -- identities
-INSERT other VALUES (N'sechs') --> (1 changed)
-SELECT MAX(id) FROM other --> - int? = 6 (1 rows)
-DELETE child --> (0 changed)
-ALTER TABLE child DROP CONSTRAINT FK_other -->
-TRUNCATE TABLE other -->
-INSERT other VALUES (N'neu') --> (1 changed)
-SELECT id, IDENT_CURRENT('other') FROM other --> id int* = 5 | - decimal(38,0)? = 5 (1 rows)
-SET IDENTITY_INSERT other ON -->
-INSERT other (id, nm) VALUES (50, N'x') --> (1 changed)
-CREATE TABLE third (id int IDENTITY) -->
+INSERT other VALUES (N'sechs') SELECT MAX(id) FROM other --> (1 changed) --> - int? = 6 (1 rows)
+DELETE child ALTER TABLE child DROP CONSTRAINT FK_other TRUNCATE TABLE other --> (0 changed)
+INSERT other VALUES (N'neu') SELECT id, IDENT_CURRENT('other') FROM other --> (1 changed) --> id int* = 5 | - decimal(38,0)? = 5 (1 rows)
+CREATE TABLE third (id int IDENTITY) SET IDENTITY_INSERT other ON INSERT other (id, nm) VALUES (50, N'x') --> (1 changed)
 SET IDENTITY_INSERT third ON --> Msg 8107, Level 16, State 1, Line 1: IDENTITY_INSERT is already ON for table 'master.dbo.other'. Cannot perform SET operation for table 'third'.
-SET IDENTITY_INSERT other OFF -->
-INSERT other (nm) VALUES (N'y')
-SELECT SCOPE_IDENTITY() --> (1 changed) --> - decimal(38,0)? = 51 (1 rows)
-CREATE TABLE #tmp (id int NOT NULL PRIMARY KEY) -->
-INSERT #tmp VALUES (1) --> (1 changed)
+SET IDENTITY_INSERT other OFF INSERT other (nm) VALUES (N'y') SELECT SCOPE_IDENTITY() --> (1 changed) --> - decimal(38,0)? = 51 (1 rows)
+CREATE TABLE #tmp (id int NOT NULL PRIMARY KEY) INSERT #tmp VALUES (1) --> (1 changed)
 INSERT #tmp VALUES (1) --> Msg 2627, Level 14, State 1, Line 1: Violation of PRIMARY KEY constraint 'PK__#tmp__1_2'. Cannot insert duplicate key in object 'dbo.#tmp'. The duplicate key value is (1). (3621)
 ALTER TABLE #tmp ADD x int NULL CHECK (x > 0) -->
 INSERT #tmp VALUES (2, 0) --> Msg 547, Level 16, State 0, Line 1: The INSERT statement conflicted with the CHECK constraint "CK__#tmp__1_3". The conflict occurred in database "tempdb", table "dbo.#tmp", column 'x'. (3621)
@@ -116,11 +100,9 @@ INSERT nullable VALUES (5, NULL, NULL) --> Msg 2601, Level 14, State 1, Line 1: 
 INSERT nullable VALUES (6, NULL, 0) --> (1 changed)
 UPDATE nullable SET a = NULL WHERE a = 6 --> Msg 2627, Level 14, State 1, Line 1: Violation of UNIQUE KEY constraint 'UQ_nullable'. Cannot insert duplicate key in object 'dbo.nullable'. The duplicate key value is (<NULL>). (3621)
 DROP INDEX UQ_nullable ON nullable --> Msg 3723, Level 16, State 4, Line 1: An explicit DROP INDEX is not allowed on index 'nullable.UQ_nullable'. It is being used for UNIQUE KEY constraint enforcement.
-ALTER TABLE nullable DROP CONSTRAINT UQ_nullable -->
-INSERT nullable VALUES (NULL, 'y', 5) --> (1 changed)
+ALTER TABLE nullable DROP CONSTRAINT UQ_nullable INSERT nullable VALUES (NULL, 'y', 5) --> (1 changed)
 ALTER TABLE nullable ADD CONSTRAINT UQ_again UNIQUE (a) WITH FILLFACTOR = 90 ON [PRIMARY] --> Msg 1505, Level 16, State 1, Line 1: The CREATE UNIQUE INDEX statement terminated because a duplicate key was found for the object name 'dbo.nullable' and the index name 'UQ_again'. The duplicate key value is (<NULL>). (1750) (3621)
-DROP INDEX ix_nullable ON nullable WITH (ONLINE = OFF) -->
-INSERT nullable VALUES (7, 'X', NULL) --> (1 changed)
+DROP INDEX ix_nullable ON nullable WITH (ONLINE = OFF) INSERT nullable VALUES (7, 'X', NULL) --> (1 changed)
 -- a foreign key refers to a key or a unique index, with its columns in any order
 CREATE TABLE keys (a int NOT NULL, b int NOT NULL, c varchar(5) NOT NULL, d int NOT NULL) -->
 CREATE INDEX ix_a ON keys (a) -->
@@ -135,18 +117,12 @@ CREATE TABLE itself (id int PRIMARY KEY, up int REFERENCES itself) -->
 INSERT keys VALUES (1, 2, 'c', 3) --> (1 changed)
 INSERT to_unique VALUES (2, 3, 'c'), (NULL, NULL, NULL) --> (2 changed)
 INSERT to_unique VALUES (2, 4, 'c') --> Msg 547, Level 16, State 0, Line 1: The INSERT statement conflicted with the FOREIGN KEY constraint "FK_dc". The conflict occurred in database "master", table "dbo.keys". (3621)
-BEGIN TRY
-    ALTER TABLE itself ADD CONSTRAINT FK_try FOREIGN KEY (up) REFERENCES keys (a)
-END TRY
-BEGIN CATCH
-    SELECT ERROR_NUMBER()
-END CATCH --> - int? = 1750 (1 rows)
+BEGIN TRY ALTER TABLE itself ADD CONSTRAINT FK_try FOREIGN KEY (up) REFERENCES keys (a) END TRY BEGIN CATCH SELECT ERROR_NUMBER() END CATCH --> - int? = 1750 (1 rows)
 CREATE TABLE #free (x int CONSTRAINT FK_free REFERENCES keys (b)) --> Msg 1756, Level 0, State 1, Line 1: Skipping FOREIGN KEY constraint 'FK_free' definition for temporary table. FOREIGN KEY constraints are not enforced on local or global temporary tables.
 INSERT #free VALUES (9) --> (1 changed)
 DECLARE @free TABLE (x int REFERENCES keys (b)) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support a foreign key of a table variable.
 -- two NULLs prevent a unique index
-CREATE TABLE two_nulls (a int, b int) -->
-INSERT two_nulls VALUES (NULL, 1), (NULL, 1) --> (2 changed)
+CREATE TABLE two_nulls (a int, b int) INSERT two_nulls VALUES (NULL, 1), (NULL, 1) --> (2 changed)
 CREATE UNIQUE INDEX ux_two ON two_nulls (a, b) --> Msg 1505, Level 16, State 1, Line 1: The CREATE UNIQUE INDEX statement terminated because a duplicate key was found for the object name 'dbo.two_nulls' and the index name 'ux_two'. The duplicate key value is (<NULL>, 1). (3621)
 -- a nullable column is neither a primary key nor an identity
 CREATE TABLE null_key (a int NULL PRIMARY KEY) --> Msg 8111, Level 16, State 1, Line 2: Cannot define PRIMARY KEY constraint on nullable column in table 'null_key'. (1750)
@@ -157,19 +133,14 @@ CREATE TABLE with_none (id int CONSTRAINT FK_none REFERENCES several) -->
 CREATE TABLE with_null (id int CONSTRAINT FK_null REFERENCES several) -->
 CREATE TABLE with_one (id int CONSTRAINT FK_one REFERENCES several) -->
 CREATE TABLE that_follow (id int CONSTRAINT FK_follow REFERENCES several ON DELETE CASCADE) -->
-INSERT several VALUES (1), (2) --> (2 changed)
-INSERT with_null VALUES (NULL) --> (1 changed)
-INSERT with_one VALUES (1) --> (1 changed)
-INSERT that_follow VALUES (1), (2) --> (2 changed)
+INSERT several VALUES (1), (2) INSERT with_null VALUES (NULL) INSERT with_one VALUES (1) INSERT that_follow VALUES (1), (2) --> (2 changed) (1 changed) (1 changed) (2 changed)
 DELETE several --> Msg 547, Level 16, State 0, Line 1: The DELETE statement conflicted with the REFERENCE constraint "FK_one". The conflict occurred in database "master", table "dbo.with_one", column 'id'. (3621)
-DELETE several WHERE id = 2 --> (1 changed)
-SELECT id FROM that_follow --> id int? = 1 (1 rows)
+DELETE several WHERE id = 2 SELECT id FROM that_follow --> (1 changed) --> id int? = 1 (1 rows)
 -- an index in another database
 CREATE DATABASE elsewhere -->
 CREATE TABLE elsewhere.dbo.indexed (a int) -->
 CREATE INDEX ix_there ON elsewhere.dbo.indexed (a) -->
-DROP INDEX ix_there ON elsewhere.dbo.indexed -->
-DROP INDEX ix_there ON elsewhere.dbo.indexed --> Msg 3701, Level 11, State 7, Line 1: Cannot drop the index 'elsewhere.dbo.indexed.ix_there', because it does not exist or you do not have permission.
+DROP INDEX ix_there ON elsewhere.dbo.indexed DROP INDEX ix_there ON elsewhere.dbo.indexed --> Msg 3701, Level 11, State 7, Line 1: Cannot drop the index 'elsewhere.dbo.indexed.ix_there', because it does not exist or you do not have permission.
 -- a CHECK depends on the columns that it reads
 CREATE TABLE span (a int, b int, CONSTRAINT CK_span CHECK (a < b), CONSTRAINT CK_one CHECK (span.a > 1)) -->
 INSERT span VALUES (1, 2) --> Msg 547, Level 16, State 0, Line 1: The INSERT statement conflicted with the CHECK constraint "CK_one". The conflict occurred in database "master", table "dbo.span", column 'a'. (3621)
@@ -198,7 +169,6 @@ CREATE TABLE endless (t nvarchar(max), x int) -->
 CREATE INDEX ix_endless ON endless (x) INCLUDE (t) -->
 CREATE INDEX ix_of_text ON endless (x, t) --> Msg 1919, Level 16, State 1, Line 1: Column 't' in table 'endless' is of a type that is invalid for use as a key column in an index.
 CREATE TABLE nd (a int DEFAULT nosuch(1)) --> Msg 195, Level 15, State 10, Line 1: 'nosuch' is not a recognized built-in function name.
-DECLARE @x int = 3 -->
 CREATE TABLE nd (a int DEFAULT (@x)) --> Msg 137, Level 15, State 2, Line 1: Must declare the scalar variable "@x".
 ALTER TABLE endless ADD CONSTRAINT ix_endless UNIQUE (x) --> Msg 1913, Level 16, State 1, Line 1: The operation failed because an index or statistics with name 'ix_endless' already exists on table 'dbo.endless'. (1750)
 ALTER TABLE endless ADD CONSTRAINT df_endless DEFAULT 1 --> Msg 102, Level 15, State 1, Line 1: Incorrect syntax near '1'.
@@ -229,8 +199,7 @@ ALTER TABLE filtered DROP COLUMN gone
 --> Msg 5074, Level 16, State 1, Line 1: The index 'ux_code' is dependent on column 'gone'.
 --> Msg 4922, Level 16, State 9, Line 1: ALTER TABLE DROP COLUMN gone failed because one or more objects access this column.
 CREATE TABLE of_filtered (code varchar(9) REFERENCES filtered (code)) --> Msg 1776, Level 16, State 0, Line 1: There are no primary or candidate keys in the referenced table 'filtered' that match the referencing column list in the foreign key 'FK__of_filter__71_72'. (1750)
-DROP INDEX ux_code ON filtered -->
-ALTER TABLE filtered DROP COLUMN gone -->
+DROP INDEX ux_code ON filtered ALTER TABLE filtered DROP COLUMN gone -->
 ALTER TABLE filtered ADD INDEX ix_more (code) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support ALTER TABLE ... ADD INDEX.
 DECLARE @t TABLE (a int, b bit, UNIQUE (a, b), INDEX ux_b UNIQUE (a) WHERE b = 1)
 INSERT @t VALUES (1, 0), (1, 1), (2, 1)

@@ -14,8 +14,7 @@ BEGIN
     FETCH NEXT FROM c INTO @id, @nm
 END
 PRINT CONVERT(varchar, @id) + ' stays'
-CLOSE c
-DEALLOCATE c --> (3 changed) --> -1 --> 2 two (1 changed) --> 3 (null) (1 changed) --> 3 stays
+CLOSE c DEALLOCATE c --> (3 changed) --> -1 --> 2 two (1 changed) --> 3 (null) (1 changed) --> 3 stays
 -- a global cursor outlives its batch; without INTO a row is a result set
 DECLARE g SCROLL CURSOR FOR SELECT id, nm FROM t ORDER BY id
 OPEN g -->
@@ -27,12 +26,10 @@ FETCH RELATIVE 2 FROM g
 FETCH NEXT FROM GLOBAL g
 SELECT @@FETCH_STATUS, @@CURSOR_ROWS, CURSOR_STATUS('global', 'g'), CURSOR_STATUS('global', 'none')
 FETCH FIRST FROM g
-CLOSE g
-OPEN g
-OPEN g
+CLOSE g OPEN g OPEN g
 --> id int = 1 | nm varchar(10)? = one (1 rows) --> id int = 3 | nm varchar(10)? = seen (1 rows) --> id int = 2 | nm varchar(10)? = seen (1 rows) --> id int = 1 | nm varchar(10)? = one (1 rows)
 --> id int = 3 | nm varchar(10)? = seen (1 rows) --> id int | nm varchar(10)? (0 rows) --> - int? = -1 | - int? = 3 | - smallint? = 1 | - smallint? = -3 (1 rows)
---> id int = 1 | nm varchar(10)? = one (1 rows) --> Msg 16905, Level 16, State 1, Line 11: The cursor is already open.
+--> id int = 1 | nm varchar(10)? = one (1 rows) --> Msg 16905, Level 16, State 1, Line 9: The cursor is already open.
 FETCH g INTO @nothing --> Msg 137, Level 15, State 1, Line 1: Must declare the scalar variable "@nothing".
 DECLARE @a int
 FETCH g INTO @a
@@ -62,11 +59,7 @@ BEGIN
     DECLARE inner_c CURSOR LOCAL FOR SELECT id FROM t WHERE id > @x ORDER BY id
     OPEN inner_c
     FETCH inner_c INTO @y
-    WHILE @@FETCH_STATUS = 0
-    BEGIN
-        PRINT STR(@x, 1) + '-' + STR(@y, 1)
-        FETCH inner_c INTO @y
-    END
+    WHILE @@FETCH_STATUS = 0 BEGIN PRINT STR(@x, 1) + '-' + STR(@y, 1) FETCH inner_c INTO @y END
     DEALLOCATE inner_c
     FETCH outer_c INTO @x
 END -->
@@ -79,9 +72,7 @@ DECLARE f CURSOR LOCAL FOR SELECT id FROM t
 OPEN f
 FETCH f INTO @d --> Msg 16922, Level 16, State 1, Line 4: Cursor Fetch: Implicit conversion from data type int to date is not allowed.
 DECLARE e CURSOR LOCAL FOR SELECT id, nm FROM t WHERE id > 5
-OPEN e
-FETCH e
-PRINT CURSOR_STATUS('local', 'e') --> id int | nm varchar(10)? (0 rows) --> 0
+OPEN e FETCH e PRINT CURSOR_STATUS('local', 'e') --> id int | nm varchar(10)? (0 rows) --> 0
 -- not supported
 DECLARE u CURSOR FOR SELECT id FROM t FOR UPDATE OF nm --> Msg 50000, Level 16, State 1, Line 2: tsqlbox does not support FOR UPDATE.
 DECLARE u CURSOR DYNAMIC FOR SELECT id FROM t --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support DYNAMIC cursors.

@@ -67,22 +67,16 @@ DECLARE @s int = 9 EXEC @s = empty_status PRINT @s --> Msg 282, Level 10, State 
 -- a statement that is not supported ends its batch; an empty procedure is valid
 WHILE 1 = 1 EXEC sp_helptext 'x', 'column' --> Msg 50000, Level 16, State 1, Line 2: tsqlbox does not support sp_helptext with a column.
 CREATE PROCEDURE nothing AS -->
-DECLARE @r int
-EXEC @r = nothing
-SELECT @r r --> r int? = 0
-SET NOCOUNT ON
-SET XACT_ABORT ON
+DECLARE @r int EXEC @r = nothing SELECT @r r --> r int? = 0
+SET NOCOUNT, XACT_ABORT ON
 SELECT @@OPTIONS o
-SET NOCOUNT OFF
-SET XACT_ABORT OFF --> o int? = 22392
-SELECT @@OPTIONS o --> o int? = 5496 (1 rows)
-CREATE TABLE counted (id int IDENTITY, name sysname, other sysname NULL)
-INSERT counted (name) VALUES ('a') --> (1 changed)
+SET NOCOUNT, XACT_ABORT OFF
+SELECT @@OPTIONS o --> o int? = 22392 --> o int? = 5496 (1 rows)
+CREATE TABLE counted (id int IDENTITY, name sysname, other sysname NULL) INSERT counted (name) VALUES ('a') --> (1 changed)
 SELECT SCOPE_IDENTITY() s --> s decimal(38,0)? = 1 (1 rows)
 INSERT counted (name) VALUES (NULL) --> Msg 515, Level 16, State 2, Line 1: Cannot insert the value NULL into column 'name', table 'master.dbo.counted'; column does not allow nulls. INSERT fails. (3621)
 SELECT CAST(0x8041 AS varchar(9)) a, CAST('€A' AS varbinary(9)) b, CAST(CHAR(128) AS varbinary(9)) c, ASCII('€') d --> a varchar(9)? = €A | b varbinary(9)? = 0x8041 | c varbinary(9)? = 0x80 | d int? = 128 (1 rows)
-SELECT 1 WHERE 'a[b' LIKE 'a[b' OR 'a' LIKE '[a' OR 'a[' LIKE '%[' --> - int (0 rows)
-SELECT 1 n WHERE 'a[b' LIKE 'a[[]b' --> n int = 1 (1 rows)
+SELECT 1 n WHERE 'a[b' LIKE 'a[[]b' AND NOT ('a[b' LIKE 'a[b' OR 'a' LIKE '[a' OR 'a[' LIKE '%[') --> n int = 1 (1 rows)
 CREATE TABLE looked (id int)
 SET PARSEONLY ON -->
 INSERT looked VALUES (1) SELECT nothing FROM looked PRINT 'x' -->
@@ -90,9 +84,7 @@ INSERT looked VALUES (1) SELECT FROM looked --> Msg 156, Level 15, State 1, Line
 SET PARSEONLY OFF SET NOEXEC ON INSERT looked VALUES (2) -->
 INSERT looked VALUES (1) SELECT nothing FROM looked --> Msg 207, Level 16, State 1, Line 1: Invalid column name 'nothing'.
 DECLARE @n int = 1 INSERT looked VALUES (@n) PRINT 'x' -->
-SET NOEXEC OFF
-SELECT COUNT(*) FROM looked --> - int? = 0 (1 rows)
-DROP TABLE looked -->
+SET NOEXEC OFF SELECT COUNT(*) FROM looked DROP TABLE looked --> - int? = 0 (1 rows)
 DECLARE @i int = 0
 again: SET @i += 1
 IF @i < 3 GOTO again
@@ -103,39 +95,28 @@ WHILE 1 = 1 BEGIN
 END
 out:
 PRINT @i
-BEGIN TRY
-  SELECT 1/0
-END TRY BEGIN CATCH
-  PRINT ERROR_NUMBER()
-  GOTO Finish
-END CATCH
+BEGIN TRY SELECT 1/0 END TRY
+BEGIN CATCH PRINT ERROR_NUMBER() GOTO Finish END CATCH
 PRINT 'not reached'
 [finish]: PRINT 'end' --> 3 --> 5 --> - int? (0 rows) --> 8134 --> end
 CREATE PROCEDURE GotoSteps @n int AS
 BEGIN
   IF @n > 1 GOTO Failed
   DECLARE @none int SELECT @none = COUNT(*) FROM sys.tables
-  Last:
-  RETURN
-  Failed:
-  RETURN 1
+  Last: RETURN
+  Failed: RETURN 1
 END -->
-DECLARE @r int
-EXEC @r = GotoSteps 2
-PRINT @r
-EXEC @r = GotoSteps 1
-PRINT @r --> 1 --> 0
+DECLARE @a int, @b int
+EXEC @a = GotoSteps 2
+EXEC @b = GotoSteps 1
+SELECT @a, @b --> - int? = 1 | - int? = 0 (1 rows)
 GOTO nowhere --> Msg 133, Level 15, State 1, Line 1: A GOTO statement references the label 'nowhere' but the label has not been declared.
 a: PRINT 1
 A: PRINT 2 --> Msg 132, Level 15, State 1, Line 2: The label 'A' has already been declared. Label names must be unique within a query batch or stored procedure.
 GOTO inside
-IF 1 = 1 BEGIN
- inside: PRINT 'x'
-END --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support GOTO into a block.
+IF 1 = 1 BEGIN inside: PRINT 'x' END --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support GOTO into a block.
 GOTO inside;
-BEGIN
- PRINT 'skipped'
-END
+BEGIN PRINT 'skipped' END
 inside: -->
 EXEC ('GOTO x; x: PRINT ''dynamic''') --> dynamic
 CREATE FUNCTION GotoTwice(@n int) RETURNS int AS BEGIN

@@ -5,9 +5,7 @@ SELECT * FROM Steps
 SELECT SCOPE_IDENTITY(), @@IDENTITY, IDENT_CURRENT('Steps'), IDENT_SEED('Steps'), IDENT_INCR('Steps')
 --> (2 changed) (2 changed) --> id int* | w varchar(5)? = 10 | a; 15 | b; 20 | a2; 25 | b2 (4 rows)
 --> - decimal(38,0)? = 25 | - decimal(38,0)? = 25 | - decimal(38,0)? = 25 | - decimal(38,0)? = 10 | - decimal(38,0)? = 5 (1 rows)
-SET IDENTITY_INSERT Steps ON
-INSERT Steps (id, w) VALUES (52, 'x'), (3, 'y')
-SET IDENTITY_INSERT Steps OFF
+SET IDENTITY_INSERT Steps ON INSERT Steps (id, w) VALUES (52, 'x'), (3, 'y') SET IDENTITY_INSERT Steps OFF
 INSERT Steps DEFAULT VALUES
 INSERT Steps (w) OUTPUT inserted.id VALUES ('z')
 SELECT name, seed_value, increment_value FROM sys.identity_columns --> (2 changed) (1 changed) --> id int* = 62 (1 rows) --> name nvarchar(128)? = id | seed_value bigint? = 10 | increment_value bigint? = 5 (1 rows)
@@ -32,9 +30,7 @@ INSERT Down VALUES ('a'), ('b')
 INSERT Down VALUES ('c')
 SELECT * FROM Down ORDER BY id
 SELECT SCOPE_IDENTITY(), IDENT_CURRENT('Down'), IDENT_INCR('Down')
-SET IDENTITY_INSERT Down ON
-INSERT Down (w, id) VALUES ('x', -10), ('y', 100)
-SET IDENTITY_INSERT Down OFF
+SET IDENTITY_INSERT Down ON INSERT Down (w, id) VALUES ('x', -10), ('y', 100) SET IDENTITY_INSERT Down OFF
 INSERT Down VALUES ('d')
 SELECT * FROM Down ORDER BY id
 DBCC CHECKIDENT (Down, NORESEED)
@@ -43,12 +39,9 @@ INSERT Down VALUES ('e')
 SELECT MIN(id) FROM Down
 --> (2 changed) (1 changed) --> w varchar(5)? | id smallint* = c | -3; b | -2; a | -1 (3 rows)
 --> - decimal(38,0)? = -3 | - decimal(38,0)? = -3 | - decimal(38,0)? = -1 (1 rows) (2 changed) (1 changed) --> w varchar(5)? | id smallint* = d | -11; x | -10; c | -3; b | -2; a | -1; y | 100 (6 rows)
---> Msg 7998, Level 0, State 1, Line 11: Checking identity information: current identity value '-11', current column value '-11'. (2528)
---> Msg 7998, Level 0, State 1, Line 12: Checking identity information: current identity value '-11'. (2528) (1 changed) --> - smallint? = -21 (1 rows)
+--> Msg 7998, Level 0, State 1, Line 9: Checking identity information: current identity value '-11', current column value '-11'. (2528)
+--> Msg 7998, Level 0, State 1, Line 10: Checking identity information: current identity value '-11'. (2528) (1 changed) --> - smallint? = -21 (1 rows)
 CREATE TABLE Bad (id int IDENTITY(1, 0)) --> Msg 2753, Level 16, State 1, Line 1: Identity column 'id' contains invalid INCREMENT.
-CREATE TABLE Small (id tinyint IDENTITY(200, 50), a int)
-INSERT Small VALUES (1), (2) --> (2 changed)
-INSERT Small VALUES (3) --> Msg 8115, Level 16, State 1, Line 1: Arithmetic overflow error converting IDENTITY to data type tinyint. (3621)
 DECLARE @t TABLE (id int IDENTITY(100, -10), w char(1))
 INSERT @t VALUES ('a'), ('b')
 SELECT * FROM @t
@@ -79,11 +72,8 @@ DELETE Plain WHERE w = 'b'
 ALTER TABLE Plain ADD id int IDENTITY(100, 10) CONSTRAINT PK_Plain PRIMARY KEY
 INSERT Plain VALUES ('d', 4)
 SELECT * FROM Plain
-SELECT IDENT_CURRENT('Plain'), COLUMNPROPERTY(OBJECT_ID('Plain'), 'id', 'IsIdentity')
 UPDATE Plain SET n = n * 10 WHERE id = 110
-SELECT n FROM Plain WHERE w = 'c'
---> (3 changed) (1 changed) (1 changed) --> w varchar(5)? | n int? | id int* = a | 1 | 100; c | 3 | 110; d | 4 | 120 (3 rows) --> - decimal(38,0)? = 120 | - int? = 1 (1 rows) (1 changed)
---> n int? = 30 (1 rows)
+SELECT n, IDENT_CURRENT('Plain'), COLUMNPROPERTY(OBJECT_ID('Plain'), 'id', 'IsIdentity') FROM Plain WHERE w = 'c' --> (3 changed) (1 changed) (1 changed) --> w varchar(5)? | n int? | id int* = a | 1 | 100; c | 3 | 110; d | 4 | 120 (3 rows) (1 changed) --> n int? = 30 | - decimal(38,0)? = 120 | - int? = 1 (1 rows)
 INSERT Plain VALUES ('d', 4) --> Msg 2627, Level 14, State 1, Line 1: Violation of UNIQUE KEY constraint 'UQ_w'. Cannot insert duplicate key in object 'dbo.Plain'. The duplicate key value is (d). (3621)
 ALTER TABLE Plain ADD other int IDENTITY --> Msg 2744, Level 16, State 1, Line 1: Multiple identity columns specified for table 'Plain'. Only one identity column per table is allowed.
 CREATE TABLE Empty (a int)
@@ -96,17 +86,13 @@ INSERT @t VALUES ('a'), ('b')
 ROLLBACK
 INSERT @t VALUES ('c')
 SELECT * FROM @t --> (2 changed) (1 changed) --> id int* | w char(1)? = 10 | a; 20 | b; 30 | c (3 rows)
-CREATE TABLE Ends (id tinyint IDENTITY(254, 1), w varchar(5))
-INSERT Ends VALUES ('a'), ('b') --> (2 changed)
-INSERT Ends VALUES ('c') --> Msg 8115, Level 16, State 1, Line 1: Arithmetic overflow error converting IDENTITY to data type tinyint. (3621)
+CREATE TABLE Small (id tinyint IDENTITY(200, 50), a int) INSERT Small VALUES (1), (2) INSERT Small VALUES (3) --> (2 changed) --> Msg 8115, Level 16, State 1, Line 1: Arithmetic overflow error converting IDENTITY to data type tinyint. (3621)
+CREATE TABLE Ends (id tinyint IDENTITY(254, 1), w varchar(5)) INSERT Ends VALUES ('a'), ('b') INSERT Ends VALUES ('c') --> (2 changed) --> Msg 8115, Level 16, State 1, Line 1: Arithmetic overflow error converting IDENTITY to data type tinyint. (3621)
 SELECT IDENT_CURRENT('Ends'), SCOPE_IDENTITY(), COUNT(*) FROM Ends --> - decimal(38,0)? = 255 | - decimal(38,0)? = 255 | - int? = 2 (1 rows)
 SELECT IDENTITY(tinyint, 255, 1) AS i INTO CopiedEnds FROM Ends --> Msg 8115, Level 16, State 1, Line 1: Arithmetic overflow error converting IDENTITY to data type tinyint. (3621)
-CREATE TABLE Later (w int)
-INSERT Later VALUES (1), (2) --> (2 changed)
+CREATE TABLE Later (w int) INSERT Later VALUES (1), (2) --> (2 changed)
 ALTER TABLE Later ADD id tinyint IDENTITY(255, 1) --> Msg 8115, Level 16, State 1, Line 1: Arithmetic overflow error converting IDENTITY to data type tinyint.
-CREATE TABLE Widest (id bigint IDENTITY(9223372036854775807, 1), w varchar(5))
-INSERT Widest VALUES ('a') --> (1 changed)
-INSERT Widest VALUES ('b') --> Msg 8115, Level 16, State 1, Line 1: Arithmetic overflow error converting IDENTITY to data type bigint. (3621)
+CREATE TABLE Widest (id bigint IDENTITY(9223372036854775807, 1), w varchar(5)) INSERT Widest VALUES ('a') INSERT Widest VALUES ('b') --> (1 changed) --> Msg 8115, Level 16, State 1, Line 1: Arithmetic overflow error converting IDENTITY to data type bigint. (3621)
 -- the setting may change before a statement runs
 CREATE TABLE Chosen (id int IDENTITY(1,1), w int) SET IDENTITY_INSERT Chosen ON -->
 INSERT Chosen VALUES (1)

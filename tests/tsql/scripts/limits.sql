@@ -11,8 +11,7 @@ DECLARE @s nvarchar(max) = N'CREATE TABLE ' + REPLICATE(N'x', 128) + N' (i int)'
 SELECT LEN(name) FROM sys.tables --> - int? = 128 (1 rows)
 DECLARE @s nvarchar(max) = N'SELECT 1 AS ' + REPLICATE(N'x', 129) EXEC (@s) --> Msg 103, Level 15, State 1, Line 1: The identifier that starts with 'xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx' is too long. Maximum length is 128.
 -- messages
-RAISERROR(12999, 16, 1) --> Msg 2732, Level 16, State 1, Line 2: Error number 12999 is invalid. The number must be from 13000 through 2147483647 and it cannot be 50000.
-RAISERROR('state', 16, 256) --> Msg 50000, Level 16, State 255, Line 1: state
+RAISERROR('state', 16, 256) --> Msg 50000, Level 16, State 255, Line 2: state
 RAISERROR('logged', 19, 1) WITH LOG PRINT 'continues' --> Msg 50000, Level 19, State 1, Line 1: logged --> continues
 -- nesting
 CREATE PROCEDURE down @n int AS IF @n = 1 PRINT @@NESTLEVEL ELSE BEGIN SET @n -= 1 EXEC down @n END --> Msg 2007, Level 0, State 1, Line 2, Procedure down: The module 'down' depends on the missing object 'down'. The module will still be created; however, it cannot run successfully until the object exists.

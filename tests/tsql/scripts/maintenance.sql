@@ -17,8 +17,7 @@ DBCC CHECKIDENT (item, RESEED, 0) WITH NO_INFOMSGS
 INSERT item (code) VALUES ('h')
 SELECT id FROM item
 COMMIT --> (4 changed) (1 changed) --> id int* = 1 (1 rows)
-INSERT item (code) VALUES ('i')
-SELECT IDENT_CURRENT('item') AS last --> (1 changed) --> last decimal(38,0)? = 2 (1 rows)
+INSERT item (code) VALUES ('i') SELECT IDENT_CURRENT('item') AS last --> (1 changed) --> last decimal(38,0)? = 2 (1 rows)
 DECLARE @seed int
 DBCC CHECKIDENT (item, RESEED, @seed)
 DBCC CHECKIDENT (item, RESEED, 3000000000)

@@ -13,27 +13,20 @@ PRINT @@ERROR
 RAISERROR('negative', -5, -1)
 RAISERROR('negative', 11, -1)
 RAISERROR(13000, 16, 1)
-DECLARE @m varchar(max)
-SET @m = REPLICATE(CONVERT(varchar(max), 'x'), 9000)
-SET @m = @m + 'y'
-DECLARE @n nvarchar(max)
-SET @n = @m
+DECLARE @m varchar(max) = REPLICATE(CONVERT(varchar(max), 'x'), 9000) + 'y'
 BEGIN TRY RAISERROR(@m, 16, 1) END TRY BEGIN CATCH PRINT RIGHT(ERROR_MESSAGE(), 5) + STR(LEN(ERROR_MESSAGE())) END CATCH
-PRINT 'PRINT cuts at 8000'
-IF 1 = 0 PRINT @m
 --> 1|-2|3|ff|FF|10|9|   10|11   |00012|+13|text|% -->     42|left      |cu|0xff --> (null)|(null) --> too few 1 (null) --> Msg 2787, Level 16, State 1, Line 5: Invalid format specification: '%z'.
 --> Msg 2786, Level 16, State 1, Line 6: The data type of substitution parameter 1 does not match the expected type of the format specification.
 --> Msg 2786, Level 16, State 1, Line 7: The data type of substitution parameter 1 does not match the expected type of the format specification. --> goes on --> now
 --> Msg 50000, Level 18, State 255, Line 10: severe --> error is set --> 50000 --> negative --> Msg 50000, Level 11, State 1, Line 14: negative
 --> Msg 18054, Level 16, State 1, Line 15: Error 13000, severity 16, state 1 was raised, but no message with that error number was found in sys.messages. If error is larger than 50000, make sure the user-defined message is added using sp_addmessage.
---> xx...      2047 --> PRINT cuts at 8000
+--> xx...      2047
 BEGIN TRY
     RAISERROR('caught %d', 11, 7, 5)
 END TRY
 BEGIN CATCH
     SELECT ERROR_NUMBER(), ERROR_SEVERITY(), ERROR_STATE(), ERROR_LINE(), ERROR_MESSAGE()
-    BEGIN TRY SELECT 1 / 0 END TRY
-    BEGIN CATCH PRINT ERROR_MESSAGE() END CATCH
+    BEGIN TRY SELECT 1 / 0 END TRY BEGIN CATCH PRINT ERROR_MESSAGE() END CATCH
     PRINT ERROR_MESSAGE()
 END CATCH
 PRINT ISNULL(ERROR_MESSAGE(), 'none') --> - int? = 50000 | - int? = 11 | - int? = 7 | - int? = 2 | - nvarchar(4000)? = caught 5 (1 rows) --> - int? (0 rows) --> Divide by zero error encountered. --> caught 5 --> none

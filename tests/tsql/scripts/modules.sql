@@ -67,8 +67,7 @@ PRINT 'not reached' UPDATE checked SET nosuch = 1 --> Msg 207, Level 16, State 1
 ALTER TABLE checked ADD b int UPDATE checked SET b = 1 --> Msg 207, Level 16, State 1, Line 1: Invalid column name 'b'.
 INSERT checked VALUES (1, 1) --> Msg 8101, Level 16, State 1, Line 1: An explicit value for the identity column in table 'checked' can only be specified when a column list is used and IDENTITY_INSERT is ON.
 CREATE TABLE #checked (a int) -->
-CREATE TABLE #checked (b int)
-PRINT 'not reached' --> Msg 2714, Level 16, State 6, Line 1: There is already an object named '#checked' in the database.
+CREATE TABLE #checked (b int) PRINT 'not reached' --> Msg 2714, Level 16, State 6, Line 1: There is already an object named '#checked' in the database.
 BEGIN TRAN
 ALTER TABLE checked DROP COLUMN nosuch
 PRINT 'not reached' --> Msg 4924, Level 16, State 1, Line 2: ALTER TABLE DROP COLUMN failed because column 'nosuch' does not exist in table 'checked'.

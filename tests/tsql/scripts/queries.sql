@@ -1,7 +1,5 @@
-CREATE TABLE a (id int PRIMARY KEY, g varchar(10), n int NULL) -->
-INSERT a VALUES (1,'x',10),(2,'x',NULL),(3,'Y',30),(4,'y',5) --> (4 changed)
-CREATE TABLE b (id int, aid int, t varchar(20)) -->
-INSERT b SELECT 10+id, id, 'b' + CONVERT(varchar, id) FROM a WHERE id < 3 --> (2 changed)
+CREATE TABLE a (id int PRIMARY KEY, g varchar(10), n int NULL) INSERT a VALUES (1,'x',10),(2,'x',NULL),(3,'Y',30),(4,'y',5) --> (4 changed)
+CREATE TABLE b (id int, aid int, t varchar(20)) INSERT b SELECT 10+id, id, 'b' + CONVERT(varchar, id) FROM a WHERE id < 3 --> (2 changed)
 -- GROUP BY ignores case and rejects columns outside of it
 SELECT g, COUNT(*) c, SUM(n) s, AVG(n) av FROM a GROUP BY g HAVING COUNT(*) > 1 ORDER BY g --> g varchar(10)? | c int? | s int? | av int? = x | 2 | 10 | 10; Y | 2 | 35 | 17 (8153, Line 2) (2 rows)
 SELECT UPPER(g), COUNT(n) FROM a GROUP BY UPPER(g) ORDER BY 2 DESC --> - varchar(10)? | - int? = Y | 2; X | 1 (8153, Line 1) (2 rows)
@@ -46,8 +44,7 @@ SELECT 'none' AS how, 1 AS n FROM a WHERE 1 = 0 HAVING COUNT(*) = 0 ORDER BY n -
 SELECT 1 WHERE EXISTS (SELECT 1 FROM a HAVING COUNT(*) > 1000) --> - int (0 rows)
 SELECT SUM(id) FROM a HAVING 1 = 1 --> - int? = 10 (1 rows)
 -- rows assign variables one after the other, in order; money literals
-CREATE TABLE piece (id int, n varchar(10), m money) -->
-INSERT piece VALUES (3, 'c', $1.5), (1, 'a', $20), (2, 'b', -$.25) --> (3 changed)
+CREATE TABLE piece (id int, n varchar(10), m money) INSERT piece VALUES (3, 'c', $1.5), (1, 'a', $20), (2, 'b', -$.25) --> (3 changed)
 DECLARE @l varchar(100) = '', @s int = 0, @x varchar(10), @i int = 0, @c varchar(100)
 SELECT @l = @l + n + ',', @s += id FROM piece ORDER BY id
 SELECT @c = COALESCE(@c + ', ', '') + QUOTENAME(n) FROM piece p WHERE id > 1 ORDER BY p.n DESC
@@ -56,16 +53,13 @@ SELECT @l = ''
 SELECT TOP (2) @l = @l + a.n + b.n + ' ', @i = @i + 1, @x = (SELECT MAX(n) FROM piece q WHERE q.id <= a.id) FROM piece a JOIN piece b ON a.id < b.id ORDER BY a.id, b.id DESC
 SELECT @l, @i, @x, @@ROWCOUNT --> - varchar(100)? = a,b,c, | - int? = 6 | - varchar(100)? = [c], [b] (1 rows) --> - varchar(100)? = ac ab  | - int? = 2 | - varchar(10)? = a | - int? = 2 (1 rows)
 SELECT $5 a, $1.23456 b, -$2 c, $1 + 1 d, 2 * $1.10 e --> a money = 5.0000 | b money = 1.2346 | c money = -2.0000 | d money? = 2.0000 | e money? = 2.2000 (1 rows)
-DECLARE @a int
-SELECT @a = id, n FROM piece --> Msg 141, Level 15, State 1, Line 2: A SELECT statement that assigns a value to a variable must not be combined with data-retrieval operations.
-DECLARE @a int, @b int
-SELECT @a = (SELECT @b = 1) --> Msg 141, Level 15, State 1, Line 2: A SELECT statement that assigns a value to a variable must not be combined with data-retrieval operations.
+DECLARE @a int SELECT @a = id, n FROM piece --> Msg 141, Level 15, State 1, Line 1: A SELECT statement that assigns a value to a variable must not be combined with data-retrieval operations.
+DECLARE @a int, @b int SELECT @a = (SELECT @b = 1) --> Msg 141, Level 15, State 1, Line 1: A SELECT statement that assigns a value to a variable must not be combined with data-retrieval operations.
 -- TOP takes a number, or an integer expression without columns in brackets; a backslash at the end continues a line
 SELECT TOP (SELECT 1 + 1) i, 'a\
 b\' FROM (VALUES (1), (2), (3)) v (i) ORDER BY i --> i int | - varchar(3) = 1 | ab\; 2 | ab\ (2 rows)
 SELECT TOP 1.5 i FROM (VALUES (1)) v (i) --> Msg 1060, Level 15, State 1, Line 1: The number of rows provided for a TOP or FETCH clauses row count parameter must be an integer.
 SELECT TOP (i) i FROM (VALUES (1)) v (i) --> Msg 207, Level 16, State 1, Line 1: Invalid column name 'i'.
-DECLARE @n int -->
 SELECT TOP @n 1 --> Msg 102, Level 15, State 1, Line 1: Incorrect syntax near '@n'.
 DELETE TOP 1 FROM t --> Msg 102, Level 15, State 1, Line 1: Incorrect syntax near '1'.
 -- a common table sees those before it, and names are unique

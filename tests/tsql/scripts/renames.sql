@@ -30,8 +30,7 @@ EXEC sp_rename 'dbo.Owner.code', 'letter', 'COLUMN'
 EXEC sp_rename 'Owner.id', 'number', 'column'
 EXEC sp_rename 'child.parent_id', 'owner_id'
 EXEC sp_rename 'child.twice', 'doubled', 'COLUMN' --> (15477, Line 2) (15477, Line 3) (15477, Line 4) (15477, Line 5)
-INSERT Owner (letter) VALUES ('d')
-SELECT number, letter FROM Owner WHERE letter = 'd'
+INSERT Owner (letter) OUTPUT inserted.* VALUES ('d')
 INSERT child (id, owner_id, code, size) VALUES (3, 5, 'x', 1)
 INSERT child (id, owner_id, code, size) VALUES (3, 5, 'd', 4)
 SELECT id, owner_id, doubled FROM child ORDER BY id
@@ -42,26 +41,23 @@ DELETE Owner WHERE number = 10
 SELECT COUNT(*) FROM child
 ALTER TABLE child ADD extra int NULL
 UPDATE child SET code = 'y'
---> (1 changed) --> number int* = 25 | letter nvarchar(10)? = d (1 rows)
---> Msg 547, Level 16, State 0, Line 3: The INSERT statement conflicted with the FOREIGN KEY constraint "fk_code". The conflict occurred in database "renamed", table "dbo.Owner", column 'letter'. (3621) (1 changed)
+--> number int* = 25 | letter nvarchar(10)? = d | amount int? = 3 (1 rows)
+--> Msg 547, Level 16, State 0, Line 2: The INSERT statement conflicted with the FOREIGN KEY constraint "fk_code". The conflict occurred in database "renamed", table "dbo.Owner", column 'letter'. (3621) (1 changed)
 --> id int | owner_id int? | doubled int? = 1 | 5 | 2; 2 | 10 | 4; 3 | 5 | 8 (3 rows)
---> Msg 2627, Level 14, State 1, Line 6: Violation of UNIQUE KEY constraint 'uq_code'. Cannot insert duplicate key in object 'dbo.Owner'. The duplicate key value is (d). (3621)
+--> Msg 2627, Level 14, State 1, Line 5: Violation of UNIQUE KEY constraint 'uq_code'. Cannot insert duplicate key in object 'dbo.Owner'. The duplicate key value is (d). (3621)
 --> index_name nvarchar(128)? | index_description varchar(210)? | index_keys nvarchar(2078)? --> ix_parent | nonclustered located on PRIMARY | owner_id(-)
 --> pk_child | clustered, unique, primary key located on PRIMARY | id --> ux_code | nonclustered, unique located on PRIMARY | code (3 rows)
 --> index_name nvarchar(128)? | index_description varchar(210)? | index_keys nvarchar(2078)? --> pk_parent | clustered, unique, primary key located on PRIMARY | number
 --> uq_code | nonclustered, unique, unique key located on PRIMARY | letter (2 rows) (1 changed) --> - int? = 2 (1 rows)
---> Msg 547, Level 16, State 0, Line 12: The UPDATE statement conflicted with the FOREIGN KEY constraint "fk_code". The conflict occurred in database "renamed", table "dbo.Owner", column 'letter'. (3621)
+--> Msg 547, Level 16, State 0, Line 11: The UPDATE statement conflicted with the FOREIGN KEY constraint "fk_code". The conflict occurred in database "renamed", table "dbo.Owner", column 'letter'. (3621)
 -- what an expression names
 EXEC sp_rename 'child.size', 'length', 'COLUMN'
-ALTER TABLE child DROP COLUMN doubled
-EXEC sp_rename 'child.size', 'length', 'COLUMN'
-ALTER TABLE child DROP CONSTRAINT ck_size
-EXEC sp_rename 'child.size', 'length', 'COLUMN'
-DROP INDEX ux_code ON child
-EXEC sp_rename 'child.size', 'length', 'COLUMN'
+ALTER TABLE child DROP COLUMN doubled EXEC sp_rename 'child.size', 'length', 'COLUMN'
+ALTER TABLE child DROP CONSTRAINT ck_size EXEC sp_rename 'child.size', 'length', 'COLUMN'
+DROP INDEX ux_code ON child EXEC sp_rename 'child.size', 'length', 'COLUMN'
 --> Msg 15336, Level 16, State 1, Line 2: Object 'dbo.child.size' cannot be renamed because the object participates in enforced dependencies.
---> Msg 15336, Level 16, State 1, Line 4: Object 'dbo.child.size' cannot be renamed because the object participates in enforced dependencies.
---> Msg 15336, Level 16, State 1, Line 6: Object 'dbo.child.size' cannot be renamed because the object participates in enforced dependencies. (15477, Line 8)
+--> Msg 15336, Level 16, State 1, Line 3: Object 'dbo.child.size' cannot be renamed because the object participates in enforced dependencies.
+--> Msg 15336, Level 16, State 1, Line 4: Object 'dbo.child.size' cannot be renamed because the object participates in enforced dependencies. (15477, Line 5)
 -- constraints and indexes
 ALTER TABLE child ADD CONSTRAINT ck_length CHECK (length < 100)
 EXEC sp_rename 'ck_length', 'ck_short'
@@ -165,5 +161,4 @@ EXEC sp_rename 'renamed', 'x', 'DATABASE' --> Msg 50000, Level 16, State 1, Line
 CREATE TABLE #t (a int) EXEC sp_rename '#t.a', 'b', 'COLUMN' --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support sp_rename of a temporary table.
 CREATE SEQUENCE counted EXEC sp_rename 'counted', 'x' --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support sp_rename of a function or sequence.
 EXEC sp_rename 'Child', '#x' --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support sp_rename of a temporary table.
-USE master
-DROP DATABASE renamed --> USE master --> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'master'.
+USE master DROP DATABASE renamed --> USE master --> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'master'.

@@ -29,7 +29,6 @@ SELECT dbo.item.id FROM sales.item --> Msg 4104, Level 16, State 1, Line 1: The 
 SELECT sales.i.id FROM sales.item i --> Msg 4104, Level 16, State 1, Line 1: The multi-part identifier "sales.i.id" could not be bound.
 SELECT id FROM sales.item, sales.item --> Msg 1013, Level 16, State 1, Line 1: The objects "item" and "item" in the FROM clause have the same exposed names. Use correlation names to distinguish them.
 INSERT sales.item (code) VALUES ('A ') --> Msg 2601, Level 14, State 1, Line 1: Cannot insert duplicate key row in object 'sales.item' with unique index 'ix_n'. The duplicate key value is (1). (3621)
-INSERT sales.item (code, n) VALUES ('c', 2) --> Msg 2601, Level 14, State 1, Line 1: Cannot insert duplicate key row in object 'sales.item' with unique index 'ix_n'. The duplicate key value is (2). (3621)
 INSERT sales.item (code, n) VALUES ('d', -1) --> Msg 547, Level 16, State 0, Line 1: The INSERT statement conflicted with the CHECK constraint "CK_n". The conflict occurred in database "shop", table "sales.item", column 'n'. (3621)
 INSERT sales.item (code, n) VALUES (NULL, 9) --> Msg 515, Level 16, State 2, Line 1: Cannot insert the value NULL into column 'code', table 'shop.sales.item'; column does not allow nulls. INSERT fails. (3621)
 INSERT sales.item (id, code, n) VALUES (1, 'x', 9) --> Msg 544, Level 16, State 1, Line 1: Cannot insert explicit value for identity column in table 'item' when IDENTITY_INSERT is set to OFF.
@@ -100,25 +99,26 @@ EXEC sp_helptext 'sales.v'
 EXEC sp_helpindex 'sales.item'
 --> Text nvarchar(255)? = CREATE VIEW sales.v AS SELECT id, code FROM item -->  (1 rows) --> index_name nvarchar(128)? | index_description varchar(210)? | index_keys nvarchar(2078)?
 --> PK_item | clustered, unique, primary key located on PRIMARY | id --> UQ_code | nonclustered, unique, unique key located on PRIMARY | code (2 rows)
-SELECT name, schema_id FROM sys.schemas ORDER BY 2
+SELECT name, schema_id, SCHEMA_ID(name) AS id FROM sys.schemas ORDER BY 2
 SELECT SCHEMA_NAME(schema_id) AS s, name, type FROM sys.objects ORDER BY 1, 2
 SELECT name, uid FROM sysobjects WHERE name = 'item' ORDER BY 2
-SELECT TABLE_SCHEMA, TABLE_NAME, TABLE_TYPE FROM INFORMATION_SCHEMA.TABLES ORDER BY 1, 2
+SELECT TABLE_CATALOG, TABLE_SCHEMA, TABLE_NAME, TABLE_TYPE FROM INFORMATION_SCHEMA.TABLES ORDER BY 2, 3
 SELECT CONSTRAINT_SCHEMA, CONSTRAINT_NAME, UNIQUE_CONSTRAINT_SCHEMA, UNIQUE_CONSTRAINT_NAME FROM INFORMATION_SCHEMA.REFERENTIAL_CONSTRAINTS ORDER BY 2
-SELECT SPECIFIC_SCHEMA, ROUTINE_NAME FROM INFORMATION_SCHEMA.ROUTINES WHERE ROUTINE_SCHEMA = 'sales' ORDER BY 2
+SELECT SPECIFIC_SCHEMA, ROUTINE_NAME, ROUTINE_TYPE FROM INFORMATION_SCHEMA.ROUTINES WHERE ROUTINE_SCHEMA = 'sales' ORDER BY 2
 SELECT SCHEMA_NAME, SCHEMA_OWNER FROM INFORMATION_SCHEMA.SCHEMATA ORDER BY 1
 SELECT OBJECT_SCHEMA_NAME(parent_object_id) + '.' + OBJECT_NAME(parent_object_id) AS child, name, OBJECT_SCHEMA_NAME(referenced_object_id) AS parent FROM sys.foreign_keys ORDER BY 2
 SELECT SCHEMA_ID('SALES') AS a, SCHEMA_ID('nowhere') AS b, SCHEMA_NAME(2) AS c, SCHEMA_NAME(99) AS d, SCHEMA_NAME() AS e, SCHEMA_ID() AS f
 SELECT COL_LENGTH('sales.item', 'code') AS a, OBJECT_ID('sales.') AS b, OBJECT_ID('nowhere.item') AS c, OBJECT_NAME(1) AS d, OBJECT_DEFINITION(OBJECT_ID('sales.v')) AS e, CASE WHEN OBJECT_ID('sales.item') <> OBJECT_ID('item') THEN 1 END AS f
---> name nvarchar(128)? | schema_id int? = dbo | 1; guest | 2; INFORMATION_SCHEMA | 3; sys | 4; sales | 5; Stock Room | 6 (6 rows) --> s nvarchar(128)? | name nvarchar(128)? | type char(2)?
---> dbo | helper | P --> dbo | item | U --> dbo | PK_item | PK --> dbo | plain | U --> dbo | v | V --> sales | codes | IF --> sales | DF_n | D --> sales | DF_note | D --> sales | helper | P
---> sales | item | U --> sales | list | P --> sales | PK_item | PK --> sales | price | FN --> sales | UQ_code | UQ --> sales | v | V --> sales | work | P --> Stock Room | FK_own | F
---> Stock Room | FK_plain | F --> Stock Room | FK_sales | F --> Stock Room | part | U --> Stock Room | PK_part | PK (21 rows) --> name nvarchar(128)? | uid smallint? = item | 1; item | 5 (2 rows)
---> TABLE_SCHEMA nvarchar(128)? | TABLE_NAME nvarchar(128)? | TABLE_TYPE varchar(10)? --> dbo | item | BASE TABLE --> dbo | plain | BASE TABLE --> dbo | v | VIEW --> sales | item | BASE TABLE
---> sales | v | VIEW --> Stock Room | part | BASE TABLE (6 rows)
+--> name nvarchar(128)? | schema_id int? | id int? = dbo | 1 | 1; guest | 2 | 2; INFORMATION_SCHEMA | 3 | 3; sys | 4 | 4; sales | 5 | 5; Stock Room | 6 | 6 (6 rows)
+--> s nvarchar(128)? | name nvarchar(128)? | type char(2)? --> dbo | helper | P --> dbo | item | U --> dbo | PK_item | PK --> dbo | plain | U --> dbo | v | V --> sales | codes | IF
+--> sales | DF_n | D --> sales | DF_note | D --> sales | helper | P --> sales | item | U --> sales | list | P --> sales | PK_item | PK --> sales | price | FN --> sales | UQ_code | UQ --> sales | v | V
+--> sales | work | P --> Stock Room | FK_own | F --> Stock Room | FK_plain | F --> Stock Room | FK_sales | F --> Stock Room | part | U --> Stock Room | PK_part | PK (21 rows)
+--> name nvarchar(128)? | uid smallint? = item | 1; item | 5 (2 rows) --> TABLE_CATALOG nvarchar(128)? | TABLE_SCHEMA nvarchar(128)? | TABLE_NAME nvarchar(128)? | TABLE_TYPE varchar(10)?
+--> shop | dbo | item | BASE TABLE --> shop | dbo | plain | BASE TABLE --> shop | dbo | v | VIEW --> shop | sales | item | BASE TABLE --> shop | sales | v | VIEW
+--> shop | Stock Room | part | BASE TABLE (6 rows)
 --> CONSTRAINT_SCHEMA nvarchar(128)? | CONSTRAINT_NAME nvarchar(128)? | UNIQUE_CONSTRAINT_SCHEMA nvarchar(128)? | UNIQUE_CONSTRAINT_NAME nvarchar(128)? --> Stock Room | FK_own | Stock Room | PK_part
---> Stock Room | FK_plain | dbo | PK_item --> Stock Room | FK_sales | sales | PK_item (3 rows)
---> SPECIFIC_SCHEMA nvarchar(128)? | ROUTINE_NAME nvarchar(128)? = sales | codes; sales | helper; sales | list; sales | price; sales | work (5 rows)
+--> Stock Room | FK_plain | dbo | PK_item --> Stock Room | FK_sales | sales | PK_item (3 rows) --> SPECIFIC_SCHEMA nvarchar(128)? | ROUTINE_NAME nvarchar(128)? | ROUTINE_TYPE nvarchar(20)?
+--> sales | codes | FUNCTION --> sales | helper | PROCEDURE --> sales | list | PROCEDURE --> sales | price | FUNCTION --> sales | work | PROCEDURE (5 rows)
 --> SCHEMA_NAME nvarchar(128)? | SCHEMA_OWNER nvarchar(128)? = dbo | dbo; guest | guest; INFORMATION_SCHEMA | INFORMATION_SCHEMA; sales | dbo; Stock Room | dbo; sys | sys (6 rows)
 --> child nvarchar(257)? | name nvarchar(128)? | parent nvarchar(128)? = Stock Room.part | FK_own | Stock Room; Stock Room.part | FK_plain | dbo; Stock Room.part | FK_sales | sales (3 rows)
 --> a int? = 5 | b int? = NULL | c nvarchar(128)? = guest | d nvarchar(128)? = NULL | e nvarchar(128)? = dbo | f int? = 1 (1 rows)

@@ -3,8 +3,7 @@ SELECT NEXT VALUE FOR dbo.Numbers AS n
 DECLARE @a int = NEXT VALUE FOR Numbers, @b int
 SET @b = NEXT VALUE FOR Numbers
 SELECT @a a, @b b, NEXT VALUE FOR Numbers c --> n int? = 5 (1 rows) --> a int? = 10 | b int? = 15 | c int? = 20 (1 rows)
-SELECT NEXT VALUE FOR Numbers
-SELECT @@ERROR
+SELECT NEXT VALUE FOR Numbers SELECT @@ERROR
 --> Msg 11728, Level 16, State 1, Line 1: The sequence object 'Numbers' has reached its minimum or maximum value. Restart the sequence object to allow new values to be generated.
 --> - int? = 11728 (1 rows)
 SELECT name, type, type_desc, start_value, increment, minimum_value, maximum_value, is_cycling, current_value, is_exhausted, system_type_id, precision FROM sys.sequences
@@ -48,16 +47,9 @@ CREATE FUNCTION dbo.taken() RETURNS int AS BEGIN RETURN NEXT VALUE FOR dbo.Numbe
 SELECT dbo.taken() --> Msg 11719, Level 15, State 1, Line 1: NEXT VALUE FOR function is not allowed in check constraints, default objects, computed columns, views, user-defined functions, user-defined aggregates, user-defined table types, sub-queries, common table expressions, derived tables or return statements.
 CREATE VIEW V AS SELECT NEXT VALUE FOR Numbers AS n --> Msg 11719, Level 15, State 1, Line 1, Procedure V: NEXT VALUE FOR function is not allowed in check constraints, default objects, computed columns, views, user-defined functions, user-defined aggregates, user-defined table types, sub-queries, common table expressions, derived tables or return statements.
 CREATE SEQUENCE Down AS tinyint INCREMENT BY -100
-SELECT NEXT VALUE FOR Down
-SELECT NEXT VALUE FOR Down
-SELECT NEXT VALUE FOR Down --> - tinyint? = 255 (1 rows) --> - tinyint? = 155 (1 rows) --> - tinyint? = 55 (1 rows)
+SELECT NEXT VALUE FOR Down FROM (VALUES (1), (2), (3)) v (i) --> - tinyint? = 255; 155; 55 (3 rows)
 SELECT NEXT VALUE FOR Down --> Msg 11728, Level 16, State 1, Line 1: The sequence object 'Down' has reached its minimum or maximum value. Restart the sequence object to allow new values to be generated.
-CREATE SEQUENCE [dbo].[Big] 
- AS [bigint]
- START WITH 1
- INCREMENT BY 1
- MINVALUE -9223372036854775808
- MAXVALUE 9223372036854775807
+CREATE SEQUENCE [dbo].[Big] AS [bigint] START WITH 1 INCREMENT BY 1 MINVALUE -9223372036854775808 MAXVALUE 9223372036854775807
  CACHE 50 -->
 SELECT NEXT VALUE FOR Big
 ALTER SEQUENCE Big INCREMENT BY 10 NO CACHE

@@ -65,8 +65,7 @@ SELECT * FROM fails()
 SELECT * FROM fails(1) --> a int? = 1 | b int? = 2 (1 rows) --> Msg 8144, Level 16, State 2, Line 2: Procedure or function dbo.fails has too many arguments specified.
 SELECT dbo.fails() --> Msg 4121, Level 16, State 1, Line 1: Cannot find either column "dbo" or the user-defined function or aggregate "dbo.fails", or the name is ambiguous.
 DROP PROCEDURE fails --> Msg 3705, Level 16, State 1, Line 1: Cannot use DROP PROCEDURE with 'fails' because 'fails' is a function. Use DROP FUNCTION.
-DROP FUNCTION fails
-SELECT * FROM fails() --> Msg 208, Level 16, State 1, Line 2: Invalid object name 'fails'.
+DROP FUNCTION fails SELECT * FROM fails() --> Msg 208, Level 16, State 1, Line 1: Invalid object name 'fails'.
 CREATE FUNCTION aliased () RETURNS @r TABLE (id int, name nvarchar(20)) AS BEGIN INSERT @r (id) VALUES (1), (2), (9) UPDATE r SET name = i.name FROM @r AS r JOIN item i ON i.id = r.id DELETE r FROM @r r LEFT JOIN item i ON i.id = r.id WHERE i.id IS NULL RETURN END -->
 SELECT * FROM aliased() --> id int? | name nvarchar(20)? = 1 | pen; 2 | ink (2 rows)
 -- what is refused

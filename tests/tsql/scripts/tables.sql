@@ -1,7 +1,6 @@
 CREATE TABLE part (id int IDENTITY PRIMARY KEY, code varchar(10) NOT NULL UNIQUE, n int DEFAULT 7, parent int NULL) -->
 INSERT part (code, n, parent) VALUES ('a',1,NULL),('b',2,1),('c',3,1),('d',4,3) --> (4 changed)
-CREATE TABLE slot (pos int PRIMARY KEY CHECK (pos > 0), what varchar(10)) -->
-INSERT slot VALUES (1,'x'),(2,'y'),(3,'z') --> (3 changed)
+CREATE TABLE slot (pos int PRIMARY KEY CHECK (pos > 0), what varchar(10)) INSERT slot VALUES (1,'x'),(2,'y'),(3,'z') --> (3 changed)
 -- table variables
 DECLARE @t TABLE (id int IDENTITY(5,1) PRIMARY KEY, code varchar(10) UNIQUE, at int NOT NULL DEFAULT 3), @n int = 2
 INSERT INTO @t (code) SELECT code FROM part WHERE id > @n
@@ -16,11 +15,9 @@ INSERT @t (code, at) VALUES ('r', NULL)
 --> (2 changed) (1 changed) (1 changed) (1 changed) (1 changed) --> id int* | code varchar(10)? | at int = 6 | d | 4; 7 | q | 3 (2 rows) --> code varchar(10)? = d (1 rows)
 --> Msg 2627, Level 14, State 1, Line 10: Violation of UNIQUE KEY constraint 'UQ__@t__1_3'. Cannot insert duplicate key in object 'dbo.@t'. The duplicate key value is (Q). (3621)
 --> Msg 515, Level 16, State 2, Line 11: Cannot insert the value NULL into column 'at', table '@t'; column does not allow nulls. INSERT fails. (3621)
-DECLARE @t TABLE (a int)
-SELECT COUNT(*) FROM @t --> - int? = 0 (1 rows)
-DECLARE @i int = 0
+DECLARE @t TABLE (a int), @i int = 0
 WHILE @i < 2 BEGIN DECLARE @u TABLE (a int); INSERT @u VALUES (@i); SET @i += 1 END
-SELECT * FROM @u --> (1 changed) (1 changed) --> a int? = 0; 1 (2 rows)
+SELECT a, (SELECT COUNT(*) FROM @t) AS n FROM @u --> (1 changed) (1 changed) --> a int? | n int? = 0 | 0; 1 | 0 (2 rows)
 CREATE PROCEDURE fill AS DECLARE @t TABLE (a int) INSERT @t VALUES (8) SELECT a FROM @t -->
 -- each scope has its own; ROLLBACK does not affect them
 DECLARE @t TABLE (a int, b varchar(5))
@@ -62,17 +59,14 @@ SELECT @@ROWCOUNT
 SELECT id - (SELECT MIN(id) FROM @ids) d, code FROM @ids ORDER BY id
 --> (1 changed) --> id int* | n int? = 6 | 107; 7 | 107; 8 | 101 (3 rows) --> code varchar(10) = g (1 rows) --> code varchar(10) = e | n int? = 107 (1 rows) (2 changed) --> - int? = 2 (1 rows)
 --> d int? | code varchar(10)? = 0 | f; 1 | g; 1 | g (3 rows)
-DECLARE @got int
-UPDATE part SET @got = n = n + 10 WHERE code = 'a'
-SELECT @got --> (1 changed) --> - int? = 11 (1 rows)
+DECLARE @got int UPDATE part SET @got = n = n + 10 WHERE code = 'a' SELECT @got --> (1 changed) --> - int? = 11 (1 rows)
 BEGIN TRAN UPDATE part SET n = 1 OUTPUT deleted.n ROLLBACK --> n int? = 11; 2; 3; 4 (4 rows)
 BEGIN TRAN UPDATE part SET n = n + 1 OUTPUT inserted.id, inserted.n, deleted.* ROLLBACK --> id int* | n int? | id int* | code varchar(10) | n int? | parent int? = 1 | 12 | 1 | a | 11 | NULL; 2 | 3 | 2 | b | 2 | 1; 3 | 4 | 3 | c | 3 | 1; 4 | 5 | 4 | d | 4 | 3 (4 rows)
 UPDATE TOP (1) p SET n = n + 1 OUTPUT deleted.id, inserted.n, deleted.code old FROM part p WHERE p.id > 0 --> id int* = 1 | n int? = 12 | old varchar(10) = a (1 rows)
 UPDATE part SET n = n OUTPUT id --> Msg 209, Level 16, State 1, Line 1: Ambiguous column name 'id'.
 DECLARE @a int UPDATE part SET @a = n --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support UPDATE ... SET @variable = value without a column.
 -- rows may exchange keys within an UPDATE
-UPDATE slot SET pos = pos + 1 --> (3 changed)
-UPDATE slot SET pos = 6 - pos OUTPUT inserted.pos, inserted.what --> pos int | what varchar(10)? = 4 | x; 3 | y; 2 | z (3 rows)
+UPDATE slot SET pos = pos + 1 UPDATE slot SET pos = 6 - pos OUTPUT inserted.pos, inserted.what --> (3 changed) --> pos int | what varchar(10)? = 4 | x; 3 | y; 2 | z (3 rows)
 SELECT * FROM slot ORDER BY pos --> pos int | what varchar(10)? = 2 | z; 3 | y; 4 | x (3 rows)
 UPDATE slot SET pos = 5 --> Msg 2627, Level 14, State 1, Line 1: Violation of PRIMARY KEY constraint 'PK__slot__5_6'. Cannot insert duplicate key in object 'dbo.slot'. The duplicate key value is (5). (3621)
 UPDATE slot SET pos = pos - 2 --> Msg 547, Level 16, State 0, Line 1: The UPDATE statement conflicted with the CHECK constraint "CK__slot__5_7". The conflict occurred in database "master", table "dbo.slot", column 'pos'. (3621)
@@ -95,8 +89,7 @@ WITH n (i) AS (SELECT 1 UNION ALL SELECT DISTINCT i + 1 FROM n) SELECT i FROM n 
 WITH n (i) AS (SELECT 1 UNION ALL SELECT a.i FROM n a, n b) SELECT i FROM n --> Msg 253, Level 16, State 1, Line 1: Recursive member of a common table expression 'n' has multiple recursive references.
 WITH part AS (SELECT 1 AS id) DELETE FROM part --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support changes through a common table expression ('part').
 -- SCOPE_IDENTITY belongs to the INSERT, not to its OUTPUT INTO; keys with references
-CREATE TABLE node (i int IDENTITY PRIMARY KEY, k varchar(5) UNIQUE, p int REFERENCES node(i)) -->
-INSERT node (k, p) VALUES ('a', NULL), ('b', 1) --> (2 changed)
+CREATE TABLE node (i int IDENTITY PRIMARY KEY, k varchar(5) UNIQUE, p int REFERENCES node(i)) INSERT node (k, p) VALUES ('a', NULL), ('b', 1) --> (2 changed)
 DECLARE @o TABLE (x int IDENTITY(70,1), i int)
 INSERT node (k) OUTPUT inserted.i INTO @o (i) VALUES ('c')
 SELECT SCOPE_IDENTITY() s, x, i FROM @o --> (1 changed) --> s decimal(38,0)? = 3 | x int* = 70 | i int? = 3 (1 rows)
@@ -109,8 +102,7 @@ INSERT made (n) VALUES (1), (2) --> (2 changed)
 SELECT a.id, b.id AS other, ISNULL(a.n, 0) AS n, 'x' AS x INTO #made FROM made a LEFT JOIN made b ON b.id > a.id --> (2 changed)
 SELECT * FROM #made --> id int | other int? | n int | x varchar(1) = 1 | 2 | 1 | x; 2 | NULL | 2 | x (2 rows)
 SELECT c.name, c.is_nullable, c.is_identity FROM tempdb.sys.columns c WHERE c.object_id = OBJECT_ID('tempdb..#made') --> name nvarchar(128)? | is_nullable bit? | is_identity bit? = id | 0 | 0; other | 1 | 0; n | 0 | 0; x | 0 | 0 (4 rows)
-SELECT id INTO #both FROM made UNION ALL SELECT NULL --> (3 changed)
-SELECT id FROM #both --> id int? = 1; 2; NULL (3 rows)
+SELECT id INTO #both FROM made UNION ALL SELECT NULL SELECT id FROM #both --> (3 changed) --> id int? = 1; 2; NULL (3 rows)
 SELECT 1 AS a FROM (SELECT 1 AS b INTO #never) q --> Msg 156, Level 15, State 1, Line 1: Incorrect syntax near the keyword 'INTO'.
 -- the catalogue of a new database is empty
 CREATE DATABASE newborn -->
@@ -119,8 +111,7 @@ IF 1 = 0 SELECT 1 AS a INTO #once ELSE SELECT 2 AS a INTO #once --> Msg 2714, Le
 CREATE PROC makes_twice AS CREATE TABLE #once (a int) DROP TABLE #once CREATE TABLE #Once (b int) --> Msg 2714, Level 16, State 1, Line 1, Procedure makes_twice: There is already an object named '#Once' in the database.
 CREATE TABLE Commas ([a, b] int) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support a column name with a comma and a blank.
 SELECT 1 AS [a, b] INTO Commas --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support a column name with a comma and a blank.
-CREATE TABLE Commas ([a,b] int, c int, PRIMARY KEY ([a,b], c))
-SELECT COL_NAME(OBJECT_ID('Commas'), key_ordinal) FROM sys.index_columns WHERE object_id = OBJECT_ID('Commas') --> - nvarchar(128)? = a,b; c (2 rows)
+CREATE TABLE Commas ([a,b] int, c int, PRIMARY KEY ([a,b], c)) SELECT COL_NAME(OBJECT_ID('Commas'), key_ordinal) FROM sys.index_columns WHERE object_id = OBJECT_ID('Commas') --> - nvarchar(128)? = a,b; c (2 rows)
 ALTER TABLE Commas ADD [, ] int --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support a column name with a comma and a blank.
 CREATE TABLE Named (a int) -->
 EXEC sp_rename 'Named.a', 'a, b', 'COLUMN' --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support a column name with a comma and a blank.

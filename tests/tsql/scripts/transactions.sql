@@ -23,11 +23,7 @@ SAVE TRAN nothing
 --> Msg 2627, Level 14, State 1, Line 15: Violation of PRIMARY KEY constraint 'PK__t__1_2'. Cannot insert duplicate key in object 'dbo.t'. The duplicate key value is (5). (3621)
 --> - int? = 1 | - int? = 2 (1 rows) --> - int? = 0 | - smallint? = 0 | - int? = 0 (1 rows) --> Msg 628, Level 16, State 1, Line 19: Cannot issue SAVE TRANSACTION when there is no active transaction.
 -- an error that would end the batch makes the transaction uncommittable when caught
-BEGIN TRY
-    BEGIN TRAN
-    INSERT t VALUES (1)
-    SELECT CONVERT(int, 'x')
-END TRY
+BEGIN TRY BEGIN TRAN INSERT t VALUES (1) SELECT CONVERT(int, 'x') END TRY
 BEGIN CATCH
     PRINT CONVERT(varchar, XACT_STATE()) + ' ' + ERROR_MESSAGE()
     SELECT COUNT(*) FROM t
@@ -40,25 +36,10 @@ SELECT COUNT(*) FROM t
 --> (1 changed) --> - int? (0 rows) --> -1 Conversion failed when converting the varchar value 'x' to data type int. --> - int? = 1 (1 rows) (0 changed) --> 3930
 --> The current transaction cannot be committed and cannot support operations that write to the log file. Roll back the transaction. --> 0 --> - int? = 0 (1 rows)
 -- other errors keep it committable
-BEGIN TRY
-    BEGIN TRAN
-    INSERT t VALUES (1)
-    INSERT t VALUES (1)
-END TRY
-BEGIN CATCH
-    PRINT XACT_STATE()
-    COMMIT
-END CATCH
+BEGIN TRY BEGIN TRAN INSERT t VALUES (1) INSERT t VALUES (1) END TRY BEGIN CATCH PRINT XACT_STATE() COMMIT END CATCH
 SELECT COUNT(*) FROM t --> (1 changed) (0 changed) --> 1 --> - int? = 1 (1 rows)
 SET XACT_ABORT ON
-BEGIN TRY
-    BEGIN TRAN
-    INSERT t VALUES (2)
-    INSERT t VALUES (1)
-END TRY
-BEGIN CATCH
-    PRINT XACT_STATE()
-END CATCH
+BEGIN TRY BEGIN TRAN INSERT t VALUES (2) INSERT t VALUES (1) END TRY BEGIN CATCH PRINT XACT_STATE() END CATCH
 PRINT 'the batch ends' --> (1 changed) (0 changed) --> -1 --> the batch ends --> Msg 3998, Level 16, State 1, Line 1: Uncommittable transaction is detected at the end of the batch. The transaction is rolled back.
 SELECT @@TRANCOUNT, COUNT(*) FROM t
 BEGIN TRAN
@@ -93,8 +74,7 @@ SET IMPLICIT_TRANSACTIONS ON
 SELECT 1, @@TRANCOUNT
 IF EXISTS (SELECT 1 FROM t) SELECT @@TRANCOUNT
 ROLLBACK
-SELECT COUNT(*) FROM t
-SELECT @@TRANCOUNT
+SELECT COUNT(*), @@TRANCOUNT FROM t
 COMMIT
 INSERT t VALUES (77)
 ROLLBACK
@@ -103,7 +83,7 @@ ROLLBACK
 BEGIN TRAN
 SELECT @@TRANCOUNT
 ROLLBACK
-SET IMPLICIT_TRANSACTIONS OFF --> - int = 1 | - int? = 0 (1 rows) --> - int? = 1 (1 rows) --> - int? = 1 (1 rows) --> - int? = 1 (1 rows) (1 changed) --> - int? = 0 (1 rows) --> - int? = 2 (1 rows)
+SET IMPLICIT_TRANSACTIONS OFF --> - int = 1 | - int? = 0 (1 rows) --> - int? = 1 (1 rows) --> - int? = 1 | - int? = 1 (1 rows) (1 changed) --> - int? = 0 (1 rows) --> - int? = 2 (1 rows)
 -- identity values are never reused, even after ROLLBACK
 CREATE TABLE ticket (id int IDENTITY(10,1), a int UNIQUE)
 BEGIN TRAN
@@ -139,8 +119,7 @@ INSERT t VALUES (1)
 PRINT 'reached'
 --> - int? --> 2 --> Msg 2627, Level 14, State 1, Line 3: Violation of PRIMARY KEY constraint 'PK__t__1_2'. Cannot insert duplicate key in object 'dbo.t'. The duplicate key value is (1). (3621)
 --> Msg 2627, Level 14, State 1, Line 4: Violation of PRIMARY KEY constraint 'PK__t__1_2'. Cannot insert duplicate key in object 'dbo.t'. The duplicate key value is (1). (3621) --> reached
-EXEC ('BEGIN TRAN')
-EXEC sp_executesql N'COMMIT'
+EXEC ('BEGIN TRAN') EXEC sp_executesql N'COMMIT'
 --> Msg 266, Level 16, State 2, Line 0: Transaction count after EXECUTE indicates a mismatching number of BEGIN and COMMIT statements. Previous count = 0, current count = 1.
 --> Msg 266, Level 16, State 2, Line 0: Transaction count after EXECUTE indicates a mismatching number of BEGIN and COMMIT statements. Previous count = 1, current count = 0.
 -- rows before the error of a statement in TRY are returned

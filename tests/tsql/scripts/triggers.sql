@@ -31,10 +31,9 @@ ROLLBACK
 SELECT COUNT(*) AS n FROM log --> (2 changed) --> what varchar(200)? = rows 2, new 2, old 2, level 1, count 1, name (1 rows) --> n int? = 6 (1 rows)
 SELECT name, type, type_desc, is_disabled, is_instead_of_trigger, OBJECT_NAME(parent_id) AS parent FROM sys.triggers
 SELECT xtype, OBJECT_NAME(parent_obj) AS parent FROM sysobjects WHERE name = 'item_log'
-SELECT LEFT(OBJECT_DEFINITION(OBJECT_ID('item_log', 'TR')), 30) AS t, OBJECTPROPERTY(OBJECT_ID('item_log'), 'IsTrigger') AS p
-SELECT COUNT(*) AS n FROM sys.sql_modules WHERE object_id = OBJECT_ID('item_log')
+SELECT LEFT(OBJECT_DEFINITION(object_id), 30) AS t, OBJECTPROPERTY(object_id, 'IsTrigger') AS p FROM sys.sql_modules WHERE object_id = OBJECT_ID('item_log', 'TR')
 --> name nvarchar(128)? = item_log | type char(2)? = TR | type_desc nvarchar(60)? = SQL_TRIGGER | is_disabled bit? = 0 | is_instead_of_trigger bit? = 0 | parent nvarchar(128)? = item (1 rows)
---> xtype char(2)? = TR | parent nvarchar(128)? = item (1 rows) --> t nvarchar(30)? = CREATE TRIGGER item_log ON ite | p int? = 1 (1 rows) --> n int? = 1 (1 rows)
+--> xtype char(2)? = TR | parent nvarchar(128)? = item (1 rows) --> t nvarchar(30)? = CREATE TRIGGER item_log ON ite | p int? = 1 (1 rows)
 -- The rows before and after the change.
 ALTER TRIGGER item_log ON dbo.item FOR UPDATE AS
 SET NOCOUNT ON
@@ -50,8 +49,7 @@ SELECT * FROM inserted --> Msg 208, Level 16, State 1, Line 2: Invalid object na
 CREATE TRIGGER dynamic ON item FOR DELETE AS EXEC ('SELECT * FROM deleted') -->
 DELETE item WHERE id = 1
 SELECT COUNT(*) AS n FROM item --> Msg 208, Level 16, State 1, Line 1: Invalid object name 'deleted'.
-DROP TRIGGER dynamic, missing --> Msg 3701, Level 11, State 5, Line 1: Cannot drop the trigger 'missing', because it does not exist or you do not have permission.
-DROP TRIGGER IF EXISTS missing -->
+DROP TRIGGER IF EXISTS missing DROP TRIGGER dynamic, missing --> Msg 3701, Level 11, State 5, Line 1: Cannot drop the trigger 'missing', because it does not exist or you do not have permission.
 CREATE TRIGGER writes ON item FOR DELETE AS DELETE deleted --> Msg 286, Level 16, State 1, Line 1, Procedure writes: The logical tables INSERTED and DELETED cannot be updated.
 CREATE TRIGGER reads ON item FOR DELETE AS SELECT nothing FROM deleted --> Msg 207, Level 16, State 1, Line 1, Procedure reads: Invalid column name 'nothing'.
 CREATE TRIGGER asks ON item FOR DELETE AS IF UPDATE(nothing) PRINT 'a' -->
@@ -72,23 +70,16 @@ INSERT item VALUES ('bad', -1)
 PRINT 'not reached'
 --> Msg 50000, Level 16, State 1, Line 5, Procedure item_guard: The price is negative. --> gone int? = 0 | count int? = 0 (1 rows) (1 changed)
 --> Msg 3609, Level 16, State 1, Line 2: The transaction ended in the trigger. The batch has been aborted.
-SELECT name FROM item
-SELECT what FROM log
-SELECT @@TRANCOUNT AS count --> name varchar(20) = A (1 rows) --> what varchar(200)? = refused (1 rows) --> count int? = 0 (1 rows)
+SELECT name, what, @@TRANCOUNT AS count FROM item CROSS JOIN log --> name varchar(20) = A | what varchar(200)? = refused | count int? = 0 (1 rows)
 BEGIN TRAN
 INSERT item VALUES ('good', 1)
 INSERT item VALUES ('bad', -1)
 PRINT 'not reached'
 --> (1 changed) --> Msg 50000, Level 16, State 1, Line 5, Procedure item_guard: The price is negative. --> gone int? = 0 | count int? = 0 (1 rows) (1 changed)
 --> Msg 3609, Level 16, State 1, Line 3: The transaction ended in the trigger. The batch has been aborted.
-SELECT name FROM item
-SELECT @@TRANCOUNT AS count --> name varchar(20) = A (1 rows) --> count int? = 0 (1 rows)
-BEGIN TRY
-    INSERT item VALUES ('bad', -1)
-END TRY
-BEGIN CATCH
-    SELECT ERROR_NUMBER() AS n, ERROR_MESSAGE() AS m, ERROR_PROCEDURE() AS p, XACT_STATE() AS s, @@TRANCOUNT AS count
-END CATCH
+SELECT name, @@TRANCOUNT AS count FROM item --> name varchar(20) = A | count int? = 0 (1 rows)
+BEGIN TRY INSERT item VALUES ('bad', -1) END TRY
+BEGIN CATCH SELECT ERROR_NUMBER() AS n, ERROR_MESSAGE() AS m, ERROR_PROCEDURE() AS p, XACT_STATE() AS s, @@TRANCOUNT AS count END CATCH
 SELECT COUNT(*) AS n FROM item WHERE name = 'bad' --> n int? = 50000 | m nvarchar(4000)? = The price is negative. | p nvarchar(128)? = item_guard | s smallint? = 0 | count int? = 0 (1 rows) --> n int? = 0 (1 rows)
 -- An error in a trigger rolls back the transaction.
 CREATE TRIGGER item_error ON item AFTER UPDATE AS
@@ -101,20 +92,10 @@ UPDATE item SET price = 5
 PRINT 'not reached' --> (1 changed) --> id int* = 1 | name varchar(20) = A | price money? = 4.0000 --> before --> Msg 8134, Level 16, State 1, Line 4, Procedure item_error: Divide by zero error encountered.
 SELECT @@TRANCOUNT AS count, (SELECT COUNT(*) FROM item WHERE name = 'good') AS n --> count int? = 0 | n int? = 0 (1 rows)
 BEGIN TRAN
-BEGIN TRY
-    UPDATE item SET price = 5
-END TRY
-BEGIN CATCH
-    SELECT ERROR_NUMBER() AS n, ERROR_PROCEDURE() AS p, ERROR_LINE() AS l, XACT_STATE() AS s
-    ROLLBACK
-END CATCH --> id int* = 1 | name varchar(20) = A | price money? = 4.0000 --> before (0 changed) --> n int? = 8134 | p nvarchar(128)? = item_error | l int? = 4 | s smallint? = -1 (1 rows)
+BEGIN TRY UPDATE item SET price = 5 END TRY
+BEGIN CATCH SELECT ERROR_NUMBER() AS n, ERROR_PROCEDURE() AS p, ERROR_LINE() AS l, XACT_STATE() AS s ROLLBACK END CATCH --> id int* = 1 | name varchar(20) = A | price money? = 4.0000 --> before (0 changed) --> n int? = 8134 | p nvarchar(128)? = item_error | l int? = 4 | s smallint? = -1 (1 rows)
 ALTER TRIGGER item_error ON item AFTER UPDATE AS
-BEGIN TRY
-    SELECT 1 / 0 AS n
-END TRY
-BEGIN CATCH
-    SELECT XACT_STATE() AS s
-END CATCH -->
+BEGIN TRY SELECT 1 / 0 AS n END TRY BEGIN CATCH SELECT XACT_STATE() AS s END CATCH -->
 UPDATE item SET price = 5
 --> id int* = 1 | name varchar(20) = A | price money? = 4.0000 --> n int? (0 rows) --> s smallint? = -1 (1 rows)
 --> Msg 3616, Level 16, State 1, Line 1: An error was raised during trigger execution. The batch has been aborted and the user transaction, if any, has been rolled back.
@@ -161,8 +142,7 @@ SELECT (SELECT COUNT(*) FROM a) AS a, (SELECT COUNT(*) FROM b) AS b --> a int? =
 ALTER TRIGGER b_a ON b AFTER INSERT AS INSERT a SELECT x + 1 FROM inserted WHERE (SELECT MAX(x) FROM inserted) < 4
     IF @@NESTLEVEL > 3 DISABLE TRIGGER a_b ON a -->
 INSERT a VALUES (1)
-SELECT x FROM a
-SELECT x FROM b --> Msg 217, Level 16, State 1, Line 1, Procedure b_a: Maximum stored procedure, function, trigger, or view nesting level exceeded (limit 32).
+SELECT x FROM a --> Msg 217, Level 16, State 1, Line 1, Procedure b_a: Maximum stored procedure, function, trigger, or view nesting level exceeded (limit 32).
 -- Foreign keys: the triggers of a table that a cascade changes.
 CREATE TABLE parent (id int PRIMARY KEY)
 CREATE TABLE child (id int IDENTITY, parent int REFERENCES parent ON DELETE CASCADE ON UPDATE CASCADE)
@@ -216,17 +196,15 @@ SELECT i.id, d.title AS old, i.title AS new FROM inserted i JOIN deleted d ON d.
 SET NOCOUNT OFF
 INSERT doc (title) VALUES ('a'), ('b')
 INSERT doc (title) VALUES ('a'), ('c')
-SELECT @@ROWCOUNT AS n
-SELECT * FROM doc
+SELECT @@ROWCOUNT AS n, * FROM doc
 DELETE FROM doc WHERE title <> 'b'
-SELECT @@ROWCOUNT AS n
-SELECT * FROM doc
+SELECT @@ROWCOUNT AS n, * FROM doc
 UPDATE doc SET title = 'x'
 UPDATE d SET title = d.title + '!' FROM doc d JOIN doc e ON e.id = d.id WHERE e.id > 1
---> (2 changed) (2 changed) (1 changed) (2 changed) --> n int? = 2 (1 rows) --> id int* | title varchar(20) | gone bit = 1 | a | 0; 2 | b | 0; 3 | c | 0 (3 rows)
---> id int* | old varchar(20) | new varchar(20) = 1 | a | a; 3 | c | c (2 rows) (2 changed) (2 changed) --> n int? = 2 (1 rows)
---> id int* | title varchar(20) | gone bit = 1 | a | 0; 2 | b | 0; 3 | c | 0 (3 rows) --> id int* | old varchar(20) | new varchar(20) = 1 | a | x; 2 | b | x; 3 | c | x (3 rows) (3 changed)
---> id int* | old varchar(20) | new varchar(20) = 2 | b | b!; 3 | c | c! (2 rows) (2 changed)
+--> (2 changed) (2 changed) (1 changed) (2 changed) --> n int? | id int* | title varchar(20) | gone bit = 2 | 1 | a | 0; 2 | 2 | b | 0; 2 | 3 | c | 0 (3 rows)
+--> id int* | old varchar(20) | new varchar(20) = 1 | a | a; 3 | c | c (2 rows) (2 changed) (2 changed)
+--> n int? | id int* | title varchar(20) | gone bit = 2 | 1 | a | 0; 2 | 2 | b | 0; 2 | 3 | c | 0 (3 rows)
+--> id int* | old varchar(20) | new varchar(20) = 1 | a | x; 2 | b | x; 3 | c | x (3 rows) (3 changed) --> id int* | old varchar(20) | new varchar(20) = 2 | b | b!; 3 | c | c! (2 rows) (2 changed)
 CREATE TRIGGER doc_d2 ON doc INSTEAD OF INSERT, DELETE AS PRINT 'second' --> Msg 2111, Level 16, State 1, Line 1, Procedure doc_d2: Cannot create trigger 'doc_d2' on table 'doc' because an INSTEAD OF DELETE trigger already exists on this object.
 INSERT doc DEFAULT VALUES
 SELECT * FROM doc --> Msg 515, Level 16, State 2, Line 2, Procedure doc_i: Cannot insert the value NULL into column 'title', table 'master.dbo.doc'; column does not allow nulls. INSERT fails.
@@ -393,12 +371,8 @@ SELECT * FROM #w --> x int? = 1; 2 (2 rows) (2 changed) --> x int? = 7; 8 (2 row
 ALTER TABLE u ADD y int DEFAULT 5 WITH VALUES
 INSERT u (x) VALUES (10)
 EXEC sp_executesql N'INSERT u (x) VALUES (@a)', N'@a int', 11 --> x int? = 10 (1 rows) (1 changed) --> x int? = 11 (1 rows) (1 changed)
-SET FMTONLY ON
-INSERT u (x) VALUES (1)
-SET FMTONLY OFF -->
-SET NOEXEC ON
-INSERT u (x) VALUES (1)
-SET NOEXEC OFF -->
+SET FMTONLY ON INSERT u (x) VALUES (1) SET FMTONLY OFF
+SET NOEXEC ON INSERT u (x) VALUES (1) SET NOEXEC OFF -->
 CREATE TRIGGER uy ON u FOR UPDATE AS IF UPDATE(x) AND NOT UPDATE(y) PRINT 'x' ELSE IF UPDATE([Y]) OR UPDATE(x) PRINT 'y' -->
 UPDATE u SET x = 1 WHERE x = 1
 UPDATE u SET Y = 1, x = 3 WHERE x = 99 --> x (1 changed) --> y (0 changed)
@@ -408,11 +382,6 @@ PRINT 'disabled'
 INSERT u (x) VALUES (1)
 ENABLE TRIGGER ALL ON u
 UPDATE STATISTICS u --> disabled (1 changed)
-CREATE TABLE replaced (id int PRIMARY KEY, v int)
-CREATE TABLE replacedLog (id int, v int)
-INSERT replaced VALUES (1, 1) --> (1 changed)
-CREATE TRIGGER replaced_i ON replaced INSTEAD OF INSERT, UPDATE, DELETE AS PRINT 'replaced' -->
-INSERT replaced OUTPUT inserted.id, inserted.v INTO replacedLog VALUES (2, 2)
-SELECT * FROM replacedLog --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support OUTPUT of a change that a trigger replaces.
-UPDATE replaced SET v = 9 OUTPUT inserted.id, inserted.v INTO replacedLog --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support OUTPUT of a change that a trigger replaces.
-DELETE replaced OUTPUT deleted.id, deleted.v INTO replacedLog --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support OUTPUT of a change that a trigger replaces.
+INSERT doc (title) OUTPUT inserted.title INTO log (what) VALUES ('d') --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support OUTPUT of a change that a trigger replaces.
+UPDATE doc SET title = 'x' OUTPUT inserted.title INTO log (what) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support OUTPUT of a change that a trigger replaces.
+DELETE doc OUTPUT deleted.title INTO log (what) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support OUTPUT of a change that a trigger replaces.
