@@ -115,6 +115,8 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     void check(const Statement& statement);
     template <typename Node>
     void checkNode(const Node& node);
+    void checkCall(const Execute& call);
+    void checkVariables(const Declare& declare);
     Flow run(const Declare& declare);
     Flow run(const Assign& assign);
     Flow run(const If& node);

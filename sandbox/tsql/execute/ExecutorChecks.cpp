@@ -3,6 +3,21 @@
 
 namespace tsql {
 
+// Not all system procedures are supported.
+void Executor::checkCall(const Execute& call) {
+    const std::string &caller = m_frames.back()->procedure, &called = call.procedure.name;
+    const bool isSkipped = caller.empty() || called.empty() || lowerAscii(called).starts_with("sp_");
+    if (!isSkipped && !module(call.procedure, kProcedure))
+        inform(kMissingDependency, {caller, asWritten(call.procedure)});
+}
+
+void Executor::checkVariables(const Declare& declare) {
+    for (const auto& each : declare.variables) {
+        if (each.table) declareTable(each);
+        checkNode(each);
+    }
+}
+
 template <typename Node>
 void Executor::checkNode(const Node& node) {
     Translator translator(*this);
@@ -22,10 +37,7 @@ void Executor::checkNode(const Node& node) {
         check(node.attempt);
         check(node.handler);
     } else if constexpr (std::is_same_v<Node, Declare>) {
-        for (const auto& each : node.variables) {
-            if (each.table) declareTable(each);
-            checkNode(each);
-        }
+        checkVariables(node);
     } else if constexpr (std::is_same_v<Node, Use>) {
         if (!m_storage.exists(node.database)) throw sqlError(kUnknownDatabase, {node.database});
         m_frames.back()->database = node.database;
@@ -35,15 +47,11 @@ void Executor::checkNode(const Node& node) {
         const TableInfo target = changedTable(node, node.kVerb, translator);
         const auto columns = insertColumns(target, node.columns, node.defaultValues);
         if (node.execute)
-            checkNode(std::get<Execute>(node.execute->node));
+            checkCall(std::get<Execute>(node.execute->node));
         else
             translator.insert(target, columns, node);
     } else if constexpr (std::is_same_v<Node, Execute>) {
-        // Not all system procedures are supported.
-        const std::string &caller = m_frames.back()->procedure, &called = node.procedure.name;
-        const bool isSkipped = caller.empty() || called.empty() || lowerAscii(called).starts_with("sp_");
-        if (!isSkipped && !module(node.procedure, kProcedure))
-            inform(kMissingDependency, {caller, asWritten(node.procedure)});
+        checkCall(node);
     } else if constexpr (std::is_base_of_v<Change, Node>) {
         const TableInfo target = changedTable(node, node.kVerb, translator);
         if constexpr (std::is_same_v<Node, Update>)

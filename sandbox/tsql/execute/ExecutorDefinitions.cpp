@@ -604,7 +604,7 @@ void Executor::dropIndex(const AlterIndex& dropped, bool ifExists) {
 }
 
 void Executor::dropObject(const ObjectName& name, const Drop& drop) {
-    // Words and types, in the order of ObjectKind.
+    // Words and types.
     constexpr std::pair<std::string_view, std::string_view> kKinds[] = {
         {"table", "U"},    {"view", "V"},      {"procedure", "P"},  {"function", "FN; IF; TF"},
         {"trigger", "TR"}, {"sequence", "SO"}, {"type", "TYPE; TT"}};

@@ -69,6 +69,21 @@ QueryText Translator::query(const Query& query) {
     return text;
 }
 
+// The expressions of a query see what it assigns to variables, row by row.
+void Translator::noteAssigned(const Select& select) {
+    for (const auto& item : select.items)
+        if (!item.variable.empty()) m_live[item.variable] = liveValue(item.variable);
+}
+
+// Throws the error of a clause that the recursive part of a common table may not have.
+void Translator::requireRecursive(const Select& select, bool aggregates) const {
+    const int number = select.distinct ? kDistinctInRecursion
+                       : select.top    ? kTopInRecursion
+                       : aggregates    ? kGroupingInRecursion
+                                       : 0;
+    if (number) throw sqlError(number, {m_with.back().table->name});
+}
+
 QueryText Translator::select(const Select& select, const Query& query) {
     const bool topLevel = std::exchange(m_topLevel, false);
     if (m_scope && m_scope->aggregateDepth > 0) throw sqlError(kAggregateOfAggregate);
@@ -82,9 +97,7 @@ QueryText Translator::select(const Select& select, const Query& query) {
     if (scope.sawAggregate) throw sqlError(kAggregateInWhere);
     const std::string groupSql = groupBy(select);
 
-    if (topLevel)
-        for (const auto& item : select.items)
-            if (!item.variable.empty()) m_live[item.variable] = liveValue(item.variable);
+    if (topLevel) noteAssigned(select);
     m_sorted = !query.orderBy.empty();
     const bool grouped = !groupSql.empty() || select.pivots || select.having || select.sets > 1;
     if (m_sorted && !m_live.empty() && topLevel && !grouped && !select.distinct)
@@ -102,16 +115,15 @@ QueryText Translator::select(const Select& select, const Query& query) {
     refuseLooseColumns(kUngroupedInOrderBy, grouped);
 
     const std::string limitSql = limit(&select, query);
-    const int notInRecursion = select.distinct                 ? kDistinctInRecursion
-                               : select.top                    ? kTopInRecursion
-                               : grouped || scope.sawAggregate ? kGroupingInRecursion
-                                                               : 0;
-    if (!depth.empty() && notInRecursion) throw sqlError(notInRecursion, {m_with.back().table->name});
-    if (!depth.empty()) list += ", " + depth;
+    if (!depth.empty()) {
+        requireRecursive(select, grouped || scope.sawAggregate);
+        list += ", " + depth;
+    }
     std::string rows = fromSql + whereSql + groupSql + havingSql;
     // SQLite detects grouping only in the select list.
     if (grouped && select.groupBy.empty() && !listHasAggregate) rows = " FROM (SELECT count(*)" + rows + ")";
-    text.sql = select.distinct && hasVarBinary(text)
+    const bool comparesBytes = select.distinct && hasVarBinary(text);
+    text.sql = comparesBytes
                    ? distinctRows("SELECT " + list + rows, text)
                    : std::string("SELECT ") + (select.distinct ? "DISTINCT " : "") + list + keys + rows;
     text.sql = select.placesRows() ? placed(select, text, orderSql) : text.sql + orderSql + limitSql;
