@@ -176,8 +176,10 @@ TEST_F(Faults, DoctorRunsTheQueryTool) {
 }
 
 TEST_F(Faults, DoctorFindsFaultsOfFoldersAndLimits) {
+#if !defined(__SANITIZE_ADDRESS__)  // its runtime opens descriptors to check the type of an object
     const std::string errors = runAfter("ulimit -n 10", {"run", "SiteInventory"}).errors;
     EXPECT_NE(errors.find("raise the limits"), std::string::npos) << errors;
+#endif
     std::vector<std::pair<std::string, const char*>> faults = {
         {"ulimit -f 64", "FAILED   temporary folder: "},  // no file of 64 KiB, as on a full disk
         {"ulimit -n 40", "FAILED   file descriptors: "},
