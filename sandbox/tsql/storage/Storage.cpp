@@ -81,9 +81,9 @@ Storage::Storage(const fs::path& directory, const std::vector<fs::path>& backupF
     sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);  // its counters would be a lock for all sessions
     if (sodium_init() < 0) throw std::runtime_error("the cryptographic library does not start");
     if (fs::create_directories(m_directory)) ::chmod(m_directory.c_str(), S_IRWXU);
-    m_lock = openFile(m_directory / "server.lock", SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE,
-                      "PRAGMA journal_mode = OFF");
-    if (sqlite3_exec(m_lock.get(), "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr) != SQLITE_OK)
+    m_lock = openFile(m_directory / "server.lock", SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, "");
+    constexpr const char* kLock = "PRAGMA journal_mode = OFF; BEGIN EXCLUSIVE";
+    if (sqlite3_exec(m_lock.get(), kLock, nullptr, nullptr, nullptr) == SQLITE_BUSY)
         throw std::runtime_error(m_directory.string() + " is in use by another server");
     for (const std::string_view name : kSystemDatabases)
         if (!exists(name)) create(name);
