@@ -275,7 +275,8 @@ class Converter {
         std::string result = toUpper(rest.substr(0, 36)), digits;
         for (std::size_t i = 0; i < result.size(); ++i)
             if (std::ranges::find(kDashes, i) == kDashes.end() || result[i] != '-') digits += result[i];
-        if (result.size() != 36 || digits.size() != 32 || !parseHex(digits)) throw sqlError(kBadUniqueIdentifier);
+        if (result.size() != 36 || digits.size() != 32 || !parseHex(digits))
+            throw sqlError(kBadUniqueIdentifier);
         return result;
     }
 
