@@ -1,9 +1,9 @@
 // System views, each a query over the catalogue of a database.
 #include <boost/algorithm/string/replace.hpp>
-#include <regex>
 
 #include "catalogue/Catalogue.h"
 #include "syntax/Parser.h"
+#include "types/Regex.h"
 
 namespace tsql {
 namespace {
@@ -354,15 +354,12 @@ c.object = o.id AND o.type = 'TYPE' WHERE o.type IN ('TYPE', 'TT')))";
 
 }  // namespace
 
-// Columns for catalogue, schema and name. Compiled before sessions start: std::regex compiles with a cache
-// that threads share.
-const std::regex kNames(R"((\w+)_\* = (.\.name))");
-
 // The query still has the placeholders for the database.
 SystemView queryOf(std::string_view columns, std::string_view source) {
     std::string text(columns), from(source);
     for (const auto& [mark, fragment] : kFragments)
         for (auto* part : {&text, &from}) replace_all(*part, mark, fragment);
+    static const std::regex kNames = compiled(R"((\w+)_\* = (.\.name))");  // catalogue, schema and name
     text = std::regex_replace(text, kNames,
                               "$1_CATALOG sysname = $$d; $1_SCHEMA sysname = ts_schema_of($2); "
                               "$1_NAME sysname = ts_bare_name($2)");

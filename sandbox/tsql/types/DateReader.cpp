@@ -1,11 +1,11 @@
 // Parser of date and time strings.
 #include <boost/date_time/date_parsing.hpp>
 #include <boost/date_time/gregorian/greg_month.hpp>
-#include <regex>
 
 #include "messages/Messages.h"
 #include "types/DateTime.h"
 #include "types/Decimal.h"
+#include "types/Regex.h"
 #include "types/Text.h"
 
 namespace tsql {
@@ -15,12 +15,6 @@ constexpr int kTwoDigitCutoff = 50;     // 49 is 2049, 50 is 1950
 constexpr std::size_t kTickDigits = 7;  // of a second
 // Styles of CONVERT, without the century, whose dates of numbers do not begin with the month.
 constexpr int kYearFirst[] = {2, 11, 12, 20, 21, 23, 26, 27}, kDayFirst[] = {3, 4, 5, 6, 13};
-
-// Compiled before sessions start: std::regex compiles with a cache that threads share.
-// hh[:mm[:ss[.fraction]]] [AM|PM] [Z|+hh:mm]
-const std::regex kTime(R"((?:^|[\st])(\d\d?)(?=:|\s*[ap]m)(?::(\d\d?))?(?::(\d\d?)(?:([.:])(\d+))?)?)"
-                       R"(\s*([ap]m)?\s*(z|[-+]\d\d:\d\d)?(?!\S))");
-const std::regex kPart(R"((\d+)|[a-z]+|\S)");  // of a date
 
 struct Number {
     int value = 0;
@@ -43,8 +37,11 @@ class DateReader {
     const DateTime& result() const { return m_result; }
 
   private:
-    // With minutes or AM or PM: with a colon or an M.
+    // hh[:mm[:ss[.fraction]]] [AM|PM] [Z|+hh:mm], with minutes or AM or PM: with a colon or an M
     bool takeTime(std::string& text) {
+        static const std::regex kTime =
+            compiled(R"((?:^|[\st])(\d\d?)(?=:|\s*[ap]m)(?::(\d\d?))?(?::(\d\d?)(?:([.:])(\d+))?)?)"
+                     R"(\s*([ap]m)?\s*(z|[-+]\d\d:\d\d)?(?!\S))");
         std::smatch found;
         if (text.find_first_of(":m") == text.npos || !std::regex_search(text, found, kTime)) return true;
         const std::string half = found[6], offset = found[7];
@@ -76,6 +73,7 @@ class DateReader {
     bool takeForm(const std::string& text) {
         using boost::date_time::month_str_to_ushort;
         constexpr int kNoMonth = 13;
+        static const std::regex kPart = compiled(R"((\d+)|[a-z]+|\S)");
         for (std::sregex_iterator part(text.begin(), text.end(), kPart), end; part != end; ++part) {
             const std::string word = part->str();
             const bool isNumber = part->length(1) > 0;
