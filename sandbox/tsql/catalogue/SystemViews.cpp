@@ -50,9 +50,9 @@ FROM $SCHEMAS WHERE s.name = ts_schema_of(t.stored) COLLATE ts_ci), 4); max_leng
 ifnull(ts_type_length(t.type), -1); precision tinyint = ifnull(ts_type_precision(t.type), 0); scale tinyint =
 ifnull(ts_type_scale(t.type), 0); collation_name sysname = CASE ts_type_family(t.type) WHEN 't' THEN '$C' END;
 is_nullable bit = ifnull(t.nullable, 0); is_user_defined bit = t.object > 0; is_table_type bit = t.kind = 'TT')"},
-    {"$NAMED",
-     R"(DATA_TYPE sysname = iif($ISTABLE, 'table type', ts_type_base(c.type)); CHARACTER_MAXIMUM_LENGTH int =
-ts_type_characters(c.type); CHARACTER_OCTET_LENGTH int = CASE WHEN ts_type_characters(c.type) > 8000 THEN 2147483647
+    {"$NAMED", "DATA_TYPE sysname = iif($ISTABLE, 'table type', ts_type_base(c.type)); $SIZE"},
+    {"$SIZE",
+     R"(CHARACTER_MAXIMUM_LENGTH int = ts_type_characters(c.type); CHARACTER_OCTET_LENGTH int = CASE WHEN ts_type_characters(c.type) > 8000 THEN 2147483647
 WHEN ts_type_characters(c.type) IS NOT NULL THEN ts_type_length(c.type) END; NUMERIC_PRECISION tinyint = CASE
 ts_type_family(c.type) WHEN 'd' THEN NULL ELSE nullif(ts_type_precision(c.type), 0) END; NUMERIC_SCALE int = CASE
 ts_type_family(c.type) WHEN 'n' THEN ts_type_scale(c.type) END; DATETIME_PRECISION smallint = CASE
@@ -126,6 +126,8 @@ ELSE o.type END)",
     {"sys", "tables",
      "$OBJECT; max_column_id_used int = (SELECT max(ordinal) FROM $c c WHERE c.object = o.id)",
      "$o o WHERE o.type = 'U'"},
+    {"sys", "synonyms", "$OBJECT; base_object_name nvarchar(1035) = ''",
+     "$o o WHERE 0"},  // none can be created
     {"sys", "views", "$OBJECT", "$o o WHERE o.type = 'V'"},
     {"sys", "procedures", "$OBJECT", "$o o WHERE o.type = 'P'"},
     {"sys", "key_constraints", "$OBJECT", "$o o WHERE o.type IN ('PK', 'UQ')"},
@@ -187,6 +189,11 @@ c.object = o.parent AND c.name = k.value COLLATE ts_ci WHERE o.type IN ('IX', 'P
     {"sys", "schemas", "name sysname = s.name; schema_id int = s.id; principal_id int = s.owner", "$SCHEMAS"},
     {"sys", "database_principals", "$USER; default_schema_name sysname = p.home",
      "$.tsqlbox_principals p WHERE NOT p.login"},
+    {"", "sysusers",
+     R"(uid smallint = p.id; name sysname = iif(p.name = '', ts_system_user(), p.name); sid varbinary(85) = p.sid;
+hasdbaccess int = p.type <> 'R'; islogin int = p.type <> 'R'; isntname int = p.type = 'U'; issqluser int = p.type = 'S';
+issqlrole int = p.type = 'R'; isapprole int = 0)",
+     "$.tsqlbox_principals p WHERE NOT p.login"},
     {"sys", "server_principals", "$USER; is_disabled bit = 0; default_database_name sysname = p.home",
      "$.tsqlbox_principals p WHERE p.login"},
     {"sys", "database_role_members", "role_principal_id int = role; member_principal_id int = member",
@@ -197,6 +204,10 @@ g.code; permission_name nvarchar(128) = g.name; state char(1) = g.state; state_d
 'DENY', 'GRANT'))",
      "$.tsqlbox_permissions g"},
     {"sys", "types", "$ANYTYPE", "$T t"},
+    {"", "systypes",
+     R"(name sysname = ts_bare_name(t.stored); xtype tinyint = ifnull(ts_type_number(t.type), 243); xusertype smallint =
+iif(t.object, t.object + 256, ts_type_number(t.type)); length smallint = ifnull(ts_type_length(t.type), -1))",
+     "$T t"},
     {"sys", "table_types", "$ANYTYPE; type_table_object_id int = t.object", "$T t WHERE t.kind = 'TT'"},
     {"sys", "system_views", "name sysname = column1", "(VALUES ('dm_exec_requests'), ('dm_exec_sessions'))"},
     {"sys", "columns", "$COLUMN", kAllColumns},
@@ -289,8 +300,20 @@ sysname = ts_schema_of(t.name); DOMAIN_NAME sysname = ts_bare_name(t.name))",
     {"INFORMATION_SCHEMA", "ROUTINES",
      R"(SPECIFIC_* = o.name; ROUTINE_* = o.name; ROUTINE_TYPE nvarchar(20) = CASE o.type WHEN 'P' THEN 'PROCEDURE' ELSE
 'FUNCTION' END; ROUTINE_BODY nvarchar(30) = 'SQL'; ROUTINE_DEFINITION nvarchar(4000) = o.source; CREATED datetime =
-o.created; LAST_ALTERED datetime = o.created)",
-     "$o o WHERE o.type IN ('P', 'FN', 'IF', 'TF')"},
+o.created; LAST_ALTERED datetime = o.created; DATA_TYPE sysname = iif(o.type IN ('IF', 'TF'), 'TABLE',
+ts_type_base(c.type)); $SIZE)",
+     R"($o o LEFT JOIN $c c ON c.object = o.id AND c.name = '' WHERE o.type IN ('P', 'FN', 'IF', 'TF'))"},
+    {"INFORMATION_SCHEMA", "DOMAINS",
+     "DOMAIN_* = o.name; DATA_TYPE sysname = iif(o.type = 'TT', 'table type', ts_type_base(c.type)); $SIZE",
+     "$o o LEFT JOIN $c c ON c.object = o.id AND o.type = 'TYPE' WHERE o.type IN ('TYPE', 'TT')"},
+    {"INFORMATION_SCHEMA", "CONSTRAINT_TABLE_USAGE", "TABLE_* = o.name; CONSTRAINT_* = n.name",
+     "$o n JOIN $o o ON o.id = n.parent WHERE n.type IN ('PK', 'UQ', 'F', 'C')"},
+    {"INFORMATION_SCHEMA", "TABLE_PRIVILEGES",
+     R"(GRANTOR sysname = 'dbo'; GRANTEE sysname = p.name; TABLE_* = o.name; PRIVILEGE_TYPE varchar(10) = g.name;
+IS_GRANTABLE varchar(3) = iif(g.state = 'W', 'YES', 'NO'))",
+     R"($.tsqlbox_permissions g JOIN $.tsqlbox_principals p ON p.id = g.grantee AND NOT p.login JOIN $o o ON o.id =
+g.major AND o.type IN ('U', 'V') WHERE g.class = 1 AND g.state <> 'D' AND g.name IN ('SELECT', 'INSERT', 'UPDATE',
+'DELETE', 'REFERENCES'))"},
     {"INFORMATION_SCHEMA", "SEQUENCES",
      R"(SEQUENCE_* = o.name; START_VALUE bigint = $PART 0; INCREMENT bigint = $PART 1; MINIMUM_VALUE bigint = $PART 2;
 MAXIMUM_VALUE bigint = $PART 3; CYCLE_OPTION bit = $PART 4; DATA_TYPE sysname = ts_type_base(c.type))",
@@ -301,6 +324,28 @@ c.output & 1 = 0 THEN 'IN' WHEN c.name = '' THEN 'OUT' ELSE 'INOUT' END; IS_RESU
 THEN 'YES' ELSE 'NO' END; PARAMETER_NAME sysname = c.name; $NAMED)",
      kParameters},
 };
+
+// Views that SQL Server has and tsqlbox has not; besides these, all whose names begin with "dm_" and "fn_".
+constexpr std::string_view kMissingViews =
+    "all_objects all_parameters all_sql_modules all_views allocation_units assemblies assembly_files "
+    "assembly_modules assembly_references assembly_types asymmetric_keys backup_devices certificates "
+    "change_tracking_databases change_tracking_tables column_domain_usage column_privileges "
+    "column_type_usages configurations conversation_endpoints conversation_groups credentials "
+    "crypt_properties data_spaces database_audit_specifications database_files database_mirroring "
+    "database_recovery_status database_scoped_configurations domain_constraints endpoints "
+    "event_notifications external_data_sources filegroups fulltext_catalogs fulltext_index_columns "
+    "fulltext_indexes fulltext_stoplists hash_indexes internal_tables key_encryptions linked_logins "
+    "login_token master_files messages numbered_procedures openkeys parameter_type_usages "
+    "partition_functions partition_parameters partition_range_values partition_schemes partitions periods "
+    "plan_guides query_store_plan query_store_query routes routine_columns security_policies server_audits "
+    "server_event_sessions server_permissions server_role_members server_trigger_events server_triggers "
+    "servers service_queues services spatial_indexes sql_dependencies sql_expression_dependencies "
+    "sql_logins stats stats_columns symmetric_keys sysaltfiles syscacheobjects sysconfigures sysconstraints "
+    "sysdepends sysfilegroups sysfiles sysforeignkeys sysindexkeys syslockinfo syslogins sysmembers "
+    "sysmessages sysperfinfo syspermissions sysprotects sysreferences sysservers system_columns "
+    "system_objects system_parameters system_sql_modules time_zones traces transmission_queue "
+    "trigger_event_types trigger_events type_assembly_usages user_token view_column_usage view_table_usage "
+    "xml_indexes xml_schema_collections";
 
 // tempdb also shows the session's temporary tables, with negative ids.
 constexpr std::string_view kTemporaryObjects =
@@ -393,9 +438,18 @@ std::optional<SystemView> systemView(std::string_view schema, std::string_view n
         replace_all(found.sql, "$d", quotedText(database));
         replace_all(found.sql, "$s", quotedText(databaseKey(database)));
         replace_all(found.sql, "$C", kCollationName);
+        found.name = std::string(view.schema) + (view.schema.empty() ? "" : ".") + std::string(view.name);
         return found;
     }
     return std::nullopt;
+}
+
+bool isMissingView(std::string_view schema, std::string_view name) {
+    const std::string word = lowerAscii(name);
+    const bool isOfSystem = sameWord(schema, "sys") || sameWord(schema, "INFORMATION_SCHEMA");
+    if (isOfSystem && (word.starts_with("dm_") || word.starts_with("fn_"))) return true;
+    const bool legacy = word.starts_with("sys") && (schema.empty() || sameWord(schema, "dbo"));
+    return (isOfSystem || legacy) && hasWord(kMissingViews, word);
 }
 
 std::optional<int> databaseId(const Storage& storage, std::string_view name) {

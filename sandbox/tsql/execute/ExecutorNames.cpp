@@ -161,6 +161,7 @@ TableInfo Executor::table(const ObjectName& name, int missing, int state, std::s
     if (view && (rows.rows.empty() || verb.empty() || enabledTriggers(rows, verb).empty()))
         throw unsupported("changes through a view ('" + name.name + "')");
     if (view) return rows;
+    if (!m_checking && isMissingView(name.schema, name.name)) throw unsupported(asWritten(name));
     throw sqlError(missing, {asWritten(name)}, state);
 }
 

@@ -53,6 +53,7 @@ struct Source {
     std::string rowid;       // SQL of the row id; empty: not a stored table
     std::string table;       // qualified name in SQLite; empty likewise
     std::vector<SourceColumn> columns;
+    std::string systemView = {};  // its name; empty: not a view of the catalogue
     std::string shown(const std::string& column) const {
         return exposed.empty() ? column : exposed + "." + column;
     }

@@ -12,6 +12,14 @@ bool isConstantQuery(const Expr& expr) {
            select->items.front().value && std::holds_alternative<Literal>(select->items.front().value->node);
 }
 
+// The views of the catalogue lack columns that they have in SQL Server.
+SqlError missingColumn(const ColumnRef& column, std::span<const Source> sources) {
+    for (const Source& source : sources)
+        if (!source.systemView.empty())
+            return unsupported("the column " + column.path.back() + " of " + source.systemView);
+    return sqlError(kInvalidColumnName, {column.path.back()});
+}
+
 }  // namespace
 
 Typed Translator::value(const Expr& expr) {
@@ -87,7 +95,7 @@ Typed Translator::node(const ColumnRef& column) {
     for (Scope* scope = m_scope; scope; scope = scope->outer) {
         const Source* source = nullptr;
         const SourceColumn* found = findColumn(column, *scope, source);
-        if (!found && source) throw sqlError(kInvalidColumnName, {column.path.back()});  // its table is known
+        if (!found && source) throw missingColumn(column, {source, 1});  // its table is known
         if (!found) continue;
         if (scope->isNullKey(found->sql)) return {"NULL", found->type};
         if (scope->aggregateDepth == 0 && !scope->groupKeys.contains(found->sql))
@@ -96,7 +104,8 @@ Typed Translator::node(const ColumnRef& column) {
         typed.nullable = found->nullable;
         return typed;
     }
-    if (column.path.size() == 1) throw sqlError(kInvalidColumnName, {column.path.back()});
+    if (column.path.size() == 1)
+        throw missingColumn(column, m_scope ? m_scope->sources : std::span<const Source>());
     std::string path;
     for (const auto& part : column.path) path += (path.empty() ? "" : ".") + part;
     throw sqlError(kUnboundIdentifier, {path});

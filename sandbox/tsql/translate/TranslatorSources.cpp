@@ -122,6 +122,7 @@ std::string Translator::namedTable(const NamedTable& table, const std::string& a
     addSource(*info, exposed, sqlAlias);
     if (!view) return info->sqlName() + " AS " + sqlAlias;
     m_scope->sources.back().rowid.clear();
+    m_scope->sources.back().systemView = view->name;
     return "(" + view->sql + ") AS " + sqlAlias;
 }
 
@@ -145,9 +146,10 @@ std::string Translator::storedTable(const StoredModule& stored, const std::vecto
 
 // STRING_SPLIT(text, separator)
 std::string Translator::splitText(const NamedTable& table, const std::string& alias, bool applied) {
-    if (!table.name.schema.empty() || !sameWord(table.name.name, "STRING_SPLIT"))
-        throw sqlError(kInvalidObjectName,
-                       {(table.name.schema.empty() ? "" : table.name.schema + ".") + table.name.name});
+    if (!table.name.schema.empty() || !sameWord(table.name.name, "STRING_SPLIT")) {
+        m_names.table(table.name);
+        throw sqlError(kArgumentsOfTable, {table.name.name});
+    }
     if (table.arguments->size() != 2) throw sqlError(kTooManyArguments, {"STRING_SPLIT"});
     const auto pieces = beside(applied, [&] { return values(*table.arguments); });
     const Typed &text = pieces.front(), &separator = pieces.back();

@@ -40,6 +40,16 @@ SELECT SPECIFIC_NAME, ORDINAL_POSITION, PARAMETER_MODE, IS_RESULT, PARAMETER_NAM
 --> SPECIFIC_NAME nvarchar(128)? | ORDINAL_POSITION int? | PARAMETER_MODE nvarchar(10)? | IS_RESULT nvarchar(10)? | PARAMETER_NAME nvarchar(128)? | DATA_TYPE nvarchar(128)?
 --> restock | 1 | IN | NO | @code | nvarchar --> restock | 2 | INOUT | NO | @n | int --> twice | 0 | OUT | YES |  | decimal --> twice | 1 | IN | NO | @x | decimal (4 rows)
 SELECT * FROM sys.nosuch --> Msg 208, Level 16, State 1, Line 1: Invalid object name 'sys.nosuch'.
+-- what SQL Server has and tsqlbox has not is refused by name, when it is read
+SELECT is_encrypted FROM sys.databases --> Msg 50000, Level 16, State 1, Line 2: tsqlbox does not support the column is_encrypted of sys.databases.
+IF 1 = 0 SELECT * FROM sys.dm_os_sys_info
+SELECT * FROM sys.dm_exec_sql_text(0x01) --> Msg 50000, Level 16, State 1, Line 2: tsqlbox does not support sys.dm_exec_sql_text.
+SELECT * FROM sysaltfiles --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support sysaltfiles.
+SELECT * FROM item(1) --> Msg 215, Level 16, State 1, Line 1: Parameters supplied for object 'item' which is not a function. If the parameters are intended as a table hint, a WITH keyword is required.
+SELECT ROUTINE_NAME, DATA_TYPE, NUMERIC_PRECISION, NUMERIC_SCALE FROM INFORMATION_SCHEMA.ROUTINES ORDER BY 1 --> ROUTINE_NAME nvarchar(128)? | DATA_TYPE nvarchar(128)? | NUMERIC_PRECISION tinyint? | NUMERIC_SCALE int? = restock | NULL | NULL | NULL; twice | decimal | 9 | 2 (2 rows)
+SELECT CONSTRAINT_NAME FROM INFORMATION_SCHEMA.CONSTRAINT_TABLE_USAGE WHERE TABLE_NAME = 'item' ORDER BY 1 --> CONSTRAINT_NAME nvarchar(128)? = CK_price; PK_item; UQ_code (3 rows)
+SELECT name, uid, issqlrole FROM sysusers WHERE uid < 2 ORDER BY uid
+SELECT name, xtype, length FROM systypes WHERE name IN ('int', 'nchar') ORDER BY 1 --> name nvarchar(128)? | uid smallint? | issqlrole int? = public | 0 | 1; dbo | 1 | 0 (2 rows) --> name nvarchar(128)? | xtype tinyint? | length smallint? = int | 56 | 4; nchar | 239 | 8000 (2 rows)
 -- rebuilt indexes; a database is renamed, or set to a value that it has
 ALTER INDEX ix_made ON item REBUILD WITH (FILLFACTOR = 80) -->
 EXEC sp_who '51' EXEC sp_who nobody

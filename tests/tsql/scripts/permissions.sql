@@ -9,6 +9,7 @@ GRANT SELECT, INSERT ON t TO readers, public GRANT EXEC ON OBJECT::dbo.p TO app 
 DENY CREATE TABLE, VIEW DEFINITION TO readers DENY SELECT ON [dbo].[t] TO readers CASCADE
 GRANT CONTROL ON SCHEMA::shop TO readers GRANT ALTER ON SCHEMA::dbo TO readers GRANT UPDATE ON shop.[a'b] TO app
 GRANT CONNECT ON DATABASE::club2 TO app REVOKE INSERT ON t FROM public -->
+SELECT GRANTEE, TABLE_SCHEMA, TABLE_NAME, PRIVILEGE_TYPE FROM INFORMATION_SCHEMA.TABLE_PRIVILEGES --> GRANTEE nvarchar(128)? | TABLE_SCHEMA nvarchar(128)? | TABLE_NAME nvarchar(128)? | PRIVILEGE_TYPE varchar(10)? = public | dbo | t | SELECT; readers | dbo | t | INSERT; app | shop | a'b | UPDATE (3 rows)
 SELECT class_desc, COALESCE(OBJECT_NAME(NULLIF(major_id * (2 - class), 0)), SCHEMA_NAME(major_id)) AS securable, p.name, permission_name, d.type, state_desc FROM sys.database_permissions d JOIN sys.database_principals p ON p.principal_id = d.grantee_principal_id ORDER BY 1, 2, 3, 4
 --> class_desc nvarchar(60)? | securable nvarchar(128)? | name nvarchar(128)? | permission_name nvarchar(128)? | type char(4)? | state_desc nvarchar(60)?
 --> DATABASE | NULL | app | CONNECT | CO   | GRANT --> DATABASE | NULL | readers | CREATE TABLE | CRTB | DENY --> DATABASE | NULL | readers | VIEW DEFINITION | VW   | DENY

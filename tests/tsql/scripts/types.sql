@@ -40,6 +40,9 @@ CREATE PROCEDURE change @lines Lines READONLY AS DELETE l FROM @lines l --> Msg 
 CREATE PROCEDURE change @lines Lines AS SELECT 1 --> Msg 352, Level 15, State 1, Line 1, Procedure change: The table-valued parameter "@lines" must be declared with the READONLY option.
 CREATE PROCEDURE change @n int READONLY AS SELECT 1 --> Msg 346, Level 15, State 1, Line 1, Procedure change: The parameter "@n" can not be declared READONLY since it is not a table-valued parameter.
 CREATE FUNCTION count_of (@lines Lines READONLY) RETURNS int AS BEGIN RETURN 1 END --> Msg 50000, Level 16, State 1, Line 1, Procedure count_of: tsqlbox does not support table-valued parameters of functions.
+SELECT DOMAIN_SCHEMA, DOMAIN_NAME, DATA_TYPE, CHARACTER_MAXIMUM_LENGTH FROM INFORMATION_SCHEMA.DOMAINS ORDER BY 2
+--> DOMAIN_SCHEMA nvarchar(128)? | DOMAIN_NAME nvarchar(128)? | DATA_TYPE nvarchar(128)? | CHARACTER_MAXIMUM_LENGTH int? --> dbo | Amount | decimal | NULL --> shop | Code | varchar | 5
+--> dbo | Lines | table type | NULL (3 rows)
 CREATE TYPE datetime2 FROM int --> Msg 219, Level 16, State 1, Line 1: The type 'datetime2' already exists, or you do not have permission to create it.
 CREATE TYPE Price FROM Amount --> Msg 222, Level 16, State 1, Line 1: The base type "Amount" is not a valid base type for the alias data type.
 CREATE TABLE wrong (l Lines) --> Msg 350, Level 16, State 1, Line 1: The column "l" does not have a valid data type. A column cannot be of a user-defined table type.
