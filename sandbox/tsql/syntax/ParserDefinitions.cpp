@@ -472,11 +472,63 @@ Statement::Node createModule(Parser& in, CreateModule module) {
     return module;
 }
 
+// The server itself places the files of a database, whatever ON and LOG ON say.
 Statement::Node createDatabase(Parser& in) {
     CreateDatabase node{in.expectName()};
-    for (const auto word : {"ON", "COLLATE", "LOG", "CONTAINMENT", "FOR", "WITH (", "AS"})
-        in.throwIfAt(word, "options of CREATE DATABASE");
+    const auto file = [&] {
+        if (in.accept("FILEGROUP")) in.expectName();
+        if (!in.at("(")) in.throwSyntaxError();
+        return in.skipParenthesized();
+    };
+    in.accept("CONTAINMENT = NONE");
+    if (in.accept("ON PRIMARY") || in.accept("ON")) in.list(file);
+    if (in.accept("LOG ON")) in.list(file);
+    if (in.at("COLLATE")) in.collation();
+    for (const auto word : {"CONTAINMENT", "FOR", "WITH", "AS"})
+        in.throwIfAt(word, "CREATE DATABASE ... " + std::string(word));
     return node;
+}
+
+// Settings that have no effect with any value: the database has one writer and no statistics, and clients
+// state the ANSI settings themselves.
+constexpr const char* kIdleSettings[] = {"ACCELERATED_DATABASE_RECOVERY",
+                                         "ALLOW_SNAPSHOT_ISOLATION",
+                                         "ANSI_NULL_DEFAULT",
+                                         "ANSI_NULLS",
+                                         "ANSI_PADDING",
+                                         "ANSI_WARNINGS",
+                                         "ARITHABORT",
+                                         "AUTO_CLOSE",
+                                         "AUTO_CREATE_STATISTICS",
+                                         "AUTO_SHRINK",
+                                         "AUTO_UPDATE_STATISTICS",
+                                         "AUTO_UPDATE_STATISTICS_ASYNC",
+                                         "COMPATIBILITY_LEVEL",
+                                         "CONCAT_NULL_YIELDS_NULL",
+                                         "CURSOR_CLOSE_ON_COMMIT",
+                                         "DATE_CORRELATION_OPTIMIZATION",
+                                         "DB_CHAINING",
+                                         "DELAYED_DURABILITY",
+                                         "HONOR_BROKER_PRIORITY",
+                                         "NUMERIC_ROUNDABORT",
+                                         "PAGE_VERIFY",
+                                         "PARAMETERIZATION",
+                                         "QUERY_STORE",
+                                         "QUOTED_IDENTIFIER",
+                                         "READ_COMMITTED_SNAPSHOT",
+                                         "RECOVERY",
+                                         "TARGET_RECOVERY_TIME",
+                                         "TRUSTWORTHY"};
+
+// name value, name = value or name = value (options)
+bool acceptIdleSetting(Parser& in) {
+    if (std::ranges::none_of(kIdleSettings, [&](auto name) { return in.accept(name); })) return false;
+    in.accept("=");
+    if (in.peek().kind == TokenKind::End) in.throwSyntaxError();
+    if (!in.at("(")) in.takeToken();
+    in.acceptAny({"SECONDS", "MINUTES"});
+    if (in.at("(")) in.skipParenthesized();
+    return true;
 }
 
 Statement::Node alterDatabase(Parser& in) {
@@ -486,11 +538,12 @@ Statement::Node alterDatabase(Parser& in) {
         return node;
     }
     if (!in.accept("SET")) throwUnsupportedObject(in, "ALTER DATABASE ...");
-    do  // settings that every database has, or that have no effect
+    do
         if (in.acceptAny({"SINGLE_USER", "RESTRICTED_USER"}))
             node.excludes = true;
-        else if (!in.acceptAny({"RECOVERY SIMPLE", "MULTI_USER", "READ_WRITE", "ONLINE", "AUTO_CLOSE OFF",
-                                "AUTO_SHRINK OFF", "PAGE_VERIFY CHECKSUM", "RECURSIVE_TRIGGERS OFF"}))
+        else if (!acceptIdleSetting(in) &&  // else a state that every database is in
+                 !in.acceptAny({"MULTI_USER", "READ_WRITE", "ONLINE", "RECURSIVE_TRIGGERS OFF",
+                                "CURSOR_DEFAULT GLOBAL", "DISABLE_BROKER"}))
             throwUnsupportedObject(in, "ALTER DATABASE ... SET");
     while (in.accept(","));
     in.acceptAny({"WITH ROLLBACK IMMEDIATE", "WITH NO_WAIT"});
@@ -653,6 +706,7 @@ std::optional<Constraint> Parser::acceptConstraint(bool ofTable) {
     } else if (constraint.kind == ConstraintKind::ForeignKey) {
         if (kind && at("(")) constraint.columns = columnNames();
         references(*this, constraint);
+        accept("NOT FOR REPLICATION");
     } else {
         acceptAny({"CLUSTERED", "NONCLUSTERED"});
         if (ofTable || at("("))

@@ -60,7 +60,15 @@ ALTER INDEX nosuch ON item REBUILD --> Msg 2727, Level 11, State 1, Line 1: Cann
 ALTER INDEX ix_made ON item DISABLE --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support ALTER INDEX ... DISABLE.
 ALTER DATABASE CURRENT SET RECOVERY SIMPLE, RESTRICTED_USER, MULTI_USER WITH ROLLBACK IMMEDIATE -->
 ALTER DATABASE shop MODIFY NAME = store --> Msg 5030, Level 16, State 2, Line 1: The database could not be exclusively locked to perform the operation.
-ALTER DATABASE shop SET RECOVERY FULL --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support ALTER DATABASE ... SET RECOVERY.
+ALTER DATABASE shop SET RECOVERY FULL, ANSI_NULLS OFF, QUERY_STORE = ON (MAX_STORAGE_SIZE_MB = 10), TARGET_RECOVERY_TIME = 60 SECONDS WITH NO_WAIT -->
+ALTER DATABASE shop SET RECOVERY --> Msg 102, Level 15, State 1, Line 1: Incorrect syntax near 'RECOVERY'.
+ALTER DATABASE shop SET READ_ONLY --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support ALTER DATABASE ... SET READ_ONLY.
+-- files are placed by the server
+CREATE DATABASE placed CONTAINMENT = NONE ON PRIMARY (NAME = N'placed', FILENAME = N'c:\placed.mdf', SIZE = 8MB), FILEGROUP f (NAME = f, FILENAME = 'd:\f.ndf') LOG ON (NAME = l, FILENAME = 'l.ldf') COLLATE Latin1_General_CI_AS
+DROP DATABASE placed -->
+CREATE DATABASE placed COLLATE Latin1_General_BIN --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support a collation other than those named ..._CI_AS.
+CREATE DATABASE placed ON (FILENAME = N'c:\placed.mdf') FOR ATTACH --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support CREATE DATABASE ... FOR.
+CREATE DATABASE placed ON PRIMARY --> Msg 102, Level 15, State 1, Line 1: Incorrect syntax near 'PRIMARY'.
 USE master --> USE master --> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'master'.
 ALTER DATABASE shop MODIFY NAME = tempdb --> Msg 1801, Level 16, State 3, Line 1: Database 'tempdb' already exists. Choose a different database name.
 ALTER DATABASE tempdb MODIFY NAME = shop2 --> Msg 5058, Level 16, State 5, Line 1: Option 'MODIFY NAME' cannot be set in database 'tempdb'.

@@ -1,6 +1,6 @@
 CREATE TABLE parent (id int NOT NULL, code varchar(10) NOT NULL, CONSTRAINT PK_parent PRIMARY KEY (id), CONSTRAINT UQ_parent UNIQUE (code, id)) -->
 CREATE TABLE other (id int IDENTITY(5,1) PRIMARY KEY, nm nvarchar(20) NULL) -->
-CREATE TABLE child (id int NOT NULL, parent int NULL CONSTRAINT FK_parent REFERENCES parent, other int NULL, n int NULL CONSTRAINT CK_n CHECK (n < 10), CONSTRAINT FK_other FOREIGN KEY (other) REFERENCES other (id) ON DELETE CASCADE, CONSTRAINT CK_both CHECK (n <> id)) -->
+CREATE TABLE child (id int NOT NULL, parent int NULL CONSTRAINT FK_parent REFERENCES parent, other int NULL, n int NULL CONSTRAINT CK_n CHECK (n < 10), CONSTRAINT FK_other FOREIGN KEY (other) REFERENCES other (id) ON DELETE CASCADE NOT FOR REPLICATION, CONSTRAINT CK_both CHECK (n <> id)) -->
 CREATE UNIQUE INDEX ix_child ON child (id, n) -->
 INSERT parent VALUES (1, 'a'), (2, 'b') --> (2 changed)
 INSERT other VALUES (N'fünf') --> (1 changed)
