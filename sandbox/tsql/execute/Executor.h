@@ -37,6 +37,7 @@ struct Settings {
     bool abortOnError = false;  // XACT_ABORT
     bool implicitTransactions = false;
     bool quotedIdentifiers = true;
+    bool padding = true;              // ANSI_PADDING: new columns keep trailing blanks
     bool describeOnly = false;        // FMTONLY
     bool parseOnly = false;           // only SET executes, and nothing is checked
     bool checkOnly = false;           // NOEXEC: only SET executes
@@ -46,9 +47,9 @@ struct Settings {
 
     // @@OPTIONS: the bits of the settings that are on.
     int bits() const {
-        // ANSI_WARNINGS, ANSI_PADDING, ANSI_NULLS, ARITHABORT, ANSI_NULL_DFLT_ON, CONCAT_NULL_YIELDS_NULL
-        constexpr int kAlwaysOn = 8 + 16 + 32 + 64 + 1024 + 4096;
-        return kAlwaysOn + implicitTransactions * 2 + quotedIdentifiers * 256 + noCount * 512 +
+        // ANSI_WARNINGS, ANSI_NULLS, ARITHABORT, ANSI_NULL_DFLT_ON, CONCAT_NULL_YIELDS_NULL
+        constexpr int kAlwaysOn = 8 + 32 + 64 + 1024 + 4096;
+        return kAlwaysOn + implicitTransactions * 2 + padding * 16 + quotedIdentifiers * 256 + noCount * 512 +
                abortOnError * 16384;
     }
 };

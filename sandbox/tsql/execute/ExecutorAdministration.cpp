@@ -18,6 +18,7 @@ void Executor::run(const SetOption& option) {
         if (name == "XACT_ABORT") m_settings.abortOnError = option.on;
         if (name == "IMPLICIT_TRANSACTIONS") m_settings.implicitTransactions = option.on;
         if (name == "QUOTED_IDENTIFIER") m_settings.quotedIdentifiers = option.on;
+        if (name == "ANSI_PADDING") m_settings.padding = option.on;
         if (name == "ROWCOUNT") m_settings.mostRows = *option.number;
         if (name == "LOCK_TIMEOUT")
             m_settings.lockTimeout = static_cast<int>(std::clamp(*option.number, kUsual, kLongest));

@@ -82,7 +82,12 @@ void setIdentity(TableInfo& table, const ColumnDefinition& given) {
 }
 
 // Returns a new column. create: the table's definition, in which it may be part of the primary key.
-TableColumn columnOf(TableInfo& table, const ColumnDefinition& given, const CreateTable& create = {}) {
+TableColumn columnOf(TableInfo& table, const ColumnDefinition& given, const Settings& settings,
+                     const CreateTable& create = {}) {
+    const bool losesBlanks =
+        hasLength(given.type.id) && !isNational(given.type.id) && given.type.length != SqlType::kMax;
+    if (losesBlanks && !settings.padding)
+        throw unsupported("columns of type " + displayName(given.type) + " with ANSI_PADDING OFF");
     requireColumnName(given.name);
     if (table.column(given.name)) throw sqlError(kRepeatedColumnName, {given.name, table.name});
     setIdentity(table, given);
@@ -152,7 +157,7 @@ TableInfo Executor::createTable(const CreateTable& create) {
     table.name = name;
     for (const auto& definition : create.columns) {
         if (definition.userType && name.starts_with('#')) throw unsupported("user-defined types in tempdb");
-        table.columns.push_back(columnOf(table, definition, create));
+        table.columns.push_back(columnOf(table, definition, m_settings, create));
     }
     if (std::ranges::none_of(table.columns, &std::string::empty, &TableColumn::computed))
         throw unsupported("a table of computed columns only");
@@ -401,7 +406,7 @@ void Executor::switchConstraints(Catalogue& catalogue, const TableInfo& table, c
 }
 
 void Executor::addColumn(Catalogue& catalogue, TableInfo& table, const ColumnDefinition& definition) {
-    TableColumn column = columnOf(table, definition);
+    TableColumn column = columnOf(table, definition, m_settings);
     const bool isComputed = !column.computed.empty(), isStored = !isComputed && !column.identity;
     if (isComputed) column.type = computed(table, column).type;
     const TableColumn given = column;

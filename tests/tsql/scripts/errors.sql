@@ -44,6 +44,9 @@ SET NOCOUNT 5 --> Msg 50000, Level 16, State 1, Line 2: tsqlbox does not support
 SET DATEFIRST 1 --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support SET DATEFIRST 1.
 SET LANGUAGE German --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support SET LANGUAGE GERMAN.
 SET ANSI_NULL_DFLT_OFF ON --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support SET ANSI_NULL_DFLT_OFF ON.
+SET ANSI_PADDING OFF CREATE TABLE unpadded (a int, b nchar(3), c varchar(max)) SELECT @@OPTIONS & 16 AS padding, FULLTEXTSERVICEPROPERTY('IsFullTextInstalled') AS installed --> padding int? = 0 | installed int? = 0 (1 rows)
+ALTER TABLE unpadded ADD d varchar(5) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support columns of type varchar(5) with ANSI_PADDING OFF.
+SET ANSI_PADDING ON ALTER TABLE unpadded ADD d varchar(5) DROP TABLE unpadded -->
 SET ANSI_PADDING ON SET ANSI_WARNINGS OFF --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support SET ANSI_WARNINGS OFF.
 SET TRANSACTION ISOLATION LEVEL CHAOS --> Msg 102, Level 15, State 1, Line 1: Incorrect syntax near 'CHAOS'.
 SET LANGUAGE us_english SET DATEFIRST 7 SET LOCK_TIMEOUT -1 SET ANSI_NULLS, QUOTED_IDENTIFIER ON
