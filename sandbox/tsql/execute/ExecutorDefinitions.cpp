@@ -67,14 +67,18 @@ void requireKeyType(const TableInfo& table, const TableColumn& column) {
 constexpr std::pair<std::string_view, std::string_view> kConstraints[] = {
     {kPrimaryKey, "PK"}, {kUnique, "UQ"}, {kCheck, "CK"}, {kForeignKey, "FK"}, {kDefault, "DF"}};
 
+void requireIdentityType(const TableInfo& table, const ColumnDefinition& given) {
+    if (!isExact(given.type.id) || given.type.scale > 0) throw sqlError(kInvalidIdentityType, {given.name});
+    if (isWide(given.type)) throw unsupported("an identity of more than 18 digits");
+    if (given.nullable.value_or(false)) throw sqlError(kIdentityOnNullable, {given.name, table.name});
+}
+
 // Enters the identity of a new column, if it is one. A table has one identity and one rowversion at most.
 void setIdentity(TableInfo& table, const ColumnDefinition& given) {
     if (given.type.id == TypeId::RowVersion && std::ranges::any_of(table.columns, &TableColumn::isRowVersion))
         throw sqlError(kSeveralRowVersions, {table.name, given.name});
     if (!given.identity) return;
-    if (!isExact(given.type.id) || given.type.scale > 0) throw sqlError(kInvalidIdentityType, {given.name});
-    if (isWide(given.type)) throw unsupported("an identity of more than 18 digits");
-    if (given.nullable.value_or(false)) throw sqlError(kIdentityOnNullable, {given.name, table.name});
+    requireIdentityType(table, given);
     if (table.identityColumn()) throw sqlError(kSeveralIdentityColumns, {table.name});
     if (given.identity->increment == 0) throw sqlError(kInvalidIdentityIncrement, {given.name});
     table.seed = given.identity->seed;
@@ -477,7 +481,9 @@ void Executor::alterColumn(Catalogue& catalogue, TableInfo& table, const ColumnD
     if (column.isRowVersion()) throw sqlError(kCannotAlterColumn, {column.name, "timestamp"});
     if (definition.type.id == TypeId::RowVersion)
         throw sqlError(kCannotAlterColumnTo, {column.name, "timestamp"});
-    if (column.identity || !definition.constraints.empty()) throw unsupported("this form of ALTER COLUMN");
+    if (column.identity) requireIdentityType(table, definition);
+    if (!definition.constraints.empty() || (column.identity && !definition.nullable))
+        throw unsupported("this form of ALTER COLUMN");
     const bool longer =
         before.id == definition.type.id &&
         (before.length <= definition.type.length || definition.type.length == SqlType::kMax) &&

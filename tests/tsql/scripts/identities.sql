@@ -102,3 +102,8 @@ INSERT Chosen VALUES (8)
 SELECT id FROM Chosen
 --> Msg 545, Level 16, State 1, Line 1: Explicit value must be specified for identity column in table 'Chosen' either when IDENTITY_INSERT is set to ON or when a replication user is inserting into a NOT FOR REPLICATION identity column. (1 changed) (1 changed)
 --> id int* = 7; 8 (2 rows)
+-- the type of an identity
+CREATE TABLE counted (id int IDENTITY(300,5) NOT NULL, a int) INSERT counted VALUES (1) ALTER TABLE counted ALTER COLUMN id tinyint NOT NULL --> (1 changed) --> Msg 220, Level 16, State 2, Line 2: Arithmetic overflow error for data type tinyint, value = 300. (3621)
+ALTER TABLE counted ALTER COLUMN id bigint NOT NULL DBCC CHECKIDENT (counted, RESEED, 3000000000) WITH NO_INFOMSGS INSERT counted VALUES (2) SELECT * FROM counted --> (1 changed) --> id bigint* | a int? = 300 | 1; 3000000005 | 2 (2 rows)
+ALTER TABLE counted ALTER COLUMN id varchar(9) NOT NULL --> Msg 2749, Level 16, State 1, Line 1: Identity column 'id' must be of data type int, bigint, smallint, tinyint, or decimal or numeric with a scale of 0, and constrained to be nonnullable.
+ALTER TABLE counted ALTER COLUMN id int NULL --> Msg 8147, Level 16, State 1, Line 1: Could not create IDENTITY attribute on nullable column 'id', table 'counted'.
