@@ -205,7 +205,7 @@ SystemView queryOf(std::string_view columns, std::string_view from);
 std::optional<SystemView> systemView(std::string_view schema, std::string_view name,
                                      std::string_view sqliteSchema, std::string_view database,
                                      const Storage& storage);
-// Whether SQL Server has such a view or table function, and tsqlbox has not.
+// Whether a view or table function that tsqlbox lacks is one of SQL Server's, as all in its schemas are.
 bool isMissingView(std::string_view schema, std::string_view name);
 // Returns the number of a database, from 1 in the order of Storage::databases(). Empty for an unknown name.
 std::optional<int> databaseId(const Storage& storage, std::string_view name);

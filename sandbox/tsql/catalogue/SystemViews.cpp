@@ -325,27 +325,10 @@ THEN 'YES' ELSE 'NO' END; PARAMETER_NAME sysname = c.name; $NAMED)",
      kParameters},
 };
 
-// Views that SQL Server has and tsqlbox has not; besides these, all whose names begin with "dm_" and "fn_".
+// Views outside the schemas of the system that SQL Server has and tsqlbox has not.
 constexpr std::string_view kMissingViews =
-    "all_objects all_parameters all_sql_modules all_views allocation_units assemblies assembly_files "
-    "assembly_modules assembly_references assembly_types asymmetric_keys backup_devices certificates "
-    "change_tracking_databases change_tracking_tables column_domain_usage column_privileges "
-    "column_type_usages configurations conversation_endpoints conversation_groups credentials "
-    "crypt_properties data_spaces database_audit_specifications database_files database_mirroring "
-    "database_recovery_status database_scoped_configurations domain_constraints endpoints "
-    "event_notifications external_data_sources filegroups fulltext_catalogs fulltext_index_columns "
-    "fulltext_indexes fulltext_stoplists hash_indexes internal_tables key_encryptions linked_logins "
-    "login_token master_files messages numbered_procedures openkeys parameter_type_usages "
-    "partition_functions partition_parameters partition_range_values partition_schemes partitions periods "
-    "plan_guides query_store_plan query_store_query routes routine_columns security_policies server_audits "
-    "server_event_sessions server_permissions server_role_members server_trigger_events server_triggers "
-    "servers service_queues services spatial_indexes sql_dependencies sql_expression_dependencies "
-    "sql_logins stats stats_columns symmetric_keys sysaltfiles syscacheobjects sysconfigures sysconstraints "
-    "sysdepends sysfilegroups sysfiles sysforeignkeys sysindexkeys syslockinfo syslogins sysmembers "
-    "sysmessages sysperfinfo syspermissions sysprotects sysreferences sysservers system_columns "
-    "system_objects system_parameters system_sql_modules time_zones traces transmission_queue "
-    "trigger_event_types trigger_events type_assembly_usages user_token view_column_usage view_table_usage "
-    "xml_indexes xml_schema_collections";
+    "sysaltfiles sysconfigures sysconstraints sysdepends sysfilegroups sysfiles sysforeignkeys sysindexkeys "
+    "syslockinfo syslogins sysmembers sysmessages syspermissions sysprotects sysreferences sysservers";
 
 // tempdb also shows the session's temporary tables, with negative ids.
 constexpr std::string_view kTemporaryObjects =
@@ -445,11 +428,8 @@ std::optional<SystemView> systemView(std::string_view schema, std::string_view n
 }
 
 bool isMissingView(std::string_view schema, std::string_view name) {
-    const std::string word = lowerAscii(name);
-    const bool isOfSystem = sameWord(schema, "sys") || sameWord(schema, "INFORMATION_SCHEMA");
-    if (isOfSystem && (word.starts_with("dm_") || word.starts_with("fn_"))) return true;
-    const bool legacy = word.starts_with("sys") && (schema.empty() || sameWord(schema, "dbo"));
-    return (isOfSystem || legacy) && hasWord(kMissingViews, word);
+    if (sameWord(schema, "sys") || sameWord(schema, "INFORMATION_SCHEMA")) return true;
+    return (schema.empty() || sameWord(schema, "dbo")) && hasWord(kMissingViews, lowerAscii(name));
 }
 
 std::optional<int> databaseId(const Storage& storage, std::string_view name) {

@@ -39,7 +39,7 @@ SELECT COLUMN_NAME, COLUMN_DEFAULT, DATA_TYPE, CHARACTER_MAXIMUM_LENGTH, CHARACT
 SELECT SPECIFIC_NAME, ORDINAL_POSITION, PARAMETER_MODE, IS_RESULT, PARAMETER_NAME, DATA_TYPE FROM INFORMATION_SCHEMA.PARAMETERS ORDER BY SPECIFIC_NAME, ORDINAL_POSITION
 --> SPECIFIC_NAME nvarchar(128)? | ORDINAL_POSITION int? | PARAMETER_MODE nvarchar(10)? | IS_RESULT nvarchar(10)? | PARAMETER_NAME nvarchar(128)? | DATA_TYPE nvarchar(128)?
 --> restock | 1 | IN | NO | @code | nvarchar --> restock | 2 | INOUT | NO | @n | int --> twice | 0 | OUT | YES |  | decimal --> twice | 1 | IN | NO | @x | decimal (4 rows)
-SELECT * FROM sys.nosuch --> Msg 208, Level 16, State 1, Line 1: Invalid object name 'sys.nosuch'.
+SELECT * FROM sys.nosuch --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support sys.nosuch.
 -- what SQL Server has and tsqlbox has not is refused by name, when it is read
 SELECT is_encrypted FROM sys.databases --> Msg 50000, Level 16, State 1, Line 2: tsqlbox does not support the column is_encrypted of sys.databases.
 IF 1 = 0 SELECT * FROM sys.dm_os_sys_info
