@@ -325,7 +325,7 @@ std::string sessionList(const Storage& storage) {
         const auto& [id, entry] = session;
         const bool waits = entry.isRunning && now - entry.waited < kLongestLook;
         const double begin = std::chrono::duration<double>(entry.begin.time_since_epoch()).count();
-        const std::string_view texts[] = {entry.host, entry.program, entry.login};
+        const std::string_view texts[] = {entry.client.host, entry.client.program, entry.client.login};
         const int numbers[] = {id, entry.isRunning, waits, databaseId(storage, entry.database).value_or(0),
                                entry.hasTransaction};
         return "(" + std::to_string(begin) + ", " + commaList(texts, quotedText) + ", " +

@@ -37,10 +37,16 @@ SqliteConnection openFile(const std::filesystem::path& file, int flags, const st
 void execute(sqlite3* connection, const std::string& sql);
 
 std::string databaseKey(std::string_view name);  // names with equal keys are one database
+// Client of a session, as HOST_NAME() and similar functions report it.
+struct Client {
+    std::string login, host = {}, program = {};
+};
+
 
 // A session as sys.dm_exec_sessions and sys.dm_exec_requests show it.
 struct SessionEntry {
-    std::string login, host, program, database;
+    Client client;
+    std::string database;
     std::chrono::system_clock::time_point begin, waited{};  // newest look at a lock that another one holds
     bool isRunning = false, hasTransaction = false;         // the latter may hold the database's write lock
 };
