@@ -520,9 +520,8 @@ struct Backup {
     ExprPtr database, file;
     Options options = {};
 };
-enum class RestoreKind { Database, FileList, Header, Verify };
 struct Restore {
-    RestoreKind kind = RestoreKind::Database;
+    std::string_view what;  // DATABASE, FILELISTONLY, HEADERONLY or VERIFYONLY
     ExprPtr database, file;
     Options options = {};
 };
