@@ -62,12 +62,14 @@ void blockStopSignals() {
 Listener::Listener(const Options& options, const tds::Credentials& credentials, tsql::Engine& engine)
     : m_options(options),
       m_engine(engine),
-      m_tls(options.encryption == tds::Encryption::None
-                ? nullptr
-                : openTls(options.tlsFiles, options.selfSignedNames, options.newestTls)),
-      m_keytab(options.keytab.empty() ? nullptr : std::make_unique<tds::Keytab>(options.keytab)),
-      m_settings{credentials, tsql::hostName(), options.encryption.value(),
-                 m_tls.get(), m_keytab.get(),   std::chrono::seconds(options.loginSeconds)},
+      m_settings{credentials,
+                 tsql::hostName(),
+                 options.encryption.value(),
+                 options.encryption == tds::Encryption::None
+                     ? nullptr
+                     : openTls(options.tlsFiles, options.selfSignedNames, options.newestTls),
+                 options.keytab.empty() ? nullptr : std::make_unique<tds::Keytab>(options.keytab),
+                 std::chrono::seconds(options.loginSeconds)},
       m_socket(openListening(options)),
       m_signals(FileDescriptor::adopt(signalfd(-1, &kStopSignals, SFD_CLOEXEC))) {
     if (!m_signals.isOpen()) throwErrno("signalfd");

@@ -38,8 +38,6 @@ class Listener {
 
     const Options& m_options;
     tsql::Engine& m_engine;
-    tds::TlsContext m_tls;                  // empty: connections are not encrypted
-    std::unique_ptr<tds::Keytab> m_keytab;  // empty: Windows authentication is refused
     tds::ConnectionSettings m_settings;
     FileDescriptor m_socket;
     FileDescriptor m_signals;  // a signalfd

@@ -13,8 +13,8 @@ struct ConnectionSettings {
     const Credentials& credentials;
     std::string serverName;
     Encryption encryption = Encryption::None;
-    SSL_CTX* tls = nullptr;          // not null unless the mode is None; not owned
-    const Keytab* keytab = nullptr;  // not owned; null: Windows authentication is refused
+    TlsContext tls;                  // not null unless the mode is None
+    std::unique_ptr<Keytab> keytab;  // null: Windows authentication is refused
     std::chrono::milliseconds loginLimit{15'000};
     std::chrono::milliseconds refusalDelay{250};  // before a refused login is answered
 };

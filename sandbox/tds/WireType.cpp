@@ -290,12 +290,10 @@ void writeTypeInfo(ByteWriter& out, const WireType& type) {
 
 WireType readTypeInfo(ByteReader& in) {
     const std::uint8_t id = in.u8();
-    auto form = findForm(id, 0);
-    const bool hasSize = !form && std::ranges::find(kForms, id, &WireForm::id) != std::end(kForms);
-    if (hasSize) {
-        form = findForm(id, in.u8());
-        if (!form) throw ProtocolError("the size of a parameter does not fit its type");
-    }
+    const bool hasSize =
+        std::ranges::any_of(kForms, [&](const WireForm& each) { return each.id == id && each.size > 0; });
+    const auto form = findForm(id, hasSize ? in.u8() : 0);
+    if (!form && hasSize) throw ProtocolError("the size of a parameter does not fit its type");
     if (!form) throw tsql::unsupported("parameters of TDS type " + std::to_string(id));
     WireType type{*form, tsql::simpleType(variableType(form->type))};
     if (form->framing == Framing::Short || form->framing == Framing::Long) readLength(in, type);

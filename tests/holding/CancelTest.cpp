@@ -63,8 +63,7 @@ class CancelTest : public testing::Test {
     std::unique_ptr<RawClient> holder = loggedIn(box);
     tsql::SqliteConnection outside = [this] {
         run(*holder, "CREATE DATABASE Target");
-        return tsql::openDatabaseFile(std::filesystem::path(box.dataDirectory()) / "Target.db",
-                                      tsql::OpenMode::Existing);
+        return tsql::openDatabaseFile(std::filesystem::path(box.dataDirectory()) / "Target.db");
     }();
     // Looking for one in the other takes 10^11 comparisons.
     const std::string longStrings =

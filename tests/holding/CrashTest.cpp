@@ -67,7 +67,7 @@ void passIdentity(sqlite3_context* context, int, sqlite3_value** arguments) {
 }
 
 std::string integrityOf(const std::filesystem::path& file) {
-    const auto connection = tsql::openDatabaseFile(file, tsql::OpenMode::Existing);
+    const auto connection = tsql::openDatabaseFile(file);
     sqlite3_create_collation(connection.get(), "ts_ci", SQLITE_UTF8, nullptr, compareNames);
     sqlite3_create_function(connection.get(), "ts_identity", 2, SQLITE_UTF8, nullptr, passIdentity, nullptr,
                             nullptr);

@@ -23,7 +23,7 @@ class StorageTest : public testing::Test {
     ~StorageTest() override { fs::remove_all(m_folder); }
 
     void run(const std::string& database, const std::string& sql) {
-        execute(openDatabaseFile(m_storage->pathOf(database), OpenMode::Existing).get(), sql);
+        execute(openDatabaseFile(m_storage->pathOf(database)).get(), sql);
     }
     template <typename Act>
     static int errorOf(Act act) {
@@ -78,7 +78,7 @@ TEST_F(StorageTest, RestoresABackupUnderAnotherName) {
     EXPECT_EQ(errorOf([&] { restoreDatabase(*m_storage, file, "shop", false); }), 3159);
     EXPECT_EQ(errorOf([&] { restoreDatabase(*m_storage, file, "Copy", true); }), 1834);
     const auto open =
-        openDatabaseFile(m_storage->pathOf("copy"), OpenMode::Existing);  // sees the restored data, too
+        openDatabaseFile(m_storage->pathOf("copy"));  // sees the restored data, too
     restoreDatabase(*m_storage, file, "Copy", true, moved);
     EXPECT_NO_THROW(
         execute(open.get(), "CREATE TABLE c(ok CHECK(ok = 2)); INSERT INTO c SELECT count(*) FROM t"));

@@ -14,9 +14,12 @@ constexpr std::string_view kTables[] = {
     "CREATE TABLE IF NOT EXISTS $.tsqlbox_objects (id INTEGER PRIMARY KEY AUTOINCREMENT, "
     "name TEXT NOT NULL COLLATE ts_ci, type TEXT NOT NULL, parent INTEGER NOT NULL, stored TEXT NOT NULL, "
     "keys TEXT NOT NULL, created TEXT NOT NULL, source TEXT NOT NULL)",
+    // An empty fallback or computed: the column has no default or is not computed. user_type: id of its
+    // object.
     R"(CREATE TABLE IF NOT EXISTS $.tsqlbox_columns (object INTEGER NOT NULL, ordinal INTEGER NOT NULL, name TEXT NOT
 NULL COLLATE ts_ci, type INTEGER NOT NULL, nullable INTEGER NOT NULL, identity INTEGER NOT NULL, fallback TEXT NOT NULL,
-output INTEGER NOT NULL, PRIMARY KEY (object, ordinal)))",
+output INTEGER NOT NULL, user_type INTEGER NOT NULL, computed TEXT NOT NULL, persisted INTEGER NOT NULL, PRIMARY KEY
+(object, ordinal)))",
     "CREATE INDEX IF NOT EXISTS $.tsqlbox_objects_name ON tsqlbox_objects (name)",
     "CREATE INDEX IF NOT EXISTS $.tsqlbox_triggers ON tsqlbox_objects (parent) WHERE type = 'TR'",
     // Users and roles and, in master, logins. The columns have the types of T-SQL.
@@ -42,10 +45,6 @@ tsqlbox_columns WHERE object = old.id; DELETE FROM sqlite_sequence WHERE name = 
 tsqlbox_permissions WHERE class > 0 AND major = old.id; DELETE FROM tsqlbox_properties WHERE class > 0 AND major =
 old.id; END)",
 };
-
-// Values of tsqlbox_columns.identity; a persisted computed column has kComputed + 1. tsqlbox_columns.output
-// is 1 for an OUTPUT parameter, plus twice the id of a user-defined type.
-constexpr std::int64_t kIdentity = 1, kComputed = 2;
 
 std::string inSchema(std::string_view text, std::string_view schema) {
     return boost::replace_all_copy(std::string(text), "$", schema);
@@ -157,7 +156,7 @@ std::optional<ObjectInfo> Catalogue::findById(std::int64_t id, std::string_view 
 }
 
 std::optional<ObjectInfo> Catalogue::userOfType(std::int64_t type) const {
-    return latest("o.id IN (SELECT object FROM $.tsqlbox_columns WHERE output >> 1 = ?1)", type);
+    return latest("o.id IN (SELECT object FROM $.tsqlbox_columns WHERE user_type = ?1)", type);
 }
 
 TableInfo Catalogue::tableOf(const ObjectInfo& object) const {
@@ -199,20 +198,19 @@ std::vector<ObjectInfo> Catalogue::keysTo(std::int64_t table) const {
 std::vector<TableColumn> Catalogue::columns(std::int64_t object) const {
     const Value id(object);
     auto rows = query(
-        "SELECT name, type, nullable, identity, fallback, output, ordinal FROM $.tsqlbox_columns "
-        "WHERE object = ?1 ORDER BY ordinal",
+        "SELECT name, type, nullable, identity, fallback, output, user_type, ordinal, computed, persisted "
+        "FROM $.tsqlbox_columns WHERE object = ?1 ORDER BY ordinal",
         id);
     std::vector<TableColumn> columns;
-    while (rows.step()) {
-        const std::int64_t kind = rows.integer(3), output = rows.integer(5);
-        auto& column = columns.emplace_back(TableColumn{
-            {rows.text(0), decodeType(rows.integer(1)), rows.integer(2) != 0, kind == kIdentity}});
-        column.output = output % 2 != 0;
-        column.userType = output / 2;
-        column.id = rows.integer(6);
-        (kind >= kComputed ? column.computed : column.byDefault) = rows.text(4);
-        column.persisted = kind > kComputed;
-    }
+    while (rows.step())
+        columns.push_back(
+            {{rows.text(0), decodeType(rows.integer(1)), rows.integer(2) != 0, rows.integer(3) != 0},
+             rows.text(4),
+             rows.integer(5) != 0,
+             rows.integer(6),
+             rows.integer(7),
+             rows.text(8),
+             rows.integer(9) != 0});
     return columns;
 }
 
@@ -235,17 +233,13 @@ void Catalogue::remove(std::int64_t object) {
 }
 
 void Catalogue::saveColumns(std::int64_t object, const std::vector<TableColumn>& columns) {
-    for (const auto& column : columns) {
-        const bool isComputed = !column.computed.empty();
-        const std::int64_t kind = isComputed ? kComputed + column.persisted : column.identity;
-        const std::int64_t nullable{column.nullable}, output = column.userType * 2 + column.output;
-        run("INSERT INTO $.tsqlbox_columns SELECT ?1, iif(?8, ?8, coalesce(max(ordinal), 0) + 1), "
-            "?2, ?3, ?4, ?5, ?6, ?7 FROM $.tsqlbox_columns WHERE object = ?1 "
-            "ON CONFLICT (object, ordinal) DO UPDATE SET name = ?2, type = ?3, nullable = ?4, fallback = ?6, "
-            "output = ?7",
-            {object, column.name, encodeType(column.type), nullable, kind,
-             isComputed ? column.computed : column.byDefault, output, column.id});
-    }
+    for (const auto& column : columns)
+        run("INSERT INTO $.tsqlbox_columns SELECT ?1, iif(?2, ?2, coalesce(max(ordinal), 0) + 1), ?3, ?4, "
+            "?5, "
+            "?6, ?7, ?8, ?9, ?10, ?11 FROM $.tsqlbox_columns WHERE object = ?1 ON CONFLICT (object, ordinal) "
+            "DO UPDATE SET name = ?3, type = ?4, nullable = ?5, fallback = ?7, user_type = ?9",
+            {object, column.id, column.name, encodeType(column.type), column.nullable, column.identity,
+             column.byDefault, column.output, column.userType, column.computed, column.persisted});
 }
 
 void Catalogue::removeColumns(std::int64_t object, std::string_view name) {

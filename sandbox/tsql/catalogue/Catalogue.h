@@ -4,6 +4,7 @@
 #pragma once
 
 #include "storage/Connection.h"
+#include "syntax/Ast.h"
 #include "types/Text.h"
 
 namespace tsql {
@@ -71,12 +72,7 @@ struct TableInfo {
     std::int64_t counted(std::int64_t identity) const { return increment < 0 ? -identity : identity; }
 };
 
-// Object types, with the values of sysobjects.xtype.
-inline constexpr std::string_view kTable = "U", kView = "V", kProcedure = "P", kFunction = "FN",
-                                  kTableFunction = "IF", kRowsFunction = "TF", kPrimaryKey = "PK",
-                                  kUnique = "UQ", kForeignKey = "F", kCheck = "C", kDefault = "D",
-                                  kIndex = "IX", kTrigger = "TR", kSequence = "SO", kSchema = "SCHEMA",
-                                  kAliasType = "TYPE", kTableType = "TT";
+// Conditions on the types of objects.
 inline constexpr std::string_view kUserTypes = "IN ('TYPE', 'TT')",
                                   kObjects = "NOT IN ('IX', 'SCHEMA', 'TYPE', 'TT')";
 inline constexpr std::int64_t kBuiltInTypes = 256;  // their numbers in sys.types; those of objects follow

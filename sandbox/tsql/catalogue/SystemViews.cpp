@@ -36,12 +36,12 @@ is_schema_published bit = 0)"},
 'SEQUENCE_OBJECT' WHEN 'F' THEN 'FOREIGN_KEY_CONSTRAINT' WHEN 'D' THEN 'DEFAULT_CONSTRAINT' ELSE 'CHECK_CONSTRAINT' END)"},
     {"$COLUMN",
      R"(object_id int = c.object; name sysname = c.name; column_id int = c.ordinal; $TYPE; collation_name sysname = CASE
-ts_type_family(c.type) WHEN 't' THEN '$C' END; is_nullable bit = c.nullable; is_identity bit = c.identity = 1;
-is_computed bit = c.identity > 1; default_object_id int = coalesce((SELECT d.id FROM $o d WHERE d.type = 'D' AND
+ts_type_family(c.type) WHEN 't' THEN '$C' END; is_nullable bit = c.nullable; is_identity bit = c.identity;
+is_computed bit = c.computed <> ''; default_object_id int = coalesce((SELECT d.id FROM $o d WHERE d.type = 'D' AND
 d.parent = c.object AND d.keys = c.name), 0))"},
     {"$TYPE",
-     R"(system_type_id tinyint = iif($ISTABLE, 243, ts_type_number(c.type)); user_type_id int = iif(c.output > 1,
-(c.output >> 1) + 256, ts_type_number(c.type)); max_length smallint = ts_type_length(c.type); precision tinyint =
+     R"(system_type_id tinyint = iif($ISTABLE, 243, ts_type_number(c.type)); user_type_id int = iif(c.user_type,
+c.user_type + 256, ts_type_number(c.type)); max_length smallint = ts_type_length(c.type); precision tinyint =
 ts_type_precision(c.type); scale tinyint = ts_type_scale(c.type))"},
     {"$ANYTYPE",
      R"(name sysname = ts_bare_name(t.stored); system_type_id tinyint = ifnull(ts_type_number(t.type), 243);
@@ -60,7 +60,7 @@ ts_type_family(c.type) WHEN 'd' THEN ts_type_scale(c.type) END)"},
     {"$STATE",
      R"(is_disabled bit = o.source GLOB 'NOCHECK *'; is_not_trusted bit = o.source GLOB 'NOCHECK *' OR
 o.source GLOB 'WITH NOCHECK *')"},
-    {"$ISTABLE", "(SELECT t.type FROM $o t WHERE t.id = c.output >> 1) IS 'TT'"},
+    {"$ISTABLE", "(SELECT t.type FROM $o t WHERE t.id = c.user_type) IS 'TT'"},
     {"$LOGIN", "login_time datetime = strftime('%Y-%m-%d %H:%M:%f', s.begin, 'unixepoch', 'localtime')"},
     {"$USER",
      R"(name sysname = iif(p.name = '', ts_system_user(), p.name); principal_id int = p.id; sid varbinary(85) = p.sid;
@@ -156,7 +156,7 @@ rc.object = r.id AND rc.name = f.value COLLATE ts_ci WHERE o.type = 'F')"},
     // Columns, parameters and results of procedures as ODBC 2 and 3 describe them.
     {"sys", "spt_columns",
      R"(object_id int = object; column_id int = ordinal; name sysname = iif(name = '', '@RETURN_VALUE', name); odbc int
-= odbc; nullable smallint = nullable; output smallint = output & 1; TYPE_NAME sysname = n || iif(identity = 1,
+= odbc; nullable smallint = nullable; output smallint = output; TYPE_NAME sysname = n || iif(identity,
 ' identity', ''); DATA_TYPE smallint = CASE WHEN odbc = 3 OR t NOT IN (91, 93) THEN t WHEN t = 91 THEN 9 ELSE 11 END;
 PRECISION int = CASE WHEN n IN ('decimal', 'time', 'datetime2', 'datetimeoffset') THEN digits WHEN k = 'F' AND odbc < 3
 THEN iif(n = 'real', 7, 15) WHEN size = -1 THEN 0 WHEN par IS NULL THEN p WHEN k = 'N' THEN size / 2 ELSE size END;
@@ -215,10 +215,10 @@ iif(t.object, t.object + 256, ts_type_number(t.type)); length smallint = ifnull(
     {"sys", "identity_columns",
      R"($COLUMN; seed_value bigint = coalesce(('[' || o.keys || ']') ->> 0, 1); increment_value bigint =
 coalesce(('[' || o.keys || ']') ->> 1, 1))",
-     "$c c JOIN $o o ON o.id = c.object WHERE c.identity = 1"},
+     "$c c JOIN $o o ON o.id = c.object WHERE c.identity"},
     {"sys", "computed_columns",
-     "$COLUMN; definition nvarchar(max) = '(' || c.fallback || ')'; is_persisted bit = c.identity > 2",
-     "$c c WHERE c.identity > 1"},
+     "$COLUMN; definition nvarchar(max) = '(' || c.computed || ')'; is_persisted bit = c.persisted",
+     "$c c WHERE c.computed <> ''"},
     {"sys", "extended_properties",
      "$CLASS; minor_id int = g.minor; name sysname = g.name; value nvarchar(4000) = g.value",
      "$.tsqlbox_properties g"},
@@ -239,7 +239,7 @@ ts_type_length(c.type); colid smallint = c.ordinal; isnullable int = c.nullable)
      "$c c"},
     {"sys", "parameters",
      R"(object_id int = c.object; name sysname = c.name; parameter_id int = c.ordinal - (o.type = 'FN');
-$TYPE; is_output bit = c.output & 1; is_readonly bit = $ISTABLE)",
+$TYPE; is_output bit = c.output; is_readonly bit = $ISTABLE)",
      kParameters},
     {"sys", "sql_modules", "object_id int = o.id; definition nvarchar(max) = o.source", kModules},
     {"", "syscomments", "id int = o.id; colid smallint = 1; text nvarchar(4000) = o.source", kModules},
@@ -293,10 +293,10 @@ varchar(2) = 'NO')",
      "$o o WHERE o.type = 'V'"},
     {"INFORMATION_SCHEMA", "COLUMNS",
      R"(TABLE_* = o.name; COLUMN_NAME sysname = c.name; ORDINAL_POSITION int = c.ordinal; COLUMN_DEFAULT nvarchar(4000)
-= '(' || nullif(iif(c.identity > 1, '', c.fallback), '') || ')'; IS_NULLABLE varchar(3) = CASE c.nullable WHEN 1 THEN
+= '(' || nullif(c.fallback, '') || ')'; IS_NULLABLE varchar(3) = CASE c.nullable WHEN 1 THEN
 'YES' ELSE 'NO' END; $NAMED; COLLATION_NAME sysname = CASE ts_type_family(c.type) WHEN 't' THEN '$C' END; DOMAIN_SCHEMA
 sysname = ts_schema_of(t.name); DOMAIN_NAME sysname = ts_bare_name(t.name))",
-     "$c c JOIN $o o ON o.id = c.object LEFT JOIN $o t ON t.id = c.output >> 1 WHERE o.type IN ('U', 'V')"},
+     "$c c JOIN $o o ON o.id = c.object LEFT JOIN $o t ON t.id = c.user_type WHERE o.type IN ('U', 'V')"},
     {"INFORMATION_SCHEMA", "ROUTINES",
      R"(SPECIFIC_* = o.name; ROUTINE_* = o.name; ROUTINE_TYPE nvarchar(20) = CASE o.type WHEN 'P' THEN 'PROCEDURE' ELSE
 'FUNCTION' END; ROUTINE_BODY nvarchar(30) = 'SQL'; ROUTINE_DEFINITION nvarchar(4000) = o.source; CREATED datetime =
@@ -320,7 +320,7 @@ MAXIMUM_VALUE bigint = $PART 3; CYCLE_OPTION bit = $PART 4; DATA_TYPE sysname = 
      "$o o JOIN $c c ON c.object = o.id WHERE o.type = 'SO'"},
     {"INFORMATION_SCHEMA", "PARAMETERS",
      R"(SPECIFIC_* = o.name; ORDINAL_POSITION int = c.ordinal - (o.type = 'FN'); PARAMETER_MODE nvarchar(10) = CASE WHEN
-c.output & 1 = 0 THEN 'IN' WHEN c.name = '' THEN 'OUT' ELSE 'INOUT' END; IS_RESULT nvarchar(10) = CASE c.name WHEN ''
+NOT c.output THEN 'IN' WHEN c.name = '' THEN 'OUT' ELSE 'INOUT' END; IS_RESULT nvarchar(10) = CASE c.name WHEN ''
 THEN 'YES' ELSE 'NO' END; PARAMETER_NAME sysname = c.name; $NAMED)",
      kParameters},
 };
@@ -336,7 +336,7 @@ constexpr std::string_view kTemporaryObjects =
 FROM temp.tsqlbox_objects WHERE name NOT LIKE '@%'))";
 constexpr std::string_view kTemporaryColumns =
     R"((SELECT * FROM tempdb.tsqlbox_columns UNION ALL SELECT -object, ordinal, name, type, nullable, identity,
-fallback, output FROM temp.tsqlbox_columns))";
+fallback, output, user_type, computed, persisted FROM temp.tsqlbox_columns))";
 
 std::string databaseList(const Storage& storage) {
     const auto row = [](const std::string& name) { return "(" + quotedText(name) + ")"; };
@@ -353,7 +353,7 @@ std::string sessionList(const Storage& storage) {
         const auto& [id, entry] = session;
         const bool waits = entry.isRunning && now - entry.waited < kLongestLook;
         const double begin = std::chrono::duration<double>(entry.begin.time_since_epoch()).count();
-        const std::string_view texts[] = {entry.host, entry.program, entry.login};
+        const std::string_view texts[] = {entry.client.host, entry.client.program, entry.client.login};
         const int numbers[] = {id, entry.isRunning, waits, databaseId(storage, entry.database).value_or(0),
                                entry.hasTransaction};
         return "(" + std::to_string(begin) + ", " + commaList(texts, quotedText) + ", " +

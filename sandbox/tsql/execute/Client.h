@@ -13,13 +13,6 @@
 
 namespace tsql {
 
-// Client of a session, as reported by HOST_NAME() and similar functions.
-struct Client {
-    std::string login;
-    std::string host = {};
-    std::string program = {};
-};
-
 // A procedure call from a driver, equivalent to EXEC with these arguments.
 struct ProcedureCall {
     struct Argument {

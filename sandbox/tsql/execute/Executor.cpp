@@ -10,13 +10,12 @@ Executor::Executor(Storage& storage, AppLocks& locks, Client client, std::string
           [this] { changeEntry([](auto& entry) { entry.waited = std::chrono::system_clock::now(); }); }),
       m_client(std::move(client)),
       m_spid(spid) {
-    registerFunctions(m_connection.handle(), m_functions);
+    registerFunctions(m_connection.handle(), *this);
     m_database = storage.canonicalName(database);
     if (m_database.empty()) throw sqlError(kCannotOpenDatabase, {database});
     m_connection.attach(m_database);
     changeEntry([this](SessionEntry& entry) {
-        entry = {m_client.login, m_client.host, m_client.program, m_database,
-                 std::chrono::system_clock::now()};
+        entry = {m_client, m_database, std::chrono::system_clock::now()};
     });
 }
 
@@ -161,7 +160,7 @@ Flow Executor::runStatement(const Statement& statement) {
 Flow Executor::guarded(int line, const std::function<Flow()>& work) {
     if (isCancelled()) throw BatchEnd{};
     m_line = line;
-    m_functions.beginStatement();
+    beginStatement();
     if (m_transactions == 0) m_givenIdentities.clear();
     try {
         return work();
@@ -181,7 +180,7 @@ Flow Executor::guarded(int line, const std::function<Flow()>& work) {
 void Executor::afterError(const Message& message, bool raised) {
     m_error = message.number;
     m_rowCount = 0;
-    m_functions.beginStatement();
+    beginStatement();
     const bool inFunction = m_frames.back()->isFunction;
     const std::string verb = std::exchange(m_change.verb, {});
     if (transactionLost()) rollBack();
@@ -215,7 +214,7 @@ void Executor::afterError(const Message& message, bool raised) {
 }
 
 void Executor::warnOfNulls() {
-    if (m_functions.takeNullLeftOut() && !m_frames.back()->isFunction) inform(kNullEliminated);
+    if (takeNullLeftOut() && !m_frames.back()->isFunction) inform(kNullEliminated);
 }
 
 // Under NOCOUNT, procedures report only their result sets and errors.
@@ -238,7 +237,7 @@ Flow Executor::finished(std::int64_t rowCount, StatementKind kind) {
 
 SqlError Executor::errorOf(const SqliteFailure& failure) {
     if (isCancelled()) throw BatchEnd{};
-    if (const auto error = m_functions.takeError()) return *error;
+    if (const auto error = takeError()) return *error;
     const std::string text = failure.what();
     const int code = failure.code & 0xFF;
     if (code == SQLITE_CONSTRAINT) return brokenConstraint(m_connection, m_change, failure);

@@ -94,9 +94,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     Value cursorStatus(std::string_view scope, std::string_view name) override;
     bool isUpdated(std::string_view column) const override;
     const Message* caughtError() const override { return m_caught.empty() ? nullptr : &m_caught.back(); }
-    const std::string& loginName() const override { return m_client.login; }
-    const std::string& clientHost() const override { return m_client.host; }
-    const std::string& clientProgram() const override { return m_client.program; }
+    const Client& client() const override { return m_client; }
 
     template <typename Change>
     void changeEntry(Change change) {
@@ -383,7 +381,6 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
 
     Storage& m_storage;
     AppLocks& m_locks;
-    FunctionContext m_functions{this};
     Connection m_connection;
     Client m_client;
     std::string m_database;

@@ -97,23 +97,25 @@ void Executor::run(const Backup& backup) {
 }
 
 Flow Executor::run(const Restore& restore) {
-    constexpr const char* kVerbs[] = {"RESTORE DATABASE", "RESTORE FILELIST", "RESTORE HEADERONLY",
-                                      "VERIFY DATABASE"};
+    const bool verifies = restore.what == "VERIFYONLY", listsFiles = restore.what == "FILELISTONLY";
     std::optional<BackupHeader> header;
-    runMedia(kVerbs[static_cast<int>(restore.kind)], [&] {
+    const auto work = [&] {
         const std::string file = evaluateText(*restore.file);
-        if (restore.kind == RestoreKind::Verify) {
+        if (verifies) {
             verifyBackup(file, progress());
             inform(kBackupSetValid);
-        } else if (restore.kind == RestoreKind::Database) {
+        } else if (restore.what == "DATABASE") {
             restoreFrom(file, restore);
         } else {
             header = readBackupHeader(file, progress());
         }
-    });
+    };
+    runMedia(verifies     ? "VERIFY DATABASE"
+             : listsFiles ? "RESTORE FILELIST"
+                          : "RESTORE " + std::string(restore.what),
+             work);
     if (!header) return finished();
-    const SystemView view =
-        restore.kind == RestoreKind::FileList ? queryOf(kFileList, kFiles) : queryOf(kHeader, "(VALUES (0))");
+    const SystemView view = listsFiles ? queryOf(kFileList, kFiles) : queryOf(kHeader, "(VALUES (0))");
     const Value values[] = {header->database,    header->dataFile, header->bytes,   header->name,
                             header->description, header->started,  header->finished};
     PreparedStatement statement(m_connection, view.sql, values);

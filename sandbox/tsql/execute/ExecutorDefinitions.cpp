@@ -63,10 +63,6 @@ void requireKeyType(const TableInfo& table, const TableColumn& column) {
         throw sqlError(kInvalidKeyColumnType, {column.name, table.name});
 }
 
-// Type, and prefix of a generated name, in the order of ConstraintKind.
-constexpr std::pair<std::string_view, std::string_view> kConstraints[] = {
-    {kPrimaryKey, "PK"}, {kUnique, "UQ"}, {kCheck, "CK"}, {kForeignKey, "FK"}, {kDefault, "DF"}};
-
 void requireIdentityType(const TableInfo& table, const ColumnDefinition& given) {
     if (!isExact(given.type.id) || given.type.scale > 0) throw sqlError(kInvalidIdentityType, {given.name});
     if (isWide(given.type)) throw unsupported("an identity of more than 18 digits");
@@ -98,7 +94,7 @@ TableColumn columnOf(TableInfo& table, const ColumnDefinition& given, const Sett
     const bool isNullable = !given.identity && given.type.id != TypeId::RowVersion;
     TableColumn column{{given.name, given.type, isNullable, given.identity.has_value()}};
     for (const auto* constraint : allConstraints(create))
-        if (constraint->kind == ConstraintKind::PrimaryKey &&
+        if (constraint->type == kPrimaryKey &&
             std::ranges::any_of(constraint->columns, std::bind_front(sameText, column.name)))
             column.nullable = false;
     column.nullable = given.nullable.value_or(column.nullable);
@@ -106,27 +102,26 @@ TableColumn columnOf(TableInfo& table, const ColumnDefinition& given, const Sett
     column.userType = given.userType;
     column.persisted = given.persisted;
     for (const auto& constraint : given.constraints)
-        if (constraint.kind == ConstraintKind::Default) column.byDefault = constraint.text;
+        if (constraint.type == kDefault) column.byDefault = constraint.text;
     return column;
 }
 
 // Returns a column of a constraint, which must fit it.
 const TableColumn& constrainedColumn(const TableInfo& table, const Constraint& constraint,
                                      const std::string& name) {
-    using enum ConstraintKind;
     const TableColumn* column = table.column(name);
-    if (!column && constraint.kind == ForeignKey)
+    if (!column && constraint.type == kForeignKey)
         throw sqlError(kReferencingColumnUnknown, {constraint.name, name, table.name});
     if (!column) throw sqlError(kUnknownIndexColumn, {name});
-    if (constraint.kind == Default && column->isRowVersion())
+    if (constraint.type == kDefault && column->isRowVersion())
         throw sqlError(kDefaultOnRowVersion, {table.name, name});
     if (!column->nullable && constraint.does("SET NULL"))
         throw sqlError(kSetNullOnNotNullable, {constraint.name});
     if (!column->nullable && column->byDefault.empty() && constraint.does("SET DEFAULT"))
         throw sqlError(kSetDefaultWithoutDefault, {constraint.name});
-    if (constraint.kind == PrimaryKey && column->nullable)
+    if (constraint.type == kPrimaryKey && column->nullable)
         throw sqlError(kPrimaryKeyOnNullable, {table.name});
-    if (constraint.kind == PrimaryKey || constraint.kind == Unique) requireKeyType(table, *column);
+    if (constraint.type == kPrimaryKey || constraint.type == kUnique) requireKeyType(table, *column);
     return *column;
 }
 
@@ -167,7 +162,7 @@ TableInfo Executor::createTable(const CreateTable& create) {
         throw unsupported("a table of computed columns only");
     for (auto& column : table.columns)
         if (!column.computed.empty()) column.type = computed(table, column).type;
-    if (std::ranges::count(allConstraints(create), ConstraintKind::PrimaryKey, &Constraint::kind) > 1)
+    if (std::ranges::count(allConstraints(create), kPrimaryKey, &Constraint::type) > 1)
         throw sqlError(kSeveralPrimaryKeys, {name});
     define(create.table, [&](Catalogue& owner) {
         ObjectInfo object = newObject(owner, create.table, kTable);
@@ -217,12 +212,12 @@ std::vector<ObjectInfo> Executor::noteConstraints(Catalogue& catalogue, TableInf
     std::vector<ObjectInfo> keys;
     const auto constraints = allConstraints(definition);
     for (const auto* each : constraints)
-        if (each->kind == ConstraintKind::Default) Translator(*this).value(*parseExpression(each->text));
+        if (each->type == kDefault) Translator(*this).value(*parseExpression(each->text));
     failingAs(sqlError(kConstraintNotCreated), [&] {
         for (const auto* constraint : constraints) {
             table.columns = catalogue.columns(table.id);  // with defaults that were entered before
             ObjectInfo key = constraintOf(catalogue, table, *constraint);
-            if (constraint->kind == ConstraintKind::ForeignKey && catalogue.isTemporary()) {
+            if (constraint->type == kForeignKey && catalogue.isTemporary()) {
                 inform(kForeignKeySkipped, {key.name});
                 continue;
             }
@@ -237,34 +232,34 @@ std::vector<ObjectInfo> Executor::noteConstraints(Catalogue& catalogue, TableInf
 
 // Returns the catalogue entry of a constraint. A default is entered into its column.
 ObjectInfo Executor::constraintOf(Catalogue& owner, const TableInfo& table, const Constraint& constraint) {
-    using enum ConstraintKind;
-    const auto& [type, prefix] = kConstraints[static_cast<int>(constraint.kind)];
+    const std::string type(constraint.type);
     const ObjectName& to = constraint.references;
-    ObjectInfo key{0, constraint.name, std::string(type), table.id, storedName(to.schema, to.name)};
+    ObjectInfo key{0, constraint.name, type, table.id, storedName(to.schema, to.name)};
     key.source = constraint.source;
     key.table = storedName(table.schemaName, table.name);
     key.schemaName = table.schemaName;
     for (const auto& name : constraint.columns)
         key.columns.push_back(constrainedColumn(table, constraint, name).name);
-    if (constraint.kind == Check) {
+    if (constraint.type == kCheck) {
         const auto read = Translator(*this).check(table, *constraint.check).columns;
         for (const auto& name : read)
             if (!key.columns.empty() && name != key.columns.front())
                 throw sqlError(kCheckOfOtherColumn, {key.columns.front(), table.name});
         key.columns.assign(read.begin(), read.end());
     }
+    const std::string prefix = type == kDefault ? "DF" : type.size() == 1 ? type + "K" : type;
     if (key.name.empty())  // "PK__Orders__7_42"
-        key.name = std::string(prefix) + "__" + table.name.substr(0, 9) + "__" + std::to_string(table.id) +
-                   "_" + std::to_string(owner.lastId() + 1);
+        key.name = prefix + "__" + table.name.substr(0, 9) + "__" + std::to_string(table.id) + "_" +
+                   std::to_string(owner.lastId() + 1);
     if (owner.find(key.key()) && !owner.isTemporary()) throw sqlError(kObjectExists, {key.name}, 5);
     const auto others = owner.keysOf(table.id);
     if (isUniqueKey(key)) refuseSecondIndex(others, key.name, table);
     for (const auto& other : others) {
         if (other.type != type) continue;
-        if (constraint.kind == PrimaryKey) throw sqlError(kPrimaryKeyAlreadyDefined, {table.name});
-        if (constraint.kind == Default && other.columns == key.columns) throw sqlError(kDefaultAlreadyBound);
+        if (type == kPrimaryKey) throw sqlError(kPrimaryKeyAlreadyDefined, {table.name});
+        if (type == kDefault && other.columns == key.columns) throw sqlError(kDefaultAlreadyBound);
     }
-    if (constraint.kind == Default) {
+    if (type == kDefault) {
         TableColumn column = *table.column(key.columns.front());
         column.byDefault = constraint.text;
         owner.saveColumns(table.id, {column});

@@ -42,7 +42,7 @@ Flow Executor::run(const While& node) {
         if (flow >= Flow::Return) return flow;
         if (isCancelled()) throw BatchEnd{};
         m_line = line;
-        m_functions.beginStatement();
+        beginStatement();
     }
     m_rowCount = m_error = 0;
     return Flow::Next;

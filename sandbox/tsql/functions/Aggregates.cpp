@@ -129,9 +129,9 @@ template <int sign>
 void stepAggregate(sqlite3_context* call, int count, sqlite3_value** values) {
     const auto& binding = *static_cast<const Binding<Aggregate>*>(sqlite3_user_data(call));
     try {
-        const SqlCall arguments(binding.context, count, values);
+        const SqlCall arguments(binding.session, count, values);
         if (isNull(arguments[0])) {
-            if (binding.function.step != addText) binding.context.noteNullLeftOut();
+            if (binding.function.step != addText) binding.session.noteNullLeftOut();
             return;
         }
         // SQLite provides a zeroed slot per group. The first value allocates what it points to.
@@ -141,7 +141,7 @@ void stepAggregate(sqlite3_context* call, int count, sqlite3_value** values) {
         (*slot)->count += sign;
         binding.function.step(**slot, arguments, sign);
     } catch (...) {
-        reportError(binding.context, call);
+        reportError(binding.session, call);
     }
 }
 
@@ -156,18 +156,18 @@ void giveAggregate(sqlite3_context* call) {
         if (!gathered || gathered->count == 0) return sqlite3_result_null(call);
         giveResult(call, binding.function.result(*gathered, binding.function));
     } catch (...) {
-        reportError(binding.context, call);
+        reportError(binding.session, call);
     }
 }
 
 }  // namespace
 
-void registerAggregates(sqlite3* connection, FunctionContext& context) {
+void registerAggregates(sqlite3* connection, FunctionSession& session) {
     static const auto kAggregates = allAggregates();
     for (const Aggregate& aggregate : kAggregates) {
         const int code = sqlite3_create_window_function(
             connection, aggregate.name.c_str(), /*nArg=*/-1, SQLITE_UTF8,
-            new Binding<Aggregate>{context, aggregate}, stepAggregate<1>, giveAggregate<true>,
+            new Binding<Aggregate>{session, aggregate}, stepAggregate<1>, giveAggregate<true>,
             giveAggregate<false>, stepAggregate<-1>, Binding<Aggregate>::destroy);
         if (code != SQLITE_OK) throw std::runtime_error(sqlite3_errmsg(connection));
     }

@@ -6,7 +6,7 @@ namespace {
 
 template <bool utc = false>
 Value runNow(const SqlCall& call) {
-    const DateTime& now = call.context().now();
+    const DateTime& now = call.session().now();
     return toStorage(utc ? DateTime{now.utc()} : now, call.type(0));
 }
 

@@ -1,4 +1,4 @@
-// What functions registered in SQLite know: their session, and the state that they share between calls.
+// The session of functions registered in SQLite, and the state that they share between calls.
 #pragma once
 
 #include "catalogue/Catalogue.h"
@@ -6,7 +6,7 @@
 
 namespace tsql {
 
-// Interface through which the functions query their session.
+// Must outlive the connection.
 class FunctionSession {
   public:
     virtual ~FunctionSession() = default;
@@ -40,38 +40,28 @@ class FunctionSession {
     virtual bool isUpdated(std::string_view column) const = 0;
     virtual const Message* caughtError() const = 0;  // null outside of CATCH blocks
 
-    virtual const std::string& loginName() const = 0;
-    virtual const std::string& clientHost() const = 0;
-    virtual const std::string& clientProgram() const = 0;
-};
-
-// State of the functions of one connection. Must outlive the connection.
-class FunctionContext {
-  public:
-    // `session` may be null if no function that needs it is called.
-    explicit FunctionContext(FunctionSession* session) : m_session(session) {}
+    virtual const Client& client() const = 0;
 
     // Resets the time, because GETDATE() is constant within a statement, and the error.
-    void beginStatement() { *this = FunctionContext(m_session); }
-    const DateTime& now() { return m_now ? *m_now : m_now.emplace(timeNow()); }
-    FunctionSession& session() { return *m_session; }
-
+    void beginStatement() { m_statement = {}; }
+    const DateTime& now() { return m_statement.now ? *m_statement.now : m_statement.now.emplace(timeNow()); }
     // The error that a function raised, valid after SQLite has returned SQLITE_ERROR.
-    void setError(const SqlError& error) { m_error = error; }
-    std::optional<SqlError> takeError() { return std::exchange(m_error, std::nullopt); }
+    void setError(const SqlError& error) { m_statement.error = error; }
+    std::optional<SqlError> takeError() { return std::exchange(m_statement.error, std::nullopt); }
     // Records that an aggregate skipped a NULL.
-    void noteNullLeftOut() { m_nullLeftOut = true; }
-    bool takeNullLeftOut() { return std::exchange(m_nullLeftOut, false); }
+    void noteNullLeftOut() { m_statement.nullLeftOut = true; }
+    bool takeNullLeftOut() { return std::exchange(m_statement.nullLeftOut, false); }
 
   private:
-    FunctionSession* m_session;
-    std::optional<DateTime> m_now;
-    std::optional<SqlError> m_error;
-    bool m_nullLeftOut = false;
+    struct {
+        std::optional<DateTime> now;
+        std::optional<SqlError> error;
+        bool nullLeftOut = false;
+    } m_statement;
 };
 
 // Registers the functions, aggregates and collation in a SQLite connection. Throws std::runtime_error.
-void registerFunctions(struct sqlite3* connection, FunctionContext& context);
+void registerFunctions(struct sqlite3* connection, FunctionSession& session);
 
 std::string hostName();
 // Numbers of the types that every database has, with those that are others here.

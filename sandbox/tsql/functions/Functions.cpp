@@ -212,21 +212,21 @@ void checkCount(const FunctionInfo& function, std::size_t letters, std::size_t c
 void callScalar(sqlite3_context* call, int count, sqlite3_value** values) {
     const auto& binding = *static_cast<const Binding<ScalarFunction>*>(sqlite3_user_data(call));
     try {
-        const SqlCall arguments(binding.context, count, values);
+        const SqlCall arguments(binding.session, count, values);
         for (const CellView& each : arguments.arguments()) {
             if (isNull(each) && !binding.function.has('0')) return sqlite3_result_null(call);
             if (const auto* text = std::get_if<std::string_view>(&each)) spendWork(text->size());
         }
         giveResult(call, binding.function.run(arguments));
     } catch (...) {
-        reportError(binding.context, call);
+        reportError(binding.session, call);
     }
 }
 
-void registerScalar(sqlite3* connection, FunctionContext& context, const ScalarFunction& function) {
+void registerScalar(sqlite3* connection, FunctionSession& session, const ScalarFunction& function) {
     const int flags = SQLITE_UTF8 | (function.has('~') ? 0 : SQLITE_DETERMINISTIC);
     const int code = sqlite3_create_function_v2(connection, function.name.c_str(), -1, flags,
-                                                new Binding<ScalarFunction>{context, function}, callScalar,
+                                                new Binding<ScalarFunction>{session, function}, callScalar,
                                                 nullptr, nullptr, Binding<ScalarFunction>::destroy);
     if (code != SQLITE_OK) throw std::runtime_error(sqlite3_errmsg(connection));
 }
@@ -281,11 +281,11 @@ Typed emitCall(const FunctionInfo& function, std::span<const Typed> arguments, b
     return result;
 }
 
-void reportError(FunctionContext& context, sqlite3_context* call) {
+void reportError(FunctionSession& session, sqlite3_context* call) {
     try {
         throw;
     } catch (const SqlError& error) {
-        context.setError(error);
+        session.setError(error);
         sqlite3_result_error(call, error.what(), -1);
     } catch (const std::bad_alloc&) {
         sqlite3_result_error_nomem(call);
@@ -298,13 +298,13 @@ void reportError(FunctionContext& context, sqlite3_context* call) {
     }
 }
 
-void registerFunctions(sqlite3* connection, FunctionContext& context) {
+void registerFunctions(sqlite3* connection, FunctionSession& session) {
     for (const auto* functions : {&kOperatorFunctions, &kQueryFunctions})
-        for (const ScalarFunction& function : *functions) registerScalar(connection, context, function);
+        for (const ScalarFunction& function : *functions) registerScalar(connection, session, function);
     for (const auto& [name, function] : allFunctions())
         if (const auto* run = std::get_if<SqlFunction>(&function->body))
-            registerScalar(connection, context, {"ts_" + std::string(name), function->arguments, *run});
-    registerAggregates(connection, context);
+            registerScalar(connection, session, {"ts_" + std::string(name), function->arguments, *run});
+    registerAggregates(connection, session);
     for (const auto& [name, order] :
          {std::pair(kCollation, &collate<compareText>), {kUtcCollation, &collate<compareUtc>}})
         if (sqlite3_create_collation(connection, name, SQLITE_UTF8, nullptr, order) != SQLITE_OK)

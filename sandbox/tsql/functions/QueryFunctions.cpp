@@ -143,7 +143,7 @@ const std::vector<ScalarFunction> kQueryFunctions = {
      }},
     {"ts_noted", "~0",  // (value); returns it, and notes a NULL that an aggregate skips
      [](const SqlCall& call) {
-         if (isNull(call[0])) call.context().noteNullLeftOut();
+         if (isNull(call[0])) call.session().noteNullLeftOut();
          return ownedValue(call[0]);
      }},
     {"ts_single", "0",  // (rows, value); the value of a subquery, which may have one row at most

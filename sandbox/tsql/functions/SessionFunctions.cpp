@@ -128,9 +128,9 @@ Value procedureOf(const Message& error) {
     return error.procedure.empty() ? Value(Null{}) : Value(error.procedure);
 }
 
-template <const std::string& (FunctionSession::*name)() const>
-Value client(const SqlCall& call) {
-    return (call.session().*name)();
+template <std::string Client::*fact>
+Value ofClient(const SqlCall& call) {
+    return call.session().client().*fact;
 }
 constexpr auto owner = [](const SqlCall&) -> Value { return "dbo"; };
 constexpr auto isMember = [](const SqlCall&) -> Value { return 1; };
@@ -190,12 +190,12 @@ const std::vector<FunctionInfo> kSessionFunctions = {
     {"current_user", "~", kName, owner},
     {"session_user", "~", kName, owner},
     {"user", "~", kName, owner},
-    {"suser_sname", "~[A", kName, client<&FunctionSession::loginName>},
-    {"suser_name", "~[A", kName, client<&FunctionSession::loginName>},
-    {"system_user", "~", kName, client<&FunctionSession::loginName>},
-    {"original_login", "~", kName, client<&FunctionSession::loginName>},
-    {"host_name", "~", kName, client<&FunctionSession::clientHost>},
-    {"app_name", "~", kName, client<&FunctionSession::clientProgram>},
+    {"suser_sname", "~[A", kName, ofClient<&Client::login>},
+    {"suser_name", "~[A", kName, ofClient<&Client::login>},
+    {"system_user", "~", kName, ofClient<&Client::login>},
+    {"original_login", "~", kName, ofClient<&Client::login>},
+    {"host_name", "~", kName, ofClient<&Client::host>},
+    {"app_name", "~", kName, ofClient<&Client::program>},
     {"serverproperty", "~T", kName,
      [](const SqlCall& call) -> Value {
          for (const auto name : {"ServerName", "MachineName", "ComputerNamePhysicalNetBIOS"})

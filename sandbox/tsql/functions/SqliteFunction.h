@@ -10,13 +10,12 @@ namespace tsql {
 // A call of a function by SQLite.
 class SqlCall {
   public:
-    SqlCall(FunctionContext& context, int count, struct sqlite3_value** values)
-        : m_context(context), m_count(static_cast<std::size_t>(count)) {
+    SqlCall(FunctionSession& session, int count, struct sqlite3_value** values)
+        : m_session(session), m_count(static_cast<std::size_t>(count)) {
         for (std::size_t i = 0; i < m_count; ++i) m_arguments[i] = viewOf(values[i]);
     }
 
-    FunctionContext& context() const { return m_context; }
-    FunctionSession& session() const { return m_context.session(); }
+    FunctionSession& session() const { return m_session; }
     std::size_t count() const { return m_count; }
     const CellView& operator[](std::size_t i) const { return m_arguments[i]; }
     std::span<const CellView> arguments() const { return {m_arguments.data(), m_count}; }
@@ -33,7 +32,7 @@ class SqlCall {
 
   private:
     static constexpr std::size_t kMost = 127;  // SQLite's own limit
-    FunctionContext& m_context;
+    FunctionSession& m_session;
     std::array<CellView, kMost> m_arguments;
     std::size_t m_count;
 };
@@ -52,16 +51,16 @@ struct ScalarFunction {
 // What SQLite passes to the functions that are registered in it.
 template <typename Function>
 struct Binding {
-    FunctionContext& context;
+    FunctionSession& session;
     const Function function;
     static void destroy(void* binding) { delete static_cast<Binding*>(binding); }
 };
 
 // Functions that do the work of operators; functions for queries and system views, which T-SQL lacks.
 extern const std::vector<ScalarFunction> kOperatorFunctions, kQueryFunctions;
-void registerAggregates(struct sqlite3* connection, FunctionContext& context);
+void registerAggregates(struct sqlite3* connection, FunctionSession& session);
 
-// Passes the exception being handled to the context and to SQLite as an error.
-void reportError(FunctionContext& context, struct sqlite3_context* call);
+// Passes the exception being handled to the session and to SQLite as an error.
+void reportError(FunctionSession& session, struct sqlite3_context* call);
 
 }  // namespace tsql

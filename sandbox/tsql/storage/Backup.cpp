@@ -152,11 +152,10 @@ std::string now() {
 // database is built in a temporary file, which is renamed when it is complete.
 void putInPlace(const fs::path& file, const fs::path& target, const Progress& progress) {
     const auto backup = openFile(file, SQLITE_OPEN_READONLY, kNoJournal);
-    if (fs::exists(target))
-        return copyDatabase(backup.get(), openDatabaseFile(target, OpenMode::Existing).get(), progress);
+    if (fs::exists(target)) return copyDatabase(backup.get(), openDatabaseFile(target).get(), progress);
     TemporaryFile image(target);
     copyDatabase(backup.get(), openFile(image.path, SQLITE_OPEN_READWRITE, kNoJournal).get(), progress);
-    openDatabaseFile(image.path, OpenMode::Existing);  // turns the journal on
+    openDatabaseFile(image.path);  // turns the journal on
     image.renameTo(target);
 }
 
@@ -179,7 +178,7 @@ BackupHeader backupDatabase(const Storage& storage, std::string_view database, c
     TemporaryFile whole(file);
     try {
         const auto copy = openFile(whole.path, SQLITE_OPEN_READWRITE, kNoJournal);
-        copyDatabase(openDatabaseFile(storage.pathOf(from), OpenMode::Existing).get(), copy.get(), progress);
+        copyDatabase(openDatabaseFile(storage.pathOf(from)).get(), copy.get(), progress);
         header.finished = now();
         writeHeader(copy.get(), header);
     } catch (const SqliteFailure& error) {

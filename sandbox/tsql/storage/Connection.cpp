@@ -78,7 +78,7 @@ Connection::Connection(Storage& storage, std::function<bool()> cancelled, std::f
     : m_storage(storage),
       m_cancelled(std::move(cancelled)),
       m_noteWait(std::move(noteWait)),
-      m_handle(openDatabaseFile(":memory:", OpenMode::Create)) {
+      m_handle(openDatabaseFile(":memory:", SQLITE_OPEN_CREATE)) {
     setLockTimeout(kUsualLockTimeout);
     sqlite3_busy_handler(handle(), waitForLock, this);
     sqlite3_progress_handler(handle(), kStepsBetweenLooks, isCancelled, this);

@@ -60,8 +60,7 @@ SqliteConnection openFile(const fs::path& file, int flags, const std::string& pr
     return connection;
 }
 
-SqliteConnection openDatabaseFile(const fs::path& file, OpenMode mode) {
-    const int create = mode == OpenMode::Create ? SQLITE_OPEN_CREATE : 0;
+SqliteConnection openDatabaseFile(const fs::path& file, int create) {
     return openFile(file, SQLITE_OPEN_READWRITE | create,
                     "PRAGMA busy_timeout=10000; PRAGMA journal_mode=WAL; PRAGMA synchronous=FULL; PRAGMA "
                     "foreign_keys=ON");
@@ -127,7 +126,7 @@ void Storage::create(std::string_view name) {
     if (exists(name)) throw sqlError(kDatabaseExists, {name});
     const fs::path file = pathOf(name);
     try {
-        openDatabaseFile(file, OpenMode::Create);
+        openDatabaseFile(file, SQLITE_OPEN_CREATE);
     } catch (const SqliteFailure& error) {
         removeFiles(file);
         throw sqlError(kDatabaseNotCreated, {error.what()});
@@ -145,7 +144,7 @@ void Storage::rename(std::string_view name, std::string_view newName) {
     checkName(newName);
     if (exists(newName) && !sameText(name, newName)) throw sqlError(kDatabaseExists, {newName});
     const fs::path before = pathOf(name);
-    openDatabaseFile(before, OpenMode::Existing);  // closing the last connection deletes the journal
+    openDatabaseFile(before);  // closing the last connection deletes the journal
     fs::rename(before, m_directory / (encodeName(newName) + std::string(kExtension)));
 }
 

@@ -27,10 +27,9 @@ struct SqliteCloser {
 };
 using SqliteConnection = std::unique_ptr<sqlite3, SqliteCloser>;
 
-// Opens a database file, which OpenMode::Create makes when it is missing: WAL, foreign keys on, a busy
+// Opens a database file, which SQLITE_OPEN_CREATE makes when it is missing: WAL, foreign keys on, a busy
 // time-out of 10 s. Throws as openFile().
-enum class OpenMode { Existing, Create };
-SqliteConnection openDatabaseFile(const std::filesystem::path& file, OpenMode mode);
+SqliteConnection openDatabaseFile(const std::filesystem::path& file, int create = 0);
 // Opens a file with SQLite's flags and runs pragmas. Throws SqliteFailure with the file in its text.
 SqliteConnection openFile(const std::filesystem::path& file, int flags, const std::string& pragmas);
 // Runs statements without results. Throws SqliteFailure.
@@ -38,9 +37,15 @@ void execute(sqlite3* connection, const std::string& sql);
 
 std::string databaseKey(std::string_view name);  // names with equal keys are one database
 
+// Client of a session, as HOST_NAME() and similar functions report it.
+struct Client {
+    std::string login, host = {}, program = {};
+};
+
 // A session as sys.dm_exec_sessions and sys.dm_exec_requests show it.
 struct SessionEntry {
-    std::string login, host, program, database;
+    Client client;
+    std::string database;
     std::chrono::system_clock::time_point begin, waited{};  // newest look at a lock that another one holds
     bool isRunning = false, hasTransaction = false;         // the latter may hold the database's write lock
 };

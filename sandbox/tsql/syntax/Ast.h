@@ -20,6 +20,13 @@ using ExprPtr = std::shared_ptr<const Expr>;
 using QueryPtr = std::shared_ptr<Query>;
 using StatementPtr = std::unique_ptr<Statement>;
 
+// Object types, with the values of sysobjects.xtype.
+inline constexpr std::string_view kTable = "U", kView = "V", kProcedure = "P", kFunction = "FN",
+                                  kTableFunction = "IF", kRowsFunction = "TF", kPrimaryKey = "PK",
+                                  kUnique = "UQ", kForeignKey = "F", kCheck = "C", kDefault = "D",
+                                  kIndex = "IX", kTrigger = "TR", kSequence = "SO", kAliasType = "TYPE",
+                                  kTableType = "TT";
+
 // [database .] [schema .] name; `database..name` leaves the schema empty. The parser refuses server names.
 struct ObjectName {
     std::string database;
@@ -381,11 +388,10 @@ struct Truncate {
     ObjectName table;
 };
 
-enum class ConstraintKind { PrimaryKey, Unique, Check, ForeignKey, Default };
 inline constexpr std::string_view kNoAction = "NO ACTION";
 struct Constraint {
-    ConstraintKind kind;
-    std::string name;  // empty: generated
+    std::string_view type;  // kPrimaryKey, kUnique, kCheck, kForeignKey or kDefault
+    std::string name;       // empty: generated
     std::vector<std::string> columns;
     ExprPtr check;
     std::string text;    // of the DEFAULT value
@@ -514,9 +520,8 @@ struct Backup {
     ExprPtr database, file;
     Options options = {};
 };
-enum class RestoreKind { Database, FileList, Header, Verify };
 struct Restore {
-    RestoreKind kind = RestoreKind::Database;
+    std::string_view what;  // DATABASE, FILELISTONLY, HEADERONLY or VERIFYONLY
     ExprPtr database, file;
     Options options = {};
 };

@@ -686,26 +686,25 @@ Statement::Node parseTriggerSwitch(Parser& in, bool enables) {
 }
 
 std::optional<Constraint> Parser::acceptConstraint(bool ofTable) {
-    constexpr std::pair<std::string_view, ConstraintKind> kKinds[] = {
-        {"PRIMARY KEY", ConstraintKind::PrimaryKey},
-        {"UNIQUE", ConstraintKind::Unique},
-        {"CHECK", ConstraintKind::Check},
-        {"DEFAULT", ConstraintKind::Default},
-        {"FOREIGN KEY", ConstraintKind::ForeignKey}};
+    constexpr std::pair<std::string_view, std::string_view> kTypes[] = {{"PRIMARY KEY", kPrimaryKey},
+                                                                        {"UNIQUE", kUnique},
+                                                                        {"CHECK", kCheck},
+                                                                        {"DEFAULT", kDefault},
+                                                                        {"FOREIGN KEY", kForeignKey}};
     Constraint constraint{};
     const bool named = accept("CONSTRAINT");
     if (named) constraint.name = expectName();
     const std::size_t begin = position();
-    const ConstraintKind* kind = acceptOneOf(kKinds);
-    if (!kind && !named && !at("REFERENCES")) return std::nullopt;
-    constraint.kind = kind ? *kind : ConstraintKind::ForeignKey;
-    if (constraint.kind == ConstraintKind::Check) {
+    const auto* type = acceptOneOf(kTypes);
+    if (!type && !named && !at("REFERENCES")) return std::nullopt;
+    constraint.type = type ? *type : kForeignKey;
+    if (constraint.type == kCheck) {
         accept("NOT FOR REPLICATION");
         constraint.check = parenthesized([this] { return scalar(&Parser::condition); });
-    } else if (constraint.kind == ConstraintKind::Default) {
+    } else if (constraint.type == kDefault) {
         defaultValue(*this, constraint, ofTable);
-    } else if (constraint.kind == ConstraintKind::ForeignKey) {
-        if (kind && at("(")) constraint.columns = columnNames();
+    } else if (constraint.type == kForeignKey) {
+        if (type && at("(")) constraint.columns = columnNames();
         references(*this, constraint);
         accept("NOT FOR REPLICATION");
     } else {
@@ -742,7 +741,7 @@ CreateTable Parser::tableVariable(const std::string& name) {
     expect("TABLE");
     CreateTable table = tableElements(*this, {{}, {}, name, line});
     for (const auto* each : allConstraints(table))
-        if (each->kind == ConstraintKind::ForeignKey) throwUnsupported("a foreign key of a table variable");
+        if (each->type == kForeignKey) throwUnsupported("a foreign key of a table variable");
     return table;
 }
 

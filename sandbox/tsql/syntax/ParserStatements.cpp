@@ -310,12 +310,9 @@ Statement::Node backup(Parser& in) {
 }
 
 Statement::Node restore(Parser& in) {
-    using enum RestoreKind;
-    constexpr std::pair<std::string_view, RestoreKind> kKinds[] = {
-        {"DATABASE", Database}, {"FILELISTONLY", FileList}, {"HEADERONLY", Header}, {"VERIFYONLY", Verify}};
-    const RestoreKind* kind = in.acceptOneOf(kKinds);
-    if (!kind) in.throwUnsupported("RESTORE " + toUpper(in.near()));
-    Restore node{*kind, *kind == Database ? nameOrVariable(in) : nullptr, nullptr};
+    Restore node{in.acceptFirst({"DATABASE", "FILELISTONLY", "HEADERONLY", "VERIFYONLY"}), nullptr, nullptr};
+    if (node.what.empty()) in.throwUnsupported("RESTORE " + toUpper(in.near()));
+    if (node.what == "DATABASE") node.database = nameOrVariable(in);
     in.expect("FROM");
     node.file = fileName(in);
     node.options = withOptions(in, "RESTORE",
