@@ -262,7 +262,6 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
                       const std::string& newName);
 
     // ---- triggers (ExecutorTriggers.cpp)
-    void run(const SwitchTriggers& node);
     TableInfo tableOfTrigger(const CreateModule& trigger);
     static void bindTrigger(const Catalogue& owner, const CreateModule& trigger, const TableInfo& table,
                             ObjectInfo& object);
@@ -278,7 +277,6 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
 
     // ---- procedures of the system (ExecutorSystem.cpp)
     static const SystemProcedure* systemProcedure(std::string_view name);  // that clients may call
-    int helpText(const Frame& frame);
     int rename(const Frame& frame);
     int getAppLock(const Frame& frame);
     int releaseAppLock(const Frame& frame);

@@ -355,16 +355,10 @@ void dropParts(Parser& in, AlterTable& table) {
     } while (in.accept(","));
 }
 
-// ALL, which is an empty list, or names
-std::vector<ObjectName> triggerNames(Parser& in) {
-    if (in.accept("ALL")) return {};
-    return in.list([&] { return in.objectName(); });
-}
-
 Statement::Node alterTable(Parser& in) {
     AlterTable node{{in.objectName(), {}, {}}, {}, {}, {}};
     if (const auto verb = in.acceptFirst({"ENABLE TRIGGER", "DISABLE TRIGGER"}); !verb.empty())
-        return SwitchTriggers{verb == "ENABLE TRIGGER", triggerNames(in), std::move(node.added.table), true};
+        return parseTriggerSwitch(in, verb == "ENABLE TRIGGER", &node.added.table);
     if (const auto with = in.acceptFirst({"WITH CHECK", "WITH NOCHECK"}); !with.empty())
         node.checksRows = with == "WITH CHECK";
     if (const auto verb = in.acceptFirst({"CHECK CONSTRAINT", "NOCHECK CONSTRAINT"}); !verb.empty()) {
@@ -624,10 +618,18 @@ Statement::Node parseDrop(Parser& in) {
     return node;
 }
 
-Statement::Node parseTriggerSwitch(Parser& in, bool enables) {
-    SwitchTriggers node{enables, triggerNames(in), {}};
-    in.expect("ON");
-    node.table = in.objectName();
+Statement::Node parseTriggerSwitch(Parser& in, bool enables, const ObjectName* altered) {
+    std::vector<ObjectName> names(1);  // one without a name: all triggers
+    if (!in.accept("ALL")) names = in.list([&] { return in.objectName(); });
+    if (!altered) in.expect("ON");
+    const ObjectName table = altered ? *altered : in.objectName();
+    SystemStatement node{{table.database, "sys", "sp_switch_trigger"}};
+    for (const auto& trigger : names)
+        node.calls.push_back({{"@state", enables ? "" : "NOCHECK "},
+                              {"@schema", table.schema},
+                              {"@table", table.name},
+                              {"@name", trigger.name},
+                              {"@verb", altered ? "ALTER" : ""}});
     return node;
 }
 

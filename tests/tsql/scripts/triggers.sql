@@ -283,7 +283,7 @@ INSERT tab VALUES (2)
 EXEC sp_helptext 's_t'
 DROP TRIGGER dbo.s_t
 --> trigger of s.tab (1 changed) --> trigger of s.tab (1 changed)
---> Text nvarchar(255)? = CREATE OR ALTER TRIGGER s_t ON s.tab WITH EXECUTE AS CALLER FOR INSERT NOT FOR REPLICATION AS PRINT 'trigger of s.tab' -->  (1 rows)
+--> Text nvarchar(255)? = CREATE OR ALTER TRIGGER s_t ON s.tab WITH EXECUTE AS CALLER FOR INSERT NOT FOR REPLICATION AS PRINT 'trigger of s.tab' --> 
 -- Types, cursors, savepoints, settings.
 CREATE TABLE t (id int IDENTITY PRIMARY KEY, a decimal(38,4), b varbinary(20), c datetime, d float, e nvarchar(max), f bit, g money, h uniqueidentifier, i date, [odd "name] varchar(10))
 CREATE TABLE l (id int IDENTITY, m varchar(200)) -->

@@ -53,4 +53,4 @@ SELECT * FROM (SELECT id FROM item ORDER BY id) q --> Msg 1033, Level 15, State 
 -- ALTER is stored as CREATE
 CREATE VIEW altered AS SELECT 1 AS a -->
 /* ALTER */ ALTER VIEW altered AS SELECT 2 AS a -->
-EXEC sp_helptext 'altered' --> Text nvarchar(255)? = /* ALTER */ CREATE VIEW altered AS SELECT 2 AS a -->  (1 rows)
+EXEC sp_helptext 'altered' --> Text nvarchar(255)? = /* ALTER */ CREATE VIEW altered AS SELECT 2 AS a --> 
