@@ -74,6 +74,9 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     std::optional<StoredModule> module(const ObjectName& name, std::string_view type) override;
     Typed nextValue(const ObjectName& sequence) override;
     void within(const StoredModule& query, const std::function<void()>& work) override;
+    bool hasTriggers(const StoredModule& view) override {
+        return !catalogue({view.database, {}, {}}).triggersOf(view.id).empty();
+    }
     TableInfo calledTable(const StoredModule& function, const std::vector<std::string>& arguments,
                           const Translator& translator) override;
     // FunctionSession

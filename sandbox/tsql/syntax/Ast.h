@@ -472,6 +472,7 @@ struct CreateModule {
     std::vector<Local> locals;
     QueryPtr query;                    // of a view, or of a function that returns a table
     std::vector<std::string> columns;  // CREATE VIEW name (columns)
+    bool checksRows = false;           // WITH CHECK OPTION
     std::vector<std::string> events;   // of a trigger: INSERT, UPDATE, DELETE
     ObjectName table = {};             // of a trigger
     bool insteadOf = false;

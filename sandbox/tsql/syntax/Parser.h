@@ -203,8 +203,8 @@ Statement::Node parseTriggerSwitch(Parser& in, bool enables, const ObjectName* a
 std::optional<Statement::Node> parsePrincipal(Parser& in, const std::string& verb);
 Statement::Node parsePermissions(Parser& in, const std::string& state);  // GRANT: G, DENY: D, REVOKE: R
 
-// Returns the table that UPDATE or DELETE changes. `name` may be an alias in `from`.
-const ObjectName& targetName(const ObjectName& name, const std::vector<TableRefPtr>& from);
+// Returns the table that a statement changes: one of its FROM clause, by name or alias, or another one.
+TableRef targetOf(const Change& change);
 // Constraints of the columns and of the table.
 std::vector<const Constraint*> allConstraints(const CreateTable& create);
 

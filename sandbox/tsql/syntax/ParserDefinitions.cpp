@@ -148,14 +148,14 @@ Merge merge(Parser& in) {
     return node;
 }
 
-const NamedTable* findTarget(const TableRef& table, std::string_view name) {
+const TableRef* findTarget(const TableRef& table, std::string_view name) {
     if (const auto* join = std::get_if<Join>(&table.node)) {
-        const NamedTable* left = findTarget(*join->left, name);
+        const TableRef* left = findTarget(*join->left, name);
         return left ? left : findTarget(*join->right, name);
     }
-    const auto* named = std::get_if<NamedTable>(&table.node);
-    if (!named) return nullptr;
-    return sameText(table.alias.empty() ? named->name.name : table.alias, name) ? named : nullptr;
+    const bool isNamed = table.alias.empty();
+    const std::string& exposed = isNamed ? std::get<NamedTable>(table.node).name.name : table.alias;
+    return sameText(exposed, name) ? &table : nullptr;
 }
 
 // ---- tables
@@ -399,7 +399,7 @@ void moduleQuery(Parser& in, CreateModule& module) {
     if (module.function) in.expect("RETURN");
     module.query =
         module.function && in.at("(") ? in.parenthesized([&] { return in.subquery(); }) : in.subquery();
-    in.accept("WITH CHECK OPTION");  // no effect: changes through views are refused
+    module.checksRows = in.accept("WITH CHECK OPTION");
     in.accept(";");
     if (in.peek().kind != TokenKind::End) in.throwSyntaxError();
 }
@@ -536,11 +536,11 @@ Statement::Node defineSequence(Parser& in, bool alter) {
 
 }  // namespace
 
-const ObjectName& targetName(const ObjectName& name, const std::vector<TableRefPtr>& from) {
-    if (!name.schema.empty()) return name;
-    for (const auto& table : from)
-        if (const NamedTable* found = findTarget(*table, name.name)) return found->name;
-    return name;
+TableRef targetOf(const Change& change) {
+    for (const auto& table : change.from)
+        if (const auto* found = findTarget(*table, change.table.name); found && change.table.schema.empty())
+            return *found;
+    return {NamedTable{change.table}, {}};
 }
 
 std::vector<const Constraint*> allConstraints(const CreateTable& create) {
