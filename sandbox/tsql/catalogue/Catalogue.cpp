@@ -76,6 +76,14 @@ const TableColumn* TableInfo::column(std::string_view columnName) const {
     return found == columns.end() ? nullptr : &*found;
 }
 
+const TableColumn* TableInfo::changedColumn(std::string_view columnName) const {
+    if (through.empty()) return column(columnName);
+    const auto found = std::ranges::find_if(shown, std::bind_front(sameText, columnName), &Column::name);
+    if (found == shown.end()) return nullptr;
+    if (found->own.empty()) throw sqlError(kChangedExpression, {bareName(through)});
+    return column(found->own);
+}
+
 const TableColumn* TableInfo::identityColumn() const {
     const auto found = std::ranges::find(columns, true, &TableColumn::identity);
     return found == columns.end() ? nullptr : &*found;

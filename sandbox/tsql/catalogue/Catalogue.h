@@ -62,11 +62,16 @@ struct TableInfo {
     std::string schemaName{kDefaultSchema};  // of T-SQL
     bool isShadow = false;                   // a view in SQLite that receives changes for INSTEAD OF triggers
     std::string rows = {};                   // query of a view whose INSTEAD OF trigger receives changes
+    // Key of the query (view, common or derived table) through which the table is changed, and its columns.
+    std::string through = {};
+    std::vector<Column> shown = {};
 
     std::string sqlName() const { return schema + "." + quotedName(stored); }
     std::string qualifiedName() const { return schemaName + "." + name; }
     std::string fullName() const { return database + "." + qualifiedName(); }
     const TableColumn* column(std::string_view columnName) const;
+    // As column(), as a statement names it that changes the table. Throws SqlError 4406 (an expression).
+    const TableColumn* changedColumn(std::string_view columnName) const;
     const TableColumn* identityColumn() const;
     // An identity as sqlite_sequence counts it, upwards, and the reverse.
     std::int64_t counted(std::int64_t identity) const { return increment < 0 ? -identity : identity; }

@@ -1,4 +1,4 @@
-// System procedures that describe a database, in T-SQL. ODBC and JDBC drivers call them.
+// System procedures in T-SQL that describe a database, which ODBC and JDBC drivers call, or change its roles.
 #pragma once
 
 #include <string_view>
@@ -12,7 +12,7 @@ struct Frame;
 struct SystemProcedure {
     std::string_view name;
     std::string_view parameters;       // in T-SQL
-    std::string_view text = "RETURN";  // @procedure is its name
+    std::string_view text = "RETURN";  // @procedure is its name, @database that of the database
     int (Executor::*body)(const Frame& frame) = nullptr;
     int failed = 1;  // return value after an error in `body`
 };
@@ -35,9 +35,21 @@ WHEN 93 THEN 11 ELSE t END, auto = CASE WHEN n LIKE '%identity' THEN 1 WHEN k IN
 sys.spt_datatype_info) x WHERE @data_type = 0 OR @data_type = IIF(@ODBCVer = 3, t, t2) ORDER BY 2, 12, 11, 20)"},
     {"sp_datatype_info_100", "@data_type int = 0, @ODBCVer tinyint = 2",
      "EXEC sp_datatype_info @data_type, @ODBCVer"},
-    // sp_helptext reports an object that does not exist.
+    // One row for each line, the line end included, split after 255 characters.
+    {"sp_helptext", "@objname nvarchar(776), @columnname sysname = NULL", R"(SET NOCOUNT ON
+DECLARE @text nvarchar(max) = OBJECT_DEFINITION(OBJECT_ID(@objname)), @end int
+DECLARE @lines TABLE (n int IDENTITY PRIMARY KEY, Text nvarchar(255))
+IF @columnname > '' SET @text = (SELECT definition FROM sys.computed_columns WHERE object_id = OBJECT_ID(@objname) AND
+name = @columnname)
+IF OBJECT_ID(@objname) IS NULL BEGIN RAISERROR(15009, -1, -1, @objname, @database) RETURN 1 END
+IF @text IS NULL BEGIN RAISERROR(15197, -1, -1, @objname) RETURN 1 END
+WHILE DATALENGTH(@text) > 0 BEGIN
+SET @end = ISNULL(NULLIF(CHARINDEX(CHAR(10), LEFT(@text, 255)), 0), 255)
+INSERT @lines SELECT LEFT(@text, @end)
+SET @text = STUFF(@text, 1, @end, '') END
+SELECT Text FROM @lines ORDER BY n)"},
     {"sp_helpindex", "@objname nvarchar(776)", R"(
-IF OBJECT_ID(@objname) IS NULL BEGIN EXEC sp_helptext @objname RETURN 1 END
+IF OBJECT_ID(@objname) IS NULL BEGIN RAISERROR(15009, -1, -1, @objname, @database) RETURN 1 END
 SELECT index_name = i.name, index_description = CAST(IIF(i.type = 1, 'clustered', 'nonclustered') + IIF(i.is_unique = 1,
 ', unique', '') + CASE WHEN i.is_primary_key = 1 THEN ', primary key' WHEN i.is_unique_constraint = 1 THEN
 ', unique key' ELSE '' END + ' located on PRIMARY' AS varchar(210)), index_keys = CAST((SELECT STRING_AGG(c.name +
@@ -50,6 +62,12 @@ sys.columns c ON c.object_id = k.object_id AND c.column_id = k.column_id WHERE k
 SELECT spid, ecid = CAST(0 AS smallint), status, loginame, hostname, blk = CAST(blocked AS char(5)), dbname =
 DB_NAME(dbid), cmd = CAST(NULL AS nchar(16)), request_id = 0 FROM sysprocesses WHERE ISNULL(@loginame, loginame) IN
 (loginame, CAST(spid AS varchar(6)), IIF(status = 'running', 'active', NULL)) ORDER BY 1)"},
+    {"sp_addrolemember", "@rolename sysname, @membername sysname",
+     R"(DECLARE @text nvarchar(600) = CONCAT('ALTER ROLE ', QUOTENAME(@rolename), ' ADD MEMBER ', QUOTENAME(@membername))
+EXEC (@text) IF @@ERROR <> 0 RETURN 1)"},
+    {"sp_droprolemember", "@rolename sysname, @membername sysname",
+     R"(DECLARE @text nvarchar(600) = CONCAT('ALTER ROLE ', QUOTENAME(@rolename), ' DROP MEMBER ', QUOTENAME(@membername))
+EXEC (@text) IF @@ERROR <> 0 RETURN 1)"},
     {"sp_databases", "",
      R"(SELECT DATABASE_NAME = name, DATABASE_SIZE = CAST(NULL AS int), REMARKS = CAST(NULL AS varchar(254)) FROM
 sys.databases ORDER BY 1)"},

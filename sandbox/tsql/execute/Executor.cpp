@@ -140,8 +140,8 @@ Flow Executor::runStatement(const Statement& statement) {
         if (beginsImplicitly(statement)) begin({});
         return std::visit(
             [this]<typename Node>(const Node& node) {
-                constexpr bool defines = isOneOf<Node, AlterTable, CreateIndex, AlterIndex, Drop,
-                                                 SwitchTriggers, Truncate, Maintenance>;
+                constexpr bool defines =
+                    isOneOf<Node, AlterTable, CreateIndex, AlterIndex, Drop, Truncate, Maintenance>;
                 std::string& schemaName = m_frames.back()->schemaName;  // definitions use the caller's: dbo
                 const Temporarily outside(schemaName, defines ? std::string() : schemaName);
                 // SET FMTONLY ON: nothing executes, and queries return column metadata only.

@@ -75,6 +75,9 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     std::optional<StoredModule> module(const ObjectName& name, std::string_view type) override;
     Typed nextValue(const ObjectName& sequence) override;
     void within(const StoredModule& query, const std::function<void()>& work) override;
+    bool hasTriggers(const StoredModule& view) override {
+        return !catalogue({view.database, {}, {}}).triggersOf(view.id).empty();
+    }
     TableInfo calledTable(const StoredModule& function, const std::vector<std::string>& arguments,
                           const Translator& translator) override;
     // FunctionSession
@@ -261,7 +264,6 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
                       const std::string& newName);
 
     // ---- triggers (ExecutorTriggers.cpp)
-    void run(const SwitchTriggers& node);
     TableInfo tableOfTrigger(const CreateModule& trigger);
     static void bindTrigger(const Catalogue& owner, const CreateModule& trigger, const TableInfo& table,
                             ObjectInfo& object);
@@ -277,7 +279,6 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
 
     // ---- procedures of the system (ExecutorSystem.cpp)
     static const SystemProcedure* systemProcedure(std::string_view name);  // that clients may call
-    int helpText(const Frame& frame);
     int rename(const Frame& frame);
     int getAppLock(const Frame& frame);
     int releaseAppLock(const Frame& frame);

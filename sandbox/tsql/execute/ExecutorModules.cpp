@@ -9,11 +9,11 @@ namespace {
 
 // System procedures that SQL Server has and tsqlbox has not.
 constexpr std::string_view kMissingProcedures =
-    "sp_addlinkedserver sp_addlogin sp_addmessage sp_addrolemember sp_addtype sp_adduser sp_attach_db "
-    "sp_bindefault sp_bindrule sp_changedbowner sp_configure sp_dboption sp_depends sp_detach_db sp_help "
-    "sp_droprolemember sp_helpconstraint sp_helpdb sp_helpuser sp_lock sp_msforeachdb sp_msforeachtable "
-    "sp_recompile sp_refreshview sp_renamedb sp_send_dbmail sp_spaceused sp_tableoption sp_updatestats "
-    "sp_who2 sp_xml_preparedocument xp_cmdshell xp_fileexist xp_instance_regread xp_msver xp_regread";
+    "sp_addlinkedserver sp_addlogin sp_addmessage sp_addtype sp_adduser sp_attach_db sp_bindefault "
+    "sp_bindrule sp_changedbowner sp_configure sp_dboption sp_depends sp_detach_db sp_help sp_helpconstraint "
+    "sp_helpdb sp_helpuser sp_lock sp_msforeachdb sp_msforeachtable sp_recompile sp_refreshview sp_renamedb "
+    "sp_send_dbmail sp_spaceused sp_tableoption sp_updatestats sp_who2 sp_xml_preparedocument xp_cmdshell "
+    "xp_fileexist xp_instance_regread xp_msver xp_regread";
 
 constexpr std::size_t kKeptTexts = 256, kLongestKept = 32'768;  // bytes
 constexpr std::size_t kDeepestCall = 33;                        // the batch, and 32 calls
@@ -235,10 +235,10 @@ void Executor::asCall(const std::function<std::int32_t()>& work) {
 
 std::optional<StoredModule> Executor::moduleOf(const SystemProcedure& procedure, const ObjectName& name) {
     const std::string own(procedure.name);
-    const auto head =
-        parsed("CREATE PROCEDURE " + own + " " + std::string(procedure.parameters) +
-                   " AS DECLARE @procedure sysname = '" + own + "' " + std::string(procedure.text),
-               m_database);
+    const auto head = parsed("CREATE PROCEDURE " + own + " " + std::string(procedure.parameters) +
+                                 " AS DECLARE @procedure sysname = '" + own +
+                                 "', @database sysname = DB_NAME() " + std::string(procedure.text),
+                             m_database);
     return StoredModule{databaseOf(name), "sys", own, head, &moduleOf(*head)};
 }
 

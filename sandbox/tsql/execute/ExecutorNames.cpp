@@ -151,18 +151,20 @@ std::string Executor::asWritten(const ObjectName& name) {
 }
 
 // missing, state: number and state of the error if there is no such table. verb: of a change, which may name
-// a view with an INSTEAD OF trigger.
+// a view.
 TableInfo Executor::table(const ObjectName& name, int missing, int state, std::string_view verb) {
     if (m_frames.back()->readOnly.contains(name.name)) throw sqlError(kReadOnlyTable, {name.name});
     if (auto found = findTable(name)) return *found;
     if (namesChangedRows(name)) throw sqlError(kChangedRowsChanged);
     const auto view = m_checking ? std::nullopt : module(name, kView);
-    const TableInfo rows = view ? viewTable(*view) : TableInfo();
-    if (view && (rows.rows.empty() || verb.empty() || enabledTriggers(rows, verb).empty()))
-        throw unsupported("changes through a view ('" + name.name + "')");
-    if (view) return rows;
-    if (!m_checking && isMissingView(name.schema, name.name)) throw unsupported(asWritten(name));
-    throw sqlError(missing, {asWritten(name)}, state);
+    if (!view && !m_checking && isMissingView(name.schema, name.name)) throw unsupported(asWritten(name));
+    if (!view) throw sqlError(missing, {asWritten(name)}, state);
+    const TableInfo rows = viewTable(*view);
+    const bool fires = !enabledTriggers(rows, verb).empty();
+    if (verb.empty() || (fires && rows.rows.empty()))
+        throw unsupported((verb.empty() ? "this statement for a view ('" : "changes through a view ('") +
+                          name.name + "')");
+    return fires ? rows : Translator(*this).tableBehind({NamedTable{name}, {}}, {});
 }
 
 std::optional<SystemView> Executor::view(const ObjectName& name) {

@@ -17,7 +17,8 @@ void addChanges(const Node& node, const TableInfo& target, std::vector<Firing>& 
     } else {
         auto& updated = changes.emplace_back(Firing{target, node.kVerb}).updated;
         if constexpr (std::is_same_v<Node, Update>)
-            for (const auto& clause : node.sets) updated.insert(clause.column);
+            for (const auto& clause : node.sets)
+                if (const auto* column = target.changedColumn(clause.column)) updated.insert(column->name);
     }
 }
 
@@ -131,16 +132,19 @@ ColumnList Executor::insertColumns(const TableInfo& target, const std::vector<st
     const bool identityGiven = sameWord(m_settings.identityInsert, target.fullName());
     ColumnList columns;
     for (const auto& name : names) {
-        const TableColumn* column = target.column(name);
+        const TableColumn* column = target.changedColumn(name);
         if (!column) throw sqlError(kInvalidColumnName, {name});
         if (std::ranges::find(columns, column) != columns.end()) throw sqlError(kColumnSetTwice, {name});
         if (!column->computed.empty()) throw sqlError(kComputedColumnChanged, {column->name});
         if (column->identity && !identityGiven) throw sqlError(kIdentityInsertIsOff, {target.name});
         columns.push_back(column);
     }
-    if (names.empty() && !defaultValues)
-        for (const auto& column : target.columns)
-            if (!column.identity && column.computed.empty()) columns.push_back(&column);
+    if (names.empty() && !defaultValues) {
+        for (const auto& each : target.shown) columns.push_back(target.changedColumn(each.name));
+        if (target.through.empty())
+            for (const auto& each : target.columns) columns.push_back(&each);
+        std::erase_if(columns, [](auto* each) { return each->identity || !each->computed.empty(); });
+    }
     // The setting may change before the statement runs.
     if (!m_checking && identityGiven && std::ranges::none_of(columns, &TableColumn::identity))
         throw sqlError(kIdentityValueRequired, {target.name});
@@ -330,10 +334,20 @@ void Executor::insertRowsOf(const TableInfo& target, const ColumnList& columns,
 
 // Returns the table that a statement changes, and makes the statement's common tables known.
 TableInfo Executor::changedTable(const Change& change, std::string_view verb, Translator& translator) {
-    const ObjectName& name = targetName(change.table, change.from);
-    translator.useCommonTables(change, name);
+    translator.useCommonTables(change);
+    const TableRef ref = targetOf(change);
+    const auto* table = std::get_if<NamedTable>(&ref.node);
+    const ObjectName& name = table ? table->name : change.table;
+    const auto isNamed = std::bind_front(sameText, name.name);
+    const bool isStored =
+        table && (!name.schema.empty() || std::ranges::none_of(change.with, isNamed, &CommonTable::name));
     claim(name);
-    return table(name, kInvalidObjectName, 0, verb);
+    const TableInfo target = isStored ? Executor::table(name, kInvalidObjectName, 0, verb)
+                                      : Translator(*this).tableBehind(ref, change);
+    if (m_frames.back()->readOnly.contains(target.name)) throw sqlError(kReadOnlyTable, {target.name});
+    if (verb == "MERGE" && !target.through.empty())
+        throw unsupported("MERGE through a query ('" + name.name + "')");
+    return target;
 }
 
 void Executor::apply(const Update& update, const TableInfo& target, Translator& translator) {

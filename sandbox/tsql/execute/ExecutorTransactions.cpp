@@ -46,7 +46,7 @@ bool Executor::beginsImplicitly(const Statement& statement) const {
         }
         return std::is_base_of_v<Change, Node> ||
                isOneOf<Node, Truncate, CreateTable, AlterTable, CreateIndex, CreateModule, SystemStatement,
-                       TransferObject, SwitchTriggers, Fetch, InsertBulk, UserType>;
+                       TransferObject, Fetch, InsertBulk, UserType>;
     };
     return std::visit(begins, statement.node);
 }

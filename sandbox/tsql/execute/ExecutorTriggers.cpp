@@ -49,27 +49,6 @@ void Executor::bindTrigger(const Catalogue& owner, const CreateModule& trigger, 
                     {verb, object.name, table.stored.empty() ? "view" : "table", table.name, event});
 }
 
-void Executor::run(const SwitchTriggers& node) {
-    define(node.table, [&](Catalogue& owner) {
-        const auto table = object(node.table);
-        if (!table || (table->type != kTable && (node.inAlterTable || table->type != kView)))
-            throw sqlError(node.inAlterTable ? kAlteredTableNotFound : kObjectNotFound,
-                           {asWritten(node.table)});
-        auto triggers = owner.triggersOf(table->id);
-        for (const auto& name : node.names)
-            if (std::ranges::none_of(triggers, std::bind_front(sameText, name.name), &ObjectInfo::name))
-                throw node.inAlterTable
-                    ? sqlError(kSwitchedTriggerNotFound, {name.name, asWritten(node.table)})
-                    : sqlError(kObjectNotFound, {asWritten(name)});
-        for (auto& trigger : triggers) {
-            const auto isNamed = std::bind_front(sameText, trigger.name);
-            if (!node.names.empty() && std::ranges::none_of(node.names, isNamed, &ObjectName::name)) continue;
-            trigger.stored = node.enables ? "" : kDisabled;
-            owner.save(trigger);
-        }
-    });
-}
-
 // ---- firing
 
 // A trigger is not fired by its own statements, but by those of another trigger that it fires.

@@ -20,6 +20,18 @@ SELECT TOP (1) @object = name FROM (SELECT name, object_id, schema_id FROM sys.o
 ALL SELECT name, user_type_id - 256, schema_id FROM sys.types) o WHERE schema_id = @id ORDER BY object_id
 IF @object > '' RAISERROR(3729, -1, -1, 'drop schema', @name, @object)
 DELETE tsqlbox_objects WHERE id = @id - 4)"},
+    // @name: of a trigger; empty: all. @verb: ALTER for ALTER TABLE, which changes no triggers of views.
+    {"sp_switch_trigger", "@state varchar(8), @schema sysname, @table sysname, @name sysname, @verb sysname",
+     R"(DECLARE @full nvarchar(257) = CONCAT(@schema + IIF(@schema > '', '.', ''), @table), @id int
+SELECT @id = object_id FROM sys.objects WHERE name = @table AND schema_id = SCHEMA_ID(IIF(@schema > '', @schema, 'dbo')) AND
+(type = 'U' OR type = 'V' AND @verb = '')
+IF @id IS NULL AND @verb > '' RAISERROR(4902, -1, -1, @full)
+IF @id IS NULL RAISERROR(1088, -1, 12, @full)
+IF @verb > '' AND @name > '' AND @name NOT IN (SELECT name FROM sys.triggers WHERE parent_id = @id)
+RAISERROR(4920, -1, 0, @name, @full)
+IF @name > '' AND @name NOT IN (SELECT name FROM sys.triggers WHERE parent_id = @id) RAISERROR(1088, -1, 12, @name)
+UPDATE tsqlbox_objects SET stored = @state WHERE id IN (SELECT object_id FROM sys.triggers WHERE parent_id = @id AND (name =
+@name OR @name = '')))"},
     {"sp_create_principal",
      R"(@kind sysname, @name sysname, @for sysname, @from sysname, @without sysname, @authorization sysname, @default_schema
 sysname, @default_database sysname)",

@@ -467,14 +467,6 @@ struct AlterDatabase {
     bool excludes = false;  // other sessions: SINGLE_USER, RESTRICTED_USER
 };
 
-// ENABLE or DISABLE TRIGGER
-struct SwitchTriggers {
-    bool enables;
-    std::vector<ObjectName> names;  // empty: ALL
-    ObjectName table;
-    bool inAlterTable = false;
-};
-
 // CREATE or ALTER PROCEDURE, FUNCTION, VIEW or TRIGGER. The whole text of the batch is stored.
 struct CreateModule {
     ObjectName name;
@@ -486,6 +478,7 @@ struct CreateModule {
     std::vector<Local> locals;
     QueryPtr query;                    // of a view, or of a function that returns a table
     std::vector<std::string> columns;  // CREATE VIEW name (columns)
+    bool checksRows = false;           // WITH CHECK OPTION
     std::vector<std::string> events;   // of a trigger: INSERT, UPDATE, DELETE
     ObjectName table = {};             // of a trigger
     bool insteadOf = false;
@@ -540,13 +533,12 @@ template <typename Node, typename... Others>
 inline constexpr bool isOneOf = (std::is_same_v<Node, Others> || ...);
 
 struct Statement {
-    using Node =
-        std::variant<Declare, Assign, SetOption, If, While, Break, Continue, Label, Goto, Return, Compound,
-                     TryCatch, Print, RaiseError, Throw, WaitFor, Use, SelectStatement, Insert, InsertBulk,
-                     Update, Delete, Merge, Truncate, CreateTable, AlterTable, CreateIndex, Drop,
-                     CreateDatabase, AlterDatabase, AlterIndex, TransferObject, SwitchTriggers,
-                     DefineSequence, UserType, CreateModule, Execute, SystemStatement, Transaction, Backup,
-                     Restore, Maintenance, DeclareCursor, ChangeCursor, Fetch>;
+    using Node = std::variant<Declare, Assign, SetOption, If, While, Break, Continue, Label, Goto, Return,
+                              Compound, TryCatch, Print, RaiseError, Throw, WaitFor, Use, SelectStatement,
+                              Insert, InsertBulk, Update, Delete, Merge, Truncate, CreateTable, AlterTable,
+                              CreateIndex, Drop, CreateDatabase, AlterDatabase, AlterIndex, TransferObject,
+                              DefineSequence, UserType, CreateModule, Execute, SystemStatement, Transaction,
+                              Backup, Restore, Maintenance, DeclareCursor, ChangeCursor, Fetch>;
     int line = 1;
     Node node;
 };

@@ -197,13 +197,14 @@ class Parser {
 Statement::Node parseRows(Parser& in);  // SELECT, INSERT, UPDATE, DELETE, MERGE, WITH before one of them
 Statement::Node parseDefinition(Parser& in, bool create);  // CREATE or ALTER
 Statement::Node parseDrop(Parser& in);
-Statement::Node parseTriggerSwitch(Parser& in, bool enables);
+// altered: the table, if ALTER TABLE names it.
+Statement::Node parseTriggerSwitch(Parser& in, bool enables, const ObjectName* altered = nullptr);
 // Without a value if the next word is not SCHEMA, USER, ROLE or LOGIN.
 std::optional<Statement::Node> parsePrincipal(Parser& in, const std::string& verb);
 Statement::Node parsePermissions(Parser& in, const std::string& state);  // GRANT: G, DENY: D, REVOKE: R
 
-// Returns the table that UPDATE or DELETE changes. `name` may be an alias in `from`.
-const ObjectName& targetName(const ObjectName& name, const std::vector<TableRefPtr>& from);
+// Returns the table that a statement changes: one of its FROM clause, by name or alias, or another one.
+TableRef targetOf(const Change& change);
 // Constraints of the columns and of the table.
 std::vector<const Constraint*> allConstraints(const CreateTable& create);
 

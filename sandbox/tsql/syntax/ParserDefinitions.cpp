@@ -148,14 +148,14 @@ Merge merge(Parser& in) {
     return node;
 }
 
-const NamedTable* findTarget(const TableRef& table, std::string_view name) {
+const TableRef* findTarget(const TableRef& table, std::string_view name) {
     if (const auto* join = std::get_if<Join>(&table.node)) {
-        const NamedTable* left = findTarget(*join->left, name);
+        const TableRef* left = findTarget(*join->left, name);
         return left ? left : findTarget(*join->right, name);
     }
-    const auto* named = std::get_if<NamedTable>(&table.node);
-    if (!named) return nullptr;
-    return sameText(table.alias.empty() ? named->name.name : table.alias, name) ? named : nullptr;
+    const bool isNamed = table.alias.empty();
+    const std::string& exposed = isNamed ? std::get<NamedTable>(table.node).name.name : table.alias;
+    return sameText(exposed, name) ? &table : nullptr;
 }
 
 // ---- tables
@@ -355,16 +355,10 @@ void dropParts(Parser& in, AlterTable& table) {
     } while (in.accept(","));
 }
 
-// ALL, which is an empty list, or names
-std::vector<ObjectName> triggerNames(Parser& in) {
-    if (in.accept("ALL")) return {};
-    return in.list([&] { return in.objectName(); });
-}
-
 Statement::Node alterTable(Parser& in) {
     AlterTable node{{in.objectName(), {}, {}}, {}, {}, {}};
     if (const auto verb = in.acceptFirst({"ENABLE TRIGGER", "DISABLE TRIGGER"}); !verb.empty())
-        return SwitchTriggers{verb == "ENABLE TRIGGER", triggerNames(in), std::move(node.added.table), true};
+        return parseTriggerSwitch(in, verb == "ENABLE TRIGGER", &node.added.table);
     if (const auto with = in.acceptFirst({"WITH CHECK", "WITH NOCHECK"}); !with.empty())
         node.checksRows = with == "WITH CHECK";
     if (const auto verb = in.acceptFirst({"CHECK CONSTRAINT", "NOCHECK CONSTRAINT"}); !verb.empty()) {
@@ -405,7 +399,7 @@ void moduleQuery(Parser& in, CreateModule& module) {
     if (module.function) in.expect("RETURN");
     module.query =
         module.function && in.at("(") ? in.parenthesized([&] { return in.subquery(); }) : in.subquery();
-    in.accept("WITH CHECK OPTION");  // no effect: changes through views are refused
+    module.checksRows = in.accept("WITH CHECK OPTION");
     in.accept(";");
     if (in.peek().kind != TokenKind::End) in.throwSyntaxError();
 }
@@ -596,11 +590,11 @@ Statement::Node defineSequence(Parser& in, bool alter) {
 
 }  // namespace
 
-const ObjectName& targetName(const ObjectName& name, const std::vector<TableRefPtr>& from) {
-    if (!name.schema.empty()) return name;
-    for (const auto& table : from)
-        if (const NamedTable* found = findTarget(*table, name.name)) return found->name;
-    return name;
+TableRef targetOf(const Change& change) {
+    for (const auto& table : change.from)
+        if (const auto* found = findTarget(*table, change.table.name); found && change.table.schema.empty())
+            return *found;
+    return {NamedTable{change.table}, {}};
 }
 
 std::vector<const Constraint*> allConstraints(const CreateTable& create) {
@@ -678,10 +672,18 @@ Statement::Node parseDrop(Parser& in) {
     return node;
 }
 
-Statement::Node parseTriggerSwitch(Parser& in, bool enables) {
-    SwitchTriggers node{enables, triggerNames(in), {}};
-    in.expect("ON");
-    node.table = in.objectName();
+Statement::Node parseTriggerSwitch(Parser& in, bool enables, const ObjectName* altered) {
+    std::vector<ObjectName> names(1);  // one without a name: all triggers
+    if (!in.accept("ALL")) names = in.list([&] { return in.objectName(); });
+    if (!altered) in.expect("ON");
+    const ObjectName table = altered ? *altered : in.objectName();
+    SystemStatement node{{table.database, "sys", "sp_switch_trigger"}};
+    for (const auto& trigger : names)
+        node.calls.push_back({{"@state", enables ? "" : "NOCHECK "},
+                              {"@schema", table.schema},
+                              {"@table", table.name},
+                              {"@name", trigger.name},
+                              {"@verb", altered ? "ALTER" : ""}});
     return node;
 }
 

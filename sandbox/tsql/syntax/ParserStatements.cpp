@@ -410,9 +410,11 @@ constexpr std::pair<std::string_view, Statement::Node (*)(Parser&)> kStatements[
 // Functions may not have side effects, except on their table variables.
 void checkInFunction(const Statement& statement, const std::string& verb) {
     const auto isTraceless = []<typename Node>(const Node& node) {
-        if constexpr (std::is_base_of_v<Change, Node>)
-            return targetName(node.table, node.from).name.starts_with('@') &&
-                   (!node.output || node.output->into);
+        if constexpr (std::is_base_of_v<Change, Node>) {
+            const TableRef target = targetOf(node);
+            const auto* named = std::get_if<NamedTable>(&target.node);
+            return named && named->name.name.starts_with('@') && (!node.output || node.output->into);
+        }
         return isOneOf<Node, Declare, Assign, If, While, Break, Continue, Label, Goto, Compound, Return,
                        Execute, DeclareCursor, ChangeCursor, Fetch>;
     };

@@ -20,6 +20,7 @@ struct StoredModule {
     std::shared_ptr<const void> text;  // owns `module`
     const CreateModule* module = nullptr;
     std::int64_t id = 0;
+    std::string key() const { return database + "." + schemaName + kSchemaEnd + name; }
 };
 
 // Resolves the names in a statement: variables, tables, views and functions.
@@ -34,6 +35,7 @@ class NameResolver {
     virtual std::optional<StoredModule> module(const ObjectName& name, std::string_view type) = 0;
     // NEXT VALUE FOR, of a sequence that the statement changes. Throws SqlError 208 and 11726.
     virtual Typed nextValue(const ObjectName& sequence) = 0;
+    virtual bool hasTriggers(const StoredModule& view) = 0;
     // Runs `work` with names resolved as inside the query. Throws SqlError 217 and 4429 (it contains itself).
     virtual void within(const StoredModule& query, const std::function<void()>& work) = 0;
     // Returns the rows of a function of statements. The arguments are SQL with parameters of the translator.
@@ -99,7 +101,10 @@ class Translator {
     std::string insertParameters(const TableInfo& target, const ColumnList& columns,
                                  const std::vector<TypedValue>& row);
     // Makes the common table expressions of a change known. To be called before the change is translated.
-    void useCommonTables(const Change& change, const ObjectName& target);
+    void useCommonTables(const Change& change);
+    // Returns the table that `change` changes through a view, common or derived table. Throws SqlError 4403
+    // and 4426 (there is none).
+    TableInfo tableBehind(const TableRef& query, const Change& change);
     // record: temporary table with the changed rows, for OUTPUT.
     std::string update(const TableInfo& target, const Update& update, const std::string& record);
     // The last update() as several statements, for rows that take over each other's keys.
@@ -216,7 +221,9 @@ class Translator {
     // Returns the SQL of the arguments, each converted to the type of its parameter.
     std::vector<std::string> argumentsOf(const StoredModule& function, const std::vector<ExprPtr>& arguments);
     std::string splitText(const NamedTable& table, const std::string& alias, bool applied);
-    std::string derivedTable(QueryText text, const std::vector<std::string>& names, const std::string& alias,
+    // key: of the query, as in TableInfo::through.
+    std::string derivedTable(const Query& query, const std::string& key,
+                             const std::vector<std::string>& names, const std::string& alias,
                              bool applied = false);
     std::string packedTable(const std::string& rows, const std::vector<OutputColumn>& columns,
                             const std::string& alias);
@@ -272,7 +279,10 @@ class Translator {
     WordSet m_sequences;    // that have given a value for the row
     bool m_sorted = false;  // rows are computed before they are sorted
     int m_aliases = 0;
-    std::string m_depth;  // depth column that the recursive part must return
+    std::string m_depth;          // depth column that the recursive part must return
+    std::string m_through;        // TableInfo::through of the changed table, within the FROM of the change
+    bool m_returnsRowId = false;  // of its query: the last column is to be the row id
+    TableInfo m_behind;           // the table of such a query
     std::int64_t m_maxRecursion = 100;
     QueryText m_output;
     const Merge* m_merge = nullptr;

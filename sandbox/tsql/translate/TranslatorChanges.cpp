@@ -148,18 +148,16 @@ std::string Translator::insertParameters(const TableInfo& target, const ColumnLi
     return insertText(target, all, "VALUES (" + rowText(target, all, cells) + ")");
 }
 
-void Translator::useCommonTables(const Change& change, const ObjectName& target) {
+void Translator::useCommonTables(const Change& change) {
     if (change.maxRecursion) m_maxRecursion = *change.maxRecursion;
-    for (const auto& table : change.with) {
-        if (target.schema.empty() && sameText(table.name, target.name))
-            throw unsupported("changes through a common table expression ('" + table.name + "')");
-        m_with.push_back({&table});
-    }
+    for (const auto& table : change.with) m_with.push_back({&table});
 }
 
 std::string Translator::returning(const TableInfo& target, const std::optional<Output>& output,
                                   const std::string& exposed, const std::string& record) {
     if (!output) return {};
+    if (std::ranges::count(target.shown, "", &Column::own) > 0)
+        throw unsupported("OUTPUT of a change through a query with expressions");
     const Temporarily clause(m_nextValue, kNextValueInClause);
     Scope scope;
     const Temporarily inner(m_scope, &scope);
@@ -168,7 +166,7 @@ std::string Translator::returning(const TableInfo& target, const std::optional<O
         addSource(target, "deleted", {});
         for (auto& source : scope.sources)
             for (auto& column : source.columns) {
-                column.sql = quotedName((source.exposed == "deleted" ? "old " : "new ") + column.name);
+                column.sql.insert(1, source.exposed == "deleted" ? "old " : "new ");  // within the quotes
                 column.nullable = column.nullable || m_merge;
             }
     }
@@ -197,7 +195,7 @@ std::string Translator::returnedToVariables(const TableInfo& target, const Updat
         if (update.output || read)
             throw unsupported(
                 "UPDATE ... SET @variable = column with OUTPUT or with the variable's own value");
-        const TableColumn& column = *target.column(clause.column);
+        const TableColumn& column = *target.changedColumn(clause.column);
         list += (list.empty() ? " RETURNING " : ", ") + quotedName(column.name);
         m_assignments.push_back({clause.variable, column.type});
     }
@@ -208,22 +206,22 @@ std::string Translator::returnedToVariables(const TableInfo& target, const Updat
 std::pair<std::string, const Source*> Translator::joinedSources(const TableInfo& target,
                                                                 const Change& change) {
     m_topLevel = false;
+    m_through = target.through;
     const ObjectName name = m_clause ? ObjectName{{}, {}, m_merge->alias} : change.table;
     std::string sql = m_clause ? mergedRows() : from(change.from);
     std::vector<const Source*> found;  // the table under an alias: changed if it occurs only once
     bool named = false;
     for (const auto& source : m_scope->sources) {
         const bool isNamedSo = sameText(source.exposed, name.name);
-        const bool isTarget = source.table == target.sqlName();
+        const bool isTarget = source.table == (target.through.empty() ? target.sqlName() : target.through);
         if (isNamedSo && !isTarget && name.schema.empty()) throw sqlError(kAmbiguousTable, {name.name});
         if (isTarget) found.insert(isNamedSo ? found.begin() : found.end(), &source);
         named = named || (isNamedSo && isTarget);
     }
     if (found.size() > 1 && !named) throw sqlError(kAmbiguousTable, {name.name});
     if (!found.empty()) return {sql, found.front()};
-    const std::string alias = nextAlias();
-    addSource(target, name.name, alias);
-    sql += (sql.empty() ? " FROM " : ", ") + target.sqlName() + " AS " + alias;
+    sql += sql.empty() ? " FROM " : ", ";
+    sql += namedTable({m_clause ? m_merge->table : name}, name.name, /*applied=*/false);
     const Source& added = m_scope->sources.back();
     return {m_clause ? sql + " ON merged.id = " + added.rowid : sql, &added};
 }
@@ -233,14 +231,14 @@ Typed Translator::assignedValue(const TableInfo& target, const Source& source, c
     const bool isTarget =
         clause.table.empty() || sameText(clause.table, target.name) || sameText(clause.table, source.exposed);
     if (!isTarget) throw sqlError(kUnboundIdentifier, {clause.table + "." + clause.column});
-    const TableColumn* column = target.column(clause.column);
+    const TableColumn* column = target.changedColumn(clause.column);
     if (!column) throw sqlError(kInvalidColumnName, {clause.column});
     if (column->identity) throw sqlError(kIdentityUpdate, {column->name});
     if (!column->computed.empty()) throw sqlError(kComputedColumnChanged, {column->name});
     if (column->isRowVersion()) throw sqlError(kRowVersionUpdate);
     const Typed next = clause.value ? value(*clause.value) : defaultOf({}, *column);
     if (!clause.op) return next;
-    const auto present = std::ranges::find(source.columns, column->name, &SourceColumn::name);
+    const auto present = std::ranges::find(source.columns, column->name, &SourceColumn::own);
     return emitBinary(*clause.op, {present->sql, column->type}, next);
 }
 
@@ -260,7 +258,7 @@ std::string Translator::update(const TableInfo& target, const Update& update, co
     };
     for (const auto& clause : update.sets) {
         const Typed given = assignedValue(target, *source, clause);
-        assign(*target.column(clause.column), given);
+        assign(*target.changedColumn(clause.column), given);
     }
     for (const auto& column : target.columns)
         if (column.isRowVersion() && !target.isShadow) assign(column, defaultOf(target, column));

@@ -90,8 +90,10 @@ QueryText Translator::select(const Select& select, const Query& query) {
     Scope scope{.outer = m_scope, .outerSources = m_aliases};
     const Temporarily inner(m_scope, &scope);
     const Temporarily clause(m_nextValue, kNextValueInClause);
+    const Temporarily within(m_through, std::string());
     QueryText text;
     const std::string fromSql = from(select.from);
+    const bool returnsRowId = std::exchange(m_returnsRowId, false);
     const std::string depth = std::exchange(m_depth, {});
     const std::string whereSql = select.where ? " WHERE " + condition(*select.where) : "";
     if (scope.sawAggregate) throw sqlError(kAggregateInWhere);
@@ -114,6 +116,7 @@ QueryText Translator::select(const Select& select, const Query& query) {
     scope.windows = false;
     refuseLooseColumns(kUngroupedInOrderBy, grouped);
 
+    if (returnsRowId) addOutput(text, list, {}, {scope.sources.front().rowid, {}}, /*collate=*/false);
     const std::string limitSql = limit(&select, query);
     if (!depth.empty()) {
         requireRecursive(select, grouped || scope.sawAggregate);
@@ -215,7 +218,10 @@ void Translator::selectItem(const SelectItem& item, QueryText& text, std::string
     if (const auto* ref = std::get_if<ColumnRef>(&item.value->node)) {
         if (column.name.empty()) column.name = ref->path.back();
         const Source* source = nullptr;
-        if (const SourceColumn* found = findColumn(*ref, *m_scope, source)) column.identity = found->identity;
+        if (const SourceColumn* found = findColumn(*ref, *m_scope, source)) {
+            column.identity = found->identity;
+            column.own = found->own;
+        }
     }
     addOutput(text, list, std::move(column), typed, collate);
     text.columns.back().nullLiteral = typed.nullLiteral;

@@ -25,6 +25,17 @@ std::vector<const Query*> partsOf(const CommonTable& table) {
     return parts;
 }
 
+// Throws the error of a query through which no table can be changed.
+void requireOneTable(const Query& query, std::string_view name, bool applied) {
+    const auto* select = std::get_if<Select>(&query.body);
+    if (!select) throw sqlError(kChangedUnion, {name});
+    if (select->distinct || !select->groupBy.empty() || select->having || select->sets > 1 || select->pivots)
+        throw sqlError(kChangedGroups, {name});
+    if (applied || query.xml || select->from.size() != 1 ||
+        std::holds_alternative<Join>(select->from.front()->node))
+        throw unsupported("changes through a query ('" + std::string(name) + "') of other than one table");
+}
+
 }  // namespace
 
 // Whether the SQL uses, outside of its strings, one of the first sources that nextAlias() has named.
@@ -59,9 +70,9 @@ std::string Translator::tableRef(const TableRef& table, bool applied) {
     if (joined && applied) throw unsupported("APPLY of a join in parentheses");
     if (joined) return join(*joined);
     const auto* derived = std::get_if<DerivedTable>(&table.node);
-    std::string sql = derived ? derivedTable(beside(applied, [&] { return query(*derived->query); }),
-                                             derived->columns, table.alias, applied)
-                              : namedTable(std::get<NamedTable>(table.node), table.alias, applied);
+    std::string sql = derived
+                          ? derivedTable(*derived->query, table.alias, derived->columns, table.alias, applied)
+                          : namedTable(std::get<NamedTable>(table.node), table.alias, applied);
     Source& added = m_scope->sources.back();
     if (!table.alias.empty()) added.schemaName.clear();
     for (const auto& each : m_scope->sources)
@@ -76,8 +87,13 @@ void Translator::addSource(const TableInfo& table, const std::string& exposed, c
     const std::string prefix = alias.empty() ? "" : alias + ".";
     auto& source = m_scope->sources.emplace_back(
         Source{exposed, table.database, table.schemaName, prefix + "_rowid_", table.sqlName(), {}});
-    for (const auto& column : table.columns)
+    for (const auto& column : table.shown)
+        source.columns.push_back({column, prefix + quotedName(column.own)});
+    if (!table.through.empty()) return;
+    for (const auto& column : table.columns) {
         source.columns.push_back({column, prefix + quotedName(column.name)});
+        source.columns.back().own = column.name;
+    }
 }
 
 std::string Translator::commonTable(std::size_t index, const std::string& alias) {
@@ -90,7 +106,7 @@ std::string Translator::commonTable(std::size_t index, const std::string& alias)
     }
     const Temporarily before(m_with, std::vector(m_with.begin(), m_with.begin() + std::ptrdiff_t(index)));
     if (partsOf(table).size() > 1) return recursiveTable(table, alias);
-    return derivedTable(beside(false, [&] { return query(*table.query); }), table.columns, alias);
+    return derivedTable(*table.query, table.name, table.columns, alias);
 }
 
 std::string Translator::namedTable(const NamedTable& table, const std::string& alias, bool applied) {
@@ -106,6 +122,8 @@ std::string Translator::namedTable(const NamedTable& table, const std::string& a
     std::vector<std::string> arguments;
     const int sources = m_aliases;
     if (table.arguments) arguments = beside(applied, [&] { return argumentsOf(*stored, *table.arguments); });
+    if (stored && m_returnsRowId && (stored->module->checksRows || m_names.hasTriggers(*stored)))
+        throw unsupported("changes through a view with triggers for other changes or WITH CHECK OPTION");
     if (stored && !stored->module->rows)
         return storedTable(*stored, arguments, exposed, applied && table.arguments);
     if (std::ranges::any_of(arguments, [&](auto& each) { return usesSource(each, sources); }))
@@ -120,6 +138,7 @@ std::string Translator::namedTable(const NamedTable& table, const std::string& a
         info = m_names.table(table.name);
     }
     addSource(*info, exposed, sqlAlias);
+    if (m_returnsRowId && !view && !stored) m_behind = *info;
     if (!view) return info->sqlName() + " AS " + sqlAlias;
     m_scope->sources.back().rowid.clear();
     m_scope->sources.back().systemView = view->name;
@@ -136,8 +155,7 @@ std::string Translator::storedTable(const StoredModule& stored, const std::vecto
         const Temporarily noCommonTables(m_with, std::vector<NamedQuery>());
         const Temporarily onlyArguments(m_live, std::move(arguments));
         const Temporarily noOuterQuery(m_scope->outer, nullptr);
-        sql = derivedTable(beside(false, [&] { return query(*stored.module->query); }),
-                           stored.module->columns, alias, applied);
+        sql = derivedTable(*stored.module->query, stored.key(), stored.module->columns, alias, applied);
     });
     m_scope->sources.back().database = stored.database;
     m_scope->sources.back().schemaName = stored.schemaName;
@@ -195,13 +213,41 @@ std::string Translator::addSource(const std::vector<OutputColumn>& columns, cons
     return alias;
 }
 
-std::string Translator::derivedTable(QueryText text, const std::vector<std::string>& names,
-                                     const std::string& alias, bool applied) {
+std::string Translator::derivedTable(const Query& query, const std::string& key,
+                                     const std::vector<std::string>& names, const std::string& alias,
+                                     bool applied) {
+    const bool isChanged = m_returnsRowId || key == m_through;
+    const Temporarily withRowId(m_returnsRowId, isChanged);
+    if (isChanged) requireOneTable(query, bareName(key), applied);
+    QueryText text = beside(applied, [&] { return this->query(query); });
+    std::string rowid;
+    if (isChanged) {
+        if (text.oneRow) throw sqlError(kChangedGroups, {bareName(key)});
+        rowid = text.columns.back().alias;
+        text.columns.pop_back();
+    }
     rename(text, names, alias);
-    if (!applied) return "(" + text.sql + ") AS " + addSource(text.columns, alias);
-    return packedTable("(SELECT json_group_array(ts_pack(" + commaList(text.columns, &OutputColumn::alias) +
-                           ")) FROM (" + text.sql + "))",
-                       text.columns, alias);
+    if (applied)
+        return packedTable("(SELECT json_group_array(ts_pack(" +
+                               commaList(text.columns, &OutputColumn::alias) + ")) FROM (" + text.sql + "))",
+                           text.columns, alias);
+    const std::string sqlAlias = addSource(text.columns, alias);
+    if (isChanged) m_scope->sources.back().rowid = sqlAlias + "." + rowid;
+    if (isChanged) m_scope->sources.back().table = key;
+    return "(" + text.sql + ") AS " + sqlAlias;
+}
+
+TableInfo Translator::tableBehind(const TableRef& query, const Change& change) {
+    useCommonTables(change);
+    Scope scope;
+    const Temporarily inner(m_scope, &scope);
+    m_returnsRowId = true;
+    tableRef(query);
+    if (m_behind.name.empty()) throw unsupported("changes through a query of a function or system view");
+    const Source& source = scope.sources.back();
+    m_behind.through = source.table;
+    m_behind.shown.assign(source.columns.begin(), source.columns.end());
+    return m_behind;
 }
 
 // Anchor UNION ALL recursive parts. Every row has its depth, which is checked against the recursion limit.

@@ -63,6 +63,7 @@ struct Column {
     SqlType type;
     bool nullable = true;
     bool identity = false;
+    std::string own = {};  // its name in the stored table; empty: an expression
 };
 
 // Receiver of rows with their columns, and what sends rows to one.

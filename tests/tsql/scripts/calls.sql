@@ -33,9 +33,9 @@ CREATE TABLE plain (x int)
 EXEC sp_helptext plain
 EXEC sp_nosuch
 DROP PROCEDURE add_up, add_up2
---> changed --> Text nvarchar(255)? = CREATE OR ALTER PROCEDURE add_up AS --> ; PRINT 'changed' -->  (2 rows)
---> Msg 15009, Level 16, State 1, Line 3: The object 'nosuch' does not exist in database 'master' or is invalid for this operation.
---> Msg 15197, Level 16, State 1, Line 5: There is no text for object 'plain'. --> Msg 2812, Level 16, State 62, Line 6: Could not find stored procedure 'sp_nosuch'.
+--> changed --> Text nvarchar(255)? = CREATE OR ALTER PROCEDURE add_up AS --> ; PRINT 'changed' --> 
+--> Msg 15009, Level 16, State 1, Line 6, Procedure sp_helptext: The object 'nosuch' does not exist in database 'master' or is invalid for this operation.
+--> Msg 15197, Level 16, State 1, Line 7, Procedure sp_helptext: There is no text for object 'plain'. --> Msg 2812, Level 16, State 62, Line 6: Could not find stored procedure 'sp_nosuch'.
 --> Msg 3701, Level 11, State 5, Line 7: Cannot drop the procedure 'add_up2', because it does not exist or you do not have permission.
 DECLARE @a int, @b int, @c int, @d int, @e int, @f int, @g int
 EXEC @a = sp_getapplock 'job', 'Exclusive'

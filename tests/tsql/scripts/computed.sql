@@ -71,3 +71,4 @@ CREATE TABLE last_data (a int, b int, c AS 1)
 ALTER TABLE last_data DROP COLUMN a, b --> Msg 4923, Level 16, State 1, Line 2: ALTER TABLE DROP COLUMN failed because 'b' is the only data column in table 'last_data'. A table must have at least one data column.
 SELECT * FROM last_data --> a int? | b int? | c int? (0 rows)
 CREATE TABLE computed_identity (a int, b AS 1 IDENTITY) --> Msg 156, Level 15, State 1, Line 1: Incorrect syntax near the keyword 'IDENTITY'.
+EXEC sp_helptext 'last_data', 'c' EXEC sp_helptext 'last_data', 'a' --> Text nvarchar(255)? = (1) --> Msg 15197, Level 16, State 1, Line 7, Procedure sp_helptext: There is no text for object 'last_data'.

@@ -27,6 +27,9 @@ SELECT s.name, p.name, i.SCHEMA_OWNER FROM sys.schemas s JOIN sys.database_princ
 --> name nvarchar(128)? | type char(1)? | type_desc nvarchar(60)? | default_schema_name nvarchar(128)? | login nvarchar(128)? | is_fixed_role bit? --> dbo | S | SQL_USER | NULL | sa | 0
 --> app | S | SQL_USER | sales | app | 0 --> guide | S | SQL_USER | dbo | NULL | 0 --> readers | R | DATABASE_ROLE | NULL | NULL | 0 --> db_owner | R | DATABASE_ROLE | NULL | NULL | 1 (5 rows)
 --> name nvarchar(128)? | name nvarchar(128)? | SCHEMA_OWNER nvarchar(128)? = sys | sys | sys; sales | app | app (2 rows)
+EXEC sp_droprolemember 'readers', 'app' EXEC sp_addrolemember @membername = 'app', @rolename = [db_owner]
+DECLARE @r int EXEC @r = sp_addrolemember 'readers] --', 'app' EXEC sp_droprolemember 'db_owner', N'app' EXEC sp_addrolemember readers, app
+SELECT @r AS r, COUNT(*) AS n FROM sys.database_role_members --> Msg 15151, Level 16, State 1, Line 1: Cannot alter the role 'readers] --', because it does not exist or you do not have permission. --> r int? = 1 | n int? = 3 (1 rows)
 DROP ROLE readers --> Msg 15144, Level 16, State 1, Line 1: The role has members. It must be empty before it can be dropped.
 DROP USER dbo --> Msg 15150, Level 16, State 1, Line 1: Cannot drop the user 'dbo'.
 DROP USER app --> Msg 15138, Level 16, State 1, Line 1: The database principal owns a schema in the database, and cannot be dropped.

@@ -95,7 +95,7 @@ EXEC sp_helptext 'lengths'
 UPDATE child SET length = 8 WHERE id = 1
 EXEC sp_rename 'child', 'Child'
 SELECT COUNT(*) FROM CHILD
-SELECT name FROM sys.tables ORDER BY name --> Text nvarchar(255)? = CREATE VIEW sizes AS SELECT size FROM child -->  (1 rows) --> changed (1 changed) (15477, Line 3) --> - int? = 2 (1 rows) --> name nvarchar(128)? = Child; Owner (2 rows)
+SELECT name FROM sys.tables ORDER BY name --> Text nvarchar(255)? = CREATE VIEW sizes AS SELECT size FROM child -->  --> changed (1 changed) (15477, Line 3) --> - int? = 2 (1 rows) --> name nvarchar(128)? = Child; Owner (2 rows)
 CREATE SCHEMA other -->
 CREATE TABLE other.t (a int)
 EXEC sp_rename 'other.t', 'u'

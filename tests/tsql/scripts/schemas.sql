@@ -97,7 +97,7 @@ ALTER PROCEDURE sales.none AS RETURN 1 --> Msg 208, Level 16, State 6, Line 1, P
 ALTER VIEW sales.v AS SELECT id, code FROM item -->
 EXEC sp_helptext 'sales.v'
 EXEC sp_helpindex 'sales.item'
---> Text nvarchar(255)? = CREATE VIEW sales.v AS SELECT id, code FROM item -->  (1 rows) --> index_name nvarchar(128)? | index_description varchar(210)? | index_keys nvarchar(2078)?
+--> Text nvarchar(255)? = CREATE VIEW sales.v AS SELECT id, code FROM item -->  --> index_name nvarchar(128)? | index_description varchar(210)? | index_keys nvarchar(2078)?
 --> PK_item | clustered, unique, primary key located on PRIMARY | id --> UQ_code | nonclustered, unique, unique key located on PRIMARY | code (2 rows)
 SELECT name, schema_id, SCHEMA_ID(name) AS id FROM sys.schemas ORDER BY 2
 SELECT SCHEMA_NAME(schema_id) AS s, name, type FROM sys.objects ORDER BY 1, 2

@@ -87,7 +87,7 @@ WITH n (i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 102) SELECT COUN
 WITH n (i) AS (SELECT 'a' UNION ALL SELECT i + 'b' FROM n) SELECT i FROM n --> Msg 240, Level 16, State 1, Line 1: Types don't match between the anchor and the recursive part in column "i" of recursive query "n".
 WITH n (i) AS (SELECT 1 UNION ALL SELECT DISTINCT i + 1 FROM n) SELECT i FROM n --> Msg 460, Level 16, State 1, Line 1: DISTINCT operator is not allowed in the recursive part of a recursive common table expression 'n'.
 WITH n (i) AS (SELECT 1 UNION ALL SELECT a.i FROM n a, n b) SELECT i FROM n --> Msg 253, Level 16, State 1, Line 1: Recursive member of a common table expression 'n' has multiple recursive references.
-WITH part AS (SELECT 1 AS id) DELETE FROM part --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support changes through a common table expression ('part').
+WITH part AS (SELECT 1 AS id) DELETE FROM part --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support changes through a query ('part') of other than one table.
 -- SCOPE_IDENTITY belongs to the INSERT, not to its OUTPUT INTO; keys with references
 CREATE TABLE node (i int IDENTITY PRIMARY KEY, k varchar(5) UNIQUE, p int REFERENCES node(i)) INSERT node (k, p) VALUES ('a', NULL), ('b', 1) --> (2 changed)
 DECLARE @o TABLE (x int IDENTITY(70,1), i int)

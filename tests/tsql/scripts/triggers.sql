@@ -253,9 +253,9 @@ SELECT * FROM pairs
 --> id int* | name varchar(10)? | other varchar(10)? = 1 | Ab | Ba; 2 | Ba | Ab; 3 | c | c; 4 | a! | c (4 rows)
 CREATE TRIGGER again ON pairs INSTEAD OF DELETE AS RETURN --> Msg 2111, Level 16, State 1, Line 1, Procedure again: Cannot create trigger 'again' on view 'pairs' because an INSTEAD OF DELETE trigger already exists on this object.
 DISABLE TRIGGER pairs_ud ON pairs
-DELETE pairs --> Msg 50000, Level 16, State 1, Line 2: tsqlbox does not support changes through a view ('pairs').
+DELETE pairs --> Msg 50000, Level 16, State 1, Line 2: tsqlbox does not support changes through a view with triggers for other changes or WITH CHECK OPTION.
 ENABLE TRIGGER ALL ON pairs
-MERGE pairs USING part p ON p.id = pairs.id WHEN MATCHED THEN DELETE; --> Msg 50000, Level 16, State 1, Line 2: tsqlbox does not support changes through a view ('pairs').
+MERGE pairs USING part p ON p.id = pairs.id WHEN MATCHED THEN DELETE; --> Msg 50000, Level 16, State 1, Line 2: tsqlbox does not support changes through a view with triggers for other changes or WITH CHECK OPTION.
 CREATE TRIGGER titles_i ON titles AFTER INSERT AS PRINT 'view' --> Msg 8197, Level 16, State 4, Line 1, Procedure titles_i: The object 'titles' does not exist or is invalid for this operation.
 -- Definitions that fail.
 CREATE TRIGGER t ON missing FOR INSERT AS PRINT 'a' --> Msg 8197, Level 16, State 4, Line 2, Procedure t: The object 'missing' does not exist or is invalid for this operation.
@@ -283,7 +283,7 @@ INSERT tab VALUES (2)
 EXEC sp_helptext 's_t'
 DROP TRIGGER dbo.s_t
 --> trigger of s.tab (1 changed) --> trigger of s.tab (1 changed)
---> Text nvarchar(255)? = CREATE OR ALTER TRIGGER s_t ON s.tab WITH EXECUTE AS CALLER FOR INSERT NOT FOR REPLICATION AS PRINT 'trigger of s.tab' -->  (1 rows)
+--> Text nvarchar(255)? = CREATE OR ALTER TRIGGER s_t ON s.tab WITH EXECUTE AS CALLER FOR INSERT NOT FOR REPLICATION AS PRINT 'trigger of s.tab' --> 
 -- Types, cursors, savepoints, settings.
 CREATE TABLE t (id int IDENTITY PRIMARY KEY, a decimal(38,4), b varbinary(20), c datetime, d float, e nvarchar(max), f bit, g money, h uniqueidentifier, i date, [odd "name] varchar(10))
 CREATE TABLE l (id int IDENTITY, m varchar(200)) -->

@@ -29,9 +29,9 @@ SELECT * FROM below(1, 2, 3) --> Msg 8144, Level 16, State 2, Line 1: Procedure 
 SELECT * FROM nofun(1) --> Msg 208, Level 16, State 1, Line 1: Invalid object name 'nofun'.
 SELECT * FROM STRING_SPLIT('a', '') --> Msg 214, Level 16, State 1, Line 1: Procedure expects parameter 'separator' of type 'nchar(1)/nvarchar(1)'.
 CREATE FUNCTION several() RETURNS @t TABLE (a int) AS BEGIN RETURN END -->
-INSERT cheap VALUES ('z') --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support changes through a view ('cheap').
-UPDATE c SET name = 'z' FROM cheap c --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support changes through a view ('cheap').
-DELETE cheap --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support changes through a view ('cheap').
+INSERT cheap VALUES ('z') --> Msg 515, Level 16, State 2, Line 1: Cannot insert the value NULL into column 'id', table 'master.dbo.item'; column does not allow nulls. INSERT fails. (3621)
+UPDATE c SET name = 'z' FROM cheap c --> (1 changed)
+DELETE cheap --> (1 changed)
 SELECT 1
 CREATE VIEW late AS SELECT 1 AS a --> Msg 111, Level 15, State 1, Line 2: 'CREATE VIEW' must be the first statement in a query batch.
 CREATE VIEW bad AS SELECT 1 AS a SELECT 2 --> Msg 156, Level 15, State 1, Line 1, Procedure bad: Incorrect syntax near the keyword 'SELECT'.
@@ -53,4 +53,4 @@ SELECT * FROM (SELECT id FROM item ORDER BY id) q --> Msg 1033, Level 15, State 
 -- ALTER is stored as CREATE
 CREATE VIEW altered AS SELECT 1 AS a -->
 /* ALTER */ ALTER VIEW altered AS SELECT 2 AS a -->
-EXEC sp_helptext 'altered' --> Text nvarchar(255)? = /* ALTER */ CREATE VIEW altered AS SELECT 2 AS a -->  (1 rows)
+EXEC sp_helptext 'altered' --> Text nvarchar(255)? = /* ALTER */ CREATE VIEW altered AS SELECT 2 AS a --> 
