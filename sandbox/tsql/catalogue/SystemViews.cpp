@@ -200,8 +200,8 @@ issqlrole int = p.type = 'R'; isapprole int = 0)",
      "$.tsqlbox_members"},
     {"sys", "database_permissions",
      R"($CLASS; minor_id int = 0; grantee_principal_id int = g.grantee; grantor_principal_id int = 1; type char(4) =
-g.code; permission_name nvarchar(128) = g.name; state char(1) = g.state; state_desc nvarchar(60) = iif(g.state = 'D',
-'DENY', 'GRANT'))",
+g.code; permission_name nvarchar(128) = g.name; state char(1) = g.state; state_desc nvarchar(60) = CASE g.state WHEN
+'D' THEN 'DENY' WHEN 'W' THEN 'GRANT_WITH_GRANT_OPTION' ELSE 'GRANT' END)",
      "$.tsqlbox_permissions g"},
     {"sys", "types", "$ANYTYPE", "$T t"},
     {"", "systypes",

@@ -43,10 +43,9 @@ IF @columnname > '' SET @text = (SELECT definition FROM sys.computed_columns WHE
 name = @columnname)
 IF OBJECT_ID(@objname) IS NULL BEGIN RAISERROR(15009, -1, -1, @objname, @database) RETURN 1 END
 IF @text IS NULL BEGIN RAISERROR(15197, -1, -1, @objname) RETURN 1 END
-WHILE DATALENGTH(@text) > 0 BEGIN
-SET @end = ISNULL(NULLIF(CHARINDEX(CHAR(10), LEFT(@text, 255)), 0), 255)
-INSERT @lines SELECT LEFT(@text, @end)
-SET @text = STUFF(@text, 1, @end, '') END
+WHILE DATALENGTH(@text) > 0
+BEGIN SET @end = ISNULL(NULLIF(CHARINDEX(CHAR(10), LEFT(@text, 255)), 0), 255)
+INSERT @lines SELECT LEFT(@text, @end) SET @text = STUFF(@text, 1, @end, '') END
 SELECT Text FROM @lines ORDER BY n)"},
     {"sp_helpindex", "@objname nvarchar(776)", R"(
 IF OBJECT_ID(@objname) IS NULL BEGIN RAISERROR(15009, -1, -1, @objname, @database) RETURN 1 END

@@ -46,12 +46,11 @@ TableInfo Executor::viewTable(const StoredModule& view) {
         Translator translator(*this);
         QueryText text = translator.query(*view.module->query);
         Translator::rename(text, view.module->columns, view.name, kUnnamedViewColumn, kRepeatedViewColumn);
-        for (const auto& column : text.columns) {
+        for (const auto& column : text.columns)
             table.columns.push_back({{column.name, column.type, column.nullable}});
-            table.rows +=
-                (table.rows.empty() ? "SELECT " : ", ") + column.alias + " AS " + quotedName(column.name);
-        }
-        table.rows = translator.parameters().empty() ? table.rows + " FROM (" + text.sql + ")" : "";
+        const auto named = [](auto& column) { return column.alias + " AS " + quotedName(column.name); };
+        if (translator.parameters().empty())
+            table.rows = "SELECT " + commaList(text.columns, named) + " FROM (" + text.sql + ")";
     });
     return table;
 }

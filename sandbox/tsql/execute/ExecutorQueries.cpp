@@ -342,11 +342,9 @@ TableInfo Executor::changedTable(const Change& change, std::string_view verb, Tr
     const bool isStored =
         table && (!name.schema.empty() || std::ranges::none_of(change.with, isNamed, &CommonTable::name));
     claim(name);
-    const TableInfo target = isStored ? Executor::table(name, kInvalidObjectName, 0, verb)
-                                      : Translator(*this).tableBehind(ref, change);
+    if (isStored) return Executor::table(name, kInvalidObjectName, 0, verb);
+    const TableInfo target = Translator(*this).tableBehind(ref, change);
     if (m_frames.back()->readOnly.contains(target.name)) throw sqlError(kReadOnlyTable, {target.name});
-    if (verb == "MERGE" && !target.through.empty())
-        throw unsupported("MERGE through a query ('" + name.name + "')");
     return target;
 }
 

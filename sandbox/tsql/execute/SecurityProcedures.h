@@ -72,7 +72,8 @@ DELETE tsqlbox_permissions WHERE @isLogin = 0 AND grantee = @id
 DELETE tsqlbox_principals WHERE id = @id)"},
     // types: those of the objects that have the permission, * for all; empty: only the database has it.
     {"sp_grant_permission",
-     "@state char(1), @permission sysname, @class sysname, @schema sysname, @name sysname, @grantee sysname",
+     R"(@state char(1), @permission sysname, @class sysname, @schema sysname, @name sysname, @grantee sysname, @cascade
+sysname)",
      R"(DECLARE @code char(4), @types varchar(20), @number int = 0, @id int, @type char(2), @to int, @word sysname = LOWER(@class)
 SELECT @code = code, @types = types FROM (VALUES ('SELECT', 'SL', 'U V IF TF'), ('INSERT', 'IN', 'U V IF'),
 ('UPDATE', 'UP', 'U V IF SO'), ('DELETE', 'DL', 'U V IF'), ('REFERENCES', 'RF', 'U V IF TF FN SO'),
@@ -92,6 +93,8 @@ IF @types = '' AND @number > 0 OR @types <> '*' AND CHARINDEX(RTRIM(@type), @typ
 IF @to IS NULL RAISERROR(15151, -1, -1, 'find', 'user', @grantee)
 IF @to IN (1, 3, 4) RAISERROR(4624, -1, -1)
 IF @to > 16383 RAISERROR(4617, -1, -1)
+IF @state IN ('D', 'R') AND @cascade IS NULL AND EXISTS (SELECT 1 FROM tsqlbox_permissions WHERE class = @number AND major =
+@id AND grantee = @to AND name = @permission AND state = 'W') RAISERROR(4611, -1, -1)
 DELETE tsqlbox_permissions WHERE class = @number AND major = @id AND grantee = @to AND name = @permission
 IF @state <> 'R' INSERT tsqlbox_permissions VALUES (@number, @id, @to, @code, @permission, @state))"},
 };

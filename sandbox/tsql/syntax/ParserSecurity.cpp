@@ -54,8 +54,8 @@ Statement::Node parsePermissions(Parser& in, const std::string& state) {
     }
     in.expectAny({"TO", "FROM"});
     const auto grantees = in.list([&] { return in.accept("PUBLIC") ? "public" : in.expectName(); });
-    in.throwIfAt("WITH GRANT", "WITH GRANT OPTION");
-    in.accept("CASCADE");  // has no effect without WITH GRANT OPTION
+    if (state == "G" && in.accept("WITH GRANT OPTION")) values["@state"] = "W";
+    if (in.accept("CASCADE")) values["@cascade"] = "yes";
     in.throwIfAt("AS", "AS of a permission");
     if (permissions.size() * grantees.size() > 10'000) in.throwUnsupported("more than 10,000 permissions");
     SystemStatement node{{{}, "sys", "sp_grant_permission"}};

@@ -310,8 +310,10 @@ std::string Translator::merge(const TableInfo& target, const Merge& merge) {
                 sql += " WHEN " + (test ? condition(*test) : "1") + " THEN " + std::to_string(i + 1);
         return sql + " END";
     };
-    const std::string source = from(merge.source), alias = nextAlias(), id = alias + "._rowid_";
-    addSource(target, merge.alias, alias);
+    const std::string source = from(merge.source);
+    m_through = target.through;
+    const std::string changed = namedTable({merge.table}, merge.alias, /*applied=*/false);
+    const std::string id = scope.sources.back().rowid;
     const std::string on = condition(*merge.where), clauseOfBoth = clauseOf(kMatchedRows);
     scope.firstSource = scope.sources.size() - 1;  // a condition sees only the tables that have the row
     const std::string clauseOfOld = clauseOf(kOldRows);
@@ -334,7 +336,7 @@ std::string Translator::merge(const TableInfo& target, const Merge& merge) {
     return "CREATE TEMP TABLE tsqlbox_merged AS SELECT " + id + " AS id, CASE WHEN " + id + " IS NULL THEN " +
            clauseOfNew + " WHEN given.yes THEN " + clauseOfBoth + " ELSE " + clauseOfOld + " END AS clause" +
            columns + source + " CROSS JOIN (SELECT 1 AS yes) AS given" + (hasOld ? " FULL" : " LEFT") +
-           " JOIN " + target.sqlName() + " AS " + alias + " ON " + on + " ORDER BY 1, 2 DESC";
+           " JOIN " + changed + " ON " + on + " ORDER BY 1, 2 DESC";
 }
 
 // FROM clause with the rows that the clause of a MERGE changes.

@@ -218,10 +218,8 @@ void Translator::selectItem(const SelectItem& item, QueryText& text, std::string
     if (const auto* ref = std::get_if<ColumnRef>(&item.value->node)) {
         if (column.name.empty()) column.name = ref->path.back();
         const Source* source = nullptr;
-        if (const SourceColumn* found = findColumn(*ref, *m_scope, source)) {
-            column.identity = found->identity;
-            column.own = found->own;
-        }
+        if (const SourceColumn* found = findColumn(*ref, *m_scope, source))
+            column.identity = found->identity, column.own = found->own;
     }
     addOutput(text, list, std::move(column), typed, collate);
     text.columns.back().nullLiteral = typed.nullLiteral;

@@ -31,8 +31,10 @@ void requireOneTable(const Query& query, std::string_view name, bool applied) {
     if (!select) throw sqlError(kChangedUnion, {name});
     if (select->distinct || !select->groupBy.empty() || select->having || select->sets > 1 || select->pivots)
         throw sqlError(kChangedGroups, {name});
-    if (applied || query.xml || select->from.size() != 1 ||
-        std::holds_alternative<Join>(select->from.front()->node))
+    const auto* from = select->from.size() == 1 ? select->from.front().get() : nullptr;
+    const auto* named = from ? std::get_if<NamedTable>(&from->node) : nullptr;
+    const bool isTable = named ? !named->arguments : from && std::holds_alternative<DerivedTable>(from->node);
+    if (applied || query.xml || !isTable)
         throw unsupported("changes through a query ('" + std::string(name) + "') of other than one table");
 }
 
@@ -105,7 +107,7 @@ std::string Translator::commonTable(std::size_t index, const std::string& alias)
         return m_with[index].recursive + " AS " + reference;
     }
     const Temporarily before(m_with, std::vector(m_with.begin(), m_with.begin() + std::ptrdiff_t(index)));
-    if (partsOf(table).size() > 1) return recursiveTable(table, alias);
+    if (partsOf(table).size() > 1 && !m_returnsRowId) return recursiveTable(table, alias);
     return derivedTable(*table.query, table.name, table.columns, alias);
 }
 

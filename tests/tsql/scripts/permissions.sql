@@ -32,7 +32,11 @@ GRANT SELECT TO db_owner
 --> Msg 4617, Level 16, State 1, Line 7: Cannot grant, deny or revoke permissions to or from special roles.
 GRANT FLY TO app --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support the permission FLY.
 GRANT SELECT ON t (a) TO app --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support permissions on columns.
-GRANT SELECT ON t TO app WITH GRANT OPTION --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support WITH GRANT OPTION.
+GRANT SELECT ON t TO app WITH GRANT OPTION
+SELECT state, state_desc FROM sys.database_permissions WHERE state = 'W'
+REVOKE SELECT ON t FROM app
+DENY SELECT ON t TO app CASCADE --> state char(1)? = W | state_desc nvarchar(60)? = GRANT_WITH_GRANT_OPTION (1 rows) --> Msg 4611, Level 16, State 1, Line 3: To revoke or deny grantable privileges, specify the CASCADE option.
+DENY SELECT ON t TO app WITH GRANT OPTION --> Msg 319, Level 15, State 1, Line 1: Incorrect syntax near the keyword 'with'. If this statement is a common table expression, an xmlnamespaces clause or a change tracking context clause, the previous statement must be terminated with a semicolon.
 GRANT SELECT ON master.dbo.t TO app --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support permissions in another database.
 GRANT VIEW DEFINITION ON LOGIN::sa TO app --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support permissions on LOGIN.
 DECLARE @many varchar(max) = REPLICATE('SELECT, ', 100) + 'SELECT TO ' + REPLICATE('a, ', 100) + 'a' EXEC ('GRANT ' + @many) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support more than 10,000 permissions.

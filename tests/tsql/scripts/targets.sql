@@ -42,8 +42,20 @@ DELETE plain OUTPUT deleted.* --> Msg 50000, Level 16, State 1, Line 1: tsqlbox 
 ;WITH c AS (SELECT kind, MAX(id) AS n FROM stock GROUP BY kind) DELETE c --> Msg 4403, Level 16, State 1, Line 1: Cannot update the view or function 'c' because it contains aggregates, or a DISTINCT or GROUP BY clause, or PIVOT or UNPIVOT operator.
 ;WITH c AS (SELECT MAX(id) AS n FROM stock) DELETE c --> Msg 4403, Level 16, State 1, Line 1: Cannot update the view or function 'c' because it contains aggregates, or a DISTINCT or GROUP BY clause, or PIVOT or UNPIVOT operator.
 ;WITH c AS (SELECT name FROM stock UNION ALL SELECT 'a') DELETE c --> Msg 4426, Level 16, State 1, Line 1: View 'c' is not updatable because the definition contains a UNION operator.
-MERGE plain USING stock s ON s.id = nr WHEN MATCHED THEN DELETE; --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support MERGE through a query ('plain').
+MERGE plain AS p USING (VALUES ('far', 1), ('ink', 2)) w (word, price) ON w.word = p.word WHEN MATCHED THEN UPDATE SET price += w.price
+WHEN NOT MATCHED THEN INSERT (price, word) VALUES (w.price, w.word) WHEN NOT MATCHED BY SOURCE THEN DELETE;
+;WITH s AS (SELECT TOP (1) name, price FROM stock ORDER BY id) MERGE s USING (SELECT 4 AS p) x ON p = price WHEN MATCHED THEN DELETE OUTPUT $action, deleted.name;
+SELECT name, price, kind FROM stock --> (3 changed) --> $action nvarchar(10) = DELETE | name varchar(10)? = ink (1 rows) --> name varchar(10) | price int? | kind char(1)? = far | 6 | NULL; ink | 2 | NULL (2 rows)
 CREATE VIEW checked AS SELECT name FROM stock WHERE kind = 'b' WITH CHECK OPTION -->
 UPDATE checked SET name = 'z' --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support changes through a view with triggers for other changes or WITH CHECK OPTION.
 ;WITH o AS (SELECT name FROM sys.objects) DELETE o --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support changes through a query of a function or system view.
 TRUNCATE TABLE plain --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support this statement for a view ('plain').
+;WITH r (n) AS (SELECT 1 UNION ALL SELECT n + 1 FROM r) DELETE r --> Msg 4426, Level 16, State 1, Line 1: View 'r' is not updatable because the definition contains a UNION operator.
+;WITH c AS (SELECT * FROM STRING_SPLIT((SELECT 'a,b'), ',')) DELETE c --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support changes through a query ('c') of other than one table.
+WITH stock AS (SELECT TOP (1) * FROM stock ORDER BY id DESC) DELETE stock
+CREATE TABLE shut (a int) --> (1 changed)
+CREATE VIEW inside AS SELECT a FROM shut -->
+CREATE TRIGGER bars ON inside INSTEAD OF DELETE AS PRINT 'no' -->
+CREATE VIEW outside AS SELECT a FROM inside -->
+INSERT outside VALUES (1) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support changes through a view with triggers for other changes or WITH CHECK OPTION.
+DELETE inside --> no (0 changed)
