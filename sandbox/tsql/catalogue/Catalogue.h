@@ -61,6 +61,7 @@ struct TableInfo {
     std::string schemaName{kDefaultSchema};  // of T-SQL
     bool isShadow = false;                   // a view in SQLite that receives changes for INSTEAD OF triggers
     std::string rows = {};                   // query of a view whose INSTEAD OF trigger receives changes
+    bool mayFire = true;                     // false: no table of its database has triggers
 
     std::string sqlName() const { return schema + "." + quotedName(stored); }
     std::string qualifiedName() const { return schemaName + "." + name; }
@@ -77,8 +78,9 @@ inline constexpr std::string_view kTable = "U", kView = "V", kProcedure = "P", k
                                   kUnique = "UQ", kForeignKey = "F", kCheck = "C", kDefault = "D",
                                   kIndex = "IX", kTrigger = "TR", kSequence = "SO", kSchema = "SCHEMA",
                                   kAliasType = "TYPE", kTableType = "TT";
+// Two in a list at most: SQLite would make a temporary table of more for each query.
 inline constexpr std::string_view kUserTypes = "IN ('TYPE', 'TT')",
-                                  kObjects = "NOT IN ('IX', 'SCHEMA', 'TYPE', 'TT')";
+                                  kObjects = "NOT IN ('IX', 'SCHEMA') AND o.type NOT IN ('TYPE', 'TT')";
 inline constexpr std::int64_t kBuiltInTypes = 256;  // their numbers in sys.types; those of objects follow
 
 // A row of the catalogue: a table, a module, a constraint, an index or a schema.

@@ -162,6 +162,7 @@ Flow Executor::guarded(int line, const std::function<Flow()>& work) {
     if (isCancelled()) throw BatchEnd{};
     m_line = line;
     m_functions.beginStatement();
+    m_hadSnapshot = m_hadSnapshot && m_connection.inTransaction();
     if (m_transactions == 0) m_givenIdentities.clear();
     try {
         return work();
@@ -270,6 +271,7 @@ SqlError Executor::errorOf(const SqliteFailure& failure) {
 
 std::vector<Value> Executor::parameterValues(const Translator& translator) {
     std::vector<Value> values;
+    values.reserve(translator.parameters().size());
     for (const auto& [variable, constant] : translator.parameters())
         values.push_back(constant ? *constant : variableValue(variable));
     return values;
@@ -277,21 +279,25 @@ std::vector<Value> Executor::parameterValues(const Translator& translator) {
 
 Value Executor::compute(const std::string& sql, const Translator& translator) {
     const auto values = parameterValues(translator);
-    PreparedStatement statement(m_connection, "SELECT " + sql, values);
+    PreparedStatement statement(m_connection, sql, values);
     statement.step();
     warnOfNulls();
     return ownedValue(statement.cell(0));
 }
 
-Value Executor::evaluate(const Expr& expr, const SqlType& type) {
-    Translator translator(*this);
-    return compute(coerce(translator.value(expr), type).sql, translator);
-}
-
-TypedValue Executor::evaluate(const Expr& expr) {
-    Translator translator(*this);
-    const Typed typed = translator.value(expr);
-    return {compute(typed.sql, translator), typed.type};
+TypedValue Executor::evaluate(const Expr& expr, const std::optional<SqlType>& type) {
+    const auto* variable = std::get_if<VariableRef>(&expr.node);
+    if (variable && (!type || *type == variableType(variable->name)))
+        return {variableValue(variable->name), variableType(variable->name)};
+    const auto* literal = std::get_if<Literal>(&expr.node);
+    if (literal && (!type || *type == literal->constant.type)) return literal->constant;
+    const auto translate = [&](Translator& translator) {
+        const Typed value = translator.value(expr);
+        const Typed wanted = type ? coerce(value, *type) : value;
+        return QueryText{"SELECT " + wanted.sql, {{{{}, wanted.type}}}};
+    };
+    const auto made = translated(expr.translation, translate, type);
+    return {compute(made->text.sql, made->translator), made->columns.front().type};
 }
 
 std::string Executor::evaluateText(const Expr& expr) {
@@ -305,8 +311,10 @@ int Executor::evaluateInteger(const Expr& expr, TypeId type) {
 }
 
 bool Executor::holds(const Expr& condition) {
-    Translator translator(*this);
-    const Value truth = compute(translator.condition(condition), translator);
+    const auto made = translated(condition.translation, [&](Translator& translator) {
+        return QueryText{"SELECT " + translator.condition(condition)};
+    });
+    const Value truth = compute(made->text.sql, made->translator);
     return !isNull(truth) && std::get<std::int64_t>(truth) != 0;
 }
 

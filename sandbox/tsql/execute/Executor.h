@@ -4,11 +4,10 @@
 
 #include <chrono>
 #include <map>
-#include <unordered_map>
 
 #include "catalogue/Constraints.h"
 #include "execute/Engine.h"
-#include "execute/Frame.h"
+#include "execute/Known.h"
 #include "execute/RowRecord.h"
 #include "functions/FunctionSession.h"
 #include "storage/Backup.h"
@@ -30,28 +29,6 @@ struct Raised {  // an error on its way to a CATCH block
 };
 struct ScopeEnd {};    // ends the procedure, or the batch outside a procedure
 struct SessionEnd {};  // ends the session: severity 20 and above
-
-// Options of SET. They are restored at the end of a procedure or of dynamic SQL.
-struct Settings {
-    bool noCount = false;
-    bool abortOnError = false;  // XACT_ABORT
-    bool implicitTransactions = false;
-    bool quotedIdentifiers = true;
-    bool describeOnly = false;        // FMTONLY
-    bool parseOnly = false;           // only SET executes, and nothing is checked
-    bool checkOnly = false;           // NOEXEC: only SET executes
-    std::string identityInsert = {};  // full name of the table that accepts identities
-    std::int64_t mostRows = 0;        // ROWCOUNT; 0: no limit
-    int lockTimeout = -1;             // milliseconds; negative: the default
-
-    // @@OPTIONS: the bits of the settings that are on.
-    int bits() const {
-        // ANSI_WARNINGS, ANSI_PADDING, ANSI_NULLS, ARITHABORT, ANSI_NULL_DFLT_ON, CONCAT_NULL_YIELDS_NULL
-        constexpr int kAlwaysOn = 8 + 16 + 32 + 64 + 1024 + 4096;
-        return kAlwaysOn + implicitTransactions * 2 + quotedIdentifiers * 256 + noCount * 512 +
-               abortOnError * 16384;
-    }
-};
 
 class Executor final : public Session, public NameResolver, public FunctionSession {
   public:
@@ -151,8 +128,10 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     Flow finished(std::int64_t rowCount = 0, StatementKind kind = StatementKind::Other);
     void failingAs(const SqlError& failure, const std::function<void()>& work);
     Value compute(const std::string& sql, const Translator& translator);
-    TypedValue evaluate(const Expr& expr);
-    Value evaluate(const Expr& expr, const SqlType& type);
+    TypedValue evaluate(const Expr& expr, const std::optional<SqlType>& type = {});
+    Value evaluate(const Expr& expr, const SqlType& type) {
+        return evaluate(expr, std::optional(type)).value;
+    }
     std::string evaluateText(const Expr& expr);                        // empty for NULL
     int evaluateInteger(const Expr& expr, TypeId type = TypeId::Int);  // 0 for NULL
     bool holds(const Expr& condition);
@@ -166,6 +145,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     std::shared_ptr<Cursor>& cursorNamed(const CursorName& cursor);
 
     // ---- queries and changes of rows (ExecutorQueries.cpp)
+    using Translate = std::function<QueryText(Translator&)>;
     Flow run(const SelectStatement& statement);
     Flow run(const Insert& insert) { return runChange(insert, StatementKind::Insert); }
     Flow run(const InsertBulk& bulk);
@@ -176,12 +156,16 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     // Runs a change and the triggers that it fires.
     template <typename Node>
     Flow runChange(const Node& node, StatementKind kind);
-    void apply(const Insert& insert, const TableInfo& target, Translator& translator);
-    void apply(const Update& update, const TableInfo& target, Translator& translator);
-    void apply(const Delete& remove, const TableInfo& target, Translator& translator);
-    void apply(const Merge& merge, const TableInfo& target, Translator& translator);
+    // merge: translator of the MERGE that the change belongs to.
+    std::shared_ptr<const Translated> translated(const Change& change, Translator* merge,
+                                                 const Translate& translate);
+    void apply(const Insert& insert, const TableInfo& target, Translator* merge = nullptr);
+    void apply(const Update& update, const TableInfo& target, Translator* merge = nullptr);
+    void apply(const Delete& remove, const TableInfo& target, Translator* merge = nullptr);
+    void apply(const Merge& merge, const TableInfo& target);
     using ChangeRows = std::function<void(const TableInfo& target)>;
-    std::int64_t sendRows(PreparedStatement& statement, const QueryText& text, std::int64_t most = 0);
+    std::int64_t sendRows(PreparedStatement& statement, std::span<const Column> columns,
+                          std::int64_t most = 0);
     std::int64_t assignRows(PreparedStatement& statement, const std::vector<Column>& variables,
                             std::int64_t most = 0);
     void beginRows(std::span<const Column> columns) {
@@ -195,7 +179,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
                              bool defaultValues) const;
     void insertRow(const TableInfo& target, const ColumnList& columns, const std::vector<TypedValue>& cells);
     void insertRowsOf(const TableInfo& target, const ColumnList& columns, const std::function<void()>& work);
-    TableInfo changedTable(const Change& change, std::string_view verb, Translator& translator);
+    TableInfo changedTable(const Change& change, std::string_view verb);
     void updateInSteps(const TableInfo& target, const Translator& translator);
     void change(const TableInfo& target, std::string_view verb, const std::string& sql,
                 const Translator& translator);
@@ -371,6 +355,11 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     void restoreFrom(const std::string& file, const Restore& restore);
 
     // ---- names (ExecutorNames.cpp)
+    std::shared_ptr<Known> known();
+    void forget() { m_known = std::make_shared<Known>(Known{m_known->number + 1}); }
+    // Returns the translation of a node, which `translate` makes unless the one in `place` still holds.
+    std::shared_ptr<const Translated> translated(Translation& place, const Translate& translate,
+                                                 const std::optional<SqlType>& type = {});
     struct Global;
     static const Global& global(std::string_view name);
     std::optional<ObjectInfo> visibleObject(const ObjectName& name);
@@ -394,10 +383,10 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     std::vector<Message> m_caught;      // errors of the CATCH blocks being executed
     RowChange m_change;                 // change being executed, for its error messages
     std::optional<TableInfo> m_shadow;  // stands for the table whose change INSTEAD OF triggers receive
-    // Tables that have been looked up. They are valid until the session defines something and, outside
-    // transactions, until the version of the catalogues changes.
-    std::map<std::vector<std::string>, TableInfo> m_knownTables;
+    std::shared_ptr<Known> m_known = std::make_shared<Known>();
     std::uint64_t m_knownVersion = 0;
+    bool m_hadSnapshot = false;   // when it was last looked at
+    bool m_defined = false;       // the open transaction has changed a catalogue
     std::string m_text;           // current batch
     int m_line = 1;               // line of the current statement
     int m_tries = 0;              // number of TRY blocks around it

@@ -44,7 +44,7 @@ void Executor::checkNode(const Node& node) {
     } else if constexpr (isOneOf<Node, SelectStatement, DeclareCursor>) {
         translator.query(*node.query);
     } else if constexpr (std::is_same_v<Node, Insert>) {
-        const TableInfo target = changedTable(node, node.kVerb, translator);
+        const TableInfo target = changedTable(node, node.kVerb);
         const auto columns = insertColumns(target, node.columns, node.defaultValues);
         if (node.execute)
             checkCall(std::get<Execute>(node.execute->node));
@@ -53,7 +53,7 @@ void Executor::checkNode(const Node& node) {
     } else if constexpr (std::is_same_v<Node, Execute>) {
         checkCall(node);
     } else if constexpr (std::is_base_of_v<Change, Node>) {
-        const TableInfo target = changedTable(node, node.kVerb, translator);
+        const TableInfo target = changedTable(node, node.kVerb);
         if constexpr (std::is_same_v<Node, Update>)
             translator.update(target, node, "a record");
         else if constexpr (std::is_same_v<Node, Merge>)

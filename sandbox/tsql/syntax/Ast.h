@@ -28,6 +28,9 @@ struct ObjectName {
     int line = 1;
 };
 
+// A translation that the executor keeps for a node.
+using Translation = std::weak_ptr<const struct Translated>;
+
 // ---- expressions: values ---------------------------------------------------------------------------------
 struct Literal {
     TypedValue constant;
@@ -115,6 +118,7 @@ struct Expr {
 
     int line = 1;
     Node node;
+    mutable Translation translation = {};
     bool isCondition() const { return node.index() >= kFirstCondition; }
 };
 inline ExprPtr makeExpr(int line, Expr::Node node) {
@@ -201,6 +205,7 @@ struct Query {
     std::optional<ForXml> xml;
     std::optional<std::int64_t> maxRecursion;  // OPTION (MAXRECURSION n)
     int line = 1;
+    mutable Translation translation = {};
 };
 
 // ---- statements ------------------------------------------------------------------------------------------
@@ -331,6 +336,7 @@ struct Change {
     std::vector<TableRefPtr> from;
     ExprPtr where;
     std::optional<std::int64_t> maxRecursion;  // OPTION (MAXRECURSION n)
+    mutable Translation translation = {};
 };
 struct Insert : Change {
     std::vector<std::string> columns;

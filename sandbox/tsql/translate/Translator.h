@@ -67,10 +67,11 @@ struct OutputColumn : Column {
 
 struct QueryText {
     std::string sql;
-    std::vector<OutputColumn> columns;
+    std::vector<OutputColumn> columns = {};
     bool oneRow = false;    // returns at most one row
     bool compound = false;  // a UNION to which a branch can be appended
     bool collated = false;  // a UNION whose first branch, which decides on equality, names the collation
+    std::vector<Column> shown() const { return {columns.begin(), columns.end()}; }
 };
 
 // Condition of a CHECK constraint or value of a computed column, with unqualified names, and its columns.
@@ -97,8 +98,6 @@ class Translator {
     // For one row: values of the types of `row`, bound as ?1, ?2 ...
     std::string insertParameters(const TableInfo& target, const ColumnList& columns,
                                  const std::vector<TypedValue>& row);
-    // Makes the common table expressions of a change known. To be called before the change is translated.
-    void useCommonTables(const Change& change, const ObjectName& target);
     // record: temporary table with the changed rows, for OUTPUT.
     std::string update(const TableInfo& target, const Update& update, const std::string& record);
     // The last update() as several statements, for rows that take over each other's keys.
@@ -129,6 +128,8 @@ class Translator {
     const std::vector<Column>& assignments() const { return m_assignments; }
     // OUTPUT clause of a change: its columns, and its query if the change itself does not return the rows.
     const QueryText& output() const { return m_output; }
+    // Whether another translation would be the same until a definition changes.
+    bool isLasting() const { return m_isLasting; }
     // Renames the columns of `text` to `names`, if there are any. `of`: the query's name for messages. Throws
     // SqlError 8158 (too few names), 8159 (too many), `unnamed` (a column without a name) and `repeated`.
     static void rename(QueryText& text, const std::vector<std::string>& names, const std::string& of,
@@ -250,6 +251,7 @@ class Translator {
     }
 
     // ---- changes (TranslatorChanges.cpp)
+    void useCommonTables(const Change& change);
     std::string insertRows(const TableInfo& target, const ColumnList& columns, const Insert& insert);
     std::string insertText(const TableInfo& target, const ColumnList& columns, const std::string& rows);
     Typed cell(const Expr& expr);
@@ -280,6 +282,7 @@ class Translator {
     std::vector<std::string> m_steps;
     std::string m_newRows;
     bool m_topLevel = true;
+    bool m_isLasting = true;
 };
 
 }  // namespace tsql

@@ -121,6 +121,7 @@ std::string Translator::insertRows(const TableInfo& target, const ColumnList& co
 }
 
 std::string Translator::insert(const TableInfo& target, const ColumnList& columns, const Insert& insert) {
+    useCommonTables(insert);
     if (!insert.query) return insertRows(target, columns, insert);
     m_topLevel = false;
     refuseRowVersions(columns);
@@ -148,13 +149,9 @@ std::string Translator::insertParameters(const TableInfo& target, const ColumnLi
     return insertText(target, all, "VALUES (" + rowText(target, all, cells) + ")");
 }
 
-void Translator::useCommonTables(const Change& change, const ObjectName& target) {
+void Translator::useCommonTables(const Change& change) {
     if (change.maxRecursion) m_maxRecursion = *change.maxRecursion;
-    for (const auto& table : change.with) {
-        if (target.schema.empty() && sameText(table.name, target.name))
-            throw unsupported("changes through a common table expression ('" + table.name + "')");
-        m_with.push_back({&table});
-    }
+    for (const auto& table : change.with) m_with.push_back({&table});
 }
 
 std::string Translator::returning(const TableInfo& target, const std::optional<Output>& output,
@@ -184,6 +181,7 @@ std::string Translator::returning(const TableInfo& target, const std::optional<O
     }
     if (record.empty()) return " RETURNING " + list;
     m_output.sql = "SELECT " + list + " FROM " + record;
+    m_isLasting = false;  // the next record has another name
     return {};
 }
 
@@ -245,6 +243,7 @@ Typed Translator::assignedValue(const TableInfo& target, const Source& source, c
 }
 
 std::string Translator::update(const TableInfo& target, const Update& update, const std::string& record) {
+    useCommonTables(update);
     Scope scope;
     const Temporarily inner(m_scope, &scope);
     const auto [sources, source] = joinedSources(target, update);
@@ -292,6 +291,7 @@ std::string Translator::filter(const Change& change) {
 }
 
 std::string Translator::remove(const TableInfo& target, const Delete& statement) {
+    useCommonTables(statement);
     Scope scope;
     const Temporarily inner(m_scope, &scope);
     const auto [sources, source] = joinedSources(target, statement);
@@ -301,6 +301,7 @@ std::string Translator::remove(const TableInfo& target, const Delete& statement)
 }
 
 std::string Translator::merge(const TableInfo& target, const Merge& merge) {
+    useCommonTables(merge);
     m_topLevel = false;
     m_merge = &merge;
     Scope scope;

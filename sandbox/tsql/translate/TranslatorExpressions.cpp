@@ -251,6 +251,7 @@ std::vector<std::string> Translator::argumentsOf(const StoredModule& function,
 // Two values of a row would have to be the same.
 Typed Translator::node(const NextValue& next) {
     if (m_nextValue) throw sqlError(m_nextValue);
+    m_isLasting = false;  // the sequence is locked for each run
     const Typed value = m_names.nextValue(next.sequence);
     if (!m_sequences.insert(value.sql).second)
         throw unsupported("several NEXT VALUE FOR of a sequence in a row");

@@ -1,0 +1,36 @@
+// What a session has looked up in the catalogues and translated. All of it is forgotten when the session
+// defines something and, outside transactions, when the version of the catalogues has changed.
+#pragma once
+
+#include "execute/Frame.h"
+
+namespace tsql {
+
+// What a translation depends on besides its node. The types of variables are those of the node's own text.
+struct Circumstances {
+    std::uint64_t known;               // Known::number
+    std::string database, schemaName;  // of unqualified names
+    Settings settings;
+    std::optional<SqlType> type;  // to which an expression is converted
+    bool operator==(const Circumstances&) const = default;
+};
+
+// A translated query, change or expression. An expression is the only column of its query.
+struct Translated {
+    Circumstances circumstances;
+    Translator translator;
+    QueryText text = {};
+    std::vector<Column> columns = {};  // of the text
+};
+
+struct Known {
+    std::uint64_t number = 0;
+    using Name = std::vector<std::string>;  // with what decides its meaning
+    std::map<Name, TableInfo> tables = {};
+    std::map<Name, StoredModule> modules = {};
+    std::vector<std::shared_ptr<const Translated>> translations = {};
+
+    bool isFull() const { return std::max({tables.size(), modules.size(), translations.size()}) >= 1000; }
+};
+
+}  // namespace tsql
