@@ -291,12 +291,7 @@ TypedValue Executor::evaluate(const Expr& expr, const std::optional<SqlType>& ty
         return {variableValue(variable->name), variableType(variable->name)};
     const auto* literal = std::get_if<Literal>(&expr.node);
     if (literal && (!type || *type == literal->constant.type)) return literal->constant;
-    const auto translate = [&](Translator& translator) {
-        const Typed value = translator.value(expr);
-        const Typed wanted = type ? coerce(value, *type) : value;
-        return QueryText{"SELECT " + wanted.sql, {{{{}, wanted.type}}}};
-    };
-    const auto made = translated(expr.translation, translate, type);
+    const auto made = translated(expr, type);
     return {compute(made->text.sql, made->translator), made->columns.front().type};
 }
 
@@ -311,9 +306,7 @@ int Executor::evaluateInteger(const Expr& expr, TypeId type) {
 }
 
 bool Executor::holds(const Expr& condition) {
-    const auto made = translated(condition.translation, [&](Translator& translator) {
-        return QueryText{"SELECT " + translator.condition(condition)};
-    });
+    const auto made = translatedCondition(condition);
     const Value truth = compute(made->text.sql, made->translator);
     return !isNull(truth) && std::get<std::int64_t>(truth) != 0;
 }

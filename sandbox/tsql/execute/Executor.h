@@ -30,6 +30,28 @@ struct Raised {  // an error on its way to a CATCH block
 struct ScopeEnd {};    // ends the procedure, or the batch outside a procedure
 struct SessionEnd {};  // ends the session: severity 20 and above
 
+// Options of SET. They are restored at the end of a procedure or of dynamic SQL.
+struct Settings {
+    bool noCount = false;
+    bool abortOnError = false;  // XACT_ABORT
+    bool implicitTransactions = false;
+    bool quotedIdentifiers = true;
+    bool describeOnly = false;        // FMTONLY
+    bool parseOnly = false;           // only SET executes, and nothing is checked
+    bool checkOnly = false;           // NOEXEC: only SET executes
+    std::string identityInsert = {};  // full name of the table that accepts identities
+    std::int64_t mostRows = 0;        // ROWCOUNT; 0: no limit
+    int lockTimeout = -1;             // milliseconds; negative: the default
+
+    // @@OPTIONS: the bits of the settings that are on.
+    int bits() const {
+        // ANSI_WARNINGS, ANSI_PADDING, ANSI_NULLS, ARITHABORT, ANSI_NULL_DFLT_ON, CONCAT_NULL_YIELDS_NULL
+        constexpr int kAlwaysOn = 8 + 16 + 32 + 64 + 1024 + 4096;
+        return kAlwaysOn + implicitTransactions * 2 + quotedIdentifiers * 256 + noCount * 512 +
+               abortOnError * 16384;
+    }
+};
+
 class Executor final : public Session, public NameResolver, public FunctionSession {
   public:
     Executor(Storage& storage, AppLocks& locks, Client client, std::string_view database, int spid);
@@ -129,9 +151,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     void failingAs(const SqlError& failure, const std::function<void()>& work);
     Value compute(const std::string& sql, const Translator& translator);
     TypedValue evaluate(const Expr& expr, const std::optional<SqlType>& type = {});
-    Value evaluate(const Expr& expr, const SqlType& type) {
-        return evaluate(expr, std::optional(type)).value;
-    }
+    Value evaluate(const Expr& expr, const SqlType& type) { return evaluate(expr, MaybeType(type)).value; }
     std::string evaluateText(const Expr& expr);                        // empty for NULL
     int evaluateInteger(const Expr& expr, TypeId type = TypeId::Int);  // 0 for NULL
     bool holds(const Expr& condition);
@@ -145,7 +165,6 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     std::shared_ptr<Cursor>& cursorNamed(const CursorName& cursor);
 
     // ---- queries and changes of rows (ExecutorQueries.cpp)
-    using Translate = std::function<QueryText(Translator&)>;
     Flow run(const SelectStatement& statement);
     Flow run(const Insert& insert) { return runChange(insert, StatementKind::Insert); }
     Flow run(const InsertBulk& bulk);
@@ -156,9 +175,6 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     // Runs a change and the triggers that it fires.
     template <typename Node>
     Flow runChange(const Node& node, StatementKind kind);
-    // merge: translator of the MERGE that the change belongs to.
-    std::shared_ptr<const Translated> translated(const Change& change, Translator* merge,
-                                                 const Translate& translate);
     void apply(const Insert& insert, const TableInfo& target, Translator* merge = nullptr);
     void apply(const Update& update, const TableInfo& target, Translator* merge = nullptr);
     void apply(const Delete& remove, const TableInfo& target, Translator* merge = nullptr);
@@ -357,9 +373,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     // ---- names (ExecutorNames.cpp)
     std::shared_ptr<Known> known();
     void forget() { m_known = std::make_shared<Known>(Known{m_known->number + 1}); }
-    // Returns the translation of a node, which `translate` makes unless the one in `place` still holds.
-    std::shared_ptr<const Translated> translated(Translation& place, const Translate& translate,
-                                                 const std::optional<SqlType>& type = {});
+    Known::Name placeOf(const ObjectName& name, std::string_view type) const;
     struct Global;
     static const Global& global(std::string_view name);
     std::optional<ObjectInfo> visibleObject(const ObjectName& name);
@@ -368,6 +382,24 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     TableInfo table(const ObjectName& name, int missing, int state = 0, std::string_view verb = {});
     Catalogue temporary() { return {m_connection, "tempdb", std::string(kTempSchema)}; }
     TypedValue& local(std::string_view name);
+
+    // ---- translations (ExecutorTranslations.cpp)
+    using MaybeType = std::optional<SqlType>;
+    using Translate = std::function<QueryText(Translator&)>;
+    TranslatedPtr translated(Translation& place, const Translate& translate, const MaybeType& type = {},
+                             Translator* merge = nullptr);
+    TranslatedPtr translated(const Expr& expr, const MaybeType& type);  // to which it is converted
+    TranslatedPtr translatedCondition(const Expr& condition);
+    TranslatedPtr translated(const Query& query);
+    // merge: translator of the MERGE that a change belongs to, whose clauses are translated each time.
+    template <typename Node, typename... Given>
+    TranslatedPtr translated(const Node& node, Translator* merge, const TableInfo& target,
+                             const Given&... given) {
+        const auto translate = [&](Translator& translator) {
+            return QueryText{translator.change(target, node, given...)};
+        };
+        return translated(node.translation, translate, {}, merge);
+    }
 
     Storage& m_storage;
     AppLocks& m_locks;

@@ -80,20 +80,9 @@ std::shared_ptr<Known> Executor::known() {
     return m_known;
 }
 
-// A translation that begins an implicit transaction is made again, since looking up a table begins it.
-std::shared_ptr<const Translated> Executor::translated(Translation& place, const Translate& translate,
-                                                       const std::optional<SqlType>& type) {
-    const auto known = this->known();
-    Circumstances now{known->number, databaseOf({}), m_frames.back()->schemaName, m_settings, type};
-    if (auto kept = place.lock(); kept && kept->circumstances == now && !awaitsTransaction()) return kept;
-    const auto made = std::make_shared<Translated>(Translated{std::move(now), Translator(*this)});
-    made->text = translate(made->translator);
-    made->columns = made->text.shown();
-    constexpr std::size_t kLongestKept = 65'536;
-    if (!made->translator.isLasting() || made->text.sql.size() > kLongestKept) return made;
-    known->translations.push_back(made);
-    place = made;
-    return made;
+Known::Name Executor::placeOf(const ObjectName& name, std::string_view type) const {
+    return {databaseOf({}),   m_frames.back()->schemaName, name.database, name.schema, name.name,
+            std::string(type)};
 }
 
 // ---- objects
@@ -127,8 +116,7 @@ std::optional<TableInfo> Executor::findTable(const ObjectName& name) {
         return catalogue(name).ownTable(name.name);
     if ((m_checking && name.name.starts_with('#')) || namesChangedRows(name)) return std::nullopt;
     const auto known = this->known();
-    const Known::Name key = {databaseOf(name), name.database, name.schema, m_frames.back()->schemaName,
-                             name.name};
+    const Known::Name key = placeOf(name, kTable);
     auto table = known->tables.find(key);
     if (table == known->tables.end()) {
         const auto found = visibleObject(name);

@@ -26,9 +26,7 @@ void addChanges(const Node& node, const TableInfo& target, std::vector<Firing>& 
 Flow Executor::run(const SelectStatement& statement) {
     if (statement.into)
         return m_settings.describeOnly ? Flow::Next : selectInto(*statement.query, *statement.into);
-    const Query& query = *statement.query;
-    const auto made =
-        translated(query.translation, [&](auto& translator) { return translator.query(query); });
+    const auto made = translated(*statement.query);
     const auto values = parameterValues(made->translator);
     PreparedStatement prepared(m_connection, made->text.sql, values);
     const auto& assigned = made->translator.assignments();
@@ -178,24 +176,15 @@ template Flow Executor::runChange(const Update&, StatementKind);
 template Flow Executor::runChange(const Delete&, StatementKind);
 template Flow Executor::runChange(const Merge&, StatementKind);
 
-std::shared_ptr<const Translated> Executor::translated(const Change& change, Translator* merge,
-                                                       const Translate& translate) {
-    if (!merge) return translated(change.translation, translate);
-    QueryText text = translate(*merge);
-    return std::make_shared<const Translated>(Translated{{}, *merge, std::move(text)});
-}
-
 void Executor::apply(const Insert& insert, const TableInfo& target, Translator* merge) {
-    const auto columnList = [&] { return insertColumns(target, insert.columns, insert.defaultValues); };
+    const auto columns = insertColumns(target, insert.columns, insert.defaultValues);
     withIdentities(target, [&] {
         if (insert.execute && m_rowHandler) throw sqlError(kNestedInsertExec);
         if (insert.execute)
             return inTransaction([&] {
-                insertRowsOf(target, columnList(), [&] { run(std::get<Execute>(insert.execute->node)); });
+                insertRowsOf(target, columns, [&] { run(std::get<Execute>(insert.execute->node)); });
             });
-        const auto made = translated(insert, merge, [&](Translator& translator) {
-            return QueryText{translator.insert(target, columnList(), insert)};
-        });
+        const auto made = translated(insert, merge, target, columns);
         change(target, "INSERT", made->text.sql, made->translator);
     });
 }
@@ -353,9 +342,7 @@ TableInfo Executor::changedTable(const Change& change, std::string_view verb) {
 void Executor::apply(const Update& update, const TableInfo& target, Translator* merge) {
     std::optional<RowRecord> record;
     if (update.output) record.emplace(m_connection, target, "UPDATE");
-    const auto made = translated(update, merge, [&](Translator& translator) {
-        return QueryText{translator.update(target, update, record ? "temp." + record->name() : "")};
-    });
+    const auto made = translated(update, merge, target, record ? "temp." + record->name() : "");
     try {
         change(target, "UPDATE", made->text.sql, made->translator);
     } catch (const SqliteFailure& failure) {
@@ -387,8 +374,7 @@ void Executor::updateInSteps(const TableInfo& target, const Translator& translat
 }
 
 void Executor::apply(const Delete& remove, const TableInfo& target, Translator* merge) {
-    const auto made = translated(
-        remove, merge, [&](Translator& translator) { return QueryText{translator.remove(target, remove)}; });
+    const auto made = translated(remove, merge, target);
     change(target, "DELETE", made->text.sql, made->translator);
 }
 

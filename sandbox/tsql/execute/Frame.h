@@ -7,29 +7,6 @@
 
 namespace tsql {
 
-// Options of SET. They are restored at the end of a procedure or of dynamic SQL.
-struct Settings {
-    bool noCount = false;
-    bool abortOnError = false;  // XACT_ABORT
-    bool implicitTransactions = false;
-    bool quotedIdentifiers = true;
-    bool describeOnly = false;        // FMTONLY
-    bool parseOnly = false;           // only SET executes, and nothing is checked
-    bool checkOnly = false;           // NOEXEC: only SET executes
-    std::string identityInsert = {};  // full name of the table that accepts identities
-    std::int64_t mostRows = 0;        // ROWCOUNT; 0: no limit
-    int lockTimeout = -1;             // milliseconds; negative: the default
-    bool operator==(const Settings&) const = default;
-
-    // @@OPTIONS: the bits of the settings that are on.
-    int bits() const {
-        // ANSI_WARNINGS, ANSI_PADDING, ANSI_NULLS, ARITHABORT, ANSI_NULL_DFLT_ON, CONCAT_NULL_YIELDS_NULL
-        constexpr int kAlwaysOn = 8 + 16 + 32 + 64 + 1024 + 4096;
-        return kAlwaysOn + implicitTransactions * 2 + quotedIdentifiers * 256 + noCount * 512 +
-               abortOnError * 16384;
-    }
-};
-
 // A cursor. DECLARE translates its query and evaluates the variables in it; OPEN reads its rows.
 struct Cursor {
     QueryText query;

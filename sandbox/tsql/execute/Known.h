@@ -10,8 +10,9 @@ namespace tsql {
 struct Circumstances {
     std::uint64_t known;               // Known::number
     std::string database, schemaName;  // of unqualified names
-    Settings settings;
-    std::optional<SqlType> type;  // to which an expression is converted
+    bool quotedIdentifiers;            // in the texts of views and functions
+    std::int64_t mostRows;             // SET ROWCOUNT
+    std::optional<SqlType> type;       // to which an expression is converted
     bool operator==(const Circumstances&) const = default;
 };
 
@@ -22,13 +23,14 @@ struct Translated {
     QueryText text = {};
     std::vector<Column> columns = {};  // of the text
 };
+using TranslatedPtr = std::shared_ptr<const Translated>;
 
 struct Known {
     std::uint64_t number = 0;
     using Name = std::vector<std::string>;  // with what decides its meaning
     std::map<Name, TableInfo> tables = {};
     std::map<Name, StoredModule> modules = {};
-    std::vector<std::shared_ptr<const Translated>> translations = {};
+    std::vector<TranslatedPtr> translations = {};
 
     bool isFull() const { return std::max({tables.size(), modules.size(), translations.size()}) >= 1000; }
 };

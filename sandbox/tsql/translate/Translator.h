@@ -89,8 +89,11 @@ class Translator {
 
     // Returns the values of a row. Those after `cells` are defaults.
     std::string rowText(const TableInfo& target, const ColumnList& columns, Pieces cells);
-    // Return the SQLite statement that changes `target`.
-    std::string insert(const TableInfo& target, const ColumnList& columns, const Insert& insert);
+    // Return the SQLite statement that changes `target`. record: temporary table with the changed rows, for
+    // OUTPUT.
+    std::string change(const TableInfo& target, const Insert& insert, const ColumnList& columns);
+    std::string change(const TableInfo& target, const Update& update, const std::string& record);
+    std::string change(const TableInfo& target, const Delete& statement);
     std::string limited(const std::string& sql, const ExprPtr& top = nullptr);
     // Rows of a query with as many columns.
     std::string insertSelected(const TableInfo& target, const ColumnList& columns, const QueryText& text,
@@ -98,14 +101,11 @@ class Translator {
     // For one row: values of the types of `row`, bound as ?1, ?2 ...
     std::string insertParameters(const TableInfo& target, const ColumnList& columns,
                                  const std::vector<TypedValue>& row);
-    // record: temporary table with the changed rows, for OUTPUT.
-    std::string update(const TableInfo& target, const Update& update, const std::string& record);
-    // The last update() as several statements, for rows that take over each other's keys.
+    // The last UPDATE as several statements, for rows that take over each other's keys.
     std::vector<std::string> updateInSteps() const { return m_steps; }
     // Common table expressions for error messages. The last one, `incoming`, has the rows that the change
     // produces; ts_row is the row id of a row that exists already.
     const std::string& newRows() const { return m_newRows; }
-    std::string remove(const TableInfo& target, const Delete& statement);
     // Creates temp.tsqlbox_merged, the rows of a MERGE: the row id of the target, the number of the clause
     // and the columns of the source. Rows to insert come first.
     std::string merge(const TableInfo& target, const Merge& merge);

@@ -120,7 +120,7 @@ std::string Translator::insertRows(const TableInfo& target, const ColumnList& co
     return insertText(target, all, rows) + returning(target, insert.output, "inserted");
 }
 
-std::string Translator::insert(const TableInfo& target, const ColumnList& columns, const Insert& insert) {
+std::string Translator::change(const TableInfo& target, const Insert& insert, const ColumnList& columns) {
     useCommonTables(insert);
     if (!insert.query) return insertRows(target, columns, insert);
     m_topLevel = false;
@@ -242,7 +242,7 @@ Typed Translator::assignedValue(const TableInfo& target, const Source& source, c
     return emitBinary(*clause.op, {present->sql, column->type}, next);
 }
 
-std::string Translator::update(const TableInfo& target, const Update& update, const std::string& record) {
+std::string Translator::change(const TableInfo& target, const Update& update, const std::string& record) {
     useCommonTables(update);
     Scope scope;
     const Temporarily inner(m_scope, &scope);
@@ -290,7 +290,7 @@ std::string Translator::filter(const Change& change) {
     return where + changeLimit(change.top);
 }
 
-std::string Translator::remove(const TableInfo& target, const Delete& statement) {
+std::string Translator::change(const TableInfo& target, const Delete& statement) {
     useCommonTables(statement);
     Scope scope;
     const Temporarily inner(m_scope, &scope);
