@@ -16,8 +16,8 @@ TranslatedPtr Executor::translated(Translation& place, const Translate& translat
                       type};
     const bool isFixed = !merge && !awaitsTransaction();  // by the first use of a table
     if (auto kept = place.lock(); kept && isFixed && kept->circumstances == now) return kept;
-    const auto made =
-        std::make_shared<Translated>(Translated{std::move(now), merge ? *merge : Translator(*this)});
+    const auto made = std::make_shared<Translated>(
+        Translated{std::move(now), merge ? *merge : Translator(*this, /*binds=*/true)});
     made->text = translate(made->translator);
     made->columns = made->text.shown();
     if (merge || !made->translator.isLasting() || made->text.sql.size() > kLongestKept) return made;

@@ -81,7 +81,9 @@ struct CheckText : Typed {
 
 class Translator {
   public:
-    explicit Translator(NameResolver& names) : m_names(names) {}
+    // binds: constants that other texts are likely to replace become parameters, so that these texts reuse
+    // the prepared statement.
+    explicit Translator(NameResolver& names, bool binds = false) : m_names(names), m_binds(binds) {}
 
     QueryText query(const Query& query);
     Typed value(const Expr& expr);
@@ -173,8 +175,10 @@ class Translator {
     Typed node(const NextValue& next);
     std::string test(const Compare& compare) {
         const Typed left = value(*compare.left);
-        return emitCompare(compare.op, left, value(*compare.right));
+        const bool isBound = m_inWhere && isKeyValue(compare);
+        return emitCompare(compare.op, left, isBound ? cell(*compare.right) : value(*compare.right));
     }
+    static bool isKeyValue(const Compare& compare);
     std::string test(const Logic& logic);
     std::string test(const Not& negation) { return "(NOT " + condition(*negation.operand) + ")"; }
     std::string test(const IsNull& isNull) { return "(" + value(*isNull.operand).sql + " IS NULL)"; }
@@ -225,6 +229,7 @@ class Translator {
     // ---- FOR XML (TranslatorXml.cpp)
     QueryText forXml(const QueryText& rows, const ForXml& xml) const;
 
+    std::string where(const ExprPtr& condition, bool binds);
     std::string groupBy(const Select& select);
     // distinctList: the list of SELECT DISTINCT, which must contain the items; else null. firstOfSet: the
     // first SELECT of a set operation, whose list must contain them. keys: receives items for the select
@@ -263,6 +268,8 @@ class Translator {
     Typed assignedValue(const TableInfo& target, const Source& source, const SetClause& clause);
 
     NameResolver& m_names;
+    bool m_binds;
+    bool m_inWhere = false;  // whose constants are bound
     Scope* m_scope = nullptr;
     std::vector<NamedQuery> m_with;
     std::vector<Parameter> m_parameters;

@@ -236,6 +236,7 @@ Typed Translator::assignedValue(const TableInfo& target, const Source& source, c
     if (column->identity) throw sqlError(kIdentityUpdate, {column->name});
     if (!column->computed.empty()) throw sqlError(kComputedColumnChanged, {column->name});
     if (column->isRowVersion()) throw sqlError(kRowVersionUpdate);
+    if (clause.value && !clause.op) return cell(*clause.value);
     const Typed next = clause.value ? value(*clause.value) : defaultOf({}, *column);
     if (!clause.op) return next;
     const auto present = std::ranges::find(source.columns, column->name, &SourceColumn::name);
@@ -285,9 +286,8 @@ std::string Translator::change(const TableInfo& target, const Update& update, co
 
 std::string Translator::filter(const Change& change) {
     const Temporarily clause(m_nextValue, kNextValueInClause);
-    const std::string where = change.where ? " WHERE " + condition(*change.where) : "";
-    if (m_scope->sawAggregate) throw sqlError(kAggregateInWhere);
-    return where + changeLimit(change.top);
+    const std::string rows = where(change.where, /*binds=*/true);
+    return rows + changeLimit(change.top);
 }
 
 std::string Translator::change(const TableInfo& target, const Delete& statement) {

@@ -268,6 +268,13 @@ Typed Translator::node(const ScalarQuery& scalar) {
     return {"(SELECT ts_single(count(*), " + column.alias + ") FROM (" + text.sql + "))", column.type};
 }
 
+// column = whole number. An index with a filter is not used for other types, and is rare for this one.
+bool Translator::isKeyValue(const Compare& compare) {
+    const auto* literal = std::get_if<Literal>(&compare.right->node);
+    return compare.op == CompareOp::Equal && std::holds_alternative<ColumnRef>(compare.left->node) &&
+           literal && literal->constant.type.id == TypeId::Int;
+}
+
 std::string Translator::test(const Logic& logic) {
     const auto* inner = std::get_if<Logic>(&logic.left->node);
     const std::string left = condition(*logic.left);
