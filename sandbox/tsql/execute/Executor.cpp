@@ -306,8 +306,7 @@ int Executor::evaluateInteger(const Expr& expr, TypeId type) {
 }
 
 bool Executor::holds(const Expr& condition) {
-    const auto made = translatedCondition(condition);
-    const Value truth = compute(made->text.sql, made->translator);
+    const Value truth = evaluate(condition).value;
     return !isNull(truth) && std::get<std::int64_t>(truth) != 0;
 }
 

@@ -373,7 +373,6 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     // ---- names (ExecutorNames.cpp)
     std::shared_ptr<Known> known();
     void forget() { m_known = std::make_shared<Known>(Known{m_known->number + 1}); }
-    Known::Name placeOf(const ObjectName& name, std::string_view type) const;
     struct Global;
     static const Global& global(std::string_view name);
     std::optional<ObjectInfo> visibleObject(const ObjectName& name);
@@ -389,7 +388,6 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     TranslatedPtr translated(Translation& place, const Translate& translate, const MaybeType& type = {},
                              Translator* merge = nullptr);
     TranslatedPtr translated(const Expr& expr, const MaybeType& type);  // to which it is converted
-    TranslatedPtr translatedCondition(const Expr& condition);
     TranslatedPtr translated(const Query& query);
     // merge: translator of the MERGE that a change belongs to, whose clauses are translated each time.
     template <typename Node, typename... Given>

@@ -20,14 +20,12 @@ void Executor::checkVariables(const Declare& declare) {
 
 template <typename Node>
 void Executor::checkNode(const Node& node) {
-    Translator translator(*this);
-    if constexpr (requires { node.condition; }) translatedCondition(*node.condition);
+    if constexpr (requires { node.condition; }) translated(*node.condition, {});
+    MaybeType type;
+    if constexpr (requires { node.type; }) type = node.type;
+    if constexpr (std::is_same_v<Node, Assign>) type = local(node.name).type;
     if constexpr (requires { node.value; })
-        if (node.value) {
-            const Typed value = translator.value(*node.value);
-            if constexpr (requires { node.type; })
-                if (!value.nullLiteral) requireImplicit(value.type, node.type);
-        }
+        if (node.value) translated(*node.value, type);
     if constexpr (requires { check(*node.then); }) check(*node.then);
     if constexpr (requires { check(*node.otherwise); })
         if (node.otherwise) check(*node.otherwise);
@@ -57,7 +55,7 @@ void Executor::checkNode(const Node& node) {
         if constexpr (std::is_same_v<Node, Update>)
             translated(node, nullptr, target, "a record");
         else if constexpr (std::is_same_v<Node, Merge>)
-            translator.merge(target, node);
+            Translator(*this).merge(target, node);
         else
             translated(node, nullptr, target);
     }

@@ -128,7 +128,9 @@ std::optional<StoredModule> Executor::module(const ObjectName& name, std::string
     const bool isTemporary = isTemporaryName(name.name);
     if ((isTemporary && type != kProcedure) || namesChangedRows(name)) return std::nullopt;
     const auto known = this->known();
-    const Known::Name place = placeOf(name, std::string(type) + (m_settings.quotedIdentifiers ? "" : "\""));
+    const auto variant = std::string(type) + (m_settings.quotedIdentifiers ? "" : "\"");
+    const Known::Name place{
+        databaseOf({}), m_frames.back()->schemaName, name.database, name.schema, name.name, variant};
     if (const auto found = known->modules.find(place); found != known->modules.end()) return found->second;
     ObjectName key = name;
     if (isTemporary) key.database.clear();

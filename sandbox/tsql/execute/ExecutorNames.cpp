@@ -80,11 +80,6 @@ std::shared_ptr<Known> Executor::known() {
     return m_known;
 }
 
-Known::Name Executor::placeOf(const ObjectName& name, std::string_view type) const {
-    return {databaseOf({}),   m_frames.back()->schemaName, name.database, name.schema, name.name,
-            std::string(type)};
-}
-
 // ---- objects
 
 std::string Executor::databaseOf(const ObjectName& name) const {
@@ -116,7 +111,7 @@ std::optional<TableInfo> Executor::findTable(const ObjectName& name) {
         return catalogue(name).ownTable(name.name);
     if ((m_checking && name.name.starts_with('#')) || namesChangedRows(name)) return std::nullopt;
     const auto known = this->known();
-    const Known::Name key = placeOf(name, kTable);
+    const Known::Name key{databaseOf({}), m_frames.back()->schemaName, name.database, name.schema, name.name};
     auto table = known->tables.find(key);
     if (table == known->tables.end()) {
         const auto found = visibleObject(name);

@@ -8,12 +8,8 @@ TranslatedPtr Executor::translated(Translation& place, const Translate& translat
                                    Translator* merge) {
     constexpr std::size_t kLongestKept = 65'536;
     const auto known = this->known();
-    Circumstances now{known->number,
-                      databaseOf({}),
-                      m_frames.back()->schemaName,
-                      m_settings.quotedIdentifiers,
-                      m_settings.mostRows,
-                      type};
+    const auto& [quoted, most] = std::tie(m_settings.quotedIdentifiers, m_settings.mostRows);
+    Circumstances now{known->number, databaseOf({}), m_frames.back()->schemaName, quoted, most, type};
     const bool isFixed = !merge && !awaitsTransaction();  // by the first use of a table
     if (auto kept = place.lock(); kept && isFixed && kept->circumstances == now) return kept;
     const auto made = std::make_shared<Translated>(
@@ -28,16 +24,11 @@ TranslatedPtr Executor::translated(Translation& place, const Translate& translat
 
 TranslatedPtr Executor::translated(const Expr& expr, const MaybeType& type) {
     const auto translate = [&](Translator& translator) {
+        if (expr.isCondition()) return QueryText{"SELECT " + translator.condition(expr), {{}}};
         const Typed value = translator.value(expr), wanted = type ? coerce(value, *type) : value;
         return QueryText{"SELECT " + wanted.sql, {{{{}, wanted.type}}}};
     };
     return translated(expr.translation, translate, type);
-}
-
-TranslatedPtr Executor::translatedCondition(const Expr& condition) {
-    return translated(condition.translation, [&](Translator& translator) {
-        return QueryText{"SELECT " + translator.condition(condition)};
-    });
 }
 
 TranslatedPtr Executor::translated(const Query& query) {

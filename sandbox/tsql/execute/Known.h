@@ -6,15 +6,11 @@
 
 namespace tsql {
 
-// What a translation depends on besides its node. The types of variables are those of the node's own text.
-struct Circumstances {
-    std::uint64_t known;               // Known::number
-    std::string database, schemaName;  // of unqualified names
-    bool quotedIdentifiers;            // in the texts of views and functions
-    std::int64_t mostRows;             // SET ROWCOUNT
-    std::optional<SqlType> type;       // to which an expression is converted
-    bool operator==(const Circumstances&) const = default;
-};
+// What a translation depends on besides its node, whose text has the types of its variables: Known::number,
+// the database and schema of unqualified names, QUOTED_IDENTIFIER (in the texts of views and functions),
+// ROWCOUNT, and the type to which an expression is converted.
+using Circumstances =
+    std::tuple<std::uint64_t, std::string, std::string, bool, std::int64_t, std::optional<SqlType>>;
 
 // A translated query, change or expression. An expression is the only column of its query.
 struct Translated {

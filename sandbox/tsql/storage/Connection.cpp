@@ -33,12 +33,9 @@ std::string quotedText(std::string_view text) {
     return "'" + boost::replace_all_copy(std::string(text), "'", "''") + "'";
 }
 
-PreparedStatement::PreparedStatement(Connection& connection, std::string_view sql)
-    : m_connection(connection), m_entry(connection.borrow(sql)), m_statement(m_entry.front().second) {}
-
 PreparedStatement::PreparedStatement(Connection& connection, std::string_view sql,
                                      std::span<const Value> values)
-    : PreparedStatement(connection, sql) {
+    : m_connection(connection), m_entry(connection.borrow(sql)), m_statement(m_entry.front().second) {
     const int asked = sqlite3_bind_parameter_count(m_statement);  // the last values may be unused
     for (int index = 1; index <= asked && index <= static_cast<int>(values.size()); ++index)
         bind(index, viewOf(values[static_cast<std::size_t>(index) - 1]));
@@ -158,8 +155,7 @@ void Connection::detach(std::string_view database) {
 }
 
 void Connection::detachAllBut(std::string_view database) {
-    const std::list<std::string> attached = m_attached;
-    for (const auto& key : attached)
+    for (const auto& key : std::list(m_attached))
         if (key != databaseKey(database)) detach(key);
 }
 

@@ -28,9 +28,8 @@ using SqlStatements = std::list<std::pair<std::string, sqlite3_stmt*>>;
 // A prepared statement, borrowed from the cache of its connection, which must outlive it.
 class PreparedStatement {
   public:
-    PreparedStatement(Connection& connection, std::string_view sql);
     // The values, which must outlive the steps, are those of ?1, ?2 ...
-    PreparedStatement(Connection& connection, std::string_view sql, std::span<const Value> values);
+    PreparedStatement(Connection& connection, std::string_view sql, std::span<const Value> values = {});
     ~PreparedStatement();
     PreparedStatement(PreparedStatement&&) = delete;  // neither moved nor copied
 

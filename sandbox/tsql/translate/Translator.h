@@ -81,8 +81,7 @@ struct CheckText : Typed {
 
 class Translator {
   public:
-    // binds: constants that other texts are likely to replace become parameters, so that these texts reuse
-    // the prepared statement.
+    // binds: keys in WHERE become parameters, so that texts with other keys reuse the prepared statement.
     explicit Translator(NameResolver& names, bool binds = false) : m_names(names), m_binds(binds) {}
 
     QueryText query(const Query& query);
@@ -173,12 +172,7 @@ class Translator {
     Typed node(const Call& call);
     Typed node(const ScalarQuery& query);
     Typed node(const NextValue& next);
-    std::string test(const Compare& compare) {
-        const Typed left = value(*compare.left);
-        const bool isBound = m_inWhere && isKeyValue(compare);
-        return emitCompare(compare.op, left, isBound ? cell(*compare.right) : value(*compare.right));
-    }
-    static bool isKeyValue(const Compare& compare);
+    std::string test(const Compare& compare);
     std::string test(const Logic& logic);
     std::string test(const Not& negation) { return "(NOT " + condition(*negation.operand) + ")"; }
     std::string test(const IsNull& isNull) { return "(" + value(*isNull.operand).sql + " IS NULL)"; }

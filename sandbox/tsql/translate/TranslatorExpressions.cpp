@@ -268,11 +268,15 @@ Typed Translator::node(const ScalarQuery& scalar) {
     return {"(SELECT ts_single(count(*), " + column.alias + ") FROM (" + text.sql + "))", column.type};
 }
 
-// column = whole number. An index with a filter is not used for other types, and is rare for this one.
-bool Translator::isKeyValue(const Compare& compare) {
-    const auto* literal = std::get_if<Literal>(&compare.right->node);
-    return compare.op == CompareOp::Equal && std::holds_alternative<ColumnRef>(compare.left->node) &&
-           literal && literal->constant.type.id == TypeId::Int;
+// Binds the number of: column = number. For a parameter SQLite does not use an index with a filter, which is
+// rarely one of numbers.
+std::string Translator::test(const Compare& compare) {
+    const Typed left = value(*compare.left);
+    const auto* number = std::get_if<Literal>(&compare.right->node);
+    const bool isKey = m_inWhere && number && number->constant.type.id == TypeId::Int &&
+                       compare.op == CompareOp::Equal &&
+                       std::holds_alternative<ColumnRef>(compare.left->node);
+    return emitCompare(compare.op, left, isKey ? cell(*compare.right) : value(*compare.right));
 }
 
 std::string Translator::test(const Logic& logic) {
