@@ -23,7 +23,7 @@ using TranslatedPtr = std::shared_ptr<const Translated>;
 
 struct Known {
     std::uint64_t number = 0;
-    using Name = std::vector<std::string>;  // with what decides its meaning
+    using Name = std::array<std::string, 6>;  // with what decides its meaning
     std::map<Name, TableInfo> tables = {};
     std::map<Name, StoredModule> modules = {};
     std::vector<TranslatedPtr> translations = {};
