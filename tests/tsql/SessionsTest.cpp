@@ -64,6 +64,51 @@ TEST_F(Sessions, SeeTheDefinitionsOfOthers) {
     EXPECT_EQ(second(kSelect), "a int? = NULL | b int? = NULL | c int? = 1 (1 rows)\n");
 }
 
+// The same text, translated again after every definition.
+TEST_F(Sessions, RunAgainWhatAnotherHasRedefined) {
+    constexpr std::string_view kText = "EXEC p SELECT dbo.f() AS f, x FROM v UPDATE t SET a = 5";
+    first("CREATE TABLE t (a int) INSERT t VALUES (1)");
+    for (const auto module :
+         {"PROCEDURE p AS SELECT * FROM t", "FUNCTION f() RETURNS int AS BEGIN RETURN 1 END",
+          "VIEW v AS SELECT a AS x FROM t"})
+        first(std::string("CREATE ") + module);
+    EXPECT_EQ(second(kText), "a int? = 1 (1 rows)\nf int? = 1 | x int? = 1 (1 rows) (1 changed)\n");
+    first("ALTER TABLE t ADD b int");
+    first("ALTER FUNCTION f() RETURNS char(1) AS BEGIN RETURN 'f' END");
+    EXPECT_EQ(second(kText),
+              "a int? = 5 | b int? = NULL (1 rows)\nf char(1)? = f | x int? = 5 (1 rows) (1 changed)\n");
+    first("ALTER PROCEDURE p AS SELECT 2");
+    first("ALTER VIEW v AS SELECT 'x' AS x");
+    first("CREATE TRIGGER r ON t AFTER UPDATE AS PRINT 'fired'");
+    EXPECT_EQ(second(kText),
+              "- int = 2 (1 rows)\nf char(1)? = f | x varchar(1) = x (1 rows)\nfired (1 changed)\n");
+}
+
+// Redefines a function when the first row arrives.
+class RedefiningSink : public tsql::ResultSink {
+  public:
+    explicit RedefiningSink(tsql::Session& other) : m_other(other) {}
+    void row(std::span<const tsql::CellView> cells) override {
+        if (m_values.empty()) runBatch(m_other, "ALTER FUNCTION f() RETURNS int AS BEGIN RETURN 2 END");
+        m_values.push_back(std::get<std::int64_t>(cells[0]));
+    }
+    void message(const tsql::Message&) override {}
+    const std::vector<std::int64_t>& values() const { return m_values; }
+
+  private:
+    tsql::Session& m_other;
+    std::vector<std::int64_t> m_values;
+};
+
+TEST_F(Sessions, SeeADefinitionBehindTheStatementThatItMeets) {
+    first("CREATE FUNCTION f() RETURNS int AS BEGIN RETURN 1 END");
+    first("CREATE TABLE t (x int) INSERT t VALUES (0), (0), (0)");
+    RedefiningSink sink(*m_first);
+    m_second->runBatch("SELECT dbo.f() + x FROM t", sink);
+    EXPECT_EQ(sink.values(), (std::vector<std::int64_t>{1, 1, 1}));
+    EXPECT_TRUE(has(second("SELECT dbo.f()"), "= 2 (1 rows)\n"));
+}
+
 TEST_F(Sessions, LeaveOnlyCommittedRowsBehind) {
     {
         const auto gone = tsql::openSession(m_engine, {"sa"}, "master", 53);

@@ -170,8 +170,8 @@ std::optional<ObjectInfo> Catalogue::userOfType(std::int64_t type) const {
 TableInfo Catalogue::tableOf(const ObjectInfo& object) const {
     const auto& identity = object.columns;  // older tables have no increment
     const auto number = [&](std::size_t i) { return identity.size() > i ? std::stoll(identity[i]) : 1; };
-    return {object.id, m_database, object.name,        m_schema,         object.stored,
-            number(0), number(1),  columns(object.id), object.schemaName};
+    return {object.id,          m_database,        object.name, m_schema, object.stored, number(0), number(1),
+            columns(object.id), object.schemaName, false,       {},       hasTriggers()};
 }
 
 std::optional<TableInfo> Catalogue::table(std::string_view key) const {

@@ -62,6 +62,7 @@ struct TableInfo {
     std::string schemaName{kDefaultSchema};  // of T-SQL
     bool isShadow = false;                   // a view in SQLite that receives changes for INSTEAD OF triggers
     std::string rows = {};                   // query of a view whose INSTEAD OF trigger receives changes
+    bool mayFire = true;                     // false: no table of its database has triggers
     // Key of the query (view, common or derived table) through which the table is changed, and its columns.
     std::string through = {};
     std::vector<Column> shown = {};
@@ -78,8 +79,9 @@ struct TableInfo {
 };
 
 // Conditions on the types of objects.
+// Two in a list at most: SQLite would make a temporary table of more for each query.
 inline constexpr std::string_view kUserTypes = "IN ('TYPE', 'TT')",
-                                  kObjects = "NOT IN ('IX', 'SCHEMA', 'TYPE', 'TT')";
+                                  kObjects = "NOT IN ('IX', 'SCHEMA') AND o.type NOT IN ('TYPE', 'TT')";
 inline constexpr std::int64_t kBuiltInTypes = 256;  // their numbers in sys.types; those of objects follow
 
 // A row of the catalogue: a table, a module, a constraint, an index or a schema.

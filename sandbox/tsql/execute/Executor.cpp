@@ -161,6 +161,7 @@ Flow Executor::guarded(int line, const std::function<Flow()>& work) {
     if (isCancelled()) throw BatchEnd{};
     m_line = line;
     beginStatement();
+    m_hadSnapshot = m_hadSnapshot && m_connection.inTransaction();
     if (m_transactions == 0) m_givenIdentities.clear();
     try {
         return work();
@@ -269,6 +270,7 @@ SqlError Executor::errorOf(const SqliteFailure& failure) {
 
 std::vector<Value> Executor::parameterValues(const Translator& translator) {
     std::vector<Value> values;
+    values.reserve(translator.parameters().size());
     for (const auto& [variable, constant] : translator.parameters())
         values.push_back(constant ? *constant : variableValue(variable));
     return values;
@@ -276,21 +278,20 @@ std::vector<Value> Executor::parameterValues(const Translator& translator) {
 
 Value Executor::compute(const std::string& sql, const Translator& translator) {
     const auto values = parameterValues(translator);
-    PreparedStatement statement(m_connection, "SELECT " + sql, values);
+    PreparedStatement statement(m_connection, sql, values);
     statement.step();
     warnOfNulls();
     return ownedValue(statement.cell(0));
 }
 
-Value Executor::evaluate(const Expr& expr, const SqlType& type) {
-    Translator translator(*this);
-    return compute(coerce(translator.value(expr), type).sql, translator);
-}
-
-TypedValue Executor::evaluate(const Expr& expr) {
-    Translator translator(*this);
-    const Typed typed = translator.value(expr);
-    return {compute(typed.sql, translator), typed.type};
+TypedValue Executor::evaluate(const Expr& expr, const std::optional<SqlType>& type) {
+    const auto* variable = std::get_if<VariableRef>(&expr.node);
+    if (variable && (!type || *type == variableType(variable->name)))
+        return {variableValue(variable->name), variableType(variable->name)};
+    const auto* literal = std::get_if<Literal>(&expr.node);
+    if (literal && (!type || *type == literal->constant.type)) return literal->constant;
+    const auto made = translated(expr, type);
+    return {compute(made->text.sql, made->translator), made->columns.front().type};
 }
 
 std::string Executor::evaluateText(const Expr& expr) {
@@ -304,8 +305,7 @@ int Executor::evaluateInteger(const Expr& expr, TypeId type) {
 }
 
 bool Executor::holds(const Expr& condition) {
-    Translator translator(*this);
-    const Value truth = compute(translator.condition(condition), translator);
+    const Value truth = evaluate(condition).value;
     return !isNull(truth) && std::get<std::int64_t>(truth) != 0;
 }
 

@@ -4,11 +4,10 @@
 
 #include <chrono>
 #include <map>
-#include <unordered_map>
 
 #include "catalogue/Constraints.h"
 #include "execute/Engine.h"
-#include "execute/Frame.h"
+#include "execute/Known.h"
 #include "execute/RowRecord.h"
 #include "functions/FunctionSession.h"
 #include "storage/Backup.h"
@@ -153,8 +152,8 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     Flow finished(std::int64_t rowCount = 0, StatementKind kind = StatementKind::Other);
     void failingAs(const SqlError& failure, const std::function<void()>& work);
     Value compute(const std::string& sql, const Translator& translator);
-    TypedValue evaluate(const Expr& expr);
-    Value evaluate(const Expr& expr, const SqlType& type);
+    TypedValue evaluate(const Expr& expr, const std::optional<SqlType>& type = {});
+    Value evaluate(const Expr& expr, const SqlType& type) { return evaluate(expr, MaybeType(type)).value; }
     std::string evaluateText(const Expr& expr);                        // empty for NULL
     int evaluateInteger(const Expr& expr, TypeId type = TypeId::Int);  // 0 for NULL
     bool holds(const Expr& condition);
@@ -178,12 +177,13 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     // Runs a change and the triggers that it fires.
     template <typename Node>
     Flow runChange(const Node& node, StatementKind kind);
-    void apply(const Insert& insert, const TableInfo& target, Translator& translator);
-    void apply(const Update& update, const TableInfo& target, Translator& translator);
-    void apply(const Delete& remove, const TableInfo& target, Translator& translator);
-    void apply(const Merge& merge, const TableInfo& target, Translator& translator);
+    void apply(const Insert& insert, const TableInfo& target, Translator* merge = nullptr);
+    void apply(const Update& update, const TableInfo& target, Translator* merge = nullptr);
+    void apply(const Delete& remove, const TableInfo& target, Translator* merge = nullptr);
+    void apply(const Merge& merge, const TableInfo& target);
     using ChangeRows = std::function<void(const TableInfo& target)>;
-    std::int64_t sendRows(PreparedStatement& statement, const QueryText& text, std::int64_t most = 0);
+    std::int64_t sendRows(PreparedStatement& statement, std::span<const Column> columns,
+                          std::int64_t most = 0);
     std::int64_t assignRows(PreparedStatement& statement, const std::vector<Column>& variables,
                             std::int64_t most = 0);
     void beginRows(std::span<const Column> columns) {
@@ -197,7 +197,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
                              bool defaultValues) const;
     void insertRow(const TableInfo& target, const ColumnList& columns, const std::vector<TypedValue>& cells);
     void insertRowsOf(const TableInfo& target, const ColumnList& columns, const std::function<void()>& work);
-    TableInfo changedTable(const Change& change, std::string_view verb, Translator& translator);
+    TableInfo changedTable(const Change& change, std::string_view verb);
     void updateInSteps(const TableInfo& target, const Translator& translator);
     void change(const TableInfo& target, std::string_view verb, const std::string& sql,
                 const Translator& translator);
@@ -371,6 +371,8 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     void restoreFrom(const std::string& file, const Restore& restore);
 
     // ---- names (ExecutorNames.cpp)
+    std::shared_ptr<Known> known();
+    void forget() { m_known = std::make_shared<Known>(Known{m_known->number + 1}); }
     struct Global;
     static const Global& global(std::string_view name);
     std::optional<ObjectInfo> visibleObject(const ObjectName& name);
@@ -379,6 +381,23 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     TableInfo table(const ObjectName& name, int missing, int state = 0, std::string_view verb = {});
     Catalogue temporary() { return {m_connection, "tempdb", std::string(kTempSchema)}; }
     TypedValue& local(std::string_view name);
+
+    // ---- translations (ExecutorTranslations.cpp)
+    using MaybeType = std::optional<SqlType>;
+    using Translate = std::function<QueryText(Translator&)>;
+    TranslatedPtr translated(Translation& place, const Translate& translate, const MaybeType& type = {},
+                             Translator* merge = nullptr);
+    TranslatedPtr translated(const Expr& expr, const MaybeType& type);  // to which it is converted
+    TranslatedPtr translated(const Query& query);
+    // merge: translator of the MERGE that a change belongs to, whose clauses are translated each time.
+    template <typename Node, typename... Given>
+    TranslatedPtr translated(const Node& node, Translator* merge, const TableInfo& target,
+                             const Given&... given) {
+        const auto translate = [&](Translator& translator) {
+            return QueryText{translator.change(target, node, given...)};
+        };
+        return translated(node.translation, translate, {}, merge);
+    }
 
     Storage& m_storage;
     AppLocks& m_locks;
@@ -393,10 +412,10 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     std::vector<Message> m_caught;      // errors of the CATCH blocks being executed
     RowChange m_change;                 // change being executed, for its error messages
     std::optional<TableInfo> m_shadow;  // stands for the table whose change INSTEAD OF triggers receive
-    // Tables that have been looked up. They are valid until the session defines something and, outside
-    // transactions, until the version of the catalogues changes.
-    std::map<std::vector<std::string>, TableInfo> m_knownTables;
+    std::shared_ptr<Known> m_known = std::make_shared<Known>();
     std::uint64_t m_knownVersion = 0;
+    bool m_hadSnapshot = false;   // when it was last looked at
+    bool m_defined = false;       // the open transaction has changed a catalogue
     std::string m_text;           // current batch
     int m_line = 1;               // line of the current statement
     int m_tries = 0;              // number of TRY blocks around it

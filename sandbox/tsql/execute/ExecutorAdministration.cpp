@@ -124,7 +124,7 @@ void Executor::checkIdentity(const TableInfo& table, const Maintenance& check) {
 
 // Sends rows that are kept in memory. Only the columns of `table` are used.
 Flow Executor::sendTable(const QueryText& table, std::span<const std::vector<Value>> rows) {
-    const std::vector<Column> columns(table.columns.begin(), table.columns.end());
+    const auto columns = table.shown();
     beginRows(columns);
     for (const auto& row : rows) {
         std::vector<CellView> cells(row.size());

@@ -119,9 +119,8 @@ Flow Executor::run(const Restore& restore) {
     const Value values[] = {header->database,    header->dataFile, header->bytes,   header->name,
                             header->description, header->started,  header->finished};
     PreparedStatement statement(m_connection, view.sql, values);
-    QueryText text;
-    for (const auto& column : view.columns) text.columns.push_back({{column.name, column.type}, {}});
-    return finished(sendRows(statement, text), StatementKind::Select);
+    const std::vector<Column> columns(view.columns.begin(), view.columns.end());
+    return finished(sendRows(statement, columns), StatementKind::Select);
 }
 
 void Executor::restoreFrom(const std::string& file, const Restore& restore) {

@@ -20,14 +20,12 @@ void Executor::checkVariables(const Declare& declare) {
 
 template <typename Node>
 void Executor::checkNode(const Node& node) {
-    Translator translator(*this);
-    if constexpr (requires { node.condition; }) translator.condition(*node.condition);
+    if constexpr (requires { node.condition; }) translated(*node.condition, {});
+    MaybeType type;
+    if constexpr (requires { node.type; }) type = node.type;
+    if constexpr (std::is_same_v<Node, Assign>) type = local(node.name).type;
     if constexpr (requires { node.value; })
-        if (node.value) {
-            const Typed value = translator.value(*node.value);
-            if constexpr (requires { node.type; })
-                if (!value.nullLiteral) requireImplicit(value.type, node.type);
-        }
+        if (node.value) translated(*node.value, type);
     if constexpr (requires { check(*node.then); }) check(*node.then);
     if constexpr (requires { check(*node.otherwise); })
         if (node.otherwise) check(*node.otherwise);
@@ -42,24 +40,24 @@ void Executor::checkNode(const Node& node) {
         if (!m_storage.exists(node.database)) throw sqlError(kUnknownDatabase, {node.database});
         m_frames.back()->database = node.database;
     } else if constexpr (isOneOf<Node, SelectStatement, DeclareCursor>) {
-        translator.query(*node.query);
+        translated(*node.query);
     } else if constexpr (std::is_same_v<Node, Insert>) {
-        const TableInfo target = changedTable(node, node.kVerb, translator);
+        const TableInfo target = changedTable(node, node.kVerb);
         const auto columns = insertColumns(target, node.columns, node.defaultValues);
         if (node.execute)
             checkCall(std::get<Execute>(node.execute->node));
         else
-            translator.insert(target, columns, node);
+            translated(node, nullptr, target, columns);
     } else if constexpr (std::is_same_v<Node, Execute>) {
         checkCall(node);
     } else if constexpr (std::is_base_of_v<Change, Node>) {
-        const TableInfo target = changedTable(node, node.kVerb, translator);
+        const TableInfo target = changedTable(node, node.kVerb);
         if constexpr (std::is_same_v<Node, Update>)
-            translator.update(target, node, "a record");
+            translated(node, nullptr, target, "a record");
         else if constexpr (std::is_same_v<Node, Merge>)
-            translator.merge(target, node);
+            Translator(*this).merge(target, node);
         else
-            translator.remove(target, node);
+            translated(node, nullptr, target);
     }
 }
 

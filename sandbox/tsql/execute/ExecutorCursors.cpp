@@ -68,7 +68,7 @@ void Executor::run(const ChangeCursor& change) {
             for (const auto& cell : cells) row.push_back(ownedValue(cell));
         };
         const Temporarily diverted(m_rowHandler, &keep);
-        sendRows(statement, cursor.query, m_settings.mostRows);
+        sendRows(statement, cursor.query.shown(), m_settings.mostRows);
         cursor.open = true;
         m_cursorRows = cursor.counted ? static_cast<std::int64_t>(cursor.rows.size()) : -1;
     } else if (change.verb == CursorVerb::Deallocate) {

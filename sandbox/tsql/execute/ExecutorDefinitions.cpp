@@ -139,14 +139,15 @@ void Executor::define(const ObjectName& name, const std::function<void(Catalogue
     claim(name);
     Catalogue owner = catalogue(name);
     beforeWrite();
-    m_knownTables.clear();
-    const Finally forget([this] {  // behind the commit or the rollback
-        m_knownTables.clear();
+    forget();
+    m_defined = true;
+    const Finally atEnd([this] {  // behind the commit or the rollback
+        forget();
         m_storage.noteCatalogueChange();
     });
     Atomic atomic(m_connection, owner.schema());
     work(owner);
-    m_knownTables.clear();
+    forget();
     atomic.commit();
 }
 
@@ -642,7 +643,7 @@ void Executor::dropObject(const ObjectName& name, const Drop& drop) {
 void Executor::dropTable(const TableInfo& table) {
     m_connection.run("DROP TABLE IF EXISTS " + table.sqlName());
     temporary().remove(table.id);
-    m_knownTables.clear();
+    forget();
 }
 
 // Drops all temporary tables and procedures of the session, which a rollback across a reset restores.

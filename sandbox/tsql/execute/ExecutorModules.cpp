@@ -126,6 +126,11 @@ std::shared_ptr<const Batch> Executor::parsed(const std::string& text, const std
 std::optional<StoredModule> Executor::module(const ObjectName& name, std::string_view type) {
     const bool isTemporary = isTemporaryName(name.name);
     if ((isTemporary && type != kProcedure) || namesChangedRows(name)) return std::nullopt;
+    const auto known = this->known();
+    const auto variant = std::string(type) + (m_settings.quotedIdentifiers ? "" : "\"");
+    const Known::Name place{
+        databaseOf({}), m_frames.back()->schemaName, name.database, name.schema, name.name, variant};
+    if (const auto found = known->modules.find(place); found != known->modules.end()) return found->second;
     ObjectName key = name;
     if (isTemporary) key.database.clear();
     auto found = visibleObject(key);
@@ -136,7 +141,8 @@ std::optional<StoredModule> Executor::module(const ObjectName& name, std::string
     }
     if (!found || found->type != type) return std::nullopt;
     const auto batch = parsed(found->source, databaseOf(key));
-    return StoredModule{databaseOf(key), found->schemaName, found->name, batch, &moduleOf(*batch), found->id};
+    return known->modules[place] = {databaseOf(key), found->schemaName, found->name,
+                                    batch,           &moduleOf(*batch), found->id};
 }
 
 void Executor::inFrame(Frame& frame, const std::function<void()>& work) {
@@ -209,7 +215,7 @@ void Executor::checkTransactions(int before, const std::string& procedure) {
 
 void Executor::runText(const std::string& text, const std::string& inside) {
     const Temporarily inner(m_text, text);
-    const auto batch = parseBatch(m_text, m_settings.quotedIdentifiers, typesIn(inside));
+    const auto batch = parsed(m_text, inside);
     Frame frame;
     frame.declare(batch->locals);
     frame.database = inside;
@@ -367,7 +373,7 @@ TableInfo Executor::calledTable(const StoredModule& function, const std::vector<
         for (const auto& [name, table] : frame.tables) tables[name + std::to_string(tables.size())] = table;
     });
     for (std::size_t i = 0; runs && i < arguments.size(); ++i)
-        frame.variables[module.parameters[i].name].value = compute(arguments[i], translator);
+        frame.variables[module.parameters[i].name].value = compute("SELECT " + arguments[i], translator);
     inFrame(frame, [&] { declareTable(*module.rows); });
     if (runs) runFunction(module, frame);
     return frame.tables.at(module.rows->name)->info;

@@ -3,8 +3,6 @@
 
 namespace tsql {
 
-constexpr std::size_t kKnownTables = 256;
-
 // ---- variables
 
 TypedValue& Executor::local(std::string_view name) {
@@ -70,6 +68,18 @@ std::optional<std::int64_t> Executor::lastIdentity(const TableInfo& table) {
     return last ? std::optional(table.counted(*last)) : last;
 }
 
+// ---- what is known
+
+// While SQLite reads or writes, the session sees no definition of another one. What is known may be older
+// than that only at the first look.
+std::shared_ptr<Known> Executor::known() {
+    const std::uint64_t version = m_storage.catalogueVersion();
+    const bool isOpen = m_connection.hasSnapshot(), wasOpen = std::exchange(m_hadSnapshot, isOpen);
+    if (m_known->isFull() || (version != m_knownVersion && !(isOpen && wasOpen))) forget();
+    if (!isOpen) m_knownVersion = version;
+    return m_known;
+}
+
 // ---- objects
 
 std::string Executor::databaseOf(const ObjectName& name) const {
@@ -100,22 +110,18 @@ std::optional<TableInfo> Executor::findTable(const ObjectName& name) {
     if (m_frames.back()->schemaName == "sys" && name.name.starts_with("tsqlbox_"))
         return catalogue(name).ownTable(name.name);
     if ((m_checking && name.name.starts_with('#')) || namesChangedRows(name)) return std::nullopt;
-    const std::uint64_t version = m_storage.catalogueVersion();
-    if (!m_connection.inTransaction() && std::exchange(m_knownVersion, version) != version)
-        m_knownTables.clear();
-    const std::vector<std::string> key = {databaseOf(name), name.database, name.schema,
-                                          m_frames.back()->schemaName, name.name};
-    auto known = m_knownTables.find(key);
-    if (known == m_knownTables.end()) {
+    const auto known = this->known();
+    const Known::Name key{databaseOf({}), m_frames.back()->schemaName, name.database, name.schema, name.name};
+    auto table = known->tables.find(key);
+    if (table == known->tables.end()) {
         const auto found = visibleObject(name);
         if (found && m_shadow && m_shadow->id == found->id && m_shadow->database == databaseOf(name))
             return *m_shadow;
         if (!found || found->type != kTable) return std::nullopt;
-        if (m_knownTables.size() >= kKnownTables) m_knownTables.clear();
-        known = m_knownTables.emplace(key, catalogue(name).tableOf(*found)).first;
+        table = known->tables.emplace(key, catalogue(name).tableOf(*found)).first;
     }
     if (awaitsTransaction()) begin({});
-    return known->second;
+    return table->second;
 }
 
 std::optional<ObjectInfo> Executor::object(const ObjectName& name) {

@@ -27,20 +27,19 @@ void addChanges(const Node& node, const TableInfo& target, std::vector<Firing>& 
 Flow Executor::run(const SelectStatement& statement) {
     if (statement.into)
         return m_settings.describeOnly ? Flow::Next : selectInto(*statement.query, *statement.into);
-    Translator translator(*this);
-    const QueryText text = translator.query(*statement.query);
-    const auto values = parameterValues(translator);
-    PreparedStatement prepared(m_connection, text.sql, values);
-    const bool assigns = !translator.assignments().empty();
-    if (assigns && m_settings.describeOnly) return Flow::Next;
-    return finished(assigns ? assignRows(prepared, translator.assignments(), m_settings.mostRows)
-                            : sendRows(prepared, text, m_settings.mostRows),
+    const auto made = translated(*statement.query);
+    const auto values = parameterValues(made->translator);
+    PreparedStatement prepared(m_connection, made->text.sql, values);
+    const auto& assigned = made->translator.assignments();
+    if (!assigned.empty() && m_settings.describeOnly) return Flow::Next;
+    return finished(assigned.empty() ? sendRows(prepared, made->columns, m_settings.mostRows)
+                                     : assignRows(prepared, assigned, m_settings.mostRows),
                     StatementKind::Select);
 }
 
 // `most`: number of rows after which the others are left out; 0: all.
-std::int64_t Executor::sendRows(PreparedStatement& statement, const QueryText& text, std::int64_t most) {
-    const std::vector<Column> columns(text.columns.begin(), text.columns.end());
+std::int64_t Executor::sendRows(PreparedStatement& statement, std::span<const Column> columns,
+                                std::int64_t most) {
     std::vector<CellView> cells(columns.size());
     // An error in the first row produces no result set. Within TRY it produces an empty one before the
     // results of CATCH.
@@ -112,16 +111,18 @@ void Executor::change(const TableInfo& target, std::string_view verb, const std:
     m_change.newRows = translator.newRows();
     m_change.values = parameterValues(translator);
     PreparedStatement prepared(m_connection, sql, m_change.values);
+    const QueryText& output = translator.output();
+    const auto columns = output.shown();
     if (!translator.assignments().empty())
         assignRows(prepared, translator.assignments());
-    else if (!translator.output().columns.empty() && translator.output().sql.empty())
-        sendRows(prepared, translator.output());
+    else if (!columns.empty() && output.sql.empty())
+        sendRows(prepared, columns);
     else
         while (prepared.step()) continue;
     m_rowCount = sqlite3_changes64(m_connection.handle());
-    if (!translator.output().sql.empty()) {
-        PreparedStatement record(m_connection, translator.output().sql, m_change.values);
-        sendRows(record, translator.output());
+    if (!output.sql.empty()) {
+        PreparedStatement record(m_connection, output.sql, m_change.values);
+        sendRows(record, columns);
     }
     m_error = 0;
     m_change.verb.clear();
@@ -153,11 +154,10 @@ ColumnList Executor::insertColumns(const TableInfo& target, const std::vector<st
 
 template <typename Node>
 Flow Executor::runChange(const Node& node, StatementKind kind) {
-    Translator translator(*this);
     std::vector<Firing> changes;
-    addChanges(node, changedTable(node, node.kVerb, translator), changes);
+    addChanges(node, changedTable(node, node.kVerb), changes);
     return withTriggers(changes, kind, node.output, [&](const TableInfo& target) {
-        if (!node.output || !node.output->into) return apply(node, target, translator);
+        if (!node.output || !node.output->into) return apply(node, target);
         // OUTPUT ... INTO: the output is inserted into another table, atomically with the change.
         beforeWrite();
         Atomic atomic(m_connection, target.schema);
@@ -167,7 +167,7 @@ Flow Executor::runChange(const Node& node, StatementKind kind) {
             throw sqlError(kOutputIntoTriggers, {asWritten(*node.output->into)});
         std::int64_t changed = 0;
         insertRowsOf(into, insertColumns(into, node.output->columns, /*defaultValues=*/false), [&] {
-            apply(node, target, translator);
+            apply(node, target);
             changed = m_rowCount;
         });
         m_rowCount = changed;
@@ -180,7 +180,7 @@ template Flow Executor::runChange(const Update&, StatementKind);
 template Flow Executor::runChange(const Delete&, StatementKind);
 template Flow Executor::runChange(const Merge&, StatementKind);
 
-void Executor::apply(const Insert& insert, const TableInfo& target, Translator& translator) {
+void Executor::apply(const Insert& insert, const TableInfo& target, Translator* merge) {
     const auto columns = insertColumns(target, insert.columns, insert.defaultValues);
     withIdentities(target, [&] {
         if (insert.execute && m_rowHandler) throw sqlError(kNestedInsertExec);
@@ -188,7 +188,8 @@ void Executor::apply(const Insert& insert, const TableInfo& target, Translator& 
             return inTransaction([&] {
                 insertRowsOf(target, columns, [&] { run(std::get<Execute>(insert.execute->node)); });
             });
-        change(target, "INSERT", translator.insert(target, columns, insert), translator);
+        const auto made = translated(insert, merge, target, columns);
+        change(target, "INSERT", made->text.sql, made->translator);
     });
 }
 
@@ -332,9 +333,8 @@ void Executor::insertRowsOf(const TableInfo& target, const ColumnList& columns,
     });
 }
 
-// Returns the table that a statement changes, and makes the statement's common tables known.
-TableInfo Executor::changedTable(const Change& change, std::string_view verb, Translator& translator) {
-    translator.useCommonTables(change);
+// Returns the table that a statement changes.
+TableInfo Executor::changedTable(const Change& change, std::string_view verb) {
     const TableRef ref = targetOf(change);
     const auto* table = std::get_if<NamedTable>(&ref.node);
     const ObjectName& name = table ? table->name : change.table;
@@ -348,19 +348,19 @@ TableInfo Executor::changedTable(const Change& change, std::string_view verb, Tr
     return target;
 }
 
-void Executor::apply(const Update& update, const TableInfo& target, Translator& translator) {
+void Executor::apply(const Update& update, const TableInfo& target, Translator* merge) {
     std::optional<RowRecord> record;
     if (update.output) record.emplace(m_connection, target, "UPDATE");
-    const std::string sql = translator.update(target, update, record ? "temp." + record->name() : "");
+    const auto made = translated(update, merge, target, record ? "temp." + record->name() : "");
     try {
-        change(target, "UPDATE", sql, translator);
+        change(target, "UPDATE", made->text.sql, made->translator);
     } catch (const SqliteFailure& failure) {
         if (failure.code != SQLITE_CONSTRAINT_UNIQUE) throw;
         // The steps would act for keys that stay the same, too.
         for (const auto& key : Catalogue(m_connection, target.database, target.schema).keysTo(target.id))
             if (const std::string action = parseConstraint(key.source).onUpdate; action.starts_with("SET"))
                 throw unsupported("ON UPDATE " + action + " for rows that take over each other's keys");
-        updateInSteps(target, translator);
+        updateInSteps(target, made->translator);
     }
 }
 
@@ -382,12 +382,14 @@ void Executor::updateInSteps(const TableInfo& target, const Translator& translat
     atomic.commit();
 }
 
-void Executor::apply(const Delete& remove, const TableInfo& target, Translator& translator) {
-    change(target, "DELETE", translator.remove(target, remove), translator);
+void Executor::apply(const Delete& remove, const TableInfo& target, Translator* merge) {
+    const auto made = translated(remove, merge, target);
+    change(target, "DELETE", made->text.sql, made->translator);
 }
 
 // First determines the clause of each row, then runs one clause after the other.
-void Executor::apply(const Merge& merge, const TableInfo& target, Translator& translator) {
+void Executor::apply(const Merge& merge, const TableInfo& target) {
+    Translator translator(*this);
     constexpr const char* kTwice =
         "SELECT 1 FROM temp.tsqlbox_merged WHERE clause AND id NOT NULL GROUP BY id HAVING count(*) > 1";
     const std::string rows = translator.merge(target, merge);
@@ -410,7 +412,7 @@ void Executor::apply(const Merge& merge, const TableInfo& target, Translator& tr
             if (clause.verb() != verb) continue;
             translator.begin(clause);
             try {
-                std::visit([&](const auto& node) { apply(node, target, translator); }, clause.change);
+                std::visit([&](const auto& node) { apply(node, target, &translator); }, clause.change);
             } catch (const SqliteFailure& failure) {  // its error names values of the rows
                 const Temporarily merging(m_change.merges, true);
                 throw errorOf(failure);

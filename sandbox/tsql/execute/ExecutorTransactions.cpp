@@ -9,7 +9,7 @@ void Executor::beforeWrite() {
     if (m_doomed) throw sqlError(kTransactionDoomed);
     if (m_transactions == 0 || m_connection.inTransaction()) return;
     m_connection.run("BEGIN");
-    m_knownTables.clear();
+    if (m_connection.hasSeveral()) forget();  // they are not seen as of the same moment
     m_connection.run("SAVEPOINT tsqlbox_begin");
     m_givenIdentities.clear();
     m_begun = true;
@@ -17,9 +17,9 @@ void Executor::beforeWrite() {
 }
 
 void Executor::endTransaction(TransactionEvent event) {
-    if (m_begun) m_storage.noteCatalogueChange();  // other sessions see definitions from now on
+    if (std::exchange(m_defined, false))
+        m_storage.noteCatalogueChange();  // other sessions see it from now on
     m_doomed = m_begun = m_outlivedReset = false;
-    m_knownTables.clear();
     m_locks.releaseAll(this, /*ofTransaction=*/true);
     if (std::exchange(m_transactions, 0) > 0 && !m_ownTransaction) m_sink->transactionChanged(event);
 }
@@ -124,7 +124,7 @@ void Executor::run(const Transaction& transaction) {
     if (m_transactions == 0) throw sqlError(kRollbackWithoutBegin);
     if (name.empty() || sameWord(name, m_transactionName)) return rollBack();
     if (m_doomed) throw sqlError(kSavepointInDoomedTransaction);
-    m_knownTables.clear();
+    forget();
     bool done = false;
     keepTables([&] {
         done = m_connection.tryRun("ROLLBACK TO " + quotedName(name));

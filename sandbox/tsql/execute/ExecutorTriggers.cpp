@@ -91,7 +91,7 @@ Flow Executor::withTriggers(const std::vector<Firing>& changes, StatementKind ki
                             const std::optional<Output>& output, const ChangeRows& change) {
     const TableInfo& target = changes.front().table;
     std::vector<Firing> firings;
-    if (target.schema != kTempSchema && Catalogue(m_connection, target.database, target.schema).hasTriggers())
+    if (target.mayFire)
         for (const auto& each : changes) addFiring(each, firings);
     std::erase_if(firings, [](const Firing& each) { return each.triggers.empty(); });
     for (const auto& own : firings) {
@@ -119,10 +119,10 @@ void Executor::changeAndFire(const TableInfo& target, std::vector<Firing> firing
     {
         const bool reads = instead && firings.front().verb != "INSERT";  // by the name of the table
         const Temporarily shadow(m_shadow, reads ? std::optional(records.front().target()) : std::nullopt);
-        m_knownTables.clear();
+        forget();
         change(instead ? records.front().target() : target);
     }
-    m_knownTables.clear();
+    forget();
     for (auto& record : records) record.stop();
     const auto count = [&](const Firing& firing) {
         return *m_connection.number("SELECT count(*) FROM temp." + firing.rows);

@@ -33,18 +33,16 @@ std::string quotedText(std::string_view text) {
     return "'" + boost::replace_all_copy(std::string(text), "'", "''") + "'";
 }
 
-PreparedStatement::PreparedStatement(Connection& connection, std::string sql)
-    : m_connection(connection), m_sql(std::move(sql)), m_statement(connection.borrow(m_sql)) {}
-
-PreparedStatement::PreparedStatement(Connection& connection, std::string sql, std::span<const Value> values)
-    : PreparedStatement(connection, std::move(sql)) {
+PreparedStatement::PreparedStatement(Connection& connection, std::string_view sql,
+                                     std::span<const Value> values)
+    : m_connection(connection), m_entry(connection.borrow(sql)), m_statement(m_entry.front().second) {
     const int asked = sqlite3_bind_parameter_count(m_statement);  // the last values may be unused
     for (int index = 1; index <= asked && index <= static_cast<int>(values.size()); ++index)
         bind(index, viewOf(values[static_cast<std::size_t>(index) - 1]));
 }
 
 PreparedStatement::~PreparedStatement() {
-    m_connection.giveBack(m_sql, m_statement);
+    m_connection.giveBack(m_entry);
 }
 
 void PreparedStatement::bind(int index, const CellView& value) {
@@ -157,8 +155,7 @@ void Connection::detach(std::string_view database) {
 }
 
 void Connection::detachAllBut(std::string_view database) {
-    const std::list<std::string> attached = m_attached;
-    for (const auto& key : attached)
+    for (const auto& key : std::list(m_attached))
         if (key != databaseKey(database)) detach(key);
 }
 
@@ -174,25 +171,25 @@ std::optional<std::int64_t> Connection::number(const std::string& sql, const std
 
 // A statement in use, as in a recursive function, is not in the cache of idle statements and is prepared
 // again.
-sqlite3_stmt* Connection::borrow(const std::string& sql) {
+SqlStatements Connection::borrow(std::string_view sql) {
+    SqlStatements entry;
     const auto found = std::ranges::find_if(m_idle, [&](const auto& idle) { return idle.first == sql; });
     if (found != m_idle.end()) {
-        sqlite3_stmt* statement = found->second;
-        m_idle.erase(found);
-        return statement;
+        entry.splice(entry.begin(), m_idle, found);
+        return entry;
     }
-    sqlite3_stmt* statement = nullptr;
+    entry.emplace_front(sql, nullptr);
     const char* tail = nullptr;
     const int code = sqlite3_prepare_v3(handle(), sql.data(), static_cast<int>(sql.size()),
-                                        SQLITE_PREPARE_PERSISTENT, &statement, &tail);
+                                        SQLITE_PREPARE_PERSISTENT, &entry.front().second, &tail);
     if (code != SQLITE_OK) throw SqliteFailure(handle());
-    return statement;
+    return entry;
 }
 
-void Connection::giveBack(const std::string& sql, sqlite3_stmt* statement) {
-    sqlite3_reset(statement);
-    sqlite3_clear_bindings(statement);
-    m_idle.emplace_front(sql, statement);
+void Connection::giveBack(SqlStatements& entry) {
+    sqlite3_reset(entry.front().second);
+    sqlite3_clear_bindings(entry.front().second);
+    m_idle.splice(m_idle.begin(), entry);
     if (m_idle.size() <= kIdleStatements) return;
     sqlite3_finalize(m_idle.back().second);
     m_idle.pop_back();

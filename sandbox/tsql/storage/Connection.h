@@ -23,13 +23,13 @@ CellView viewOf(sqlite3_value* value);
 void giveResult(sqlite3_context* call, const Value& value);  // of a function of SQLite
 
 class Connection;
+using SqlStatements = std::list<std::pair<std::string, sqlite3_stmt*>>;
 
 // A prepared statement, borrowed from the cache of its connection, which must outlive it.
 class PreparedStatement {
   public:
-    PreparedStatement(Connection& connection, std::string sql);
     // The values, which must outlive the steps, are those of ?1, ?2 ...
-    PreparedStatement(Connection& connection, std::string sql, std::span<const Value> values);
+    PreparedStatement(Connection& connection, std::string_view sql, std::span<const Value> values = {});
     ~PreparedStatement();
     PreparedStatement(PreparedStatement&&) = delete;  // neither moved nor copied
 
@@ -44,7 +44,7 @@ class PreparedStatement {
     void bind(int index, const CellView& value);
 
     Connection& m_connection;
-    std::string m_sql;
+    SqlStatements m_entry;  // one
     sqlite3_stmt* m_statement = nullptr;
 };
 
@@ -59,6 +59,9 @@ class Connection {
     // Time limit of waiting for a lock. A negative one restores the default, 10 s.
     void setLockTimeout(std::chrono::milliseconds timeout);
     bool inTransaction() { return sqlite3_get_autocommit(handle()) == 0; }
+    // Whether a database is being read or written.
+    bool hasSnapshot() { return sqlite3_txn_state(handle(), nullptr) != SQLITE_TXN_NONE; }
+    bool hasSeveral() const { return m_attached.size() > 1; }  // databases
 
     // Attaches the database unless it is attached, and returns the quoted name of its schema. Throws SqlError
     // 911.
@@ -83,8 +86,8 @@ class Connection {
 
   private:
     friend class PreparedStatement;
-    sqlite3_stmt* borrow(const std::string& sql);
-    void giveBack(const std::string& sql, sqlite3_stmt* statement);
+    SqlStatements borrow(std::string_view sql);
+    void giveBack(SqlStatements& entry);
     void dropStatements();
     static int waitForLock(void* self, int tries);
     static int isCancelled(void* self) { return static_cast<Connection*>(self)->m_cancelled(); }
@@ -97,7 +100,7 @@ class Connection {
     SqliteConnection m_handle;
     std::list<std::string> m_attached;  // keys of databases, most recently used first
     std::set<std::string> m_catalogues;
-    std::list<std::pair<std::string, sqlite3_stmt*>> m_idle;  // most recently used first
+    SqlStatements m_idle;  // most recently used first
 };
 
 // Savepoint that makes several SQLite statements atomic. Without commit(), the destructor undoes them.

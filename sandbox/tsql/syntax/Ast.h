@@ -35,6 +35,9 @@ struct ObjectName {
     int line = 1;
 };
 
+// A translation that the executor keeps for a node.
+using Translation = std::weak_ptr<const struct Translated>;
+
 // ---- expressions: values ---------------------------------------------------------------------------------
 struct Literal {
     TypedValue constant;
@@ -122,6 +125,7 @@ struct Expr {
 
     int line = 1;
     Node node;
+    mutable Translation translation = {};
     bool isCondition() const { return node.index() >= kFirstCondition; }
 };
 inline ExprPtr makeExpr(int line, Expr::Node node) {
@@ -208,6 +212,7 @@ struct Query {
     std::optional<ForXml> xml;
     std::optional<std::int64_t> maxRecursion;  // OPTION (MAXRECURSION n)
     int line = 1;
+    mutable Translation translation = {};
 };
 
 // ---- statements ------------------------------------------------------------------------------------------
@@ -338,6 +343,7 @@ struct Change {
     std::vector<TableRefPtr> from;
     ExprPtr where;
     std::optional<std::int64_t> maxRecursion;  // OPTION (MAXRECURSION n)
+    mutable Translation translation = {};
 };
 struct Insert : Change {
     std::vector<std::string> columns;

@@ -66,6 +66,7 @@ class Lexer {
 
     void skipBlanks() {
         while (m_at < m_text.size()) {
+            if (const char c = peek(); c > ' ' && c < '\x7F' && c != '-' && c != '/') return;
             if (std::isspace(static_cast<unsigned char>(peek())) || peek() == '\0')
                 advance(1);
             else if (startsWith("\xC2\xA0"))

@@ -70,10 +70,11 @@ struct OutputColumn : Column {
 
 struct QueryText {
     std::string sql;
-    std::vector<OutputColumn> columns;
+    std::vector<OutputColumn> columns = {};
     bool oneRow = false;    // returns at most one row
     bool compound = false;  // a UNION to which a branch can be appended
     bool collated = false;  // a UNION whose first branch, which decides on equality, names the collation
+    std::vector<Column> shown() const { return {columns.begin(), columns.end()}; }
 };
 
 // Condition of a CHECK constraint or value of a computed column, with unqualified names, and its columns.
@@ -83,7 +84,8 @@ struct CheckText : Typed {
 
 class Translator {
   public:
-    explicit Translator(NameResolver& names) : m_names(names) {}
+    // binds: keys in WHERE become parameters, so that texts with other keys reuse the prepared statement.
+    explicit Translator(NameResolver& names, bool binds = false) : m_names(names), m_binds(binds) {}
 
     QueryText query(const Query& query);
     Typed value(const Expr& expr);
@@ -91,8 +93,11 @@ class Translator {
 
     // Returns the values of a row. Those after `cells` are defaults.
     std::string rowText(const TableInfo& target, const ColumnList& columns, Pieces cells);
-    // Return the SQLite statement that changes `target`.
-    std::string insert(const TableInfo& target, const ColumnList& columns, const Insert& insert);
+    // Return the SQLite statement that changes `target`. record: temporary table with the changed rows, for
+    // OUTPUT.
+    std::string change(const TableInfo& target, const Insert& insert, const ColumnList& columns);
+    std::string change(const TableInfo& target, const Update& update, const std::string& record);
+    std::string change(const TableInfo& target, const Delete& statement);
     std::string limited(const std::string& sql, const ExprPtr& top = nullptr);
     // Rows of a query with as many columns.
     std::string insertSelected(const TableInfo& target, const ColumnList& columns, const QueryText& text,
@@ -100,19 +105,14 @@ class Translator {
     // For one row: values of the types of `row`, bound as ?1, ?2 ...
     std::string insertParameters(const TableInfo& target, const ColumnList& columns,
                                  const std::vector<TypedValue>& row);
-    // Makes the common table expressions of a change known. To be called before the change is translated.
-    void useCommonTables(const Change& change);
     // Returns the table that `change` changes through a view, common or derived table. Throws SqlError 4403
     // and 4426 (there is none).
     TableInfo tableBehind(const TableRef& query, const Change& change);
-    // record: temporary table with the changed rows, for OUTPUT.
-    std::string update(const TableInfo& target, const Update& update, const std::string& record);
-    // The last update() as several statements, for rows that take over each other's keys.
+    // The last UPDATE as several statements, for rows that take over each other's keys.
     std::vector<std::string> updateInSteps() const { return m_steps; }
     // Common table expressions for error messages. The last one, `incoming`, has the rows that the change
     // produces; ts_row is the row id of a row that exists already.
     const std::string& newRows() const { return m_newRows; }
-    std::string remove(const TableInfo& target, const Delete& statement);
     // Creates temp.tsqlbox_merged, the rows of a MERGE: the row id of the target, the number of the clause
     // and the columns of the source. Rows to insert come first.
     std::string merge(const TableInfo& target, const Merge& merge);
@@ -135,6 +135,8 @@ class Translator {
     const std::vector<Column>& assignments() const { return m_assignments; }
     // OUTPUT clause of a change: its columns, and its query if the change itself does not return the rows.
     const QueryText& output() const { return m_output; }
+    // Whether another translation would be the same until a definition changes.
+    bool isLasting() const { return m_isLasting; }
     // Renames the columns of `text` to `names`, if there are any. `of`: the query's name for messages. Throws
     // SqlError 8158 (too few names), 8159 (too many), `unnamed` (a column without a name) and `repeated`.
     static void rename(QueryText& text, const std::vector<std::string>& names, const std::string& of,
@@ -176,10 +178,7 @@ class Translator {
     Typed node(const Call& call);
     Typed node(const ScalarQuery& query);
     Typed node(const NextValue& next);
-    std::string test(const Compare& compare) {
-        const Typed left = value(*compare.left);
-        return emitCompare(compare.op, left, value(*compare.right));
-    }
+    std::string test(const Compare& compare);
     std::string test(const Logic& logic);
     std::string test(const Not& negation) { return "(NOT " + condition(*negation.operand) + ")"; }
     std::string test(const IsNull& isNull) { return "(" + value(*isNull.operand).sql + " IS NULL)"; }
@@ -232,6 +231,7 @@ class Translator {
     // ---- FOR XML (TranslatorXml.cpp)
     QueryText forXml(const QueryText& rows, const ForXml& xml) const;
 
+    std::string where(const ExprPtr& condition, bool binds);
     std::string groupBy(const Select& select);
     // distinctList: the list of SELECT DISTINCT, which must contain the items; else null. firstOfSet: the
     // first SELECT of a set operation, whose list must contain them. keys: receives items for the select
@@ -258,6 +258,7 @@ class Translator {
     }
 
     // ---- changes (TranslatorChanges.cpp)
+    void useCommonTables(const Change& change);
     std::string insertRows(const TableInfo& target, const ColumnList& columns, const Insert& insert);
     std::string insertText(const TableInfo& target, const ColumnList& columns, const std::string& rows);
     Typed cell(const Expr& expr);
@@ -269,6 +270,8 @@ class Translator {
     Typed assignedValue(const TableInfo& target, const Source& source, const SetClause& clause);
 
     NameResolver& m_names;
+    bool m_binds;
+    bool m_inWhere = false;  // whose constants are bound
     Scope* m_scope = nullptr;
     std::vector<NamedQuery> m_with;
     std::vector<Parameter> m_parameters;
@@ -291,6 +294,7 @@ class Translator {
     std::vector<std::string> m_steps;
     std::string m_newRows;
     bool m_topLevel = true;
+    bool m_isLasting = true;
 };
 
 }  // namespace tsql

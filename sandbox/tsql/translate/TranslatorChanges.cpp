@@ -120,7 +120,8 @@ std::string Translator::insertRows(const TableInfo& target, const ColumnList& co
     return insertText(target, all, rows) + returning(target, insert.output, "inserted");
 }
 
-std::string Translator::insert(const TableInfo& target, const ColumnList& columns, const Insert& insert) {
+std::string Translator::change(const TableInfo& target, const Insert& insert, const ColumnList& columns) {
+    useCommonTables(insert);
     if (!insert.query) return insertRows(target, columns, insert);
     m_topLevel = false;
     refuseRowVersions(columns);
@@ -182,6 +183,7 @@ std::string Translator::returning(const TableInfo& target, const std::optional<O
     }
     if (record.empty()) return " RETURNING " + list;
     m_output.sql = "SELECT " + list + " FROM " + record;
+    m_isLasting = false;  // the next record has another name
     return {};
 }
 
@@ -236,13 +238,15 @@ Typed Translator::assignedValue(const TableInfo& target, const Source& source, c
     if (column->identity) throw sqlError(kIdentityUpdate, {column->name});
     if (!column->computed.empty()) throw sqlError(kComputedColumnChanged, {column->name});
     if (column->isRowVersion()) throw sqlError(kRowVersionUpdate);
+    if (clause.value && !clause.op) return cell(*clause.value);
     const Typed next = clause.value ? value(*clause.value) : defaultOf({}, *column);
     if (!clause.op) return next;
     const auto present = std::ranges::find(source.columns, column->name, &SourceColumn::own);
     return emitBinary(*clause.op, {present->sql, column->type}, next);
 }
 
-std::string Translator::update(const TableInfo& target, const Update& update, const std::string& record) {
+std::string Translator::change(const TableInfo& target, const Update& update, const std::string& record) {
+    useCommonTables(update);
     Scope scope;
     const Temporarily inner(m_scope, &scope);
     const auto [sources, source] = joinedSources(target, update);
@@ -284,12 +288,12 @@ std::string Translator::update(const TableInfo& target, const Update& update, co
 
 std::string Translator::filter(const Change& change) {
     const Temporarily clause(m_nextValue, kNextValueInClause);
-    const std::string where = change.where ? " WHERE " + condition(*change.where) : "";
-    if (m_scope->sawAggregate) throw sqlError(kAggregateInWhere);
-    return where + changeLimit(change.top);
+    const std::string rows = where(change.where, /*binds=*/true);
+    return rows + changeLimit(change.top);
 }
 
-std::string Translator::remove(const TableInfo& target, const Delete& statement) {
+std::string Translator::change(const TableInfo& target, const Delete& statement) {
+    useCommonTables(statement);
     Scope scope;
     const Temporarily inner(m_scope, &scope);
     const auto [sources, source] = joinedSources(target, statement);
@@ -299,6 +303,7 @@ std::string Translator::remove(const TableInfo& target, const Delete& statement)
 }
 
 std::string Translator::merge(const TableInfo& target, const Merge& merge) {
+    useCommonTables(merge);
     m_topLevel = false;
     m_merge = &merge;
     Scope scope;

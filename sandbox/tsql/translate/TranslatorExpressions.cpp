@@ -260,6 +260,7 @@ std::vector<std::string> Translator::argumentsOf(const StoredModule& function,
 // Two values of a row would have to be the same.
 Typed Translator::node(const NextValue& next) {
     if (m_nextValue) throw sqlError(m_nextValue);
+    m_isLasting = false;  // the sequence is locked for each run
     const Typed value = m_names.nextValue(next.sequence);
     if (!m_sequences.insert(value.sql).second)
         throw unsupported("several NEXT VALUE FOR of a sequence in a row");
@@ -274,6 +275,17 @@ Typed Translator::node(const ScalarQuery& scalar) {
     if (text.oneRow) return {"(" + text.sql + ")", column.type};
     // ts_single reports more than one row as an error; SQLite alone would use the first row.
     return {"(SELECT ts_single(count(*), " + column.alias + ") FROM (" + text.sql + "))", column.type};
+}
+
+// Binds the number of: column = number. For a parameter SQLite does not use an index with a filter, which is
+// rarely one of numbers.
+std::string Translator::test(const Compare& compare) {
+    const Typed left = value(*compare.left);
+    const auto* number = std::get_if<Literal>(&compare.right->node);
+    const bool isKey = m_inWhere && number && number->constant.type.id == TypeId::Int &&
+                       compare.op == CompareOp::Equal &&
+                       std::holds_alternative<ColumnRef>(compare.left->node);
+    return emitCompare(compare.op, left, isKey ? cell(*compare.right) : value(*compare.right));
 }
 
 std::string Translator::test(const Logic& logic) {

@@ -91,12 +91,12 @@ QueryText Translator::select(const Select& select, const Query& query) {
     const Temporarily inner(m_scope, &scope);
     const Temporarily clause(m_nextValue, kNextValueInClause);
     const Temporarily within(m_through, std::string());
+    const Temporarily outsideOfWhere(m_inWhere, false);
     QueryText text;
     const std::string fromSql = from(select.from);
     const bool returnsRowId = std::exchange(m_returnsRowId, false);
     const std::string depth = std::exchange(m_depth, {});
-    const std::string whereSql = select.where ? " WHERE " + condition(*select.where) : "";
-    if (scope.sawAggregate) throw sqlError(kAggregateInWhere);
+    const std::string whereSql = where(select.where, topLevel);
     const std::string groupSql = groupBy(select);
 
     if (topLevel) noteAssigned(select);
@@ -134,6 +134,13 @@ QueryText Translator::select(const Select& select, const Query& query) {
         text.sql = "SELECT " + commaList(text.columns, &OutputColumn::alias) + " FROM (" + text.sql + ")";
     text.oneRow = groupSql.empty() && (scope.sawAggregate || select.from.empty());
     return text;
+}
+
+std::string Translator::where(const ExprPtr& tested, bool binds) {
+    const Temporarily within(m_inWhere, m_binds && binds);
+    const std::string sql = tested ? " WHERE " + condition(*tested) : "";
+    if (m_scope->sawAggregate) throw sqlError(kAggregateInWhere);
+    return sql;
 }
 
 // nextValue: the error for NEXT VALUE FOR where the query stands, 0 for none.

@@ -133,6 +133,8 @@ std::string Translator::namedTable(const NamedTable& table, const std::string& a
     if (stored) info = m_names.calledTable(*stored, arguments, *this);
     const std::string sqlAlias = nextAlias();
     const auto view = info ? std::nullopt : m_names.view(table.name);
+    // Table variables are those of a frame, and system views show the moment.
+    m_isLasting = m_isLasting && !stored && !view && !table.name.name.starts_with('@');
     if (view) {
         info.emplace().columns = view->columns;
         info->schemaName = table.name.schema;
