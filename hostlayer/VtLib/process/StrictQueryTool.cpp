@@ -55,7 +55,7 @@ bool isStrictQueryTool(std::string_view program) {
 void makeStrict(std::vector<std::string>& arguments, std::vector<std::string>& variables) {
     movePassword(arguments, variables);
     variables.emplace_back(kNoStartUpScript);
-    arguments.insert(arguments.begin() + 1, "-X");
+    arguments.insert(arguments.begin() + 1, "-X1");
     if (!expandsVariables) arguments.insert(arguments.begin() + 1, "-x");
 }
 
