@@ -65,6 +65,10 @@ TEST_F(Installation, DoctorReportsItsFindings) {
          {doctor, 0, "NQ2 encryption: login and data by TLSv1.2; certificate verified, valid until 2", ""},
          {json, 0, "\"exitCode\": 0", ""}});
     EXPECT_EQ(run(doctor).output.find("FAILED"), std::string::npos) << run(doctor).output;
+    packBody("purgeEVENTS", "PRINT 'x'\n");
+    expectAll(
+        {{doctor, 0, "warning  package purgeEVENTS: has the name of PurgeEvents in other letters", ""}});
+    fs::remove(folder / "Scripts" / "purgeEVENTS.sql");
     const std::tuple<std::string, std::string, std::string> faults[] = {
         {"\"FreeTDS\"", "\"NoSuchDriver\"", "FAILED   ODBC driver: NoSuchDriver"},
         {"/sqlcmd\"", "/no-sqlcmd\"", "FAILED   sqlcmd: "},
