@@ -51,6 +51,15 @@ TEST_F(Faults, ALostOutputIsAFailureAndTheRowIsClosed) {
         EXPECT_TRUE(after.size() > before.size() && after.find("0||") == after.npos) << after;
     }
     EXPECT_EQ(runAfter("exec >/dev/full", {"run", "--help"}).exitCode, 3);
+    const fs::path signer = m_temp / "signer.key";
+    EXPECT_EQ(runAfter("exec >/dev/full", {"key", "create", "--signing", signer}).exitCode, 3);
+    EXPECT_FALSE(fs::exists(signer)) << "its public key has not been printed";
+    const std::string each = "(ulimit -f 0; " + inQuotes(TSCRIPT_PROGRAM) + " each --stores " +
+                             inQuotes(store()) + " -- run None) 2>&1 | cat; exit";
+    EXPECT_NE(runAfter(each, {}).output.find("its messages are lost: "), std::string::npos);
+    for (const Words& words :
+         {Words{"lint", "/proc/self/mem"}, Words{"diff", "/proc/self/mem", "/proc/self/mem"}})
+        EXPECT_NE(run(words).errors.find("/proc/self/mem cannot be read to its end"), std::string::npos);
     while (support::readFile(copy).find("Succeeded") == std::string::npos) std::this_thread::yield();
 }
 
