@@ -12,14 +12,21 @@ struct Glyph {
     bool control;
 };
 
-// Decodes the first character. A byte that starts no valid character counts as a control character.
+// Embeddings, overrides and isolates, which show the text behind them in another order.
+bool isDirectionControl(wchar_t c) {
+    return (c >= 0x202A && c <= 0x202E) || (c >= 0x2066 && c <= 0x2069);
+}
+
+// Decodes the first character. A byte that starts no valid character counts as a control character, and so
+// does a direction control.
 Glyph glyphAt(std::string_view text) {
     wchar_t c = 0;
     std::mbstate_t state{};
     const std::size_t length = std::mbrtowc(&c, text.data(), text.size(), &state);
     if (length == 0 || length > text.size()) return {1, 1, true};
     const int width = wcwidth(c);
-    return width < 0 ? Glyph{length, 1, true} : Glyph{length, static_cast<std::size_t>(width), false};
+    if (width < 0 || isDirectionControl(c)) return {length, 1, true};
+    return {length, static_cast<std::size_t>(width), false};
 }
 
 // Longest prefix of at most `width` columns.
@@ -46,6 +53,18 @@ bool isUtf8(std::string_view text) {
         at += length;
     }
     return true;
+}
+
+bool hasDirectionControl(std::string_view text) {
+    for (std::size_t at = 0; at < text.size();) {
+        wchar_t c = 0;
+        std::mbstate_t state{};
+        const std::size_t length = std::mbrtowc(&c, text.data() + at, text.size() - at, &state);
+        const bool isCharacter = length > 0 && length <= text.size();
+        if (isCharacter && isDirectionControl(c)) return true;
+        at += isCharacter ? length : 1;
+    }
+    return false;
 }
 
 std::string withoutControls(std::string_view text, std::string_view kept) {
