@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
+#include <iterator>
+#include <limits>
 #include <optional>
 #include <vector>
 
@@ -60,12 +62,18 @@ ServerSession sessionOf(const std::vector<std::string>& row) {
             .blocker = blocker};
 }
 
+constexpr std::int64_t kRounding = 2;  // of two clocks, in seconds
+
 // The query tool logs in when the row of its run has been written: the session that began next is the run's.
-std::optional<ServerSession> takeSession(std::vector<ServerSession>& sessions, std::int64_t start) {
-    constexpr std::int64_t kEarliest = -2;  // clocks are rounded to seconds
+// One that began when the `next` run had started is not: a killed run has a row without an end and no
+// session.
+std::optional<ServerSession> takeSession(std::vector<ServerSession>& sessions, std::int64_t start,
+                                         std::int64_t next) {
     constexpr std::int64_t kLatest = 10;
-    const auto isOfRun = [start](const ServerSession& session) {
-        return session.begin - start >= kEarliest && session.begin - start <= kLatest;
+    const bool isNextDistinct = next - start > kRounding;
+    const auto isOfRun = [&](const ServerSession& session) {
+        return session.begin - start >= -kRounding && session.begin - start <= kLatest &&
+               (!isNextDistinct || session.begin < next);
     };
     auto best = sessions.end();
     for (auto session = sessions.begin(); session != sessions.end(); ++session)
@@ -115,8 +123,11 @@ std::vector<RunningScript> RunWatch::look() {
     std::vector<RunningScript> found;
     for (auto run = runs.rbegin(); run != runs.rend(); ++run) {  // oldest first
         const RunView view(*run, m_options.staleHours);
+        const bool isNewest = std::next(run) == runs.rend();
+        const std::int64_t next =
+            isNewest ? std::numeric_limits<std::int64_t>::max() : std::next(run)->startTime;
         if (view.state == RunState::kRunning)
-            found.push_back({*run, view.seconds, takeSession(all, run->startTime)});
+            found.push_back({*run, view.seconds, takeSession(all, run->startTime, next)});
     }
     return found;
 }
