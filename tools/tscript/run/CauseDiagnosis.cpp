@@ -156,11 +156,20 @@ Correction ofLostConnection(const Diagnosis& first, const RunResult& result) {
         first.scriptRan};
 }
 
+// A command, or a variable of the environment, that a strict query tool refuses.
+bool isRefusalOfTool(const std::string& text) {
+    return text.find(" is disabled by -X1.") != text.npos ||
+           text.ends_with("scripting variable not defined.");
+}
+
 Correction ofUnexplainedTool(const Diagnosis& first, const RunResult& result) {
     const DVUCause_t* main = mainCause(result.causes);
     const bool isUnexplained = main != nullptr && main->where == kDVUQueryTool && main->serverError == 0;
     if (!isUnexplained || first.code != ExitCode::kScriptFailed) return std::nullopt;
-    return Diagnosis{first.code, first.what, "tscript doctor runs a statement through the query tool.",
+    return Diagnosis{first.code, first.what,
+                     isRefusalOfTool(main->text)
+                         ? "Correct the script: tscript lint names what a strict query tool refuses."
+                         : "tscript doctor runs a statement through the query tool.",
                      first.scriptRan};
 }
 

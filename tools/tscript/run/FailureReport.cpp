@@ -39,10 +39,9 @@ class ReportWriter {
 
   private:
     void add(const char* name, const std::string& value) {
-        const std::string text = value.substr(0, value.find_last_not_of('\n') + 1);
-        if (text.empty()) return;
-        addLine(name, text);
-        m_report.json[name] = text;
+        if (value.empty()) return;
+        addLine(name, value);
+        m_report.json[name] = value;
     }
     void addLine(const char* name, const std::string& value) {
         constexpr std::size_t kWidth = 11;
