@@ -1,13 +1,12 @@
 #include "packing/PlainPackage.h"
 
-#include <strings.h>
-
 #include <algorithm>
 #include <fstream>
 #include <string_view>
 
 #include "PackageSeal.h"
 #include "console/TextWidth.h"
+#include "installation/Installation.h"
 #include "package/PackageFile.h"
 #include "package/PackageParser.h"
 #include "packing/StatementCheck.h"
@@ -29,13 +28,6 @@ constexpr std::string_view kKeys[] = {
     "Creation Time:", "Plexum ID:", "Database Name:", "GUID:", "Developer Name:", "Description:"};
 constexpr std::string_view kNumberKeys[] = {"Creation Time:", "Plexum ID:"};
 constexpr std::string_view kDatabaseKey = "Database Name:";
-constexpr const char* kDatabaseSpellings[] = {"Dorvas", "TNet", "NQ2", "WFEngine", "VTCloud", "HistoryDB"};
-
-bool isDatabase(std::string_view name) {
-    return std::any_of(
-        std::begin(kDatabaseSpellings), std::end(kDatabaseSpellings),
-        [name](const char* known) { return strcasecmp(std::string(name).c_str(), known) == 0; });
-}
 
 bool isNumber(std::string_view text) {
     return !text.empty() && text.find_first_not_of("0123456789") == text.npos;
@@ -204,7 +196,7 @@ class Checker {
         m_findings.database = value;
         if (value.front() == ' ') {
             error("a blank after \"Database Name:\"; it would be part of the name");
-        } else if (!isDatabase(value)) {
+        } else if (!isDatabaseOfPackages(m_findings.database)) {
             remark("there is no database of that name");
         }
     }
