@@ -98,8 +98,12 @@ TEST_F(Installation, DoctorReportsItsFindings) {
         support::writeFile(store(), intact);
     }
     replaceInFile(store(), "\"FreeTDS\"", "\"NoSuchDriver\"");
-    expectAll({{{"credentials", "test", "NQ2"}, 4, "", "Can't open lib 'NoSuchDriver'"},
-               {{"credentials", "test", "WFEngine"}, 3, "", "doctor shows the components"}});
+    expectAll({{{"credentials", "test", "NQ2"}, 4, "", "sqlcmd connects with the same login"}});
+    replaceInFile(store(), "sqlcmd = \"", "sqlcmd = \"/bin/false\"  # \"");
+    expectAll(
+        {{{"credentials", "test", "NQ2"}, 4, "", "The query tool ended with exit code 1.\nIs it running"},
+         {{"credentials", "test", "NQ2"}, 4, "", "Can't open lib 'NoSuchDriver'"},
+         {{"credentials", "test", "WFEngine"}, 3, "", "doctor shows the components"}});
     support::writeFile(store(), intact);
     expectCases({{doctor, 3, "FAILED   store: ", ""}, {doctor, 3, "skipped  everything else", ""}});
     fs::permissions(store(), fs::perms(0666));
