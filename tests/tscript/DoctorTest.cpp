@@ -87,6 +87,8 @@ TEST_F(Installation, DoctorReportsItsFindings) {
         {"[host]", "[host", "FAILED   store: "},
         {"pNQ2ACCESS", "pOther", "FAILED   NQ2 credentials: the store has no value"},
         {"dZEPHRAHOME", "sOther", "-> Set it: tscript config set Base.dZEPHRAHOME FOLDER"},
+        {"cipherKeyFile  = \"", "cipherKeyFile = \"/proc/sys/vm/compact_memory\"  # \"",
+         "-> Run tscript as the user of the key file"},
         {"/cipher.key\"", "/no.key\"", "FAILED   key: the key file that cipherKeyFile names is missing"},
         {"/cipher.key\"", "/password\"",
          "FAILED   key: the key file is not a regular file of exactly 32 bytes"},
@@ -110,7 +112,10 @@ TEST_F(Installation, DoctorReportsItsFindings) {
     expectAll({{doctor, 3, "FAILED   store mode: every user can change", ""}});
     fs::permissions(store(), fs::perms(0600));
     fs::permissions(folder / "cipher.key", fs::perms(0640));
-    expectAll({{doctor, 3, "set its mode to 0600", ""}, {doctor, 3, "databases: not tried without key", ""}});
+    expectAll(
+        {{doctor, 3, "set its mode to 0600", ""},
+         {doctor, 3, "databases: not tried without key", ""},
+         {{"credentials", "test", "NQ2"}, 3, "", "users other than its owner can access the key file"}});
     fs::permissions(folder / "cipher.key", fs::perms(0600));
     packBody("Drop", "DROP TABLE nq2..ZpTscriptExec\n");
     EXPECT_EQ(run({"run", "Drop"}).exitCode, 0);

@@ -15,6 +15,7 @@
 #include "HostSettings.h"
 #include "HostSetup.h"
 #include "installation/Account.h"
+#include "installation/CipherKey.h"
 #include "installation/Installation.h"
 #include "installation/ToolLimit.h"
 #include "system/ScratchFile.h"
@@ -374,5 +375,8 @@ Diagnosis diagnoseDatabase(const std::string& name) {
     if (hasSettings && !db.GetDBUser(host->instance.c_str(), database.name, error) && error.empty())
         return statementFailed(db, database);
     const std::string text = error.empty() ? reason : error;
+    const std::string problem = contains(text, "Failed to decrypt") ? keyProblem() : "";
+    if (!problem.empty())
+        return notRun(ExitCode::kInstallation, problem, "tscript doctor says how to repair it.");
     return notRun(ExitCode::kInstallation, text, settingsAdvice(database, text));
 }
