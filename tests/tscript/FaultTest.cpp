@@ -54,9 +54,15 @@ TEST_F(Faults, ALostOutputIsAFailureAndTheRowIsClosed) {
     const fs::path signer = m_temp / "signer.key";
     EXPECT_EQ(runAfter("exec >/dev/full", {"key", "create", "--signing", signer}).exitCode, 3);
     EXPECT_FALSE(fs::exists(signer)) << "its public key has not been printed";
-    const std::string each = "(ulimit -f 0; " + inQuotes(TSCRIPT_PROGRAM) + " each --stores " +
-                             inQuotes(store()) + " -- run None) 2>&1 | cat; exit";
-    EXPECT_NE(runAfter(each, {}).output.find("its messages are lost: "), std::string::npos);
+    const auto withSmallDisk = [&](const std::string& blocks, const std::string& words) {
+        const std::string run = inQuotes(TSCRIPT_PROGRAM) + " " + words;
+        return runAfter("(ulimit -f " + blocks + "; " + run + ") 2>&1 | cat; exit", {}).output;
+    };
+    EXPECT_NE(withSmallDisk("0", "each --stores " + inQuotes(store()) + " -- run None").find("are lost: "),
+              std::string::npos);
+    const std::string backup = "db backup dorvas /" + std::string(800, 'x') + " --verify";
+    EXPECT_NE(withSmallDisk("1", backup).find("cannot be written: File too large"), std::string::npos)
+        << withSmallDisk("1", backup);
     for (const Words& words :
          {Words{"lint", "/proc/self/mem"}, Words{"diff", "/proc/self/mem", "/proc/self/mem"}})
         EXPECT_NE(run(words).errors.find("/proc/self/mem cannot be read to its end"), std::string::npos);
