@@ -230,6 +230,7 @@ TEST_F(Faults, TheWatchNamesWhatBlocksAScript) {
     const Background waiter = start({"run", "Waiter"});
     expectWatched("(sa, SQLCMD, ");
     expectAll({{{"journal", "--watch", "--name", "Wait*", "--json"}, 0, "\"name\": \"Waiter\"", ""},
+               {{"journal", "--watch", "--name", "Killed"}, 0, " s\t-\t-\t-\n", ""},
                {{"journal", "--watch", "--name", "None"}, 0, "", ""}});
     for (const Background* script : {&waiter, &holder}) {
         kill(script->pid(), SIGTERM);

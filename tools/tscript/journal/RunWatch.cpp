@@ -2,12 +2,14 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
 #include <iterator>
 #include <limits>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "DVUtilities/DBBase.h"
@@ -92,6 +94,7 @@ class RunWatch {
     std::vector<RunningScript> look();
 
   private:
+    std::vector<TScriptRun_t> openRuns(const std::string& pattern);
     std::vector<ServerSession> sessions();
 
     const WatchOptions& m_options;
@@ -113,21 +116,32 @@ std::vector<ServerSession> RunWatch::sessions() try {
     return {};
 }
 
-std::vector<RunningScript> RunWatch::look() {
+std::vector<TScriptRun_t> RunWatch::openRuns(const std::string& pattern) {
     TScriptRunFilter_t filter;
-    filter.namePattern = m_options.pattern;
+    filter.namePattern = pattern;
     filter.status = 0;
     std::vector<TScriptRun_t> runs;
     if (!m_records.listRuns(filter, /*beforeId=*/0, kMostRuns, runs)) throwUnreadable(m_records);
-    std::vector<ServerSession> all = runs.empty() ? std::vector<ServerSession>() : sessions();
+    return runs;
+}
+
+// A session is looked for among those of all runs, also of runs that the pattern leaves out.
+std::vector<RunningScript> RunWatch::look() {
+    const std::vector<TScriptRun_t> runs = openRuns({});
+    const std::vector<TScriptRun_t> shown = m_options.pattern.empty() ? runs : openRuns(m_options.pattern);
+    const auto isShown = [&](int id) {
+        return std::ranges::any_of(shown, [id](const TScriptRun_t& run) { return run.id == id; });
+    };
+    std::vector<ServerSession> all = shown.empty() ? std::vector<ServerSession>() : sessions();
     std::vector<RunningScript> found;
     for (auto run = runs.rbegin(); run != runs.rend(); ++run) {  // oldest first
         const RunView view(*run, m_options.staleHours);
         const bool isNewest = std::next(run) == runs.rend();
         const std::int64_t next =
             isNewest ? std::numeric_limits<std::int64_t>::max() : std::next(run)->startTime;
-        if (view.state == RunState::kRunning)
-            found.push_back({*run, view.seconds, takeSession(all, run->startTime, next)});
+        if (view.state != RunState::kRunning) continue;
+        std::optional<ServerSession> session = takeSession(all, run->startTime, next);
+        if (isShown(run->id)) found.push_back({*run, view.seconds, std::move(session)});
     }
     return found;
 }
