@@ -10,6 +10,7 @@ struct Glyph {
     std::size_t bytes;
     std::size_t width;
     bool control;
+    wchar_t character;  // 0 for a byte that starts none
 };
 
 // Embeddings, overrides and isolates, which show the text behind them in another order.
@@ -23,10 +24,10 @@ Glyph glyphAt(std::string_view text) {
     wchar_t c = 0;
     std::mbstate_t state{};
     const std::size_t length = std::mbrtowc(&c, text.data(), text.size(), &state);
-    if (length == 0 || length > text.size()) return {1, 1, true};
+    if (length == 0 || length > text.size()) return {1, 1, true, 0};
     const int width = wcwidth(c);
-    if (width < 0 || isDirectionControl(c)) return {length, 1, true};
-    return {length, static_cast<std::size_t>(width), false};
+    if (width < 0 || isDirectionControl(c)) return {length, 1, true, c};
+    return {length, static_cast<std::size_t>(width), false, c};
 }
 
 // Longest prefix of at most `width` columns.
@@ -56,13 +57,11 @@ bool isUtf8(std::string_view text) {
 }
 
 bool hasDirectionControl(std::string_view text) {
-    for (std::size_t at = 0; at < text.size();) {
-        wchar_t c = 0;
-        std::mbstate_t state{};
-        const std::size_t length = std::mbrtowc(&c, text.data() + at, text.size() - at, &state);
-        const bool isCharacter = length > 0 && length <= text.size();
-        if (isCharacter && isDirectionControl(c)) return true;
-        at += isCharacter ? length : 1;
+    constexpr char kFirstByte = '\xE2';  // of each of them
+    for (std::size_t at = 0; (at = text.find(kFirstByte, at)) != text.npos;) {
+        const Glyph glyph = glyphAt(text.substr(at));
+        if (isDirectionControl(glyph.character)) return true;
+        at += glyph.bytes;
     }
     return false;
 }
