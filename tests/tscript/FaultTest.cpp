@@ -322,11 +322,13 @@ TEST(CommandLine, AnInterruptedPackageTestLeavesNothing) {
 // The server frees the lock of a run that is killed.
 TEST_F(Faults, OneRunAtATimeHoldsTheLock) {
     packEndless();
+    packBody("ENDLESS", "PRINT 'of the same name for the server'\n");
     const Background holder = start({"run", "Endless", "--lock"});
     while (journal("Endless").find("0||") == std::string::npos) std::this_thread::yield();
     expectAll({{{"run", "Endless", "--lock=fail"}, 5, "", "Endless is locked by run "},
+               {{"run", "ENDLESS", "--lock=fail"}, 5, "", "ENDLESS is locked by run "},
                {{"run", "Endless", "--lock", "--timeout", "1"}, 5, "", "; waiting"}});
-    replaceInFile(store(), "loginTimeout   = 15", "loginTimeout   = 15\nlockedScripts = 'Other, End*'");
+    replaceInFile(store(), "loginTimeout   = 15", "loginTimeout   = 15\nlockedScripts = 'Other, end*'");
     expectAll({{{"run", "Endless", "--timeout", "1"}, 5, "", "given up"}});
     kill(holder.pid(), SIGKILL);
     holder.end();
