@@ -189,6 +189,7 @@ TEST_F(Installation, ShowsAndChangesItsValues) {
         {{"config", "set", "Base.nPLATTYPE", "1x"}, 2, "", "whole number"},
         {{"config", "set", "Base.nPLATTYPE", "2147483648"}, 2, "", "whole number"},
         {{"config", "set", "host.requireSeal", "2"}, 2, "", "host.requireSeal is a whole number from 0 to 1"},
+        {{"config", "set", "host.encrypt", "verfy"}, 2, "", "host.encrypt is verify, require or off"},
         {{"config", "set", "Base.dBASEHOME", "relative"}, 2, "", "absolute path"},
         {{"config", "set", "Base.sVERSION", "50%"}, 2, "", "written twice"},
         {{"config", "set", "Base.sVERSION", "a\nb"}, 2, "", "control character"},
