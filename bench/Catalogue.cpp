@@ -10,8 +10,8 @@ namespace {
 
 constexpr const char* kStatements[] = {
     "SELECT count(*) FROM ZPDBVersions",
-    "SELECT TOP 1 id, auditLevel, name FROM ZpTscripts WHERE name = 'tsEventSummary' and type & 2 > 0 "
-    "ORDER BY id DESC",
+    ("SELECT TOP 1 id, auditLevel, name FROM ZpTscripts WHERE name = 'tsEventSummary' and type & 2 > 0 "
+     "ORDER BY id DESC"),
     "SELECT type FROM ZpTscripts WHERE id = 1"};
 
 }  // namespace

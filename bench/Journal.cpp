@@ -52,7 +52,7 @@ void growJournal(Bench& bench, const std::filesystem::path& folder) {
     Series times(folder, "journal-time", columns);
     Series memory(folder, "journal-memory", columns);
     constexpr double kMegabyte = 1e6;
-    for (const std::size_t rows : {1'000, 10'000, 100'000, 1'000'000}) {
+    for (const std::size_t rows : {1'000U, 10'000U, 100'000U, 1'000'000U}) {
         fill(db, bench.scaled(rows));
         std::vector<double> seconds;
         std::vector<double> megabytes;

@@ -41,7 +41,7 @@ void packageLoad(Bench& bench) {
 void growPackage(Bench& bench, const std::filesystem::path& folder) {
     Series series(folder, "package",
                   {"bytes", "setSQLFile, ms", "one read, ms", "peak memory of the former, MB"});
-    for (const std::size_t full : {100'000, 1'000'000, 10'000'000, 100'000'000}) {
+    for (const std::size_t full : {100'000U, 1'000'000U, 10'000'000U, 100'000'000U}) {
         const std::size_t bytes = bench.scaled(full);
         writePackageOfSize(bench, "BenchGrowth", bytes);
         const std::string file = bench.installation().homeFolder() / "Scripts" / "BenchGrowth.sql";

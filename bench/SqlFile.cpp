@@ -81,7 +81,7 @@ void growOutput(Bench& bench, const std::filesystem::path& folder) {
     Series series(
         folder, "output",
         {"bytes", "executeSQLFile, ms", "sqlcmd and one read, ms", "peak memory of the former, MB"});
-    for (const std::size_t rows : {20, 200, 2'000, 20'000, 100'000}) {
+    for (const std::size_t rows : {20U, 200U, 2'000U, 20'000U, 100'000U}) {
         const std::string body = statements(/*bodyBytes=*/100, bench.scaled(rows));
         bench.writePackage(kScript, body);
         support::writeFile(input, "SET ARITHABORT ON \nGO \n" + body);

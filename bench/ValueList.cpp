@@ -100,7 +100,7 @@ void growRows(Bench& bench, const std::filesystem::path& folder) {
     DBBase db(true);
     check(db.GetAccountInfo("MainHost", "Instance001", log.c_str(), "Dorvas"), db.getErrorMsg());
     Series series(folder, "rows", {"rows", "GetDBValueList, ms", "ODBC by hand, ms", "SOCI, ms"});
-    for (const std::size_t full : {100, 1'000, 10'000, 100'000, 1'000'000}) {
+    for (const std::size_t full : {100U, 1'000U, 10'000U, 100'000U, 1'000'000U}) {
         const std::size_t count = bench.scaled(full);
         makeTable(db, count);
         const auto best = [&](const std::function<void(Texts&)>& read) {

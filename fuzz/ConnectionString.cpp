@@ -46,7 +46,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         const bool isFreeTds = std::string_view(driver) == "FreeTDS";
         std::string text;
         if (!hostlayer::makeConnectionString({driver, "", "require", ""}, request, text, problem)) continue;
-        hostlayer::probeTargetOf(text);
+        const auto target = hostlayer::probeTargetOf(text);
+        fuzz::require(target.has_value() == (isFreeTds && request.server.instance.empty()));
         auto attributes = attributesOf(text, isFreeTds);
         // FreeTDS has an attribute for the port, unless there is an instance; Microsoft's drivers have none,
         // but two for the encryption.

@@ -149,7 +149,7 @@ bool makeConnectionString(const ConnectionSettings& settings, const ConnectionRe
 
 std::optional<ProbeTarget> probeTargetOf(std::string_view connectionString) {
     using Demand = ProbeTarget::Demand;
-    // The driver and the server are the first attributes: no other value precedes them.
+    // Driver and server are the first attributes. A value may look like an attribute, but holds no "};".
     const auto valueBetween = [&](std::string_view start, std::string_view end) {
         const std::size_t at = connectionString.find(start);
         if (at == std::string_view::npos) return std::string();
@@ -157,13 +157,13 @@ std::optional<ProbeTarget> probeTargetOf(std::string_view connectionString) {
         return std::string(connectionString.substr(from, connectionString.find(end, from) - from));
     };
     if (!containsIgnoringCase(valueBetween("Driver={", "};"), "tds")) return std::nullopt;
-    if (const auto server = freetds::serverOfSection(valueBetween("Servername=", ";")))
+    if (const auto server = freetds::serverOfSection(valueBetween("};Servername=", ";")))
         return server->port.empty() ? std::nullopt
                                     : std::optional(ProbeTarget{.host = server->host,
                                                                 .port = server->port,
                                                                 .demand = Demand::kVerifiedServer,
                                                                 .caFile = server->caFile});
-    ProbeTarget target{.host = valueBetween("Server={", "};"), .port = valueBetween("Port=", ";")};
+    ProbeTarget target{.host = valueBetween("Server={", "};"), .port = valueBetween("};Port=", ";")};
     if (containsIgnoringCase(connectionString, "encryption=require")) target.demand = Demand::kEncryption;
     if (containsIgnoringCase(connectionString, "encryption=off")) target.demand = Demand::kNoEncryption;
     if (target.host.empty() || target.port.empty()) return std::nullopt;

@@ -52,6 +52,10 @@ offered=$(bash -c 'source tools/tscript/completion/tscript.bash
   COMP_WORDS=(tscript run P) COMP_CWORD=2
   _tscript && printf "%s\n" "${COMPREPLY[@]}"')
 [[ $offered == 'Purge\ \$\(exit\ 7\)' ]] || complain "the completion offers, for one package's name: $offered"
+offered=$(ZEPHRA_REGISTRY= bash -c 'source tools/tscript/completion/tscript.bash
+  COMP_WORDS=(tscript --store "\"$1\"" run "\"P") COMP_CWORD=4
+  _tscript && printf "%s\n" "${COMPREPLY[@]}"' - "$home/store")
+[[ $offered == 'Purge \$(exit 7)' ]] || complain "the completion offers, behind a quotation mark: $offered"
 offered=$(bash -c 'source tools/tscript/completion/tscript.bash
   compopt() { :; }
   COMP_WORDS=(tscript diff R) COMP_CWORD=2

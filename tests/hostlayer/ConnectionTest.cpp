@@ -1,6 +1,5 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
@@ -14,6 +13,7 @@
 #include <utility>
 
 #include "Program.h"
+#include "Proxy.h"
 #include "TestStore.h"
 #include "VTSimpleDBConn.h"
 #include "VtCauses.h"
@@ -176,27 +176,17 @@ constexpr int kLongerThanTheTimeout = 10'000;  // milliseconds, and less than th
 class FakeServer {
   public:
     explicit FakeServer(std::function<void(int listener)> serve)
-        : m_listener(::socket(AF_INET, SOCK_STREAM, 0)) {
-        socklen_t size = sizeof m_address;
-        m_address.sin_family = AF_INET;
-        m_address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        auto* const generic = reinterpret_cast<sockaddr*>(&m_address);
-        EXPECT_EQ(::bind(m_listener.get(), generic, size) + ::listen(m_listener.get(), 2), 0);
-        EXPECT_EQ(::getsockname(m_listener.get(), generic, &size), 0);
-        m_thread = std::thread(std::move(serve), m_listener.get());
-    }
+        : m_thread(std::move(serve), m_listener.descriptor.get()) {}
     // Returns the result of a connection to the server that has ended.
     int connectTo() {
-        const std::string server = "127.0.0.1," + std::to_string(ntohs(m_address.sin_port));
         const int result = VTSimpleDBConnObject().OpenSQLConnectionUsingConnectionString(
-            connectionString(server.c_str()).c_str(), false);
+            connectionString(m_listener.server().c_str()).c_str(), false);
         m_thread.join();
         return result;
     }
 
   private:
-    support::Descriptor m_listener;
-    sockaddr_in m_address{};
+    const support::ListeningSocket m_listener;
     std::thread m_thread;
 };
 

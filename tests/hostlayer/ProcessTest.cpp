@@ -128,9 +128,11 @@ TEST_F(Process, TheStrictQueryToolHasNoPasswordOnItsCommandLine) {
         const bool isStrict = *setting == '1';
         for (const Case& c :
              {Case{tool.c_str(), "sqlcmd -b -S h -U -P -P \"p w\" -d x",
-                   "[-x][-X][-b][-S][h][-U][-P][-d][x][p w][1]",
+                   "[-x][-X1][-b][-S][h][-U][-P][-d][x][p w][1]",
                    "[-b][-S][h][-U][-P][-P][p w][-d][x][outer][start.sql1]"},
-              Case{tool.c_str(), "sqlcmd -b -E -Q \"-P\" -y 0", "[-x][-X][-b][-E][-Q][-P][-y][0][outer][1]",
+              Case{tool.c_str(), "sqlcmd -b -U  -P \"p w\" -d x", "[-x][-X1][-b][-U][-d][x][p w][1]",
+                   "[-b][-U][-P][p w][-d][x][outer][start.sql1]"},
+              Case{tool.c_str(), "sqlcmd -b -E -Q \"-P\" -y 0", "[-x][-X1][-b][-E][-Q][-P][-y][0][outer][1]",
                    "[-b][-E][-Q][-P][-y][0][outer][start.sql1]"},
               Case{other.c_str(), "other -P p", "[-P][p]", "[-P][p]"}})
             EXPECT_EQ(run(c.program, c.line).error, isStrict ? c.strict : c.plain) << c.line;

@@ -3,6 +3,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <string>
+#include <utility>
+#include <vector>
+
 #include "CVoFile.h"
 #include "TempDir.h"
 #include "files/OutputHeader.h"
@@ -16,20 +20,25 @@ namespace fs = std::filesystem;
 
 TEST(OutputHeader, IsDroppedOnlyAboveItsSeparator) {
     const std::string wide(1 << 20, 'n'), dashes(1 << 20, '-');
-    const std::pair<std::string, std::string> cases[] = {
+    std::vector<std::pair<std::string, std::string>> cases = {
         {"name\n----\nrow\n\nlast", "row\n\nlast\n"},
         {"a\tb\n-\t-\n", ""},
         {"n\n-", ""},
         {wide + "\n" + dashes + "\n" + wide + "\n", wide + "\n"},
         {"n\n-\n" + wide + "x", wide + "x\n"},  // one byte in the last block
     };
+    for (const char* kept :
+         {"", "\n", "\n\nrow\n", "name\n---\nrow", "name\n-----\nrow\n", "name\n--x-\nrow\n",
+          "name\n\t---\nrow\n", "name\n---\t\nrow\n", "name\r\n----\r\nrow\r\n", "only one line"})
+        cases.emplace_back(kept, kept);
     for (const auto& [before, after] : cases) {
         const support::TempDir folder;
         support::writeFile(folder / "out.log", before);
         support::writeFile(folder / "out.log.tscript.temp.txt", "left over");
         EXPECT_FALSE(removeOutputHeader(folder / "out.log").IsError());
         EXPECT_EQ(support::readFile(folder / "out.log"), after);
-        EXPECT_EQ(std::distance(fs::directory_iterator(folder.path()), {}), 1) << "nothing beside it";
+        const bool isAlone = std::distance(fs::directory_iterator(folder.path()), {}) == 1;
+        EXPECT_TRUE(isAlone || before == after) << "nothing beside it";
     }
 }
 
@@ -44,17 +53,6 @@ TEST(RunMark, IsHeldByOneObjectAFile) {
     EXPECT_FALSE(RunMark(path).isHeld());
     support::writeFile(path, "");
     EXPECT_TRUE(RunMark(path).isHeld()) << "another file of that name";
-}
-
-TEST(OutputHeader, StaysWithoutASeparator) {
-    for (const char* text :
-         {"", "\n", "\n\nrow\n", "name\n---\nrow", "name\n-----\nrow\n", "name\n--x-\nrow\n",
-          "name\n\t---\nrow\n", "name\n---\t\nrow\n", "name\r\n----\r\nrow\r\n", "only one line"}) {
-        const support::TempDir folder;
-        support::writeFile(folder / "out.log", text);
-        EXPECT_FALSE(removeOutputHeader(folder / "out.log").IsError());
-        EXPECT_EQ(support::readFile(folder / "out.log"), text);
-    }
 }
 
 TEST(OutputHeader, LeavesTheFileWholeWhenTheScratchFileCannotBeMade) {

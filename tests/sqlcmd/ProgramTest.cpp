@@ -11,6 +11,7 @@
 #include <thread>
 
 #include "Program.h"
+#include "Proxy.h"
 #include "TempDir.h"
 
 namespace {
@@ -78,31 +79,6 @@ TEST(Program, WaitsForAFullPipe) {
     EXPECT_EQ(printed, filler + sqlcmd({"-?"}).output);
 }
 
-// A server that accepts connections and never answers.
-class SilentServer {
-  public:
-    SilentServer() : m_socket(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        socklen_t length = sizeof address;
-        auto* generic = reinterpret_cast<sockaddr*>(&address);
-        if (bind(m_socket.get(), generic, length) != 0 || listen(m_socket.get(), 4) != 0 ||
-            getsockname(m_socket.get(), generic, &length) != 0)
-            throw std::runtime_error("no socket");
-        m_port = ntohs(address.sin_port);
-    }
-    std::string name() const { return "127.0.0.1," + std::to_string(m_port); }
-    bool waitForClient() const {
-        pollfd entry{m_socket.get(), POLLIN, 0};
-        return poll(&entry, 1, 30'000) == 1;
-    }
-
-  private:
-    Descriptor m_socket;
-    int m_port = 0;
-};
-
 // A SQL Server Browser on this host.
 TEST(Program, ListsTheServersThatAnswer) {
     const Descriptor service(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
@@ -133,13 +109,14 @@ TEST(Program, ListsTheServersThatAnswer) {
 }
 
 TEST(Program, HidesThePasswordFromTheProcessList) {
-    const SilentServer server;
+    const support::ListeningSocket silent;
     const Descriptor nothing = support::memoryFile(), output = support::memoryFile(),
                      errors = support::memoryFile();
     const pid_t pid =
-        support::spawn({SQLCMD_PROGRAM, "-S", server.name(), "-U", "sa", "-P", "secret", "-Q", "select 1"},
+        support::spawn({SQLCMD_PROGRAM, "-S", silent.server(), "-U", "sa", "-P", "secret", "-Q", "select 1"},
                        {}, {nothing.get(), output.get(), errors.get()});
-    ASSERT_TRUE(server.waitForClient());
+    pollfd client{silent.descriptor.get(), POLLIN, 0};
+    ASSERT_EQ(poll(&client, 1, 30'000), 1);
     const std::string commandLine = support::readFile("/proc/" + std::to_string(pid) + "/cmdline");
     EXPECT_NE(commandLine.find("select 1"), std::string::npos);
     EXPECT_EQ(commandLine.find("secret"), std::string::npos);
@@ -149,10 +126,10 @@ TEST(Program, HidesThePasswordFromTheProcessList) {
 }
 
 TEST(Program, StopsLoggingInAtItsTimeout) {
-    const SilentServer server;
+    const support::ListeningSocket silent;
     const support::TempDir folder;
     const auto result = sqlcmd(
-        {"-S", server.name(), "-U", "sa", "-P", "x", "-l", "1", "-Q", "select 1", "-o", folder / "out"});
+        {"-S", silent.server(), "-U", "sa", "-P", "x", "-l", "1", "-Q", "select 1", "-o", folder / "out"});
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_TRUE(result.errors.starts_with("Sqlcmd: Error: Sqlcmd : the server does not send"))
         << result.errors;

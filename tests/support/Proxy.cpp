@@ -67,15 +67,17 @@ Descriptor silentPort(const std::string& address, int port) {
     return listening;
 }
 
-Proxy::Proxy(int serverPort, NetworkFault fault)
-    : m_serverPort(serverPort), m_listening(tcpSocket()), m_fault(fault) {
+ListeningSocket::ListeningSocket() : descriptor(tcpSocket()) {
     sockaddr_in address = loopback(0);
     socklen_t size = sizeof address;
     auto* const generic = reinterpret_cast<sockaddr*>(&address);
-    if (bind(m_listening.get(), generic, size) != 0 || listen(m_listening.get(), SOMAXCONN) != 0 ||
-        getsockname(m_listening.get(), generic, &size) != 0)
+    if (bind(descriptor.get(), generic, size) != 0 || listen(descriptor.get(), SOMAXCONN) != 0 ||
+        getsockname(descriptor.get(), generic, &size) != 0)
         throw std::system_error(errno, std::generic_category(), "listen");
-    m_port = ntohs(address.sin_port);
+    port = ntohs(address.sin_port);
+}
+
+Proxy::Proxy(int serverPort, NetworkFault fault) : m_serverPort(serverPort), m_fault(fault) {
     m_acceptor = std::thread(&Proxy::acceptClients, this);
 }
 
@@ -102,11 +104,10 @@ void Proxy::setFault(NetworkFault fault) {
 
 void Proxy::acceptClients() {
     while (!m_stops)
-        if (isReadable(m_listening.get()))
+        if (isReadable(m_listening.descriptor.get()))
             m_connections.emplace_back(
-                [this, client = Descriptor(accept4(m_listening.get(), nullptr, nullptr, SOCK_CLOEXEC))] {
-                    forward(client);
-                });
+                [this, client = Descriptor(accept4(m_listening.descriptor.get(), nullptr, nullptr,
+                                                   SOCK_CLOEXEC))] { forward(client); });
 }
 
 void Proxy::forward(const Descriptor& client) {

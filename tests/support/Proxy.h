@@ -25,6 +25,15 @@ struct NetworkFault {
     std::string original{}, forged{};               // in what the server sends, of the same length
 };
 
+// A socket that listens on a free port of 127.0.0.1. Nobody accepts the connections that it gets.
+struct ListeningSocket {
+    ListeningSocket();
+    std::string server() const { return "127.0.0.1," + std::to_string(port); }
+
+    Descriptor descriptor;
+    int port = 0;
+};
+
 // A port of a loopback address that drops every packet.
 Descriptor silentPort(const std::string& address, int port);
 
@@ -36,7 +45,7 @@ class Proxy {
     Proxy(const Proxy&) = delete;
     Proxy& operator=(const Proxy&) = delete;
 
-    int port() const { return m_port; }
+    int port() const { return m_listening.port; }
     void setFault(NetworkFault fault);       // of open and of new connections
     void resetConnections() { ++m_resets; }  // those that are open
     // From now on, all packets of the open connections get lost, in both directions, without a word.
@@ -49,8 +58,7 @@ class Proxy {
     NetworkFault fault() const;
 
     int m_serverPort;
-    int m_port = 0;
-    Descriptor m_listening;
+    ListeningSocket m_listening;
     std::atomic<bool> m_stops = false;
     std::atomic<int> m_resets = 0;
     std::atomic<int> m_losses = 0;

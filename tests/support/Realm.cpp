@@ -1,29 +1,17 @@
 #include "Realm.h"
 
-#include <netinet/in.h>
 #include <signal.h>
 #include <stdlib.h>
-#include <sys/socket.h>
 
 #include <chrono>
 #include <stdexcept>
 #include <thread>
 
 #include "Program.h"
+#include "Proxy.h"
 
 namespace support {
 namespace {
-
-int freePort() {
-    const Descriptor socket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof address;
-    bind(socket.get(), reinterpret_cast<const sockaddr*>(&address), size);
-    getsockname(socket.get(), reinterpret_cast<sockaddr*>(&address), &size);
-    return ntohs(address.sin_port);
-}
 
 std::string serviceOf(int port) {
     return "MSSQLSvc/localhost:" + std::to_string(port);
@@ -35,7 +23,7 @@ Realm::Realm() {
     setenv("KRB5_CONFIG", (m_folder / "krb5.conf").c_str(), 1);
     setenv("KRB5_KDC_PROFILE", (m_folder / "kdc.conf").c_str(), 1);
     useTickets("tickets");
-    run({REALM_SCRIPT, m_folder.path(), std::to_string(freePort())});
+    run({REALM_SCRIPT, m_folder.path(), std::to_string(ListeningSocket().port)});
     startKdc();
 }
 

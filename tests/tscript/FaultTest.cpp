@@ -51,6 +51,21 @@ TEST_F(Faults, ALostOutputIsAFailureAndTheRowIsClosed) {
         EXPECT_TRUE(after.size() > before.size() && after.find("0||") == after.npos) << after;
     }
     EXPECT_EQ(runAfter("exec >/dev/full", {"run", "--help"}).exitCode, 3);
+    const fs::path signer = m_temp / "signer.key";
+    EXPECT_EQ(runAfter("exec >/dev/full", {"key", "create", "--signing", signer}).exitCode, 3);
+    EXPECT_FALSE(fs::exists(signer)) << "its public key has not been printed";
+    const auto withSmallDisk = [&](const std::string& blocks, const std::string& words) {
+        const std::string run = inQuotes(TSCRIPT_PROGRAM) + " " + words;
+        return runAfter("(ulimit -f " + blocks + "; " + run + ") 2>&1 | cat; exit", {}).output;
+    };
+    EXPECT_NE(withSmallDisk("0", "each --stores " + inQuotes(store()) + " -- run None").find("are lost: "),
+              std::string::npos);
+    const std::string backup = "db backup dorvas /" + std::string(800, 'x') + " --verify";
+    EXPECT_NE(withSmallDisk("1", backup).find("cannot be written: File too large"), std::string::npos)
+        << withSmallDisk("1", backup);
+    for (const Words& words :
+         {Words{"lint", "/proc/self/mem"}, Words{"diff", "/proc/self/mem", "/proc/self/mem"}})
+        EXPECT_NE(run(words).errors.find("/proc/self/mem cannot be read to its end"), std::string::npos);
     while (support::readFile(copy).find("Succeeded") == std::string::npos) std::this_thread::yield();
 }
 
@@ -307,11 +322,13 @@ TEST(CommandLine, AnInterruptedPackageTestLeavesNothing) {
 // The server frees the lock of a run that is killed.
 TEST_F(Faults, OneRunAtATimeHoldsTheLock) {
     packEndless();
+    packBody("ENDLESS", "PRINT 'of the same name for the server'\n");
     const Background holder = start({"run", "Endless", "--lock"});
     while (journal("Endless").find("0||") == std::string::npos) std::this_thread::yield();
     expectAll({{{"run", "Endless", "--lock=fail"}, 5, "", "Endless is locked by run "},
+               {{"run", "ENDLESS", "--lock=fail"}, 5, "", "ENDLESS is locked by run "},
                {{"run", "Endless", "--lock", "--timeout", "1"}, 5, "", "; waiting"}});
-    replaceInFile(store(), "loginTimeout   = 15", "loginTimeout   = 15\nlockedScripts = 'Other, End*'");
+    replaceInFile(store(), "loginTimeout   = 15", "loginTimeout   = 15\nlockedScripts = 'Other, end*'");
     expectAll({{{"run", "Endless", "--timeout", "1"}, 5, "", "given up"}});
     kill(holder.pid(), SIGKILL);
     holder.end();

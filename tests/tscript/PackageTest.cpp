@@ -251,6 +251,10 @@ TEST(CommandLine, LintsPlainScripts) {
     const std::string head = "#START_OPTIONS#\n#START_USAGE#\n#START_SCRIPT#\n";
     const std::tuple<std::string, int, std::string> cases[] = {
         {head + "PRINT '%s %s'\n", 0, "0 error(s), 0 warning(s), 2 placeholder(s)"},
+        {"\xEF\xBB\xBF#START_OPTIONS#\r\n#START_USAGE#\r\n#START_SCRIPT#\r\n\r\nGO\r\n", 1,
+         "line 1: a carriage return (in 5 line(s)); lines end with a line feed only\n" + plain.string() +
+             ": 2 error(s), 0 warning(s)"},
+        {head + "GO -- \u202E\n", 0, "line 4: a character that changes the direction of text"},
         {"#START_SCRIPT#\nGO\n", 0, "no line #START_USAGE#"},
         {"#START_OPTIONS#\nHello\n", 1, "error: there is no line #START_SCRIPT#"},
         {"#START_OPTIONS#\nAuthor:me\n" + head + "GO\n", 0, "line 2: the key \"Author:\" is unknown"},

@@ -306,6 +306,11 @@ TEST_F(Report, TheOutputOfASuccessIsNotAFailures) {
     const std::string text = page({});
     expectIn(text, {"1 run failed or abandoned", "Its output is unknown"});
     EXPECT_EQ(count(text, "all is well"), 0U);
+
+    replaceInFile(store(), "runRecords ", "debugLogFile = 'own.log'  # ");
+    packBody("Loud", "PRINT 'it is broken'\nRAISERROR('x', 16, 1)\n");
+    ASSERT_EQ(run({"run", "Loud"}).exitCode, 1);
+    expectIn(page({"--name", "Loud"}), {"it is broken", "this is what the debug log has"});
 }
 
 TEST_F(Report, IsWrittenWholeOrNotAtAll) {

@@ -54,6 +54,14 @@ TEST_F(Installation, RunsScriptsByName) {
     EXPECT_EQ(program.exitCode, 1) << program.output;
     EXPECT_EQ(program.output.find("\nran\n"), std::string::npos);
     EXPECT_EQ(program.output.find(std::string("/")), std::string::npos) << program.output;
+    // What follows a refused command was meant for another server, or for what another file prepares.
+    packBody("Refused", "PRINT 'before'\nGO\n:connect other\nGO\nPRINT 'after'\n");
+    const ProgramResult refused = run({"run", "Refused"});
+    EXPECT_EQ(refused.exitCode, 1);
+    EXPECT_NE(refused.output.find("before\nSqlcmd: Error: ':connect' is disabled"), std::string::npos)
+        << refused.output;
+    EXPECT_EQ(refused.output.find("after"), std::string::npos) << refused.output;
+    EXPECT_NE(refused.errors.find("disabled by -X1.\n  data       unknown"), std::string::npos) << refused.errors;
     EXPECT_EQ(journal("CloseAuditPeriods").rfind("2|2024-01, 2024-02|"), 3U) << journal("CloseAuditPeriods");
     EXPECT_NE(journal("tsEventSummary").find("1|seven|"), std::string::npos);
     EXPECT_NE(journal("Echo").find("1|O'Brien, 50% {x};, é|"), std::string::npos);

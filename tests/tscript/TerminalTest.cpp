@@ -79,6 +79,8 @@ TEST_F(OnATerminal, APasswordIsTypedUnseen) {
         program.type(given);
         EXPECT_EQ(program.end(), given == kControlC ? 130 : 2) << program.screen();
     }
+    TerminalProgram hostile = terminal({"credentials", "set", "NQ2", "--user", "a\x1b]0;b"});
+    EXPECT_TRUE(hostile.shows("Password of a ]0;b: ")) << hostile.screen();
     TerminalProgram unasked = terminal({"credentials", "set", "NQ2", "--user", "sa", "--no-input"});
     EXPECT_EQ(unasked.end(), 2);
     EXPECT_NE(unasked.screen().find("first line of standard input"), std::string::npos) << unasked.screen();
@@ -132,12 +134,16 @@ TEST_F(OnATerminal, OutputFitsAndIsPlainWhereItMustBe) {
         EXPECT_EQ(moves, kind == kLively) << program.screen();
         EXPECT_NE(program.screen().find("Zürich ]0; "), std::string::npos) << program.screen();
     }
-    const std::string control = "\u009B";  // begins an escape sequence
-    ASSERT_EQ(run({"run", slow[1], "-p", control}).exitCode, 0);
-    EXPECT_NE(run({"journal", "--json"}).output.find(control), std::string::npos);
-    TerminalProgram json = terminal({"journal", "--json"});
-    EXPECT_EQ(json.end(), 0);
-    EXPECT_EQ(json.screen().find(control), std::string::npos) << json.screen();
+    // The first begins an escape sequence, the second reverses the text behind it.
+    for (const std::string control : {"\u009B", "\u202E"}) {
+        ASSERT_EQ(run({"run", slow[1], "-p", control}).exitCode, 0);
+        EXPECT_NE(run({"journal", "--json"}).output.find(control), std::string::npos);
+        for (const Words& words : {Words{"journal", "--json"}, Words{"run", slow[1], "-p", control}}) {
+            TerminalProgram program = terminal(words);
+            EXPECT_EQ(program.end(), 0);
+            EXPECT_EQ(program.screen().find(control), std::string::npos) << program.screen();
+        }
+    }
     for (const Words& kind : {kLively, kDumb, kColourless}) {
         for (const int columns : {20, 40, 80, 110}) {
             for (const Words& words : listings) {

@@ -1,12 +1,16 @@
 // tscript: command line tool that runs tscripts and maintains their installation.
 #include <signal.h>
 
+#include <algorithm>
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <new>
+#include <string_view>
+#include <vector>
 
+#include "backup/LastBackup.h"
 #include "commands/CommandGroups.h"
 #include "commands/Commands.h"
 #include "commands/Completion.h"
@@ -44,6 +48,13 @@ int reportFailure(ExitCode code, const std::string& what, const std::string& adv
     writeNote("tscript: " + what);
     writeNote(advice);
     return static_cast<int>(code);
+}
+
+// Nagios reads standard output, and takes exit code 2, which is wrong usage here, for a critical state.
+bool isNagiosCheck(int argc, char** argv) {
+    const std::vector<std::string_view> words(argv, std::find(argv, argv + argc, std::string_view("--")));
+    const auto holds = [&](std::string_view word) { return std::ranges::count(words, word) > 0; };
+    return holds("last-backup") && holds("--nagios");
 }
 
 int flushOutput(ExitCode code) {
@@ -92,6 +103,7 @@ int main(int argc, char** argv) {
         return runTool(argc, argv);
     } catch (const Failure& failure) {
         std::fflush(resultStream());
+        if (isNagiosCheck(argc, argv)) return reportUnknownBackups(failure.what());
         return reportFailure(failure.code(), failure.what(), failure.advice());
     } catch (const std::bad_alloc&) {
         std::fflush(resultStream());

@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <filesystem>
 #include <utility>
 
 #include "HostSetup.h"
@@ -22,6 +23,15 @@ constexpr mode_t kKeyMode = 0600;
 constexpr mode_t kGroupAndOthers = S_IRWXG | S_IRWXO;
 
 thread_local const std::string* chosenKeyFile = nullptr;  // null: the one that the store names
+
+// Makes the name of a new file outlast a power failure. False, with errno, on a failure. A folder that may be
+// written but not read cannot be synced.
+bool syncFolderOf(const std::string& path) {
+    const std::string folder = std::filesystem::path(path).parent_path().string();
+    const Descriptor opened(
+        ::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    return opened ? ::fsync(opened.get()) == 0 : errno == EACCES;
+}
 
 std::string setting(const StoreState& store, const char* name) {
     const StoreValue* value = store.content ? findValue(store.content->settings, name) : nullptr;
@@ -85,7 +95,7 @@ bool createKeyFile(const std::string& path, const unsigned char* bytes, std::siz
     if (!file) return reportErrno(problem, path);
     const bool isWritten = ::fchmod(file.get(), kKeyMode) == 0 &&
                            writeAll(file.get(), reinterpret_cast<const char*>(bytes), size) &&
-                           ::fsync(file.get()) == 0;
+                           ::fsync(file.get()) == 0 && syncFolderOf(path);
     if (isWritten) return true;
     reportErrno(problem, path);
     ::unlink(path.c_str());

@@ -2,6 +2,7 @@
 
 #include <sodium.h>
 
+#include <cerrno>
 #include <cstring>
 #include <string>
 #include <string_view>
@@ -14,6 +15,7 @@
 #include "cipher/Base64.h"
 #include "cipher/CipherKey.h"
 #include "cipher/Nonces.h"
+#include "files/FileAccess.h"
 
 // Format of a record:
 //
@@ -163,14 +165,21 @@ bool VTPassword::Impl::decryptWithOtherKey(std::string_view mark, char* plain) {
 
 namespace {
 
+// Why the file cannot be opened, as errno; 0 if it can be now.
+int openError(const std::string& path) {
+    return hostlayer::openWithoutBlocking(path) ? 0 : errno;
+}
+
 // Logs the error and notes it as a cause. The subject of an error of the key is the key file.
 void report(VTPassword::Error error, std::string_view mark) {
     const char* text = hostlayer::cipherErrorText(error);
     const bool isKeyError = error >= VTPassword::kKeyNotConfigured && error <= VTPassword::kKeyMalformed;
     const bool isRecordOfFile = mark == kFileMark && !isKeyError;
     EvDebug().DebugLevel(kErrorDebugLevel, "Cipher: %s", text);
+    const std::string keyFile = isKeyError ? hostlayer::cipherKeyPath() : "";
     VtNoteCause({.place = isRecordOfFile ? VtCause::kPackage : VtCause::kConfiguration,
-                 .subject = isKeyError ? hostlayer::cipherKeyPath() : "",
+                 .systemError = error == VTPassword::kKeyUnreadable ? openError(keyFile) : 0,
+                 .subject = keyFile,
                  .text = text});
 }
 

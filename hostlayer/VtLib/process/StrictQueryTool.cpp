@@ -24,11 +24,19 @@ bool hasSeparateValue(std::string_view option) {
     return option.size() == 2 && option[0] == '-' && kOptionsWithValue.find(option[1]) != option.npos;
 }
 
+using Argument = std::vector<std::string>::iterator;
+
+// "-U -P PASSWORD": the user name is empty, and a command line does not quote it.
+bool lacksUser(Argument option, Argument end) {
+    return *option == "-U" && end - option > 2 && *(option + 1) == "-P" && *(option + 2) != "-P";
+}
+
 // Finds -P among the options, not among their values.
-std::vector<std::string>::iterator passwordOption(std::vector<std::string>& arguments) {
+Argument passwordOption(std::vector<std::string>& arguments) {
     auto option = arguments.begin() + 1;
     while (option != arguments.end() && *option != "-P") {
-        const bool skipsValue = hasSeparateValue(*option) && option + 1 != arguments.end();
+        const bool skipsValue =
+            hasSeparateValue(*option) && option + 1 != arguments.end() && !lacksUser(option, arguments.end());
         option += skipsValue ? 2 : 1;
     }
     return option;
@@ -55,7 +63,7 @@ bool isStrictQueryTool(std::string_view program) {
 void makeStrict(std::vector<std::string>& arguments, std::vector<std::string>& variables) {
     movePassword(arguments, variables);
     variables.emplace_back(kNoStartUpScript);
-    arguments.insert(arguments.begin() + 1, "-X");
+    arguments.insert(arguments.begin() + 1, "-X1");
     if (!expandsVariables) arguments.insert(arguments.begin() + 1, "-x");
 }
 

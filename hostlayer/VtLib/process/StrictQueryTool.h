@@ -13,9 +13,9 @@ bool isStrictQueryTool(std::string_view program);
 
 // Changes the arguments of a query tool that is about to start, and the variables ("NAME=VALUE") that replace
 // those of its environment. The value of -P, which every user of the host could read in the process list,
-// moves to the variable SQLCMDPASSWORD; "-x" and "-X" are added, so that $(NAME) is not expanded (unless
-// VtExpandToolVariables() allows it) and scripts cannot start programs. The start-up script that SQLCMDINI
-// names is not run.
+// moves to the variable SQLCMDPASSWORD; "-x" and "-X1" are added, so that $(NAME) is not expanded (unless
+// VtExpandToolVariables() allows it) and a script that would start a program ends there, as failed. The
+// start-up script that SQLCMDINI names is not run.
 void makeStrict(std::vector<std::string>& arguments, std::vector<std::string>& variables);
 
 }  // namespace hostlayer

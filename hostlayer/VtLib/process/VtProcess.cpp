@@ -58,7 +58,8 @@ struct WipedStrings : std::vector<std::string> {
 };
 
 // Notes the end of a program that failed, with what it wrote. An exit code of -1: it has none.
-void noteFailure(const std::string& program, int exitCode, int signal, const std::string& text) {
+void noteFailure(const std::string& program, int exitCode, int signal, std::string text) {
+    text.erase(text.find_last_not_of('\n') + 1);
     VtNoteCause({.place = VtCause::kQueryTool,
                  .exitCode = exitCode,
                  .signal = signal,

@@ -117,14 +117,6 @@ ExitCode writeNagiosCheck(const std::vector<BackupAge>& ages, const Limits& limi
                        data);
 }
 
-ExitCode checkForNagios(const LastBackupOptions& options, const Limits& limits) {
-    try {
-        return writeNagiosCheck(agesOf(options), limits);
-    } catch (const Failure& failure) {
-        return writeNagios(NagiosState::kUnknown, failure.what(), /*data=*/{});
-    }
-}
-
 // ---- Other forms ---------------------------------------------------------------------------------------
 
 Json jsonOf(const BackupAge& age, bool isTooOld) {
@@ -184,10 +176,14 @@ ExitCode showOne(const LastBackupOptions& options) {
 
 }  // namespace
 
+int reportUnknownBackups(const std::string& reason) {
+    return static_cast<int>(writeNagios(NagiosState::kUnknown, reason, /*data=*/{}));
+}
+
 ExitCode showLastBackup(const LastBackupOptions& options) {
     const Limits limits = limitsOf(options);
     if (!options.name.empty()) checkServerName("the database name", options.name);
-    if (options.nagios) return checkForNagios(options, limits);
+    if (options.nagios) return writeNagiosCheck(agesOf(options), limits);
     const bool isPlain = !options.prometheus && limits.critical == kNoLimit;
     return isPlain && !options.name.empty() ? showOne(options) : showAges(options, limits);
 }

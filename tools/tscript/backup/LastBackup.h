@@ -15,4 +15,8 @@ struct LastBackupOptions {
     bool prometheus = false;
 };
 
+// Throws Failure; with `nagios` the caller then reports it by reportUnknownBackups().
 ExitCode showLastBackup(const LastBackupOptions& options);
+
+// Writes the line of a Nagios check that could not be made, and returns its exit code (3, unknown).
+int reportUnknownBackups(const std::string& reason);

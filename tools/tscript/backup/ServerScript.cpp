@@ -1,7 +1,6 @@
 #include "backup/ServerScript.h"
 
 #include <algorithm>
-#include <fstream>
 #include <string_view>
 
 #include "installation/Installation.h"
@@ -44,10 +43,7 @@ void checkServerPath(const std::string& what, const std::string& path) {
 ServerReply runOnServer(DBBase& db, const std::string& sql, const std::string& advice) {
     const ScratchFile file;
     const ScratchFile output;
-    std::ofstream out(file.path(), std::ios::binary);
-    out << sql << "\nGO\n";
-    out.close();
-    if (!out) throw Failure(ExitCode::kInstallation, file.path() + " cannot be written");
+    file.write(sql + "\nGO\n");
     const bool succeeded = runInterruptibly(advice, [&] {
         return db.RunFileQuery(file.path().c_str(), output.path().c_str(), "MASTER", /*toolSyntax=*/true,
                                /*errorLevel=*/false);

@@ -135,7 +135,7 @@ std::vector<Parameter> declaredParameters(const Position& position) {
 }
 
 void writeDatabases(const Position&) {
-    for (const char* name : {"Dorvas", "NQ2", "WFEngine", "VTCloud", "HistoryDB"}) writeCandidate(name);
+    for (const SuiteDatabase& database : suiteDatabases()) writeCandidate(database.name);
 }
 
 void writeValueNames(const Position&) {

@@ -26,6 +26,7 @@ std::vector<PackageLine> plainLines(const std::string& file) {
     std::size_t number = 0;
     for (std::string text; std::getline(in, text);)
         if (++number; !text.empty()) lines.push_back({number, text});
+    requireReadToEnd(in, file);
     return lines;
 }
 

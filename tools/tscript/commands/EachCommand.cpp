@@ -56,6 +56,15 @@ std::string indentedOutput(const std::string& text) {
     return lines.empty() ? lines : "\n    " + lines;
 }
 
+// A command that fails says why. If nothing has reached its files, they could not be written.
+std::string failureText(const FleetMember& member) {
+    const std::string messages = contentOf(member.errors);
+    if (messages.empty() && contentOf(member.output).empty())
+        return indentedOutput("its messages are lost: " + member.errors.string() +
+                              " could not be written; is the disk full?");
+    return indentedOutput(messages);
+}
+
 std::string resultText(const FleetMember& member) {
     std::string text = nameOf(member.result);
     if (member.result == FleetResult::kFailed) text += " (exit code " + std::to_string(member.exitCode) + ")";
@@ -66,8 +75,7 @@ void writeProgress(const FleetMember& member, std::size_t number, std::size_t al
     const bool hasFailed = member.result != FleetResult::kOk;
     writeNote("[" + std::to_string(number) + "/" + std::to_string(all) + "] " +
               withoutControls(member.store.label) + ": " + resultText(member) + ", " +
-              spanText(member.seconds) +
-              (hasFailed ? indentedOutput(contentOf(member.errors)) : std::string()));
+              spanText(member.seconds) + (hasFailed ? failureText(member) : std::string()));
 }
 
 void writeOutput(const FleetMember& member) {

@@ -2,8 +2,8 @@
 #include <ctime>
 #include <limits>
 #include <memory>
+#include <optional>
 #include <string>
-#include <vector>
 
 #include "commands/Commands.h"
 #include "commands/RecordOptions.h"
@@ -13,11 +13,11 @@
 #include "installation/Installation.h"
 #include "installation/ServerQuery.h"
 #include "journal/Records.h"
+#include "journal/RunView.h"
 
 namespace {
 
 constexpr std::size_t kLongestRemark = 1000;
-constexpr double kSecondsPerHour = 3600;
 
 struct CloseOptions {
     RecordOptions records;
@@ -31,40 +31,41 @@ std::string withQuotesDoubled(const std::string& text) {
     return doubled;
 }
 
-std::vector<std::string> query(DBBase& db, const std::string& sql) {
-    std::vector<std::string> rows;
-    if (db.GetDBValueList(sql.c_str(), rows, 1)) return rows;
-    throw Failure(ExitCode::kConnection, withCauses("the journal cannot be read or changed", db));
+// Throws Failure (kUsage) for a row that does not exist, has an end, or may belong to a live run.
+void requireAbandoned(TScriptRecords& records, const CloseOptions& options) {
+    const std::string name = "run " + std::to_string(options.id);
+    const std::optional<TScriptRun_t> run = findRun(records, options.id);
+    if (!run) throw Failure(ExitCode::kUsage, "the journal has no " + name);
+    const RunState state = RunView(*run, options.records.staleHours).state;
+    if (state != RunState::kRunning && state != RunState::kAbandoned)
+        throw Failure(ExitCode::kUsage, name + " has ended");
+    if (state == RunState::kRunning)
+        throw Failure(ExitCode::kUsage, name + " is not abandoned: it may still be running",
+                      "--stale HOURS sets the age from which a run without an end is abandoned.");
 }
 
-// Throws Failure (kUsage) for a row that does not exist, has an end, or may belong to a live run.
-void requireAbandoned(DBBase& db, const CloseOptions& options, const std::string& now) {
-    const std::string row = "run " + std::to_string(options.id);
-    const std::string where = " FROM ZpTscriptExec WHERE id = " + std::to_string(options.id);
-    const std::vector<std::string> status = query(db, "SELECT status" + where);
-    if (status.empty()) throw Failure(ExitCode::kUsage, "the journal has no " + row);
-    if (status.front() != "0") throw Failure(ExitCode::kUsage, row + " has ended");
-    const std::vector<std::string> seconds =
-        query(db, "SELECT DATEDIFF(second, timeStart, " + now + ")" + where);
-    if (seconds.empty() || std::stod(seconds.front()) < options.records.staleHours * kSecondsPerHour)
-        throw Failure(ExitCode::kUsage, row + " is not abandoned: it may still be running",
-                      "--stale HOURS sets the age from which a run without an end is abandoned.");
+// Returns whether the row was changed: another program may have recorded the end since it was read.
+bool recordEnd(DBBase& db, const CloseOptions& options) {
+    const std::string now = "dbo.GetDateTime(" + std::to_string(std::time(nullptr)) + ")";
+    const std::string sql =
+        "SET NOCOUNT ON UPDATE ZpTscriptExec SET status = 2, timeEnd = " + now +
+        ", inputParams = ISNULL(inputParams, N'') + N' [" + withQuotesDoubled(options.remark) +
+        "]' WHERE id = " + std::to_string(options.id) + " AND status = 0 SELECT @@ROWCOUNT";
+    int changedRows = 0;
+    if (!db.GetDBValueInt(sql.c_str(), changedRows))
+        throw Failure(ExitCode::kConnection, withCauses("the journal cannot be changed", db));
+    return changedRows > 0;
 }
 
 ExitCode closeRun(const CloseOptions& options) {
     checkText("the remark", options.remark, kLongestRemark);
     TScriptRecords records;
     openRecords(records, options.records.database);
+    requireAbandoned(records, options);
     const std::string database = records.getDbName();
     DBBase db(/*flag=*/false);
     if (!openAccount(db, suiteDatabase(database))) throw diagnoseDatabase(database).failure();
-    const std::string now = "dbo.GetDateTime(" + std::to_string(std::time(nullptr)) + ")";
-    requireAbandoned(db, options, now);
-    const std::vector<std::string> closedRows =
-        query(db, "SET NOCOUNT ON UPDATE ZpTscriptExec SET status = 2, timeEnd = " + now +
-                      ", inputParams = ISNULL(inputParams, N'') + N' [" + withQuotesDoubled(options.remark) +
-                      "]' WHERE id = " + std::to_string(options.id) + " AND status = 0 SELECT @@ROWCOUNT");
-    if (closedRows.empty() || closedRows.front() == "0")
+    if (!recordEnd(db, options))
         throw Failure(ExitCode::kUsage, "run " + std::to_string(options.id) + " has ended meanwhile");
     writeNote("closed run " + std::to_string(options.id) + " of " + database + " as failed");
     return ExitCode::kDone;

@@ -1,6 +1,5 @@
 #include "commands/JournalShow.h"
 
-#include <limits>
 #include <optional>
 #include <vector>
 
@@ -15,14 +14,6 @@
 namespace {
 
 constexpr std::int64_t kPerSecond = 1000;
-
-std::optional<TScriptRun_t> readRow(TScriptRecords& records, int id) {
-    const bool isLargest = id == std::numeric_limits<int>::max();
-    std::vector<TScriptRun_t> page;
-    if (!records.listRuns({}, isLargest ? 0 : id + 1, /*maximum=*/1, page)) throwUnreadable(records);
-    if (page.empty() || page.front().id != id) return std::nullopt;
-    return page.front();
-}
 
 // Lines "name       value"; empty values are left out.
 class Lines {
@@ -96,7 +87,7 @@ void writeAsJson(const std::optional<TScriptRun_t>& row, const FoundRecord& foun
 ExitCode showRun(const RecordOptions& options) {
     TScriptRecords journal;
     openRecords(journal, options.database);
-    const std::optional<TScriptRun_t> row = readRow(journal, options.run);
+    const std::optional<TScriptRun_t> row = findRun(journal, options.run);
     RunRecords records(journal.getDbName());
     const FoundRecord found = row ? records.find(*row) : records.findByNumber(options.run);
     if (!row && !found.record)

@@ -1,4 +1,7 @@
 // Command family `key`: the key file of packages and credentials.
+#include <unistd.h>
+
+#include <cstdio>
 #include <memory>
 
 #include "HostSetup.h"
@@ -23,7 +26,8 @@ std::string configuredKeyFile() {
     throw Failure(ExitCode::kInstallation, hostlayer::cipherErrorText(VTPassword::kKeyNotConfigured));
 }
 
-// The public key is the result: it belongs in the store's trustedSigners.
+// The public key is the result: it belongs in the store's trustedSigners. It is printed once, so a key whose
+// public half was not printed is deleted.
 ExitCode createSigningKey(const std::string& file) {
     if (file.empty()) throw Failure(ExitCode::kUsage, "name the file of the signing key");
     std::string problem;
@@ -31,6 +35,11 @@ ExitCode createSigningKey(const std::string& file) {
     if (publicKey.empty())
         throw Failure(ExitCode::kInstallation, "the signing key cannot be created: " + problem);
     writeResult(publicKey);
+    if (std::fflush(resultStream()) != 0) {
+        unlink(file.c_str());
+        throw Failure(ExitCode::kInstallation, "the public key cannot be written to standard output",
+                      "The signing key was deleted again, because nothing shows its public key later.");
+    }
     writeNote("created the signing key " + file + "; its public key is above");
     return ExitCode::kDone;
 }

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <iostream>
 
+#include "console/Console.h"
 #include "console/Outcome.h"
 #include "console/Terminal.h"
 
@@ -30,7 +31,7 @@ void confirm(bool yes, const std::string& question) {
     if (yes) return;
     if (!canAsk())
         throw Failure(ExitCode::kUsage, question + " Confirmation is needed.", "Give --yes to go ahead.");
-    std::fprintf(stderr, "%s Type yes to go ahead: ", question.c_str());
+    writePrompt(question + " Type yes to go ahead: ");
     std::string answer;
     if (!std::getline(std::cin, answer)) std::fputc('\n', stderr);
     if (answer != "yes") throw Failure(ExitCode::kInterrupted, "nothing was changed");

@@ -64,6 +64,10 @@ Secret readLine(std::size_t maximum) {
     return line;
 }
 
+std::string shownOnStderr(const std::string& text) {
+    return isTerminal(STDERR_FILENO) ? withoutControls(text, kLayout) : text;
+}
+
 }  // namespace
 
 Secret readSecret(const std::string& prompt, std::size_t maximum) {
@@ -73,7 +77,7 @@ Secret readSecret(const std::string& prompt, std::size_t maximum) {
                       "Give it as the first line of standard input, from a file or a pipe.");
     const EchoOff echo;
     if (!echo.isOff()) throw Failure(ExitCode::kUsage, "the terminal's echo cannot be turned off");
-    std::fprintf(stderr, "%s: ", prompt.c_str());
+    writePrompt(prompt + ": ");
     Secret line = readLine(maximum);
     std::fputc('\n', stderr);
     return line;
@@ -102,10 +106,13 @@ void writeStyled(std::string_view text) {
     if (!text.empty() && text.back() != '\n') std::fputc('\n', g_results);
 }
 
+void writePrompt(const std::string& text) {
+    std::fputs(shownOnStderr(text).c_str(), stderr);
+}
+
 void writeNote(const std::string& text) {
     const std::size_t begin = std::min(text.find_first_not_of('\n'), text.size());
     const std::size_t end = text.find_last_not_of('\n') + 1;
     if (begin >= end) return;
-    const std::string note = text.substr(begin, end - begin);
-    std::fprintf(stderr, "%s\n", (isTerminal(STDERR_FILENO) ? withoutControls(note, kLayout) : note).c_str());
+    std::fprintf(stderr, "%s\n", shownOnStderr(text.substr(begin, end - begin)).c_str());
 }

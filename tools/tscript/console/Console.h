@@ -23,5 +23,8 @@ void writeResult(std::string_view text);
 void writeNextLines(std::string_view lines);
 // Like writeResult(), for text with escape sequences of our own.
 void writeStyled(std::string_view text);
+// Writes to standard error what the user is to answer, without a line break. Replaces control characters as
+// writeResult() does.
+void writePrompt(const std::string& text);
 // Writes a message to standard error, without leading and trailing line breaks.
 void writeNote(const std::string& text);

@@ -10,16 +10,24 @@ struct Glyph {
     std::size_t bytes;
     std::size_t width;
     bool control;
+    wchar_t character;  // 0 for a byte that starts none
 };
 
-// Decodes the first character. A byte that starts no valid character counts as a control character.
+// Embeddings, overrides and isolates, which show the text behind them in another order.
+bool isDirectionControl(wchar_t c) {
+    return (c >= 0x202A && c <= 0x202E) || (c >= 0x2066 && c <= 0x2069);
+}
+
+// Decodes the first character. A byte that starts no valid character counts as a control character, and so
+// does a direction control.
 Glyph glyphAt(std::string_view text) {
     wchar_t c = 0;
     std::mbstate_t state{};
     const std::size_t length = std::mbrtowc(&c, text.data(), text.size(), &state);
-    if (length == 0 || length > text.size()) return {1, 1, true};
+    if (length == 0 || length > text.size()) return {1, 1, true, 0};
     const int width = wcwidth(c);
-    return width < 0 ? Glyph{length, 1, true} : Glyph{length, static_cast<std::size_t>(width), false};
+    if (width < 0 || isDirectionControl(c)) return {length, 1, true, c};
+    return {length, static_cast<std::size_t>(width), false, c};
 }
 
 // Longest prefix of at most `width` columns.
@@ -46,6 +54,16 @@ bool isUtf8(std::string_view text) {
         at += length;
     }
     return true;
+}
+
+bool hasDirectionControl(std::string_view text) {
+    constexpr char kFirstByte = '\xE2';  // of each of them
+    for (std::size_t at = 0; (at = text.find(kFirstByte, at)) != text.npos;) {
+        const Glyph glyph = glyphAt(text.substr(at));
+        if (isDirectionControl(glyph.character)) return true;
+        at += glyph.bytes;
+    }
+    return false;
 }
 
 std::string withoutControls(std::string_view text, std::string_view kept) {

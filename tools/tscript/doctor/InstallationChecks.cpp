@@ -2,8 +2,10 @@
 #include <sql.h>
 #include <sqlext.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <array>
+#include <cerrno>
 #include <string>
 #include <string_view>
 
@@ -27,6 +29,8 @@ std::string keyAdvice(const std::string& file) {
     struct stat status {};
     if (stat(file.c_str(), &status) == 0 && (status.st_mode & (S_IRWXG | S_IRWXO)) != 0)
         return "chmod 0600 " + file;
+    if (access(file.c_str(), R_OK) != 0 && errno == EACCES)
+        return "Run tscript as the user of the key file: the user that runs the scripts.";
     return "Restore " + file + " from a backup; for a new installation run: tscript key create";
 }
 

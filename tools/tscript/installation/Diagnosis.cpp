@@ -15,6 +15,7 @@
 #include "HostSettings.h"
 #include "HostSetup.h"
 #include "installation/Account.h"
+#include "installation/CipherKey.h"
 #include "installation/Installation.h"
 #include "installation/ToolLimit.h"
 #include "system/ScratchFile.h"
@@ -101,6 +102,15 @@ std::string driverMessage(const DBBase& db) {
     return text;
 }
 
+// What the query tool wrote to standard error, or how it ended.
+std::string toolCause(const DBBase& db) {
+    std::vector<DVUCause_t> causes;
+    DVU_GetCauses(db, causes);
+    for (const DVUCause_t& cause : causes)
+        if (cause.where == kDVUQueryTool) return cause.text;
+    return "the query tool does not connect";
+}
+
 // A second opinion: FreeTDS's ODBC driver has one message for most failures of a connection. Empty if the
 // tool connects, nothing if it cannot be asked.
 std::optional<std::string> toolMessage(DBBase& db, const SuiteDatabase& database) {
@@ -110,7 +120,9 @@ std::optional<std::string> toolMessage(DBBase& db, const SuiteDatabase& database
         ToolLimit limit;
         const bool isConnected = db.RunStringQuery("SELECT 1", output.path().c_str(), database.name);
         if (limit.expired()) return limit.text();
-        return isConnected ? std::string() : output.content();
+        if (isConnected) return std::string();
+        const std::string message = output.content();
+        return message.empty() ? toolCause(db) : message;
     } catch (const Failure&) {
         return std::nullopt;  // no file can be created in TMPDIR
     }
@@ -126,14 +138,21 @@ bool isRefusal(std::string_view message) {
     return contains(message, kRefusedLogin) || contains(message, kNoDatabase);
 }
 
+std::string adviceOnServer(const SuiteDatabase& database, std::string_view message) {
+    for (const char* word : {"certificate", "encryption", "TLS"})
+        if (contains(message, word)) return "docs/sql-server.md, Reasons, says what to do.";
+    const std::string server = storeText("Database", database.instance);
+    const bool isPortUnknown = contains(server, "\\") && !contains(server, ",");
+    if (isPortUnknown)
+        return std::string("Does the browser service of its host answer (UDP port 1434)? Without it: ") +
+               "tscript config set Database." + database.instance + " HOST,PORT";
+    return std::string("Is it running, and does ") + database.instance + " in the store name it?";
+}
+
 Diagnosis serverUnreachable(const SuiteDatabase& database, const std::string& message) {
-    const bool isTls =
-        contains(message, "certificate") || contains(message, "encryption") || contains(message, "TLS");
-    return notRun(
-        ExitCode::kConnection,
-        std::string("the server of ") + database.name + " cannot be reached:\n" + message,
-        isTls ? "docs/sql-server.md, Reasons, says what to do."
-              : std::string("Is it running, and does ") + database.instance + " in the store name it?");
+    return notRun(ExitCode::kConnection,
+                  std::string("the server of ") + database.name + " cannot be reached:\n" + message,
+                  adviceOnServer(database, message));
 }
 
 Diagnosis serverRefused(const SuiteDatabase& database, const std::string& message) {
@@ -356,5 +375,8 @@ Diagnosis diagnoseDatabase(const std::string& name) {
     if (hasSettings && !db.GetDBUser(host->instance.c_str(), database.name, error) && error.empty())
         return statementFailed(db, database);
     const std::string text = error.empty() ? reason : error;
+    const std::string problem = contains(text, "Failed to decrypt") ? keyProblem() : "";
+    if (!problem.empty())
+        return notRun(ExitCode::kInstallation, problem, "tscript doctor says how to repair it.");
     return notRun(ExitCode::kInstallation, text, settingsAdvice(database, text));
 }

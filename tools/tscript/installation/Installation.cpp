@@ -29,6 +29,8 @@ constexpr SuiteDatabase kDatabases[] = {
     {"VTCloud", "sCLOUDINSTANCE", "pCLOUDACCESS"},
 };
 
+constexpr const char* kTNet = "TNet";
+
 constexpr std::size_t kLongestName = 128;
 constexpr std::size_t kValueCapacity = 8192;  // buffer size for a string value of the store
 
@@ -51,6 +53,10 @@ bool isControl(char c) {
 
 }  // namespace
 
+std::span<const SuiteDatabase> suiteDatabases() {
+    return kDatabases;
+}
+
 const SuiteDatabase& suiteDatabase(std::string_view name) {
     std::string names;
     for (const SuiteDatabase& database : kDatabases) {
@@ -63,8 +69,15 @@ const SuiteDatabase& suiteDatabase(std::string_view name) {
                   "The suite's databases are " + names + ".");
 }
 
+bool isDatabaseOfPackages(const std::string& name) {
+    const auto hasName = [&](const SuiteDatabase& database) {
+        return strcasecmp(name.c_str(), database.name) == 0;
+    };
+    return std::ranges::any_of(kDatabases, hasName) || strcasecmp(name.c_str(), kTNet) == 0;
+}
+
 std::string configuredServer(const std::string& database) {
-    if (database == "TNet") return {};  // the store has no server of its own for it
+    if (database == kTNet) return {};  // the store has no server of its own for it
     std::array<char, kValueCapacity> server{};
     std::string ignored;
     const char* value = suiteDatabase(database).instance;

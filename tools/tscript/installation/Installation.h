@@ -2,6 +2,7 @@
 #pragma once
 
 #include <filesystem>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -13,8 +14,13 @@ struct SuiteDatabase {
     const char* credentials;
 };
 
+std::span<const SuiteDatabase> suiteDatabases();
+
 // Looks a database up by its name, ignoring case. Throws Failure (kUsage) that lists the names.
 const SuiteDatabase& suiteDatabase(std::string_view name);
+
+// Whether a package may name the database, in any case: a suite database, or TNet, which the library knows.
+bool isDatabaseOfPackages(const std::string& name);
 
 // Server of a suite database; empty if the store has none.
 std::string configuredServer(const std::string& database);

@@ -17,7 +17,7 @@ constexpr KnownValue kKnown[] = {
     {"host", "networkTimeout", ValueKind::kNumber},
     {"host", "queryTimeout", ValueKind::kNumber},
     {"host", "replyLimit", ValueKind::kNumber},
-    {"host", "encrypt", ValueKind::kText},
+    {"host", "encrypt", ValueKind::kEncryption},
     {"host", "caFile", ValueKind::kPath},
     {"host", "strictQueryTool", ValueKind::kNumber, 0, 1},
     {"host", "requireSeal", ValueKind::kNumber, 0, 1},
@@ -76,11 +76,14 @@ std::optional<std::int64_t> KnownValue::numberIn(std::string_view text) const {
 
 bool KnownValue::accepts(std::string_view text) const {
     if (kind == ValueKind::kPublicKeys) return hostlayer::unusableSigner(text).empty();
+    if (kind == ValueKind::kEncryption)
+        return text.empty() || text == "verify" || text == "require" || text == "off";
     return kind != ValueKind::kNumber || numberIn(text).has_value();
 }
 
 std::string KnownValue::description() const {
     if (kind == ValueKind::kPublicKeys) return "a list of public keys of 43 characters, separated by blanks";
+    if (kind == ValueKind::kEncryption) return "verify, require or off";
     return "a whole number from " + std::to_string(least) + " to " + std::to_string(most);
 }
 

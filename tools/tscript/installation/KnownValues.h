@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-enum class ValueKind { kText, kNumber, kPath, kPublicKeys };
+enum class ValueKind { kText, kNumber, kPath, kPublicKeys, kEncryption };
 
 struct KnownValue {
     std::string_view key;  // "host", "programs" or a key of an instance
@@ -18,9 +18,9 @@ struct KnownValue {
 
     // The number that the text is; empty if it is none, or out of range.
     std::optional<std::int64_t> numberIn(std::string_view text) const;
-    // Whether a number or a list of public keys can be used; every other text is accepted.
+    // Whether the text can be a value of this kind; true for every kText and kPath.
     bool accepts(std::string_view text) const;
-    // What a number or a list of public keys is: "a whole number from 0 to 3".
+    // What a value that is refused has to be: "a whole number from 0 to 3".
     std::string description() const;
 };
 

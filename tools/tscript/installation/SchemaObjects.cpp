@@ -136,10 +136,7 @@ void createMissing(DBBase& db, const std::string& database, const std::vector<Sc
         if (object.state == ObjectState::kMissing) statements += contentOf(folder / (object.name + ".sql"));
     const ScratchFile file;
     const ScratchFile output;
-    std::ofstream out(file.path(), std::ios::binary);
-    out << statements;
-    out.close();
-    if (!out) throw Failure(ExitCode::kInstallation, file.path() + " cannot be written");
+    file.write(statements);
     if (!db.RunFileQuery_TS(file.path().c_str(), output.path().c_str(), database.c_str(), kNoOptions))
         throw Failure(ExitCode::kInstallation, "the objects cannot be created:\n" + output.content(),
                       "What was created before the message stays; run the command again.");

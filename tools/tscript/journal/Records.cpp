@@ -1,5 +1,8 @@
 #include "journal/Records.h"
 
+#include <limits>
+#include <vector>
+
 #include "console/Console.h"
 #include "console/Outcome.h"
 #include "installation/Diagnosis.h"
@@ -16,6 +19,14 @@ void openRecords(TScriptRecords& records, const std::string& database) {
     if (!isExplained) throw Failure(ExitCode::kConnection, message, diagnosis.advice);
     writeNote(message);
     throw diagnosis.failure();
+}
+
+std::optional<TScriptRun_t> findRun(TScriptRecords& records, int id) {
+    const bool isLargest = id == std::numeric_limits<int>::max();
+    std::vector<TScriptRun_t> page;
+    if (!records.listRuns({}, isLargest ? 0 : id + 1, /*maximum=*/1, page)) throwUnreadable(records);
+    if (page.empty() || page.front().id != id) return std::nullopt;
+    return page.front();
 }
 
 void throwUnreadable(const TScriptRecords& records) {

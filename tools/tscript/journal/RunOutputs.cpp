@@ -15,6 +15,8 @@
 #include <string_view>
 #include <tuple>
 
+#include "HostSettings.h"
+
 namespace {
 
 constexpr int kMostLines = 10;
@@ -245,9 +247,14 @@ RunOutput recordedOutput(const RunRecord& record) {
 std::vector<RunOutput> loggedOutputs(const std::filesystem::path& logFolder, const std::string& database,
                                      const std::vector<TScriptRun_t>& runs) {
     LogScan scan(database, runs);
-    for (int old = kOldLogs; old > 0; --old)
-        scan.read(logFolder / ("ZephraDebug." + std::to_string(old) + ".log"));
-    scan.read(logFolder / "ZephraDebug.log");
+    const std::filesystem::path newest =
+        logFolder / hostlayer::hostSetting("debugLogFile", "ZephraDebug.log");
+    for (int old = kOldLogs; old > 0; --old) {
+        std::filesystem::path rotated = newest;
+        const std::string extension = newest.extension();
+        scan.read(rotated.replace_extension(std::to_string(old) + extension));
+    }
+    scan.read(newest);
     std::vector<LoggedRun> log = scan.takeRuns();
     std::vector<RunOutput> outputs(runs.size());
     std::vector<bool> hasOutput(runs.size() + 1), isUsed(log.size());

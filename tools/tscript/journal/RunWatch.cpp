@@ -2,10 +2,14 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
+#include <iterator>
+#include <limits>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "DVUtilities/DBBase.h"
@@ -60,12 +64,18 @@ ServerSession sessionOf(const std::vector<std::string>& row) {
             .blocker = blocker};
 }
 
+constexpr std::int64_t kRounding = 2;  // of two clocks, in seconds
+
 // The query tool logs in when the row of its run has been written: the session that began next is the run's.
-std::optional<ServerSession> takeSession(std::vector<ServerSession>& sessions, std::int64_t start) {
-    constexpr std::int64_t kEarliest = -2;  // clocks are rounded to seconds
+// One that began when the `next` run had started is not: a killed run has a row without an end and no
+// session.
+std::optional<ServerSession> takeSession(std::vector<ServerSession>& sessions, std::int64_t start,
+                                         std::int64_t next) {
     constexpr std::int64_t kLatest = 10;
-    const auto isOfRun = [start](const ServerSession& session) {
-        return session.begin - start >= kEarliest && session.begin - start <= kLatest;
+    const bool isNextDistinct = next - start > kRounding;
+    const auto isOfRun = [&](const ServerSession& session) {
+        return session.begin - start >= -kRounding && session.begin - start <= kLatest &&
+               (!isNextDistinct || session.begin < next);
     };
     auto best = sessions.end();
     for (auto session = sessions.begin(); session != sessions.end(); ++session)
@@ -84,6 +94,7 @@ class RunWatch {
     std::vector<RunningScript> look();
 
   private:
+    std::vector<TScriptRun_t> openRuns(const std::string& pattern);
     std::vector<ServerSession> sessions();
 
     const WatchOptions& m_options;
@@ -105,18 +116,32 @@ std::vector<ServerSession> RunWatch::sessions() try {
     return {};
 }
 
-std::vector<RunningScript> RunWatch::look() {
+std::vector<TScriptRun_t> RunWatch::openRuns(const std::string& pattern) {
     TScriptRunFilter_t filter;
-    filter.namePattern = m_options.pattern;
+    filter.namePattern = pattern;
     filter.status = 0;
     std::vector<TScriptRun_t> runs;
     if (!m_records.listRuns(filter, /*beforeId=*/0, kMostRuns, runs)) throwUnreadable(m_records);
-    std::vector<ServerSession> all = runs.empty() ? std::vector<ServerSession>() : sessions();
+    return runs;
+}
+
+// A session is looked for among those of all runs, also of runs that the pattern leaves out.
+std::vector<RunningScript> RunWatch::look() {
+    const std::vector<TScriptRun_t> runs = openRuns({});
+    const std::vector<TScriptRun_t> shown = m_options.pattern.empty() ? runs : openRuns(m_options.pattern);
+    const auto isShown = [&](int id) {
+        return std::ranges::any_of(shown, [id](const TScriptRun_t& run) { return run.id == id; });
+    };
+    std::vector<ServerSession> all = shown.empty() ? std::vector<ServerSession>() : sessions();
     std::vector<RunningScript> found;
     for (auto run = runs.rbegin(); run != runs.rend(); ++run) {  // oldest first
         const RunView view(*run, m_options.staleHours);
-        if (view.state == RunState::kRunning)
-            found.push_back({*run, view.seconds, takeSession(all, run->startTime)});
+        const bool isNewest = std::next(run) == runs.rend();
+        const std::int64_t next =
+            isNewest ? std::numeric_limits<std::int64_t>::max() : std::next(run)->startTime;
+        if (view.state != RunState::kRunning) continue;
+        std::optional<ServerSession> session = takeSession(all, run->startTime, next);
+        if (isShown(run->id)) found.push_back({*run, view.seconds, std::move(session)});
     }
     return found;
 }

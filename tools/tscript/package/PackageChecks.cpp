@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "console/IgnoringCase.h"
 #include "console/Outcome.h"
 #include "doctor/CheckList.h"
 #include "installation/Components.h"
@@ -91,6 +92,20 @@ void addFaults(CheckList& list, const std::map<std::string, Fault>& faults) {
         list.addFailure("package " + package, fault.code, fault.what, fault.advice);
 }
 
+// A database usually ignores case: the runs of both packages then have one name in catalogue and journal.
+void addLikeNames(CheckList& list, const std::vector<fs::path>& files) {
+    std::map<std::string, std::string, IgnoringCase> known;
+    for (const fs::path& file : files) {
+        const std::string name = file.stem().string();
+        const auto [first, isNew] = known.emplace(name, name);
+        if (!isNew)
+            list.addWarning("package " + name,
+                            "has the name of " + first->second +
+                                " in other letters; the journal does not tell their runs apart",
+                            "Delete one, or pack it again under another name.");
+    }
+}
+
 bool areAllUndecryptable(const std::map<std::string, Fault>& faults) {
     return std::all_of(faults.begin(), faults.end(),
                        [](const auto& entry) { return entry.second.isUndecryptable; });
@@ -116,6 +131,7 @@ void checkPackages(CheckList& list) {
                                "Restore the key file that they were encrypted with. With both keys: tscript "
                                "repack --old-key FILE --new-key FILE PACKAGES");
     addFaults(list, faults);
+    addLikeNames(list, files);
     list.addGood("packages",
                  std::to_string(files.size() - faults.size()) + " can be decrypted and run at this site");
 }

@@ -18,6 +18,10 @@ std::ifstream openPackageFile(const std::string& file, std::uintmax_t mostGiB) {
     return in;
 }
 
+void requireReadToEnd(const std::ifstream& in, const std::string& file) {
+    if (in.bad()) throw Failure(ExitCode::kInstallation, file + " cannot be read to its end");
+}
+
 std::string packageName(const std::string& file) {
     const std::filesystem::path name = std::filesystem::path(file).filename();
     return (name.extension() == ".sql" ? name.stem() : name).string();

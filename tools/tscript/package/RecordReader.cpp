@@ -24,7 +24,7 @@ bool RecordReader::next(std::string& record) {
     for (;;) {
         m_in.getline(buffer.data(), buffer.size());
         auto length = static_cast<std::size_t>(m_in.gcount());
-        if (m_in.bad()) throw Failure(ExitCode::kInstallation, m_file + " cannot be read to its end");
+        requireReadToEnd(m_in, m_file);
         if (length == 0 && m_in.eof()) return false;
         ++m_line;
         const bool tooLong = m_in.fail() && !m_in.eof();

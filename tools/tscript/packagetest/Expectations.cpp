@@ -123,5 +123,6 @@ std::vector<PackageTest> readExpectations(const std::string& file) {
     std::ifstream in = openPackageFile(file, kMostGiB);
     Reader reader(file);
     for (std::string line; std::getline(in, line);) reader.readLine(line);
+    requireReadToEnd(in, file);
     return reader.finish();
 }

@@ -50,15 +50,6 @@ class FolderLock {
     int m_folder;
 };
 
-void syncFolder(const fs::path& folder) {
-    const int descriptor = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    const bool isSynced = descriptor >= 0 && fsync(descriptor) == 0;
-    const int error = errno;
-    if (descriptor >= 0) close(descriptor);
-    errno = error;
-    if (!isSynced) throwErrno("cannot sync " + folder.string());
-}
-
 // The key's path with the next number that no file has: cipher.key, cipher.key.1, cipher.key.2.
 std::string nextKeyPath(const std::string& path) {
     const std::size_t dot = path.rfind('.');
@@ -126,7 +117,6 @@ void KeyRotation::createKey() {
     const bool hasSameOwner = before.st_uid == now.st_uid && before.st_gid == now.st_gid;
     if (!hasSameOwner && chown(m_result.newKey.c_str(), before.st_uid, before.st_gid) != 0)
         throwErrno("cannot give " + m_result.newKey + " to the owner of the previous key");
-    syncFolder(fs::absolute(m_result.newKey).parent_path());
 }
 
 // Both keys count, and the credentials have the new one, from one version of the store to the next.

@@ -1,13 +1,12 @@
 #include "packing/PlainPackage.h"
 
-#include <strings.h>
-
 #include <algorithm>
 #include <fstream>
 #include <string_view>
 
 #include "PackageSeal.h"
 #include "console/TextWidth.h"
+#include "installation/Installation.h"
 #include "package/PackageFile.h"
 #include "package/PackageParser.h"
 #include "packing/StatementCheck.h"
@@ -29,13 +28,6 @@ constexpr std::string_view kKeys[] = {
     "Creation Time:", "Plexum ID:", "Database Name:", "GUID:", "Developer Name:", "Description:"};
 constexpr std::string_view kNumberKeys[] = {"Creation Time:", "Plexum ID:"};
 constexpr std::string_view kDatabaseKey = "Database Name:";
-constexpr const char* kDatabaseSpellings[] = {"Dorvas", "TNet", "NQ2", "WFEngine", "VTCloud", "HistoryDB"};
-
-bool isDatabase(std::string_view name) {
-    return std::any_of(
-        std::begin(kDatabaseSpellings), std::end(kDatabaseSpellings),
-        [name](const char* known) { return strcasecmp(std::string(name).c_str(), known) == 0; });
-}
 
 bool isNumber(std::string_view text) {
     return !text.empty() && text.find_first_not_of("0123456789") == text.npos;
@@ -56,12 +48,17 @@ class Checker {
   public:
     void checkLine(std::string_view line) {
         ++m_line;
-        if (line.find('\r') != line.npos) error("a carriage return; lines end with a line feed only");
+        if (line.find('\r') != line.npos && m_returnLines++ == 0) m_firstReturnLine = m_line;
         if (line.find('\0') != line.npos) error("a NUL byte; packages are UTF-8 text");
         if (!isUtf8(line)) error("bytes that are not UTF-8; packages are UTF-8 text");
+        if (hasDirectionControl(line))
+            warning("a character that changes the direction of text; the line may not say what it shows");
         if (hostlayer::isSealText(line)) error("begins like the seal of a package");
-        if (m_line == 1 && line.substr(0, 3) == kByteOrderMark)
+        if (m_line == 1 && line.starts_with(kByteOrderMark)) {
             error("a byte order mark; the first marker would not be recognised");
+            line.remove_prefix(kByteOrderMark.size());
+        }
+        if (line.ends_with('\r')) line.remove_suffix(1);  // counted above; the text has findings of its own
         if (!enterSection(line)) checkContent(line);
     }
 
@@ -72,6 +69,10 @@ class Checker {
     }
 
     PackageCheck finish() {
+        if (m_returnLines > 0)  // one finding: a Windows editor writes them in every line
+            m_findings.errors.push_back(
+                {m_firstReturnLine, "a carriage return (in " + std::to_string(m_returnLines) +
+                                        " line(s)); lines end with a line feed only"});
         if (!m_markerSeen) {
             m_findings.errors.push_back({0, "there is no line #START_SCRIPT#"});
         } else if (!m_hasStatements) {
@@ -195,7 +196,7 @@ class Checker {
         m_findings.database = value;
         if (value.front() == ' ') {
             error("a blank after \"Database Name:\"; it would be part of the name");
-        } else if (value.find('\r') == value.npos && !isDatabase(value)) {
+        } else if (!isDatabaseOfPackages(m_findings.database)) {
             remark("there is no database of that name");
         }
     }
@@ -220,6 +221,8 @@ class Checker {
     std::size_t m_variableLine = 0;  // of the first "$("; 0: none
     std::ptrdiff_t m_usageQuotes = 0;
     std::size_t m_quoteLimitLine = 0;  // where counting stopped
+    std::size_t m_returnLines = 0;     // with a carriage return
+    std::size_t m_firstReturnLine = 0;
     std::size_t m_line = 0;
 };
 
@@ -232,6 +235,7 @@ PackageCheck checkPlainPackage(const std::string& file) {
         checker.checkLine(line);
         if (in.eof()) checker.checkUnterminatedLine(line);
     }
+    requireReadToEnd(in, file);
     return checker.finish();
 }
 

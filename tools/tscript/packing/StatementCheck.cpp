@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "installation/Installation.h"
 #include "messages/Messages.h"
 #include "package/Batches.h"
 #include "syntax/Parser.h"
@@ -34,8 +35,7 @@ constexpr CommandRisk kRisks[] = {
     {"reset", "drops the statements before it, up to the last GO"},
 };
 
-constexpr const char* kDatabases[] = {"dorvas",    "tnet",   "nq2",    "wfengine", "vtcloud",
-                                      "historydb", "master", "tempdb", "msdb",     "model"};
+constexpr const char* kSystemDatabases[] = {"master", "tempdb", "msdb", "model"};
 constexpr const char* kSchemas[] = {"dbo", "sys", "information_schema", "inserted", "deleted"};
 
 template <typename Words>
@@ -175,7 +175,9 @@ void findDatabases(const PackageBatch& batch, const std::string& text,
         const std::string name = tsql::unquoted(tokens[i]);
         const Place place{static_cast<std::size_t>(tokens[i].raw.data() - parsed.data()), tokens[i].raw};
         const bool isPlaceholder = text.compare(place.offset, place.word.size(), place.word) != 0;
-        if (isPlaceholder || isOneOf(name, kDatabases) || (!isUsed && isOneOf(name, kSchemas))) continue;
+        const bool isKnown = isDatabaseOfPackages(name) || isOneOf(name, kSystemDatabases) ||
+                             (!isUsed && isOneOf(name, kSchemas));
+        if (isPlaceholder || isKnown) continue;
         findings.push_back(findingAt(batch, text, place, "the suite has no database '" + name + "'"));
     }
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstring>
 #include <optional>
 
 namespace {
@@ -70,6 +71,23 @@ bool isLostConnection(const DVUCause_t& cause) {
 
 using Correction = std::optional<Diagnosis>;
 
+constexpr const char* kRaiseLimits =
+    "A limit of this process or host is reached: raise it (ulimit -a) or end other processes, and run again.";
+
+bool isLackOfResources(int systemError) {
+    return systemError == EMFILE || systemError == ENFILE || systemError == EAGAIN || systemError == ENOMEM;
+}
+
+// A file that cannot be opened for lack of descriptors would count as missing.
+Correction ofLackOfResources(const Diagnosis& first, const RunResult& result) {
+    const DVUCause_t* lack = findCause(
+        result.causes, [](const DVUCause_t& cause) { return isLackOfResources(cause.systemError); });
+    if (lack == nullptr || first.scriptRan) return std::nullopt;
+    return Diagnosis{ExitCode::kInstallation,
+                     lack->subject + " cannot be opened: " + std::strerror(lack->systemError), kRaiseLimits,
+                     /*scriptRan=*/false};
+}
+
 Correction ofSilentTool(const Diagnosis& /*first*/, const RunResult& result) {
     return result.isToolSilent ? Correction(silentTool()) : std::nullopt;
 }
@@ -129,14 +147,6 @@ Correction ofMissingRow(const Diagnosis& first, const RunResult& result) {
 }
 
 constexpr const char* kSetToolPath = "Set the path of sqlcmd under [host.programs] in the store.";
-constexpr const char* kRaiseLimits =
-    "This host has no room for another process now: raise the limits (ulimit -a) or end other processes, and "
-    "run again.";
-
-bool isLackOfResources(int systemError) {
-    return systemError == EMFILE || systemError == ENFILE || systemError == EAGAIN || systemError == ENOMEM;
-}
-
 Correction ofToolNotStarted(const Diagnosis& first, const RunResult& result) {
     const DVUCause_t* notStarted = findCause(result.causes, isToolNotStarted);
     if (notStarted == nullptr || first.code != ExitCode::kScriptFailed) return std::nullopt;
@@ -156,17 +166,26 @@ Correction ofLostConnection(const Diagnosis& first, const RunResult& result) {
         first.scriptRan};
 }
 
+// A command, or a variable of the environment, that a strict query tool refuses.
+bool isRefusalOfTool(const std::string& text) {
+    return text.find(" is disabled by -X1.") != text.npos ||
+           text.ends_with("scripting variable not defined.");
+}
+
 Correction ofUnexplainedTool(const Diagnosis& first, const RunResult& result) {
     const DVUCause_t* main = mainCause(result.causes);
     const bool isUnexplained = main != nullptr && main->where == kDVUQueryTool && main->serverError == 0;
     if (!isUnexplained || first.code != ExitCode::kScriptFailed) return std::nullopt;
-    return Diagnosis{first.code, first.what, "tscript doctor runs a statement through the query tool.",
+    return Diagnosis{first.code, first.what,
+                     isRefusalOfTool(main->text)
+                         ? "Correct the script: tscript lint names what a strict query tool refuses."
+                         : "tscript doctor runs a statement through the query tool.",
                      first.scriptRan};
 }
 
 constexpr Correction (*kCorrections[])(const Diagnosis&, const RunResult&) = {
-    ofSilentTool, ofCutOutput,      ofBadPackage,     ofMissingObject,   ofMissingProcedure,
-    ofMissingRow, ofToolNotStarted, ofLostConnection, ofUnexplainedTool,
+    ofLackOfResources,  ofSilentTool, ofCutOutput,      ofBadPackage,     ofMissingObject,
+    ofMissingProcedure, ofMissingRow, ofToolNotStarted, ofLostConnection, ofUnexplainedTool,
 };
 
 }  // namespace

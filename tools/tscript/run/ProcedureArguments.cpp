@@ -1,12 +1,11 @@
 #include "run/ProcedureArguments.h"
 
-#include <strings.h>
-
 #include <algorithm>
 #include <map>
 #include <string_view>
 
 #include "DVUtilities/TScriptApi.h"
+#include "console/IgnoringCase.h"
 #include "console/Outcome.h"
 #include "console/Pattern.h"
 #include "installation/Account.h"
@@ -17,11 +16,6 @@ namespace {
 
 constexpr char kRowSeparator = '\x12';  // of the library's rows
 
-struct IgnoringCase {
-    bool operator()(const std::string& a, const std::string& b) const {
-        return strcasecmp(a.c_str(), b.c_str()) < 0;
-    }
-};
 using Types = std::map<std::string, std::string, IgnoringCase>;  // "@name" -> type
 
 enum class Literal { kNumber, kHex, kString, kUnicodeString };

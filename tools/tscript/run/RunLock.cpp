@@ -20,6 +20,13 @@ namespace {
 constexpr std::chrono::milliseconds kAttempt{500};  // short: a signal is noticed between two attempts
 constexpr std::chrono::milliseconds kNoWait{0};
 
+// Name of the lock. The server compares names of locks exactly, but those of scripts without regard to case.
+std::string resourceOf(std::string script) {
+    for (char& c : script)
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    return "tscript:" + script;
+}
+
 // Results of the batch that takes the lock.
 constexpr int kGranted = 1;
 constexpr int kHeldByAnother = 2;
@@ -37,7 +44,7 @@ LockMode configuredLockMode(const std::string& script) {
         const std::size_t begin = name.find_first_not_of(' ');
         if (begin == std::string::npos) continue;
         name = name.substr(begin, name.find_last_not_of(' ') + 1 - begin);
-        if (fnmatch(name.c_str(), script.c_str(), 0) == 0) return LockMode::kWait;
+        if (fnmatch(name.c_str(), script.c_str(), FNM_CASEFOLD) == 0) return LockMode::kWait;
     }
     return LockMode::kNone;
 }
@@ -63,8 +70,8 @@ RunLock::RunLock(const std::string& script, const std::string& database, LockMod
 
 bool RunLock::acquire(std::chrono::milliseconds time, const InterruptGuard& guard) {
     const std::string sql =
-        "SET NOCOUNT ON  DECLARE @result int  EXEC @result = sp_getapplock @Resource = N'tscript:" +
-        m_script +
+        "SET NOCOUNT ON  DECLARE @result int  EXEC @result = sp_getapplock @Resource = N'" +
+        resourceOf(m_script) +
         "', @LockMode = 'Exclusive', @LockOwner = 'Session', @LockTimeout = " + std::to_string(time.count()) +
         "  SELECT CASE WHEN @result >= 0 THEN " + std::to_string(kGranted) + " WHEN @result = -1 THEN " +
         std::to_string(kHeldByAnother) + " ELSE 3 END";

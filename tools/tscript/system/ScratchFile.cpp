@@ -62,6 +62,12 @@ std::string ScratchFile::content() const {
     return text;
 }
 
+void ScratchFile::write(std::string_view text) const {
+    std::ofstream out(m_path, std::ios::binary);
+    out << text << std::flush;
+    if (!out) throwWithErrno(m_path + " cannot be written");
+}
+
 void ScratchFile::moveTo(const std::string& target) {
     if (chmod(m_path.c_str(), ordinaryMode()) != 0) throwWithErrno("cannot set the mode of " + m_path);
     renameTo(target);

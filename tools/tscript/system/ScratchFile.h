@@ -3,6 +3,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "system/Interrupt.h"
 
@@ -20,6 +21,8 @@ class ScratchFile {
 
     const std::string& path() const { return m_path; }
     std::string content() const;  // its first 64 KiB
+    // Writes what the file is to hold; may be called once. Throws Failure (kInstallation).
+    void write(std::string_view text) const;
     // Both sync the file and rename it to `target`. Throw Failure (kInstallation).
     void moveTo(const std::string& target);   // with the mode of an ordinary new file
     void replace(const std::string& target);  // with mode and owner of the existing target
