@@ -1,7 +1,6 @@
 // Messages of a script: PRINT, RAISERROR, THROW.
-#include <regex>
-
 #include "execute/Executor.h"
+#include "types/Regex.h"
 
 namespace tsql {
 
@@ -17,9 +16,6 @@ std::string written(const std::string& format, Argument value) {
     if (!made) throw std::bad_alloc();
     return made.get();
 }
-
-// %% or: %, flags, width, precision, size and type. A width or precision of * is an argument.
-const std::regex kConversion(R"(%(%|([-+0# ]{0,9})(\*|\d{0,4})(\.(\*|\d{0,4}))?(?:h|l|I64)?([diouxXs])?))");
 
 // Returns the text of a conversion. next: position of its argument.
 std::string converted(const std::cmatch& conversion, std::string_view rest,
@@ -65,6 +61,9 @@ std::string converted(const std::cmatch& conversion, std::string_view rest,
 // Replaces the conversions in `format` by the arguments: %s, %d, %i, %u, %x, %X, %o and %% with flags, width
 // and precision. Missing arguments become "(null)".
 std::string raiseErrorText(std::string_view format, std::span<const TypedValue> arguments) {
+    // %% or: %, flags, width, precision, size and type. A width or precision of * is an argument.
+    static const std::regex kConversion =
+        compiled(R"(%(%|([-+0# ]{0,9})(\*|\d{0,4})(\.(\*|\d{0,4}))?(?:h|l|I64)?([diouxXs])?))");
     std::string text;
     std::size_t next = 0;
     const char *at = format.data(), *const end = at + format.size();
