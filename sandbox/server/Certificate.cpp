@@ -25,10 +25,10 @@ constexpr long kValidity = 365 * kDay;
 constexpr long kRenewalPeriod = 30 * kDay;  // before the end of the validity
 constexpr long kClockTolerance = kDay;      // of clients whose clock is behind
 
-using Certificate = std::unique_ptr<X509, tds::Deleter<&X509_free>>;
-using Key = std::unique_ptr<EVP_PKEY, tds::Deleter<&EVP_PKEY_free>>;
-using Address = std::unique_ptr<ASN1_OCTET_STRING, tds::Deleter<&ASN1_OCTET_STRING_free>>;
-using Extension = std::unique_ptr<X509_EXTENSION, tds::Deleter<&X509_EXTENSION_free>>;
+using Certificate = std::unique_ptr<X509, tsql::Deleter<&X509_free>>;
+using Key = std::unique_ptr<EVP_PKEY, tsql::Deleter<&EVP_PKEY_free>>;
+using Address = std::unique_ptr<ASN1_OCTET_STRING, tsql::Deleter<&ASN1_OCTET_STRING_free>>;
+using Extension = std::unique_ptr<X509_EXTENSION, tsql::Deleter<&X509_EXTENSION_free>>;
 
 [[noreturn]] void throwTlsError(const std::string& what) {
     throw std::runtime_error(what + ": " + tds::takeTlsErrors());
