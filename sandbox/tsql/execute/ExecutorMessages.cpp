@@ -1,4 +1,5 @@
 // Messages of a script: PRINT, RAISERROR, THROW.
+
 #include "execute/Executor.h"
 #include "types/Regex.h"
 
@@ -61,10 +62,10 @@ std::string converted(const std::cmatch& conversion, std::string_view rest,
 // Replaces the conversions in `format` by the arguments: %s, %d, %i, %u, %x, %X, %o and %% with flags, width
 // and precision. Missing arguments become "(null)".
 std::string raiseErrorText(std::string_view format, std::span<const TypedValue> arguments) {
+    std::string text;
     // %% or: %, flags, width, precision, size and type. A width or precision of * is an argument.
     static const std::regex kConversion =
         compiled(R"(%(%|([-+0# ]{0,9})(\*|\d{0,4})(\.(\*|\d{0,4}))?(?:h|l|I64)?([diouxXs])?))");
-    std::string text;
     std::size_t next = 0;
     const char *at = format.data(), *const end = at + format.size();
     for (std::cregex_iterator found(at, end, kConversion), none; found != none; ++found) {
