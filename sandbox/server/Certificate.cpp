@@ -14,7 +14,7 @@
 #include <cstring>
 #include <ctime>
 
-#include "FileDescriptor.h"
+#include "OpenFile.h"
 #include "types/Text.h"
 
 namespace server {
@@ -25,20 +25,18 @@ constexpr long kValidity = 365 * kDay;
 constexpr long kRenewalPeriod = 30 * kDay;  // before the end of the validity
 constexpr long kClockTolerance = kDay;      // of clients whose clock is behind
 
-using Certificate = std::unique_ptr<X509, tds::Deleter<&X509_free>>;
-using Key = std::unique_ptr<EVP_PKEY, tds::Deleter<&EVP_PKEY_free>>;
-using Address = std::unique_ptr<ASN1_OCTET_STRING, tds::Deleter<&ASN1_OCTET_STRING_free>>;
-using Extension = std::unique_ptr<X509_EXTENSION, tds::Deleter<&X509_EXTENSION_free>>;
-using File = std::unique_ptr<std::FILE, tds::Deleter<&std::fclose>>;
+using Certificate = std::unique_ptr<X509, tsql::Deleter<&X509_free>>;
+using Key = std::unique_ptr<EVP_PKEY, tsql::Deleter<&EVP_PKEY_free>>;
+using Address = std::unique_ptr<ASN1_OCTET_STRING, tsql::Deleter<&ASN1_OCTET_STRING_free>>;
+using Extension = std::unique_ptr<X509_EXTENSION, tsql::Deleter<&X509_EXTENSION_free>>;
 
 [[noreturn]] void throwTlsError(const std::string& what) {
     throw std::runtime_error(what + ": " + tds::takeTlsErrors());
 }
 
 bool isUsable(const CertificateFiles& files, const std::vector<std::string>& names) {
-    const File file(std::fopen(files.certificate.c_str(), "re")),
-        keyFile(std::fopen(files.key.c_str(), "re"));
-    if (!file || !keyFile) return false;
+    const OpenFile file(files.certificate.c_str(), "r"), keyFile(files.key.c_str(), "r");
+    if (!file.isOpen() || !keyFile.isOpen()) return false;
     const Key key(PEM_read_PrivateKey(keyFile.get(), nullptr, nullptr, nullptr));
     const Certificate certificate(PEM_read_X509(file.get(), nullptr, nullptr, nullptr));
     std::time_t renewal = std::time(nullptr) + kRenewalPeriod;
@@ -88,9 +86,8 @@ void replaceFile(const std::filesystem::path& path, Write write) {
     constexpr mode_t kPrivate = 0600;
     const std::filesystem::path replacement = path.string() + ".new";
     ::unlink(replacement.c_str());
-    const int fd = ::open(replacement.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kPrivate);
-    const File file(fd < 0 ? nullptr : ::fdopen(fd, "w"));
-    if (!file) throw std::runtime_error(replacement.string() + ": " + std::strerror(errno));
+    const OpenFile file(FileDescriptor(replacement.c_str(), O_WRONLY | O_CREAT | O_EXCL, kPrivate), "w");
+    if (!file.isOpen()) throw std::runtime_error(replacement.string() + ": " + std::strerror(errno));
     const bool isWritten = write(file.get()) == 1 && std::fflush(file.get()) == 0;
     if (!isWritten) throw std::runtime_error(replacement.string() + " cannot be written");
     std::filesystem::rename(replacement, path);

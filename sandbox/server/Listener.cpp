@@ -149,7 +149,7 @@ void Listener::startSession(FileDescriptor socket, std::uint32_t address) {
     }
     int id = kFirstSessionId;
     while (m_clients.contains(id)) ++id;
-    const auto place = m_clients.emplace(id, Client{std::move(socket), address, ++m_arrivals}).first;
+    const auto place = m_clients.emplace(id, Client{std::move(socket), address}).first;
     try {
         std::thread(&Listener::serve, this, place->second.socket.get(), id).detach();
     } catch (const std::system_error& error) {

@@ -32,7 +32,7 @@ class Listener {
     struct Client {
         FileDescriptor socket;
         std::uint32_t address;
-        std::uint64_t arrival;  // counts up
+        std::chrono::steady_clock::time_point arrival = std::chrono::steady_clock::now();
         State state = State::AwaitsLogin;
     };
 
@@ -43,7 +43,6 @@ class Listener {
     FileDescriptor m_signals;  // a signalfd
     std::mutex m_mutex;
     std::condition_variable m_sessionEnded;
-    std::uint64_t m_arrivals = 0;
     std::map<int, Client> m_clients;  // by session id; a session's thread deletes its entry as its last step
 };
 

@@ -61,16 +61,11 @@ sqlite3_vfs* realSystem = nullptr;
 // What follows SQLite's own data of a temporary file in memory.
 struct Counted {
     const sqlite3_io_methods* real;  // SQLite's own
-    std::int64_t size;
+    std::int64_t size;               // its largest so far
 };
 
 Counted& countedOf(sqlite3_file* file) {
     return *reinterpret_cast<Counted*>(reinterpret_cast<char*>(file) + realSystem->szOsFile);
-}
-
-void setSize(Counted& file, std::int64_t size) {
-    filesUsed += size - file.size;
-    file.size = size;
 }
 
 sqlite3_io_methods countedMethods(const sqlite3_io_methods& real) {
@@ -78,18 +73,16 @@ sqlite3_io_methods countedMethods(const sqlite3_io_methods& real) {
     methods.iVersion = 1;  // without shared memory and mappings
     methods.xWrite = [](sqlite3_file* file, const void* bytes, int count, sqlite3_int64 offset) {
         Counted& counted = countedOf(file);
-        const std::int64_t size = std::max<std::int64_t>(counted.size, offset + count);
-        if (size - counted.size > filesLimit - filesUsed) return SQLITE_FULL;
+        const std::int64_t growth = std::max<std::int64_t>(offset + count - counted.size, 0);
+        if (growth > filesLimit - filesUsed) return SQLITE_FULL;
         const int result = counted.real->xWrite(file, bytes, count, offset);
-        if (result == SQLITE_OK) setSize(counted, size);
-        return result;
-    };
-    methods.xTruncate = [](sqlite3_file* file, sqlite3_int64 size) {
-        setSize(countedOf(file), std::min<std::int64_t>(countedOf(file).size, size));
-        return countedOf(file).real->xTruncate(file, size);
+        if (result != SQLITE_OK) return result;
+        filesUsed += growth;
+        counted.size += growth;
+        return SQLITE_OK;
     };
     methods.xClose = [](sqlite3_file* file) {
-        setSize(countedOf(file), 0);
+        filesUsed -= countedOf(file).size;
         return countedOf(file).real->xClose(file);
     };
     // Hints about the size would have SQLite's own file grow without a write.

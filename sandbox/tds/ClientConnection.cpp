@@ -123,7 +123,8 @@ void ClientConnection::acceptLogin(const Login& login) {
 
 // Returns false when the session has ended.
 bool ClientConnection::serveRequest(const Request& request) {
-    if (request.reset != Request::Reset::None) resetSession(request.reset);
+    const bool resets = (request.status & kStatusReset) != 0;
+    if (resets || (request.status & kStatusResetKeepTransaction) != 0) resetSession(!resets);
     if (request.type == PacketType::Attention) {
         m_response.acknowledgeAttention();
         return true;
@@ -162,11 +163,9 @@ ByteView ClientConnection::withoutHeaders(ByteView data) const {
 }
 
 // Connection pools ask for this before they reuse a connection.
-void ClientConnection::resetSession(Request::Reset reset) {
+void ClientConnection::resetSession(bool keepsTransaction) {
     const std::string previous(m_session->database());
-    const bool keepsTransaction =
-        reset == Request::Reset::KeepTransaction && m_session->resetAroundTransaction(m_initialDatabase);
-    if (!keepsTransaction) {
+    if (!keepsTransaction || !m_session->resetAroundTransaction(m_initialDatabase)) {
         m_session.reset();  // frees what the new session may need, such as locks
         m_session = tsql::openSession(m_engine, m_client, m_initialDatabase, m_sessionId);
     }

@@ -39,7 +39,7 @@ class ClientConnection {
     void refuseLogin(const Login& login, const tsql::SqlError& error);
     bool serveRequest(const Request& request);
     bool execute(const Request& request);
-    void resetSession(Request::Reset reset);
+    void resetSession(bool keepsTransaction);
     bool runCalls(ByteView body);
     template <typename Work>
     bool reportErrors(Work work);

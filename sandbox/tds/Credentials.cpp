@@ -8,26 +8,17 @@
 
 namespace tds {
 
-namespace {
-
-const unsigned char* bytesOf(std::string_view text) {
-    return reinterpret_cast<const unsigned char*>(text.data());
-}
-
-}  // namespace
-
-// A fast hash: it is in memory only, the password's file is readable to whoever can read that memory, and a
-// delay after each refused login limits the guesses of clients.
+// The cheapest hash: it is in memory only, the password's file is readable to whoever can read that memory,
+// and a delay after each refused login limits the guesses of clients.
 Credentials::Credentials(std::string_view name, std::string_view password)
-    : m_name(name), m_key(crypto_auth_KEYBYTES, 0), m_hash(crypto_auth_BYTES, 0) {
-    if (sodium_init() < 0) throw std::runtime_error("the password cannot be hashed");
-    crypto_auth_keygen(m_key.data());
-    crypto_auth(m_hash.data(), bytesOf(password), password.size(), m_key.data());
+    : m_name(name), m_hash(crypto_pwhash_STRBYTES, '\0') {
+    if (sodium_init() < 0 || crypto_pwhash_str(m_hash.data(), password.data(), password.size(),
+                                               crypto_pwhash_OPSLIMIT_MIN, crypto_pwhash_MEMLIMIT_MIN) != 0)
+        throw std::runtime_error("the password cannot be hashed");
 }
 
 bool Credentials::match(std::string_view name, std::string_view password) const {
-    const bool same =
-        crypto_auth_verify(m_hash.data(), bytesOf(password), password.size(), m_key.data()) == 0;
+    const bool same = crypto_pwhash_str_verify(m_hash.c_str(), password.data(), password.size()) == 0;
     return same && tsql::sameText(name, m_name);
 }
 

@@ -8,8 +8,7 @@ namespace tds {
 
 class Credentials {
   public:
-    // Keeps a hash of the password, keyed with random bytes. Throws std::runtime_error if libsodium cannot be
-    // used.
+    // Keeps a salted hash of the password. Throws std::runtime_error if libsodium cannot be used.
     Credentials(std::string_view name, std::string_view password);
 
     // Compares the name without regard to case and the password exactly. A wrong name takes as long as a
@@ -17,9 +16,7 @@ class Credentials {
     bool match(std::string_view name, std::string_view password) const;
 
   private:
-    using Bytes = std::basic_string<unsigned char>;
-    std::string m_name;
-    Bytes m_key, m_hash;
+    std::string m_name, m_hash;
 };
 
 }  // namespace tds

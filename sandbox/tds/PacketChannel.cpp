@@ -12,8 +12,7 @@ namespace tds {
 namespace {
 
 constexpr std::size_t kHeaderSize = 8;
-constexpr std::size_t kReceiveBlock = 32768;
-constexpr std::size_t kSendBlock = 32768;  // several packets in one system call
+constexpr std::size_t kBlock = 32768;  // several packets in one system call
 
 struct MessageLimit {
     PacketType type;
@@ -27,9 +26,7 @@ constexpr MessageLimit kMessageLimits[] = {
     {PacketType::BulkLoad, false, 64UL << 20},   {PacketType::Attention, false, 0},
 };
 
-constexpr std::uint8_t kStatusEndOfMessage = 0x01;
-constexpr std::uint8_t kStatusIgnore = 0x02;
-constexpr std::uint8_t kStatusReset = 0x08, kStatusResetKeepTransaction = 0x10;
+constexpr std::uint8_t kStatusEndOfMessage = 0x01, kStatusIgnore = 0x02;
 
 }  // namespace
 
@@ -58,12 +55,8 @@ Request PacketChannel::readRequest() {
         fillBuffer(kHeaderSize);
         const Header header = peekHeader();
         const std::size_t maxBytes = maxMessageBytes(header.type);
-        using enum Request::Reset;
-        const auto reset = (header.status & kStatusReset) != 0                  ? All
-                           : (header.status & kStatusResetKeepTransaction) != 0 ? KeepTransaction
-                                                                                : None;
         if (isFirst || header.type == PacketType::Attention)
-            request = {.type = header.type, .reset = reset, .data = {}};
+            request = {.type = header.type, .status = header.status, .data = {}};
         else if (header.type != request.type)
             throw ProtocolError("the packets of a message have different types");
         fillBuffer(header.length);
@@ -105,7 +98,7 @@ void PacketChannel::receive(int flags) {
         if (left <= 0 || poll(&readable, 1, static_cast<int>(left)) == 0)
             throw ConnectionClosed("the login timed out");
     }
-    char block[kReceiveBlock];
+    char block[kBlock];
     const ssize_t got = recv(m_socket, block, sizeof block, flags);
     if (got > 0) return appendInput({block, static_cast<std::size_t>(got)});
     const bool nothingYet = errno == EINTR || (!waits && (errno == EAGAIN || errno == EWOULDBLOCK));
@@ -136,7 +129,7 @@ void PacketChannel::startTls(SSL_CTX& context) {
 }
 
 void PacketChannel::send(Bytes& response, Extent extent, PacketType type) {
-    if (extent == Extent::FullPackets && response.size() < kSendBlock) return;
+    if (extent == Extent::FullPackets && response.size() < kBlock) return;
     const std::size_t room = m_packetSize - kHeaderSize;
     ByteWriter wire;
     wire.data().reserve(response.size() + (response.size() / room + 1) * kHeaderSize);

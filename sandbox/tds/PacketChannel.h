@@ -17,12 +17,10 @@ struct ConnectionClosed : std::runtime_error {
 
 // A message from the client, assembled from its packets.
 struct Request {
-    // Whether the session is reset first, with its transaction or without.
-    enum class Reset : std::uint8_t { None, All, KeepTransaction };
     PacketType type;
-    Reset reset = Reset::None;
-    bool isIgnored = false;  // the client cancelled the message while sending it
-    bool isTooLong = false;  // data is empty
+    std::uint8_t status = 0;  // of the first packet: whether the session is reset first
+    bool isIgnored = false;   // the client cancelled the message while sending it
+    bool isTooLong = false;   // data is empty
     Bytes data;
 };
 

@@ -18,6 +18,9 @@ enum class PacketType : std::uint8_t {
     Prelogin = 18
 };
 
+// Bits of a request's status: a pooled connection begins anew, without its transaction or with it.
+constexpr std::uint8_t kStatusReset = 0x08, kStatusResetKeepTransaction = 0x10;
+
 // Protocol versions in ascending order, so that "7.2 or later" is a comparison.
 enum class Version : std::uint32_t {
     V71 = 0x71000001,

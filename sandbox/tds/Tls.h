@@ -7,18 +7,12 @@
 #include <memory>
 
 #include "ByteReader.h"
+#include "types/Finally.h"
 
 namespace tds {
 
-template <auto Free>
-struct Deleter {
-    template <typename T>
-    void operator()(T* object) const {
-        Free(object);
-    }
-};
 // Certificate, key and protocol versions for all connections of a server.
-using TlsContext = std::unique_ptr<SSL_CTX, Deleter<&SSL_CTX_free>>;
+using TlsContext = std::unique_ptr<SSL_CTX, tsql::Deleter<&SSL_CTX_free>>;
 
 // Returns the oldest entry of OpenSSL's error queue as a string and empties the queue.
 std::string takeTlsErrors();
@@ -42,7 +36,7 @@ class TlsSession {
     Bytes takeOutput();
 
   private:
-    std::unique_ptr<SSL, Deleter<&SSL_free>> m_ssl;
+    std::unique_ptr<SSL, tsql::Deleter<&SSL_free>> m_ssl;
     BIO* m_received;  // owned by m_ssl, like m_output
     BIO* m_output;
 };

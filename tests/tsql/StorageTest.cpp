@@ -77,8 +77,7 @@ TEST_F(StorageTest, RestoresABackupUnderAnotherName) {
     EXPECT_EQ(errorOf([&] { restoreDatabase(*m_storage, file, "Copy", false, moved); }), 3154);
     EXPECT_EQ(errorOf([&] { restoreDatabase(*m_storage, file, "shop", false); }), 3159);
     EXPECT_EQ(errorOf([&] { restoreDatabase(*m_storage, file, "Copy", true); }), 1834);
-    const auto open =
-        openDatabaseFile(m_storage->pathOf("copy"));  // sees the restored data, too
+    const auto open = openDatabaseFile(m_storage->pathOf("copy"));  // sees the restored data, too
     restoreDatabase(*m_storage, file, "Copy", true, moved);
     EXPECT_NO_THROW(
         execute(open.get(), "CREATE TABLE c(ok CHECK(ok = 2)); INSERT INTO c SELECT count(*) FROM t"));

@@ -11,19 +11,17 @@ constexpr std::string_view kBackupSet =
 NOT NULL PRIMARY KEY, name nvarchar(128) NULL, database_name nvarchar(128) NULL, backup_start_date datetime
 NULL, backup_finish_date datetime NULL, type char(1) NULL, backup_size numeric(18,0) NULL))";
 
-struct FailingSink final : ResultSink {
-    void message(const Message& message) override {
-        if (message.severity > 10)
-            throw std::runtime_error("cannot prepare the system databases: " + message.text);
-    }
-};
-
 }  // namespace
 
 Engine::Engine(const std::filesystem::path& dataDirectory,
                const std::vector<std::filesystem::path>& backupFolders)
     : storage(dataDirectory, backupFolders) {
-    FailingSink sink;
+    struct final : ResultSink {
+        void message(const Message& message) override {
+            if (message.severity <= 10) return;
+            throw std::runtime_error("cannot prepare the system databases: " + message.text);
+        }
+    } sink;
     Executor executor(storage, locks, {"sa"}, "msdb", 1);
     executor.runBatch(kBackupSet, sink);
 }

@@ -113,7 +113,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     Flow guarded(int line, const std::function<Flow()>& work);
     bool isSkipping() const { return m_settings.parseOnly || m_settings.checkOnly; }
     void check(const Block& block);
-    void check(const Statement& statement);
+    void check(const StatementPtr& statement);  // null: no statement
     template <typename Node>
     void checkNode(const Node& node);
     void checkCall(const Execute& call);

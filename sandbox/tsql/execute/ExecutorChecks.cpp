@@ -26,15 +26,13 @@ void Executor::checkNode(const Node& node) {
     if constexpr (std::is_same_v<Node, Assign>) type = local(node.name).type;
     if constexpr (requires { node.value; })
         if (node.value) translated(*node.value, type);
-    if constexpr (requires { check(*node.then); }) check(*node.then);
-    if constexpr (requires { check(*node.otherwise); })
-        if (node.otherwise) check(*node.otherwise);
-    if constexpr (requires { check(*node.body); }) check(*node.body);
+    if constexpr (requires { check(node.then); }) check(node.then);
+    if constexpr (requires { check(node.otherwise); }) check(node.otherwise);
+    if constexpr (requires { *node.body; }) check(node.body);  // of a loop
     if constexpr (requires { node.statements; }) check(node.statements);
-    if constexpr (requires { node.handler; }) {
-        check(node.attempt);
-        check(node.handler);
-    } else if constexpr (std::is_same_v<Node, Declare>) {
+    if constexpr (requires { node.attempt; }) check(node.attempt);
+    if constexpr (requires { node.handler; }) check(node.handler);
+    if constexpr (std::is_same_v<Node, Declare>) {
         checkVariables(node);
     } else if constexpr (std::is_same_v<Node, Use>) {
         if (!m_storage.exists(node.database)) throw sqlError(kUnknownDatabase, {node.database});
@@ -44,10 +42,8 @@ void Executor::checkNode(const Node& node) {
     } else if constexpr (std::is_same_v<Node, Insert>) {
         const TableInfo target = changedTable(node, node.kVerb);
         const auto columns = insertColumns(target, node.columns, node.defaultValues);
-        if (node.execute)
-            checkCall(std::get<Execute>(node.execute->node));
-        else
-            translated(node, nullptr, target, columns);
+        check(node.execute);
+        if (!node.execute) translated(node, nullptr, target, columns);
     } else if constexpr (std::is_same_v<Node, Execute>) {
         checkCall(node);
     } else if constexpr (std::is_base_of_v<Change, Node>) {
@@ -67,19 +63,20 @@ void Executor::check(const Block& block) {
     if (m_connection.inTransaction() || m_settings.describeOnly) return;
     const Temporarily checking(m_checking, true);
     const Temporarily untilUse(m_frames.back()->database, m_frames.back()->database);
-    for (const auto& statement : block) check(*statement);
+    for (const auto& statement : block) check(statement);
 }
 
 // A missing object is not an error, since it may be created before its statement runs. A temporary table may
 // also be replaced before.
-void Executor::check(const Statement& statement) {
+void Executor::check(const StatementPtr& statement) {
+    if (!statement) return;
     try {
-        std::visit([this](const auto& node) { checkNode(node); }, statement.node);
+        std::visit([this](const auto& node) { checkNode(node); }, statement->node);
     } catch (const SqlError& error) {
         if (error.number == kInvalidObjectName || error.number == kFunctionNotFound ||
             endOf(error.number) != Ends::Scope)
             return;
-        fail(error, statement.line);
+        fail(error, statement->line);
     }
 }
 

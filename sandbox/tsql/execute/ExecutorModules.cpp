@@ -18,6 +18,14 @@ constexpr std::string_view kMissingProcedures =
 constexpr std::size_t kKeptTexts = 256, kLongestKept = 32'768;  // bytes
 constexpr std::size_t kDeepestCall = 33;                        // the batch, and 32 calls
 
+// Type of the object that a module becomes.
+std::string_view typeOf(const CreateModule& module) {
+    if (module.isTrigger()) return kTrigger;
+    if (module.rows) return kRowsFunction;
+    if (module.function) return module.query ? kTableFunction : kFunction;
+    return module.query ? kView : kProcedure;
+}
+
 std::vector<TableColumn> parameterColumns(const CreateModule& module) {
     std::vector<TableColumn> columns;
     if (module.function && !module.query && !module.rows) columns.push_back({{"", module.returns}, {}, true});
@@ -64,11 +72,7 @@ std::vector<TableColumn> Executor::viewColumns(const CreateModule& module) {
 
 // Stores the whole batch as the text of the module, with CREATE instead of ALTER.
 Flow Executor::run(const CreateModule& module) try {
-    const std::string_view type = module.isTrigger() ? kTrigger
-                                  : module.rows      ? kRowsFunction
-                                  : module.function  ? module.query ? kTableFunction : kFunction
-                                  : module.query     ? kView
-                                                     : kProcedure;
+    const std::string_view type = typeOf(module);
     const auto table = module.isTrigger() ? std::optional(tableOfTrigger(module)) : std::nullopt;
     ObjectName name = module.name;
     if (table) name.schema = table->schemaName;

@@ -45,7 +45,6 @@ std::optional<std::int64_t> Executor::counter(const std::string& schema, const s
 
 void Executor::run(const DefineSequence& statement) {
     const ObjectName& name = statement.name;
-    const bool alters = statement.alter;
     const auto has = [&](std::string_view option) { return statement.options.contains(option); };
     const auto set = [&](std::string_view option, std::int64_t& part) {
         if (has(option)) part = *statement.options.at(option);
@@ -54,11 +53,11 @@ void Executor::run(const DefineSequence& statement) {
     if (!isExact(statement.type.id) || statement.type.id == TypeId::Bit || statement.type.scale > 0)
         throw sqlError(kInvalidSequenceType, {name.name});
     if (isWide(statement.type)) throw unsupported("a sequence of more than 18 digits");
-    if (alters && has("START WITH")) throw sqlError(kNotInAlterSequence, {"START WITH"});
+    if (statement.alter && has("START WITH")) throw sqlError(kNotInAlterSequence, {"START WITH"});
     define(name, [&](Catalogue& owner) {
         const auto existing = object(name);
-        if (existing && !alters) throw sqlError(kObjectExists, {name.name});
-        if (!existing && alters) throw sqlError(kInvalidObjectName, {asWritten(name)});
+        if (existing && !statement.alter) throw sqlError(kObjectExists, {name.name});
+        if (!existing && statement.alter) throw sqlError(kInvalidObjectName, {asWritten(name)});
         ObjectInfo stored = existing ? *existing : newObject(owner, name, kSequence);
         if (stored.type != kSequence) throw sqlError(kNotASequence, {asWritten(name)});
         const SqlType type = existing ? owner.columns(stored.id).front().type : statement.type;

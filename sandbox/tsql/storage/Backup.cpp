@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "OpenFile.h"
 #include "storage/Connection.h"
 #include "types/Text.h"
 
@@ -35,14 +36,6 @@ constexpr int kPauseMilliseconds = 100;
     throw sqlError(kBackupDeviceNotOpened, {file.string(), std::to_string(error), std::strerror(error)});
 }
 
-using Stream = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
-
-Stream openStream(const fs::path& file, const char* mode) {
-    Stream stream(std::fopen(file.c_str(), mode), std::fclose);
-    if (!stream) throwCannotOpen(file, errno);
-    return stream;
-}
-
 // Returns fewer bytes than `size` at the end of the file.
 std::string read(std::FILE* stream, std::size_t size) {
     std::string bytes(size, '\0');
@@ -57,11 +50,11 @@ bool isBackup(std::FILE* stream) {
 
 // Opens a backup. Throws SqlError 3241 for another file. Waits for the content of a pipe, although none can
 // be restored, but never beyond `progress`.
-Stream openBackup(const fs::path& file, const Progress& progress) {
-    const int descriptor = ::open(file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-    if (descriptor < 0) throwCannotOpen(file, errno);
-    Stream stream(::fdopen(descriptor, "rb"), std::fclose);
-    for (pollfd content{descriptor, POLLIN, 0}; ::poll(&content, 1, kPauseMilliseconds) == 0;) progress(0);
+OpenFile openBackup(const fs::path& file, const Progress& progress) {
+    OpenFile stream(FileDescriptor(file.c_str(), O_RDONLY | O_NONBLOCK), "rb");
+    if (!stream.isOpen()) throwCannotOpen(file, errno);
+    pollfd content{::fileno(stream.get()), POLLIN, 0};
+    while (::poll(&content, 1, kPauseMilliseconds) == 0) progress(0);
     const bool opened = isBackup(stream.get()) && fs::is_regular_file(file);
     if (std::ferror(stream.get())) throwCannotOpen(file, errno);
     if (!opened) throw sqlError(kBadMediaFamily, {file.string()});
@@ -108,7 +101,8 @@ std::string checksumOf(std::FILE* stream, std::uintmax_t size, const Progress& p
 }
 
 void appendChecksum(const fs::path& file, const Progress& progress) {
-    const Stream stream = openStream(file, "rb+e");
+    const OpenFile stream(file.c_str(), "rb+");
+    if (!stream.isOpen()) throwCannotOpen(file, errno);
     const std::string sum = checksumOf(stream.get(), fs::file_size(file), progress);
     std::fseek(stream.get(), 0, SEEK_END);
     if (std::fwrite(sum.data(), 1, sum.size(), stream.get()) != sum.size() ||
@@ -172,7 +166,8 @@ BackupHeader backupDatabase(const Storage& storage, std::string_view database, c
     if (fs::is_other(file, ignored))
         throwCannotOpen(file, EINVAL);  // the backup would replace the device file
     if (fs::is_regular_file(file, ignored) && !fs::is_empty(file)) {
-        const Stream old = openStream(file, "rbe");
+        const OpenFile old(file.c_str(), "rb");
+        if (!old.isOpen()) throwCannotOpen(file, errno);
         if (!isBackup(old.get())) throw sqlError(kNotABackupSet, {file.string()});
     }
     TemporaryFile whole(file);
@@ -209,7 +204,7 @@ BackupHeader readBackupHeader(const fs::path& file, const Progress& progress) {
 }
 
 void verifyBackup(const fs::path& file, const Progress& progress) {
-    const Stream stream = openBackup(file, progress);
+    const OpenFile stream = openBackup(file, progress);
     const std::uintmax_t size = fs::file_size(file);
     const std::string sum = checksumOf(stream.get(), size - kChecksum, progress);
     if (read(stream.get(), kChecksum) != sum) throw sqlError(kBackupReadFailed, {file.string()});

@@ -13,6 +13,8 @@
 #include <string_view>
 #include <vector>
 
+#include "types/Finally.h"
+
 namespace tsql {
 
 // Error of SQLite: the extended result code and its text.
@@ -22,10 +24,7 @@ struct SqliteFailure : std::runtime_error {
         : SqliteFailure(sqlite3_extended_errcode(connection), action + sqlite3_errmsg(connection)) {}
     int code;
 };
-struct SqliteCloser {
-    void operator()(sqlite3* connection) const { sqlite3_close_v2(connection); }
-};
-using SqliteConnection = std::unique_ptr<sqlite3, SqliteCloser>;
+using SqliteConnection = std::unique_ptr<sqlite3, Deleter<&sqlite3_close_v2>>;
 
 // Opens a database file, which SQLITE_OPEN_CREATE makes when it is missing: WAL, foreign keys on, a busy
 // time-out of 10 s. Throws as openFile().

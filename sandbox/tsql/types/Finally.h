@@ -1,4 +1,4 @@
-// Scope guards.
+// Scope guards and owners.
 #pragma once
 
 #include <utility>
@@ -24,6 +24,15 @@ struct [[nodiscard]] Temporarily {
         : place(variable), before(std::exchange(variable, std::forward<Other>(value))) {}
     ~Temporarily() { place = std::move(before); }
     Temporarily(Temporarily&&) = delete;  // neither moved nor copied
+};
+
+// Deleter of std::unique_ptr for what a C library frees by a function.
+template <auto Free>
+struct Deleter {
+    template <typename T>
+    void operator()(T* object) const {
+        Free(object);
+    }
 };
 
 }  // namespace tsql
