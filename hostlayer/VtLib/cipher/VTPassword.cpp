@@ -14,6 +14,7 @@
 #include "cipher/Base64.h"
 #include "cipher/CipherKey.h"
 #include "cipher/Nonces.h"
+#include "store/Store.h"
 
 // Format of a record:
 //
@@ -163,15 +164,21 @@ bool VTPassword::Impl::decryptWithOtherKey(std::string_view mark, char* plain) {
 
 namespace {
 
-// Logs the error and notes it as a cause. The subject of an error of the key is the key file.
+// Logs the error and notes it as a cause. The subject of an error of the key is the key file, or the store that
+// names none.
 void report(VTPassword::Error error, std::string_view mark) {
-    const char* text = hostlayer::cipherErrorText(error);
     const bool isKeyError = error >= VTPassword::kKeyNotConfigured && error <= VTPassword::kKeyMalformed;
     const bool isRecordOfFile = mark == kFileMark && !isKeyError;
-    EvDebug().DebugLevel(kErrorDebugLevel, "Cipher: %s", text);
-    VtNoteCause({.place = isRecordOfFile ? VtCause::kPackage : VtCause::kConfiguration,
-                 .subject = isKeyError ? hostlayer::cipherKeyPath() : "",
-                 .text = text});
+    VtCause cause{.place = isRecordOfFile ? VtCause::kPackage : VtCause::kConfiguration,
+                  .text = hostlayer::cipherErrorText(error)};
+    if (isKeyError) cause.subject = hostlayer::cipherKeyPath();
+    if (error == VTPassword::kKeyNotConfigured) {
+        const auto store = hostlayer::currentStore();
+        cause.subject = store->path;
+        if (!store->content) cause.text = store->problem;  // its settings are not known
+    }
+    EvDebug().DebugLevel(kErrorDebugLevel, "Cipher: %s", cause.text.c_str());
+    VtNoteCause(cause);
 }
 
 // Returns 1 for success. Otherwise reports the error, empties the output buffer and returns 0.
