@@ -2,6 +2,7 @@
 
 #include <sodium.h>
 
+#include <cerrno>
 #include <cstring>
 #include <string>
 #include <string_view>
@@ -164,12 +165,13 @@ bool VTPassword::Impl::decryptWithOtherKey(std::string_view mark, char* plain) {
 
 namespace {
 
-// Logs the error and notes it as a cause. The subject of an error of the key is the key file, or the store that
-// names none.
-void report(VTPassword::Error error, std::string_view mark) {
+// Logs the error and notes it as a cause. The subject of an error of the key is the key file, or the store
+// that names none. `systemError`: errno of a key file that cannot be read.
+void report(VTPassword::Error error, int systemError, std::string_view mark) {
     const bool isKeyError = error >= VTPassword::kKeyNotConfigured && error <= VTPassword::kKeyMalformed;
     const bool isRecordOfFile = mark == kFileMark && !isKeyError;
     VtCause cause{.place = isRecordOfFile ? VtCause::kPackage : VtCause::kConfiguration,
+                  .systemError = systemError,
                   .text = hostlayer::cipherErrorText(error)};
     if (isKeyError) cause.subject = hostlayer::cipherKeyPath();
     if (error == VTPassword::kKeyNotConfigured) {
@@ -177,14 +179,16 @@ void report(VTPassword::Error error, std::string_view mark) {
         cause.subject = store->path;
         if (!store->content) cause.text = store->problem;  // its settings are not known
     }
-    EvDebug().DebugLevel(kErrorDebugLevel, "Cipher: %s", cause.text.c_str());
+    const std::string reason = systemError != 0 ? std::string(": ") + std::strerror(systemError) : "";
+    EvDebug().DebugLevel(kErrorDebugLevel, "Cipher: %s%s", cause.text.c_str(), reason.c_str());
     VtNoteCause(cause);
 }
 
 // Returns 1 for success. Otherwise reports the error, empties the output buffer and returns 0.
 int resultOf(VTPassword::Error error, std::string_view mark, char* output, const unsigned long* size) {
+    const int systemError = error == VTPassword::kKeyUnreadable ? errno : 0;
     if (error == VTPassword::kNoError) return 1;
-    report(error, mark);
+    report(error, systemError, mark);
     if (output != nullptr && size != nullptr && *size > 0) *output = '\0';
     return 0;
 }
