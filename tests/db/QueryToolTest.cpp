@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <filesystem>
+#include <fstream>
 #include <string>
 
 #include "DVUtilities/DBBase.h"
@@ -109,10 +111,12 @@ TEST_F(QueryTool, CausesAreUtf8) {
     !defined(__SANITIZE_THREAD__)  // their runtimes take memory as they like
 TEST_F(QueryTool, LackOfMemoryIsACause) {
     support::writeFile(output, "");
-    std::filesystem::resize_file(output, std::size_t{1} << 30);
+    std::filesystem::resize_file(output, std::size_t{128} << 20);
+    unsigned long pages = 0;
+    std::ifstream("/proc/self/statm") >> pages;
     rlimit before{};
     ASSERT_EQ(getrlimit(RLIMIT_AS, &before), 0);
-    const rlimit small{std::size_t{1} << 30, before.rlim_max};
+    const rlimit small{pages * static_cast<unsigned long>(getpagesize()) + (24U << 20), before.rlim_max};
     std::vector<std::string> rows;
     ASSERT_EQ(setrlimit(RLIMIT_AS, &small), 0);
     const bool isRead = db.parseOutputFile(std::string(output).data(), rows, 1);
