@@ -108,7 +108,7 @@ class StoreCache {
         std::string text;
         std::string problem;
         const bool isRead = readBounded(path, kMaxStoreBytes, text, problem);
-        // A reason why a file cannot be read, too few descriptors for example, may pass without a change of it.
+        // What kept the file from being read may pass without changing it: too few descriptors, for example.
         const bool isMissing = identity == FileIdentity();
         state->isIdentityReliable = (isRead || isMissing) && isReliable(identity);
         if (isRead && parseStore(text, *content, problem)) {
