@@ -1,6 +1,7 @@
 #include "Odbc.h"
 
 #include <algorithm>
+#include <limits>
 #include <mutex>
 #include <string>
 #include <string_view>
@@ -16,6 +17,8 @@ namespace {
 
 constexpr SQLSMALLINT kMaxRecords = 1000;         // a batch may print any number of lines
 constexpr std::size_t kUsualMessageLength = 512;  // UTF-16 units
+// UTF-16 units that fit beside the NUL into a buffer whose size ODBC counts in 16 bits.
+constexpr std::size_t kLongestMessage = std::numeric_limits<SQLSMALLINT>::max() - 1;
 
 // Fields that drivers for SQL Server add to a record. FreeTDS has kLine and kState, and returns the severity
 // as kState.
@@ -50,13 +53,17 @@ bool readRecord(SQLSMALLINT type, SQLHANDLE handle, SQLSMALLINT number, Record& 
         return ::SQLGetDiagRecW(type, handle, number, odbcText(state), &native, odbcText(message),
                                 static_cast<SQLSMALLINT>(message.size()), &length);
     };
+    // A message that is longer has a negative length.
+    const auto lengthThatFits = [&length] {
+        return length < 0 ? kLongestMessage : std::min(static_cast<std::size_t>(length), kLongestMessage);
+    };
     SQLRETURN result = read();
-    if (SQL_SUCCEEDED(result) && static_cast<std::size_t>(length) >= message.size()) {
-        message.resize(static_cast<std::size_t>(length) + 1);
+    if (SQL_SUCCEEDED(result) && lengthThatFits() >= message.size()) {
+        message.resize(lengthThatFits() + 1);
         result = read();
     }
     if (!SQL_SUCCEEDED(result)) return false;
-    message.resize(static_cast<std::size_t>(length));
+    message.resize(lengthThatFits());
     record = {toUtf8(state), static_cast<int>(native), toUtf8(message)};
     return true;
 }

@@ -11,7 +11,8 @@ class TScript;
 class TScriptRecords;
 struct DVUCauseList;
 
-// Values of DVUCause_t::where.
+// Values of DVUCause_t::where. 0: not known, because the operation was stopped, most likely for lack of
+// memory.
 inline constexpr int kDVUConnection = 1;  // connecting, or a lost connection
 inline constexpr int kDVUStatement = 2;   // a statement over the direct connection
 inline constexpr int kDVUQueryTool = 3;   // the query tool, or a statement that it ran

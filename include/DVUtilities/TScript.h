@@ -109,7 +109,7 @@ class DVU_EXPORT TScript {
     //
     // Only executions of scripts with an audit level above 0 are recorded in the journal, with
     // `recordedInput` (null or empty: the arguments). `userId`: the user of the run; a secured script needs
-    // one other than 0.
+    // one other than 0. A script whose type cannot be read from the catalogue is not executed.
     //
     // The tool's output is added to getOutput(), after a failure as well. After a success a message of
     // success follows, without a line break at its end. If no output file can be created, the journal's row
@@ -160,6 +160,7 @@ class DVU_EXPORT TScript {
     std::int32_t m_contentType = 0;
     std::int32_t m_auditLevel = 0;
     bool m_secured = false;
+    bool m_typeRead = false;  // m_secured is known
     std::int32_t m_userId = 0;
     std::string m_creationText;        // last result of getCreation()
     DVUCauseList* m_causes = nullptr;  // owned; of the last operation, null after a success

@@ -4,7 +4,9 @@
 #include <new>
 #include <system_error>
 
+#include "CommonMessages.h"
 #include "EvDebug.h"
+#include "Utf8.h"
 
 namespace {
 
@@ -54,8 +56,11 @@ void noteOfPlatform(const VtCause& cause) {
 
 void noteCause(DVUCause_t cause) noexcept {
     ++notedCauses;
-    for (std::string* text : {&cause.sqlState, &cause.procedure, &cause.server, &cause.subject, &cause.text})
+    for (std::string* text :
+         {&cause.sqlState, &cause.procedure, &cause.server, &cause.subject, &cause.text}) {
+        guarded([text] { repairUtf8(*text); });
         cutText(*text);
+    }
     for (CauseCollector* collector = innermost; collector != nullptr; collector = collector->m_outer) {
         std::vector<DVUCause_t>& causes = collector->causes();
         if (causes.size() < kMaxCauses && !contains(causes, cause)) guarded([&] { causes.push_back(cause); });
@@ -83,6 +88,10 @@ void reportConfiguration(const char* key, const char* valueName, const char* tex
         reportCause(
             {.where = kDVUConfiguration, .subject = std::string(key) + '\\' + valueName, .text = text});
     });
+}
+
+void noteException() noexcept {
+    guarded([] { noteCause({.text = common_messages::kStopped}); });
 }
 
 CauseCollector::CauseCollector() noexcept : m_outer(std::exchange(innermost, this)) {

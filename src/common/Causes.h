@@ -15,8 +15,8 @@ struct DVUCauseList {
     std::vector<DVUCause_t> causes;
 };
 
-// Adds a cause to all collectors of this thread; without one it is dropped. Longer strings are cut. A cause
-// for which memory is short is lost.
+// Adds a cause to all collectors of this thread; without one it is dropped. Bytes that are not UTF-8 become
+// U+FFFD, and longer strings are cut. A cause for which memory is short is lost.
 void noteCause(DVUCause_t cause) noexcept;
 
 // noteCause(), and an error entry in the debug log.
@@ -27,6 +27,9 @@ void reportFileFailure(const std::string& path, int error) noexcept;
 
 // reportCause() for a value of the configuration.
 void reportConfiguration(const char* key, const char* valueName, const char* text) noexcept;
+
+// Notes that an exception has ended an operation. The cause has no place.
+void noteException() noexcept;
 
 // Collects this thread's causes, the platform layer's included, while it exists. Collectors nest.
 class CauseCollector {
@@ -61,11 +64,24 @@ class ExplainedStep {
     std::size_t m_before;
 };
 
-// guarded(), with the causes of a failure kept in `kept`.
+// guarded(); an exception is noted as a cause.
+template <typename Result, typename Work>
+Result explained(Result failure, Work&& work) noexcept {
+    bool hasEnded = false;
+    Result result = guarded(failure, [&] {
+        Result returned = std::forward<Work>(work)();
+        hasEnded = true;
+        return returned;
+    });
+    if (!hasEnded) noteException();
+    return result;
+}
+
+// explained(), with the causes of a failure kept in `kept`.
 template <typename Result, typename Work>
 Result collected(DVUCauseList*& kept, Result failure, Work&& work) noexcept {
     CauseCollector collector;
-    Result result = guarded(failure, std::forward<Work>(work));
+    Result result = explained(failure, std::forward<Work>(work));
     collector.keepIn(kept, result == failure);
     return result;
 }

@@ -29,6 +29,7 @@ inline constexpr char kLineNotDecrypted[] = "Line %s cannot be decrypted.";
 inline constexpr char kBrokenLine[] = "Line %s is cut off or holds a NUL byte.";
 inline constexpr char kNoRecord[] = "The package has no record.";
 inline constexpr char kSameFile[] = "Source and target are the same file.";
+inline constexpr char kStopped[] = "The operation was stopped, most likely for lack of memory.";
 inline constexpr char kValueMissing[] = "The value is missing or empty.";
 
 }  // namespace common_messages

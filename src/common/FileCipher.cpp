@@ -11,7 +11,6 @@
 #include "Causes.h"
 #include "CommonMessages.h"
 #include "DVUtilities/commonFunc.h"
-#include "ExceptionGuard.h"
 #include "FX.h"
 #include "OpenFile.h"
 #include "TextAsFormat.h"
@@ -199,7 +198,7 @@ bool DecryptFile(const char* sourceFile, const char* targetFile, std::string& er
 bool EncryptDecryptFile(const char* sourceFile, const char* targetFile, std::string& errorText,
                         bool encrypt) {
     if (sourceFile == nullptr || targetFile == nullptr) return false;
-    return guarded(false, [&] {
+    return explained(false, [&] {
         if (isSameFile(sourceFile, targetFile)) {
             reportCause({.where = kDVUFile, .subject = targetFile, .text = common_messages::kSameFile});
             errorText = FXString::Format(common_messages::kCannotOpenCipherFile, targetFile);

@@ -33,6 +33,7 @@ ScriptParts partsOf(TScript& script) {
             .entry = {.id = script.m_tscriptId,
                       .auditLevel = script.m_auditLevel,
                       .secured = script.m_secured,
+                      .typeRead = script.m_typeRead,
                       .fromPackage = script.m_fromPackage},
             .package = {.path = script.m_sqlFilePath,
                         .fileHash = script.m_packageHash,

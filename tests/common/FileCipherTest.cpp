@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <string>
 
 #include "DVUtilities/Diagnostics.h"
@@ -139,8 +140,18 @@ TEST_F(FileCipher, FailuresAreReported) {
     EXPECT_EQ(causes[0].text, "the text is not an encrypted record");
     EXPECT_EQ(causes[1].subject + ": " + causes[1].text, secret + ": Line 1 cannot be decrypted.");
     std::filesystem::remove(installation.folder("cipher.key"));
+    collector.clear();
     EXPECT_FALSE(EncryptFile(plain.c_str(), secret.c_str(), error));
+    collector.get(causes);
+    ASSERT_EQ(causes.size(), 2U);
+    EXPECT_EQ(causes[0].systemError, ENOENT);
     EXPECT_EQ(error, "EncryptFile failed with error [" + std::to_string(VTPassword::kKeyUnreadable) + "]");
+    ::setenv("ZEPHRA_REGISTRY", "/no/store", 1);
+    collector.clear();
+    EXPECT_FALSE(EncryptFile(plain.c_str(), secret.c_str(), error));
+    collector.get(causes);
+    ASSERT_EQ(causes.size(), 2U);
+    EXPECT_EQ(causes[0].text, "Configuration store [/no/store]: No such file or directory");
 }
 
 }  // namespace

@@ -1,7 +1,10 @@
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <filesystem>
+#include <fstream>
 #include <string>
 
 #include "DVUtilities/DBBase.h"
@@ -91,6 +94,39 @@ TEST_F(QueryTool, MessagesOfAnEarlierRunAreNoCauses) {
     ASSERT_EQ(causes.size(), 1U);
     EXPECT_EQ(causes[0].systemError, ENOENT);
 }
+
+// The tool's messages may be cut within a character, or have the encoding of another locale.
+TEST_F(QueryTool, CausesAreUtf8) {
+    const std::string tool = installation.folder("tool");
+    support::writeFile(tool, "#!/bin/sh\nprintf 'Gr\\374\\303\\237e \\342\\202' >&2\nexit 1\n");
+    std::filesystem::permissions(tool, std::filesystem::perms::owner_all);
+    EXPECT_FALSE(db.StartProcess(tool.c_str(), 0xFFFFFFFFU));
+    std::vector<DVUCause_t> causes;
+    DVU_GetCauses(db, causes);
+    ASSERT_EQ(causes.size(), 1U);
+    EXPECT_EQ(causes[0].text, "Gr\uFFFDße \uFFFD\uFFFD");
+}
+
+#if !defined(__SANITIZE_ADDRESS__) && \
+    !defined(__SANITIZE_THREAD__)  // their runtimes take memory as they like
+TEST_F(QueryTool, LackOfMemoryIsACause) {
+    support::writeFile(output, "");
+    std::filesystem::resize_file(output, std::size_t{128} << 20);
+    unsigned long pages = 0;
+    std::ifstream("/proc/self/statm") >> pages;
+    rlimit before{};
+    ASSERT_EQ(getrlimit(RLIMIT_AS, &before), 0);
+    const rlimit small{pages * static_cast<unsigned long>(getpagesize()) + (24U << 20), before.rlim_max};
+    std::vector<std::string> rows;
+    ASSERT_EQ(setrlimit(RLIMIT_AS, &small), 0);
+    const bool isRead = db.parseOutputFile(std::string(output).data(), rows, 1);
+    ASSERT_EQ(setrlimit(RLIMIT_AS, &before), 0);
+    std::vector<DVUCause_t> causes;
+    DVU_GetCauses(db, causes);
+    ASSERT_TRUE(!isRead && causes.size() == 1);
+    EXPECT_EQ(causes[0].text, "The operation was stopped, most likely for lack of memory.");
+}
+#endif
 
 TEST_F(QueryTool, EachRunnerReportsAFailureInItsOwnWords) {
     support::writeFile(installation.folder("in.sql"), "SELECT 1\n");

@@ -1,6 +1,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -66,6 +67,24 @@ TEST_F(Process, SplitsTheCommandLineByDoubleQuotesAlone) {
         EXPECT_TRUE(split == nullptr || result.error == words) << result.error;
     }
 }
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)  // their runtimes open descriptors
+// poll() refuses more descriptors than the limit permits.
+TEST_F(Process, EndsWithoutPoll) {
+    std::string error(64, '#');
+    VtProcess process;
+    ASSERT_TRUE(process.Start("/bin/sh", "sh -c \"sleep 0.1; exit 3\"", error.data(), 64, 0)) << error;
+    rlimit before{};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
+    const rlimit one{1, before.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &one), 0);
+    int exitCode = -1;
+    const bool isEnded = process.Wait(&exitCode, error.data(), 64, 5'000);
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &before), 0);
+    EXPECT_TRUE(isEnded) << error;
+    EXPECT_EQ(exitCode, 3);
+}
+#endif
 
 TEST_F(Process, ReportsHowTheChildEnded) {
     struct Case {

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <atomic>
 #include <chrono>
@@ -128,6 +129,22 @@ TEST(Store, ReadsAChangedFileAgainAndKeepsTheLastGoodContent) {
     store.write("[Instance001.Base]\nsText = 'four'\n");
     EXPECT_EQ(text("Base", "sText"), "four");
 }
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)  // their runtimes open descriptors
+// The failure is not remembered for the unchanged file.
+TEST(Store, IsReadAgainAfterTooFewDescriptors) {
+    const TestStore store("[Instance001.Base]\nsText = 'one'\n");
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));  // a young file is read again in any case
+    rlimit before{};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
+    const rlimit none{0, before.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+    const std::string failed = text("Base", "sText");
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &before), 0);
+    EXPECT_EQ(failed, "failed, unset");
+    EXPECT_EQ(text("Base", "sText"), "one");
+}
+#endif
 
 // A key of 50,000 levels between `start` and `end`.
 std::string deepKey(const std::string& start, const std::string& end) {

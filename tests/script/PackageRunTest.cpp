@@ -595,12 +595,17 @@ TEST_F(PackageRun, LackOfMemoryIsReported) {
     getrlimit(RLIMIT_AS, &before);
     const rlimit small{pages * static_cast<unsigned long>(getpagesize()) + kSpare, before.rlim_max};
     for (const char* name : {"largebody", "largeoutput"}) {
+        const DVUCauses collector;
         setrlimit(RLIMIT_AS, &small);
         const Result result = runPackage(name);
         setrlimit(RLIMIT_AS, &before);
         EXPECT_FALSE(result.done);
         EXPECT_EQ(result.output.find("\nThe operation was stopped, most likely for lack of memory."), 0U)
             << result.output.substr(0, 200);
+        std::vector<DVUCause_t> causes;
+        collector.get(causes);
+        ASSERT_EQ(causes.size(), 1U);
+        EXPECT_EQ(causes[0].text, "The operation was stopped, most likely for lack of memory.");
     }
     EXPECT_EQ(lastRun("largeoutput"), "1|0|");
     writePackage("replaced", packageOf("PRINT 'first'\n"));

@@ -89,6 +89,15 @@ TEST_F(ProcedureRuns, ASecuredTscriptRunsForAUser) {
               "7|");
 }
 
+// -1 has the bit of a secured script, and is also what a read that fails returns.
+TEST_F(ProcedureRuns, AScriptOfUnknownTypeIsNotRun) {
+    query("UPDATE ZpTscripts SET type = -1 WHERE name = 'tsSwitchNode' SELECT 1", 1);
+    const Result result = runProcedure("tsSwitchNode", 1, "'spare', 1");
+    query("UPDATE ZpTscripts SET type = 10 WHERE name = 'tsSwitchNode' SELECT 1", 1);
+    EXPECT_FALSE(result.done);
+    EXPECT_EQ(result.output, "\nFailed to read whether the tscript is secured.\n");
+}
+
 TEST_F(ProcedureRuns, AnEndIsRecordedOnlyAfterAStart) {
     TScript script;
     ASSERT_TRUE(script.isTscriptSP("tsEventSummary", "Dorvas"));

@@ -41,7 +41,7 @@ class CipherKey {
     bool m_isLoaded = false;
 };
 
-// Reads a file of exactly `size` bytes that only its owner can access.
+// Reads a file of exactly `size` bytes that only its owner can access. kKeyUnreadable leaves errno.
 VTPassword::Error readKeyFile(const std::string& path, unsigned char* bytes, std::size_t size);
 
 // Creates such a file with mode 0600; an existing file is never overwritten. False, with the reason in

@@ -15,7 +15,7 @@
 #include "cipher/Base64.h"
 #include "cipher/CipherKey.h"
 #include "cipher/Nonces.h"
-#include "files/FileAccess.h"
+#include "store/Store.h"
 
 // Format of a record:
 //
@@ -165,28 +165,30 @@ bool VTPassword::Impl::decryptWithOtherKey(std::string_view mark, char* plain) {
 
 namespace {
 
-// Why the file cannot be opened, as errno; 0 if it can be now.
-int openError(const std::string& path) {
-    return hostlayer::openWithoutBlocking(path) ? 0 : errno;
-}
-
-// Logs the error and notes it as a cause. The subject of an error of the key is the key file.
-void report(VTPassword::Error error, std::string_view mark) {
-    const char* text = hostlayer::cipherErrorText(error);
+// Logs the error and notes it as a cause. The subject of an error of the key is the key file, or the store
+// that names none. `systemError`: errno of a key file that cannot be read.
+void report(VTPassword::Error error, int systemError, std::string_view mark) {
     const bool isKeyError = error >= VTPassword::kKeyNotConfigured && error <= VTPassword::kKeyMalformed;
     const bool isRecordOfFile = mark == kFileMark && !isKeyError;
-    EvDebug().DebugLevel(kErrorDebugLevel, "Cipher: %s", text);
-    const std::string keyFile = isKeyError ? hostlayer::cipherKeyPath() : "";
-    VtNoteCause({.place = isRecordOfFile ? VtCause::kPackage : VtCause::kConfiguration,
-                 .systemError = error == VTPassword::kKeyUnreadable ? openError(keyFile) : 0,
-                 .subject = keyFile,
-                 .text = text});
+    VtCause cause{.place = isRecordOfFile ? VtCause::kPackage : VtCause::kConfiguration,
+                  .systemError = systemError,
+                  .text = hostlayer::cipherErrorText(error)};
+    if (isKeyError) cause.subject = hostlayer::cipherKeyPath();
+    if (error == VTPassword::kKeyNotConfigured) {
+        const auto store = hostlayer::currentStore();
+        cause.subject = store->path;
+        if (!store->content) cause.text = store->problem;  // its settings are not known
+    }
+    const std::string reason = systemError != 0 ? std::string(": ") + std::strerror(systemError) : "";
+    EvDebug().DebugLevel(kErrorDebugLevel, "Cipher: %s%s", cause.text.c_str(), reason.c_str());
+    VtNoteCause(cause);
 }
 
 // Returns 1 for success. Otherwise reports the error, empties the output buffer and returns 0.
 int resultOf(VTPassword::Error error, std::string_view mark, char* output, const unsigned long* size) {
+    const int systemError = error == VTPassword::kKeyUnreadable ? errno : 0;
     if (error == VTPassword::kNoError) return 1;
-    report(error, mark);
+    report(error, systemError, mark);
     if (output != nullptr && size != nullptr && *size > 0) *output = '\0';
     return 0;
 }

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <thread>
 
 namespace hostlayer {
 namespace {
@@ -155,7 +156,9 @@ bool ChildProcess::pollForEnd(milliseconds limit) {
     pollfd watched[] = {{m_pidfd.get(), POLLIN, 0}, {m_errors.get(), POLLIN, 0}};
     const milliseconds wait = std::min(limit, m_pidfd ? kLongestPoll : kPollWithoutPidfd);
     const int ready = ::poll(watched, std::size(watched), static_cast<int>(wait.count()));
-    return m_pidfd ? ready > 0 && watched[0].revents != 0 : hasEnded();
+    const bool hasFailed = ready < 0 && errno != EINTR;
+    if (hasFailed) std::this_thread::sleep_for(std::min(limit, kPollWithoutPidfd));
+    return m_pidfd && !hasFailed ? ready > 0 && watched[0].revents != 0 : hasEnded();
 }
 
 // Reads once. False when the pipe is empty or closed.

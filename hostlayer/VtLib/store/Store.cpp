@@ -104,11 +104,14 @@ class StoreCache {
         auto state = std::make_shared<CachedState>();
         state->path = path;
         state->identity = identity;
-        state->isIdentityReliable = isReliable(identity);
         auto content = std::make_shared<StoreContent>();
         std::string text;
         std::string problem;
-        if (readBounded(path, kMaxStoreBytes, text, problem) && parseStore(text, *content, problem)) {
+        const bool isRead = readBounded(path, kMaxStoreBytes, text, problem);
+        // What kept the file from being read may pass without changing it: too few descriptors, for example.
+        const bool isMissing = identity == FileIdentity();
+        state->isIdentityReliable = (isRead || isMissing) && isReliable(identity);
+        if (isRead && parseStore(text, *content, problem)) {
             state->content = std::move(content);
             return state;
         }

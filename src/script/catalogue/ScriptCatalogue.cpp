@@ -41,12 +41,13 @@ bool ScriptCatalogue::find() {
     return true;
 }
 
-void ScriptCatalogue::readSecured() {
+bool ScriptCatalogue::readSecured() {
+    if (m_entry.typeRead) return true;
     int type = 0;
     const std::string query = FXString::Format(catalogue_sql::kScriptType, m_entry.id);
-    if (m_session.db->GetDBValueInt(query.c_str(), type) && (type & catalogue_sql::kSecured) != 0) {
-        m_entry.secured = true;
-    }
+    m_entry.typeRead = m_session.db->GetDBValueInt(query.c_str(), type);
+    if (m_entry.typeRead && (type & catalogue_sql::kSecured) != 0) m_entry.secured = true;
+    return m_entry.typeRead;
 }
 
 bool ScriptCatalogue::addPackage() {

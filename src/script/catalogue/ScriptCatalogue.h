@@ -15,9 +15,10 @@ class ScriptCatalogue {
     bool find();
     // TScript::addNewTscript()
     bool addPackage();
+    // Reads whether the script is secured, unless find() has. False if that cannot be read.
+    bool readSecured();
 
   private:
-    void readSecured();
     bool insertPackage(const char* usage, SqlBuffer& statement);
     bool updateUsage(const char* usage, SqlBuffer& statement);
 

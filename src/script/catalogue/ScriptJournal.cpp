@@ -23,6 +23,7 @@ namespace {
 // The end of a run is recorded again for this long while it fails for a reason that may pass.
 constexpr std::chrono::seconds kRetryTime{5};
 constexpr std::chrono::milliseconds kRetryInterval{500};
+constexpr int kUnknownPlace = 0;  // DVUCause_t::where
 
 long long now() {
     return static_cast<long long>(std::time(nullptr));
@@ -72,11 +73,11 @@ bool ScriptJournal::updateRepeatedly(const std::string& statement) {
     return true;
 }
 
-// A lost connection, or a failure that has no cause, such as too little memory.
+// A lost connection, or a failure whose place or cause is not known, such as too little memory.
 bool ScriptJournal::mayPass() const {
     std::vector<DVUCause_t> causes;
     DVU_GetCauses(*m_session.db, causes);
     return causes.empty() || std::any_of(causes.begin(), causes.end(), [](const DVUCause_t& cause) {
-               return cause.where == kDVUConnection;
+               return cause.where == kDVUConnection || cause.where == kUnknownPlace;
            });
 }

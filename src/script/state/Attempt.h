@@ -4,15 +4,16 @@
 #include <string>
 #include <utility>
 
+#include "Causes.h"
 #include "ExceptionGuard.h"
 #include "text/ScriptMessages.h"
 
-// Returns what `work` returns. When it throws, calls `onException` after the stack is unwound, which frees
-// the memory of `work`, and returns false.
+// Returns what `work` returns. When it throws, notes a cause and calls `onException` after the stack is
+// unwound, which frees the memory of `work`, and returns false.
 template <typename Work, typename OnException>
 bool attempt(Work&& work, OnException&& onException) noexcept {
     bool ended = false;
-    const bool done = guarded(false, [&] {
+    const bool done = explained(false, [&] {
         const bool result = work();
         ended = true;
         return result;

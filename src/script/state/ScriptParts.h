@@ -31,6 +31,7 @@ struct EntryParts {
     std::int32_t& id;  // below 1: not found
     std::int32_t& auditLevel;
     bool& secured;
+    bool& typeRead;  // false: it is not known whether the script is secured
     bool& fromPackage;
 };
 

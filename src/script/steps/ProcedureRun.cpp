@@ -55,7 +55,7 @@ ProcedureRun::ProcedureRun(const ScriptParts& script, int operation, const char*
       m_query(SqlBuffer::kPlain + m_arguments.size()) {}
 
 bool ProcedureRun::run() {
-    if (!m_report.requireSession() || !findScript() || !buildQuery()) return false;
+    if (!m_report.requireSession() || !findScript() || !knowsSecured() || !buildQuery()) return false;
     m_report.log(FXString::Format(texts::kStartedAs, m_operation, m_entry.auditLevel));
     if (!recordStart()) return false;
     const bool succeeded = runStarted();
@@ -89,6 +89,12 @@ bool ProcedureRun::preview(std::string& sql) {
 bool ProcedureRun::findScript() {
     m_catalogue.find();  // after a failed query only the id says whether there is a row
     return m_entry.id >= 1 || m_report.fail(texts::kInvalidName);
+}
+
+// The look-up succeeds without the type. A secured script must not run for that reason as one that is not.
+bool ProcedureRun::knowsSecured() {
+    return m_operation != kExecuteProcedure || m_catalogue.readSecured() ||
+           m_report.fail(texts::kTypeNotRead);
 }
 
 bool ProcedureRun::buildQuery() {

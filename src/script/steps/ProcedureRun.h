@@ -31,6 +31,7 @@ class ProcedureRun {
 
   private:
     bool findScript();
+    bool knowsSecured();
     bool buildQuery();
     bool recordStart();
     bool runStarted();

@@ -74,6 +74,7 @@ inline constexpr char kOutputNotDeleted[] = "Failed to delete output file [%s]."
 namespace procedure_run {
 inline constexpr char kInvalidName[] = "Invalid tscript name!";
 inline constexpr char kNeedUser[] = "Need userId input for secured Tscript!";
+inline constexpr char kTypeNotRead[] = "Failed to read whether the tscript is secured.";
 inline constexpr char kInvalidOperation[] = "Invalid Tscript Operation Type.";
 inline constexpr char kStartedAs[] = "Optype[%d] AuditLevel[%d]: Tscript Execution Started!";
 inline constexpr char kHelpSucceeded[] = "Tscript Help Information Retrieved!";

@@ -270,6 +270,7 @@ constexpr KnownMessage kMessages[] = {
          return notRun(ExitCode::kRefused, "the script is secured and runs for a known user only",
                        "Run it from the suite's own programs.");
      }},
+    {"Failed to read whether the tscript is secured.", didNotRun<ExitCode::kConnection>},
     {"Failed to get plexum number", didNotRun<ExitCode::kConnection>},
     {"Failed to get GUID", didNotRun<ExitCode::kConnection>},
     {"Failed to insert tscript", notRecorded},
