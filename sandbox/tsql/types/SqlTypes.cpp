@@ -41,10 +41,6 @@ constexpr std::array<std::string_view, 13> kConversions = {
     "--iiiiii---e-", "--iiiiii---e-", "iiiiiiiiiiiei", "-------iie---", "-------e-i-e-",
     "-------i--ii-", "i-ieeeei-iiii", "-----------ii"};
 
-std::size_t familyOf(TypeId id) {
-    return kFamilyOrder.find(facts(id).family);
-}
-
 std::optional<TypeId> findType(std::string_view name) {
     const std::string synonym = "," + lowerAscii(name) + ",";
     const auto* found = std::ranges::find_if(kTypes, [&](const TypeFacts& each) {
@@ -182,7 +178,8 @@ SqlType decodeType(std::int64_t code) {
 }
 
 ConversionRule conversionRule(TypeId from, TypeId to) {
-    return ConversionRule{kConversions[familyOf(from)][familyOf(to)]};
+    const auto place = [](TypeId id) { return kFamilyOrder.find(facts(id).family); };
+    return ConversionRule{kConversions[place(from)][place(to)]};
 }
 
 void requireImplicit(const SqlType& from, const SqlType& to) {
