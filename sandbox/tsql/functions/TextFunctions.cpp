@@ -148,12 +148,10 @@ Value runPatIndex(const SqlCall& call) {
     std::string_view pattern = call.text(0), text = call.text(1);
     const bool anywhere = pattern.starts_with('%') && pattern.size() > 1;
     if (anywhere) pattern.remove_prefix(1);
-    while (!text.empty() && !matchesLike(text, pattern, blanks)) {
-        if (!anywhere) return std::int64_t{0};
-        nextCharacter(text);
-    }
+    for (; !matchesLike(text, pattern, blanks); nextCharacter(text))
+        if (!anywhere || text.empty()) return std::int64_t{0};
     const std::string_view before = call.text(1).substr(0, call.text(1).size() - text.size());
-    return text.empty() ? std::int64_t{0} : static_cast<std::int64_t>(characterCount(before)) + 1;
+    return static_cast<std::int64_t>(characterCount(before)) + 1;
 }
 
 // NULL for a negative count; truncated to `most` characters.
