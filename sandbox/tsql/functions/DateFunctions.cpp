@@ -113,7 +113,7 @@ const std::vector<FunctionInfo> kDateFunctions = {
     {"sysdatetimeoffset", "~=", TypeId::DateTimeOffset, runNow<>},
     {"switchoffset", "RA#=", zonedType, runOffset<true>},
     {"todatetimeoffset", "RA#=", zonedType, runOffset<false>},
-    {"dateadd", "PIE=", [](Pieces pieces) { return pieces.back().type; },
+    {"dateadd", "PJE=", [](Pieces pieces) { return pieces.back().type; },
      [](const SqlCall& call) -> Value {  // (part, number, value, type)
          const SqlType type = call.type(3);
          return toStorage(dateAdd(call.datePart(), call.integer(1), call.dateTime(2), type), type);
@@ -131,8 +131,8 @@ const std::vector<FunctionInfo> kDateFunctions = {
     {"smalldatetimefromparts", "IIIII=", TypeId::SmallDateTime, runFromParts},
     {"datetime2fromparts", "IIIIIIII=", scaledType<TypeId::DateTime2>, runFromParts},
     {"timefromparts", "IIIII=", scaledType<TypeId::Time>, runFromParts},
-    {"format", "A#T[T", nvarcharType(4000), runFormat},
-    {"isdate", "T", TypeId::Int,
+    {"format", "X#T[T", nvarcharType(4000), runFormat},
+    {"isdate", "H", TypeId::Int,
      [](const FunctionInfo&, Pieces pieces, const SqlType&) {
          const Typed date = emitConvert(pieces[0], simpleType(TypeId::DateTime), nullptr, Conversion::Try);
          return "(" + date.sql + " IS NOT NULL AND ts_len(" + pieces[0].sql + ") > 0)";

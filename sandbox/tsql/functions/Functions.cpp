@@ -169,9 +169,9 @@ SqlType textTypeFor(const Typed& value) {
 // Type to which an argument with this pattern letter is converted.
 SqlType wantedType(char letter, const Typed& value) {
     const SqlType& type = value.type;
-    if (std::strchr("CLT", letter)) return textTypeFor(value);
+    if (std::strchr("CHLT", letter)) return textTypeFor(value);
     if (letter == 'V') return isText(type.id) ? type : nvarcharType(textTypeFor(value).length);
-    if (std::strchr("IW", letter)) return simpleType(TypeId::Int);
+    if (std::strchr("IJW", letter)) return simpleType(TypeId::Int);
     const bool isQuantity = isNumber(type.id) && type.id != TypeId::Bit;
     if (std::strchr("FG", letter) || (letter == 'N' && !isQuantity)) return simpleType(TypeId::Float);
     if (!std::strchr("DEM", letter) || isDateTime(type.id)) return type;
@@ -181,16 +181,13 @@ SqlType wantedType(char letter, const Typed& value) {
 // Whether an argument with this pattern letter may have a type that can be converted.
 bool accepts(char letter, const Typed& value) {
     const TypeId type = value.type.id;
-    if (value.nullLiteral) return !std::strchr("GOQSUV", letter);
-    const std::pair<const char*, bool> refusals[] = {{"GOUW", type == TypeId::Bit},
-                                                     {"GUW", !isNumber(type)},
-                                                     {"W", isMoney(type) || isApproximate(type)},
-                                                     {"M", isNumber(type)},
-                                                     {"CS", !isText(type) && !isBinary(type)},
-                                                     {"V", isBinary(type)},
-                                                     {"COQTV", isLob(type)}};
-    return std::ranges::none_of(refusals,
-                                [&](auto& each) { return each.second && std::strchr(each.first, letter); });
+    const auto is = [letter](const char* letters) { return std::strchr(letters, letter) != nullptr; };
+    if (value.nullLiteral) return !is("GJOQSUV");
+    return !((is("GOUWX") && type == TypeId::Bit) || (is("GJUW") && !isNumber(type)) ||
+             (is("W") && (isMoney(type) || isApproximate(type))) || (is("M") && isNumber(type)) ||
+             (is("X") && !isNumber(type) && !isDateTime(type)) ||
+             (is("CS") && !isText(type) && !isBinary(type)) || (is("V") && isBinary(type)) ||
+             (is("CHOQTV") && isLob(type)) || (is("H") && isDateTime(type) && !isClassicDate(type)));
 }
 
 Typed argument(const FunctionInfo& function, std::size_t i, char letter, const Typed& value) {

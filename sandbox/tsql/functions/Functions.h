@@ -17,7 +17,8 @@ struct FunctionInfo;
 using Writer = std::string (*)(const FunctionInfo& function, Pieces arguments, const SqlType& result);
 
 // A built-in function. The pattern of its arguments:
-//   T  string; other types are converted       I int   F float   A any type
+//   A  any type   F  float   X  number or date, not converted   H  as T, but dates only if datetime
+//   T  string; other types are converted       I  int; a number only: J
 //   L  as T, also accepts text and ntext       V  as T, but others become nvarchar
 //   C  string or binary, converted to string   S  string or binary, not converted or the literal NULL
 //   N  number; a string or bit becomes float   W  as I, but only integers and decimals

@@ -150,8 +150,7 @@ Value runPatIndex(const SqlCall& call) {
     if (anywhere) pattern.remove_prefix(1);
     for (; !matchesLike(text, pattern, blanks); nextCharacter(text))
         if (!anywhere || text.empty()) return std::int64_t{0};
-    const std::string_view before = call.text(1).substr(0, call.text(1).size() - text.size());
-    return static_cast<std::int64_t>(characterCount(before)) + 1;
+    return static_cast<std::int64_t>(characterCount(call.text(1)) - characterCount(text)) + 1;
 }
 
 // NULL for a negative count; truncated to `most` characters.

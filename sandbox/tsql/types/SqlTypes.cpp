@@ -138,7 +138,7 @@ SqlType makeType(std::string_view name, std::span<const int> arguments, TypeUse 
         return simpleType(given <= 24 ? TypeId::Real : TypeId::Float);
     }
     if (hasScale(id)) {
-        if (given < 0 || given > 7) throw sqlError(kInvalidScale, {std::to_string(given), ""});
+        if (given < 0 || given > 7) throw sqlError(kInvalidScale, {std::to_string(given)});
         type.scale = static_cast<std::uint8_t>(given);
         return type;
     }

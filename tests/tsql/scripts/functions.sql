@@ -69,7 +69,7 @@ SELECT HASHBYTES('MD5', 1) --> Msg 8116, Level 16, State 1, Line 1: Argument dat
 SELECT TIMEFROMPARTS(23, 59, 59, 5, 1) a, TIMEFROMPARTS(1, 2, 3, 0, 0) b, DATETIME2FROMPARTS(2026, 11, 22, 1, 2, 3, 1234567, 7) c, SMALLDATETIMEFROMPARTS(2026, 11, 22, 1, 2) d, TIMEFROMPARTS(1, NULL, 3, 0, 0) e --> a time(1)? = 23:59:59.5 | b time(0)? = 01:02:03 | c datetime2(7)? = 2026-11-22 01:02:03.1234567 | d smalldatetime? = 2026-11-22 01:02:00 | e time(0)? = NULL (1 rows)
 SELECT TIMEFROMPARTS(1, 2, 3, 10, 1) --> Msg 289, Level 16, State 1, Line 1: Cannot construct data type time, some of the arguments have values which are not valid.
 DECLARE @s int = 3 SELECT DATETIME2FROMPARTS(2026, 1, 1, 0, 0, 0, 0, @s) --> Msg 10760, Level 15, State 1, Line 1: Scale argument is not valid. Valid expressions for data type datetime2 scale argument are integer constants and integer constant expressions.
-SELECT TIMEFROMPARTS(1, 2, 3, 0, 8) --> Msg 1002, Level 15, State 1, Line 1: Specified scale 8 is invalid.
+SELECT TIMEFROMPARTS(1, 2, 3, 0, 8) --> Msg 1002, Level 15, State 1, Line 1: Line 1: Specified scale 8 is invalid.
 SELECT SCHEMA_ID() a, SCHEMA_ID('SYS') b, SCHEMA_ID('sales') c, HAS_DBACCESS('tempdb') d, HAS_DBACCESS('nothing') e, OBJECT_DEFINITION(1) f --> a int? = 1 | b int? = 4 | c int? = NULL | d int? = 1 | e int? = NULL | f nvarchar(max)? = NULL (1 rows)
 -- comparisons with the rows of a query
 SELECT a, CASE WHEN a > ALL (SELECT 1 UNION SELECT 2) THEN 'all' WHEN a >= ANY (SELECT 2) THEN 'any' WHEN NOT a >= ANY (SELECT 2) THEN 'none' END b FROM (VALUES (1), (2), (3), (NULL)) v (a) --> a int? | b varchar(4)? = 1 | none; 2 | any; 3 | all; NULL | NULL (4 rows)
