@@ -96,7 +96,9 @@ class DateReader {
     bool setNumbers(std::vector<Number> numbers, int style) {
         const auto is = [style](std::string_view styles) { return hasWord(styles, std::to_string(style)); };
         const bool isFree = style <= 0, isLong = style >= 20 && style != 22, dayFirst = is(kDayFirst);
-        if (!is(kMonthFirst) && !dayFirst && !is(kYearFirst)) return false;
+        const bool hasOrder = is(kMonthFirst) || dayFirst || is(kYearFirst);
+        if (!hasOrder && !m_isClassic) throw sqlError(kStyleNotFollowed, {std::to_string(style)});
+        if (!hasOrder) return false;
         if (is(kYearFirst) || (numbers[0].digits == 4 && (m_isClassic || isFree)))
             std::ranges::rotate(numbers, numbers.begin() + 1);
         return (isFree || (numbers[2].digits == 4) == isLong) &&
