@@ -11,8 +11,8 @@
 namespace tsql {
 namespace {
 
-constexpr int kTwoDigitCutoff = 50;     // 49 is 2049, 50 is 1950
-constexpr std::size_t kTickDigits = 7;  // of a second
+constexpr int kTwoDigitCutoff = 50;                     // 49 is 2049, 50 is 1950
+constexpr std::size_t kTickDigits = 7, kLongest = 100;  // of a second, of a string
 // Styles of CONVERT that accept a date of numbers, by its order.
 constexpr std::string_view kMonthFirst = "-1 0 1 10 22 101 110", kDayFirst = "3 4 5 103 104 105",
                            kYearFirst = "2 11 20 21 23 25 102 111 120 121 126 127";
@@ -28,9 +28,9 @@ class DateReader {
     explicit DateReader(bool isClassic) : m_isClassic(isClassic) {}
 
     bool read(std::string_view text, int style) {
-        constexpr std::size_t kLongest = 100;
-        std::string rest = lowerAscii(text.substr(0, kLongest + 1));
-        return rest.size() <= kLongest && takeTime(rest) && takeDate(rest, style);
+        std::string rest(text.substr(0, kLongest + 1));
+        const bool isPlain = text.find_first_of(m_isClassic ? "\t\n\v\f\r" : "\n\v\f\r") == text.npos;
+        return isPlain && rest.size() <= kLongest && takeTime(rest) && takeDate(rest, style);
     }
     bool isInRange() const { return m_inRange; }  // whether such a date and time exist
     const DateTime& result() const { return m_result; }
@@ -39,13 +39,14 @@ class DateReader {
     // hh[:mm[:ss[.f]]] [AM|PM] [Z|+hh:mm], with : or AM or PM; a T only between yyyy-mm-dd and hh:mm:ss
     bool takeTime(std::string& text) {
         static const std::regex kTime = compiled(
-            R"((?:^|\s|t(?=\d\d:\d\d:\d\d))(\d\d?)(?=:|\s*[ap]m)(?::(\d\d?))?(?::(\d\d?)(?:([.:])(\d+))?)?)"
-            R"(\s*([ap]m)?\s*(z|[-+]\s*\d\d?:\d\d?)?(?!\S))");
+            R"((?:^|\s|T(?=\d\d:\d\d:\d\d))(\d\d?)(?=:|\s*[AaPp][Mm])(?::(\d\d?)(?::(\d\d?)(?:([.:])(\d+))?)?)?)"
+            R"(\s*([AaPp][Mm])?\s*(Z|[-+]\s*\d\d?:\d\d?)?(?!\S))");
         std::smatch found;
-        if (text.find_first_of(":m") == text.npos || !std::regex_search(text, found, kTime)) return true;
-        const bool hasT = text[found.position()] == 't', isIso = found.position() == 10 && text[4] == '-';
+        if (text.find_first_of(":mM") == text.npos || !std::regex_search(text, found, kTime)) return true;
+        const bool hasT = text[found.position()] == 'T', isIso = found.position() == 10 && text[4] == '-';
         if ((hasT && !isIso) || (!m_isClassic && found.suffix().length() > 0)) return false;
-        const std::string half = found[6], offset = found[7];
+        if (hasT && !m_isClassic && found.str().find_first_of(" \tMm") != text.npos) return false;
+        const std::string half = lowerAscii(found.str(6)), offset = found[7];
         const bool inThousandths = found[4] == ":";  // 1:05:07:5
         const auto number = [&](std::size_t part) { return found.length(part) ? std::stoi(found[part]) : 0; };
         int hour = number(1);
@@ -66,27 +67,26 @@ class DateReader {
     bool setOffset(const std::string& offset) {
         const int minutes = std::stoi(offset.substr(offset.find(':') + 1));
         m_result.offset = std::chrono::minutes(std::stoi(offset.substr(1)) * 60 + minutes);
-        const bool isOffset = minutes < 60 && m_result.offset <= kMostOffset;
         if (offset[0] == '-') m_result.offset *= -1;
-        return isOffset && !m_isClassic;
+        return !m_isClassic && minutes < 60 && abs(m_result.offset) <= kMostOffset;
     }
 
     // Numbers, or the name of a month with one or two numbers.
     bool takeDate(const std::string& text, int style) {
-        using boost::date_time::month_str_to_ushort;
         static const std::regex kDate =
-            compiled(R"(\s*(?:(\d+)(?:\s*([-/.])\s*(\d+)\s*\2\s*(\d+))?|)"
-                     R"((\d+)?[-\s,/.]*(\d+)?[-\s,/.]*([a-z]+)[-\s,/.]*(\d+)?[-\s,/.]*(\d+)?)?\s*)");
+            compiled(R"(\s*(?:(\d+)(?:\s*([-/.])\s*(?:(\d+)|([a-zA-Z]+))\s*\2\s*(\d+))?|)"
+                     R"((?:(\d+)[\s,]*)?(?:(\d+)[\s,]*)?([a-zA-Z]+)(?:[\s,]*(\d+))?(?:[\s,]*(\d+))?)?\s*)");
         std::smatch found;
         if (!std::regex_match(text, found, kDate)) return false;
         std::vector<Number> numbers;
-        for (const std::size_t group : {1U, 3U, 4U, 5U, 6U, 8U, 9U})
+        for (const std::size_t group : {1U, 3U, 5U, 6U, 7U, 9U, 10U})
             if (const auto digits = found.length(group); digits > 0)
                 numbers.push_back({digits > 8 ? 0 : std::stoi(found[group]), digits});
         const std::size_t count = numbers.size();
-        if (found.length(7) == 0)
+        if (found.length(4) + found.length(8) == 0)
             return count == 0 || (count == 1 ? setCompactDay(numbers[0]) : setNumbers(numbers, style));
-        const int month = month_str_to_ushort<boost::gregorian::greg_month>(found[7]);
+        const int month =
+            boost::date_time::month_str_to_ushort<boost::gregorian::greg_month>(found.str(4) + found.str(8));
         if (month > 12 || count == 0 || count > 2) return false;
         if (numbers[0].digits == 4) return setDay(numbers[0], month, count > 1 ? numbers[1].value : 1);
         return count > 1 && setDay(numbers[1], month, numbers[0].value);
