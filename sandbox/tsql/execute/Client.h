@@ -36,7 +36,9 @@ constexpr int kFatalSeverity = 20;  // ends the session
 
 // An error as a message, by default of a batch's first line.
 inline Message asMessage(const SqlError& error, int line = 1, const std::string& procedure = {}) {
-    return {error.number, error.severity, error.state, line, procedure, error.what()};
+    const bool namesLine = error.number == kInvalidLength || error.number == kInvalidScale;
+    const std::string prefix = namesLine ? "Line " + std::to_string(line) + ": " : "";
+    return {error.number, error.severity, error.state, line, procedure, prefix + error.what()};
 }
 
 // What a finished statement did.

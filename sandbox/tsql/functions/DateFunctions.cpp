@@ -80,14 +80,14 @@ Value runOffset(const SqlCall& call) {
     const Value time =
         convertValue("00:00" + text, nvarcharType(SqlType::kMax), type, kNoStyle, Conversion::Try);
     const bool isOffset = !isNull(time) && text.find_first_of("+-") == 0;
-    const std::int64_t minutes = isInteger(given.id) ? call.integer(1)
-                                 : isOffset          ? fromStorage(std::get<std::string>(time)).offset.count()
-                                                     : INT64_MAX;
-    if (minutes > kMostOffset.count() || minutes < -kMostOffset.count())
-        throw sqlError(kInvalidOffset, {isSwitch ? "switchoffset" : "todatetimeoffset"});
-    const std::chrono::minutes offset(minutes);
-    const DateTime before = call.dateTime(0);
-    return toStorage({isSwitch ? before.utc() + offset : before.at, offset}, type, baseName(type.id));
+    const std::chrono::minutes offset(isInteger(given.id) ? call.integer(1)
+                                      : isOffset ? fromStorage(std::get<std::string>(time)).offset.count()
+                                                 : INT64_MAX);
+    const std::string_view name = isSwitch ? "switchoffset" : "todatetimeoffset";
+    if (offset > kMostOffset || offset < -kMostOffset) throw sqlError(kInvalidOffset, {name});
+    const DateTime before = call.dateTime(0), result{isSwitch ? before.utc() + offset : before.at, offset};
+    if (!isInRange(result, type)) throw sqlError(kOffsetOutOfRange, {name});
+    return toStorage(result, type);
 }
 
 // (value, type, pattern[, culture])
@@ -113,7 +113,7 @@ const std::vector<FunctionInfo> kDateFunctions = {
     {"sysdatetimeoffset", "~=", TypeId::DateTimeOffset, runNow<>},
     {"switchoffset", "RA#=", zonedType, runOffset<true>},
     {"todatetimeoffset", "RA#=", zonedType, runOffset<false>},
-    {"dateadd", "PIE=", [](Pieces pieces) { return pieces.back().type; },
+    {"dateadd", "PJE=", [](Pieces pieces) { return pieces.back().type; },
      [](const SqlCall& call) -> Value {  // (part, number, value, type)
          const SqlType type = call.type(3);
          return toStorage(dateAdd(call.datePart(), call.integer(1), call.dateTime(2), type), type);
@@ -125,18 +125,17 @@ const std::vector<FunctionInfo> kDateFunctions = {
     {"year", "D", TypeId::Int, writePart},
     {"month", "D", TypeId::Int, writePart},
     {"day", "D", TypeId::Int, writePart},
-    {"eomonth", "D[I", TypeId::Date, runEndOfMonth},
+    {"eomonth", "M[I", TypeId::Date, runEndOfMonth},
     {"datefromparts", "III=", TypeId::Date, runFromParts},
     {"datetimefromparts", "IIIIIII=", TypeId::DateTime, runFromParts},
     {"smalldatetimefromparts", "IIIII=", TypeId::SmallDateTime, runFromParts},
     {"datetime2fromparts", "IIIIIIII=", scaledType<TypeId::DateTime2>, runFromParts},
     {"timefromparts", "IIIII=", scaledType<TypeId::Time>, runFromParts},
-    {"format", "A#T[T", nvarcharType(4000), runFormat},
-    {"isdate", "0T", TypeId::Int,
-     [](const SqlCall& call) -> Value {
-         const SqlType text = varcharType(SqlType::kMax), date = simpleType(TypeId::DateTime);
-         const Value value = convertValue(call[0], text, date, kNoStyle, Conversion::Try);
-         return std::int64_t{!isNull(value) && !call.text(0).empty()};
+    {"format", "X#T[T", nvarcharType(4000), runFormat},
+    {"isdate", "H", TypeId::Int,
+     [](const FunctionInfo&, Pieces pieces, const SqlType&) {
+         const Typed date = emitConvert(pieces[0], simpleType(TypeId::DateTime), nullptr, Conversion::Try);
+         return "(" + date.sql + " IS NOT NULL AND ts_len(" + pieces[0].sql + ") > 0)";
      }},
 };
 

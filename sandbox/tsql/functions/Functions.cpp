@@ -2,6 +2,8 @@
 
 #include <sqlite3.h>
 
+#include <cstring>
+
 #include "types/Work.h"
 
 namespace tsql {
@@ -24,15 +26,6 @@ SqlType coalescedType(Pieces pieces) {
 SqlType nullIfType(Pieces pieces) {
     if (pieces[0].nullLiteral) throw sqlError(kNullIfOfNull);
     return pieces[0].type;
-}
-// Result type of SUM, AVG, MIN and MAX.
-SqlType aggregateType(Pieces pieces, std::string_view function) {
-    const TypeId id = pieces[0].type.id;
-    const bool adds = function == "sum" || function == "avg";
-    if (id == TypeId::Bit || isLob(id) || (adds && !isNumber(id)))
-        throw sqlError(kInvalidOperandType, {baseName(id), function});
-    if (!adds) return pieces[0].type;
-    return function == "sum" ? totalType<0>(pieces) : totalType<6>(pieces);
 }
 
 // Whether a character of a pattern is an argument.
@@ -113,24 +106,24 @@ const std::vector<FunctionInfo> kWritten = {
     {"nullif", "AA", nullIfType, writeNullIf},
     {"choose", "IR*", [](Pieces pieces) { return commonType(pieces.subspan(1)); }, writeChoose},
     {"xml.value", "AA", nvarcharType(SqlType::kMax), "ts_xml_value"},  // (SELECT ... FOR XML).value()
-    {"count", "A", TypeId::Int, writeCount, kAggregate},
-    {"count_big", "A", TypeId::BigInt, writeCount, kAggregate},
-    {"sum", "A", [](Pieces pieces) { return aggregateType(pieces, "sum"); }, writeTotal, kAggregate},
-    {"avg", "A", [](Pieces pieces) { return aggregateType(pieces, "avg"); }, writeTotal, kAggregate},
-    {"min", "A", [](Pieces pieces) { return aggregateType(pieces, "min"); }, writeExtreme, kAggregate},
-    {"max", "A", [](Pieces pieces) { return aggregateType(pieces, "max"); }, writeExtreme, kAggregate},
-    {"stdev", "F", TypeId::Float, "ts_stdev", kAggregate},
-    {"stdevp", "F", TypeId::Float, "ts_stdevp", kAggregate},
-    {"var", "F", TypeId::Float, "ts_var", kAggregate},
-    {"varp", "F", TypeId::Float, "ts_varp", kAggregate},
-    {"string_agg", "TT", grownText, writeStringAgg, kAggregate},
+    {"count", "Q", TypeId::Int, writeCount, kAggregate},
+    {"count_big", "Q", TypeId::BigInt, writeCount, kAggregate},
+    {"sum", "U", totalType<0>, writeTotal, kAggregate},
+    {"avg", "U", totalType<6>, writeTotal, kAggregate},
+    {"min", "O", sameAsFirst, writeExtreme, kAggregate},
+    {"max", "O", sameAsFirst, writeExtreme, kAggregate},
+    {"stdev", "G", TypeId::Float, "ts_stdev", kAggregate},
+    {"stdevp", "G", TypeId::Float, "ts_stdevp", kAggregate},
+    {"var", "G", TypeId::Float, "ts_var", kAggregate},
+    {"varp", "G", TypeId::Float, "ts_varp", kAggregate},
+    {"string_agg", "VC", grownText, writeStringAgg, kAggregate},
     // window functions; aggregates other than STRING_AGG also allow OVER
     {"row_number", "", TypeId::BigInt, "row_number", kRanking},
     {"rank", "", TypeId::BigInt, "rank", kRanking},
     {"dense_rank", "", TypeId::BigInt, "dense_rank", kRanking},
     {"cume_dist", "", TypeId::Float, "cume_dist", kRanking},
     {"percent_rank", "", TypeId::Float, "percent_rank", kRanking},
-    {"ntile", "B", TypeId::BigInt,
+    {"ntile", "I", TypeId::BigInt,
      [](const FunctionInfo&, Pieces pieces, const SqlType&) {
          return "ntile(" + checkedRowCount(pieces[0].sql, 1, kNtileNotPositive) + ")";
      },
@@ -152,10 +145,9 @@ constexpr std::string_view kMissingFunctions =
     "session_context soundex sql_variant_property stats_date string_escape suser_id suser_sid "
     "trigger_nestlevel try_parse typeproperty user_id";
 
-// By their names, which are in lower case.
-const std::map<std::string_view, const FunctionInfo*>& allFunctions() {
+const WordMap<const FunctionInfo*>& allFunctions() {
     static const auto all = [] {
-        std::map<std::string_view, const FunctionInfo*> table;
+        WordMap<const FunctionInfo*> table;
         for (const auto* part :
              {&kTextFunctions, &kMathFunctions, &kDateFunctions, &kSessionFunctions, &kWritten})
             for (const FunctionInfo& function : *part) table.emplace(function.name, &function);
@@ -164,22 +156,38 @@ const std::map<std::string_view, const FunctionInfo*>& allFunctions() {
     return all;
 }
 
-// String type for every value of the type.
-SqlType textTypeFor(const SqlType& type) {
-    if (isText(type.id)) return type;
-    if (isBinary(type.id)) return varcharType(type.length);
-    if (type.id == TypeId::Decimal) return varcharType(type.precision + 3);
-    return varcharType(type.id < TypeId::UniqueIdentifier ? 30 : 36);  // 36: also for datetimeoffset
+// String type for every value of the type, as wide as SQL Server's.
+SqlType textTypeFor(const Typed& value) {
+    constexpr int kWidths[] = {1, 4, 6, 12, 24, 41};  // of bit to decimal
+    const SqlType& type = value.type;
+    if (value.nullLiteral) return varcharType(1);
+    if (isText(type.id) || isBinary(type.id)) return isText(type.id) ? type : varcharType(type.length);
+    if (type.id <= TypeId::Decimal) return varcharType(kWidths[static_cast<std::size_t>(type.id)]);
+    return varcharType(isApproximate(type.id) ? 23 : 40);
 }
 
 // Type to which an argument with this pattern letter is converted.
-SqlType wantedType(char letter, const SqlType& type) {
-    if (letter == 'C' || letter == 'L' || letter == 'T') return textTypeFor(type);
-    if (letter == 'I') return simpleType(TypeId::Int);
-    if (letter == 'B') return simpleType(TypeId::BigInt);
-    if (letter == 'F' || (letter == 'N' && !isNumber(type.id))) return simpleType(TypeId::Float);
-    if ((letter != 'D' && letter != 'E') || isDateTime(type.id)) return type;
-    return simpleType(letter == 'D' && isText(type.id) ? TypeId::DateTimeOffset : TypeId::DateTime);
+SqlType wantedType(char letter, const Typed& value) {
+    const SqlType& type = value.type;
+    if (std::strchr("CHLT", letter)) return textTypeFor(value);
+    if (letter == 'V') return isText(type.id) ? type : nvarcharType(textTypeFor(value).length);
+    if (std::strchr("IJW", letter)) return simpleType(TypeId::Int);
+    const bool isQuantity = isNumber(type.id) && type.id != TypeId::Bit;
+    if (std::strchr("FG", letter) || (letter == 'N' && !isQuantity)) return simpleType(TypeId::Float);
+    if (!std::strchr("DEM", letter) || isDateTime(type.id)) return type;
+    return simpleType(letter != 'E' && isText(type.id) ? TypeId::DateTimeOffset : TypeId::DateTime);
+}
+
+// Whether an argument with this pattern letter may have a type that can be converted.
+bool accepts(char letter, const Typed& value) {
+    const TypeId type = value.type.id;
+    const auto is = [letter](const char* letters) { return std::strchr(letters, letter) != nullptr; };
+    if (value.nullLiteral) return !is("GJOQSUV");
+    return !((is("GOUWX") && type == TypeId::Bit) || (is("GJUW") && !isNumber(type)) ||
+             (is("W") && (isMoney(type) || isApproximate(type))) || (is("M") && isNumber(type)) ||
+             (is("X") && !isNumber(type) && !isDateTime(type)) ||
+             (is("CS") && !isText(type) && !isBinary(type)) || (is("V") && isBinary(type)) ||
+             (is("CHOQTV") && isLob(type)) || (is("H") && isDateTime(type) && !isClassicDate(type)));
 }
 
 Typed argument(const FunctionInfo& function, std::size_t i, char letter, const Typed& value) {
@@ -188,14 +196,12 @@ Typed argument(const FunctionInfo& function, std::size_t i, char letter, const T
         if (!part) throw sqlError(kUnknownOption, {value.sql, function.name});
         return literal({std::int64_t{int(*part)}, simpleType(TypeId::Int)});
     }
-    const SqlType wanted = wantedType(letter, value.type);
-    const TypeId given = value.type.id;
-    const bool asItIs = letter == 'S' || letter == 'C';
-    const bool taken = conversionRule(given, wanted.id) == ConversionRule::Implicit &&
-                       !((letter == 'T' || letter == 'C') && isLob(given)) &&
-                       (!asItIs || isText(given) || isBinary(given));
-    if (!taken && !value.nullLiteral)
-        throw sqlError(kInvalidArgumentType, {baseName(given), std::to_string(i + 1), function.name});
+    const SqlType wanted = wantedType(letter, value);
+    const std::string_view type = value.nullLiteral ? "NULL" : baseName(value.type.id);
+    if (conversionRule(value.type.id, wanted.id) != ConversionRule::Implicit || !accepts(letter, value))
+        throw std::strchr("GOQU", letter)
+            ? sqlError(kInvalidOperandType, {type, function.name})
+            : sqlError(kInvalidArgumentType, {type, std::to_string(i + 1), function.name});
     return coerce(value, wanted);
 }
 
@@ -253,7 +259,7 @@ SqlType numberType(Pieces pieces) {
 }
 
 const FunctionInfo& functionNamed(const std::string& name) {
-    const auto found = allFunctions().find(lowerAscii(name));
+    const auto found = allFunctions().find(name);
     if (found != allFunctions().end()) return *found->second;
     if (hasWord(kMissingFunctions, lowerAscii(name))) throw unsupported(toUpper(name));
     throw SqlError(kUnknownSetOption, "'" + name + "' is not a recognized built-in function name.", 15, 10);
@@ -270,6 +276,10 @@ Typed emitCall(const FunctionInfo& function, std::span<const Typed> arguments, b
     for (std::size_t i = 0; i < arguments.size(); ++i)
         pieces.push_back(argument(function, i, letterOf(i), arguments[i]));
     if (function.takesDatePart()) checkDatePart(pieces, function.name);
+    // A datetime counts 1/300 s, which parts finer than milliseconds show.
+    if (function.takesDatePart() && pieces[0].integer > int(DatePart::Millisecond))
+        for (Typed& piece : pieces)
+            if (piece.type.id == TypeId::DateTime) piece = coerce(piece, simpleType(TypeId::DateTime2));
     const SqlType type = resultType(function, pieces);
     for (std::size_t i = 0; i < pieces.size(); ++i)
         if (letterOf(i) == 'R') pieces[i] = coerce(pieces[i], type);
@@ -278,6 +288,7 @@ Typed emitCall(const FunctionInfo& function, std::span<const Typed> arguments, b
     if (distinct) sql.insert(sql.find('(') + 1, "DISTINCT ");
     Typed result{sql, type};
     if (function.name == "isnull") result.nullable = pieces[0].nullable && pieces[1].nullable;
+    if (function.name.starts_with("concat")) result.nullable = false;
     return result;
 }
 
@@ -303,7 +314,7 @@ void registerFunctions(sqlite3* connection, FunctionSession& session) {
         for (const ScalarFunction& function : *functions) registerScalar(connection, session, function);
     for (const auto& [name, function] : allFunctions())
         if (const auto* run = std::get_if<SqlFunction>(&function->body))
-            registerScalar(connection, session, {"ts_" + std::string(name), function->arguments, *run});
+            registerScalar(connection, session, {"ts_" + name, function->arguments, *run});
     registerAggregates(connection, session);
     for (const auto& [name, order] :
          {std::pair(kCollation, &collate<compareText>), {kUtcCollation, &collate<compareUtc>}})

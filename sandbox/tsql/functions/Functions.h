@@ -17,12 +17,15 @@ struct FunctionInfo;
 using Writer = std::string (*)(const FunctionInfo& function, Pieces arguments, const SqlType& result);
 
 // A built-in function. The pattern of its arguments:
-//   T  string; other types are converted       I int   B bigint   F float   A any type
-//   L  as T, also accepts text and ntext       N  number; a string becomes float
-//   C  string or binary, converted to string   S  string or binary, not converted
+//   A  any type   F  float   X  number or date, not converted   H  as T, but dates only if datetime
+//   T  string; other types are converted       I  int; a number only: J
+//   L  as T, also accepts text and ntext       V  as T, but others become nvarchar
+//   C  string or binary, converted to string   S  string or binary, not converted or the literal NULL
+//   N  number; a string or bit becomes float   W  as I, but only integers and decimals
 //   D  date or time; a string becomes datetimeoffset(7), a number datetime
-//   E  as D, but a string becomes datetime     R  any type, converted to that of the result
-//   P  name of a date part, which is not evaluated
+//   E  as D, but a string becomes datetime     M  as D, but no number
+//   P  name of a date part, not evaluated      R  any type, converted to that of the result
+//   Q  operand of an aggregate, that is compared: O, added: U, converted to float: G
 //   [  begins the optional arguments           *  the last argument may be repeated
 //   #  passes the type code of the previous argument to the SQLite function   =  passes that of the result
 //   ~, 0 as in ScalarFunction::traits
@@ -54,6 +57,7 @@ SqlType totalType(Pieces arguments) {
     const SqlType type = numberType(arguments);
     return type.id == TypeId::Decimal ? decimalType(38, std::max<int>(type.scale, leastScale)) : type;
 }
-SqlType grownText(Pieces arguments);  // REPLACE ...: 8000 bytes, or (max) if the first argument is
+// REPLACE ...: 8000 bytes, or (max) if the first argument is; nvarchar if an argument is.
+SqlType grownText(Pieces arguments);
 
 }  // namespace tsql

@@ -91,7 +91,7 @@ const std::vector<FunctionInfo> kMathFunctions = {
      runNumber<signOf, [](Int128 x, auto& type) { return signOf(x) * powerOfTen<Int128>(type.scale); }>},
     {"ceiling", "N#", wholeType, runNumber<std::ceil, whole<true>>},
     {"floor", "N#", wholeType, runNumber<std::floor, whole<false>>},
-    {"round", "N#I[I", numberType, runRound},
+    {"round", "N#W[W", numberType, runRound},
     {"power", "N#F=", totalType<0>, runInFloat<std::pow>},
     {"log", "F[F", TypeId::Float,
      [](const SqlCall& call) -> Value {

@@ -267,11 +267,7 @@ Typed emitNegate(const Typed& value) {
     if (value.nullLiteral) return result;
     if (!isNumber(value.type.id) || value.type.id == TypeId::Bit)
         throw sqlError(kInvalidOperandType, {baseName(value.type.id), "minus"});
-    if (value.integer) {
-        result.integer = -*value.integer;
-        result.sql = "(" + std::to_string(-*value.integer) + ")";
-        return result;
-    }
+    if (value.integer) return literal({-*value.integer, value.type});
     if (value.type.id == TypeId::TinyInt) result.type = simpleType(TypeId::SmallInt);
     const std::string subtract = std::to_string(static_cast<int>(BinaryOp::Subtract));
     result.sql = "ts_arithmetic(0," + code(simpleType(TypeId::Int)) + "," + subtract + "," + value.sql + "," +
@@ -281,9 +277,9 @@ Typed emitNegate(const Typed& value) {
 
 Typed emitBitNot(const Typed& value) {
     if (!isInteger(value.type.id)) throw sqlError(kInvalidOperandType, {baseName(value.type.id), "'~'"});
-    const std::string_view all = value.type.id == TypeId::Bit       ? "(1-"
-                                 : value.type.id == TypeId::TinyInt ? "(255-"
-                                                                    : "(-1-";
+    const std::string_view all = value.type.id == TypeId::Bit       ? "(1- "
+                                 : value.type.id == TypeId::TinyInt ? "(255- "
+                                                                    : "(-1- ";
     return {std::string(all) + value.sql + ")", value.type, value.nullLiteral};
 }
 

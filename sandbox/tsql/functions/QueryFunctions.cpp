@@ -48,15 +48,6 @@ Value runSplit(const SqlCall& call) {
     return "[" + commaList(parts, [](CellView part) { return '"' + packed({&part, 1}) + '"'; }) + "]";
 }
 
-// CONVERT style for XML output of the type.
-int xmlStyle(const SqlType& type) {
-    constexpr int kIso8601 = 126, kSixteenDigits = 2, kEightDigits = 1, kFourDecimals = 2;
-    if (isDateTime(type.id)) return kIso8601;
-    if (isMoney(type.id)) return kFourDecimals;
-    if (type.id == TypeId::Real) return kEightDigits;
-    return type.id == TypeId::Float ? kSixteenDigits : kNoStyle;
-}
-
 constexpr struct Entity {
     std::string_view text;
     char character;
@@ -66,7 +57,7 @@ constexpr struct Entity {
 // (value, type, is in an attribute)
 Value runXml(const SqlCall& call) {
     const SqlType type = call.type(1);
-    Value value = convertValue(call[0], type, nvarcharType(SqlType::kMax), xmlStyle(type));
+    Value value = convertValue(call[0], type, nvarcharType(SqlType::kMax), /*style=*/126);
     if (type.id == TypeId::Xml) return value;
     const bool attribute = call.integer(2) != 0;
     std::string result;

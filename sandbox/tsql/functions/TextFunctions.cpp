@@ -1,7 +1,6 @@
 // T-SQL's string functions, as SQLite functions.
 #include <openssl/evp.h>
 
-#include <boost/algorithm/string/join.hpp>
 #include <cmath>
 #include <cstdio>
 
@@ -34,10 +33,14 @@ SqlType partOfText(Pieces pieces) {
     return varying(pieces[0].type, shorter ? std::max(1, static_cast<int>(*given)) : whole);
 }
 
-// Type of the concatenation of all arguments.
+// Type of the concatenation of all arguments, of which the first one may separate the others.
+template <bool isSeparated>
 SqlType joinedText(Pieces pieces) {
-    SqlType type = pieces[0].type;
-    for (const Typed& piece : pieces.subspan(1)) type = operatorType(BinaryOp::Add, type, piece.type);
+    std::vector<Typed> joined(pieces.begin(), pieces.end());
+    if (isSeparated) joined.insert(joined.end(), pieces.size() - 3, pieces[0]);
+    std::erase_if(joined, [](const Typed& piece) { return piece.nullLiteral; });
+    SqlType type = joined.empty() ? varcharType(1) : varyingText(joined);
+    for (std::size_t i = 1; i < joined.size(); ++i) type = operatorType(BinaryOp::Add, type, joined[i].type);
     return type;
 }
 
@@ -46,11 +49,9 @@ SqlType strText(Pieces pieces) {
     return varcharType(static_cast<int>(std::clamp<std::int64_t>(length, 1, 8000)));
 }
 
+template <std::size_t place>  // of the string whose characters are counted
 SqlType countType(Pieces pieces) {
-    return simpleType(pieces[0].type.length < 0 ? TypeId::BigInt : TypeId::Int);
-}
-SqlType placeType(Pieces pieces) {
-    return countType(pieces.subspan(1));
+    return simpleType(pieces[place].type.length < 0 ? TypeId::BigInt : TypeId::Int);
 }
 
 template <auto function>
@@ -147,12 +148,9 @@ Value runPatIndex(const SqlCall& call) {
     std::string_view pattern = call.text(0), text = call.text(1);
     const bool anywhere = pattern.starts_with('%') && pattern.size() > 1;
     if (anywhere) pattern.remove_prefix(1);
-    while (!text.empty() && !matchesLike(text, pattern, blanks)) {
-        if (!anywhere) return std::int64_t{0};
-        nextCharacter(text);
-    }
-    const std::string_view before = call.text(1).substr(0, call.text(1).size() - text.size());
-    return text.empty() ? std::int64_t{0} : static_cast<std::int64_t>(characterCount(before)) + 1;
+    for (; !matchesLike(text, pattern, blanks); nextCharacter(text))
+        if (!anywhere || text.empty()) return std::int64_t{0};
+    return static_cast<std::int64_t>(characterCount(call.text(1)) - characterCount(text)) + 1;
 }
 
 // NULL for a negative count; truncated to `most` characters.
@@ -205,21 +203,21 @@ Value runStr(const SqlCall& call) {
     return text.size() > width ? std::string(width, '*') : std::string(width - text.size(), ' ') + text;
 }
 
-// CONCAT treats NULL as an empty string.
+// CONCAT and CONCAT_WS leave out NULL, the latter with its separator.
+template <bool isSeparated>
 std::string writeConcat(const FunctionInfo&, Pieces pieces, const SqlType& result) {
+    const std::string separator = isSeparated ? "ifnull(" + pieces[0].sql + ",'')" : "''";
     std::string sql;
-    for (auto& piece : pieces) sql.append(sql.empty() ? "(" : "||").append("ifnull(" + piece.sql + ",'')");
-    if (result.length == SqlType::kMax) return sql + ")";
-    return "substr(" + sql + "),1," + std::to_string(result.length) + ")";
-}
-
-// (separator, string..., result type); skips NULLs
-Value runConcatWs(const SqlCall& call) {
-    std::vector<std::string> pieces;
-    for (const CellView& piece : call.arguments().subspan(1, call.count() - 2))
-        if (!isNull(piece)) pieces.emplace_back(std::get<std::string_view>(piece));
-    const std::string whole = boost::join(pieces, isNull(call[0]) ? "" : call.text(0));
-    return convertValue(whole, call.resultType(), call.resultType());
+    for (const Typed& piece : pieces.subspan(isSeparated))
+        sql += (sql.empty() ? "(" : "||") + ("ifnull(" + separator + "||" + piece.sql + ",'')");
+    sql += ")";
+    // Of text, substr() and length() see no more than is before a NUL.
+    if (isSeparated)
+        sql = "ifnull(CAST(substr(CAST(" + sql + " AS BLOB),length(CAST(" + separator +
+              " AS BLOB))+1) AS TEXT),'')";
+    const bool isCut = result.length >= (isNational(result.id) ? 4000 : 8000);
+    return isCut ? emitConvert({sql, varying(result, SqlType::kMax)}, result, nullptr, Conversion::Cast).sql
+                 : sql;
 }
 
 // ([characters, ]string)
@@ -282,23 +280,23 @@ Value runHashBytes(const SqlCall& call) {
 }  // namespace
 
 const std::vector<FunctionInfo> kTextFunctions = {
-    {"len", "T", countType,
+    {"len", "T", countType<0>,
      [](const SqlCall& call) -> Value { return std::int64_t(characterCount(trimRight(call.text(0)))); }},
-    {"datalength", "A#", countType, runDataLength},
-    {"substring", "SII", partOfText, runSubstring},
-    {"left", "TI", partOfText, runSide<false>},
-    {"right", "TI", partOfText, runSide<true>},
+    {"datalength", "A#", countType<0>, runDataLength},
+    {"substring", "SWW", partOfText, runSubstring},
+    {"left", "TW", partOfText, runSide<false>},
+    {"right", "TW", partOfText, runSide<true>},
     {"upper", "T", varyingText, runOnText<toUpper>},
     {"lower", "T", varyingText, runOnText<toLower>},
     {"ltrim", "T", varyingText, runOnText<trimLeft>},
     {"rtrim", "T", varyingText, runOnText<trimRight>},
-    {"trim", "C[C", [](Pieces pieces) { return varyingText(pieces.last(1)); }, writeTrim},
+    {"Trim", "C[C", [](Pieces pieces) { return varyingText(pieces.last(1)); }, writeTrim},
     {"replace", "TTT=", grownText, runReplace},
-    {"translate", "TTT=", varyingText, runTranslate},
-    {"stuff", "0TIIT=", grownText, runStuff},
-    {"charindex", "CL[I", placeType, runCharIndex},
-    {"patindex", "TL#", placeType, runPatIndex},
-    {"replicate", "TI=", grownText, runReplicate},
+    {"translate", "TTC=", grownText, runTranslate},
+    {"stuff", "0TWWT=", grownText, runStuff},
+    {"charindex", "CL[W", countType<1>, runCharIndex},
+    {"patindex", "TS#", countType<1>, runPatIndex},
+    {"replicate", "TW=", grownText, runReplicate},
     {"space", "I", varcharType(kLongest),
      [](const SqlCall& call) { return repeated(" ", call.integer(0), kLongest); }},
     {"reverse", "T", varyingText,
@@ -327,16 +325,18 @@ const std::vector<FunctionInfo> kTextFunctions = {
     {"unicode", "T", TypeId::Int,  // the first UTF-16 unit of the character
      runCode<[](char32_t c) { return c < 0x10000 ? c : 0xD7C0 + c / 0x400; }>},
     {"str", "F[II", strText, runStr},
-    {"concat", "TT*", joinedText, writeConcat},
-    {"concat_ws", "0TTT*=", joinedText, runConcatWs},
+    {"concat", "TT*", joinedText<false>, writeConcat<false>},
+    {"concat_ws", "TTT*", joinedText<true>, writeConcat<true>},
     {"quotename", "T[T", nvarcharType(258), runQuoteName},
     {"parsename", "TI", nvarcharType(128), runParseName},
     {"hashbytes", "TS#", SqlType{TypeId::VarBinary, 8000, 0, 0}, runHashBytes},
 };
 
 SqlType grownText(Pieces pieces) {
-    const SqlType& type = pieces[0].type;
-    return varying(type, type.length <= 0 ? SqlType::kMax : isNational(type.id) ? 4000 : 8000);
+    const bool isBounded = pieces[0].type.length > 0;
+    if (std::ranges::any_of(pieces, [](const Typed& piece) { return isNational(piece.type.id); }))
+        return nvarcharType(isBounded ? 4000 : SqlType::kMax);
+    return varcharType(isBounded ? 8000 : SqlType::kMax);
 }
 
 }  // namespace tsql

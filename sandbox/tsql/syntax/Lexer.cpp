@@ -105,7 +105,8 @@ class Lexer {
         if (c == '0' && (peek(1) == 'x' || peek(1) == 'X'))
             return takeToken(TokenKind::Binary, past([](char x) { return isxdigit(x & 0xFF) != 0; }, 2));
         if (isDigit(c) || (c == '.' && isDigit(peek(1)))) return number(0);
-        if (c == '$' && (isDigit(peek(1)) || peek(1) == '.')) return number(1);
+        const std::size_t sign = peek(1) == '-';  // $-5
+        if (c == '$' && (isDigit(peek(1 + sign)) || peek(1 + sign) == '.')) return number(1 + sign);
         if (isNameStart(c)) return takeToken(TokenKind::Word, past(isNamePart, 1));
         const std::string_view two = m_text.substr(m_at, 2);
         const bool isPair = two.size() == 2 && two[1] != ' ' && kPairs.find(two) != std::string_view::npos;

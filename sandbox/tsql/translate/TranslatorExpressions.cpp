@@ -125,7 +125,8 @@ Typed Translator::node(const Case& choice) {
     std::string sql = "CASE";
     for (std::size_t i = 0; i < conditions.size(); ++i)
         sql += " WHEN " + conditions[i] + " THEN " + coerce(results[i], type).sql;
-    return {"(" + sql + " ELSE " + coerce(results.back(), type).sql + " END)", type};
+    const bool nullable = std::ranges::any_of(results, &Typed::nullable);
+    return {"(" + sql + " ELSE " + coerce(results.back(), type).sql + " END)", type, false, {}, 0, nullable};
 }
 
 Typed Translator::node(const Cast& cast) {

@@ -11,40 +11,42 @@
 namespace tsql {
 namespace {
 
-constexpr int kTwoDigitCutoff = 50;     // 49 is 2049, 50 is 1950
-constexpr std::size_t kTickDigits = 7;  // of a second
-// Styles of CONVERT, without the century, whose dates of numbers do not begin with the month.
-constexpr int kYearFirst[] = {2, 11, 12, 20, 21, 23, 26, 27}, kDayFirst[] = {3, 4, 5, 6, 13};
+constexpr int kTwoDigitCutoff = 50;                     // 49 is 2049, 50 is 1950
+constexpr std::size_t kTickDigits = 7, kLongest = 100;  // of a second, of a string
+// Styles of CONVERT that accept a date of numbers, by its order.
+constexpr std::string_view kMonthFirst = "-1 0 1 10 22 101 110", kDayFirst = "3 4 5 103 104 105",
+                           kYearFirst = "2 11 20 21 23 25 102 111 120 121 126 127";
 
 struct Number {
     int value = 0;
-    std::size_t digits = 0;
+    std::ptrdiff_t digits = 0;
 };
 
-// Parser of one string. It finds the time and removes it; the rest must be a date, which is reduced to its
-// numbers and its form. The form has one character for each part: N number, M month name, and punctuation
-// without blanks. "Nov 21, 2026" is "MN,N".
+// Parser of one string. It finds the time and removes it; the rest must be a date.
 class DateReader {
   public:
     explicit DateReader(bool isClassic) : m_isClassic(isClassic) {}
 
     bool read(std::string_view text, int style) {
-        constexpr std::size_t kLongest = 100;
-        std::string rest = lowerAscii(text.substr(0, kLongest + 1));
-        return rest.size() <= kLongest && takeTime(rest) && takeForm(rest) && takeDate(style);
+        std::string rest(text.substr(0, kLongest + 1));
+        const bool isPlain = text.find_first_of(m_isClassic ? "\t\n\v\f\r" : "\n\v\f\r") == text.npos;
+        return isPlain && rest.size() <= kLongest && takeTime(rest) && takeDate(rest, style);
     }
     bool isInRange() const { return m_inRange; }  // whether such a date and time exist
     const DateTime& result() const { return m_result; }
 
   private:
-    // hh[:mm[:ss[.fraction]]] [AM|PM] [Z|+hh:mm], with minutes or AM or PM: with a colon or an M
+    // hh[:mm[:ss[.f]]] [AM|PM] [Z|+hh:mm], with : or AM or PM; a T only between yyyy-mm-dd and hh:mm:ss
     bool takeTime(std::string& text) {
-        static const std::regex kTime =
-            compiled(R"((?:^|[\st])(\d\d?)(?=:|\s*[ap]m)(?::(\d\d?))?(?::(\d\d?)(?:([.:])(\d+))?)?)"
-                     R"(\s*([ap]m)?\s*(z|[-+]\d\d:\d\d)?(?!\S))");
+        static const std::regex kTime = compiled(
+            R"((?:^|\s|T(?=\d\d:\d\d:\d\d))(\d\d?)(?=:|\s*[AaPp][Mm])(?::(\d\d?)(?::(\d\d?)(?:([.:])(\d+))?)?)?)"
+            R"(\s*([AaPp][Mm])?\s*(Z|[-+]\s*\d\d?:\d\d?)?(?!\S))");
         std::smatch found;
-        if (text.find_first_of(":m") == text.npos || !std::regex_search(text, found, kTime)) return true;
-        const std::string half = found[6], offset = found[7];
+        if (text.find_first_of(":mM") == text.npos || !std::regex_search(text, found, kTime)) return true;
+        const bool hasT = text[found.position()] == 'T', isIso = found.position() == 10 && text[4] == '-';
+        if ((hasT && !isIso) || (!m_isClassic && found.suffix().length() > 0)) return false;
+        if (hasT && !m_isClassic && found.str().find_first_of(" \tMm") != text.npos) return false;
+        const std::string half = lowerAscii(found.str(6)), offset = found[7];
         const bool inThousandths = found[4] == ":";  // 1:05:07:5
         const auto number = [&](std::size_t part) { return found.length(part) ? std::stoi(found[part]) : 0; };
         int hour = number(1);
@@ -53,53 +55,54 @@ class DateReader {
         m_inRange = hour < 24 && number(2) < 60 && number(3) < 60;
         m_result.at += std::chrono::seconds((hour * 60 + number(2)) * 60 + number(3));
         std::string fraction = found[5];
-        if (fraction.size() > (inThousandths || m_isClassic ? 3 : kTickDigits)) return false;
+        if (fraction.size() > 3 && (inThousandths || m_isClassic)) return false;
         if (inThousandths) fraction.insert(0, 3 - fraction.size(), '0');
-        fraction.resize(kTickDigits, '0');
-        m_result.at += Ticks(std::stoi(fraction));
+        fraction.resize(kTickDigits + 1, '0');  // the last one is rounded
+        m_result.at += Ticks((std::stoi(fraction) + 5) / 10);
         text.erase(static_cast<std::size_t>(found.position()), static_cast<std::size_t>(found.length()));
         return offset.size() < 2 || setOffset(offset);
     }
 
     // "+hh:mm"
     bool setOffset(const std::string& offset) {
-        const int minutes = std::stoi(offset.substr(4));
-        m_result.offset = std::chrono::minutes(std::stoi(offset.substr(1, 2)) * 60 + minutes);
-        const bool isOffset = minutes < 60 && m_result.offset <= kMostOffset;
+        const int minutes = std::stoi(offset.substr(offset.find(':') + 1));
+        m_result.offset = std::chrono::minutes(std::stoi(offset.substr(1)) * 60 + minutes);
         if (offset[0] == '-') m_result.offset *= -1;
-        return isOffset && !m_isClassic;
+        return !m_isClassic && minutes < 60 && abs(m_result.offset) <= kMostOffset;
     }
 
-    bool takeForm(const std::string& text) {
-        using boost::date_time::month_str_to_ushort;
-        constexpr int kNoMonth = 13;
-        static const std::regex kPart = compiled(R"((\d+)|[a-z]+|\S)");
-        for (std::sregex_iterator part(text.begin(), text.end(), kPart), end; part != end; ++part) {
-            const std::string word = part->str();
-            const bool isNumber = part->length(1) > 0;
-            const int month = isNumber ? kNoMonth : month_str_to_ushort<boost::gregorian::greg_month>(word);
-            m_form += isNumber ? 'N' : month < kNoMonth ? 'M' : word[0];
-            if (month < kNoMonth) m_month = month;
-            if (isNumber) m_numbers.push_back({word.size() > 8 ? 0 : std::stoi(word), word.size()});
-        }
-        m_numbers.resize(3);
-        return m_form.find_first_not_of("NM/-.,") == std::string::npos;
+    // Numbers, or the name of a month with one or two numbers.
+    bool takeDate(const std::string& text, int style) {
+        static const std::regex kDate =
+            compiled(R"(\s*(?:(\d+)(?:\s*([-/.])\s*(?:(\d+)|([a-zA-Z]+))\s*\2\s*(\d+))?|)"
+                     R"((?:(\d+)[\s,]*)?(?:(\d+)[\s,]*)?([a-zA-Z]+)(?:[\s,]*(\d+))?(?:[\s,]*(\d+))?)?\s*)");
+        std::smatch found;
+        if (!std::regex_match(text, found, kDate)) return false;
+        std::vector<Number> numbers;
+        for (const std::size_t group : {1U, 3U, 5U, 6U, 7U, 9U, 10U})
+            if (const auto digits = found.length(group); digits > 0)
+                numbers.push_back({digits > 8 ? 0 : std::stoi(found[group]), digits});
+        const std::size_t count = numbers.size();
+        if (found.length(4) + found.length(8) == 0)
+            return count == 0 || (count == 1 ? setCompactDay(numbers[0]) : setNumbers(numbers, style));
+        const int month =
+            boost::date_time::month_str_to_ushort<boost::gregorian::greg_month>(found.str(4) + found.str(8));
+        if (month > 12 || count == 0 || count > 2) return false;
+        if (numbers[0].digits == 4) return setDay(numbers[0], month, count > 1 ? numbers[1].value : 1);
+        return count > 1 && setDay(numbers[1], month, numbers[0].value);
     }
 
-    bool takeDate(int style) {
-        const Number &first = m_numbers[0], &second = m_numbers[1], &third = m_numbers[2];
-        const bool yearFirst = first.digits == 4;
-        if (m_month != 0) std::erase_if(m_form, [](char c) { return c != 'M' && c != 'N'; });
-        if (m_form.empty()) return true;
-        if (m_form == "N") return setCompactDay(first);
-        if (m_form == "MN" || m_form == "NM") return yearFirst && setDay(first, m_month, 1);
-        if (m_form == "MNN" || m_form == "NMN" || m_form == "NNM")
-            return yearFirst ? setDay(first, m_month, second.value) : setDay(second, m_month, first.value);
-        if (m_form != "N/N/N" && m_form != "N-N-N" && m_form != "N.N.N") return false;
-        if (yearFirst || std::ranges::count(kYearFirst, style % 100) > 0)
-            return setDay(first, second.value, third.value);
-        const bool dayFirst = std::ranges::count(kDayFirst, style % 100) > 0;
-        return dayFirst ? setDay(third, second.value, first.value) : setDay(third, first.value, second.value);
+    // Four digits in front are the year, unless a style of other types than datetime has it elsewhere.
+    bool setNumbers(std::vector<Number> numbers, int style) {
+        const auto is = [style](std::string_view styles) { return hasWord(styles, std::to_string(style)); };
+        const bool isFree = style <= 0, isLong = style >= 20 && style != 22, dayFirst = is(kDayFirst);
+        const bool hasOrder = is(kMonthFirst) || dayFirst || is(kYearFirst);
+        if (!hasOrder && !m_isClassic) throw sqlError(kStyleNotFollowed, {std::to_string(style)});
+        if (!hasOrder) return false;
+        if (is(kYearFirst) || (numbers[0].digits == 4 && (m_isClassic || isFree)))
+            std::ranges::rotate(numbers, numbers.begin() + 1);
+        return (isFree || (numbers[2].digits == 4) == isLong) &&
+               setDay(numbers[2], numbers[dayFirst].value, numbers[!dayFirst].value);
     }
 
     // 2026, 261121 or 20261121
@@ -111,6 +114,7 @@ class DateReader {
     }
 
     bool setDay(const Number& year, int month, int day) {
+        if (year.digits == 3 || year.digits > 4) return false;
         const int century = year.digits > 2 ? 0 : year.value < kTwoDigitCutoff ? 2000 : 1900;
         const auto date = dayOf(century + year.value, month, day);
         m_inRange = m_inRange && date;
@@ -119,9 +123,6 @@ class DateReader {
     }
 
     bool m_isClassic;  // the type is datetime or smalldatetime, which have no offsets
-    std::string m_form;
-    std::vector<Number> m_numbers;
-    int m_month = 0;
     bool m_inRange = true;
     DateTime m_result;
 };

@@ -74,8 +74,8 @@ Ticks rounded(Ticks time, const SqlType& type) {
         return std::chrono::milliseconds(((ticks * 300 + kSecond / 2) / kSecond * 1000 + 150) / 300);
     // smalldatetime: 29.998 s rounds down, 29.999 s rounds up.
     if (type.id == TypeId::SmallDateTime) return minutes((ticks + 30 * kSecond + kSecond / 1000) / kMinute);
-    const std::int64_t unit = powerOfTen(7 - type.scale);
-    return Ticks((ticks + unit / 2) / unit * unit);
+    const std::int64_t unit = powerOfTen(7 - type.scale), last = Ticks(days(1)).count() - unit;
+    return Ticks(((type.id == TypeId::Time ? std::min(ticks, last) : ticks) + unit / 2) / unit * unit);
 }
 
 // CONVERT's styles as patterns of written().
@@ -99,7 +99,7 @@ constexpr Style kStyles[] = {
     {"13 113", "dd MMM yyyy", kIsoTime},
     {"14 114", "", kIsoTime},
     {"20 120", kIsoDate, "HH:mm:ss"},
-    {"21 25 26 27 121 126 127", kIsoDate, kIsoTime},
+    {"21 25 121 126 127", kIsoDate, kIsoTime},
     {"22", "MM/dd/yy", "\1hh:mm:ss tt"},
     {"23", kIsoDate},
 };
@@ -111,14 +111,15 @@ constexpr std::string_view kFormats =
     "Oyyyy-MM-ddTHH:mm:ss.fffffff; syyyy-MM-ddTHH:mm:ss; th:mm tt; Th:mm:ss tt; uyyyy-MM-dd HH:mm:ssZ; "
     "yMMMM yyyy; YMMMM yyyy";
 
-// A date has no time to format, a time no date.
-Style styleFor(int number, const SqlType& type) {
+// A date has no time to format, a time no date. An hour alone is not padded.
+Style styleFor(int number, const SqlType& type, std::string_view target) {
     for (Style style : kStyles) {
         if (!hasWord(style.numbers, std::to_string(number))) continue;
-        if (type.id == TypeId::Time) style.date = "";
+        const bool isBare = number != 22 && style.time.starts_with(kPadded);
+        if (type.id == TypeId::Time) style = {{}, {}, style.time.substr(isBare ? 2 : 0)};
         if (type.id == TypeId::Date) style.time = "";
         if (!style.date.empty() || !style.time.empty()) return style;
-        throw sqlError(kStyleNotSupported, {std::to_string(number), baseName(type.id), "varchar"});
+        if (number % 100 != 14) throw sqlError(kConversionError, {baseName(type.id), target});
     }
     throw sqlError(kInvalidStyle, {std::to_string(number), baseName(type.id)});
 }
@@ -236,12 +237,12 @@ std::string toStorage(const DateTime& value, const SqlType& type, std::string_vi
     return written(isZoned ? "yyyy-MM-dd HH:mm:ss.\2 z" : "yyyy-MM-dd HH:mm:ss.\2", kept, type.scale);
 }
 
-std::string formatDateTime(const DateTime& value, const SqlType& type, int style) {
+std::string formatDateTime(const DateTime& value, const SqlType& type, int style, const SqlType& to) {
     const bool classic = isClassicDate(type.id);
     if (style == kNoStyle) style = classic ? 0 : 121;
     // ISO 8601: T between date and time, no fraction if it is zero.
-    const bool iso8601 = style % 100 == 26 || style % 100 == 27;
-    const Style pattern = styleFor(style, type);
+    const bool iso8601 = style == 126 || style == 127;
+    const Style pattern = styleFor(style, type, baseName(to.id));
     std::string whole(pattern.date);
     if (!whole.empty() && !pattern.time.empty()) whole += iso8601 ? 'T' : ' ';
     const int scale = iso8601 && value.time().count() % kSecond == 0 ? 0 : classic ? 3 : type.scale;

@@ -44,8 +44,8 @@ DateTime fromStorage(std::string_view text);
 std::string toStorage(const DateTime& value, const SqlType& type, std::string_view from = "datetime2");
 bool isInRange(const DateTime& value, const SqlType& type);
 
-// CONVERT(varchar, value, style). Throws SqlError 281 for an unknown style.
-std::string formatDateTime(const DateTime& value, const SqlType& type, int style);
+// CONVERT(to, value, style). Throws SqlError 281 for an unknown style, 8114 for one that the type lacks.
+std::string formatDateTime(const DateTime& value, const SqlType& type, int style, const SqlType& to);
 
 // FORMAT(value, pattern) for the culture en-US. Empty for a pattern that is not valid. Throws SqlError 50000.
 std::optional<std::string> formatted(const DateTime& value, std::string_view pattern);

@@ -41,10 +41,6 @@ constexpr std::array<std::string_view, 13> kConversions = {
     "--iiiiii---e-", "--iiiiii---e-", "iiiiiiiiiiiei", "-------iie---", "-------e-i-e-",
     "-------i--ii-", "i-ieeeei-iiii", "-----------ii"};
 
-std::size_t familyOf(TypeId id) {
-    return kFamilyOrder.find(facts(id).family);
-}
-
 std::optional<TypeId> findType(std::string_view name) {
     const std::string synonym = "," + lowerAscii(name) + ",";
     const auto* found = std::ranges::find_if(kTypes, [&](const TypeFacts& each) {
@@ -142,7 +138,7 @@ SqlType makeType(std::string_view name, std::span<const int> arguments, TypeUse 
         return simpleType(given <= 24 ? TypeId::Real : TypeId::Float);
     }
     if (hasScale(id)) {
-        if (given < 0 || given > 7) throw sqlError(kInvalidScale, {std::to_string(given), ""});
+        if (given < 0 || given > 7) throw sqlError(kInvalidScale, {std::to_string(given)});
         type.scale = static_cast<std::uint8_t>(given);
         return type;
     }
@@ -182,7 +178,8 @@ SqlType decodeType(std::int64_t code) {
 }
 
 ConversionRule conversionRule(TypeId from, TypeId to) {
-    return ConversionRule{kConversions[familyOf(from)][familyOf(to)]};
+    const auto place = [](TypeId id) { return kFamilyOrder.find(facts(id).family); };
+    return ConversionRule{kConversions[place(from)][place(to)]};
 }
 
 void requireImplicit(const SqlType& from, const SqlType& to) {

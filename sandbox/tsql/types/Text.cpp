@@ -83,7 +83,7 @@ bool takeSet(std::string_view& pattern, char32_t c, char32_t escape) {
     const bool negated = pattern.starts_with('^');
     if (negated) pattern.remove_prefix(1);
     bool found = false;
-    for (bool first = true; !pattern.empty() && (first || pattern[0] != ']'); first = false) {
+    while (!pattern.empty() && pattern[0] != ']') {
         const char32_t low = takeCharacter(pattern, escape);
         const bool isRange = pattern.size() > 1 && pattern[0] == '-' && pattern[1] != ']';
         if (isRange) pattern.remove_prefix(1);

@@ -27,7 +27,7 @@ std::string_view spoken(const SqlType& type) {
 [[noreturn]] void throwBadText(std::string_view text, const SqlType& from, const SqlType& to) {
     if (to.id == TypeId::BigInt || to.id == TypeId::Decimal || isApproximate(to.id))
         throw sqlError(kConversionError, {spoken(from), spoken(to)});
-    if (isMoney(to.id)) throw sqlError(kBadMoneyText);
+    if (isMoney(to.id)) throw sqlError(to.id == TypeId::Money ? kBadMoneyText : kBadSmallMoneyText);
     throw sqlError(kBadTextForType, {spoken(from), text, spoken(to)});
 }
 
@@ -57,7 +57,8 @@ class Converter {
         if (isApproximate(m_to.id)) return toFloat();
         if (isText(m_to.id)) return toText();
         if (isDateTime(m_to.id)) return toDateTime();
-        if (m_to.id == TypeId::UniqueIdentifier) return toIdentifier();
+        if (m_to.id == TypeId::UniqueIdentifier)
+            return isBinary(m_from.id) ? identifierFromBinary() : identifierFromText();
         return toBinary();
     }
 
@@ -109,7 +110,8 @@ class Converter {
         std::string digits(rest.substr(0, point)), fraction(rest.substr(std::min(point + 1, rest.size())));
         if (isMoneyText) std::erase(digits, ',');
         const std::string all = digits + fraction;
-        if ((all.empty() && !isMoneyText) || all.find_first_not_of("0123456789") != all.npos)
+        const bool isDigits = all.find_first_not_of("0123456789") == all.npos;
+        if (!isDigits || (all.empty() && (m_to.id == TypeId::Bit || m_to.id == TypeId::Decimal)))
             throwBadText(text(), m_from, m_to);
         fraction.resize(std::max<std::size_t>(fraction.size(), m_to.scale + 1U), '0');
         const Int128 value = numberOf(digits.append(fraction, 0, m_to.scale)) + (fraction[m_to.scale] >= '5');
@@ -204,13 +206,22 @@ class Converter {
     }
 
     std::string textInStyle() const {
-        if (isDateTime(m_from.id)) return formatDateTime(fromStorage(text()), m_from, m_style);
+        if (isDateTime(m_from.id)) return formatDateTime(fromStorage(text()), m_from, m_style, m_to);
         if (isMoney(m_from.id)) return moneyText();
         if (isApproximate(m_from.id)) return floatText();
-        if (isBinary(m_from.id) && m_style > 0) return (m_style == 1 ? "0x" : "") + hexDigits(blob());
-        if (isBinary(m_from.id)) return binaryAsText();
+        if (isBinary(m_from.id)) return binaryText();
         if (isExact(m_from.id)) return scaledText(exact(), m_from.scale);
         return std::string(text());
+    }
+
+    // Each byte is a character of varchar; each two bytes, in little-endian order, are one of nvarchar. With
+    // a style they are hexadecimal digits, without those of an incomplete byte.
+    std::string binaryText() const {
+        const std::string_view bytes(reinterpret_cast<const char*>(blob().data()), blob().size());
+        if (m_style > 2) throwNotConverted(m_from, m_to);
+        if (m_style <= 0) return isNational(m_to.id) ? utf8FromUtf16(bytes) : utf8FromCodePage1252(bytes);
+        const std::string digits = (m_style == 1 ? "0x" : "") + hexDigits(blob());
+        return m_to.length > 0 ? digits.substr(0, static_cast<std::size_t>(m_to.length & ~1)) : digits;
     }
 
     std::string moneyText() const {
@@ -227,20 +238,15 @@ class Converter {
         std::array<char, 64> buffer{};
         const double value = real() == 0 ? 0.0 : real();
         constexpr int kDigits[] = {6, 7, 15, 16};  // for styles 0 to 3
-        const bool exponential = m_style >= 1 && m_style <= 3;
+        const int style = m_style != 126 ? m_style : m_from.id == TypeId::Real ? 1 : 2;
+        const bool exponential = style >= 1 && style <= 3;
         std::snprintf(buffer.data(), buffer.size(), exponential ? "%.*e" : "%.*g",
-                      kDigits[exponential ? m_style : 0], value);
+                      kDigits[exponential ? style : 0], value);
         std::string result = buffer.data();
         const auto exponent = result.find('e');
         if (exponent != std::string::npos && result.size() - exponent < 5)
             result.insert(exponent + 2, 1, '0');
         return result;
-    }
-
-    // Each byte is a character of varchar; each two bytes, in little-endian order, are one of nvarchar.
-    std::string binaryAsText() const {
-        const std::string_view bytes(reinterpret_cast<const char*>(blob().data()), blob().size());
-        return isNational(m_to.id) ? utf8FromUtf16(bytes) : utf8FromCodePage1252(bytes);
     }
 
     Value toDateTime() const {
@@ -261,12 +267,6 @@ class Converter {
         const DateTime value{kDay1900 + std::chrono::duration_cast<Ticks>(number)};
         if (!isInRange(value, m_to)) throwOverflow(m_to);
         return toStorage(value, m_to);
-    }
-
-    Value toIdentifier() const {
-        if (isText(m_from.id) || m_from.id == TypeId::UniqueIdentifier) return identifierFromText();
-        if (isBinary(m_from.id)) return identifierFromBinary();
-        throwNotConverted(m_from, m_to);
     }
 
     Value identifierFromText() const {
@@ -336,7 +336,7 @@ class Converter {
         std::string_view digits = trimmed(text());
         const bool prefixed = digits.size() >= 2 && digits[0] == '0' && (digits[1] | 32) == 'x';
         if (prefixed && m_style == 1) digits.remove_prefix(2);
-        if (auto parsed = parseHex(digits); parsed && prefixed == (m_style == 1)) return *parsed;
+        if (auto parsed = parseHex(digits); parsed && m_style == (prefixed ? 1 : 2)) return *parsed;
         throw sqlError(kConversionError, {spoken(m_from), spoken(m_to)});
     }
 
@@ -396,8 +396,7 @@ Value convertValue(const CellView& value, const SqlType& from, const SqlType& to
     try {
         return Converter(value, from, to, style, kind == Conversion::Assign).run();
     } catch (const SqlError& error) {
-        const bool isMisuse = error.number == kUserDefined || error.number == kInvalidStyle;
-        if (kind != Conversion::Try || isMisuse) throw;
+        if (kind != Conversion::Try || error.number == kUserDefined) throw;
         return Null{};
     } catch (const std::bad_variant_access&) {
         throw sqlError(kConversionError, {spoken(from), spoken(to)});

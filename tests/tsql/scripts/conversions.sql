@@ -32,3 +32,5 @@ SELECT CAST('€ 5' AS money) a, CAST('.' AS money) b, CAST('1d3' AS float) c, C
 SELECT CAST(20200101 AS datetime) --> Msg 8115, Level 16, State 2, Line 1: Arithmetic overflow error converting expression to data type datetime.
 SELECT CAST('+-5' AS float) --> Msg 8114, Level 16, State 5, Line 1: Error converting data type varchar to float.
 SELECT 1 WHERE CAST('10:00' AS time) = CAST('1900-01-01 10:00' AS datetime) --> Msg 402, Level 16, State 1, Line 1: The data types time and datetime are incompatible in the equal to operator.
+SELECT CONVERT(varchar(3), 0x0A0B, 1) a, CONVERT(char(4), 0x0A0B0C, 2) b, CAST('-' AS int) c, CAST(' + ' AS bigint) d, TRY_CAST('-' AS decimal) e, TRY_CONVERT(varbinary(4), '0102', 3) f --> a varchar(3)? = 0x | b char(4)? = 0A0B | c int? = 0 | d bigint? = 0 | e decimal(18,0)? = NULL | f varbinary(4)? = NULL (1 rows)
+SELECT CAST('1x' AS smallmoney) --> Msg 293, Level 16, State 0, Line 1: Cannot convert char value to smallmoney. The char value has incorrect syntax.

@@ -34,7 +34,7 @@ SELEC 1 --> Msg 2812, Level 16, State 62, Line 1: Could not find stored procedur
 CREATE TABLE t () --> Msg 102, Level 15, State 1, Line 1: Incorrect syntax near ')'.
 BREAK --> Msg 135, Level 15, State 1, Line 1: Cannot use a BREAK statement outside the scope of a WHILE statement.
 MERGE a USING b ON 1=1 --> Msg 102, Level 15, State 1, Line 1: Incorrect syntax near '1'.
-SELECT CASE WHEN 'a' COLLATE Latin1_General_CI_AS = 'A' THEN 1 ELSE 0 END --> - int? = 1 (1 rows)
+SELECT CASE WHEN 'a' COLLATE Latin1_General_CI_AS = 'A' THEN 1 ELSE 0 END --> - int = 1 (1 rows)
 SELECT 1 WHERE 'a' COLLATE Latin1_General_BIN = 'A' --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support a collation other than those named ..._CI_AS.
 DECLARE cur CURSOR FOR SELECT 1 -->
 DECLARE @t TABLE (x int AS y) --> Msg 156, Level 15, State 1, Line 1: Incorrect syntax near the keyword 'AS'.

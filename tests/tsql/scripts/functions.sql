@@ -1,5 +1,5 @@
 SELECT '<' + LTRIM('  a ') + '>' a, '<' + RTRIM(' a ') + '>' b, '<' + TRIM(' a ') + '>' c, UPPER('aé') d, LOWER('AÉ') e, '<' + SPACE(2) + '>' f, STR(3.14159, 6, 2) g, CHAR(65) h, NCHAR(233) i, ASCII('A') j, UNICODE(N'é') k --> a varchar(6)? = <a > | b varchar(5)? = < a> | c varchar(5)? = <a> | d varchar(2)? = AÉ | e varchar(2)? = aé | f varchar(8000)? = <  > | g varchar(6)? =   3.14 | h char(1)? = A | i nchar(1)? = é | j int? = 65 | k int? = 233 (1 rows)
-SELECT CONCAT('a', NULL, 1, 2.5) a, CONCAT_WS('-', 'a', NULL, 'b') b, QUOTENAME('a]b') c, QUOTENAME('a', '''') d, IIF(1 > 2, 'x', 'longer') e, IIF(NULL IS NULL, 1, 2.5) f, CHOOSE(2, 'a', 'b') g, CHOOSE(5, 'a') h --> a varchar(66)? = a12.5 | b varchar(33)? = a-b | c nvarchar(258)? = [a]]b] | d nvarchar(258)? = 'a' | e varchar(6)? = longer | f decimal(11,1)? = 1.0 | g varchar(1)? = b | h varchar(1)? = NULL (1 rows)
+SELECT CONCAT('a', NULL, 1, 2.5) a, CONCAT_WS('-', 'a', NULL, 'b') b, QUOTENAME('a]b') c, QUOTENAME('a', '''') d, IIF(1 > 2, 'x', 'longer') e, IIF(NULL IS NULL, 1, 2.5) f, CHOOSE(2, 'a', 'b') g, CHOOSE(5, 'a') h --> a varchar(54) = a12.5 | b varchar(4) = a-b | c nvarchar(258)? = [a]]b] | d nvarchar(258)? = 'a' | e varchar(6) = longer | f decimal(11,1) = 1.0 | g varchar(1)? = b | h varchar(1)? = NULL (1 rows)
 SELECT TRY_CAST('x' AS int) a, TRY_CONVERT(int, '12') b, ISNULL(NULL, 'abc') c, COALESCE(NULL, NULL, 3) d, NULLIF(1, 1) e, ISNUMERIC('1e4') f, ISNUMERIC('a') g, LEN(NEWID()) h --> a int? = NULL | b int? = 12 | c varchar(3) = abc | d int? = 3 | e int? = NULL | f int? = 1 | g int? = 0 | h int? = 36 (1 rows)
 SELECT ABS(-3) a, CEILING(1.2) b, FLOOR(-1.2) c, ROUND(2.567, 1) d, ROUND(2.567, 1, 1) e, POWER(2, 10) f, SQRT(16) g, SIGN(-2.5) h, CAST(PI() AS decimal(9,5)) i, SQUARE(3) j --> a int? = 3 | b decimal(2,0)? = 2 | c decimal(2,0)? = -2 | d decimal(4,3)? = 2.600 | e decimal(4,3)? = 2.500 | f int? = 1024 | g float? = 4 | h decimal(2,1)? = -1.0 | i decimal(9,5)? = 3.14159 | j float? = 9 (1 rows)
 SELECT COUNT_BIG(*) a, DB_NAME() b, DB_ID('master') c, OBJECT_NAME(OBJECT_ID('nothing')) d, SUSER_SNAME() e, @@TRANCOUNT f, XACT_STATE() g, @@ERROR h FROM (SELECT 1 AS x) q --> a bigint? = 1 | b nvarchar(128)? = master | c int? = 1 | d nvarchar(128)? = NULL | e nvarchar(128)? = sa | f int? = 0 | g smallint? = 0 | h int? = 0 (1 rows)
@@ -63,17 +63,17 @@ SELECT LEFT('x', GETDATE()) --> Msg 8116, Level 16, State 1, Line 1: Argument da
 SELECT SUBSTRING(12345, 2, 2) --> Msg 8116, Level 16, State 1, Line 1: Argument data type int is invalid for argument 1 of substring function.
 SELECT CHARINDEX(3, '12345') --> Msg 8116, Level 16, State 1, Line 1: Argument data type int is invalid for argument 1 of charindex function.
 SELECT PARSENAME('srv.db.dbo.t', 1) a, PARSENAME('srv.db.dbo.t', 4) b, PARSENAME('[a.b]]c]."d"', 2) c, PARSENAME('db..t', 2) d, PARSENAME('15.0.2000.5', 4) e, PARSENAME('a.b.c.d.e', 1) f, PARSENAME('[a', 1) g, PARSENAME('t', 0) h --> a nvarchar(128)? = t | b nvarchar(128)? = srv | c nvarchar(128)? = a.b]c | d nvarchar(128)? = NULL | e nvarchar(128)? = 15 | f nvarchar(128)? = NULL | g nvarchar(128)? = NULL | h nvarchar(128)? = NULL (1 rows)
-SELECT HASHBYTES('MD5', 'abc') a, HASHBYTES('sha1', N'abc') b, HASHBYTES('SHA2_256', 0x616263) c, DATALENGTH(HASHBYTES('SHA2_512', '')) d, HASHBYTES('none', 'abc') e, HASHBYTES('MD5', NULL) f --> a varbinary(8000)? = 0x900150983CD24FB0D6963F7D28E17F72 | b varbinary(8000)? = 0x9F04F41A848514162050E3D68C1A7ABB441DC2B5 | c varbinary(8000)? = 0xBA7816BF8F01CFEA414140DE5DAE2223B00361A396177A9CB410FF61F20015AD | d int? = 64 | e varbinary(8000)? = NULL | f varbinary(8000)? = NULL (1 rows)
+SELECT HASHBYTES('MD5', 'abc') a, HASHBYTES('sha1', N'abc') b, HASHBYTES('SHA2_256', 0x616263) c, DATALENGTH(HASHBYTES('SHA2_512', '')) d, HASHBYTES('none', 'abc') e, HASHBYTES('MD5', CAST(NULL AS varchar)) f --> a varbinary(8000)? = 0x900150983CD24FB0D6963F7D28E17F72 | b varbinary(8000)? = 0x9F04F41A848514162050E3D68C1A7ABB441DC2B5 | c varbinary(8000)? = 0xBA7816BF8F01CFEA414140DE5DAE2223B00361A396177A9CB410FF61F20015AD | d int? = 64 | e varbinary(8000)? = NULL | f varbinary(8000)? = NULL (1 rows)
 SELECT HASHBYTES('MD4', 'abc') --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support HASHBYTES with MD2 and MD4.
 SELECT HASHBYTES('MD5', 1) --> Msg 8116, Level 16, State 1, Line 1: Argument data type int is invalid for argument 2 of hashbytes function.
 SELECT TIMEFROMPARTS(23, 59, 59, 5, 1) a, TIMEFROMPARTS(1, 2, 3, 0, 0) b, DATETIME2FROMPARTS(2026, 11, 22, 1, 2, 3, 1234567, 7) c, SMALLDATETIMEFROMPARTS(2026, 11, 22, 1, 2) d, TIMEFROMPARTS(1, NULL, 3, 0, 0) e --> a time(1)? = 23:59:59.5 | b time(0)? = 01:02:03 | c datetime2(7)? = 2026-11-22 01:02:03.1234567 | d smalldatetime? = 2026-11-22 01:02:00 | e time(0)? = NULL (1 rows)
 SELECT TIMEFROMPARTS(1, 2, 3, 10, 1) --> Msg 289, Level 16, State 1, Line 1: Cannot construct data type time, some of the arguments have values which are not valid.
 DECLARE @s int = 3 SELECT DATETIME2FROMPARTS(2026, 1, 1, 0, 0, 0, 0, @s) --> Msg 10760, Level 15, State 1, Line 1: Scale argument is not valid. Valid expressions for data type datetime2 scale argument are integer constants and integer constant expressions.
-SELECT TIMEFROMPARTS(1, 2, 3, 0, 8) --> Msg 1002, Level 15, State 1, Line 1: Specified scale 8 is invalid.
+SELECT TIMEFROMPARTS(1, 2, 3, 0, 8) --> Msg 1002, Level 15, State 1, Line 1: Line 1: Specified scale 8 is invalid.
 SELECT SCHEMA_ID() a, SCHEMA_ID('SYS') b, SCHEMA_ID('sales') c, HAS_DBACCESS('tempdb') d, HAS_DBACCESS('nothing') e, OBJECT_DEFINITION(1) f --> a int? = 1 | b int? = 4 | c int? = NULL | d int? = 1 | e int? = NULL | f nvarchar(max)? = NULL (1 rows)
 -- comparisons with the rows of a query
 SELECT a, CASE WHEN a > ALL (SELECT 1 UNION SELECT 2) THEN 'all' WHEN a >= ANY (SELECT 2) THEN 'any' WHEN NOT a >= ANY (SELECT 2) THEN 'none' END b FROM (VALUES (1), (2), (3), (NULL)) v (a) --> a int? | b varchar(4)? = 1 | none; 2 | any; 3 | all; NULL | NULL (4 rows)
-SELECT CASE WHEN 1 > ALL (SELECT 1 WHERE 1 = 0) THEN 1 END a, CASE WHEN 1 = ANY (SELECT 1 WHERE 1 = 0) THEN 1 ELSE 0 END b, CASE WHEN 1 <> ALL (SELECT NULL) THEN 1 WHEN NOT 1 <> ALL (SELECT NULL) THEN 2 ELSE 3 END c, CASE WHEN 'A ' = SOME (SELECT 'a') THEN 1 END d, CASE WHEN 2 <> ALL (SELECT 2 UNION ALL SELECT NULL) THEN 1 ELSE 0 END e --> a int? = 1 | b int? = 0 | c int? = 3 | d int? = 1 | e int? = 0 (1 rows)
+SELECT CASE WHEN 1 > ALL (SELECT 1 WHERE 1 = 0) THEN 1 END a, CASE WHEN 1 = ANY (SELECT 1 WHERE 1 = 0) THEN 1 ELSE 0 END b, CASE WHEN 1 <> ALL (SELECT NULL) THEN 1 WHEN NOT 1 <> ALL (SELECT NULL) THEN 2 ELSE 3 END c, CASE WHEN 'A ' = SOME (SELECT 'a') THEN 1 END d, CASE WHEN 2 <> ALL (SELECT 2 UNION ALL SELECT NULL) THEN 1 ELSE 0 END e --> a int? = 1 | b int = 0 | c int = 3 | d int? = 1 | e int = 0 (1 rows)
 SELECT g, SUM(x) s FROM (VALUES (1, 2), (1, 3), (2, 9)) v (g, x) GROUP BY g HAVING SUM(x) >= ALL (SELECT y FROM (VALUES (5), (6)) w (y)) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support an aggregate compared with ALL, ANY or SOME.
 SELECT a FROM (VALUES (1), (2), (3)) v (a) WHERE a = ANY (SELECT b FROM (VALUES (1, 1), (3, 2)) w (b, c) WHERE w.c <= v.a) --> a int = 1; 3 (2 rows)
 SELECT 1 WHERE 1 = ALL (SELECT 1, 2) --> Msg 116, Level 16, State 1, Line 1: Only one expression can be specified in the select list when the subquery is not introduced with EXISTS.
@@ -87,7 +87,7 @@ INSERT TOP (1) topped (a) EXEC ('SELECT 1') --> Msg 50000, Level 16, State 1, Li
 SELECT TYPE_NAME(231) a, TYPE_NAME(256) b, TYPE_NAME(1) c, TYPE_ID('[datetime]') d, TYPE_ID('sys.sysname') e, TYPE_ID('dbo.nothing') f, TYPE_ID('numeric') g, TYPE_NAME(NULL) h --> a nvarchar(128)? = nvarchar | b nvarchar(128)? = sysname | c nvarchar(128)? = NULL | d int? = 61 | e int? = 256 | f int? = NULL | g int? = 108 | h nvarchar(128)? = NULL (1 rows)
 SELECT TRANSLATE('2*[3+4]/{7-2}', '[]{}', '()()') a, TRANSLATE(N'Gruß Äpfel', 'äS', N'aZ') b, TRANSLATE('abc', NULL, 'a') c, TRANSLATE('aAb', 'aab', 'xyz') d
 SELECT TRANSLATE('abc', 'ab', 'x')
---> a varchar(13)? = 2*(3+4)/(7-2) | b nvarchar(10)? = Gruß apfel | c varchar(3)? = NULL | d varchar(3)? = xxz (1 rows)
+--> a varchar(8000)? = 2*(3+4)/(7-2) | b nvarchar(4000)? = Gruß apfel | c varchar(8000)? = NULL | d varchar(8000)? = xxz (1 rows)
 --> Msg 9828, Level 16, State 1, Line 2: The second and third arguments of the TRANSLATE built-in function must contain an equal number of characters.
 CREATE TABLE Keyed (id uniqueidentifier DEFAULT NEWSEQUENTIALID() PRIMARY KEY, n int)
 INSERT Keyed (n) VALUES (1), (2) INSERT Keyed (n) VALUES (3)
@@ -100,4 +100,21 @@ SELECT MIN(CAST(1 AS bit)) --> Msg 8117, Level 16, State 1, Line 1: Operand data
 -- characters to trim
 DECLARE @c nvarchar(5) = 'xé' SELECT TRIM('.,! ' FROM '  # test  .!') a, '[' + TRIM(@c FROM 'XÉ a bxe') + ']' b, TRIM(NULL FROM 'a') c, TRIM('' FROM ' a ') + '|' d --> a varchar(12)? = # test | b varchar(10)? = [ a bxe] | c varchar(1)? = NULL | d varchar(4)? =  a | (1 rows)
 SELECT TRIM('a', 'b') --> Msg 102, Level 15, State 1, Line 1: Incorrect syntax near ','.
-SELECT TRIM(5 FROM 5) --> Msg 8116, Level 16, State 1, Line 1: Argument data type int is invalid for argument 1 of trim function.
+SELECT TRIM(5 FROM 5) --> Msg 8116, Level 16, State 1, Line 1: Argument data type int is invalid for argument 1 of Trim function.
+-- types that arguments may not have
+SELECT COUNT_BIG(NULL) --> Msg 8117, Level 16, State 1, Line 2: Operand data type NULL is invalid for count_big operator.
+SELECT STDEV('1') --> Msg 8117, Level 16, State 1, Line 1: Operand data type varchar is invalid for stdev operator.
+SELECT SUM(CAST(1 AS bit)) --> Msg 8117, Level 16, State 1, Line 1: Operand data type bit is invalid for sum operator.
+SELECT COUNT(t) FROM kinds --> Msg 8117, Level 16, State 1, Line 1: Operand data type text is invalid for count operator.
+SELECT STRING_AGG(NULL, ',') --> Msg 8116, Level 16, State 1, Line 1: Argument data type NULL is invalid for argument 1 of string_agg function.
+SELECT STRING_AGG('a', 1) --> Msg 8116, Level 16, State 1, Line 1: Argument data type int is invalid for argument 2 of string_agg function.
+SELECT STRING_AGG(0x41, ',') --> Msg 8116, Level 16, State 1, Line 1: Argument data type varbinary is invalid for argument 1 of string_agg function.
+SELECT SUBSTRING(NULL, 1, 1) --> Msg 8116, Level 16, State 1, Line 1: Argument data type NULL is invalid for argument 1 of substring function.
+SELECT SUBSTRING('abc', 1.9, 2.9) a, PATINDEX(NULL, 'a') b, CHARINDEX(NULL, 'a') c, UPPER(NULL) d, EOMONTH(NULL) e, SIGN(CAST(1 AS bit)) f --> a varchar(3)? = ab | b int? = NULL | c int? = NULL | d varchar(1)? = NULL | e date? = NULL | f float? = 1 (1 rows)
+SELECT LEFT('abc', '2') --> Msg 8116, Level 16, State 1, Line 1: Argument data type varchar is invalid for argument 2 of left function.
+SELECT ROUND(1.5, 1e0) --> Msg 8116, Level 16, State 1, Line 1: Argument data type float is invalid for argument 2 of round function.
+SELECT CHARINDEX('a', 'abc', $1) --> Msg 8116, Level 16, State 1, Line 1: Argument data type money is invalid for argument 3 of charindex function.
+SELECT PATINDEX('%1%', NULL) --> Msg 8116, Level 16, State 1, Line 1: Argument data type NULL is invalid for argument 2 of patindex function.
+SELECT PATINDEX('%1%', 123) --> Msg 8116, Level 16, State 1, Line 1: Argument data type int is invalid for argument 2 of patindex function.
+SELECT TRANSLATE('abc', 'b', 5) --> Msg 8116, Level 16, State 1, Line 1: Argument data type int is invalid for argument 3 of translate function.
+SELECT EOMONTH(0) --> Msg 8116, Level 16, State 1, Line 1: Argument data type int is invalid for argument 1 of eomonth function.

@@ -27,7 +27,7 @@ SELECT GROUPING(region) AS r, SUM(n) + 0.5 AS n FROM sold GROUP BY region ORDER 
 SELECT t.region, t.n FROM (SELECT region, SUM(n) n FROM sold GROUP BY ROLLUP (region)) t WHERE t.n > 20
 SELECT region, SUM(n) AS n INTO #sums FROM sold GROUP BY ROLLUP (region)
 SELECT COUNT(*) FROM #sums
---> region varchar(10)? = NULL | k int? = 0 | r tinyint? = 1 (1 rows) --> region varchar(10)? = NULL (1 rows) --> k int? = 5 (1 rows) --> what varchar(3)? = all; one (2 rows)
+--> region varchar(10)? = NULL | k int? = 0 | r tinyint? = 1 (1 rows) --> region varchar(10)? = NULL (1 rows) --> k int? = 5 (1 rows) --> what varchar(3) = all; one (2 rows)
 --> r tinyint? | n decimal(12,1)? = 0 | 3.5; 0 | 12.5; 0 | 16.5 (3 rows) --> region varchar(10)? = NULL | n int? = 31 (1 rows) (4 changed) --> - int? = 4 (1 rows)
 SELECT GROUPING(n) FROM sold GROUP BY ROLLUP (region) --> Msg 8161, Level 16, State 1, Line 1: Argument 1 of the GROUPING function does not match any of the expressions in the GROUP BY clause.
 SELECT region, n FROM sold GROUP BY ROLLUP (region) --> Msg 8120, Level 16, State 1, Line 1: Column 'sold.n' is invalid in the select list because it is not contained in either an aggregate function or the GROUP BY clause.

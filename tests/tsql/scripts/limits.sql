@@ -4,7 +4,8 @@ SELECT TRY_CAST(256 AS tinyint) a, TRY_CAST(-1 AS tinyint) b, TRY_CAST(-32769 AS
 DECLARE @a varchar(8000), @b nvarchar(4000), @c varbinary(8000), @d decimal(38,38), @e time(7) -->
 DECLARE @a nvarchar(4001) --> Msg 131, Level 15, State 1, Line 1: The size (4001) given to the type 'nvarchar' exceeds the maximum allowed for any data type (4000).
 DECLARE @a varbinary(8001) --> Msg 131, Level 15, State 1, Line 1: The size (8001) given to the type 'varbinary' exceeds the maximum allowed for any data type (8000).
-DECLARE @a time(8) --> Msg 1002, Level 15, State 1, Line 1: Specified scale 8 is invalid.
+DECLARE @a time(8) --> Msg 1002, Level 15, State 1, Line 1: Line 1: Specified scale 8 is invalid.
+DECLARE @a varchar(0) --> Msg 1001, Level 15, State 1, Line 1: Line 1: Length or precision specification 0 is invalid.
 SELECT DATALENGTH(SPACE(8000)) b, DATALENGTH(SPACE(8001)) c, LEN(QUOTENAME(REPLICATE('a', 128))) d, LEN(STR(1, 8000)) e, STR(1, 8001) f --> b int? = 8000 | c int? = 8000 | d int? = 130 | e int? = 8000 | f varchar(8000)? = NULL (1 rows)
 -- names
 DECLARE @s nvarchar(max) = N'CREATE TABLE ' + REPLICATE(N'x', 128) + N' (i int)' EXEC (@s)

@@ -56,9 +56,9 @@ EXEC take 60
 EXEC take 30
 SELECT * FROM stock
 MERGE stock USING delivery s ON stock.id = s.id WHEN MATCHED THEN DELETE OUTPUT deleted.id;
---> i int? = 0 | d int? = 1 | r int? = 5 | k int? = 4 | u int? = 0 (1 rows) --> i int? = 2 | d int? = 0 | r int? = 5 | k int? = 4 | u int? = 1 (1 rows)
---> i int? = 2 | d int? = 2 | r int? = 5 | k int? = 4 | u int? = 1 (1 rows) (5 changed) --> i int? = 0 | d int? = 0 | r int? = 1 | k int? = 4 | u int? = 0 (1 rows)
---> i int? = 0 | d int? = 0 | r int? = 1 | k int? = 4 | u int? = 1 (1 rows) --> i int? = 1 | d int? = 1 | r int? = 1 | k int? = 4 | u int? = 1 (1 rows) (1 changed)
+--> i int? = 0 | d int? = 1 | r int? = 5 | k int? = 4 | u int = 0 (1 rows) --> i int? = 2 | d int? = 0 | r int? = 5 | k int? = 4 | u int = 1 (1 rows)
+--> i int? = 2 | d int? = 2 | r int? = 5 | k int? = 4 | u int = 1 (1 rows) (5 changed) --> i int? = 0 | d int? = 0 | r int? = 1 | k int? = 4 | u int = 0 (1 rows)
+--> i int? = 0 | d int? = 0 | r int? = 1 | k int? = 4 | u int = 1 (1 rows) --> i int? = 1 | d int? = 1 | r int? = 1 | k int? = 4 | u int = 1 (1 rows) (1 changed)
 --> id int | name varchar(10) | n int? = 2 | B | 20; 4 | y | 40; 3 | none | 60; 5 | none | 60 (4 rows)
 --> Msg 334, Level 16, State 1, Line 4: The target table 'stock' of the DML statement cannot have any enabled triggers if the statement contains an OUTPUT clause without INTO clause.
 CREATE TRIGGER refused ON delivery INSTEAD OF DELETE AS RETURN -->

@@ -1,7 +1,7 @@
 SELECT 7 / 2 a, -7 % 3 b, CAST(200 AS tinyint) + 100 c, 1.0 / 3 d, 2.0 / 3 e, 1.5 * -2.25 f, 0.1 + 0.22 g, '3' * 4 h, 6 & 3 i --> a int? = 3 | b int? = -1 | c int? = 300 | d decimal(7,6)? = 0.333333 | e decimal(7,6)? = 0.666666 | f decimal(6,3)? = -3.375 | g decimal(3,2)? = 0.32 | h int? = 12 | i int? = 2 (1 rows)
 SELECT CAST('123456789.12' AS decimal(18,2)) / CAST('7' AS decimal(18,2)) a, CAST('999999999999999999' AS decimal(18,0)) * 10 b, CAST('2' AS money) / CAST('3' AS money) c --> a decimal(38,20)? = 17636684.16000000000000000000 | b decimal(21,0)? = 9999999999999999990 | c money? = 0.6666 (1 rows)
 SELECT 'ab' + 'c' a, 'ab' + NULL b, CAST('2026-11-21' AS datetime) + 1.5 c, 0x01 + 0xFF d --> a varchar(3)? = abc | b varchar(4)? = NULL | c datetime? = 2026-11-22 12:00:00.000 | d varbinary(2)? = 0x01FF (1 rows)
-SELECT CASE WHEN 'Abc ' = 'aBC' AND 1.10 = 1.1 AND 1.1 < 2 AND CAST('1.5' AS money) > 1 AND '10' = 10 AND CAST('2026-11-21' AS date) < CAST('2026-11-21 00:00:00.003' AS datetime) THEN 'all' END a, CASE WHEN 1 = NULL THEN 1 WHEN NOT 1 = NULL THEN 2 ELSE 3 END b --> a varchar(3)? = all | b int? = 3 (1 rows)
+SELECT CASE WHEN 'Abc ' = 'aBC' AND 1.10 = 1.1 AND 1.1 < 2 AND CAST('1.5' AS money) > 1 AND '10' = 10 AND CAST('2026-11-21' AS date) < CAST('2026-11-21 00:00:00.003' AS datetime) THEN 'all' END a, CASE WHEN 1 = NULL THEN 1 WHEN NOT 1 = NULL THEN 2 ELSE 3 END b --> a varchar(3)? = all | b int = 3 (1 rows)
 SELECT 2147483647 + 1 --> Msg 8115, Level 16, State 2, Line 1: Arithmetic overflow error converting expression to data type int.
 SELECT CAST(200 AS tinyint) + CAST(100 AS tinyint) --> Msg 8115, Level 16, State 2, Line 1: Arithmetic overflow error converting expression to data type tinyint.
 SELECT 1 / 0 --> Msg 8134, Level 16, State 1, Line 1: Divide by zero error encountered.
@@ -32,7 +32,7 @@ SELECT SUM(t) FROM (VALUES ('a')) v (t) --> Msg 8117, Level 16, State 1, Line 1:
 CREATE TABLE bytes (id int, b binary(4), v varbinary(8))
 INSERT bytes VALUES (1, 0xAE, 0xAE), (2, 0xAE00, 0xAE00), (3, 0x, 0x) --> (3 changed)
 SELECT COUNT(*) FROM bytes x JOIN bytes y ON x.b = y.v JOIN bytes z ON z.v = y.v WHERE x.b >= 0xAE --> - int? = 8 (1 rows)
-SELECT CASE WHEN 0xAE = 0xAE00 THEN 1 ELSE 0 END a, CASE WHEN 0xAE < 0xAE00 THEN 1 ELSE 0 END b, CASE WHEN 0xAE < 0xAE01 THEN 1 ELSE 0 END c --> a int? = 1 | b int? = 0 | c int? = 1 (1 rows)
+SELECT CASE WHEN 0xAE = 0xAE00 THEN 1 ELSE 0 END a, CASE WHEN 0xAE < 0xAE00 THEN 1 ELSE 0 END b, CASE WHEN 0xAE < 0xAE01 THEN 1 ELSE 0 END c --> a int = 1 | b int = 0 | c int = 1 (1 rows)
 SELECT v, COUNT(*) FROM bytes WHERE v IN (0xAE0000) OR v IN (SELECT b FROM bytes WHERE id = 3) GROUP BY v --> v varbinary(8)? | - int? = 0x | 1; 0xAE | 2 (2 rows)
 SELECT DISTINCT v, 1 one FROM bytes ORDER BY v DESC --> v varbinary(8)? | one int = 0xAE | 1; 0x | 1 (2 rows)
 SELECT DISTINCT TOP 1 v FROM bytes --> v varbinary(8)? = 0x (1 rows)

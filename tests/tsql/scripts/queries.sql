@@ -18,7 +18,7 @@ SELECT * FROM a WHERE g LIKE '[x]%' AND id BETWEEN 1 AND 2 OR NOT (id <> 4) --> 
 SELECT 'same' WHERE 'abc ' = 'ABC' AND NOT 'a' = 'b' --> - varchar(4) = same (1 rows)
 SELECT d.t, d.n FROM (SELECT t, COUNT(*) n FROM b GROUP BY t) d WHERE d.n = 1; --> t varchar(20)? | n int? = b1 | 1; b2 | 1 (2 rows)
 WITH q AS (SELECT t FROM b) SELECT x.t FROM q x JOIN q y ON x.t = y.t --> t varchar(20)? = b1; b2 (2 rows)
-SELECT CASE WHEN n > 8 THEN 'big' WHEN n IS NULL THEN NULL ELSE 'small' END z, CASE g WHEN 'x' THEN 1 ELSE 0.5 END FROM a --> z varchar(5)? | - decimal(11,1)? = big | 1.0; NULL | 1.0; big | 0.5; small | 0.5 (4 rows)
+SELECT CASE WHEN n > 8 THEN 'big' WHEN n IS NULL THEN NULL ELSE 'small' END z, CASE g WHEN 'x' THEN 1 ELSE 0.5 END FROM a --> z varchar(5)? | - decimal(11,1) = big | 1.0; NULL | 1.0; big | 0.5; small | 0.5 (4 rows)
 SELECT id, (SELECT id FROM a) FROM b --> Msg 512, Level 16, State 1, Line 1: Subquery returned more than 1 value. This is not permitted when the subquery follows =, !=, <, <= , >, >= or when the subquery is used as an expression.
 SELECT id FROM a JOIN b ON a.id = b.aid --> Msg 209, Level 16, State 1, Line 1: Ambiguous column name 'id'.
 SELECT x.id FROM a --> Msg 4104, Level 16, State 1, Line 1: The multi-part identifier "x.id" could not be bound.

@@ -248,8 +248,8 @@ INSERT pairs SELECT 7, name + '!', NULL FROM pairs WHERE other = 'b'
 UPDATE x SET other = UPPER(x.other) + p.name FROM pairs x JOIN part p ON p.id = x.id AND p.id < 3
 DELETE pairs WHERE name LIKE '%!'
 SELECT * FROM pairs
---> (1 changed) (1 changed) --> id int | name varchar(10)? | other varchar(10)? | new varchar(10)? | updated varchar(3)? = 1 | a | b | Ba | yes; 2 | b | a | Ab | yes (2 rows) (2 changed) (2 changed)
---> id int = 4 | name varchar(10)? = a! | other varchar(10)? = c | new varchar(10)? = NULL | updated varchar(3)? = no (1 rows) (1 changed)
+--> (1 changed) (1 changed) --> id int | name varchar(10)? | other varchar(10)? | new varchar(10)? | updated varchar(3) = 1 | a | b | Ba | yes; 2 | b | a | Ab | yes (2 rows) (2 changed) (2 changed)
+--> id int = 4 | name varchar(10)? = a! | other varchar(10)? = c | new varchar(10)? = NULL | updated varchar(3) = no (1 rows) (1 changed)
 --> id int* | name varchar(10)? | other varchar(10)? = 1 | Ab | Ba; 2 | Ba | Ab; 3 | c | c; 4 | a! | c (4 rows)
 CREATE TRIGGER again ON pairs INSTEAD OF DELETE AS RETURN --> Msg 2111, Level 16, State 1, Line 1, Procedure again: Cannot create trigger 'again' on view 'pairs' because an INSTEAD OF DELETE trigger already exists on this object.
 DISABLE TRIGGER pairs_ud ON pairs

@@ -16,7 +16,7 @@ SELECT STRING_AGG(title, '; ') WITHIN GROUP (ORDER BY day DESC, id) FROM book --
 SELECT STRING_AGG(REPLICATE('x', 3000), '') FROM book --> Msg 9829, Level 16, State 1, Line 1: STRING_AGG aggregation result exceeded the limit of 8000 bytes. Use LOB types to avoid result truncation.
 SELECT LEN(STRING_AGG(CAST(REPLICATE('x', 3000) AS varchar(max)), '')) FROM book --> - bigint? = 9000 (1 rows)
 SELECT LEN(REPLICATE(CAST('xy' AS varchar(max)), 60000000)) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support REPLICATE beyond 100,000,000 characters.
-SELECT ok, STRING_AGG(id, ',') WITHIN GROUP (ORDER BY id DESC) ids FROM book GROUP BY ok ORDER BY ok --> ok bit? | ids varchar(8000)? = NULL | 3; 0 | 2; 1 | 1 (3 rows)
+SELECT ok, STRING_AGG(id, ',') WITHIN GROUP (ORDER BY id DESC) ids FROM book GROUP BY ok ORDER BY ok --> ok bit? | ids nvarchar(4000)? = NULL | 3; 0 | 2; 1 | 1 (3 rows)
 SELECT id, 1 FROM book FOR XML RAW --> Msg 6809, Level 16, State 1, Line 1: Unnamed tables cannot be used as XML identifiers as well as unnamed columns cannot be used for attribute names. Name unnamed columns/tables using AS in the SELECT statement.
 SELECT id, title AS '@t' FROM book FOR XML PATH --> Msg 6852, Level 16, State 1, Line 1: Attribute-centric column '@t' must not come after a non-attribute-centric sibling in XML hierarchy in FOR XML PATH.
 SELECT id AS '@id' FROM book FOR XML PATH('') --> Msg 6864, Level 16, State 1, Line 1: Row tag omission (empty row tag name) cannot be used with attribute-centric FOR XML serialization.
