@@ -6,7 +6,7 @@ namespace tsql {
 // Returns the translation in `place` if it still holds, else the one that `translate` makes.
 TranslatedPtr Executor::translated(Translation& place, const Translate& translate, const MaybeType& type,
                                    Translator* merge) {
-    constexpr std::size_t kLongestKept = 65'536;
+    constexpr std::size_t kLongestKept = 32'768;
     const auto known = this->known();
     const auto& [quoted, most] = std::tie(m_settings.quotedIdentifiers, m_settings.mostRows);
     Circumstances now{known->number, databaseOf({}), m_frames.back()->schemaName, quoted, most, type};
