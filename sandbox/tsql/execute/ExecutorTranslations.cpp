@@ -6,14 +6,15 @@ namespace tsql {
 // Returns the translation in `place` if it still holds, else the one that `translate` makes.
 TranslatedPtr Executor::translated(Translation& place, const Translate& translate, const MaybeType& type,
                                    Translator* merge) {
-    constexpr std::size_t kLongestKept = 65'536;
+    constexpr std::size_t kLongestKept = 32'768;
     const auto known = this->known();
     const auto& [quoted, most] = std::tie(m_settings.quotedIdentifiers, m_settings.mostRows);
     Circumstances now{known->number, databaseOf({}), m_frames.back()->schemaName, quoted, most, type};
     const bool isFixed = !merge && !awaitsTransaction();  // by the first use of a table
     if (auto kept = place.lock(); kept && isFixed && kept->circumstances == now) return kept;
-    const auto made = std::make_shared<Translated>(
-        Translated{std::move(now), merge ? *merge : Translator(*this, /*binds=*/true)});
+    // Not by make_shared(): the pointer in the tree would hold the memory of what is forgotten.
+    const std::shared_ptr<Translated> made(
+        new Translated{std::move(now), merge ? *merge : Translator(*this, /*binds=*/true)});
     made->text = translate(made->translator);
     made->columns = made->text.shown();
     if (merge || !made->translator.isLasting() || made->text.sql.size() > kLongestKept) return made;

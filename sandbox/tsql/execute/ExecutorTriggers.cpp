@@ -119,10 +119,12 @@ void Executor::changeAndFire(const TableInfo& target, std::vector<Firing> firing
     {
         const bool reads = instead && firings.front().verb != "INSERT";  // by the name of the table
         const Temporarily shadow(m_shadow, reads ? std::optional(records.front().target()) : std::nullopt);
-        forget();
+        const Finally afterwards([&] {
+            if (instead) forget();
+        });
+        if (instead) forget();
         change(instead ? records.front().target() : target);
     }
-    forget();
     for (auto& record : records) record.stop();
     const auto count = [&](const Firing& firing) {
         return *m_connection.number("SELECT count(*) FROM temp." + firing.rows);

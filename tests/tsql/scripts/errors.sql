@@ -101,3 +101,7 @@ SET CONTEXT_INFO 0x01 --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not
 EXEC sp_help 'x' --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support sp_help.
 SELECT geography::Point(1, 2, 4326) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support methods of geography.
 SELECT TRY_PARSE('1' AS int USING 'en-US') --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support TRY_PARSE.
+-- the types of an assignment are known before the batch runs
+PRINT 'not reached'
+DECLARE @d date
+SET @d = 5 --> Msg 206, Level 16, State 2, Line 4: Operand type clash: int is incompatible with date

@@ -70,6 +70,29 @@ CREATE TABLE again (elsewhere int) --> USE elsewhere --> Msg 5701, Level 0, Stat
 SELECT * FROM again --> elsewhere int? (0 rows)
 USE master --> USE master --> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'master'.
 SELECT * FROM again --> d bigint? = 8; 7 (2 rows)
+-- the same text in two databases
+CREATE PROCEDURE ReadAgain AS SELECT * FROM again -->
+USE elsewhere --> USE elsewhere --> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'elsewhere'.
+CREATE PROCEDURE ReadAgain AS SELECT * FROM again -->
+DECLARE @i int = 0
+WHILE @i < 2 BEGIN
+  EXEC ReadAgain
+  EXEC master..ReadAgain
+  SET @i += 1
+END --> elsewhere int? (0 rows) --> d bigint? = 8; 7 (2 rows) --> elsewhere int? (0 rows) --> d bigint? = 8; 7 (2 rows)
+USE master --> USE master --> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'master'.
+-- the rows that a trigger receives, after an error
+CREATE TABLE replaced (x int) -->
+CREATE TRIGGER OnReplaced ON replaced INSTEAD OF INSERT, UPDATE AS SELECT x FROM inserted -->
+INSERT replaced SELECT 1
+DECLARE @i int = 0, @s varchar(5) = 'x'
+WHILE @i < 3 BEGIN
+  BEGIN TRY INSERT replaced SELECT CAST(@s AS int) + @i END TRY
+  BEGIN CATCH PRINT ERROR_NUMBER() END CATCH
+  SET @s = '7'
+  SET @i += 1
+END
+SELECT COUNT(*) FROM replaced --> x int? = 1 (1 rows) (1 changed) (0 changed) --> 245 --> x int? = 8 (1 rows) (1 changed) --> x int? = 9 (1 rows) (1 changed) --> - int? = 0 (1 rows)
 SET IMPLICIT_TRANSACTIONS ON
 DECLARE @i int = 0
 WHILE @i < 2 BEGIN
