@@ -64,6 +64,24 @@ TEST_F(Sessions, SeeTheDefinitionsOfOthers) {
     EXPECT_EQ(second(kSelect), "a int? = NULL | b int? = NULL | c int? = 1 (1 rows)\n");
 }
 
+TEST_F(Sessions, WriteByTheDefinitionForWhichTheyHaveWaited) {
+    first("CREATE TABLE t (v int)");
+    second("INSERT t VALUES (12)");
+    first("BEGIN TRAN ALTER TABLE t ALTER COLUMN v money");
+    std::thread waiting([&] { second("INSERT t VALUES (12)"); });
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    first("COMMIT");
+    waiting.join();
+    EXPECT_TRUE(has(first("SELECT DISTINCT v FROM t"), "= 12.0000 (1 rows)\n"));
+}
+
+TEST_F(Sessions, InsertThroughAViewWhatAProcedureReturns) {
+    first("CREATE TABLE t (x int)");
+    first("CREATE VIEW v AS SELECT x FROM t");
+    first("CREATE TRIGGER tr ON v INSTEAD OF INSERT AS SELECT x FROM inserted");
+    EXPECT_TRUE(has(first("INSERT v EXEC ('SELECT 7')"), "= 7 (1 rows)"));
+}
+
 TEST_F(Sessions, LeaveOnlyCommittedRowsBehind) {
     {
         const auto gone = tsql::openSession(m_engine, {"sa"}, "master", 53);

@@ -185,11 +185,6 @@ std::optional<SchemaInfo> Catalogue::schema(const std::string& column, const Val
     return rows.step() ? std::optional(SchemaInfo{rows.text(0), rows.integer(1)}) : std::nullopt;
 }
 
-bool Catalogue::hasTriggers() const {
-    const auto any = inSchema("SELECT 1 FROM $.tsqlbox_objects WHERE type = 'TR' LIMIT 1", m_schema);
-    return m_connection.number(any).has_value();
-}
-
 std::vector<ObjectInfo> Catalogue::keysTo(std::int64_t table) const {
     return objects(
         "o.type = 'F' AND o.stored = (SELECT r.name FROM $.tsqlbox_objects r WHERE r.id = ?1) COLLATE ts_ci",

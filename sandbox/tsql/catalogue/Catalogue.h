@@ -170,7 +170,6 @@ class Catalogue {
     std::vector<ObjectInfo> triggersOf(std::int64_t table) const {
         return objects("o.parent = ?1 AND o.type = 'TR'", table);
     }
-    bool hasTriggers() const;
     std::int64_t lastId() const;
 
     // Inserts an object whose id is 0 and sets its id, or updates an existing object.

@@ -398,11 +398,12 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     // transactions, until the version of the catalogues changes.
     std::map<std::vector<std::string>, TableInfo> m_knownTables;
     std::uint64_t m_knownVersion = 0;
-    std::string m_text;           // current batch
-    int m_line = 1;               // line of the current statement
-    int m_tries = 0;              // number of TRY blocks around it
-    int m_error = 0;              // @@ERROR
-    std::int64_t m_rowCount = 0;  // @@ROWCOUNT
+    std::optional<std::uint64_t> m_translated;  // version for which a statement is; empty in transactions
+    std::string m_text;                         // current batch
+    int m_line = 1;                             // line of the current statement
+    int m_tries = 0;                            // number of TRY blocks around it
+    int m_error = 0;                            // @@ERROR
+    std::int64_t m_rowCount = 0;                // @@ROWCOUNT
     std::optional<std::int64_t> m_identity;
     std::optional<std::int64_t> m_batchIdentity;  // SCOPE_IDENTITY() of the batches, all one scope
     // Last identities generated in the transaction, by schema and stored name of the table.
@@ -421,6 +422,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     int m_transactions = 0;         // @@TRANCOUNT
     bool m_doomed = false;          // the transaction can only be rolled back
     bool m_begun = false;           // it has begun in SQLite, too
+    bool m_defines = false;         // it has changed a catalogue
     bool m_outlivedReset = false;   // it survived a reset of the session
     std::string m_transactionName;  // of the outermost transaction
     Settings m_settings;

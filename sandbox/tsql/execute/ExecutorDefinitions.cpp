@@ -136,13 +136,13 @@ void Executor::define(const ObjectName& name, const std::function<void(Catalogue
     Catalogue owner = catalogue(name);
     beforeWrite();
     m_knownTables.clear();
-    const Finally forget([this] {  // behind the commit or the rollback
-        m_knownTables.clear();
-        m_storage.noteCatalogueChange();
-    });
+    const Finally forget([this] { m_knownTables.clear(); });  // behind the commit or the rollback
     Atomic atomic(m_connection, owner.schema());
     work(owner);
-    m_knownTables.clear();
+    if (owner.isTemporary()) return atomic.commit();
+    const Finally changed([this] { m_storage.noteCatalogueChange(); });
+    m_storage.noteCatalogueChange();
+    m_translated.reset();
     atomic.commit();
 }
 

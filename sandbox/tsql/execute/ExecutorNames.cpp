@@ -101,7 +101,8 @@ std::optional<TableInfo> Executor::findTable(const ObjectName& name) {
         return catalogue(name).ownTable(name.name);
     if ((m_checking && name.name.starts_with('#')) || namesChangedRows(name)) return std::nullopt;
     const std::uint64_t version = m_storage.catalogueVersion();
-    if (!m_connection.inTransaction() && std::exchange(m_knownVersion, version) != version)
+    if (!m_isCalledByQuery && !m_connection.inTransaction() &&
+        std::exchange(m_knownVersion, version) != version)
         m_knownTables.clear();
     const std::vector<std::string> key = {databaseOf(name), name.database, name.schema,
                                           m_frames.back()->schemaName, name.name};
@@ -114,6 +115,7 @@ std::optional<TableInfo> Executor::findTable(const ObjectName& name) {
         if (m_knownTables.size() >= kKnownTables) m_knownTables.clear();
         known = m_knownTables.emplace(key, catalogue(name).tableOf(*found)).first;
     }
+    if (!isTemporaryName(name.name)) m_connection.attach(key.front());  // it may have been detached since
     if (awaitsTransaction()) begin({});
     return known->second;
 }

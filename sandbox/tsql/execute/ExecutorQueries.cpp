@@ -29,7 +29,7 @@ Flow Executor::run(const SelectStatement& statement) {
     Translator translator(*this);
     const QueryText text = translator.query(*statement.query);
     const auto values = parameterValues(translator);
-    PreparedStatement prepared(m_connection, text.sql, values);
+    PreparedStatement prepared(m_connection, text.sql, values, std::exchange(m_translated, {}));
     const bool assigns = !translator.assignments().empty();
     if (assigns && m_settings.describeOnly) return Flow::Next;
     return finished(assigns ? assignRows(prepared, translator.assignments(), m_settings.mostRows)
@@ -110,7 +110,7 @@ void Executor::change(const TableInfo& target, std::string_view verb, const std:
     beforeWrite();
     m_change.newRows = translator.newRows();
     m_change.values = parameterValues(translator);
-    PreparedStatement prepared(m_connection, sql, m_change.values);
+    PreparedStatement prepared(m_connection, sql, m_change.values, std::exchange(m_translated, {}));
     if (!translator.assignments().empty())
         assignRows(prepared, translator.assignments());
     else if (!translator.output().columns.empty() && translator.output().sql.empty())

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <thread>
 
+#include "types/Finally.h"
 #include "types/Text.h"
 
 namespace tsql {
@@ -36,8 +37,12 @@ std::string quotedText(std::string_view text) {
 PreparedStatement::PreparedStatement(Connection& connection, std::string sql)
     : m_connection(connection), m_sql(std::move(sql)), m_statement(connection.borrow(m_sql)) {}
 
-PreparedStatement::PreparedStatement(Connection& connection, std::string sql, std::span<const Value> values)
+PreparedStatement::PreparedStatement(Connection& connection, std::string sql, std::span<const Value> values,
+                                     const std::optional<std::uint64_t>& version)
     : PreparedStatement(connection, std::move(sql)) {
+    m_hasVersion = version.has_value();
+    if (m_hasVersion && *version != connection.m_storage.catalogueVersion())
+        throw SqliteFailure(SQLITE_AUTH, "");
     const int asked = sqlite3_bind_parameter_count(m_statement);  // the last values may be unused
     for (int index = 1; index <= asked && index <= static_cast<int>(values.size()); ++index)
         bind(index, viewOf(values[static_cast<std::size_t>(index) - 1]));
@@ -62,6 +67,7 @@ void PreparedStatement::bind(int index, const CellView& value) {
 }
 
 bool PreparedStatement::step() {
+    const Temporarily compiles(m_connection.m_compiles, !m_hasVersion);
     const int code = sqlite3_step(m_statement);
     if (code == SQLITE_ROW) return true;
     if (code == SQLITE_DONE) return false;
@@ -83,6 +89,7 @@ Connection::Connection(Storage& storage, std::function<bool()> cancelled, std::f
     sqlite3_busy_handler(handle(), waitForLock, this);
     sqlite3_progress_handler(handle(), kStepsBetweenLooks, isCancelled, this);
     sqlite3_extended_result_codes(handle(), 1);
+    sqlite3_set_authorizer(handle(), mayCompile, this);
     sqlite3_test_control(SQLITE_TESTCTRL_OPTIMIZATIONS, handle(), kBloomFilters);  // the others stay on
     sqlite3_db_config(handle(), SQLITE_DBCONFIG_DQS_DML, 0, nullptr);  // "x" is a name, never a string
     sqlite3_db_config(handle(), SQLITE_DBCONFIG_DQS_DDL, 0, nullptr);
@@ -179,8 +186,10 @@ sqlite3_stmt* Connection::borrow(const std::string& sql) {
     if (found != m_idle.end()) {
         sqlite3_stmt* statement = found->second;
         m_idle.erase(found);
-        return statement;
+        if (!sqlite3_expired(statement)) return statement;
+        sqlite3_finalize(statement);
     }
+    const Temporarily compiles(m_compiles, true);
     sqlite3_stmt* statement = nullptr;
     const char* tail = nullptr;
     const int code = sqlite3_prepare_v3(handle(), sql.data(), static_cast<int>(sql.size()),
@@ -190,7 +199,7 @@ sqlite3_stmt* Connection::borrow(const std::string& sql) {
 }
 
 void Connection::giveBack(const std::string& sql, sqlite3_stmt* statement) {
-    sqlite3_reset(statement);
+    if (sqlite3_reset(statement) == SQLITE_AUTH) return static_cast<void>(sqlite3_finalize(statement));
     sqlite3_clear_bindings(statement);
     m_idle.emplace_front(sql, statement);
     if (m_idle.size() <= kIdleStatements) return;

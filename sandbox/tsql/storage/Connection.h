@@ -28,8 +28,11 @@ class Connection;
 class PreparedStatement {
   public:
     PreparedStatement(Connection& connection, std::string sql);
-    // The values, which must outlive the steps, are those of ?1, ?2 ...
-    PreparedStatement(Connection& connection, std::string sql, std::span<const Value> values);
+    // The values, which must outlive the steps, are those of ?1, ?2 ... version: of the catalogues, for which
+    // the SQL is. If they have another one, SqliteFailure SQLITE_AUTH is thrown, at the first step at the
+    // latest.
+    PreparedStatement(Connection& connection, std::string sql, std::span<const Value> values,
+                      const std::optional<std::uint64_t>& version = {});
     ~PreparedStatement();
     PreparedStatement(PreparedStatement&&) = delete;  // neither moved nor copied
 
@@ -46,6 +49,7 @@ class PreparedStatement {
     Connection& m_connection;
     std::string m_sql;
     sqlite3_stmt* m_statement = nullptr;
+    bool m_hasVersion = false;
 };
 
 class Connection {
@@ -88,6 +92,11 @@ class Connection {
     void dropStatements();
     static int waitForLock(void* self, int tries);
     static int isCancelled(void* self) { return static_cast<Connection*>(self)->m_cancelled(); }
+    // Table functions such as pragma_index_xinfo compile PRAGMAs while they run.
+    static int mayCompile(void* self, int action, const char*, const char*, const char*, const char*) {
+        const bool compiles = static_cast<Connection*>(self)->m_compiles || action == SQLITE_PRAGMA;
+        return compiles ? SQLITE_OK : SQLITE_DENY;
+    }
 
     Storage& m_storage;
     std::function<bool()> m_cancelled;
@@ -97,6 +106,7 @@ class Connection {
     SqliteConnection m_handle;
     std::list<std::string> m_attached;  // keys of databases, most recently used first
     std::set<std::string> m_catalogues;
+    bool m_compiles = true;  // SQLite may compile statements: no statement of a version begins
     std::list<std::pair<std::string, sqlite3_stmt*>> m_idle;  // most recently used first
 };
 
