@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <fstream>
 #include <stdexcept>
 #include <thread>
 
@@ -121,6 +122,8 @@ TEST_F(Sessions, WaitForTheNextValueOfASequence) {
 TEST_F(Sessions, NameAFileThatCannotBeOpened) {
     std::filesystem::create_directory(m_directory.path() / "folder.db");
     EXPECT_TRUE(has(first("SELECT * FROM folder..t"), "Msg 5120"));
+    std::ofstream(m_directory.path() / "noise.db") << std::string(5000, 'x');
+    EXPECT_TRUE(has(first("SELECT * FROM noise..t"), "noise.db\". Operating system error 0: \"file is not"));
     EXPECT_THROW(tsql::openSession(m_engine, {"sa"}, "folder", 53), tsql::SqlError);
 }
 

@@ -25,11 +25,7 @@ CREATE TABLE AuditTrail (
     action varchar(64) NOT NULL,
     detail nvarchar(400) NULL
 )
-CREATE TABLE AuditPeriod (
-    period char(7) NOT NULL,
-    entries int NOT NULL,
-    CONSTRAINT PK_AuditPeriod PRIMARY KEY (period)
-)
+CREATE TABLE AuditPeriod (period char(7) NOT NULL CONSTRAINT PK_AuditPeriod PRIMARY KEY, entries int NOT NULL)
 GO
 
 INSERT simAllZephraRel (id, parentId, kind) VALUES (1, 0, 'server'), (2, 1, 'node'), (3, 1, 'node'), (4, 1, 'node')
@@ -47,8 +43,7 @@ SELECT i % 3 + 1, DATEADD(hour, -12 * i - 6, GETDATE()), severity,
 FROM n CROSS APPLY (VALUES (CASE WHEN i % 10 = 0 THEN 3 WHEN i % 4 = 0 THEN 2 ELSE 1 END)) s (severity)
 OPTION (MAXRECURSION 119)
 
-INSERT AuditTrail (happened, userId, action, detail) VALUES ('20240115 08:30:00', 1, 'login', NULL)
-INSERT AuditTrail (happened, userId, action, detail) VALUES ('20240116 09:00:00', 7, 'node.disable', N'spare')
-INSERT AuditTrail (happened, userId, action, detail) VALUES ('20240203 17:45:10', 7, 'node.enable', N'O''Brien asked for it')
+INSERT AuditTrail VALUES ('20240115 08:30:00', 1, 'login', NULL), ('20240116 09:00:00', 7, 'node.disable', N'spare'),
+    ('20240203 17:45:10', 7, 'node.enable', N'O''Brien asked for it')
 INSERT AuditPeriod (period, entries) VALUES ('2024-02', 1)
 GO

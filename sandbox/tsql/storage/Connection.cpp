@@ -133,9 +133,12 @@ std::string Connection::attach(std::string_view database) {
     try {
         run("ATTACH " + quotedText(file) + " AS " + quotedName(key));
     } catch (const SqliteFailure& failure) {
-        const int code = failure.code & 0xFF, system = sqlite3_system_errno(handle());
-        if (code != SQLITE_CANTOPEN && code != SQLITE_IOERR) throw;
-        throw sqlError(kFileNotOpened, {file, std::to_string(system), std::strerror(system)});
+        const int code = failure.code & 0xFF;
+        const bool isOther = code == SQLITE_NOTADB;  // a file of another kind
+        if (code != SQLITE_CANTOPEN && code != SQLITE_IOERR && !isOther) throw;
+        const int system = isOther ? 0 : sqlite3_system_errno(handle());
+        const char* const why = isOther ? failure.what() : std::strerror(system);
+        throw sqlError(kFileNotOpened, {file, std::to_string(system), why});
     }
     run("PRAGMA " + quotedName(key) + ".cache_size = -512");  // KiB; idle sessions keep their pages
     m_attached.push_front(key);
