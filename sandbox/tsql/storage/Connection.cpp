@@ -13,8 +13,8 @@ namespace {
 constexpr std::chrono::seconds kUsualLockTimeout{10};
 constexpr std::chrono::milliseconds kLongestPause{25};  // between two attempts to get a lock
 constexpr int kStepsBetweenLooks = 2'000;  // SQLite instructions between two checks for cancellation
-constexpr std::size_t kIdleStatements = 64;
-constexpr std::size_t kMostAttached = 10;  // limit of SQLite
+constexpr std::size_t kIdleStatements = 64, kLongestIdle = 32'768;  // bytes
+constexpr std::size_t kMostAttached = 10;                           // limit of SQLite
 // Bit of SQLite's Bloom filters among its optimizations. A filter hashes the bytes of a string, so that a
 // join loses the rows whose keys are equal only under the collation.
 constexpr unsigned kBloomFilters = 0x80000;
@@ -202,7 +202,8 @@ sqlite3_stmt* Connection::borrow(const std::string& sql) {
 }
 
 void Connection::giveBack(const std::string& sql, sqlite3_stmt* statement) {
-    if (sqlite3_reset(statement) == SQLITE_AUTH) return static_cast<void>(sqlite3_finalize(statement));
+    if (sqlite3_reset(statement) == SQLITE_AUTH || sql.size() > kLongestIdle)
+        return static_cast<void>(sqlite3_finalize(statement));
     sqlite3_clear_bindings(statement);
     m_idle.emplace_front(sql, statement);
     if (m_idle.size() <= kIdleStatements) return;
