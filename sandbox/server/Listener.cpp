@@ -57,6 +57,7 @@ const sigset_t kStopSignals = [] {
 
 void blockStopSignals() {
     pthread_sigmask(SIG_BLOCK, &kStopSignals, nullptr);
+    signal(SIGXFSZ, SIG_IGN);  // a file at the limit of its size is an error of the statement
 }
 
 Listener::Listener(const Options& options, const tds::Credentials& credentials, tsql::Engine& engine)

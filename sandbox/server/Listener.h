@@ -8,7 +8,7 @@
 namespace server {
 
 // Blocks SIGTERM and SIGINT for the calling thread and those that it starts, so that only the Listener
-// receives them. To be called before any thread starts.
+// receives them, and ignores SIGXFSZ. To be called before any thread starts.
 void blockStopSignals();
 
 class Listener {

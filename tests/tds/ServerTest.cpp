@@ -1,6 +1,7 @@
 // The server: attentions, resets, connection limit, shutdown, command line.
 #include <gtest/gtest.h>
 
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <chrono>
@@ -204,6 +205,17 @@ TEST(Server, ClosesConnectionsAboveTheLimit) {
     for (int i = 0; i < 500 && !served; ++i)
         served = RawClient(box.port()).logIn(box.login(), box.password());
     EXPECT_TRUE(served);
+}
+
+TEST(Server, ServesOnWhenAFileReachesTheLimitOfItsSize) {
+    const TsqlBox box;
+    const rlimit limit{1'000'000, RLIM_INFINITY};
+    ASSERT_EQ(::prlimit(box.pid(), RLIMIT_FSIZE, &limit, nullptr), 0);
+    const auto client = loggedIn(box);
+    ask(*client, "SELECT REPLICATE('x', 8000) AS x INTO t FROM STRING_SPLIT(REPLICATE('1,', 500), ',')");
+    EXPECT_EQ(answer(*client) & 2U, 2U);
+    ask(*client, "SELECT 1");
+    EXPECT_EQ(answer(*client), 0x10U);
 }
 
 TEST(Server, StopsWithClientsInAllStatesAndKeepsCommittedRows) {

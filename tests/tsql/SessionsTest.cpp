@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <fstream>
 #include <stdexcept>
 #include <thread>
 
@@ -109,6 +110,24 @@ TEST_F(Sessions, SeeADefinitionBehindTheStatementThatItMeets) {
     EXPECT_TRUE(has(second("SELECT dbo.f()"), "= 2 (1 rows)\n"));
 }
 
+TEST_F(Sessions, WriteByTheDefinitionForWhichTheyHaveWaited) {
+    first("CREATE TABLE t (v int)");
+    second("INSERT t VALUES (12)");
+    first("BEGIN TRAN ALTER TABLE t ALTER COLUMN v money");
+    std::thread waiting([&] { second("INSERT t VALUES (12)"); });
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    first("COMMIT");
+    waiting.join();
+    EXPECT_TRUE(has(first("SELECT DISTINCT v FROM t"), "= 12.0000 (1 rows)\n"));
+}
+
+TEST_F(Sessions, InsertThroughAViewWhatAProcedureReturns) {
+    first("CREATE TABLE t (x int)");
+    first("CREATE VIEW v AS SELECT x FROM t");
+    first("CREATE TRIGGER tr ON v INSTEAD OF INSERT AS SELECT x FROM inserted");
+    EXPECT_TRUE(has(first("INSERT v EXEC ('SELECT 7')"), "= 7 (1 rows)"));
+}
+
 TEST_F(Sessions, LeaveOnlyCommittedRowsBehind) {
     {
         const auto gone = tsql::openSession(m_engine, {"sa"}, "master", 53);
@@ -148,6 +167,8 @@ TEST_F(Sessions, WaitForTheNextValueOfASequence) {
 TEST_F(Sessions, NameAFileThatCannotBeOpened) {
     std::filesystem::create_directory(m_directory.path() / "folder.db");
     EXPECT_TRUE(has(first("SELECT * FROM folder..t"), "Msg 5120"));
+    std::ofstream(m_directory.path() / "noise.db") << std::string(5000, 'x');
+    EXPECT_TRUE(has(first("SELECT * FROM noise..t"), "noise.db\". Operating system error 0: \"file is not"));
     EXPECT_THROW(tsql::openSession(m_engine, {"sa"}, "folder", 53), tsql::SqlError);
 }
 

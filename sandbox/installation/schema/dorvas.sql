@@ -1,20 +1,9 @@
 -- Management database: the identity of the installation and the tables that maintenance scripts use.
 
-CREATE TABLE simAllZephraRel (
-    id int NOT NULL PRIMARY KEY,
-    parentId int NOT NULL,
-    kind varchar(32) NOT NULL
-)
-CREATE TABLE TNet (
-    id int NOT NULL PRIMARY KEY,
-    name varchar(64) NOT NULL
-)
+CREATE TABLE simAllZephraRel (id int NOT NULL PRIMARY KEY, parentId int NOT NULL, kind varchar(32) NOT NULL)
+CREATE TABLE TNet (id int NOT NULL PRIMARY KEY, name varchar(64) NOT NULL)
 -- Row 2 is this site. A package can be bound to a site's number (Plexum ID).
-CREATE TABLE app_plexum (
-    id int NOT NULL PRIMARY KEY,
-    name varchar(64) NOT NULL,
-    number int NOT NULL
-)
+CREATE TABLE app_plexum (id int NOT NULL PRIMARY KEY, name varchar(64) NOT NULL, number int NOT NULL)
 CREATE TABLE DataNode (
     id int NOT NULL PRIMARY KEY,
     name nvarchar(64) NOT NULL,
@@ -36,11 +25,7 @@ CREATE TABLE AuditTrail (
     action varchar(64) NOT NULL,
     detail nvarchar(400) NULL
 )
-CREATE TABLE AuditPeriod (
-    period char(7) NOT NULL,
-    entries int NOT NULL,
-    CONSTRAINT PK_AuditPeriod PRIMARY KEY (period)
-)
+CREATE TABLE AuditPeriod (period char(7) NOT NULL CONSTRAINT PK_AuditPeriod PRIMARY KEY, entries int NOT NULL)
 GO
 
 INSERT simAllZephraRel (id, parentId, kind) VALUES (1, 0, 'server'), (2, 1, 'node'), (3, 1, 'node'), (4, 1, 'node')
@@ -51,18 +36,14 @@ VALUES (1, N'archive-01', 'north', 1), (2, N'archive-02', 'north', 1), (3, N'Zü
 
 -- 120 events, 12 hours apart and the last one 6 hours ago, so that 60 are older than 30 days: 12 errors,
 -- 24 warnings, 84 of information. Nodes 1 to 3 take turns.
-DECLARE @i int = 0, @severity int
-WHILE @i < 120
-BEGIN
-    SET @severity = CASE WHEN @i % 10 = 0 THEN 3 WHEN @i % 4 = 0 THEN 2 ELSE 1 END
-    INSERT EventLog (nodeId, happened, severity, message)
-    VALUES (@i % 3 + 1, DATEADD(hour, -12 * @i - 6, GETDATE()), @severity,
-            CASE @severity WHEN 3 THEN 'Write to volume failed' WHEN 2 THEN 'Volume is 90% full' ELSE 'Volume mounted' END)
-    SET @i = @i + 1
-END
+;WITH n AS (SELECT 0 AS i UNION ALL SELECT i + 1 FROM n WHERE i < 119)
+INSERT EventLog (nodeId, happened, severity, message)
+SELECT i % 3 + 1, DATEADD(hour, -12 * i - 6, GETDATE()), severity,
+    CHOOSE(severity, 'Volume mounted', 'Volume is 90% full', 'Write to volume failed')
+FROM n CROSS APPLY (VALUES (CASE WHEN i % 10 = 0 THEN 3 WHEN i % 4 = 0 THEN 2 ELSE 1 END)) s (severity)
+OPTION (MAXRECURSION 119)
 
-INSERT AuditTrail (happened, userId, action, detail) VALUES ('20240115 08:30:00', 1, 'login', NULL)
-INSERT AuditTrail (happened, userId, action, detail) VALUES ('20240116 09:00:00', 7, 'node.disable', N'spare')
-INSERT AuditTrail (happened, userId, action, detail) VALUES ('20240203 17:45:10', 7, 'node.enable', N'O''Brien asked for it')
+INSERT AuditTrail VALUES ('20240115 08:30:00', 1, 'login', NULL), ('20240116 09:00:00', 7, 'node.disable', N'spare'),
+    ('20240203 17:45:10', 7, 'node.enable', N'O''Brien asked for it')
 INSERT AuditPeriod (period, entries) VALUES ('2024-02', 1)
 GO

@@ -1,9 +1,6 @@
 -- Web-service database: its identity and its request queue.
 
-CREATE TABLE NQSetting (
-    SettingName varchar(64) NOT NULL PRIMARY KEY,
-    SettingValue varchar(256) NOT NULL
-)
+CREATE TABLE NQSetting (SettingName varchar(64) NOT NULL PRIMARY KEY, SettingValue varchar(256) NOT NULL)
 CREATE TABLE NQRequest (
     id int IDENTITY(1,1) NOT NULL PRIMARY KEY,
     queued datetime NOT NULL DEFAULT GETDATE(),

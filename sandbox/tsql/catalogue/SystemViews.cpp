@@ -410,17 +410,19 @@ std::optional<SystemView> systemView(std::string_view schema, std::string_view n
         if (!sameWord(view.name, name) || !(view.schema.empty() ? legacy : sameWord(view.schema, schema)))
             continue;
         SystemView found = queryOf(view.columns, view.from);
-        replace_all(found.sql, "$L", found.sql.find("$L") == std::string::npos ? "" : databaseList(storage));
         replace_all(found.sql, "$T", typeList());
-        if (found.sql.find("$S") != std::string::npos) replace_all(found.sql, "$S", sessionList(storage));
         const bool temporary = sameWord(database, "tempdb");
         const std::string prefix = std::string(sqliteSchema) + ".";
-        replace_all(found.sql, "$o", temporary ? kTemporaryObjects : prefix + "tsqlbox_objects");
-        replace_all(found.sql, "$c", temporary ? kTemporaryColumns : prefix + "tsqlbox_columns");
-        replace_all(found.sql, "$.", prefix);
-        replace_all(found.sql, "$d", quotedText(database));
-        replace_all(found.sql, "$s", quotedText(databaseKey(database)));
-        replace_all(found.sql, "$C", kCollationName);
+        const auto textOf = [&](char mark) {
+            if (mark == 'o') return temporary ? std::string(kTemporaryObjects) : prefix + "tsqlbox_objects";
+            if (mark == 'c') return temporary ? std::string(kTemporaryColumns) : prefix + "tsqlbox_columns";
+            if (mark == 'L' || mark == 'S') return mark == 'L' ? databaseList(storage) : sessionList(storage);
+            if (mark == 'd' || mark == 's') return quotedText(mark == 'd' ? database : databaseKey(database));
+            return mark == 'C' ? std::string(kCollationName) : prefix;
+        };
+        std::string text;  // may contain names that look like placeholders
+        for (std::size_t at = 0; (at = found.sql.find('$', at)) != std::string::npos; at += text.size())
+            found.sql.replace(at, 2, text = textOf(found.sql[at + 1]));
         found.name = std::string(view.schema) + (view.schema.empty() ? "" : ".") + std::string(view.name);
         return found;
     }

@@ -86,7 +86,7 @@ bool Executor::call(ProcedureCall& call, ResultSink& sink) {
         frame.variables["@"] = {Null{}, simpleType(TypeId::Int)};
         execute.arguments.reserve(call.arguments.size());
         const auto runCall = [&] {
-            for (std::size_t i = 0; i < call.arguments.size(); ++i) {
+            for (std::size_t i = execute.arguments.size(); i < call.arguments.size(); ++i) {
                 auto& argument = call.arguments[i];
                 auto& given = execute.arguments.emplace_back(Argument{argument.name, nullptr, false});
                 if (argument.isDefault) continue;
@@ -158,11 +158,21 @@ Flow Executor::runStatement(const Statement& statement) {
 
 // Runs a statement. An error in it is reported, or leaves as Raised.
 Flow Executor::guarded(int line, const std::function<Flow()>& work) {
+    std::optional<Flow> flow;
+    while (!flow) flow = attempted(line, work);
+    return *flow;
+}
+
+// Empty: the definitions have changed since the names in the statement were looked up.
+std::optional<Flow> Executor::attempted(int line, const std::function<Flow()>& work) {
     if (isCancelled()) throw BatchEnd{};
     m_line = line;
     beginStatement();
     m_hadSnapshot = m_hadSnapshot && m_connection.inTransaction();
     if (m_transactions == 0) m_givenIdentities.clear();
+    const bool isStable = m_isCalledByQuery || m_connection.inTransaction();
+    const std::optional version = isStable ? std::nullopt : std::optional(m_storage.catalogueVersion());
+    const Temporarily translated(m_translated, version);
     try {
         return work();
     } catch (const SyntaxError& error) {  // in dynamic SQL, which ends without its caller
@@ -170,7 +180,11 @@ Flow Executor::guarded(int line, const std::function<Flow()>& work) {
     } catch (const SqlError& error) {
         fail(error, line);
     } catch (const SqliteFailure& failure) {
-        fail(errorOf(failure), line);
+        if (failure.code != SQLITE_AUTH) return fail(errorOf(failure), line), Flow::Next;
+        forget();
+        m_connection.readSchemas();
+        m_change.verb.clear();
+        return std::nullopt;
     } catch (const std::bad_alloc&) {
         fail(sqlError(kInsufficientMemory), line);
     }
@@ -278,7 +292,7 @@ std::vector<Value> Executor::parameterValues(const Translator& translator) {
 
 Value Executor::compute(const std::string& sql, const Translator& translator) {
     const auto values = parameterValues(translator);
-    PreparedStatement statement(m_connection, sql, values);
+    PreparedStatement statement(m_connection, sql, values, m_translated);
     statement.step();
     warnOfNulls();
     return ownedValue(statement.cell(0));

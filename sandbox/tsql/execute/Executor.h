@@ -111,6 +111,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     Flow runBlock(const Block& block);
     Flow runStatement(const Statement& statement);
     Flow guarded(int line, const std::function<Flow()>& work);
+    std::optional<Flow> attempted(int line, const std::function<Flow()>& work);
     bool isSkipping() const { return m_settings.parseOnly || m_settings.checkOnly; }
     void check(const Block& block);
     void check(const StatementPtr& statement);  // null: no statement
@@ -414,13 +415,14 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     std::optional<TableInfo> m_shadow;  // stands for the table whose change INSTEAD OF triggers receive
     std::shared_ptr<Known> m_known = std::make_shared<Known>();
     std::uint64_t m_knownVersion = 0;
-    bool m_hadSnapshot = false;   // when it was last looked at
-    bool m_defined = false;       // the open transaction has changed a catalogue
-    std::string m_text;           // current batch
-    int m_line = 1;               // line of the current statement
-    int m_tries = 0;              // number of TRY blocks around it
-    int m_error = 0;              // @@ERROR
-    std::int64_t m_rowCount = 0;  // @@ROWCOUNT
+    bool m_hadSnapshot = false;                 // when it was last looked at
+    bool m_defined = false;                     // the open transaction has changed a catalogue
+    std::optional<std::uint64_t> m_translated;  // version for which a statement is; empty in transactions
+    std::string m_text;                         // current batch
+    int m_line = 1;                             // line of the current statement
+    int m_tries = 0;                            // number of TRY blocks around it
+    int m_error = 0;                            // @@ERROR
+    std::int64_t m_rowCount = 0;                // @@ROWCOUNT
     std::optional<std::int64_t> m_identity;
     std::optional<std::int64_t> m_batchIdentity;  // SCOPE_IDENTITY() of the batches, all one scope
     // Last identities generated in the transaction, by schema and stored name of the table.

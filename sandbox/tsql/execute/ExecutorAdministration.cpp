@@ -72,6 +72,7 @@ void Executor::run(const AlterDatabase& alter) {
 void Executor::releaseDatabase(std::string_view name, const SqlError& inUse) {
     if (databaseKey(name) == databaseKey(m_database)) throw inUse;
     m_connection.detach(name);
+    m_storage.noteCatalogueChange();
     if (m_storage.use(databaseKey(name), /*change=*/0) > 0) throw inUse;
 }
 

@@ -141,13 +141,14 @@ void Executor::define(const ObjectName& name, const std::function<void(Catalogue
     beforeWrite();
     forget();
     m_defined = true;
-    const Finally atEnd([this] {  // behind the commit or the rollback
-        forget();
-        m_storage.noteCatalogueChange();
-    });
+    const Finally atEnd([this] { forget(); });  // behind the commit or the rollback
     Atomic atomic(m_connection, owner.schema());
     work(owner);
     forget();
+    if (owner.isTemporary()) return atomic.commit();
+    const Finally changed([this] { m_storage.noteCatalogueChange(); });
+    m_storage.noteCatalogueChange();
+    m_translated.reset();
     atomic.commit();
 }
 

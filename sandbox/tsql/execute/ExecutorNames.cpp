@@ -73,7 +73,7 @@ std::optional<std::int64_t> Executor::lastIdentity(const TableInfo& table) {
 // While SQLite reads or writes, the session sees no definition of another one. What is known may be older
 // than that only at the first look.
 std::shared_ptr<Known> Executor::known() {
-    const std::uint64_t version = m_storage.catalogueVersion();
+    const std::uint64_t version = m_storage.catalogueVersion() + m_connection.detaches();
     const bool isOpen = m_connection.hasSnapshot(), wasOpen = std::exchange(m_hadSnapshot, isOpen);
     if (m_known->isFull() || (version != m_knownVersion && !(isOpen && wasOpen))) forget();
     if (!isOpen) m_knownVersion = version;

@@ -29,7 +29,7 @@ Flow Executor::run(const SelectStatement& statement) {
         return m_settings.describeOnly ? Flow::Next : selectInto(*statement.query, *statement.into);
     const auto made = translated(*statement.query);
     const auto values = parameterValues(made->translator);
-    PreparedStatement prepared(m_connection, made->text.sql, values);
+    PreparedStatement prepared(m_connection, made->text.sql, values, std::exchange(m_translated, {}));
     const auto& assigned = made->translator.assignments();
     if (!assigned.empty() && m_settings.describeOnly) return Flow::Next;
     return finished(assigned.empty() ? sendRows(prepared, made->columns, m_settings.mostRows)
@@ -110,7 +110,7 @@ void Executor::change(const TableInfo& target, std::string_view verb, const std:
     beforeWrite();
     m_change.newRows = translator.newRows();
     m_change.values = parameterValues(translator);
-    PreparedStatement prepared(m_connection, sql, m_change.values);
+    PreparedStatement prepared(m_connection, sql, m_change.values, std::exchange(m_translated, {}));
     const QueryText& output = translator.output();
     const auto columns = output.shown();
     if (!translator.assignments().empty())

@@ -71,6 +71,7 @@ void Executor::commit() {
     if (m_transactions == 0) throw sqlError(kCommitWithoutBegin);
     if (m_doomed) throw sqlError(kTransactionDoomed);
     if (m_transactions > 1) return static_cast<void>(--m_transactions);
+    if (m_defined) m_storage.noteCatalogueChange();
     if (m_connection.inTransaction()) m_connection.run("COMMIT");
     endTransaction(TransactionEvent::Committed);
 }

@@ -110,6 +110,7 @@ Flow Executor::withTriggers(const std::vector<Firing>& changes, StatementKind ki
 void Executor::changeAndFire(const TableInfo& target, std::vector<Firing> firings, const ChangeRows& change) {
     beforeWrite();
     m_connection.lock(target.database);
+    temporary();  // creates the catalogue to which the targets of INSTEAD OF triggers belong
     const bool instead = isInsteadOf(firings.front().triggers.front()) && !firings.front().cascades;
     std::list<RowRecord> records;
     for (auto& firing : firings) {

@@ -45,9 +45,9 @@ Value propertyIn(std::string_view properties, std::string_view name) {
 // Returns the name of the database whose number is that argument, or of the current one without it.
 std::optional<std::string> databaseArgument(const SqlCall& call, std::size_t position) {
     if (call.count() <= position) return call.session().databaseOf({});
-    for (const auto& name : call.session().storage().databases())
-        if (databaseId(call.session().storage(), name) == call.integer(position)) return name;
-    return std::nullopt;
+    const auto names = call.session().storage().databases();
+    const auto place = static_cast<std::size_t>(call.integer(position) - 1);
+    return place < names.size() ? std::optional(names[place]) : std::nullopt;
 }
 
 Value objectId(const SqlCall& call) {

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <thread>
 
+#include "types/Finally.h"
 #include "types/Text.h"
 
 namespace tsql {
@@ -12,8 +13,8 @@ namespace {
 constexpr std::chrono::seconds kUsualLockTimeout{10};
 constexpr std::chrono::milliseconds kLongestPause{25};  // between two attempts to get a lock
 constexpr int kStepsBetweenLooks = 2'000;  // SQLite instructions between two checks for cancellation
-constexpr std::size_t kIdleStatements = 64;
-constexpr std::size_t kMostAttached = 10;  // limit of SQLite
+constexpr std::size_t kIdleStatements = 64, kLongestIdle = 32'768;  // bytes
+constexpr std::size_t kMostAttached = 10;                           // limit of SQLite
 // Bit of SQLite's Bloom filters among its optimizations. A filter hashes the bytes of a string, so that a
 // join loses the rows whose keys are equal only under the collation.
 constexpr unsigned kBloomFilters = 0x80000;
@@ -33,9 +34,16 @@ std::string quotedText(std::string_view text) {
     return "'" + boost::replace_all_copy(std::string(text), "'", "''") + "'";
 }
 
+PreparedStatement::PreparedStatement(Connection& connection, std::string_view sql)
+    : m_connection(connection), m_entry(connection.borrow(sql)), m_statement(m_entry.front().second) {}
+
 PreparedStatement::PreparedStatement(Connection& connection, std::string_view sql,
-                                     std::span<const Value> values)
-    : m_connection(connection), m_entry(connection.borrow(sql)), m_statement(m_entry.front().second) {
+                                     std::span<const Value> values,
+                                     const std::optional<std::uint64_t>& version)
+    : PreparedStatement(connection, sql) {
+    m_hasVersion = version.has_value();
+    if (m_hasVersion && *version != connection.m_storage.catalogueVersion())
+        throw SqliteFailure(SQLITE_AUTH, "");
     const int asked = sqlite3_bind_parameter_count(m_statement);  // the last values may be unused
     for (int index = 1; index <= asked && index <= static_cast<int>(values.size()); ++index)
         bind(index, viewOf(values[static_cast<std::size_t>(index) - 1]));
@@ -60,6 +68,7 @@ void PreparedStatement::bind(int index, const CellView& value) {
 }
 
 bool PreparedStatement::step() {
+    const Temporarily compiles(m_connection.m_compiles, !m_hasVersion);
     const int code = sqlite3_step(m_statement);
     if (code == SQLITE_ROW) return true;
     if (code == SQLITE_DONE) return false;
@@ -81,7 +90,10 @@ Connection::Connection(Storage& storage, std::function<bool()> cancelled, std::f
     sqlite3_busy_handler(handle(), waitForLock, this);
     sqlite3_progress_handler(handle(), kStepsBetweenLooks, isCancelled, this);
     sqlite3_extended_result_codes(handle(), 1);
+    sqlite3_set_authorizer(handle(), mayCompile, this);
     sqlite3_test_control(SQLITE_TESTCTRL_OPTIMIZATIONS, handle(), kBloomFilters);  // the others stay on
+    // A value that is bound never makes SQLite compile the statement again.
+    sqlite3_db_config(handle(), SQLITE_DBCONFIG_ENABLE_QPSG, 1, nullptr);
     sqlite3_db_config(handle(), SQLITE_DBCONFIG_DQS_DML, 0, nullptr);  // "x" is a name, never a string
     sqlite3_db_config(handle(), SQLITE_DBCONFIG_DQS_DDL, 0, nullptr);
 }
@@ -124,9 +136,12 @@ std::string Connection::attach(std::string_view database) {
     try {
         run("ATTACH " + quotedText(file) + " AS " + quotedName(key));
     } catch (const SqliteFailure& failure) {
-        const int code = failure.code & 0xFF, system = sqlite3_system_errno(handle());
-        if (code != SQLITE_CANTOPEN && code != SQLITE_IOERR) throw;
-        throw sqlError(kFileNotOpened, {file, std::to_string(system), std::strerror(system)});
+        const int code = failure.code & 0xFF;
+        const bool isOther = code == SQLITE_NOTADB;  // a file of another kind
+        if (code != SQLITE_CANTOPEN && code != SQLITE_IOERR && !isOther) throw;
+        const int system = isOther ? 0 : sqlite3_system_errno(handle());
+        const char* const why = isOther ? failure.what() : std::strerror(system);
+        throw sqlError(kFileNotOpened, {file, std::to_string(system), why});
     }
     run("PRAGMA " + quotedName(key) + ".cache_size = -512");  // KiB; idle sessions keep their pages
     m_attached.push_front(key);
@@ -150,6 +165,7 @@ void Connection::detach(std::string_view database) {
     dropStatements();
     execute(handle(), "DETACH " + quotedName(key));
     m_attached.erase(found);
+    ++m_detaches;
     m_catalogues.erase(quotedName(key));
     m_storage.use(key, -1);
 }
@@ -157,6 +173,10 @@ void Connection::detach(std::string_view database) {
 void Connection::detachAllBut(std::string_view database) {
     for (const auto& key : std::list(m_attached))
         if (key != databaseKey(database)) detach(key);
+}
+
+void Connection::readSchemas() {
+    for (const auto& key : m_attached) number("SELECT 1 FROM " + quotedName(key) + ".sqlite_master LIMIT 1");
 }
 
 void Connection::run(const std::string& sql, const std::vector<Value>& values) {
@@ -176,9 +196,12 @@ SqlStatements Connection::borrow(std::string_view sql) {
     const auto found = std::ranges::find_if(m_idle, [&](const auto& idle) { return idle.first == sql; });
     if (found != m_idle.end()) {
         entry.splice(entry.begin(), m_idle, found);
-        return entry;
+        if (!sqlite3_expired(entry.front().second)) return entry;
+        sqlite3_finalize(std::exchange(entry.front().second, nullptr));
+    } else {
+        entry.emplace_front(sql, nullptr);
     }
-    entry.emplace_front(sql, nullptr);
+    const Temporarily compiles(m_compiles, true);
     const char* tail = nullptr;
     const int code = sqlite3_prepare_v3(handle(), sql.data(), static_cast<int>(sql.size()),
                                         SQLITE_PREPARE_PERSISTENT, &entry.front().second, &tail);
@@ -187,8 +210,10 @@ SqlStatements Connection::borrow(std::string_view sql) {
 }
 
 void Connection::giveBack(SqlStatements& entry) {
-    sqlite3_reset(entry.front().second);
-    sqlite3_clear_bindings(entry.front().second);
+    const auto& [sql, statement] = entry.front();
+    if (sqlite3_reset(statement) == SQLITE_AUTH || sql.size() > kLongestIdle)
+        return static_cast<void>(sqlite3_finalize(statement));
+    sqlite3_clear_bindings(statement);
     m_idle.splice(m_idle.begin(), entry);
     if (m_idle.size() <= kIdleStatements) return;
     sqlite3_finalize(m_idle.back().second);

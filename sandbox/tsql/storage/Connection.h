@@ -28,8 +28,12 @@ using SqlStatements = std::list<std::pair<std::string, sqlite3_stmt*>>;
 // A prepared statement, borrowed from the cache of its connection, which must outlive it.
 class PreparedStatement {
   public:
-    // The values, which must outlive the steps, are those of ?1, ?2 ...
-    PreparedStatement(Connection& connection, std::string_view sql, std::span<const Value> values = {});
+    PreparedStatement(Connection& connection, std::string_view sql);
+    // The values, which must outlive the steps, are those of ?1, ?2 ... version: of the catalogues, for which
+    // the SQL is. If they have another one, SqliteFailure SQLITE_AUTH is thrown, at the first step at the
+    // latest.
+    PreparedStatement(Connection& connection, std::string_view sql, std::span<const Value> values,
+                      const std::optional<std::uint64_t>& version = {});
     ~PreparedStatement();
     PreparedStatement(PreparedStatement&&) = delete;  // neither moved nor copied
 
@@ -46,6 +50,7 @@ class PreparedStatement {
     Connection& m_connection;
     SqlStatements m_entry;  // one
     sqlite3_stmt* m_statement = nullptr;
+    bool m_hasVersion = false;
 };
 
 class Connection {
@@ -70,6 +75,8 @@ class Connection {
     // then does SQLite wait for another writer.
     void lock(std::string_view database);
     void detach(std::string_view database);
+    void readSchemas();  // of all databases, if they have changed
+    std::uint64_t detaches() const { return m_detaches; }  // number of databases that were detached
     void detachAllBut(std::string_view database);
 
     // Remember the attached schemas in which the tables of the catalogue exist.
@@ -91,6 +98,11 @@ class Connection {
     void dropStatements();
     static int waitForLock(void* self, int tries);
     static int isCancelled(void* self) { return static_cast<Connection*>(self)->m_cancelled(); }
+    // Table functions such as pragma_index_xinfo compile PRAGMAs while they run.
+    static int mayCompile(void* self, int action, const char*, const char*, const char*, const char*) {
+        const bool compiles = static_cast<Connection*>(self)->m_compiles || action == SQLITE_PRAGMA;
+        return compiles ? SQLITE_OK : SQLITE_DENY;
+    }
 
     Storage& m_storage;
     std::function<bool()> m_cancelled;
@@ -99,8 +111,10 @@ class Connection {
     std::chrono::steady_clock::time_point m_waitEnds;
     SqliteConnection m_handle;
     std::list<std::string> m_attached;  // keys of databases, most recently used first
+    std::uint64_t m_detaches = 0;
     std::set<std::string> m_catalogues;
-    SqlStatements m_idle;  // most recently used first
+    bool m_compiles = true;  // SQLite may compile statements: no statement of a version begins
+    SqlStatements m_idle;    // most recently used first
 };
 
 // Savepoint that makes several SQLite statements atomic. Without commit(), the destructor undoes them.

@@ -154,7 +154,6 @@ bool Storage::isSystemDatabase(std::string_view name) {
 
 int Storage::use(const std::string& key, int change) {
     const std::lock_guard lock(m_mutex);
-    if (change != 0) noteCatalogueChange();
     return m_uses[key] += change;
 }
 

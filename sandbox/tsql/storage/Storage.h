@@ -81,7 +81,7 @@ class Storage {
     // Counts the sessions that have a database attached, by its databaseKey(). A database in use by others
     // can be neither dropped nor restored.
     int use(const std::string& key, int change);
-    // Changes when a session changes a catalogue, and attaches or detaches a database.
+    // Changes before and after a session changes a catalogue.
     std::uint64_t catalogueVersion() const { return m_catalogueVersion; }
     void noteCatalogueChange() { ++m_catalogueVersion; }
     // Passes the sessions by id.

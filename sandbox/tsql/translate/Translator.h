@@ -198,7 +198,6 @@ class Translator {
 
     // ---- queries (TranslatorQueries.cpp)
     QueryText select(const Select& select, const Query& query);
-    void noteAssigned(const Select& select);
     void requireRecursive(const Select& select, bool aggregates) const;
     QueryText assignInOrder(const Select& select, const Query& query, const std::string& rows);
     QueryText setOperation(const SetOperation& operation, const Query& query);

@@ -69,12 +69,6 @@ QueryText Translator::query(const Query& query) {
     return text;
 }
 
-// The expressions of a query see what it assigns to variables, row by row.
-void Translator::noteAssigned(const Select& select) {
-    for (const auto& item : select.items)
-        if (!item.variable.empty()) m_live[item.variable] = liveValue(item.variable);
-}
-
 // Throws the error of a clause that the recursive part of a common table may not have.
 void Translator::requireRecursive(const Select& select, bool aggregates) const {
     const int number = select.distinct ? kDistinctInRecursion
@@ -99,7 +93,8 @@ QueryText Translator::select(const Select& select, const Query& query) {
     const std::string whereSql = where(select.where, topLevel);
     const std::string groupSql = groupBy(select);
 
-    if (topLevel) noteAssigned(select);
+    for (const auto& item : select.items)  // its expressions see what it assigns to variables, row by row
+        if (topLevel && !item.variable.empty()) m_live[item.variable] = liveValue(item.variable);
     m_sorted = !query.orderBy.empty();
     const bool grouped = !groupSql.empty() || select.pivots || select.having || select.sets > 1;
     if (m_sorted && !m_live.empty() && topLevel && !grouped && !select.distinct)

@@ -184,3 +184,7 @@ EXEC msdb..sp_tables
 --> Msg 15250, Level 16, State 1, Line 1, Procedure sp_columns: The database name component of the object qualifier must be the name of the current database.
 --> Msg 15252, Level 16, State 1, Line 1, Procedure sp_fkeys: The primary or foreign key table name must be given.
 --> TABLE_QUALIFIER nvarchar(128)? = msdb | TABLE_OWNER nvarchar(128)? = dbo | TABLE_NAME nvarchar(128)? = backupset | TABLE_TYPE varchar(32)? = TABLE | REMARKS varchar(254)? = NULL (1 rows)
+CREATE DATABASE [x$c'$o] -->
+USE [x$c'$o] SELECT name FROM sys.databases WHERE database_id = DB_ID() SELECT COUNT(*) n FROM sys.tables USE master DROP DATABASE [x$c'$o]
+--> USE x$c'$o --> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'x$c'$o'. --> name nvarchar(128)? = x$c'$o (1 rows) --> n int? = 0 (1 rows) --> USE master
+--> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'master'.
