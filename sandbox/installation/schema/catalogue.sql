@@ -1,11 +1,7 @@
 -- Objects of every database of the suite: its version, the catalogue of tscripts and the journal of their runs.
 
-CREATE TABLE ZPDBVersions (
-    id int IDENTITY(1,1) NOT NULL PRIMARY KEY,
-    component varchar(64) NOT NULL,
-    version varchar(32) NOT NULL,
-    installedAt datetime NOT NULL DEFAULT GETDATE()
-)
+CREATE TABLE ZPDBVersions (id int IDENTITY(1,1) NOT NULL PRIMARY KEY, component varchar(64) NOT NULL,
+    version varchar(32) NOT NULL, installedAt datetime NOT NULL DEFAULT GETDATE())
 GO
 
 :r objects/ZpTscripts.sql

@@ -242,10 +242,9 @@ void Catalogue::remove(std::int64_t object) {
 
 void Catalogue::saveColumns(std::int64_t object, const std::vector<TableColumn>& columns) {
     for (const auto& column : columns)
-        run("INSERT INTO $.tsqlbox_columns SELECT ?1, iif(?2, ?2, coalesce(max(ordinal), 0) + 1), ?3, ?4, "
-            "?5, "
-            "?6, ?7, ?8, ?9, ?10, ?11 FROM $.tsqlbox_columns WHERE object = ?1 ON CONFLICT (object, ordinal) "
-            "DO UPDATE SET name = ?3, type = ?4, nullable = ?5, fallback = ?7, user_type = ?9",
+        run(R"(INSERT INTO $.tsqlbox_columns SELECT ?1, iif(?2, ?2, coalesce(max(ordinal), 0) + 1), ?3, ?4, ?5, ?6, ?7, ?8,
+?9, ?10, ?11 FROM $.tsqlbox_columns WHERE object = ?1 ON CONFLICT (object, ordinal) DO UPDATE SET name = ?3, type = ?4,
+nullable = ?5, fallback = ?7, user_type = ?9)",
             {object, column.id, column.name, encodeType(column.type), column.nullable, column.identity,
              column.byDefault, column.output, column.userType, column.computed, column.persisted});
 }

@@ -10,7 +10,7 @@ namespace {
 
 using boost::replace_all;
 
-// Columns of a view, as "name type = expression; ...", and its FROM clause. Placeholders:
+// Columns of a view, as "name type [= expression]; ...", and its FROM clause. Placeholders:
 //   $o, $c  tables of the catalogue       $d  name of the database     $s  SQLite's name of its schema
 //   $L      list of databases (name, id)  $C  name of the collation    $S  list of sessions
 //   $T      list of types (type)          $.  prefix of other tables   $PART n  a number of a sequence
@@ -109,14 +109,13 @@ constexpr std::string_view kAllColumns = "$c c JOIN $o o ON o.id = c.object WHER
 
 constexpr ViewText kViews[] = {
     {"sys", "databases",
-     R"(name sysname = name; database_id int = id; source_database_id int = NULL; owner_sid varbinary(85) =
+     R"(name sysname; database_id int = id; source_database_id int = NULL; owner_sid varbinary(85) =
 x'01'; create_date datetime = '2003-04-08 09:13:36.390'; compatibility_level tinyint = 150; collation_name
 sysname = '$C'; user_access tinyint = 0; user_access_desc nvarchar(60) = 'MULTI_USER'; is_read_only bit = 0;
 is_auto_close_on bit = 0; is_auto_shrink_on bit = 0; state tinyint = 0; state_desc nvarchar(60) = 'ONLINE';
 is_in_standby bit = 0; recovery_model tinyint = 3; recovery_model_desc nvarchar(60) = 'SIMPLE')",
      "$L"},
-    {"", "sysdatabases", "name sysname = name; dbid smallint = id; status int = 0; cmptlevel tinyint = 150",
-     "$L"},
+    {"", "sysdatabases", "name sysname; dbid smallint = id; status int = 0; cmptlevel tinyint = 150", "$L"},
     {"", "sysobjects",
      R"(name sysname = ts_bare_name(o.name); id int = o.id; xtype char(2) = o.type; uid smallint = $SCHEMA_ID;
 parent_obj int = o.parent; crdate datetime = o.created; type char(2) = CASE o.type WHEN 'PK' THEN 'K' WHEN 'UQ' THEN 'K'
@@ -150,22 +149,19 @@ parent_column_id int = c.ordinal; referenced_object_id int = r.id; referenced_co
 c.name = k.value COLLATE ts_ci JOIN $EACH(ts_referenced(o.source, $PRIMARY_KEY)$) f ON f.key = k.key JOIN $c rc ON
 rc.object = r.id AND rc.name = f.value COLLATE ts_ci WHERE o.type = 'F')"},
     {"sys", "spt_datatype_info",
-     "n sysname = n; t smallint = t; p int = p; k char(1) = k; par varchar(32) = par; s smallint = s; hi "
-     "smallint = hi; ut smallint = ut",
-     "$I"},
+     "n sysname; t smallint; p int; k char(1); par varchar(32); s smallint; hi smallint; ut smallint", "$I"},
     // Columns, parameters and results of procedures as ODBC 2 and 3 describe them.
     {"sys", "spt_columns",
-     R"(object_id int = object; column_id int = ordinal; name sysname = iif(name = '', '@RETURN_VALUE', name); odbc int
-= odbc; nullable smallint = nullable; output smallint = output; TYPE_NAME sysname = n || iif(identity,
-' identity', ''); DATA_TYPE smallint = CASE WHEN odbc = 3 OR t NOT IN (91, 93) THEN t WHEN t = 91 THEN 9 ELSE 11 END;
-PRECISION int = CASE WHEN n IN ('decimal', 'time', 'datetime2', 'datetimeoffset') THEN digits WHEN k = 'F' AND odbc < 3
-THEN iif(n = 'real', 7, 15) WHEN size = -1 THEN 0 WHEN par IS NULL THEN p WHEN k = 'N' THEN size / 2 ELSE size END;
-LENGTH int = CASE WHEN octets IS NOT NULL THEN octets WHEN k = 'M' OR n = 'decimal' THEN digits + 2 WHEN n = 'date' THEN
-6 WHEN n = 'time' THEN 12 WHEN n = 'datetimeoffset' THEN 20 WHEN t = 93 THEN 16 ELSE size END; SCALE smallint = CASE
-WHEN k IN ('E', 'M') OR t IN (93, -154, -155) THEN ts_type_scale(type) END; RADIX smallint = CASE WHEN k = 'F' AND odbc
-= 3 THEN 2 WHEN k IN ('E', 'F', 'M') THEN 10 END; SQL_DATA_TYPE smallint = iif(t IN (91, 93), 9, t); SQL_DATETIME_SUB
-smallint = CASE WHEN t IN (91, 93) THEN t - 90 END; CHAR_OCTET_LENGTH int = octets; IS_NULLABLE varchar(254) =
-iif(nullable, 'YES', 'NO'))",
+     R"(object_id int = object; column_id int = ordinal; name sysname = iif(name = '', '@RETURN_VALUE', name); odbc int;
+nullable smallint; output smallint; TYPE_NAME sysname = n || iif(identity, ' identity', ''); DATA_TYPE smallint = CASE
+WHEN odbc = 3 OR t NOT IN (91, 93) THEN t WHEN t = 91 THEN 9 ELSE 11 END; PRECISION int = CASE WHEN n IN ('decimal',
+'time', 'datetime2', 'datetimeoffset') THEN digits WHEN k = 'F' AND odbc < 3 THEN iif(n = 'real', 7, 15) WHEN size = -1
+THEN 0 WHEN par IS NULL THEN p WHEN k = 'N' THEN size / 2 ELSE size END; LENGTH int = CASE WHEN octets IS NOT NULL THEN
+octets WHEN k = 'M' OR n = 'decimal' THEN digits + 2 WHEN n = 'date' THEN 6 WHEN n = 'time' THEN 12 WHEN n =
+'datetimeoffset' THEN 20 WHEN t = 93 THEN 16 ELSE size END; SCALE smallint = CASE WHEN k IN ('E', 'M') OR t IN (93,
+-154, -155) THEN ts_type_scale(type) END; RADIX smallint = CASE WHEN k = 'F' AND odbc = 3 THEN 2 WHEN k IN ('E', 'F',
+'M') THEN 10 END; SQL_DATA_TYPE smallint = iif(t IN (91, 93), 9, t); SQL_DATETIME_SUB smallint = CASE WHEN t IN (91, 93)
+THEN t - 90 END; CHAR_OCTET_LENGTH int = octets; IS_NULLABLE varchar(254) = iif(nullable, 'YES', 'NO'))",
      // The return value of a procedure has type 3, int.
      R"((SELECT *, CASE WHEN size = -1 THEN 0 WHEN n = 'ntext' THEN 2 * p WHEN n IN ('text', 'image') THEN p WHEN par
 LIKE '%length' THEN size END AS octets FROM (SELECT *, ts_type_length(type) AS size, ts_type_precision(type) AS digits
@@ -267,8 +263,7 @@ WHEN 'UQ' THEN 'UNIQUE' WHEN 'F' THEN 'FOREIGN KEY' ELSE 'CHECK' END; IS_DEFERRA
 INITIALLY_DEFERRED varchar(2) = 'NO')",
      "$o n JOIN $o o ON o.id = n.parent WHERE n.type IN ('PK', 'UQ', 'F', 'C')"},
     {"INFORMATION_SCHEMA", "KEY_COLUMN_USAGE",
-     "CONSTRAINT_* = n.name; TABLE_* = o.name; COLUMN_NAME sysname = k.value; ORDINAL_POSITION int = k.key + "
-     "1",
+     R"(CONSTRAINT_* = n.name; TABLE_* = o.name; COLUMN_NAME sysname = k.value; ORDINAL_POSITION int = k.key + 1)",
      "$o n JOIN $o o ON o.id = n.parent JOIN $EACH(n.keys$) k WHERE n.type IN ('PK', 'UQ', 'F')"},
     {"INFORMATION_SCHEMA", "CONSTRAINT_COLUMN_USAGE",
      "TABLE_* = o.name; COLUMN_NAME sysname = k.value; CONSTRAINT_* = n.name",
@@ -393,10 +388,11 @@ SystemView queryOf(std::string_view columns, std::string_view source) {
                               "$1_NAME sysname = ts_bare_name($2)");
     SystemView read;
     for (const std::string& item : listItems(text)) {
-        const std::size_t name = item.find(' '), value = item.find(" = ");
-        read.columns.push_back({{item.substr(0, name), parseType(item.substr(name + 1, value - name - 1))}});
-        read.sql += (read.sql.empty() ? "SELECT " : ", ") + item.substr(value + 3) + " AS " +
-                    quotedName(read.columns.back().name);
+        const std::size_t type = item.find(' ') + 1, end = item.find(" = ");
+        const std::string name = item.substr(0, type - 1);
+        read.columns.push_back({{name, parseType(item.substr(type, end - type))}});
+        read.sql += (read.sql.empty() ? "SELECT " : ", ") +
+                    (end < item.size() ? item.substr(end + 3) : name) + " AS " + quotedName(name);
     }
     read.sql += " FROM " + from;
     return read;

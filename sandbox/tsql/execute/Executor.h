@@ -236,7 +236,8 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     void redefine(Catalogue& catalogue, const TableInfo& table);
     void checkRows(Catalogue& catalogue, const TableInfo& table, const ObjectInfo& key);
     void switchConstraints(Catalogue& catalogue, const TableInfo& table, const AlterTable& alter);
-    void addColumn(Catalogue& catalogue, TableInfo& table, const ColumnDefinition& definition);
+    void addColumn(Catalogue& catalogue, TableInfo& table, const ColumnDefinition& given,
+                   const CreateTable& added);
     void fillColumn(const TableInfo& table, const TableColumn& column, const Typed& value);
     void refuseDependents(const TableInfo& table, std::string_view column, std::string_view verb,
                           const std::vector<ObjectInfo>& keys);

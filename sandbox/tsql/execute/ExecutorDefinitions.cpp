@@ -81,9 +81,9 @@ void setIdentity(TableInfo& table, const ColumnDefinition& given) {
     table.increment = given.identity->increment;
 }
 
-// Returns a new column. create: the table's definition, in which it may be part of the primary key.
+// Returns a new column. create: has its constraints; it may be part of the primary key.
 TableColumn columnOf(TableInfo& table, const ColumnDefinition& given, const Settings& settings,
-                     const CreateTable& create = {}) {
+                     const CreateTable& create) {
     const bool losesBlanks =
         hasLength(given.type.id) && !isNational(given.type.id) && given.type.length != SqlType::kMax;
     if (losesBlanks && !settings.padding)
@@ -93,16 +93,15 @@ TableColumn columnOf(TableInfo& table, const ColumnDefinition& given, const Sett
     setIdentity(table, given);
     const bool isNullable = !given.identity && given.type.id != TypeId::RowVersion;
     TableColumn column{{given.name, given.type, isNullable, given.identity.has_value()}};
-    for (const auto* constraint : allConstraints(create))
-        if (constraint->type == kPrimaryKey &&
-            std::ranges::any_of(constraint->columns, std::bind_front(sameText, column.name)))
-            column.nullable = false;
+    for (const auto& constraint : create.constraints) {
+        if (std::ranges::none_of(constraint.columns, std::bind_front(sameText, column.name))) continue;
+        if (constraint.type == kPrimaryKey) column.nullable = false;
+        if (constraint.type == kDefault) column.byDefault = constraint.text;
+    }
     column.nullable = given.nullable.value_or(column.nullable);
     column.computed = given.computed;
     column.userType = given.userType;
     column.persisted = given.persisted;
-    for (const auto& constraint : given.constraints)
-        if (constraint.type == kDefault) column.byDefault = constraint.text;
     return column;
 }
 
@@ -164,7 +163,7 @@ TableInfo Executor::createTable(const CreateTable& create) {
         throw unsupported("a table of computed columns only");
     for (auto& column : table.columns)
         if (!column.computed.empty()) column.type = computed(table, column).type;
-    if (std::ranges::count(allConstraints(create), kPrimaryKey, &Constraint::type) > 1)
+    if (std::ranges::count(create.constraints, kPrimaryKey, &Constraint::type) > 1)
         throw sqlError(kSeveralPrimaryKeys, {name});
     define(create.table, [&](Catalogue& owner) {
         ObjectInfo object = newObject(owner, create.table, kTable);
@@ -212,14 +211,13 @@ void Executor::failingAs(const SqlError& failure, const std::function<void()>& w
 std::vector<ObjectInfo> Executor::noteConstraints(Catalogue& catalogue, TableInfo table,
                                                   const CreateTable& definition) {
     std::vector<ObjectInfo> keys;
-    const auto constraints = allConstraints(definition);
-    for (const auto* each : constraints)
-        if (each->type == kDefault) Translator(*this).value(*parseExpression(each->text));
+    for (const auto& each : definition.constraints)
+        if (each.type == kDefault) Translator(*this).value(*parseExpression(each.text));
     failingAs(sqlError(kConstraintNotCreated), [&] {
-        for (const auto* constraint : constraints) {
+        for (const auto& constraint : definition.constraints) {
             table.columns = catalogue.columns(table.id);  // with defaults that were entered before
-            ObjectInfo key = constraintOf(catalogue, table, *constraint);
-            if (constraint->type == kForeignKey && catalogue.isTemporary()) {
+            ObjectInfo key = constraintOf(catalogue, table, constraint);
+            if (constraint.type == kForeignKey && catalogue.isTemporary()) {
                 inform(kForeignKeySkipped, {key.name});
                 continue;
             }
@@ -406,8 +404,9 @@ void Executor::switchConstraints(Catalogue& catalogue, const TableInfo& table, c
     }
 }
 
-void Executor::addColumn(Catalogue& catalogue, TableInfo& table, const ColumnDefinition& definition) {
-    TableColumn column = columnOf(table, definition, m_settings);
+void Executor::addColumn(Catalogue& catalogue, TableInfo& table, const ColumnDefinition& definition,
+                         const CreateTable& added) {
+    TableColumn column = columnOf(table, definition, m_settings, added);
     const bool isComputed = !column.computed.empty(), isStored = !isComputed && !column.identity;
     if (isComputed) column.type = computed(table, column).type;
     const TableColumn given = column;
@@ -479,8 +478,8 @@ void Executor::alterColumn(Catalogue& catalogue, TableInfo& table, const ColumnD
     if (definition.type.id == TypeId::RowVersion)
         throw sqlError(kCannotAlterColumnTo, {column.name, "timestamp"});
     if (column.identity) requireIdentityType(table, definition);
-    if (!definition.constraints.empty() || (column.identity && !definition.nullable))
-        throw unsupported("this form of ALTER COLUMN");
+    if (column.identity && !definition.nullable)
+        throw unsupported("ALTER COLUMN of an identity without NOT NULL");
     const bool longer =
         before.id == definition.type.id &&
         (before.length <= definition.type.length || definition.type.length == SqlType::kMax) &&
@@ -531,7 +530,7 @@ void Executor::dropConstraint(Catalogue& catalogue, const TableInfo& table, cons
 void Executor::run(const AlterTable& alter) {
     define(alter.added.table, [&](Catalogue& owner) {
         TableInfo target = table(alter.added.table, kAlteredTableNotFound);
-        for (const auto& definition : alter.added.columns) addColumn(owner, target, definition);
+        for (const auto& column : alter.added.columns) addColumn(owner, target, column, alter.added);
         for (auto& key : noteConstraints(owner, target, alter.added)) {
             if (isCondition(key))
                 alter.checksRows.value_or(true) ? checkRows(owner, target, key)

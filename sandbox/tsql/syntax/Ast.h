@@ -416,7 +416,6 @@ struct ColumnDefinition {
     bool persisted = false;
     bool withValues = false;  // ALTER TABLE ADD: existing rows get the default
     std::int64_t userType = 0;
-    std::vector<Constraint> constraints = {};
 };
 struct CreateIndex {
     std::string name;
@@ -430,7 +429,7 @@ struct CreateIndex {
 struct CreateTable {
     ObjectName table;
     std::vector<ColumnDefinition> columns;
-    std::vector<Constraint> constraints;
+    std::vector<Constraint> constraints;  // also those of columns
     std::vector<CreateIndex> indexes = {};
 };
 struct AlterTable {

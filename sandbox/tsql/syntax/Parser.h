@@ -205,7 +205,5 @@ Statement::Node parsePermissions(Parser& in, const std::string& state);  // GRAN
 
 // Returns the table that a statement changes: one of its FROM clause, by name or alias, or another one.
 TableRef targetOf(const Change& change);
-// Constraints of the columns and of the table.
-std::vector<const Constraint*> allConstraints(const CreateTable& create);
 
 }  // namespace tsql

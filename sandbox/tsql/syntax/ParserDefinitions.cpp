@@ -235,7 +235,7 @@ void defaultValue(Parser& in, Constraint& constraint, bool ofTable) {
     in.accept("WITH VALUES");  // no effect on an existing column
 }
 
-ColumnDefinition columnDefinition(Parser& in) {
+ColumnDefinition columnDefinition(Parser& in, std::vector<Constraint>& constraints) {
     ColumnDefinition column;
     const auto option = [&] {
         for (const auto word : {"GENERATED", "MASKED", "ENCRYPTED", "FILESTREAM", "HIDDEN", "INDEX"})
@@ -248,7 +248,7 @@ ColumnDefinition columnDefinition(Parser& in) {
             column.identity = in.at("(") ? in.parenthesized([&] { return in.identity(); }) : Identity{};
         } else if (auto constraint = in.acceptConstraint(/*ofTable=*/false)) {
             if (constraint->columns.empty()) constraint->columns = {column.name};
-            column.constraints.push_back(std::move(*constraint));
+            constraints.push_back(std::move(*constraint));
         } else if (in.accept("WITH VALUES")) {
             column.withValues = true;
         } else {
@@ -314,7 +314,7 @@ void tableElement(Parser& in, CreateTable& table) {
     if (auto constraint = in.acceptConstraint(/*ofTable=*/true))
         table.constraints.push_back(std::move(*constraint));
     else
-        table.columns.push_back(columnDefinition(in));
+        table.columns.push_back(columnDefinition(in, table.constraints));
 }
 
 // A trailing comma is allowed.
@@ -372,8 +372,9 @@ Statement::Node alterTable(Parser& in) {
         dropParts(in, node);
     } else if (!node.checksRows && in.accept("ALTER COLUMN")) {
         const int line = in.peek().line;
-        node.altered = columnDefinition(in);
-        if (node.altered->identity) throw SyntaxError(unsupported("ALTER COLUMN ... IDENTITY"), line);
+        node.altered = columnDefinition(in, node.added.constraints);
+        if (node.altered->identity || !node.added.constraints.empty())
+            throw SyntaxError(unsupported("ALTER COLUMN with an identity or a constraint"), line);
     } else if (!in.acceptAny({"SET ( LOCK_ESCALATION = TABLE )", "SET ( LOCK_ESCALATION = AUTO )",
                               "SET ( LOCK_ESCALATION = DISABLE )"})) {  // no effect
         throwUnsupportedObject(in, "ALTER TABLE");
@@ -437,8 +438,7 @@ void triggerEvents(Parser& in, CreateModule& trigger) {
     in.accept("NOT FOR REPLICATION");
 }
 
-Statement::Node createModule(Parser& in, CreateModule module) {
-    const std::string word = toUpper(in.takeToken().raw), kind = word == "PROC" ? "PROCEDURE" : word;
+Statement::Node createModule(Parser& in, CreateModule module, std::string_view kind) {
     module.function = kind == "FUNCTION";
     module.name = in.objectName();
     const bool isGlobal = module.name.name.starts_with("##");
@@ -485,39 +485,18 @@ Statement::Node createDatabase(Parser& in) {
 
 // Settings that have no effect with any value: the database has one writer and no statistics, and clients
 // state the ANSI settings themselves.
-constexpr const char* kIdleSettings[] = {"ACCELERATED_DATABASE_RECOVERY",
-                                         "ALLOW_SNAPSHOT_ISOLATION",
-                                         "ANSI_NULL_DEFAULT",
-                                         "ANSI_NULLS",
-                                         "ANSI_PADDING",
-                                         "ANSI_WARNINGS",
-                                         "ARITHABORT",
-                                         "AUTO_CLOSE",
-                                         "AUTO_CREATE_STATISTICS",
-                                         "AUTO_SHRINK",
-                                         "AUTO_UPDATE_STATISTICS",
-                                         "AUTO_UPDATE_STATISTICS_ASYNC",
-                                         "COMPATIBILITY_LEVEL",
-                                         "CONCAT_NULL_YIELDS_NULL",
-                                         "CURSOR_CLOSE_ON_COMMIT",
-                                         "DATE_CORRELATION_OPTIMIZATION",
-                                         "DB_CHAINING",
-                                         "DELAYED_DURABILITY",
-                                         "HONOR_BROKER_PRIORITY",
-                                         "NUMERIC_ROUNDABORT",
-                                         "OPTIMIZED_LOCKING",
-                                         "PAGE_VERIFY",
-                                         "PARAMETERIZATION",
-                                         "QUERY_STORE",
-                                         "QUOTED_IDENTIFIER",
-                                         "READ_COMMITTED_SNAPSHOT",
-                                         "RECOVERY",
-                                         "TARGET_RECOVERY_TIME",
-                                         "TRUSTWORTHY"};
+constexpr std::string_view kIdleSettings =
+    "ACCELERATED_DATABASE_RECOVERY ALLOW_SNAPSHOT_ISOLATION ANSI_NULL_DEFAULT ANSI_NULLS ANSI_PADDING "
+    "ANSI_WARNINGS ARITHABORT AUTO_CLOSE AUTO_CREATE_STATISTICS AUTO_SHRINK AUTO_UPDATE_STATISTICS "
+    "AUTO_UPDATE_STATISTICS_ASYNC COMPATIBILITY_LEVEL CONCAT_NULL_YIELDS_NULL CURSOR_CLOSE_ON_COMMIT "
+    "DATE_CORRELATION_OPTIMIZATION DB_CHAINING DELAYED_DURABILITY HONOR_BROKER_PRIORITY NUMERIC_ROUNDABORT "
+    "OPTIMIZED_LOCKING PAGE_VERIFY PARAMETERIZATION QUERY_STORE QUOTED_IDENTIFIER READ_COMMITTED_SNAPSHOT "
+    "RECOVERY TARGET_RECOVERY_TIME TRUSTWORTHY";
 
 // name value, name = value or name = value (options)
 bool acceptIdleSetting(Parser& in) {
-    if (std::ranges::none_of(kIdleSettings, [&](auto name) { return in.accept(name); })) return false;
+    if (!hasWord(kIdleSettings, toUpper(in.peek().raw))) return false;
+    in.takeToken();
     in.accept("=");
     if (in.peek().kind == TokenKind::End) in.throwSyntaxError();
     if (!in.at("(")) in.takeToken();
@@ -597,14 +576,6 @@ TableRef targetOf(const Change& change) {
     return {NamedTable{change.table}, {}};
 }
 
-std::vector<const Constraint*> allConstraints(const CreateTable& create) {
-    std::vector<const Constraint*> all;
-    for (const auto& column : create.columns)
-        for (const auto& constraint : column.constraints) all.push_back(&constraint);
-    for (const auto& constraint : create.constraints) all.push_back(&constraint);
-    return all;
-}
-
 Statement::Node parseRows(Parser& in) {
     if (in.accept("INSERT BULK")) return insertBulk(in);
     auto with = in.commonTables();
@@ -629,12 +600,13 @@ Statement::Node parseDefinition(Parser& in, bool create) {
     CreateModule module;
     module.create = create;
     module.alter = !create || in.accept("OR ALTER");
-    const bool procedure = in.at("PROCEDURE") || in.at("PROC");
-    if (procedure || in.at("FUNCTION") || in.at("VIEW") || in.at("TRIGGER")) {
-        if (first) return createModule(in, std::move(module));
-        in.throwError(
-            kMustBeFirstInBatch,
-            {procedure ? "CREATE/ALTER PROCEDURE" : (create ? "CREATE " : "ALTER ") + toUpper(in.near())});
+    const int line = in.peek().line;
+    const auto word = in.acceptFirst({"PROCEDURE", "PROC", "FUNCTION", "VIEW", "TRIGGER"});
+    const std::string kind(word == "PROC" ? "PROCEDURE" : word);
+    if (!kind.empty()) {
+        if (first) return createModule(in, std::move(module), kind);
+        const char* const verb = kind == "PROCEDURE" ? "CREATE/ALTER " : create ? "CREATE " : "ALTER ";
+        in.throwError(kMustBeFirstInBatch, {verb + kind}, line);
     }
     if (!create && in.accept("TABLE")) return alterTable(in);
     if (!create && in.accept("DATABASE")) return alterDatabase(in);
@@ -742,8 +714,8 @@ CreateTable Parser::tableVariable(const std::string& name) {
     const int line = peek().line;
     expect("TABLE");
     CreateTable table = tableElements(*this, {{}, {}, name, line});
-    for (const auto* each : allConstraints(table))
-        if (each->type == kForeignKey) throwUnsupported("a foreign key of a table variable");
+    if (std::ranges::count(table.constraints, kForeignKey, &Constraint::type))
+        throwUnsupported("a foreign key of a table variable");
     return table;
 }
 

@@ -251,17 +251,12 @@ Argument argument(Parser& in, const std::vector<Argument>& before) {
     return argument;
 }
 
-// 'text' + @variable ...; functions are not allowed.
-ExprPtr textOfConstants(Parser& in) {
-    ExprPtr text = in.constant();
-    while (in.accept("+")) text = makeExpr(text->line, Binary{BinaryOp::Add, text, in.constant()});
-    return text;
-}
-
 Statement::Node execute(Parser& in) {
     Execute node;
-    if (in.at("(")) {
-        node.text = in.parenthesized([&] { return textOfConstants(in); });
+    if (in.accept("(")) {  // 'text' + @variable ...; functions are not allowed
+        for (ExprPtr& text = node.text = in.constant(); in.accept("+");)
+            text = makeExpr(text->line, Binary{BinaryOp::Add, text, in.constant()});
+        in.expect(")");
         if (in.at("AT") || in.at("AS")) in.throwUnsupported("EXECUTE (...) " + toUpper(in.near()));
         return node;
     }

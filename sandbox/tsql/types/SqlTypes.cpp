@@ -1,7 +1,6 @@
 #include "types/SqlTypes.h"
 
 #include <array>
-#include <optional>
 
 #include "messages/Messages.h"
 #include "types/Text.h"
@@ -40,15 +39,6 @@ constexpr std::array<std::string_view, 13> kConversions = {
     "iii----i---i-", "iii----i---i-", "eeiiiiii---e-", "--ii-iii---e-", "--i-iiii---e-",
     "--iiiiii---e-", "--iiiiii---e-", "iiiiiiiiiiiei", "-------iie---", "-------e-i-e-",
     "-------i--ii-", "i-ieeeei-iiii", "-----------ii"};
-
-std::optional<TypeId> findType(std::string_view name) {
-    const std::string synonym = "," + lowerAscii(name) + ",";
-    const auto* found = std::ranges::find_if(kTypes, [&](const TypeFacts& each) {
-        return sameWord(each.name, name) ||
-               (name.find(',') == name.npos && each.synonyms.find(synonym) != name.npos);
-    });
-    return found == std::end(kTypes) ? std::nullopt : std::optional(static_cast<TypeId>(found - kTypes));
-}
 
 void checkLength(TypeId id, int length) {
     const int most = isNational(id) ? kMaxNational : kMaxBytes;
@@ -123,11 +113,16 @@ constexpr std::array<std::string_view, 8> kOperatorNames = {"add",    "subtract"
 }  // namespace
 
 SqlType makeType(std::string_view name, std::span<const int> arguments, TypeUse use) {
-    const auto found = findType(name);
-    if (!found && hasWord("geography geometry hierarchyid sql_variant", lowerAscii(name)))
+    const std::string synonym = "," + lowerAscii(name) + ",";
+    const auto* const found = std::ranges::find_if(kTypes, [&](const TypeFacts& each) {
+        return sameWord(each.name, name) ||
+               (name.find(',') == name.npos && each.synonyms.find(synonym) != name.npos);
+    });
+    const bool isKnown = found != std::end(kTypes);
+    if (!isKnown && hasWord("geography geometry hierarchyid sql_variant", lowerAscii(name)))
         throw unsupported(lowerAscii(name) + " as a type");
-    if (!found) throw sqlError(use == TypeUse::Cast ? kNotASystemType : kUnknownType, {name});
-    const TypeId id = *found;
+    if (!isKnown) throw sqlError(use == TypeUse::Cast ? kNotASystemType : kUnknownType, {name});
+    const auto id = static_cast<TypeId>(found - kTypes);
     if (sameWord(name, "sysname")) return nvarcharType(128);
     if (id == TypeId::Decimal) return makeDecimal(arguments);
     SqlType type = simpleType(id);

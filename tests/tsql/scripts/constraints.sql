@@ -126,6 +126,7 @@ CREATE TABLE two_nulls (a int, b int) INSERT two_nulls VALUES (NULL, 1), (NULL, 
 CREATE UNIQUE INDEX ux_two ON two_nulls (a, b) --> Msg 1505, Level 16, State 1, Line 1: The CREATE UNIQUE INDEX statement terminated because a duplicate key was found for the object name 'dbo.two_nulls' and the index name 'ux_two'. The duplicate key value is (<NULL>, 1). (3621)
 -- a nullable column is neither a primary key nor an identity
 CREATE TABLE null_key (a int NULL PRIMARY KEY) --> Msg 8111, Level 16, State 1, Line 2: Cannot define PRIMARY KEY constraint on nullable column in table 'null_key'. (1750)
+CREATE TABLE #later_key (a int) ALTER TABLE #later_key ADD k int PRIMARY KEY INSERT #later_key (a) VALUES (1) --> Msg 515, Level 16, State 2, Line 1: Cannot insert the value NULL into column 'k', table 'tempdb.dbo.#later_key'; column does not allow nulls. INSERT fails. (3621)
 CREATE TABLE null_identity (a int IDENTITY NULL) --> Msg 8147, Level 16, State 1, Line 1: Could not create IDENTITY attribute on nullable column 'a', table 'null_identity'.
 -- several tables refer to one: the error names the one whose row prevents the DELETE
 CREATE TABLE several (id int PRIMARY KEY) -->

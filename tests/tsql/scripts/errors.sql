@@ -68,7 +68,7 @@ ALTER INDEX hinted_v ON hinted REBUILD WITH (IGNORE_DUP_KEY = ON) --> Msg 50000,
 CREATE UNIQUE INDEX hinted_x ON hinted (v) WITH (DROP_EXISTING = ON) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support DROP_EXISTING = ON.
 CREATE UNIQUE INDEX hinted_x ON hinted (v) WHERE v IS NOT NULL -->
 CREATE OR ALTER TABLE hinted (i int) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support CREATE OR ALTER TABLE.
-ALTER TABLE hinted ALTER COLUMN v int IDENTITY --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support ALTER COLUMN ... IDENTITY.
+ALTER TABLE hinted ALTER COLUMN v int IDENTITY --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support ALTER COLUMN with an identity or a constraint.
 ALTER TABLE hinted ADD w int NULL DEFAULT 7 WITH VALUES, x int NULL DEFAULT 7
 SELECT * FROM hinted h INNER HASH JOIN hinted g WITH (NOLOCK, INDEX (hinted_v)) ON g.i = h.i ORDER BY h.i
 OPTION (OPTIMIZE FOR (@p = 1), MAXDOP 1) --> i int | v int? | w int? | x int? | i int | v int? | w int? | x int? = 1 | 1 | 7 | NULL | 1 | 1 | 7 | NULL; 2 | NULL | 7 | NULL | 2 | NULL | 7 | NULL (2 rows)
