@@ -136,6 +136,7 @@ std::string storedColumns(const TableInfo& table) {
 
 // Changes the catalogue that `name` belongs to and the objects it describes, atomically.
 void Executor::define(const ObjectName& name, const std::function<void(Catalogue&)>& work) {
+    if (!name.name.starts_with('@')) beginImplicitly();  // not for a table variable
     claim(name);
     Catalogue owner = catalogue(name);
     beforeWrite();

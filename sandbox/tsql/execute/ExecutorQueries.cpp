@@ -376,9 +376,7 @@ void Executor::updateInSteps(const TableInfo& target, const Translator& translat
         m_connection.run(steps[1]);
     }
     change(target, "UPDATE", steps[2], translator);
-    const std::int64_t changed = m_rowCount;
     m_connection.run(steps[3]);
-    m_rowCount = changed;
     atomic.commit();
 }
 
