@@ -148,7 +148,6 @@ void Executor::define(const ObjectName& name, const std::function<void(Catalogue
     });
     Atomic atomic(m_connection, owner.schema());
     work(owner);
-    forget();
     atomic.commit();
 }
 

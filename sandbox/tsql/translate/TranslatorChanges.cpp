@@ -123,7 +123,6 @@ std::string Translator::insertRows(const TableInfo& target, const ColumnList& co
 std::string Translator::change(const TableInfo& target, const Insert& insert, const ColumnList& columns) {
     useCommonTables(insert);
     if (!insert.query) return insertRows(target, columns, insert);
-    m_topLevel = false;
     refuseRowVersions(columns);
     const QueryText text = query(*insert.query);
     checkCount(target, columns, insert, text.columns.size());
@@ -150,6 +149,7 @@ std::string Translator::insertParameters(const TableInfo& target, const ColumnLi
 }
 
 void Translator::useCommonTables(const Change& change) {
+    m_topLevel = false;
     if (change.maxRecursion) m_maxRecursion = *change.maxRecursion;
     for (const auto& table : change.with) m_with.push_back({&table});
 }
@@ -207,7 +207,6 @@ std::string Translator::returnedToVariables(const TableInfo& target, const Updat
 // Returns the FROM clause of a change, and the changed table in it.
 std::pair<std::string, const Source*> Translator::joinedSources(const TableInfo& target,
                                                                 const Change& change) {
-    m_topLevel = false;
     m_through = target.through;
     const ObjectName name = m_clause ? ObjectName{{}, {}, m_merge->alias} : change.table;
     std::string sql = m_clause ? mergedRows() : from(change.from);
@@ -304,7 +303,6 @@ std::string Translator::change(const TableInfo& target, const Delete& statement)
 
 std::string Translator::merge(const TableInfo& target, const Merge& merge) {
     useCommonTables(merge);
-    m_topLevel = false;
     m_merge = &merge;
     Scope scope;
     m_scope = &scope;
