@@ -170,10 +170,9 @@ TableInfo Executor::createTable(const CreateTable& create) {
         const auto taken = owner.find(object.key());
         // A procedure may create a temporary table with the name of its caller's.
         const auto& own = m_frames.back()->temporary;
-        const bool isOwn =
-            !taken || !owner.isTemporary() || m_frames.size() == 1 ||
-            std::ranges::any_of(own, [&](const auto& each) { return each.stored == taken->stored; });
-        if (taken && !name.starts_with('@') && isOwn) throw sqlError(kObjectExists, {name});
+        const bool isCallers = taken && owner.isTemporary() && m_frames.size() > 1 &&
+                               std::ranges::count(own, taken->stored, &TableInfo::stored) == 0;
+        if (taken && !name.starts_with('@') && !isCallers) throw sqlError(kObjectExists, {name});
         object.columns = {std::to_string(table.seed), std::to_string(table.increment)};
         if (!owner.isTemporary()) object.stored = object.key();
         owner.save(object);

@@ -89,10 +89,8 @@ bool Executor::resetAroundTransaction(std::string_view database) {
 
 void Executor::run(const Transaction& transaction) {
     const std::string name = transaction.name ? evaluateText(*transaction.name) : "";
-    if (transaction.verb == TransactionVerb::Begin) {
-        beginImplicitly();
-        return begin(name);
-    }
+    if (transaction.verb == TransactionVerb::Begin) beginImplicitly();
+    if (transaction.verb == TransactionVerb::Begin) return begin(name);
     if (transaction.verb == TransactionVerb::Commit) {
         if (m_transactions > 0 && m_transactions == m_fewestTransactions) throw sqlError(kCommitInInsertExec);
         return commit();

@@ -211,15 +211,14 @@ std::pair<std::string, const Source*> Translator::joinedSources(const TableInfo&
     const ObjectName name = m_clause ? ObjectName{{}, {}, m_merge->alias} : change.table;
     std::string sql = m_clause ? mergedRows() : from(change.from);
     std::vector<const Source*> found;  // the table under an alias: changed if it occurs only once
-    bool named = false;
     for (const auto& source : m_scope->sources) {
         const bool isNamedSo = sameText(source.exposed, name.name);
         const bool isTarget = source.table == (target.through.empty() ? target.sqlName() : target.through);
         if (isNamedSo && !isTarget && name.schema.empty()) throw sqlError(kAmbiguousTable, {name.name});
         if (isTarget) found.insert(isNamedSo ? found.begin() : found.end(), &source);
-        named = named || (isNamedSo && isTarget);
     }
-    if (found.size() > 1 && !named) throw sqlError(kAmbiguousTable, {name.name});
+    if (found.size() > 1 && !sameText(found.front()->exposed, name.name))
+        throw sqlError(kAmbiguousTable, {name.name});
     if (!found.empty()) return {sql, found.front()};
     sql += sql.empty() ? " FROM " : ", ";
     sql += namedTable({m_clause ? m_merge->table : name}, name.name, /*applied=*/false);
