@@ -87,8 +87,9 @@ bool Executor::call(ProcedureCall& call, ResultSink& sink) {
             for (std::size_t i = 0; i < call.arguments.size(); ++i) {
                 auto& argument = call.arguments[i];
                 auto& given = execute.arguments.emplace_back(Argument{argument.name, nullptr, false});
+                if (argument.isDefault) continue;
                 if (argument.rows) receiveTable(given.table = variable(i), argument);
-                if (argument.isDefault || argument.rows) continue;
+                if (argument.rows) continue;
                 frame.variables[variable(i)] = {std::move(argument.value), argument.type};
                 given.value = std::make_unique<Expr>(Expr{1, VariableRef{variable(i)}});
                 given.output = argument.output;

@@ -98,8 +98,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     const Message* caughtError() const override { return m_caught.empty() ? nullptr : &m_caught.back(); }
     const Client& client() const override { return m_client; }
 
-    template <typename Change>
-    void changeEntry(Change change) {
+    void changeEntry(const std::function<void(SessionEntry&)>& change) {
         m_storage.withSessions([&](auto& entries) { change(entries[m_spid]); });
     }
     bool isCancelled() const { return m_sink && m_sink->cancelled(); }
