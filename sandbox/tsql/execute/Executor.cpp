@@ -25,8 +25,7 @@ Executor::~Executor() {
 }
 
 // Runs a request of the client to its end or to the error that ends it. Returns false if it ends the session.
-template <typename Work>
-bool Executor::run(ResultSink& sink, Frame& frame, Work work) {
+bool Executor::run(ResultSink& sink, Frame& frame, const std::function<void()>& work) {
     const Temporarily toClient(m_sink, &sink);
     const Temporarily cancellable(isBatchCancelled, [this] { return isCancelled(); });
     bool sessionContinues = true;
@@ -84,16 +83,13 @@ bool Executor::call(ProcedureCall& call, ResultSink& sink) {
     const bool sessionContinues = run(sink, frame, [&] {
         Execute execute{"@", parseObjectName(call.procedure), {}, {}, nullptr};
         frame.variables["@"] = {Null{}, simpleType(TypeId::Int)};
-        execute.arguments.reserve(call.arguments.size());
         const auto runCall = [&] {
             for (std::size_t i = execute.arguments.size(); i < call.arguments.size(); ++i) {
                 auto& argument = call.arguments[i];
                 auto& given = execute.arguments.emplace_back(Argument{argument.name, nullptr, false});
                 if (argument.isDefault) continue;
-                if (argument.rows) {
-                    receiveTable(given.table = variable(i), argument);
-                    continue;
-                }
+                if (argument.rows) receiveTable(given.table = variable(i), argument);
+                if (argument.rows) continue;
                 frame.variables[variable(i)] = {std::move(argument.value), argument.type};
                 given.value = std::make_unique<Expr>(Expr{1, VariableRef{variable(i)}});
                 given.output = argument.output;
@@ -137,7 +133,6 @@ Flow Executor::runBlock(const Block& block) {
 Flow Executor::runStatement(const Statement& statement) {
     return guarded(statement.line, [&] {
         if (isSkipping() && !std::holds_alternative<SetOption>(statement.node)) return Flow::Next;
-        if (beginsImplicitly(statement)) begin({});
         return std::visit(
             [this]<typename Node>(const Node& node) {
                 constexpr bool defines =

@@ -98,16 +98,14 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     const Message* caughtError() const override { return m_caught.empty() ? nullptr : &m_caught.back(); }
     const Client& client() const override { return m_client; }
 
-    template <typename Change>
-    void changeEntry(Change change) {
+    void changeEntry(const std::function<void(SessionEntry&)>& change) {
         m_storage.withSessions([&](auto& entries) { change(entries[m_spid]); });
     }
     bool isCancelled() const { return m_sink && m_sink->cancelled(); }
 
   private:
     // ---- flow, variables, errors (Executor.cpp)
-    template <typename Work>
-    bool run(ResultSink& sink, Frame& frame, Work work);
+    bool run(ResultSink& sink, Frame& frame, const std::function<void()>& work);
     Flow runBlock(const Block& block);
     Flow runStatement(const Statement& statement);
     Flow guarded(int line, const std::function<Flow()>& work);
@@ -118,7 +116,6 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     template <typename Node>
     void checkNode(const Node& node);
     void checkCall(const Execute& call);
-    void checkVariables(const Declare& declare);
     Flow run(const Declare& declare);
     Flow run(const Assign& assign);
     Flow run(const If& node);
@@ -254,7 +251,6 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
 
     // ---- user-defined types (ExecutorTypes.cpp)
     void run(const UserType& create);
-    FindType typesIn(const std::string& database, bool* used = nullptr);  // used: set if one is asked for
     bool bindTable(const Declaration& parameter, const Argument* argument, Frame& frame);
     void receiveTable(const std::string& variable, const ProcedureCall::Argument& sent);
 
@@ -312,7 +308,6 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     void runFunction(const CreateModule& function, Frame& frame);
     bool runScope(const Block& body, Frame& frame);
     TableInfo viewTable(const StoredModule& view);
-    std::vector<TableColumn> viewColumns(const CreateModule& module);
 
     // ---- calls of drivers (ExecutorPrepared.cpp)
     struct PreparedText {
@@ -340,12 +335,15 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
         if (m_connection.inTransaction() && !isTemporaryName(name.name)) m_connection.lock(databaseOf(name));
     }
     void begin(const std::string& name);
-    // IMPLICIT_TRANSACTIONS ON: the first use of a table begins a transaction.
+    // IMPLICIT_TRANSACTIONS ON: the first use of a table begins a transaction, and so do definitions, BEGIN
+    // TRANSACTION, which then begins two, OPEN and FETCH.
     bool awaitsTransaction() const {
         return m_settings.implicitTransactions && m_transactions == 0 && !m_checking &&
                !m_settings.describeOnly;
     }
-    bool beginsImplicitly(const Statement& statement) const;
+    void beginImplicitly() {
+        if (awaitsTransaction()) begin({});
+    }
     void commit();
     void rollBack();
     void inTransaction(const std::function<void()>& work);

@@ -24,14 +24,13 @@ void Executor::run(const SetOption& option) {
             m_settings.lockTimeout = static_cast<int>(std::clamp(*option.number, kUsual, kLongest));
     }
     set(m_settings);
-    if (option.table) {
-        const TableInfo target = table(*option.table, kObjectNotFound, 11);
-        if (!target.identityColumn()) throw sqlError(kNoIdentityColumn, {target.name});
-        if (option.on && !m_settings.identityInsert.empty() && m_settings.identityInsert != target.fullName())
-            throw sqlError(kIdentityInsertAlreadyOn, {m_settings.identityInsert, target.name});
-        if (option.on || m_settings.identityInsert == target.fullName())
-            m_settings.identityInsert = option.on ? target.fullName() : "";
-    }
+    if (!option.table) return;
+    const TableInfo target = table(*option.table, kObjectNotFound, 11);
+    if (!target.identityColumn()) throw sqlError(kNoIdentityColumn, {target.name});
+    std::string& current = m_settings.identityInsert;
+    const bool isOther = !current.empty() && current != target.fullName();
+    if (option.on && isOther) throw sqlError(kIdentityInsertAlreadyOn, {current, target.name});
+    if (!isOther) current = option.on ? target.fullName() : "";
 }
 
 // ---- databases

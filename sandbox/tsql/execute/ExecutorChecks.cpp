@@ -11,13 +11,6 @@ void Executor::checkCall(const Execute& call) {
         inform(kMissingDependency, {caller, asWritten(call.procedure)});
 }
 
-void Executor::checkVariables(const Declare& declare) {
-    for (const auto& each : declare.variables) {
-        if (each.table) declareTable(each);
-        checkNode(each);
-    }
-}
-
 template <typename Node>
 void Executor::checkNode(const Node& node) {
     if constexpr (requires { node.condition; }) translated(*node.condition, {});
@@ -33,22 +26,24 @@ void Executor::checkNode(const Node& node) {
     if constexpr (requires { node.attempt; }) check(node.attempt);
     if constexpr (requires { node.handler; }) check(node.handler);
     if constexpr (std::is_same_v<Node, Declare>) {
-        checkVariables(node);
+        for (const auto& each : node.variables) {
+            if (each.table) declareTable(each);
+            checkNode(each);
+        }
     } else if constexpr (std::is_same_v<Node, Use>) {
         if (!m_storage.exists(node.database)) throw sqlError(kUnknownDatabase, {node.database});
         m_frames.back()->database = node.database;
     } else if constexpr (isOneOf<Node, SelectStatement, DeclareCursor>) {
         translated(*node.query);
-    } else if constexpr (std::is_same_v<Node, Insert>) {
-        const TableInfo target = changedTable(node, node.kVerb);
-        const auto columns = insertColumns(target, node.columns, node.defaultValues);
-        check(node.execute);
-        if (!node.execute) translated(node, nullptr, target, columns);
     } else if constexpr (std::is_same_v<Node, Execute>) {
         checkCall(node);
     } else if constexpr (std::is_base_of_v<Change, Node>) {
         const TableInfo target = changedTable(node, node.kVerb);
-        if constexpr (std::is_same_v<Node, Update>)
+        if constexpr (std::is_same_v<Node, Insert>) {
+            const auto columns = insertColumns(target, node.columns, node.defaultValues);
+            check(node.execute);
+            if (!node.execute) translated(node, nullptr, target, columns);
+        } else if constexpr (std::is_same_v<Node, Update>)
             translated(node, nullptr, target, "a record");
         else if constexpr (std::is_same_v<Node, Merge>)
             Translator(*this).merge(target, node);

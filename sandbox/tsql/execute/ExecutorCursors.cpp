@@ -42,12 +42,11 @@ Value Executor::cursorStatus(std::string_view scope, std::string_view name) {
 Flow Executor::run(const DeclareCursor& declare) {
     auto& place = (declare.local ? m_frames.back()->cursors : m_cursors)[toLower(declare.name)];
     if (place && !declare.name.starts_with('@')) throw sqlError(kCursorExists, {declare.name});
-    Translator translator(*this);
-    const QueryText query = translator.query(*declare.query);
-    if (!translator.assignments().empty())
+    const auto made = translated(*declare.query);
+    if (!made->translator.assignments().empty())
         throw sqlError(kNotAllowedHere, {"Variable assignment", "a cursor declaration"});
-    place =
-        std::make_shared<Cursor>(Cursor{query, parameterValues(translator), declare.scroll, declare.counted});
+    place = std::make_shared<Cursor>(
+        Cursor{made->text, parameterValues(made->translator), declare.scroll, declare.counted});
     return finished(1);
 }
 
@@ -56,6 +55,7 @@ void Executor::run(const ChangeCursor& change) {
     const std::shared_ptr<Cursor> kept = place;  // a function in the query may deallocate it
     Cursor& cursor = *kept;
     if (change.verb == CursorVerb::Open) {
+        beginImplicitly();
         if (cursor.open) throw sqlError(kCursorAlreadyOpen);
         cursor.rows.clear();
         cursor.at = 0, cursor.block = 1;
@@ -83,6 +83,7 @@ void Executor::run(const ChangeCursor& change) {
 }
 
 Flow Executor::run(const Fetch& fetch) {
+    beginImplicitly();
     const std::shared_ptr<Cursor> cursor = cursorNamed(fetch.cursor);
     const auto& columns = cursor->query.columns;
     if (!cursor->open) throw sqlError(kCursorNotOpen);

@@ -135,6 +135,7 @@ std::string storedColumns(const TableInfo& table) {
 
 // Changes the catalogue that `name` belongs to and the objects it describes, atomically.
 void Executor::define(const ObjectName& name, const std::function<void(Catalogue&)>& work) {
+    if (!name.name.starts_with('@')) beginImplicitly();  // not for a table variable
     claim(name);
     Catalogue owner = catalogue(name);
     beforeWrite();
@@ -143,7 +144,6 @@ void Executor::define(const ObjectName& name, const std::function<void(Catalogue
     const Finally atEnd([this] { forget(); });  // behind the commit or the rollback
     Atomic atomic(m_connection, owner.schema());
     work(owner);
-    forget();
     if (owner.isTemporary()) return atomic.commit();
     const Finally changed([this] { m_storage.noteCatalogueChange(); });
     m_storage.noteCatalogueChange();
@@ -170,10 +170,9 @@ TableInfo Executor::createTable(const CreateTable& create) {
         const auto taken = owner.find(object.key());
         // A procedure may create a temporary table with the name of its caller's.
         const auto& own = m_frames.back()->temporary;
-        const bool isOwn =
-            !taken || !owner.isTemporary() || m_frames.size() == 1 ||
-            std::ranges::any_of(own, [&](const auto& each) { return each.stored == taken->stored; });
-        if (taken && !name.starts_with('@') && isOwn) throw sqlError(kObjectExists, {name});
+        const bool isCallers = taken && owner.isTemporary() && m_frames.size() > 1 &&
+                               std::ranges::count(own, taken->stored, &TableInfo::stored) == 0;
+        if (taken && !name.starts_with('@') && !isCallers) throw sqlError(kObjectExists, {name});
         object.columns = {std::to_string(table.seed), std::to_string(table.increment)};
         if (!owner.isTemporary()) object.stored = object.key();
         owner.save(object);

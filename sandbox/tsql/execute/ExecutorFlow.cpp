@@ -40,7 +40,6 @@ Flow Executor::run(const While& node) {
         const Flow flow = runStatement(*node.body);
         if (flow == Flow::Break) break;
         if (flow >= Flow::Return) return flow;
-        if (isCancelled()) throw BatchEnd{};
         m_line = line;
         beginStatement();
     }

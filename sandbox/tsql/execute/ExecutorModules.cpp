@@ -63,20 +63,20 @@ TableInfo Executor::viewTable(const StoredModule& view) {
     return table;
 }
 
-std::vector<TableColumn> Executor::viewColumns(const CreateModule& module) {
-    const ObjectName& name = module.name;
-    const auto existing = object(name);
-    const std::int64_t id = existing ? existing->id : 0;
-    return viewTable({databaseOf(name), name.schema, name.name, nullptr, &module, id}).columns;
-}
-
 // Stores the whole batch as the text of the module, with CREATE instead of ALTER.
 Flow Executor::run(const CreateModule& module) try {
     const std::string_view type = typeOf(module);
     const auto table = module.isTrigger() ? std::optional(tableOfTrigger(module)) : std::nullopt;
     ObjectName name = module.name;
     if (table) name.schema = table->schemaName;
-    const auto columns = module.query ? viewColumns(module) : std::vector<TableColumn>();
+    auto columns = parameterColumns(module);
+    if (module.query) {
+        const auto existing = object(name);
+        const StoredModule view{databaseOf(name), name.schema, name.name,
+                                nullptr,          &module,     existing ? existing->id : 0};
+        auto found = viewTable(view).columns;
+        if (!module.function) columns = std::move(found);
+    }
     const Firing firing{table.value_or(TableInfo()), {}, {}};
     Frame frame;
     frame.procedure = module.name.name;
@@ -102,7 +102,7 @@ Flow Executor::run(const CreateModule& module) try {
         if (!module.create) object.source.replace(at, verb.size(), "CREATE");
         owner.save(object);
         owner.removeColumns(object.id);
-        owner.saveColumns(object.id, module.query && !module.function ? columns : parameterColumns(module));
+        owner.saveColumns(object.id, columns);
         if (!owner.isTemporary()) return;
         const auto ofProcedure = std::ranges::find_if(
             m_frames.rbegin(), m_frames.rend(), [](const Frame* each) { return !each->procedure.empty(); });
@@ -120,7 +120,14 @@ std::shared_ptr<const Batch> Executor::parsed(const std::string& text, const std
     const auto found = m_parsed.find(key);
     if (found != m_parsed.end()) return found->second;
     bool usesTypes = false;
-    auto batch = parseBatch(text, m_settings.quotedIdentifiers, typesIn(database, &usesTypes));
+    const auto typeNamed = [&](const ObjectName& name) -> std::optional<UserType> {
+        usesTypes = true;
+        const std::string place = databaseOf({database, {}, {}});
+        const auto type = catalogue({place, {}, {}}).find(storedName(name.schema, name.name), kUserTypes);
+        if (!type) return std::nullopt;
+        return UserType{{place, type->schemaName, type->name}, type->id, type->source};
+    };
+    auto batch = parseBatch(text, m_settings.quotedIdentifiers, typeNamed);
     if (usesTypes || text.size() > kLongestKept) return batch;
     if (m_parsed.size() >= kKeptTexts) m_parsed.clear();
     return m_parsed[key] = std::move(batch);

@@ -32,8 +32,7 @@ const Executor::Global& Executor::global(std::string_view name) {
         {"@@trancount", integer, [](Self self) -> Value { return self.m_transactions; }},
         {"@@spid", simpleType(TypeId::SmallInt), [](Self self) -> Value { return self.m_spid; }},
         {"@@lock_timeout", integer, [](Self self) -> Value { return self.m_settings.lockTimeout; }},
-        {"@@nestlevel", integer,
-         [](Self self) -> Value { return static_cast<int>(self.m_frames.size()) - 1; }},
+        {"@@nestlevel", integer, [](Self self) -> Value { return std::ssize(self.m_frames) - 1; }},
         {"@@procid", integer, [](Self self) -> Value { return self.m_frames.back()->procedureId; }},
         {"@@version", nvarcharType(300), [](Self) -> Value { return kVersionText; }},
         {"@@servername", word, [](Self) -> Value { return hostName(); }},
@@ -101,6 +100,7 @@ Catalogue Executor::catalogue(const ObjectName& name) {
 
 std::optional<TableInfo> Executor::findTable(const ObjectName& name) {
     if (isTemporaryName(name.name) && m_frames.back()->isQuery) throw sqlError(kViewOnTemporaryTable);
+    beginImplicitly();
     if (name.name.starts_with('@')) {
         const auto& tables = m_frames.back()->tables;
         const auto found = tables.find(name.name);
@@ -120,7 +120,6 @@ std::optional<TableInfo> Executor::findTable(const ObjectName& name) {
         if (!found || found->type != kTable) return std::nullopt;
         table = known->tables.emplace(key, catalogue(name).tableOf(*found)).first;
     }
-    if (awaitsTransaction()) begin({});
     return table->second;
 }
 

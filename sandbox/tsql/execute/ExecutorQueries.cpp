@@ -6,8 +6,6 @@ namespace tsql {
 
 namespace {
 
-constexpr std::int64_t kRowsBetweenLooks = 64;  // rows between two checks for cancellation
-
 // Adds what a statement does to its table.
 template <typename Node>
 void addChanges(const Node& node, const TableInfo& target, std::vector<Firing>& changes) {
@@ -57,7 +55,7 @@ std::int64_t Executor::sendRows(PreparedStatement& statement, std::span<const Co
                     cells[i] = static_cast<double>(*whole);
             }
             sendRow(columns, cells);
-            if (++rows % kRowsBetweenLooks == 0 && isCancelled()) throw BatchEnd{};
+            ++rows;
         }
     } catch (const SqliteFailure&) {
         if (shown) done(rows, StatementKind::Select);
@@ -376,9 +374,7 @@ void Executor::updateInSteps(const TableInfo& target, const Translator& translat
         m_connection.run(steps[1]);
     }
     change(target, "UPDATE", steps[2], translator);
-    const std::int64_t changed = m_rowCount;
     m_connection.run(steps[3]);
-    m_rowCount = changed;
     atomic.commit();
 }
 

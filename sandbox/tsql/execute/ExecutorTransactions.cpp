@@ -30,27 +30,6 @@ void Executor::begin(const std::string& name) {
     m_sink->transactionChanged(TransactionEvent::Began);
 }
 
-// So do these statements, whatever they use. BEGIN TRANSACTION then begins two.
-bool Executor::beginsImplicitly(const Statement& statement) const {
-    if (!awaitsTransaction()) return false;
-    const auto begins = []<typename Node>(const Node& node) {
-        if constexpr (std::is_same_v<Node, SelectStatement>) {
-            const auto* select = std::get_if<Select>(&node.query->body);
-            return !select || !select->from.empty();
-        } else if constexpr (std::is_same_v<Node, Transaction>) {
-            return node.verb == TransactionVerb::Begin;
-        } else if constexpr (std::is_same_v<Node, ChangeCursor>) {
-            return node.verb == CursorVerb::Open;
-        } else if constexpr (std::is_same_v<Node, Drop>) {
-            return node.kind != "database";
-        }
-        return std::is_base_of_v<Change, Node> ||
-               isOneOf<Node, Truncate, CreateTable, AlterTable, CreateIndex, CreateModule, SystemStatement,
-                       TransferObject, Fetch, InsertBulk, UserType>;
-    };
-    return std::visit(begins, statement.node);
-}
-
 // INSERT ... EXECUTE and a change with triggers run in a transaction. Without an open one it has its own,
 // which the client does not see.
 void Executor::inTransaction(const std::function<void()>& work) {
@@ -111,6 +90,7 @@ bool Executor::resetAroundTransaction(std::string_view database) {
 
 void Executor::run(const Transaction& transaction) {
     const std::string name = transaction.name ? evaluateText(*transaction.name) : "";
+    if (transaction.verb == TransactionVerb::Begin) beginImplicitly();
     if (transaction.verb == TransactionVerb::Begin) return begin(name);
     if (transaction.verb == TransactionVerb::Commit) {
         if (m_transactions > 0 && m_transactions == m_fewestTransactions) throw sqlError(kCommitInInsertExec);

@@ -167,15 +167,14 @@ bool Executor::namesChangedRows(const ObjectName& name) const {
 SystemView Executor::changedRows(const ObjectName& name) {
     const Firing& firing = *m_frames.back()->firing;
     const bool isNew = sameWord(name.name, "inserted");
-    const bool exists =
-        m_connection.number("SELECT 1 FROM sqlite_temp_master WHERE name = ?1", {firing.rows}).has_value();
-    const bool isEmpty = !exists || firing.verb == (isNew ? "DELETE" : "INSERT");
+    const bool isEmpty =
+        firing.verb == (isNew ? "DELETE" : "INSERT") ||
+        !m_connection.number("SELECT 1 FROM sqlite_temp_master WHERE name = ?1", {firing.rows});
     const std::string list = commaList(firing.table.columns, [&](const TableColumn& column) {
         const std::string value = quotedName((isNew ? "new " : "old ") + column.name);
-        return (exists ? value : "NULL") + " AS " + quotedName(column.name);
+        return (isEmpty ? "NULL" : value) + " AS " + quotedName(column.name);
     });
-    return {"SELECT " + list + (exists ? " FROM temp." + firing.rows : "") + (isEmpty ? " WHERE 0" : ""),
-            firing.table.columns};
+    return {"SELECT " + list + (isEmpty ? " WHERE 0" : " FROM temp." + firing.rows), firing.table.columns};
 }
 
 bool Executor::isUpdated(std::string_view column) const {

@@ -20,16 +20,6 @@ void Executor::run(const UserType& create) {
     });
 }
 
-FindType Executor::typesIn(const std::string& database, bool* used) {
-    return [this, used, database](const ObjectName& name) {
-        if (used) *used = true;
-        const std::string place = databaseOf({database, {}, {}});
-        const auto found = catalogue({place, {}, {}}).find(storedName(name.schema, name.name), kUserTypes);
-        if (!found) return std::optional<UserType>();
-        return std::optional(UserType{{place, found->schemaName, found->name}, found->id, found->source});
-    };
-}
-
 // Declares a table variable for a table of the client and inserts its rows.
 void Executor::receiveTable(const std::string& variable, const ProcedureCall::Argument& sent) {
     const auto batch = parsed("DECLARE @t " + sent.tableType, m_database);

@@ -25,14 +25,13 @@ class RowRecord {
             m_target.stored = m_name + "_target";
             m_target.isShadow = true;
         }
-        std::string columns, names, again;
+        std::string columns, names, again = "ts_row = ts_row";
         for (const std::string prefix : {"old ", "new "})
             for (const auto& each : table.columns) {
                 const std::string name = quotedName(prefix + each.name);
                 columns.append(", ").append(name).append(" ").append(storageClass(each.type));
                 names += ", " + name;
-                if (prefix == "new ")
-                    again.append(again.empty() ? "" : ", ").append(name + " = excluded." + name);
+                if (prefix == "new ") again.append(", ").append(name).append(" = excluded.").append(name);
             }
         m_connection.run("CREATE TEMP TABLE " + m_name + " (ts_row UNIQUE" + columns + ")");
         m_connection.run("CREATE TEMP TRIGGER " + m_name + "_change " + (instead ? "INSTEAD OF " : "AFTER ") +

@@ -123,7 +123,6 @@ std::string Translator::insertRows(const TableInfo& target, const ColumnList& co
 std::string Translator::change(const TableInfo& target, const Insert& insert, const ColumnList& columns) {
     useCommonTables(insert);
     if (!insert.query) return insertRows(target, columns, insert);
-    m_topLevel = false;
     refuseRowVersions(columns);
     const QueryText text = query(*insert.query);
     checkCount(target, columns, insert, text.columns.size());
@@ -150,6 +149,7 @@ std::string Translator::insertParameters(const TableInfo& target, const ColumnLi
 }
 
 void Translator::useCommonTables(const Change& change) {
+    m_topLevel = false;
     if (change.maxRecursion) m_maxRecursion = *change.maxRecursion;
     for (const auto& table : change.with) m_with.push_back({&table});
 }
@@ -207,20 +207,18 @@ std::string Translator::returnedToVariables(const TableInfo& target, const Updat
 // Returns the FROM clause of a change, and the changed table in it.
 std::pair<std::string, const Source*> Translator::joinedSources(const TableInfo& target,
                                                                 const Change& change) {
-    m_topLevel = false;
     m_through = target.through;
     const ObjectName name = m_clause ? ObjectName{{}, {}, m_merge->alias} : change.table;
     std::string sql = m_clause ? mergedRows() : from(change.from);
     std::vector<const Source*> found;  // the table under an alias: changed if it occurs only once
-    bool named = false;
     for (const auto& source : m_scope->sources) {
         const bool isNamedSo = sameText(source.exposed, name.name);
         const bool isTarget = source.table == (target.through.empty() ? target.sqlName() : target.through);
         if (isNamedSo && !isTarget && name.schema.empty()) throw sqlError(kAmbiguousTable, {name.name});
         if (isTarget) found.insert(isNamedSo ? found.begin() : found.end(), &source);
-        named = named || (isNamedSo && isTarget);
     }
-    if (found.size() > 1 && !named) throw sqlError(kAmbiguousTable, {name.name});
+    if (found.size() > 1 && !sameText(found.front()->exposed, name.name))
+        throw sqlError(kAmbiguousTable, {name.name});
     if (!found.empty()) return {sql, found.front()};
     sql += sql.empty() ? " FROM " : ", ";
     sql += namedTable({m_clause ? m_merge->table : name}, name.name, /*applied=*/false);
@@ -304,7 +302,6 @@ std::string Translator::change(const TableInfo& target, const Delete& statement)
 
 std::string Translator::merge(const TableInfo& target, const Merge& merge) {
     useCommonTables(merge);
-    m_topLevel = false;
     m_merge = &merge;
     Scope scope;
     m_scope = &scope;

@@ -180,9 +180,7 @@ Typed Translator::grouping(const Call& call) {
 }
 
 Typed Translator::aggregateCall(const FunctionInfo& function, const Call& call) {
-    if (!m_scope)
-        throw SqlError(kAggregateInWhere, "An aggregate may not appear here without a table that it counts.",
-                       15);
+    if (!m_scope) throw unsupported("an aggregate outside of a query");
     if (m_scope->aggregateDepth > 0) throw sqlError(kAggregateOfAggregate);
     m_scope->sawAggregate = true;
     ++m_scope->aggregateDepth;

@@ -80,10 +80,13 @@ INSERT t VALUES (77)
 ROLLBACK
 SELECT COUNT(*) FROM t WHERE id = 77
 ROLLBACK
+CREATE SEQUENCE counts
+SELECT @@TRANCOUNT
+ROLLBACK
 BEGIN TRAN
 SELECT @@TRANCOUNT
 ROLLBACK
-SET IMPLICIT_TRANSACTIONS OFF --> - int = 1 | - int? = 0 (1 rows) --> - int? = 1 (1 rows) --> - int? = 1 | - int? = 1 (1 rows) (1 changed) --> - int? = 0 (1 rows) --> - int? = 2 (1 rows)
+SET IMPLICIT_TRANSACTIONS OFF --> - int = 1 | - int? = 0 (1 rows) --> - int? = 1 (1 rows) --> - int? = 1 | - int? = 1 (1 rows) (1 changed) --> - int? = 0 (1 rows) --> - int? = 1 (1 rows) --> - int? = 2 (1 rows)
 -- identity values are never reused, even after ROLLBACK
 CREATE TABLE ticket (id int IDENTITY(10,1), a int UNIQUE)
 BEGIN TRAN
