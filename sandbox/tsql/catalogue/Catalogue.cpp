@@ -71,9 +71,8 @@ std::string_view storageClass(const SqlType& type) {
     return type.id == TypeId::DateTimeOffset ? "TEXT COLLATE ts_utc" : "TEXT COLLATE ts_ci";
 }
 
-const TableColumn* TableInfo::column(std::string_view columnName) const {
-    const auto found =
-        std::ranges::find_if(columns, std::bind_front(sameText, columnName), &TableColumn::name);
+const TableColumn* TableInfo::column(std::string_view wanted) const {
+    const auto found = std::ranges::find_if(columns, std::bind_front(sameText, wanted), &TableColumn::name);
     return found == columns.end() ? nullptr : &*found;
 }
 
@@ -179,9 +178,9 @@ TableInfo Catalogue::ownTable(const std::string& name) const {
     return table;
 }
 
-std::optional<SchemaInfo> Catalogue::schema(const std::string& column, const Value& value) const {
-    auto rows = query(
-        "SELECT name, id FROM " + std::string(kSchemas) + " WHERE " + column + " = ?1 COLLATE ts_ci", value);
+std::optional<SchemaInfo> Catalogue::schema(const Value& name) const {
+    auto rows =
+        query("SELECT name, id FROM " + std::string(kSchemas) + " WHERE name = ?1 COLLATE ts_ci", name);
     return rows.step() ? std::optional(SchemaInfo{rows.text(0), rows.integer(1)}) : std::nullopt;
 }
 
@@ -248,8 +247,17 @@ void Catalogue::saveColumns(std::int64_t object, const std::vector<TableColumn>&
     }
 }
 
-void Catalogue::removeColumns(std::int64_t object, std::string_view name) {
-    run("DELETE FROM $.tsqlbox_columns WHERE object = ?1 AND ?2 IN ('', name)", {object, std::string(name)});
+void Catalogue::removeColumn(std::int64_t object, std::string_view name) {
+    run("DELETE FROM $.tsqlbox_columns WHERE object = ?1 AND name = ?2", {object, std::string(name)});
+}
+
+// A column of the same name in the same place is the same.
+void Catalogue::replaceColumns(std::int64_t object, std::vector<TableColumn> made) {
+    for (auto& column : made) column.id = &column - made.data() + 1;
+    for (const auto& old : columns(object))
+        if (old.id > std::ssize(made) || !sameText(made[static_cast<std::size_t>(old.id - 1)].name, old.name))
+            removeColumn(object, old.name);
+    saveColumns(object, made);
 }
 
 }  // namespace tsql

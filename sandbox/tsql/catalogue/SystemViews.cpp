@@ -26,9 +26,8 @@ struct ViewText {
 constexpr std::pair<std::string_view, std::string_view> kFragments[] = {
     {"$OBJECT",
      R"(name sysname = ts_bare_name(o.name); object_id int = o.id; principal_id int = NULL; schema_id int = $SCHEMA_ID;
-parent_object_id int = o.parent; type char(2) = o.type; type_desc nvarchar(60) = $KIND; create_date datetime
-= o.created; modify_date datetime = o.created; is_ms_shipped bit = 0; is_published bit = 0;
-is_schema_published bit = 0)"},
+parent_object_id int = o.parent; type char(2) = o.type; type_desc nvarchar(60) = $KIND; create_date datetime =
+o.created; modify_date datetime = o.created; is_ms_shipped bit = 0; is_published bit = 0; is_schema_published bit = 0)"},
     {"$KIND",
      R"(CASE o.type WHEN 'U' THEN 'USER_TABLE' WHEN 'V' THEN 'VIEW' WHEN 'P' THEN 'SQL_STORED_PROCEDURE' WHEN 'FN' THEN
 'SQL_SCALAR_FUNCTION' WHEN 'TF' THEN 'SQL_TABLE_VALUED_FUNCTION' WHEN 'IF' THEN 'SQL_INLINE_TABLE_VALUED_FUNCTION' WHEN
@@ -169,6 +168,10 @@ iif(nullable, 'YES', 'NO'))",
 LIKE '%length' THEN size END AS octets FROM (SELECT *, ts_type_length(type) AS size, ts_type_precision(type) AS digits
 FROM (SELECT object, ordinal, name, type, nullable, identity, output FROM $c UNION ALL SELECT id, 0, '', 3, 0, 0, 1 FROM
 $o WHERE type = 'P')) JOIN $I ON n = ts_type_base(type) JOIN (SELECT 2 AS odbc UNION SELECT 3)))"},
+    {"", "spt_values",  // numbers, in master only
+     R"(name nvarchar(35) = NULL; number int = n; type nchar(3) = 'P  '; low int = n / 8 + 1; high int = 1 << n % 8;
+status int = 0)",
+     "(WITH r (n) AS (VALUES (0) UNION ALL SELECT n + 1 FROM r WHERE n < 2047) SELECT n FROM r)"},
     {"sys", "indexes",
      R"(object_id int = o.parent; name sysname = ts_bare_name(o.name); index_id int = $INDEX; type tinyint = CASE o.type
 WHEN 'PK' THEN 1 ELSE 2 END; type_desc nvarchar(60) = CASE o.type WHEN 'PK' THEN 'CLUSTERED' ELSE
@@ -277,8 +280,8 @@ ts_on_delete(n.source))",
      "TABLE_* = o.name; TABLE_TYPE varchar(10) = CASE o.type WHEN 'U' THEN 'BASE TABLE' ELSE 'VIEW' END",
      "$o o WHERE o.type IN ('U', 'V')"},
     {"INFORMATION_SCHEMA", "VIEWS",
-     R"(TABLE_* = o.name; VIEW_DEFINITION nvarchar(4000) = o.source; CHECK_OPTION varchar(7) = 'NONE'; IS_UPDATABLE
-varchar(2) = 'NO')",
+     R"(TABLE_* = o.name; VIEW_DEFINITION nvarchar(4000) = o.source; CHECK_OPTION varchar(7) = iif(o.stored = '',
+'NONE', o.stored); IS_UPDATABLE varchar(2) = 'NO')",
      "$o o WHERE o.type = 'V'"},
     {"INFORMATION_SCHEMA", "COLUMNS",
      R"(TABLE_* = o.name; COLUMN_NAME sysname = c.name; ORDINAL_POSITION int = c.ordinal; COLUMN_DEFAULT nvarchar(4000)
@@ -302,10 +305,12 @@ THEN 'YES' ELSE 'NO' END; PARAMETER_NAME sysname = c.name; $NAMED)",
      kParameters},
 };
 
-// tempdb also shows the session's temporary tables, with negative ids.
+// tempdb also shows the session's temporary tables, with negative ids. Their names have 116 characters and a
+// number.
 constexpr std::string_view kTemporaryObjects =
-    R"((SELECT * FROM tempdb.tsqlbox_objects UNION ALL SELECT -id, name, type, -parent, stored, keys, created, source
-FROM temp.tsqlbox_objects WHERE name NOT LIKE '@%'))";
+    R"((SELECT * FROM tempdb.tsqlbox_objects UNION ALL SELECT -id, iif(parent, name, printf('%!.116s%012d', name ||
+replace(hex(zeroblob(58)), '0', '_'), id)), type, -parent, stored, keys, created, source FROM temp.tsqlbox_objects WHERE
+name NOT LIKE '@%'))";
 constexpr std::string_view kTemporaryColumns =
     R"((SELECT * FROM tempdb.tsqlbox_columns UNION ALL SELECT -object, ordinal, name, type, nullable, identity,
 fallback, output FROM temp.tsqlbox_columns))";
@@ -337,7 +342,7 @@ WHERE s.waits AND o.holds AND o.db = s.db AND o.id <> s.id) AS blocker FROM s))"
 }
 
 // Query for the list of types ($T), each type of the system with its maximum size.
-std::string typeList() {
+std::string typeList(const Storage&) {
     std::vector<std::string> rows;
     for (int id = 0; id <= static_cast<int>(TypeId::DateTimeOffset); ++id) {
         SqlType type = simpleType(static_cast<TypeId>(id));
@@ -374,25 +379,34 @@ SystemView queryOf(std::string_view columns, std::string_view source) {
     return read;
 }
 
+std::string inDatabase(std::string sql, std::string_view sqliteSchema, std::string_view database,
+                       const Storage& storage) {
+    const std::pair<std::string_view, std::string (*)(const Storage&)> lists[] = {
+        {"$L", databaseList}, {"$T", typeList}, {"$S", sessionList}};
+    replace_all(sql, "$SCHEMAS", kSchemas);
+    for (const auto& [mark, list] : lists)
+        if (sql.find(mark) != std::string::npos) replace_all(sql, mark, list(storage));
+    const bool temporary = sameWord(database, "tempdb");
+    const std::string prefix = std::string(sqliteSchema) + ".";
+    replace_all(sql, "$o", temporary ? kTemporaryObjects : prefix + "tsqlbox_objects");
+    replace_all(sql, "$c", temporary ? kTemporaryColumns : prefix + "tsqlbox_columns");
+    replace_all(sql, "$.", prefix);
+    replace_all(sql, "$d", quotedText(database));
+    replace_all(sql, "$s", quotedText(databaseKey(database)));
+    replace_all(sql, "$C", kCollationName);
+    return sql;
+}
+
 std::optional<SystemView> systemView(std::string_view schema, std::string_view name,
                                      std::string_view sqliteSchema, std::string_view database,
                                      const Storage& storage) {
     const bool legacy = schema.empty() || sameWord(schema, "dbo") || sameWord(schema, "sys");
     for (const auto& view : kViews) {
-        if (!sameWord(view.name, name) || !(view.schema.empty() ? legacy : sameWord(view.schema, schema)))
+        if (!sameWord(view.name, name) || !(view.schema.empty() ? legacy : sameWord(view.schema, schema)) ||
+            (view.name == "spt_values" && !sameWord(database, "master")))
             continue;
         SystemView found = queryOf(view.columns, view.from);
-        replace_all(found.sql, "$L", found.sql.find("$L") == std::string::npos ? "" : databaseList(storage));
-        replace_all(found.sql, "$T", typeList());
-        if (found.sql.find("$S") != std::string::npos) replace_all(found.sql, "$S", sessionList(storage));
-        const bool temporary = sameWord(database, "tempdb");
-        const std::string prefix = std::string(sqliteSchema) + ".";
-        replace_all(found.sql, "$o", temporary ? kTemporaryObjects : prefix + "tsqlbox_objects");
-        replace_all(found.sql, "$c", temporary ? kTemporaryColumns : prefix + "tsqlbox_columns");
-        replace_all(found.sql, "$.", prefix);
-        replace_all(found.sql, "$d", quotedText(database));
-        replace_all(found.sql, "$s", quotedText(databaseKey(database)));
-        replace_all(found.sql, "$C", kCollationName);
+        found.sql = inDatabase(std::move(found.sql), sqliteSchema, database, storage);
         return found;
     }
     return std::nullopt;

@@ -39,15 +39,14 @@ Value Executor::cursorStatus(std::string_view scope, std::string_view name) {
     return std::int64_t{cursor->open ? !cursor->rows.empty() : -1};
 }
 
-Flow Executor::run(const DeclareCursor& declare) {
-    auto& place = (declare.local ? m_frames.back()->cursors : m_cursors)[toLower(declare.name)];
-    if (place && !declare.name.starts_with('@')) throw sqlError(kCursorExists, {declare.name});
+Flow Executor::run(const DeclareCursor& node) {
+    auto& place = (node.local ? m_frames.back()->cursors : m_cursors)[toLower(node.name)];
+    if (place && !node.name.starts_with('@')) throw sqlError(kCursorExists, {node.name});
     Translator translator(*this);
-    const QueryText query = translator.query(*declare.query);
+    const QueryText query = translator.query(*node.query);
     if (!translator.assignments().empty())
         throw sqlError(kNotAllowedHere, {"Variable assignment", "a cursor declaration"});
-    place =
-        std::make_shared<Cursor>(Cursor{query, parameterValues(translator), declare.scroll, declare.counted});
+    place = std::make_shared<Cursor>(Cursor{query, parameterValues(translator), node.scroll, node.counted});
     return finished(1);
 }
 

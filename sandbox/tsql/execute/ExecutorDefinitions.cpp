@@ -102,22 +102,20 @@ TableColumn columnOf(TableInfo& table, const ColumnDefinition& given, const Crea
 }
 
 // Returns a column of a constraint, which must fit it.
-const TableColumn& constrainedColumn(const TableInfo& table, const Constraint& constraint,
+const TableColumn& constrainedColumn(const TableInfo& table, const Constraint& given,
                                      const std::string& name) {
     using enum ConstraintKind;
     const TableColumn* column = table.column(name);
-    if (!column && constraint.kind == ForeignKey)
-        throw sqlError(kReferencingColumnUnknown, {constraint.name, name, table.name});
+    if (!column && given.kind == ForeignKey)
+        throw sqlError(kReferencingColumnUnknown, {given.name, name, table.name});
     if (!column) throw sqlError(kUnknownIndexColumn, {name});
-    if (constraint.kind == Default && column->isRowVersion())
+    if (given.kind == Default && column->isRowVersion())
         throw sqlError(kDefaultOnRowVersion, {table.name, name});
-    if (!column->nullable && constraint.does("SET NULL"))
-        throw sqlError(kSetNullOnNotNullable, {constraint.name});
-    if (!column->nullable && column->byDefault.empty() && constraint.does("SET DEFAULT"))
-        throw sqlError(kSetDefaultWithoutDefault, {constraint.name});
-    if (constraint.kind == PrimaryKey && column->nullable)
-        throw sqlError(kPrimaryKeyOnNullable, {table.name});
-    if (constraint.kind == PrimaryKey || constraint.kind == Unique) requireKeyType(table, *column);
+    if (!column->nullable && given.does("SET NULL")) throw sqlError(kSetNullOnNotNullable, {given.name});
+    if (!column->nullable && column->byDefault.empty() && given.does("SET DEFAULT"))
+        throw sqlError(kSetDefaultWithoutDefault, {given.name});
+    if (given.kind == PrimaryKey && column->nullable) throw sqlError(kPrimaryKeyOnNullable, {table.name});
+    if (given.kind == PrimaryKey || given.kind == Unique) requireKeyType(table, *column);
     return *column;
 }
 
@@ -464,32 +462,30 @@ void Executor::refuseDependents(const TableInfo& table, std::string_view column,
     if (!table.column(column)) throw sqlError(kAlteredColumnNotFound, {verb, column, table.name});
 }
 
-void Executor::alterColumn(Catalogue& catalogue, TableInfo& table, const ColumnDefinition& definition) {
-    refuseDependents(table, definition.name, "ALTER", {});
-    TableColumn column = *table.column(definition.name);
+void Executor::alterColumn(Catalogue& catalogue, TableInfo& table, const ColumnDefinition& given) {
+    refuseDependents(table, given.name, "ALTER", {});
+    TableColumn column = *table.column(given.name);
     const SqlType before = column.type;
     if (!column.computed.empty()) throw sqlError(kCannotAlterColumn, {column.name, "COMPUTED"});
     if (column.isRowVersion()) throw sqlError(kCannotAlterColumn, {column.name, "timestamp"});
-    if (definition.type.id == TypeId::RowVersion)
-        throw sqlError(kCannotAlterColumnTo, {column.name, "timestamp"});
-    if (column.identity || !definition.constraints.empty()) throw unsupported("this form of ALTER COLUMN");
-    const bool longer =
-        before.id == definition.type.id &&
-        (before.length <= definition.type.length || definition.type.length == SqlType::kMax) &&
-        before.scale == definition.type.scale && before.precision <= definition.type.precision &&
-        isWide(before) == isWide(definition.type);
-    const bool wasNullable = std::exchange(column.nullable, definition.nullable.value_or(true));
+    if (given.type.id == TypeId::RowVersion) throw sqlError(kCannotAlterColumnTo, {column.name, "timestamp"});
+    if (column.identity || !given.constraints.empty()) throw unsupported("this form of ALTER COLUMN");
+    const bool longer = before.id == given.type.id &&
+                        (before.length <= given.type.length || given.type.length == SqlType::kMax) &&
+                        before.scale == given.type.scale && before.precision <= given.type.precision &&
+                        isWide(before) == isWide(given.type);
+    const bool wasNullable = std::exchange(column.nullable, given.nullable.value_or(true));
     const bool narrowed = wasNullable && !column.nullable, widened = !wasNullable && column.nullable;
     auto keys = catalogue.keysOf(table.id);
     if (longer)
         std::erase_if(keys, [&](const ObjectInfo& key) {
             const bool isFixed = key.type == kPrimaryKey || key.type == kForeignKey;
-            return !(isFixed && before != definition.type) && !(isIndexed(key) && narrowed) &&
+            return !(isFixed && before != given.type) && !(isIndexed(key) && narrowed) &&
                    !(isUniqueKey(key) && widened);  // it lacks the index of rows with NULL
         });
     refuseDependents(table, column.name, "ALTER", keys);
-    column.type = definition.type;
-    column.userType = definition.userType;
+    column.type = given.type;
+    column.userType = given.userType;
     catalogue.saveColumns(table.id, {column});
     table.columns = catalogue.columns(table.id);
     m_change.verb = "UPDATE";
@@ -545,7 +541,7 @@ void Executor::run(const AlterTable& alter) {
                 std::ranges::count(columns, std::string(), &TableColumn::computed) == 1)
                 throw sqlError(kOnlyDataColumn, {target.column(name)->name, target.name});
             m_connection.run("ALTER TABLE " + target.sqlName() + " DROP COLUMN " + quotedName(name));
-            owner.removeColumns(target.id, name);
+            owner.removeColumn(target.id, name);
         }
     });
 }
@@ -569,8 +565,7 @@ void Executor::addIndex(Catalogue& catalogue, const TableInfo& table, const Crea
 }
 
 void Executor::run(const CreateIndex& create) {
-    define(create.table,
-           [&](Catalogue& owner) { addIndex(owner, table(create.table, kObjectNotFound), create); });
+    define(create.table, [&](auto& owner) { addIndex(owner, table(create.table, kObjectNotFound), create); });
 }
 
 void Executor::run(const AlterIndex& alter) {
@@ -588,12 +583,11 @@ void Executor::run(const Drop& drop) {
         drop.kind == "database" ? dropDatabase(name.name, drop.ifExists) : dropObject(name, drop);
 }
 
-void Executor::dropIndex(const AlterIndex& dropped, bool ifExists) {
-    define(dropped.table, [&](Catalogue& owner) {
-        const auto target = findTable(dropped.table);
-        const auto index =
-            target ? keyNamed(owner.keysOf(target->id), dropped.name, isIndexed) : std::nullopt;
-        const std::string written = asWritten(dropped.table) + "." + dropped.name;
+void Executor::dropIndex(const AlterIndex& drop, bool ifExists) {
+    define(drop.table, [&](Catalogue& owner) {
+        const auto target = findTable(drop.table);
+        const auto index = target ? keyNamed(owner.keysOf(target->id), drop.name, isIndexed) : std::nullopt;
+        const std::string written = asWritten(drop.table) + "." + drop.name;
         if (index && isConstraint(*index))
             throw sqlError(kCannotDropKeyIndex, {written, index->type == kPrimaryKey ? "PRIMARY" : "UNIQUE"});
         if (!index && !ifExists) throw sqlError(kCannotDropMissing, {"index", written}, 7);

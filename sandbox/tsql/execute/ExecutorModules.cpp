@@ -1,5 +1,7 @@
 // Procedures, functions and views: stored as text, parsed when they are used.
 
+#include <boost/algorithm/string/replace.hpp>
+
 #include "execute/Executor.h"
 #include "execute/SecurityProcedures.h"
 
@@ -97,9 +99,10 @@ Flow Executor::run(const CreateModule& module) try {
         const std::string_view verb = tokenize(m_text).front().raw;
         const auto at = static_cast<std::size_t>(verb.data() - m_text.data());
         if (!module.create) object.source.replace(at, verb.size(), "CREATE");
+        if (type == kView) object.stored = module.checkOption ? "CASCADE" : "";
         owner.save(object);
-        owner.removeColumns(object.id);
-        owner.saveColumns(object.id, module.query && !module.function ? columns : parameterColumns(module));
+        owner.replaceColumns(object.id,
+                             module.query && !module.function ? columns : parameterColumns(module));
         if (!owner.isTemporary()) return;
         const auto ofProcedure = std::ranges::find_if(
             m_frames.rbegin(), m_frames.rend(), [](const Frame* each) { return !each->procedure.empty(); });
@@ -130,8 +133,7 @@ std::optional<StoredModule> Executor::module(const ObjectName& name, std::string
     ObjectName key = name;
     if (isTemporary) key.database.clear();
     auto found = visibleObject(key);
-    if ((!found || found->type != type) && name.database.empty() &&
-        lowerAscii(name.name).starts_with("sp_")) {
+    if ((!found || found->type != type) && name.database.empty() && lowerAscii(key.name).starts_with("sp_")) {
         key.database = "master";
         found = object(key);
     }
@@ -235,10 +237,10 @@ void Executor::asCall(const std::function<std::int32_t()>& work) {
 
 std::optional<StoredModule> Executor::moduleOf(const SystemProcedure& procedure, const ObjectName& name) {
     const std::string own(procedure.name);
-    const auto head =
-        parsed("CREATE PROCEDURE " + own + " " + std::string(procedure.parameters) +
-                   " AS DECLARE @procedure sysname = '" + own + "' " + std::string(procedure.text),
-               m_database);
+    const auto head = parsed("CREATE PROCEDURE " + own + " " + std::string(procedure.parameters) +
+                                 " AS DECLARE @procedure sysname = '" + own + "' " +
+                                 boost::replace_all_copy(std::string(procedure.text), "$TABLE", kOfTable),
+                             m_database);
     return StoredModule{databaseOf(name), "sys", own, head, &moduleOf(*head)};
 }
 

@@ -23,11 +23,10 @@ void addChanges(const Node& node, const TableInfo& target, std::vector<Firing>& 
 
 }  // namespace
 
-Flow Executor::run(const SelectStatement& statement) {
-    if (statement.into)
-        return m_settings.describeOnly ? Flow::Next : selectInto(*statement.query, *statement.into);
+Flow Executor::run(const SelectStatement& node) {
+    if (node.into) return m_settings.describeOnly ? Flow::Next : selectInto(*node.query, *node.into);
     Translator translator(*this);
-    const QueryText text = translator.query(*statement.query);
+    const QueryText text = translator.query(*node.query);
     const auto values = parameterValues(translator);
     PreparedStatement prepared(m_connection, text.sql, values);
     const bool assigns = !translator.assignments().empty();
@@ -158,11 +157,11 @@ Flow Executor::runChange(const Node& node, StatementKind kind) {
         beforeWrite();
         Atomic atomic(m_connection, target.schema);
         claim(*node.output->into);
-        const TableInfo into = table(*node.output->into);
-        if (into.schema != kTempSchema && !enabledTriggers(into, "INSERT").empty())
+        const TableInfo to = table(*node.output->into);
+        if (to.schema != kTempSchema && !enabledTriggers(to, "INSERT").empty())
             throw sqlError(kOutputIntoTriggers, {asWritten(*node.output->into)});
         std::int64_t changed = 0;
-        insertRowsOf(into, insertColumns(into, node.output->columns, /*defaultValues=*/false), [&] {
+        insertRowsOf(to, insertColumns(to, node.output->columns, /*defaultValues=*/false), /*misfit=*/1, [&] {
             apply(node, target, translator);
             changed = m_rowCount;
         });
@@ -182,7 +181,8 @@ void Executor::apply(const Insert& insert, const TableInfo& target, Translator& 
         if (insert.execute && m_rowHandler) throw sqlError(kNestedInsertExec);
         if (insert.execute)
             return inTransaction([&] {
-                insertRowsOf(target, columns, [&] { run(std::get<Execute>(insert.execute->node)); });
+                insertRowsOf(target, columns, /*misfit=*/7,
+                             [&] { run(std::get<Execute>(insert.execute->node)); });
             });
         change(target, "INSERT", translator.insert(target, columns, insert), translator);
     });
@@ -307,7 +307,7 @@ void Executor::insertRow(const TableInfo& target, const ColumnList& columns,
     m_connection.run(sql, m_change.values);
 }
 
-void Executor::insertRowsOf(const TableInfo& target, const ColumnList& columns,
+void Executor::insertRowsOf(const TableInfo& target, const ColumnList& columns, int misfit,
                             const std::function<void()>& work) {
     std::vector<std::vector<TypedValue>> collected;  // `work` may read the target table
     bool misfits = false;                            // a row has another number of columns
@@ -321,7 +321,7 @@ void Executor::insertRowsOf(const TableInfo& target, const ColumnList& columns,
         const Temporarily diverted(m_rowHandler, &collect);
         work();
     }
-    if (misfits) throw sqlError(kColumnCountMismatch);
+    if (misfits) throw sqlError(kColumnCountMismatch, {}, misfit);
     insertAll(target, [&] {
         for (const auto& row : collected) insertRow(target, columns, row);
         return std::ssize(collected);

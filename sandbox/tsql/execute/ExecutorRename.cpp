@@ -47,7 +47,7 @@ void Executor::place(Catalogue& owner, ObjectInfo object, const std::string& sch
 
 void Executor::run(const TransferObject& transfer) {
     define({}, [&](Catalogue& owner) {
-        const auto schema = owner.schema("name", transfer.schema);
+        const auto schema = owner.schema(transfer.schema);
         if (!schema || schema->isOfSystem())
             throw sqlError(kSecurableNotFound, {"alter", "schema", transfer.schema});
         const auto moved = object(transfer.object);
@@ -55,11 +55,13 @@ void Executor::run(const TransferObject& transfer) {
             throw sqlError(kSecurableNotFound, {"find", "object", asWritten(transfer.object)});
         if (sameText(moved->schemaName, schema->name)) return;
         const auto move = [&](const ObjectInfo& each) {
-            if (owner.find(storedName(schema->name, each.name)))
-                throw sqlError(kTransferNameTaken, {each.name});
+            if (owner.find(storedName(schema->name, each.name))) throw sqlError(kNameTaken, {each.name});
             place(owner, each, schema->name, each.name);
         };
         move(*moved);
+        m_connection.run(
+            "DELETE FROM " + owner.schema() + ".tsqlbox_permissions WHERE class = 1 AND major = ?1",
+            {moved->id});
         for (const auto& key : owner.keysOf(moved->id))
             if (key.type != kIndex) move(key);
         for (const auto& trigger : owner.triggersOf(moved->id)) move(trigger);

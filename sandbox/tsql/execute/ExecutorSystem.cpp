@@ -11,7 +11,6 @@ namespace tsql {
 const SystemProcedure* Executor::systemProcedure(std::string_view name) {
     constexpr int kAppLockFailed = -999;
     static constexpr SystemProcedure kProcedures[] = {
-        {"sp_helptext", "@objname nvarchar(776), @columnname sysname = NULL", "RETURN", &Executor::helpText},
         {"sp_rename", "@objname nvarchar(1035), @newname sysname, @objtype varchar(13) = NULL", "RETURN",
          &Executor::rename},
         {"sp_getapplock",
@@ -27,27 +26,6 @@ const SystemProcedure* Executor::systemProcedure(std::string_view name) {
         for (const SystemProcedure& each : procedures)
             if (sameWord(each.name, name)) return &each;
     return nullptr;
-}
-
-// sp_helptext: one row for each line of the module's text, the line end included, split after 255 characters.
-int Executor::helpText(const Frame& frame) {
-    if (!frame.text("@columnname").empty()) throw unsupported("sp_helptext with a column");
-    ObjectName name = parseObjectName(frame.text("@objname"));
-    if (name.database.empty()) name.database = frame.database;
-    const auto found = object(name);
-    if (!found) throw sqlError(kInvalidObject, {name.name, name.database});
-    if (found->source.empty()) throw sqlError(kNoTextOfObject, {name.name});
-    constexpr std::size_t kWidest = 255;
-    QueryText table;
-    table.columns.push_back({{"Text", nvarcharType(kWidest)}, {}});
-    std::vector<std::vector<Value>> rows;
-    for (std::string_view rest = found->source; !rest.empty();) {
-        const std::string_view line = rest.substr(0, std::min(rest.find('\n'), rest.size() - 1) + 1);
-        rows.push_back({ownedValue(characters(line, 0, kWidest))});
-        rest.remove_prefix(std::get<std::string>(rows.back().front()).size());
-    }
-    sendTable(table, rows);
-    return 0;
 }
 
 // Returns the lock that the arguments of both lock procedures describe.

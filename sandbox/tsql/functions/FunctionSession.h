@@ -21,6 +21,9 @@ class FunctionSession {
     // Database of the name; the current one if the name has none.
     virtual std::string databaseOf(const ObjectName& name) const = 0;
     virtual Catalogue catalogue(const ObjectName& name) = 0;
+    // Returns the first value of a query, which has the placeholders of system views; NULL without a row.
+    virtual Value lookUp(const std::string& query, const std::string& database,
+                         std::span<const CellView> arguments) = 0;
     // Returns the table, module or constraint that the name means; empty without one or its database.
     virtual std::optional<ObjectInfo> object(const ObjectName& name) = 0;
     virtual TableInfo table(const ObjectName& name) = 0;  // throws SqlError 208

@@ -1,5 +1,7 @@
 #include "storage/Connection.h"
 
+#include <unistd.h>
+
 #include <boost/algorithm/string/replace.hpp>
 #include <cstring>
 #include <thread>
@@ -126,8 +128,11 @@ std::string Connection::attach(std::string_view database) {
     try {
         run("ATTACH " + quotedText(file) + " AS " + quotedName(key));
     } catch (const SqliteFailure& failure) {
-        const int code = failure.code & 0xFF, system = sqlite3_system_errno(handle());
-        if (code != SQLITE_CANTOPEN && code != SQLITE_IOERR) throw;
+        const int code = failure.code & 0xFF;
+        if (code != SQLITE_CANTOPEN && code != SQLITE_IOERR && code != SQLITE_READONLY) throw;
+        int system = sqlite3_system_errno(handle());  // of its last call, which may look for another file
+        for (const auto& path : {m_storage.pathOf(database), m_storage.pathOf(database).parent_path()})
+            if (::euidaccess(path.c_str(), R_OK | W_OK) != 0) system = errno;
         throw sqlError(kFileNotOpened, {file, std::to_string(system), std::strerror(system)});
     }
     run("PRAGMA " + quotedName(key) + ".cache_size = -512");  // KiB; idle sessions keep their pages
@@ -182,9 +187,8 @@ sqlite3_stmt* Connection::borrow(const std::string& sql) {
         return statement;
     }
     sqlite3_stmt* statement = nullptr;
-    const char* tail = nullptr;
     const int code = sqlite3_prepare_v3(handle(), sql.data(), static_cast<int>(sql.size()),
-                                        SQLITE_PREPARE_PERSISTENT, &statement, &tail);
+                                        SQLITE_PREPARE_PERSISTENT, &statement, nullptr);
     if (code != SQLITE_OK) throw SqliteFailure(handle());
     return statement;
 }

@@ -249,8 +249,9 @@ struct While {
     ExprPtr condition;
     StatementPtr body;
 };
-struct Break {};
-struct Continue {};
+struct Jump {
+    bool again = false;  // CONTINUE, else BREAK
+};
 struct Label {
     std::string name;
 };
@@ -482,7 +483,7 @@ struct CreateModule {
     std::vector<std::string> columns;  // CREATE VIEW name (columns)
     std::vector<std::string> events;   // of a trigger: INSERT, UPDATE, DELETE
     ObjectName table = {};             // of a trigger
-    bool insteadOf = false;
+    bool insteadOf = false, checkOption = false;
     std::optional<Declaration> rows = {};  // table variable that a function of statements returns
     bool isTrigger() const { return !events.empty(); }
 };
@@ -536,12 +537,12 @@ inline constexpr bool isOneOf = (std::is_same_v<Node, Others> || ...);
 
 struct Statement {
     using Node =
-        std::variant<Declare, Assign, SetOption, If, While, Break, Continue, Label, Goto, Return, Compound,
-                     TryCatch, Print, RaiseError, Throw, WaitFor, Use, SelectStatement, Insert, InsertBulk,
-                     Update, Delete, Merge, Truncate, CreateTable, AlterTable, CreateIndex, Drop,
-                     CreateDatabase, AlterDatabase, AlterIndex, TransferObject, SwitchTriggers,
-                     DefineSequence, UserType, CreateModule, Execute, SystemStatement, Transaction, Backup,
-                     Restore, Maintenance, DeclareCursor, ChangeCursor, Fetch>;
+        std::variant<Declare, Assign, SetOption, If, While, Jump, Label, Goto, Return, Compound, TryCatch,
+                     Print, RaiseError, Throw, WaitFor, Use, SelectStatement, Insert, InsertBulk, Update,
+                     Delete, Merge, Truncate, CreateTable, AlterTable, CreateIndex, Drop, CreateDatabase,
+                     AlterDatabase, AlterIndex, TransferObject, SwitchTriggers, DefineSequence, UserType,
+                     CreateModule, Execute, SystemStatement, Transaction, Backup, Restore, Maintenance,
+                     DeclareCursor, ChangeCursor, Fetch>;
     int line = 1;
     Node node;
 };

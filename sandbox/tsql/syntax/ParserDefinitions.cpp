@@ -14,6 +14,7 @@ std::optional<Output> output(Parser& in) {
     if (!in.accept("INTO")) return output;
     output.into = in.tableName();
     if (in.at("(")) output.columns = in.columnNames();
+    in.throwIfAt("OUTPUT", "OUTPUT INTO together with OUTPUT");
     return output;
 }
 
@@ -240,15 +241,15 @@ ColumnDefinition columnDefinition(Parser& in) {
     const auto option = [&] {
         for (const auto word : {"GENERATED", "MASKED", "ENCRYPTED", "FILESTREAM", "HIDDEN", "INDEX"})
             in.throwIfAt(word, "the option " + std::string(word) + " of a column");
-        if (const auto null = in.acceptFirst({"NOT NULL", "NULL"}); !null.empty()) {
+        if (auto constraint = in.acceptConstraint(/*ofTable=*/false)) {
+            if (constraint->columns.empty()) constraint->columns = {column.name};
+            column.constraints.push_back(std::move(*constraint));
+        } else if (const auto null = in.acceptFirst({"NOT NULL", "NULL"}); !null.empty()) {
             column.nullable = null == "NULL";
         } else if (in.at("COLLATE")) {
             in.collation();
         } else if (in.accept("IDENTITY")) {
             column.identity = in.at("(") ? in.parenthesized([&] { return in.identity(); }) : Identity{};
-        } else if (auto constraint = in.acceptConstraint(/*ofTable=*/false)) {
-            if (constraint->columns.empty()) constraint->columns = {column.name};
-            column.constraints.push_back(std::move(*constraint));
         } else if (in.accept("WITH VALUES")) {
             column.withValues = true;
         } else {
@@ -330,6 +331,7 @@ CreateTable tableElements(Parser& in, ObjectName name) {
 Statement::Node createTable(Parser& in) {
     CreateTable node = tableElements(in, in.objectName());
     fileGroup(in);
+    for (const auto word : {"AS EDGE", "AS FILETABLE", "AS NODE"}) in.throwIfAt(word, word);
     in.throwIfAt("WITH (", "options of CREATE TABLE");
     return node;
 }
@@ -405,7 +407,7 @@ void moduleQuery(Parser& in, CreateModule& module) {
     if (module.function) in.expect("RETURN");
     module.query =
         module.function && in.at("(") ? in.parenthesized([&] { return in.subquery(); }) : in.subquery();
-    in.accept("WITH CHECK OPTION");  // no effect: changes through views are refused
+    module.checkOption = in.accept("WITH CHECK OPTION");  // changes through views are refused
     in.accept(";");
     if (in.peek().kind != TokenKind::End) in.throwSyntaxError();
 }
@@ -534,9 +536,8 @@ Statement::Node defineSequence(Parser& in, bool alter) {
                                             "CYCLE", "RESTART", "CACHE"});
         if (option.empty()) return node;
         auto& value = node.options[option];
-        const bool mayBeAlone =
-            option.starts_with("NO ") || hasWord("CYCLE RESTART CACHE", std::string(option));
-        if (!mayBeAlone || in.peek().kind == TokenKind::Number) value = in.expectInteger();
+        const bool isFlag = option.starts_with("NO ") || hasWord("CYCLE RESTART CACHE", std::string(option));
+        if (!isFlag || in.peek().kind == TokenKind::Number) value = in.expectInteger();
     }
 }
 
@@ -610,8 +611,7 @@ Statement::Node parseDefinition(Parser& in, bool create) {
 Statement::Node parseDrop(Parser& in) {
     std::string kind = lowerAscii(in.acceptFirst({"TABLE", "PROCEDURE", "PROC", "FUNCTION", "INDEX",
                                                   "DATABASE", "VIEW", "SEQUENCE", "TRIGGER", "TYPE"}));
-    if (auto principal = kind.empty() ? parsePrincipal(in, "drop") : std::nullopt)
-        return std::move(*principal);
+    if (auto found = kind.empty() ? parsePrincipal(in, "drop") : std::nullopt) return std::move(*found);
     if (kind.empty()) throwUnsupportedObject(in, "DROP");
     if (kind == "proc") kind = "procedure";
     Drop node{kind, {}, {}, in.accept("IF EXISTS")};
@@ -643,7 +643,8 @@ std::optional<Constraint> Parser::acceptConstraint(bool ofTable) {
     if (named) constraint.name = expectName();
     const std::size_t begin = position();
     const ConstraintKind* kind = acceptOneOf(kKinds);
-    if (!kind && !named && !at("REFERENCES")) return std::nullopt;
+    // The name of NULL or NOT NULL has no effect.
+    if (!kind && (!named || at("NULL") || at("NOT NULL")) && !at("REFERENCES")) return std::nullopt;
     constraint.kind = kind ? *kind : ConstraintKind::ForeignKey;
     if (constraint.kind == ConstraintKind::Check) {
         accept("NOT FOR REPLICATION");

@@ -28,11 +28,11 @@ std::vector<const Query*> partsOf(const CommonTable& table) {
 }  // namespace
 
 // Whether the SQL uses, outside of its strings, one of the first sources that nextAlias() has named.
-bool Translator::usesSource(std::string sql, int sources) {
+int Translator::lastSource(std::string sql, int sources) {
     bool quoted = false;
     std::erase_if(sql, [&](char c) { return (quoted = quoted != (c == '\'')); });
     for (; sources > 0 && sql.find("s" + std::to_string(sources) + ".") == std::string::npos;) --sources;
-    return sources > 0;
+    return sources;
 }
 
 std::string Translator::from(const std::vector<TableRefPtr>& tables) {
@@ -76,8 +76,7 @@ void Translator::addSource(const TableInfo& table, const std::string& exposed, c
     const std::string prefix = alias.empty() ? "" : alias + ".";
     auto& source = m_scope->sources.emplace_back(
         Source{exposed, table.database, table.schemaName, prefix + "_rowid_", table.sqlName(), {}});
-    for (const auto& column : table.columns)
-        source.columns.push_back({column, prefix + quotedName(column.name)});
+    for (const auto& each : table.columns) source.columns.push_back({each, prefix + quotedName(each.name)});
 }
 
 std::string Translator::commonTable(std::size_t index, const std::string& alias) {
@@ -108,7 +107,7 @@ std::string Translator::namedTable(const NamedTable& table, const std::string& a
     if (table.arguments) arguments = beside(applied, [&] { return argumentsOf(*stored, *table.arguments); });
     if (stored && !stored->module->rows)
         return storedTable(*stored, arguments, exposed, applied && table.arguments);
-    if (std::ranges::any_of(arguments, [&](auto& each) { return usesSource(each, sources); }))
+    if (std::ranges::any_of(arguments, [&](auto& each) { return lastSource(each, sources) > 0; }))
         throw unsupported("columns as arguments of a table function of several statements");
     if (stored) info = m_names.calledTable(*stored, arguments, *this);
     const std::string sqlAlias = nextAlias();

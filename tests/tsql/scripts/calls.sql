@@ -34,8 +34,8 @@ EXEC sp_helptext plain
 EXEC sp_nosuch
 DROP PROCEDURE add_up, add_up2
 --> changed --> Text nvarchar(255)? = CREATE OR ALTER PROCEDURE add_up AS --> ; PRINT 'changed' -->  (2 rows)
---> Msg 15009, Level 16, State 1, Line 3: The object 'nosuch' does not exist in database 'master' or is invalid for this operation.
---> Msg 15197, Level 16, State 1, Line 5: There is no text for object 'plain'. --> Msg 2812, Level 16, State 62, Line 6: Could not find stored procedure 'sp_nosuch'.
+--> Msg 15009, Level 16, State 1, Line 4, Procedure sp_helptext: The object 'nosuch' does not exist in database 'master' or is invalid for this operation.
+--> Msg 15197, Level 16, State 1, Line 7, Procedure sp_helptext: There is no text for object 'plain'. --> Msg 2812, Level 16, State 62, Line 6: Could not find stored procedure 'sp_nosuch'.
 --> Msg 3701, Level 11, State 5, Line 7: Cannot drop the procedure 'add_up2', because it does not exist or you do not have permission.
 DECLARE @a int, @b int, @c int, @d int, @e int, @f int, @g int
 EXEC @a = sp_getapplock 'job', 'Exclusive'
@@ -86,7 +86,7 @@ INSERT #rows EXEC ('CREATE TABLE undone (a int) SELECT 1, 2')
 --> Msg 8164, Level 16, State 1, Line 1: An INSERT EXEC statement cannot be nested. (0 changed)
 --> Msg 3915, Level 16, State 0, Line 1: Cannot use the ROLLBACK statement within an INSERT-EXEC statement. (0 changed)
 --> Msg 3916, Level 16, State 0, Line 1: Cannot use the COMMIT statement within an INSERT-EXEC statement unless BEGIN TRANSACTION is used first. (0 changed) (2 changed)
---> Msg 213, Level 16, State 1, Line 7: Column name or number of supplied values does not match table definition.
+--> Msg 213, Level 16, State 7, Line 7: Column name or number of supplied values does not match table definition.
 SELECT a, OBJECT_ID('undone'), @@TRANCOUNT FROM #rows --> a int? | - int? | - int? = 1 | NULL | 0; 5 | NULL | 0 (2 rows)
 CREATE PROCEDURE seven AS SELECT 1 UNION SELECT 2 RETURN 7 -->
 EXEC seven SELECT @@ROWCOUNT --> - int = 1; 2 (2 rows) --> - int? = 1 (1 rows)
@@ -155,3 +155,12 @@ EXEC sp_prepexec @h
 EXEC sp_executesql N'PRINT @a', N'@a int, -- first
 @b int', 1, 2
 EXEC sp_executesql N'PRINT @a RETURN 1', N'@a int', 1 --> 1 --> Msg 178, Level 15, State 1, Line 1: A RETURN statement with a return value cannot be used in this context.
+CREATE PROCEDURE single AS SELECT 1 AS a -->
+EXEC single;1 --> a int = 1 (1 rows)
+EXEC single;2 --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support numbered procedures.
+CREATE TABLE two (a int, b int) INSERT two EXEC single --> Msg 213, Level 16, State 7, Line 1: Column name or number of supplied values does not match table definition.
+-- The batch goes on.
+EXEC single 5 SELECT @@ERROR AS e --> Msg 8146, Level 16, State 2, Line 0, Procedure single: Procedure single has no parameters and arguments were supplied. --> e int? = 8146 (1 rows)
+CREATE TABLE computed (a int, b AS a + 1) EXEC sp_helptext 'computed', 'b' EXEC sp_helptext 'msdb..backupset'
+--> Text nvarchar(255)? = (a + 1) (1 rows)
+--> Msg 15250, Level 16, State 1, Line 2, Procedure sp_helptext: The database name component of the object qualifier must be the name of the current database.

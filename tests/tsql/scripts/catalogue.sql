@@ -59,7 +59,7 @@ ALTER DATABASE SHOP MODIFY NAME = [the store] --> Msg 5021, Level 0, State 1, Li
 SELECT DB_ID('shop') AS gone, DB_NAME(5) AS now, COUNT(*) AS n FROM [the store]..item --> gone int? = NULL | now nvarchar(128)? = the store | n int? = 0 (1 rows)
 USE [the store] --> USE the store --> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'the store'.
 SELECT OBJECTPROPERTY(OBJECT_ID('item'), 'TableHasIdentity') a, OBJECTPROPERTY(OBJECT_ID('item'), 'IsMSShipped') b, OBJECT_ID('other.item') c, SERVERPROPERTY('ProductMajorVersion') d, DATABASEPROPERTYEX(DB_NAME(), 'IsAutoClose') e --> a int? = 1 | b int? = 0 | c int? = NULL | d nvarchar(128)? = 15 | e nvarchar(128)? = 0 (1 rows)
-SELECT OBJECTPROPERTY(OBJECT_ID('item'), 'ExecIsStartup') --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support OBJECTPROPERTY's 'ExecIsStartup'.
+SELECT OBJECTPROPERTY(OBJECT_ID('item'), 'ExecIsStartup') --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support the property 'ExecIsStartup'.
 -- constraints of tables, as clients look for them
 CREATE TABLE pair (a int NOT NULL, [b "c\] int NOT NULL, d int NULL CONSTRAINT CK_d CHECK (d > 0), CONSTRAINT PK_pair PRIMARY KEY (a, [b "c\]), CONSTRAINT UQ_d UNIQUE (d))
 CREATE TABLE child (x int, y int, z int CONSTRAINT FK_z REFERENCES pair (d) ON DELETE CASCADE, CONSTRAINT FK_xy FOREIGN KEY (x, y) REFERENCES pair) -->
@@ -79,7 +79,7 @@ SELECT i.seed_value, COL_NAME(i.object_id, i.column_id) AS name, COL_NAME(i.obje
 SELECT OBJECT_NAME(OBJECT_ID('Numbered'), DB_ID()) AS t, OBJECT_SCHEMA_NAME(OBJECT_ID('pair')) AS s, OBJECT_SCHEMA_NAME(0) AS o, OBJECT_NAME(OBJECT_ID('Numbered'), 999) AS n, COLUMNPROPERTY(OBJECT_ID('Numbered'), 'A', 'IsIdentity') AS i, COLUMNPROPERTY(OBJECT_ID('Numbered'), 'b', 'AllowsNull') AS b, COLUMNPROPERTY(OBJECT_ID('Numbered'), 'gone', 'IsIdentity') AS g --> t nvarchar(128)? = Numbered | s nvarchar(128)? = dbo | o nvarchar(128)? = NULL | n nvarchar(128)? = NULL | i int? = 1 | b int? = 1 | g int? = NULL (1 rows)
 CREATE INDEX ix_numbered ON Numbered (b DESC, a) -->
 EXEC sp_helpindex Numbered --> index_name nvarchar(128)? = ix_numbered | index_description varchar(210)? = nonclustered located on PRIMARY | index_keys nvarchar(2078)? = b(-), a (1 rows)
-EXEC sp_helpindex Nowhere --> Msg 15009, Level 16, State 1, Line 2, Procedure sp_helpindex: The object 'Nowhere' does not exist in database 'the store' or is invalid for this operation.
+EXEC sp_helpindex Nowhere --> Msg 15009, Level 16, State 1, Line 3, Procedure sp_helpindex: The object 'Nowhere' does not exist in database 'the store' or is invalid for this operation.
 INSERT BULK Numbered (b int) WITH (KEEP_NULLS, ROWS_PER_BATCH = 10, ORDER (b)) -->
 INSERT BULK Numbered (b int, c varchar(10) COLLATE DATABASE_DEFAULT) --> Msg 207, Level 16, State 1, Line 1: Invalid column name 'c'.
 INSERT BULK Numbered (b --> Msg 102, Level 15, State 1, Line 1: Incorrect syntax near 'b'.
@@ -166,3 +166,16 @@ EXEC msdb..sp_tables
 --> Msg 15250, Level 16, State 1, Line 1, Procedure sp_columns: The database name component of the object qualifier must be the name of the current database.
 --> Msg 15252, Level 16, State 1, Line 1, Procedure sp_fkeys: The primary or foreign key table name must be given.
 --> TABLE_QUALIFIER nvarchar(128)? = msdb | TABLE_OWNER nvarchar(128)? = dbo | TABLE_NAME nvarchar(128)? = backupset | TABLE_TYPE varchar(32)? = TABLE | REMARKS varchar(254)? = NULL (1 rows)
+SELECT COUNT(*) AS n, MAX(number) AS most, MAX(low) AS low, MAX(high) AS high FROM master..spt_values WHERE type = 'P' --> n int? = 2048 | most int? = 2047 | low int? = 256 | high int? = 128 (1 rows)
+USE tempdb
+CREATE TABLE #temporary (a int PRIMARY KEY)
+SELECT REPLACE(name, '_', '') AS name, LEN(name) AS length FROM sys.tables WHERE name LIKE '#temporary[_][_][_]%'
+SELECT COUNT(*) AS n, COL_NAME(OBJECT_ID('tempdb..#temporary'), 1) AS c FROM INFORMATION_SCHEMA.COLUMNS WHERE TABLE_NAME = OBJECT_NAME(OBJECT_ID('tempdb..#temporary'))
+EXEC sp_columns '#temporary', @column_name = 'missing'
+EXEC sp_special_columns '#temporary'
+SELECT * FROM spt_values
+--> USE tempdb --> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'tempdb'. --> name nvarchar(4000)? = #temporary000000000002 | length int? = 128 (1 rows)
+--> n int? = 1 | c nvarchar(128)? = a (1 rows)
+--> TABLE_QUALIFIER nvarchar(128)? | TABLE_OWNER nvarchar(128)? | TABLE_NAME nvarchar(128)? | COLUMN_NAME nvarchar(128)? | DATA_TYPE smallint? | TYPE_NAME nvarchar(128)? | PRECISION int? | LENGTH int? | SCALE smallint? | RADIX smallint? | NULLABLE smallint? | REMARKS varchar(254)? | COLUMN_DEF nvarchar(4000)? | SQL_DATA_TYPE smallint? | SQL_DATETIME_SUB smallint? | CHAR_OCTET_LENGTH int? | ORDINAL_POSITION int? | IS_NULLABLE varchar(254)? | SS_DATA_TYPE tinyint? (0 rows)
+--> SCOPE smallint? = 0 | COLUMN_NAME nvarchar(128)? = a | DATA_TYPE smallint? = 4 | TYPE_NAME nvarchar(128)? = int | PRECISION int? = 10 | LENGTH int? = 4 | SCALE smallint? = 0 | PSEUDO_COLUMN smallint? = 1 (1 rows)
+--> Msg 208, Level 16, State 1, Line 7: Invalid object name 'spt_values'.

@@ -65,7 +65,7 @@ RAISERROR('a' + 'b', 16, 1) --> Msg 102, Level 15, State 1, Line 1: Incorrect sy
 CREATE PROCEDURE empty_status AS RETURN NULL -->
 DECLARE @s int = 9 EXEC @s = empty_status PRINT @s --> Msg 282, Level 10, State 1, Line 1, Procedure empty_status: The 'empty_status' procedure attempted to return a status of NULL, which is not allowed. A status of 0 will be returned instead. --> 0
 -- a statement that is not supported ends its batch; an empty procedure is valid
-WHILE 1 = 1 EXEC sp_helptext 'x', 'column' --> Msg 50000, Level 16, State 1, Line 2: tsqlbox does not support sp_helptext with a column.
+WHILE 1 = 1 EXEC sp_help --> Msg 50000, Level 16, State 1, Line 2: tsqlbox does not support sp_help.
 CREATE PROCEDURE nothing AS -->
 DECLARE @r int EXEC @r = nothing SELECT @r r --> r int? = 0
 SET NOCOUNT, XACT_ABORT ON

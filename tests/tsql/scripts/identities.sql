@@ -102,3 +102,7 @@ INSERT Chosen VALUES (8)
 SELECT id FROM Chosen
 --> Msg 545, Level 16, State 1, Line 1: Explicit value must be specified for identity column in table 'Chosen' either when IDENTITY_INSERT is set to ON or when a replication user is inserting into a NOT FOR REPLICATION identity column. (1 changed) (1 changed)
 --> id int* = 7; 8 (2 rows)
+CREATE TABLE Few (id tinyint IDENTITY(205, 50), w int)
+INSERT Few VALUES (1), (2)
+INSERT Few VALUES (3)
+SELECT IDENT_CURRENT('Few') --> (2 changed) --> Msg 8115, Level 16, State 1, Line 3: Arithmetic overflow error converting IDENTITY to data type tinyint. (3621) --> - decimal(38,0)? = 255 (1 rows)
