@@ -178,15 +178,9 @@ TableInfo Catalogue::ownTable(const std::string& name) const {
     return table;
 }
 
-std::optional<SchemaInfo> Catalogue::schema(const Value& name) const {
-    auto rows =
-        query("SELECT name, id FROM " + std::string(kSchemas) + " WHERE name = ?1 COLLATE ts_ci", name);
-    return rows.step() ? std::optional(SchemaInfo{rows.text(0), rows.integer(1)}) : std::nullopt;
-}
-
-bool Catalogue::hasTriggers() const {
-    const auto any = inSchema("SELECT 1 FROM $.tsqlbox_objects WHERE type = 'TR' LIMIT 1", m_schema);
-    return m_connection.number(any).has_value();
+std::optional<SchemaInfo> Catalogue::schema(const Value& key) const {
+    auto row = query("SELECT name, id FROM " + std::string(kSchemas) + " WHERE name = ?1 COLLATE ts_ci", key);
+    return row.step() ? std::optional(SchemaInfo{row.text(0), row.integer(1)}) : std::nullopt;
 }
 
 std::vector<ObjectInfo> Catalogue::keysTo(std::int64_t table) const {

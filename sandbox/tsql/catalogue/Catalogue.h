@@ -69,6 +69,7 @@ struct TableInfo {
     const TableColumn* identityColumn() const;
     // An identity as sqlite_sequence counts it, upwards, and the reverse.
     std::int64_t counted(std::int64_t identity) const { return increment < 0 ? -identity : identity; }
+    bool isCountedBySqlite() const { return increment == 1 && seed > 0; }  // which begins at 1
 };
 
 // Object types, with the values of sysobjects.xtype.
@@ -170,7 +171,6 @@ class Catalogue {
     std::vector<ObjectInfo> triggersOf(std::int64_t table) const {
         return objects("o.parent = ?1 AND o.type = 'TR'", table);
     }
-    bool hasTriggers() const;
     std::int64_t lastId() const;
 
     // Inserts an object whose id is 0 and sets its id, or updates an existing object.
@@ -179,8 +179,7 @@ class Catalogue {
     // As save(), for columns.
     void saveColumns(std::int64_t object, const std::vector<TableColumn>& columns);
     void removeColumn(std::int64_t object, std::string_view name);
-    void replaceColumns(std::int64_t object,
-                        std::vector<TableColumn> columns);  // keeps what belongs to the same
+    void replaceColumns(std::int64_t object, std::vector<TableColumn> made);
 
   private:
     std::vector<ObjectInfo> objects(const std::string& where, const Value& value) const;
@@ -202,8 +201,7 @@ struct SystemView {
     std::vector<TableColumn> columns;
 };
 // Replaces the placeholders for the database in a query of its catalogue.
-std::string inDatabase(std::string sql, std::string_view sqliteSchema, std::string_view database,
-                       const Storage& storage);
+std::string inDatabase(std::string sql, std::string_view schema, std::string_view database, const Storage&);
 // columns: "name type = expression; ...".
 SystemView queryOf(std::string_view columns, std::string_view from);
 std::optional<SystemView> systemView(std::string_view schema, std::string_view name,

@@ -84,10 +84,9 @@ p.type IN ('IX', 'UQ') AND p.id <= o.id) END)"},
      R"((SELECT column1 AS n, column2 AS t, column3 AS p, column4 AS k, column5 AS par, column6 AS s, column7 AS hi,
 column8 AS ut FROM (VALUES ('uniqueidentifier', -11, 36, 'C', NULL, 2, NULL, 0),
 ('ntext', -10, 1073741823, 'N', NULL, 1, NULL, 0), ('datetimeoffset', -155, 34, 'C', 'scale', 3, 7, 0),
-('xml', -152, 1073741823, 'N', NULL, 0, NULL, 0),
-('nvarchar', -9, 4000, 'N', 'max length', 3, NULL, 0), ('sysname', -9, 128, 'N', NULL, 3, NULL, 18),
-('nchar', -8, 4000, 'N', 'length', 3, NULL, 0), ('bit', -7, 1, 'T', NULL, 2, 0, 16),
-('tinyint', -6, 3, 'E', NULL, 2, 0, 5), ('bigint', -5, 19, 'E', NULL, 2, 0, 0),
+('xml', -152, 1073741823, 'N', NULL, 0, NULL, 0), ('nvarchar', -9, 4000, 'N', 'max length', 3, NULL, 0),
+('sysname', -9, 128, 'N', NULL, 3, NULL, 18), ('nchar', -8, 4000, 'N', 'length', 3, NULL, 0),
+('bit', -7, 1, 'T', NULL, 2, 0, 16), ('tinyint', -6, 3, 'E', NULL, 2, 0, 5), ('bigint', -5, 19, 'E', NULL, 2, 0, 0),
 ('image', -4, 2147483647, 'B', NULL, 0, NULL, 20), ('varbinary', -3, 8000, 'B', 'max length', 2, NULL, 4),
 ('timestamp', -2, 8, 'B', NULL, 2, NULL, 80), ('binary', -2, 8000, 'B', 'length', 2, NULL, 3),
 ('text', -1, 2147483647, 'C', NULL, 1, NULL, 19), ('char', 1, 8000, 'C', 'length', 3, NULL, 1),
@@ -305,8 +304,7 @@ THEN 'YES' ELSE 'NO' END; PARAMETER_NAME sysname = c.name; $NAMED)",
      kParameters},
 };
 
-// tempdb also shows the session's temporary tables, with negative ids. Their names have 116 characters and a
-// number.
+// tempdb also shows the session's temporary tables, with negative ids and names that end in a number.
 constexpr std::string_view kTemporaryObjects =
     R"((SELECT * FROM tempdb.tsqlbox_objects UNION ALL SELECT -id, iif(parent, name, printf('%!.116s%012d', name ||
 replace(hex(zeroblob(58)), '0', '_'), id)), type, -parent, stored, keys, created, source FROM temp.tsqlbox_objects WHERE

@@ -78,13 +78,11 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
                           const Translator& translator) override;
     // FunctionSession
     Value variableValue(std::string_view name) override;
-    Value callFunction(std::string_view database, std::string_view key,
-                       std::span<const CellView> arguments) override;
+    Value callFunction(std::string_view database, std::string_view key, Cells arguments) override;
     const Storage& storage() const override { return m_storage; }
     std::string databaseOf(const ObjectName& name) const override;
     Catalogue catalogue(const ObjectName& name) override;
-    Value lookUp(const std::string& query, const std::string& database,
-                 std::span<const CellView> arguments) override;
+    Value lookUp(std::string_view query, const std::string& database, Cells arguments) override;
     std::optional<ObjectInfo> object(const ObjectName& name) override;
     std::optional<std::int64_t> lastIdentity(const TableInfo& table) override;
     std::optional<std::int64_t> scopeIdentity() const override { return m_frames.back()->identity; }
@@ -188,7 +186,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     void beginRows(std::span<const Column> columns) {
         if (!m_rowHandler) m_sink->columns(columns);
     }
-    void sendRow(std::span<const Column> columns, std::span<const CellView> cells) {
+    void sendRow(std::span<const Column> columns, Cells cells) {
         m_rowHandler ? (*m_rowHandler)(columns, cells) : m_sink->row(cells);
     }
     Flow selectInto(const Query& query, const ObjectName& name);
@@ -309,7 +307,6 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     void runFunction(const CreateModule& function, Frame& frame);
     bool runScope(const Block& body, Frame& frame);
     TableInfo viewTable(const StoredModule& view);
-    std::vector<TableColumn> viewColumns(const CreateModule& module);
 
     // ---- calls of drivers (ExecutorPrepared.cpp)
     struct PreparedText {

@@ -102,8 +102,7 @@ TableColumn columnOf(TableInfo& table, const ColumnDefinition& given, const Crea
 }
 
 // Returns a column of a constraint, which must fit it.
-const TableColumn& constrainedColumn(const TableInfo& table, const Constraint& given,
-                                     const std::string& name) {
+const TableColumn& constrained(const TableInfo& table, const Constraint& given, const std::string& name) {
     using enum ConstraintKind;
     const TableColumn* column = table.column(name);
     if (!column && given.kind == ForeignKey)
@@ -234,7 +233,7 @@ ObjectInfo Executor::constraintOf(Catalogue& owner, const TableInfo& table, cons
     key.table = storedName(table.schemaName, table.name);
     key.schemaName = table.schemaName;
     for (const auto& name : constraint.columns)
-        key.columns.push_back(constrainedColumn(table, constraint, name).name);
+        key.columns.push_back(constrained(table, constraint, name).name);
     if (constraint.kind == Check) {
         const auto read = Translator(*this).check(table, *constraint.check).columns;
         for (const auto& name : read)
@@ -280,7 +279,7 @@ std::string Executor::tableBody(Catalogue& catalogue, const TableInfo& table) {
         std::string text = quotedName(column.name) + " ";
         if (!column.identity)
             text.append(storageClass(column.type)).append(column.nullable ? "" : " NOT NULL");
-        else if (table.increment != 1)
+        else if (!table.isCountedBySqlite())
             text += "INTEGER PRIMARY KEY";
         else
             text += "INTEGER PRIMARY KEY AUTOINCREMENT CHECK (" +

@@ -1,7 +1,5 @@
 // Procedures, functions and views: stored as text, parsed when they are used.
 
-#include <boost/algorithm/string/replace.hpp>
-
 #include "execute/Executor.h"
 #include "execute/SecurityProcedures.h"
 
@@ -58,13 +56,6 @@ TableInfo Executor::viewTable(const StoredModule& view) {
     return table;
 }
 
-std::vector<TableColumn> Executor::viewColumns(const CreateModule& module) {
-    const ObjectName& name = module.name;
-    const auto existing = object(name);
-    const std::int64_t id = existing ? existing->id : 0;
-    return viewTable({databaseOf(name), name.schema, name.name, nullptr, &module, id}).columns;
-}
-
 // Stores the whole batch as the text of the module, with CREATE instead of ALTER.
 Flow Executor::run(const CreateModule& module) try {
     const std::string_view type = module.isTrigger() ? kTrigger
@@ -75,7 +66,9 @@ Flow Executor::run(const CreateModule& module) try {
     const auto table = module.isTrigger() ? std::optional(tableOfTrigger(module)) : std::nullopt;
     ObjectName name = module.name;
     if (table) name.schema = table->schemaName;
-    const auto columns = module.query ? viewColumns(module) : std::vector<TableColumn>();
+    const auto before = object(name);
+    StoredModule own{databaseOf(name), name.schema, name.name, nullptr, &module, before ? before->id : 0};
+    const auto columns = module.query ? viewTable(own).columns : std::vector<TableColumn>();
     const Firing firing{table.value_or(TableInfo()), {}, {}};
     Frame frame;
     frame.procedure = module.name.name;
@@ -101,8 +94,7 @@ Flow Executor::run(const CreateModule& module) try {
         if (!module.create) object.source.replace(at, verb.size(), "CREATE");
         if (type == kView) object.stored = module.checkOption ? "CASCADE" : "";
         owner.save(object);
-        owner.replaceColumns(object.id,
-                             module.query && !module.function ? columns : parameterColumns(module));
+        owner.replaceColumns(object.id, type == kView ? columns : parameterColumns(module));
         if (!owner.isTemporary()) return;
         const auto ofProcedure = std::ranges::find_if(
             m_frames.rbegin(), m_frames.rend(), [](const Frame* each) { return !each->procedure.empty(); });
@@ -237,9 +229,10 @@ void Executor::asCall(const std::function<std::int32_t()>& work) {
 
 std::optional<StoredModule> Executor::moduleOf(const SystemProcedure& procedure, const ObjectName& name) {
     const std::string own(procedure.name);
+    std::string text(procedure.text);
+    if (text.starts_with("$TABLE")) text.replace(0, std::string_view("$TABLE").size(), kOfTable);
     const auto head = parsed("CREATE PROCEDURE " + own + " " + std::string(procedure.parameters) +
-                                 " AS DECLARE @procedure sysname = '" + own + "' " +
-                                 boost::replace_all_copy(std::string(procedure.text), "$TABLE", kOfTable),
+                                 " AS DECLARE @procedure sysname = '" + own + "' " + text,
                              m_database);
     return StoredModule{databaseOf(name), "sys", own, head, &moduleOf(*head)};
 }
@@ -343,8 +336,7 @@ void Executor::returnOutputs(const CreateModule& module, const Arguments& argume
 }
 
 // SQLite calls this for every row of a query that contains the function.
-Value Executor::callFunction(std::string_view database, std::string_view key,
-                             std::span<const CellView> arguments) {
+Value Executor::callFunction(std::string_view database, std::string_view key, Cells arguments) {
     const ObjectName object{std::string(database), std::string(schemaOf(key)), std::string(bareName(key))};
     const auto function = Executor::module(object, kFunction);
     if (!function) throw sqlError(kInvalidObjectName, {object.name});

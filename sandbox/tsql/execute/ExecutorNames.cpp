@@ -68,7 +68,8 @@ Value Executor::variableValue(std::string_view name) {
 std::optional<std::int64_t> Executor::lastIdentity(const TableInfo& table) {
     auto last = counter(table.schema, table.stored);
     if (last) last = table.counted(*last);
-    while (last && !fits(*last, table.identityColumn()->type)) *last -= table.increment;  // that was refused
+    const std::int64_t unused = table.seed - table.increment;  // of a table that never had an identity
+    while (last && *last != unused && !fits(*last, table.identityColumn()->type)) *last -= table.increment;
     return last;
 }
 
@@ -175,10 +176,10 @@ std::optional<SystemView> Executor::view(const ObjectName& name) {
     return systemView(name.schema, name.name, m_connection.attach(database), database, m_storage);
 }
 
-Value Executor::lookUp(const std::string& query, const std::string& database,
-                       std::span<const CellView> arguments) {
+Value Executor::lookUp(std::string_view query, const std::string& database, Cells arguments) {
     catalogue({database, {}, {}}), temporary();  // creates the tables that the query may read
-    const std::string sql = inDatabase(query, m_connection.attach(database), database, m_storage);
+    const std::string sql =
+        inDatabase(std::string(query), m_connection.attach(database), database, m_storage);
     std::vector<Value> values(arguments.size());
     std::ranges::transform(arguments, values.begin(), ownedValue);
     PreparedStatement found(m_connection, sql, values);

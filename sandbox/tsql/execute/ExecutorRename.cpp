@@ -27,20 +27,19 @@ bool replaceName(std::vector<std::string>& names, std::string_view name, const s
 
 // Gives an object a schema and a name, also in SQLite and in the foreign keys that reference it. A module
 // keeps its text, which has its old name.
-void Executor::place(Catalogue& owner, ObjectInfo object, const std::string& schema,
-                     const std::string& name) {
-    const bool isTable = object.type == kTable;
-    auto references = isTable ? owner.keysTo(object.id) : std::vector<ObjectInfo>();
-    object.schemaName = schema;
-    object.name = name;
-    if (isTable && !sameText(object.stored, object.key())) {
-        m_connection.run("ALTER TABLE " + owner.schema() + "." + quotedName(object.stored) + " RENAME TO " +
-                         quotedName(object.key()));
-        object.stored = object.key();
+void Executor::place(Catalogue& owner, ObjectInfo moved, const std::string& schema, const std::string& name) {
+    const bool isTable = moved.type == kTable;
+    auto references = isTable ? owner.keysTo(moved.id) : std::vector<ObjectInfo>();
+    moved.schemaName = schema;
+    moved.name = name;
+    if (isTable && !sameText(moved.stored, moved.key())) {
+        m_connection.run("ALTER TABLE " + owner.schema() + "." + quotedName(moved.stored) + " RENAME TO " +
+                         quotedName(moved.key()));
+        moved.stored = moved.key();
     }
-    owner.save(object);
+    owner.save(moved);
     for (auto& key : references) {
-        key.stored = object.stored;
+        key.stored = moved.stored;
         owner.save(key);
     }
 }

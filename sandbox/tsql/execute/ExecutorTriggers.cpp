@@ -114,7 +114,8 @@ Flow Executor::withTriggers(const std::vector<Firing>& changes, StatementKind ki
                             const std::optional<Output>& output, const ChangeRows& change) {
     const TableInfo& target = changes.front().table;
     std::vector<Firing> firings;
-    if (target.schema != kTempSchema && Catalogue(m_connection, target.database, target.schema).hasTriggers())
+    const std::string any = "SELECT 1 FROM " + target.schema + ".tsqlbox_objects WHERE type = 'TR' LIMIT 1";
+    if (target.schema != kTempSchema && m_connection.number(any))
         for (const auto& each : changes) addFiring(each, firings);
     std::erase_if(firings, [](const Firing& each) { return each.triggers.empty(); });
     for (const auto& own : firings) {

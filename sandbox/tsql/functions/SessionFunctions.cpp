@@ -31,10 +31,9 @@ constexpr std::string_view kDatabaseProperties =
     "Status = ONLINE; IsAutoClose = 0; IsAutoShrink = 0; IsInStandBy = 0; Recovery = SIMPLE; "
     "Updateability = READ_WRITE; UserAccess = MULTI_USER; Collation = SQL_Latin1_General_CP1_CI_AS";
 constexpr std::string_view kServerProperties =
-    "ProductVersion = 15.0.2000.5; ProductLevel = RTM; ProductMajorVersion = 15; ProductMinorVersion = 0; "
-    "ProductBuild = 2000; Edition = tsqlbox; EngineEdition = 3; IsClustered = 0; IsHadrEnabled = 0; "
-    "IsFullTextInstalled = 0; IsIntegratedSecurityOnly = 0; IsSingleUser = 0; "
-    "Collation = SQL_Latin1_General_CP1_CI_AS";
+    R"(ProductVersion = 15.0.2000.5; ProductLevel = RTM; ProductMajorVersion = 15; ProductMinorVersion = 0; ProductBuild
+= 2000; Edition = tsqlbox; EngineEdition = 3; IsClustered = 0; IsHadrEnabled = 0; IsFullTextInstalled = 0;
+IsIntegratedSecurityOnly = 0; IsSingleUser = 0; Collation = SQL_Latin1_General_CP1_CI_AS)";
 
 Value propertyIn(std::string_view properties, std::string_view name) {
     for (const std::string& each : listItems(properties))
@@ -82,8 +81,7 @@ template <const std::string_view& query, std::size_t used, bool ofDatabase = fal
 Value lookedUp(const SqlCall& call) {
     const auto database = databaseArgument(call, ofDatabase ? used : call.count());
     if (!database) return Null{};
-    return call.session().lookUp(std::string(query), *database,
-                                 call.arguments().first(std::min(used, call.count())));
+    return call.session().lookUp(query, *database, call.arguments().first(std::min(used, call.count())));
 }
 
 // The last argument is the name of a property.

@@ -14,7 +14,7 @@ void refuseRowVersions(const ColumnList& columns) {
 ColumnList filledColumns(const TableInfo& target, const ColumnList& columns) {
     ColumnList filled = columns;
     for (const auto& column : target.columns) {
-        const bool isFilled = !column.byDefault.empty() || (column.identity && target.increment != 1) ||
+        const bool isFilled = !column.byDefault.empty() || (column.identity && !target.isCountedBySqlite()) ||
                               (column.isRowVersion() && !target.isShadow);
         if (isFilled && std::ranges::find(columns, &column) == columns.end()) filled.push_back(&column);
     }
@@ -133,7 +133,7 @@ std::string Translator::insertSelected(const TableInfo& target, const ColumnList
                                        const QueryText& text, const ExprPtr& top) {
     std::vector<Typed> cells;
     for (const auto& output : text.columns)
-        if (!output.newIdentity || target.increment == 1) cells.push_back(output.typed());
+        if (!output.newIdentity || target.isCountedBySqlite()) cells.push_back(output.typed());
     const ColumnList all = filledColumns(target, columns);
     return insertText(target, all,
                       "SELECT " + rowText(target, all, cells) + " FROM (" + limited(text.sql, top) + ")");
@@ -195,8 +195,7 @@ std::string Translator::returnedToVariables(const TableInfo& target, const Updat
         const bool read = std::ranges::any_of(
             m_parameters, [&](const Parameter& each) { return sameWord(each.variable, clause.variable); });
         if (update.output || read)
-            throw unsupported(
-                "UPDATE ... SET @variable = column with OUTPUT or with the variable's own value");
+            throw unsupported("UPDATE ... SET @variable = column with OUTPUT or the variable's own value");
         const TableColumn& column = *target.column(clause.column);
         list += (list.empty() ? " RETURNING " : ", ") + quotedName(column.name);
         m_assignments.push_back({clause.variable, column.type});

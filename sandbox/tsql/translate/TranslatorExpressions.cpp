@@ -168,12 +168,9 @@ Typed Translator::grouping(const Call& call) {
     return {std::to_string(bits), simpleType(isId ? TypeId::Int : TypeId::TinyInt)};
 }
 
-// An aggregate of columns of outer queries alone belongs to the innermost of them. SQLite accepts it only in
-// the list of a query.
+// An aggregate of outer columns alone belongs to their query. SQLite accepts it only in a select list.
 Typed Translator::aggregateCall(const FunctionInfo& function, const Call& call) {
-    if (!m_scope)
-        throw SqlError(kAggregateInWhere, "An aggregate may not appear here without a table that it counts.",
-                       15);
+    if (!m_scope) throw SqlError(kAggregateInWhere, "An aggregate may not appear here without a table.", 15);
     if (m_scope->aggregateDepth > 0) throw sqlError(kAggregateOfAggregate);
     std::vector<std::size_t> loose;  // numbers of columns outside aggregates, from the inner query outwards
     for (const Scope* each = m_scope; each; each = each->outer) loose.push_back(each->loose.size());

@@ -235,6 +235,7 @@ std::string Translator::join(const Join& join) {
     const std::size_t middle = m_scope->sources.size();
     const Temporarily onlyOfJoin(m_scope->firstSource, begin);
     std::string right = tableRef(*join.right, join.applies);
+    if (join.applies && m_scope->sawAggregate) throw sqlError(kAggregateOfApplied);
     for (std::size_t i = begin; i < m_scope->sources.size(); ++i)  // NULLs of rows without a match
         if (join.kind == "FULL" || join.kind == (i < middle ? "RIGHT" : "LEFT"))
             for (auto& column : m_scope->sources[i].columns) column.nullable = true;
