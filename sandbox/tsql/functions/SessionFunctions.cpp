@@ -59,8 +59,7 @@ Value objectId(const SqlCall& call) {
 // Queries of the catalogue with the placeholders of system views. ?1, ?2 ... are arguments.
 constexpr std::string_view
     kObjectName = "SELECT ts_bare_name(name) FROM $o WHERE id = ?1 AND type NOT IN ('IX', 'SCHEMA', 'TYPE')",
-    kObjectSchema =
-        "SELECT ts_schema_of(name) FROM $o WHERE id = ?1 AND type NOT IN ('IX', 'SCHEMA', 'TYPE')",
+    kSchemaOf = "SELECT ts_schema_of(name) FROM $o WHERE id = ?1 AND type NOT IN ('IX', 'SCHEMA', 'TYPE')",
     kDefinition = "SELECT source FROM $o WHERE id = ?1 AND type IN ('P', 'FN', 'IF', 'TF', 'V', 'TR')",
     kColumnName = "SELECT name FROM $c WHERE object = ?1 AND ordinal = ?2",
     kSchemaId = "SELECT id FROM $SCHEMAS WHERE name = ifnull(?1, 'dbo') COLLATE ts_ci",
@@ -73,8 +72,7 @@ type = 'IF'; IsScalarFunction = type = 'FN'; IsTableFunction = type IN ('IF', 'T
 IsForeignKey = type = 'F'; IsTrigger = type = 'TR'; IsMSShipped = 0; TableHasIdentity = CASE type WHEN 'U' THEN EXISTS
 (SELECT 1 FROM $c WHERE object = o.id AND identity = 1) END)";
 constexpr std::string_view kColumnProperties =
-    R"(IsIdentity = identity = 1; AllowsNull = nullable; IsComputed = identity > 1; ColumnId = ordinal; IsOutParam =
-output & 1)";
+    "IsIdentity = identity = 1; AllowsNull = nullable; IsComputed = identity > 1; ColumnId = ordinal";
 
 // The first arguments, `used` of them, are those of the query. The next may be the number of a database.
 template <const std::string_view& query, std::size_t used, bool ofDatabase = false>
@@ -154,7 +152,7 @@ const std::vector<FunctionInfo> kSessionFunctions = {
     {"object_id", "~T[T", TypeId::Int, objectId},
     {"object_name", "~I[I", kName, lookedUp<kObjectName, 1, /*ofDatabase=*/true>},
     {"objectproperty", "~IT", TypeId::Int, propertyOf<kObjectProperties, kOfObject>},
-    {"object_schema_name", "~I[I", kName, lookedUp<kObjectSchema, 1, /*ofDatabase=*/true>},
+    {"object_schema_name", "~I[I", kName, lookedUp<kSchemaOf, 1, /*ofDatabase=*/true>},
     {"object_definition", "~I", nvarcharType(SqlType::kMax), lookedUp<kDefinition, 1>},
     {"has_dbaccess", "~T", TypeId::Int,
      [](const SqlCall& call) { return call.session().storage().exists(call.text(0)) ? Value(1) : Null{}; }},

@@ -115,6 +115,7 @@ std::string Translator::namedTable(const NamedTable& table, const std::string& a
     if (view) {
         info.emplace().columns = view->columns;
         info->schemaName = table.name.schema;
+        info->database = table.name.database;
     } else if (!info) {
         info = m_names.table(table.name);
     }

@@ -170,7 +170,7 @@ SELECT COUNT(*) AS n, MAX(number) AS most, MAX(low) AS low, MAX(high) AS high FR
 USE tempdb
 CREATE TABLE #temporary (a int PRIMARY KEY)
 SELECT REPLACE(name, '_', '') AS name, LEN(name) AS length FROM sys.tables WHERE name LIKE '#temporary[_][_][_]%'
-SELECT COUNT(*) AS n, COL_NAME(OBJECT_ID('tempdb..#temporary'), 1) AS c FROM INFORMATION_SCHEMA.COLUMNS WHERE TABLE_NAME = OBJECT_NAME(OBJECT_ID('tempdb..#temporary'))
+SELECT COUNT(tempdb.INFORMATION_SCHEMA.COLUMNS.COLUMN_NAME) AS n, COL_NAME(OBJECT_ID('tempdb..#temporary'), 1) AS c FROM tempdb.INFORMATION_SCHEMA.COLUMNS WHERE TABLE_NAME = OBJECT_NAME(OBJECT_ID('tempdb..#temporary'))
 EXEC sp_columns '#temporary', @column_name = 'missing'
 EXEC sp_special_columns '#temporary'
 SELECT * FROM spt_values
