@@ -1,5 +1,7 @@
 // Isolation of sessions from each other, and sessions that end early.
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <fstream>
@@ -170,6 +172,18 @@ TEST_F(Sessions, NameAFileThatCannotBeOpened) {
     std::ofstream(m_directory.path() / "noise.db") << std::string(5000, 'x');
     EXPECT_TRUE(has(first("SELECT * FROM noise..t"), "noise.db\". Operating system error 0: \"file is not"));
     EXPECT_THROW(tsql::openSession(m_engine, {"sa"}, "folder", 53), tsql::SqlError);
+}
+
+// SQLite's last call before it gives up looks for a file that does not exist (2).
+TEST_F(Sessions, NameTheReasonWhyAFileCannotBeOpened) {
+    first("CREATE DATABASE shut");
+    const uid_t own = ::geteuid();
+    ::chmod(m_directory.path().c_str(), 0555);
+    ASSERT_EQ(::seteuid(own == 0 ? 65534 : own), 0);
+    const std::string answer = second("SELECT * FROM shut..t");
+    ASSERT_EQ(::seteuid(own), 0);
+    ::chmod(m_directory.path().c_str(), 0700);
+    EXPECT_TRUE(has(answer, "Operating system error 13")) << answer;
 }
 
 TEST_F(Sessions, WaitForApplicationLocks) {

@@ -70,9 +70,8 @@ std::string_view storageClass(const SqlType& type) {
     return type.id == TypeId::DateTimeOffset ? "TEXT COLLATE ts_utc" : "TEXT COLLATE ts_ci";
 }
 
-const TableColumn* TableInfo::column(std::string_view columnName) const {
-    const auto found =
-        std::ranges::find_if(columns, std::bind_front(sameText, columnName), &TableColumn::name);
+const TableColumn* TableInfo::column(std::string_view wanted) const {
+    const auto found = std::ranges::find_if(columns, std::bind_front(sameText, wanted), &TableColumn::name);
     return found == columns.end() ? nullptr : &*found;
 }
 
@@ -170,8 +169,10 @@ std::optional<ObjectInfo> Catalogue::userOfType(std::int64_t type) const {
 TableInfo Catalogue::tableOf(const ObjectInfo& object) const {
     const auto& identity = object.columns;  // older tables have no increment
     const auto number = [&](std::size_t i) { return identity.size() > i ? std::stoll(identity[i]) : 1; };
-    return {object.id,          m_database,        object.name, m_schema, object.stored, number(0), number(1),
-            columns(object.id), object.schemaName, false,       {},       hasTriggers()};
+    const auto fires = inSchema("SELECT 1 FROM $.tsqlbox_objects WHERE type = 'TR' LIMIT 1", m_schema);
+    return {object.id,         m_database, object.name, m_schema,
+            object.stored,     number(0),  number(1),   columns(object.id),
+            object.schemaName, false,      {},          m_connection.number(fires).has_value()};
 }
 
 std::optional<TableInfo> Catalogue::table(std::string_view key) const {
@@ -186,15 +187,9 @@ TableInfo Catalogue::ownTable(const std::string& name) const {
     return table;
 }
 
-std::optional<SchemaInfo> Catalogue::schema(const std::string& column, const Value& value) const {
-    auto rows = query(
-        "SELECT name, id FROM " + std::string(kSchemas) + " WHERE " + column + " = ?1 COLLATE ts_ci", value);
-    return rows.step() ? std::optional(SchemaInfo{rows.text(0), rows.integer(1)}) : std::nullopt;
-}
-
-bool Catalogue::hasTriggers() const {
-    const auto any = inSchema("SELECT 1 FROM $.tsqlbox_objects WHERE type = 'TR' LIMIT 1", m_schema);
-    return m_connection.number(any).has_value();
+std::optional<SchemaInfo> Catalogue::schema(const Value& key) const {
+    auto row = query("SELECT name, id FROM " + std::string(kSchemas) + " WHERE name = ?1 COLLATE ts_ci", key);
+    return row.step() ? std::optional(SchemaInfo{row.text(0), row.integer(1)}) : std::nullopt;
 }
 
 std::vector<ObjectInfo> Catalogue::keysTo(std::int64_t table) const {
@@ -249,8 +244,17 @@ nullable = ?5, fallback = ?7, user_type = ?9)",
              column.byDefault, column.output, column.userType, column.computed, column.persisted});
 }
 
-void Catalogue::removeColumns(std::int64_t object, std::string_view name) {
-    run("DELETE FROM $.tsqlbox_columns WHERE object = ?1 AND ?2 IN ('', name)", {object, std::string(name)});
+void Catalogue::removeColumn(std::int64_t object, std::string_view name) {
+    run("DELETE FROM $.tsqlbox_columns WHERE object = ?1 AND name = ?2", {object, std::string(name)});
+}
+
+// A column of the same name in the same place is the same.
+void Catalogue::replaceColumns(std::int64_t object, std::vector<TableColumn> made) {
+    for (auto& column : made) column.id = &column - made.data() + 1;
+    for (const auto& old : columns(object))
+        if (old.id > std::ssize(made) || !sameText(made[static_cast<std::size_t>(old.id - 1)].name, old.name))
+            removeColumn(object, old.name);
+    saveColumns(object, made);
 }
 
 }  // namespace tsql

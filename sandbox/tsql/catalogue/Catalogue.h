@@ -76,6 +76,7 @@ struct TableInfo {
     const TableColumn* identityColumn() const;
     // An identity as sqlite_sequence counts it, upwards, and the reverse.
     std::int64_t counted(std::int64_t identity) const { return increment < 0 ? -identity : identity; }
+    bool isCountedBySqlite() const { return increment == 1 && seed > 0; }  // which begins at 1
 };
 
 // Conditions on the types of objects.
@@ -91,7 +92,7 @@ struct ObjectInfo {
     std::string type;
     std::int64_t parent = 0;  // table of a constraint, index or trigger
     // Name of a table in SQLite; key() of a foreign key's table; filter of an index; kDisabled of a trigger;
-    // Sequence::text().
+    // CASCADE of a view WITH CHECK OPTION; Sequence::text().
     std::string stored = {};
     // Of a constraint or index; events of a trigger; seed and increment of a table.
     std::vector<std::string> columns = {};
@@ -164,7 +165,7 @@ class Catalogue {
     std::optional<TableInfo> table(std::string_view key) const;
     TableInfo tableOf(const ObjectInfo& object) const;
     TableInfo ownTable(const std::string& name) const;  // of the catalogue itself, for system procedures
-    std::optional<SchemaInfo> schema(const std::string& column, const Value& value) const;  // of kSchemas
+    std::optional<SchemaInfo> schema(const Value& name) const;  // of kSchemas
     std::vector<TableColumn> columns(std::int64_t object) const;
     std::vector<ObjectInfo> keysOf(std::int64_t table) const {  // constraints and indexes
         return objects("o.parent = ?1 AND o.type <> 'TR'", table);
@@ -173,7 +174,6 @@ class Catalogue {
     std::vector<ObjectInfo> triggersOf(std::int64_t table) const {
         return objects("o.parent = ?1 AND o.type = 'TR'", table);
     }
-    bool hasTriggers() const;
     std::int64_t lastId() const;
 
     // Inserts an object whose id is 0 and sets its id, or updates an existing object.
@@ -181,7 +181,8 @@ class Catalogue {
     void remove(std::int64_t object);  // with its columns, keys and indexes
     // As save(), for columns.
     void saveColumns(std::int64_t object, const std::vector<TableColumn>& columns);
-    void removeColumns(std::int64_t object, std::string_view name = {});  // all, or one
+    void removeColumn(std::int64_t object, std::string_view name);
+    void replaceColumns(std::int64_t object, std::vector<TableColumn> made);
 
   private:
     std::vector<ObjectInfo> objects(const std::string& where, const Value& value) const;
@@ -203,6 +204,8 @@ struct SystemView {
     std::vector<TableColumn> columns;
     std::string name = {};  // with its schema; empty: not a view of the catalogue
 };
+// Replaces the placeholders for the database in a query of its catalogue.
+std::string inDatabase(std::string sql, std::string_view schema, std::string_view database, const Storage&);
 // columns: "name type = expression; ...".
 SystemView queryOf(std::string_view columns, std::string_view from);
 std::optional<SystemView> systemView(std::string_view schema, std::string_view name,

@@ -26,9 +26,8 @@ struct ViewText {
 constexpr std::pair<std::string_view, std::string_view> kFragments[] = {
     {"$OBJECT",
      R"(name sysname = ts_bare_name(o.name); object_id int = o.id; principal_id int = NULL; schema_id int = $SCHEMA_ID;
-parent_object_id int = o.parent; type char(2) = o.type; type_desc nvarchar(60) = $KIND; create_date datetime
-= o.created; modify_date datetime = o.created; is_ms_shipped bit = 0; is_published bit = 0;
-is_schema_published bit = 0)"},
+parent_object_id int = o.parent; type char(2) = o.type; type_desc nvarchar(60) = $KIND; create_date datetime =
+o.created; modify_date datetime = o.created; is_ms_shipped bit = 0; is_published bit = 0; is_schema_published bit = 0)"},
     {"$KIND",
      R"(CASE o.type WHEN 'U' THEN 'USER_TABLE' WHEN 'V' THEN 'VIEW' WHEN 'P' THEN 'SQL_STORED_PROCEDURE' WHEN 'FN' THEN
 'SQL_SCALAR_FUNCTION' WHEN 'TF' THEN 'SQL_TABLE_VALUED_FUNCTION' WHEN 'IF' THEN 'SQL_INLINE_TABLE_VALUED_FUNCTION' WHEN
@@ -85,10 +84,9 @@ p.type IN ('IX', 'UQ') AND p.id <= o.id) END)"},
      R"((SELECT column1 AS n, column2 AS t, column3 AS p, column4 AS k, column5 AS par, column6 AS s, column7 AS hi,
 column8 AS ut FROM (VALUES ('uniqueidentifier', -11, 36, 'C', NULL, 2, NULL, 0),
 ('ntext', -10, 1073741823, 'N', NULL, 1, NULL, 0), ('datetimeoffset', -155, 34, 'C', 'scale', 3, 7, 0),
-('xml', -152, 1073741823, 'N', NULL, 0, NULL, 0),
-('nvarchar', -9, 4000, 'N', 'max length', 3, NULL, 0), ('sysname', -9, 128, 'N', NULL, 3, NULL, 18),
-('nchar', -8, 4000, 'N', 'length', 3, NULL, 0), ('bit', -7, 1, 'T', NULL, 2, 0, 16),
-('tinyint', -6, 3, 'E', NULL, 2, 0, 5), ('bigint', -5, 19, 'E', NULL, 2, 0, 0),
+('xml', -152, 1073741823, 'N', NULL, 0, NULL, 0), ('nvarchar', -9, 4000, 'N', 'max length', 3, NULL, 0),
+('sysname', -9, 128, 'N', NULL, 3, NULL, 18), ('nchar', -8, 4000, 'N', 'length', 3, NULL, 0),
+('bit', -7, 1, 'T', NULL, 2, 0, 16), ('tinyint', -6, 3, 'E', NULL, 2, 0, 5), ('bigint', -5, 19, 'E', NULL, 2, 0, 0),
 ('image', -4, 2147483647, 'B', NULL, 0, NULL, 20), ('varbinary', -3, 8000, 'B', 'max length', 2, NULL, 4),
 ('timestamp', -2, 8, 'B', NULL, 2, NULL, 80), ('binary', -2, 8000, 'B', 'length', 2, NULL, 3),
 ('text', -1, 2147483647, 'C', NULL, 1, NULL, 19), ('char', 1, 8000, 'C', 'length', 3, NULL, 1),
@@ -167,6 +165,10 @@ THEN t - 90 END; CHAR_OCTET_LENGTH int = octets; IS_NULLABLE varchar(254) = iif(
 LIKE '%length' THEN size END AS octets FROM (SELECT *, ts_type_length(type) AS size, ts_type_precision(type) AS digits
 FROM (SELECT object, ordinal, name, type, nullable, identity, output FROM $c UNION ALL SELECT id, 0, '', 3, 0, 0, 1 FROM
 $o WHERE type = 'P')) JOIN $I ON n = ts_type_base(type) JOIN (SELECT 2 AS odbc UNION SELECT 3)))"},
+    {"", "spt_values",  // numbers, in master only
+     R"(name nvarchar(35) = NULL; number int = n; type nchar(3) = 'P  '; low int = n / 8 + 1; high int = 1 << n % 8;
+status int = 0)",
+     "(WITH r (n) AS (VALUES (0) UNION ALL SELECT n + 1 FROM r WHERE n < 2047) SELECT n FROM r)"},
     {"sys", "indexes",
      R"(object_id int = o.parent; name sysname = ts_bare_name(o.name); index_id int = $INDEX; type tinyint = CASE o.type
 WHEN 'PK' THEN 1 ELSE 2 END; type_desc nvarchar(60) = CASE o.type WHEN 'PK' THEN 'CLUSTERED' ELSE
@@ -283,8 +285,8 @@ ts_on_delete(n.source))",
      "TABLE_* = o.name; TABLE_TYPE varchar(10) = CASE o.type WHEN 'U' THEN 'BASE TABLE' ELSE 'VIEW' END",
      "$o o WHERE o.type IN ('U', 'V')"},
     {"INFORMATION_SCHEMA", "VIEWS",
-     R"(TABLE_* = o.name; VIEW_DEFINITION nvarchar(4000) = o.source; CHECK_OPTION varchar(7) = 'NONE'; IS_UPDATABLE
-varchar(2) = 'NO')",
+     R"(TABLE_* = o.name; VIEW_DEFINITION nvarchar(4000) = o.source; CHECK_OPTION varchar(7) = iif(o.stored = '',
+'NONE', o.stored); IS_UPDATABLE varchar(2) = 'NO')",
      "$o o WHERE o.type = 'V'"},
     {"INFORMATION_SCHEMA", "COLUMNS",
      R"(TABLE_* = o.name; COLUMN_NAME sysname = c.name; ORDINAL_POSITION int = c.ordinal; COLUMN_DEFAULT nvarchar(4000)
@@ -325,10 +327,11 @@ constexpr std::string_view kMissingViews =
     "sysaltfiles sysconfigures sysconstraints sysdepends sysfilegroups sysfiles sysforeignkeys sysindexkeys "
     "syslockinfo syslogins sysmembers sysmessages syspermissions sysprotects sysreferences sysservers";
 
-// tempdb also shows the session's temporary tables, with negative ids.
+// tempdb also shows the session's temporary tables, with negative ids and names that end in a number.
 constexpr std::string_view kTemporaryObjects =
-    R"((SELECT * FROM tempdb.tsqlbox_objects UNION ALL SELECT -id, name, type, -parent, stored, keys, created, source
-FROM temp.tsqlbox_objects WHERE name NOT LIKE '@%'))";
+    R"((SELECT * FROM tempdb.tsqlbox_objects UNION ALL SELECT -id, iif(parent, name, printf('%!.116s%012d', name ||
+replace(hex(zeroblob(58)), '0', '_'), id)), type, -parent, stored, keys, created, source FROM temp.tsqlbox_objects WHERE
+name NOT LIKE '@%'))";
 constexpr std::string_view kTemporaryColumns =
     R"((SELECT * FROM tempdb.tsqlbox_columns UNION ALL SELECT -object, ordinal, name, type, nullable, identity,
 fallback, output, user_type, computed, persisted FROM temp.tsqlbox_columns))";
@@ -398,27 +401,35 @@ SystemView queryOf(std::string_view columns, std::string_view source) {
     return read;
 }
 
+std::string inDatabase(std::string sql, std::string_view sqliteSchema, std::string_view database,
+                       const Storage& storage) {
+    replace_all(sql, "$SCHEMAS", kSchemas);
+    if (sql.find("$T") != std::string::npos) replace_all(sql, "$T", typeList());
+    const bool temporary = sameWord(database, "tempdb");
+    const std::string prefix = std::string(sqliteSchema) + ".";
+    const auto textOf = [&](char mark) {
+        if (mark == 'o') return temporary ? std::string(kTemporaryObjects) : prefix + "tsqlbox_objects";
+        if (mark == 'c') return temporary ? std::string(kTemporaryColumns) : prefix + "tsqlbox_columns";
+        if (mark == 'L' || mark == 'S') return mark == 'L' ? databaseList(storage) : sessionList(storage);
+        if (mark == 'd' || mark == 's') return quotedText(mark == 'd' ? database : databaseKey(database));
+        return mark == 'C' ? std::string(kCollationName) : prefix;
+    };
+    std::string text;  // may contain names that look like placeholders
+    for (std::size_t at = 0; (at = sql.find('$', at)) != std::string::npos; at += text.size())
+        sql.replace(at, 2, text = textOf(sql[at + 1]));
+    return sql;
+}
+
 std::optional<SystemView> systemView(std::string_view schema, std::string_view name,
                                      std::string_view sqliteSchema, std::string_view database,
                                      const Storage& storage) {
     const bool legacy = schema.empty() || sameWord(schema, "dbo") || sameWord(schema, "sys");
     for (const auto& view : kViews) {
-        if (!sameWord(view.name, name) || !(view.schema.empty() ? legacy : sameWord(view.schema, schema)))
+        if (!sameWord(view.name, name) || !(view.schema.empty() ? legacy : sameWord(view.schema, schema)) ||
+            (view.name == "spt_values" && !sameWord(database, "master")))
             continue;
         SystemView found = queryOf(view.columns, view.from);
-        replace_all(found.sql, "$T", typeList());
-        const bool temporary = sameWord(database, "tempdb");
-        const std::string prefix = std::string(sqliteSchema) + ".";
-        const auto textOf = [&](char mark) {
-            if (mark == 'o') return temporary ? std::string(kTemporaryObjects) : prefix + "tsqlbox_objects";
-            if (mark == 'c') return temporary ? std::string(kTemporaryColumns) : prefix + "tsqlbox_columns";
-            if (mark == 'L' || mark == 'S') return mark == 'L' ? databaseList(storage) : sessionList(storage);
-            if (mark == 'd' || mark == 's') return quotedText(mark == 'd' ? database : databaseKey(database));
-            return mark == 'C' ? std::string(kCollationName) : prefix;
-        };
-        std::string text;  // may contain names that look like placeholders
-        for (std::size_t at = 0; (at = found.sql.find('$', at)) != std::string::npos; at += text.size())
-            found.sql.replace(at, 2, text = textOf(found.sql[at + 1]));
+        found.sql = inDatabase(std::move(found.sql), sqliteSchema, database, storage);
         found.name = std::string(view.schema) + (view.schema.empty() ? "" : ".") + std::string(view.name);
         return found;
     }

@@ -17,6 +17,10 @@ struct SystemProcedure {
     int failed = 1;  // return value after an error in `body`
 };
 
+// $TABLE in their texts: refuses other databases, and completes the name of a temporary table.
+inline constexpr std::string_view kOfTable =
+    R"(IF @table_qualifier <> DB_NAME() BEGIN RAISERROR(15250, -1, -1) RETURN 1 END IF @table_name LIKE '#%' SET
+@table_name = ISNULL(OBJECT_NAME(OBJECT_ID('tempdb..' + QUOTENAME(@table_name)), 2), @table_name))";
 inline constexpr SystemProcedure kCatalogueProcedures[] = {
     // The types of SQL Server as ODBC describes them. Drivers read the largest length of a string and the
     // precision of a date from it. ODBC 3 numbers dates in another way than ODBC 2.
@@ -88,11 +92,10 @@ CHARINDEX('''' + t + '''', @table_type) > 0)) ORDER BY 4, 1, 2, 3)"},
     {"sp_columns",
      "@table_name nvarchar(384), @table_owner nvarchar(384) = NULL, @table_qualifier sysname = NULL, "
      "@column_name nvarchar(384) = NULL, @ODBCVer int = 2, @fUsePattern bit = 1",
-     R"(IF @table_qualifier <> DB_NAME() BEGIN RAISERROR(15250, -1, -1) RETURN 1 END
-SELECT TABLE_QUALIFIER = DB_NAME(), TABLE_OWNER = SCHEMA_NAME(o.schema_id), TABLE_NAME = o.name, COLUMN_NAME = c.name,
-c.DATA_TYPE, c.TYPE_NAME, c.PRECISION, c.LENGTH, c.SCALE, c.RADIX, NULLABLE = c.nullable, REMARKS = CAST(NULL AS
-varchar(254)), COLUMN_DEF = (SELECT CAST(definition AS nvarchar(4000)) FROM sys.default_constraints d WHERE
-d.parent_object_id = o.object_id AND d.parent_column_id = c.column_id), c.SQL_DATA_TYPE, c.SQL_DATETIME_SUB,
+     R"($TABLE SELECT TABLE_QUALIFIER = DB_NAME(), TABLE_OWNER = SCHEMA_NAME(o.schema_id), TABLE_NAME = o.name,
+COLUMN_NAME = c.name, c.DATA_TYPE, c.TYPE_NAME, c.PRECISION, c.LENGTH, c.SCALE, c.RADIX, NULLABLE = c.nullable, REMARKS
+= CAST(NULL AS varchar(254)), COLUMN_DEF = (SELECT CAST(definition AS nvarchar(4000)) FROM sys.default_constraints d
+WHERE d.parent_object_id = o.object_id AND d.parent_column_id = c.column_id), c.SQL_DATA_TYPE, c.SQL_DATETIME_SUB,
 c.CHAR_OCTET_LENGTH, ORDINAL_POSITION = c.column_id, c.IS_NULLABLE, SS_DATA_TYPE = CAST(NULL AS tinyint) FROM
 sys.objects o JOIN sys.spt_columns c ON c.object_id = o.object_id WHERE o.type IN ('U', 'V') AND c.odbc = IIF(@ODBCVer =
 3, 3, 2) AND (o.name = @table_name OR @fUsePattern = 1 AND o.name LIKE @table_name) AND SCHEMA_NAME(o.schema_id) LIKE
@@ -114,23 +117,21 @@ SCHEMA_NAME(o.schema_id) LIKE ISNULL(@procedure_owner, '%') AND c.name LIKE ISNU
     {"sp_special_columns",
      "@table_name sysname, @table_owner sysname = NULL, @table_qualifier sysname = NULL, @col_type char(1) = "
      "'R', @scope char(1) = 'T', @nullable char(1) = 'U', @ODBCVer int = 2",
-     R"(IF @table_qualifier <> DB_NAME() BEGIN RAISERROR(15250, -1, -1) RETURN 1 END
-SELECT SCOPE = CAST(IIF(@col_type = 'R', 0, NULL) AS smallint), COLUMN_NAME = c.name, c.DATA_TYPE, c.TYPE_NAME,
-c.PRECISION, c.LENGTH, c.SCALE, PSEUDO_COLUMN = CAST(1 AS smallint) FROM sys.objects o JOIN sys.spt_columns c ON
-c.object_id = o.object_id LEFT JOIN sys.index_columns k ON @col_type = 'R' AND k.object_id = o.object_id AND k.column_id
-= c.column_id WHERE (@col_type = 'R' OR c.TYPE_NAME = 'timestamp') AND c.odbc = IIF(@ODBCVer = 3, 3, 2) AND o.name =
-@table_name AND SCHEMA_NAME(o.schema_id) = ISNULL(@table_owner, SCHEMA_NAME(o.schema_id)) AND (@col_type = 'V' OR
-k.index_id = (SELECT MIN(i.index_id) FROM sys.indexes i WHERE i.object_id = o.object_id AND i.is_unique = 1 AND
+     R"($TABLE SELECT SCOPE = CAST(IIF(@col_type = 'R', 0, NULL) AS smallint), COLUMN_NAME = c.name, c.DATA_TYPE,
+c.TYPE_NAME, c.PRECISION, c.LENGTH, c.SCALE, PSEUDO_COLUMN = CAST(1 AS smallint) FROM sys.objects o JOIN sys.spt_columns
+c ON c.object_id = o.object_id LEFT JOIN sys.index_columns k ON @col_type = 'R' AND k.object_id = o.object_id AND
+k.column_id = c.column_id WHERE (@col_type = 'R' OR c.TYPE_NAME = 'timestamp') AND c.odbc = IIF(@ODBCVer = 3, 3, 2) AND
+o.name = @table_name AND SCHEMA_NAME(o.schema_id) = ISNULL(@table_owner, SCHEMA_NAME(o.schema_id)) AND (@col_type = 'V'
+OR k.index_id = (SELECT MIN(i.index_id) FROM sys.indexes i WHERE i.object_id = o.object_id AND i.is_unique = 1 AND
 i.has_filter = 0 AND (@nullable <> 'O' OR NOT EXISTS (SELECT 1 FROM sys.index_columns n JOIN sys.columns m ON
 m.object_id = n.object_id AND m.column_id = n.column_id WHERE n.object_id = i.object_id AND n.index_id = i.index_id AND
 m.is_nullable = 1)))) ORDER BY k.key_ordinal)"},
     {"sp_pkeys", "@table_name sysname, @table_owner sysname = NULL, @table_qualifier sysname = NULL",
-     R"(IF @table_qualifier <> DB_NAME() BEGIN RAISERROR(15250, -1, -1) RETURN 1 END
-SELECT TABLE_QUALIFIER = DB_NAME(), TABLE_OWNER = SCHEMA_NAME(o.schema_id), TABLE_NAME = o.name, COLUMN_NAME = COL_NAME
-(o.object_id, c.column_id), KEY_SEQ = CAST(c.key_ordinal AS smallint), PK_NAME = i.name FROM sys.objects o JOIN
-sys.indexes i ON i.object_id = o.object_id JOIN sys.index_columns c ON c.object_id = i.object_id AND c.index_id =
-i.index_id WHERE i.is_primary_key = 1 AND o.name = @table_name AND SCHEMA_NAME(o.schema_id) = ISNULL(@table_owner,
-SCHEMA_NAME(o.schema_id)) ORDER BY 1, 2, 3, 5)"},
+     R"($TABLE SELECT TABLE_QUALIFIER = DB_NAME(), TABLE_OWNER = SCHEMA_NAME(o.schema_id), TABLE_NAME = o.name,
+COLUMN_NAME = COL_NAME (o.object_id, c.column_id), KEY_SEQ = CAST(c.key_ordinal AS smallint), PK_NAME = i.name FROM
+sys.objects o JOIN sys.indexes i ON i.object_id = o.object_id JOIN sys.index_columns c ON c.object_id = i.object_id AND
+c.index_id = i.index_id WHERE i.is_primary_key = 1 AND o.name = @table_name AND SCHEMA_NAME(o.schema_id) =
+ISNULL(@table_owner, SCHEMA_NAME(o.schema_id)) ORDER BY 1, 2, 3, 5)"},
     {"sp_fkeys",
      "@pktable_name sysname = NULL, @pktable_owner sysname = NULL, @pktable_qualifier sysname = NULL, "
      "@fktable_name sysname = NULL, @fktable_owner sysname = NULL, @fktable_qualifier sysname = NULL",
@@ -150,15 +151,14 @@ ORDER BY IIF(@pktable_name IS NULL, OBJECT_NAME(r), OBJECT_NAME(p)), 12, 9)"},
     {"sp_statistics",
      "@table_name sysname, @table_owner sysname = NULL, @table_qualifier sysname = NULL, @index_name sysname "
      "= '%', @is_unique char(1) = 'N', @accuracy char(1) = 'Q'",
-     R"(IF @table_qualifier <> DB_NAME() BEGIN RAISERROR(15250, -1, -1) RETURN 1 END
-SELECT TABLE_QUALIFIER = DB_NAME(), TABLE_OWNER = SCHEMA_NAME(o.schema_id), TABLE_NAME = o.name, NON_UNIQUE = CAST(1 -
-i.is_unique AS smallint), INDEX_QUALIFIER = o.name, INDEX_NAME = i.name, TYPE = CAST(IIF(i.type = 1, 1, 3) AS smallint),
-SEQ_IN_INDEX = CAST(c.key_ordinal AS smallint), COLUMN_NAME = COL_NAME(o.object_id, c.column_id), COLLATION =
-IIF(c.is_descending_key = 1, 'D', 'A'), CARDINALITY = CAST(NULL AS int), PAGES = CAST(NULL AS int), FILTER_CONDITION =
-CAST(NULL AS varchar(128)) FROM sys.objects o JOIN sys.indexes i ON i.object_id = o.object_id JOIN sys.index_columns c
-ON c.object_id = i.object_id AND c.index_id = i.index_id WHERE o.name = @table_name AND i.name LIKE @index_name AND
-(@is_unique <> 'Y' OR i.is_unique = 1) AND SCHEMA_NAME(o.schema_id) = ISNULL(@table_owner, SCHEMA_NAME(o.schema_id))
-ORDER BY 4, 7, 6, 8)"},
+     R"($TABLE SELECT TABLE_QUALIFIER = DB_NAME(), TABLE_OWNER = SCHEMA_NAME(o.schema_id), TABLE_NAME = o.name,
+NON_UNIQUE = CAST(1 - i.is_unique AS smallint), INDEX_QUALIFIER = o.name, INDEX_NAME = i.name, TYPE = CAST(IIF(i.type =
+1, 1, 3) AS smallint), SEQ_IN_INDEX = CAST(c.key_ordinal AS smallint), COLUMN_NAME = COL_NAME(o.object_id, c.column_id),
+COLLATION = IIF(c.is_descending_key = 1, 'D', 'A'), CARDINALITY = CAST(NULL AS int), PAGES = CAST(NULL AS int),
+FILTER_CONDITION = CAST(NULL AS varchar(128)) FROM sys.objects o JOIN sys.indexes i ON i.object_id = o.object_id JOIN
+sys.index_columns c ON c.object_id = i.object_id AND c.index_id = i.index_id WHERE o.name = @table_name AND i.name LIKE
+@index_name AND (@is_unique <> 'Y' OR i.is_unique = 1) AND SCHEMA_NAME(o.schema_id) = ISNULL(@table_owner,
+SCHEMA_NAME(o.schema_id)) ORDER BY 4, 7, 6, 8)"},
     {"sp_stored_procedures",
      "@sp_name nvarchar(390) = NULL, @sp_owner nvarchar(384) = NULL, @sp_qualifier sysname = NULL, "
      "@fUsePattern bit = 1",

@@ -52,7 +52,7 @@ class ResultSink {
   public:
     virtual ~ResultSink() = default;
     virtual void columns(std::span<const Column>) {}  // begins a result set
-    virtual void row(std::span<const CellView>) {}
+    virtual void row(Cells) {}
     // rowCount: rows read or changed; -1: not reported, as under SET NOCOUNT ON.
     virtual void statementDone(std::int64_t /*rowCount*/, StatementKind) {}
     // Enclose the statements of a procedure that the batch itself calls. status: the return value; null if an

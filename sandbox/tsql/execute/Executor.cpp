@@ -269,7 +269,7 @@ SqlError Executor::errorOf(const SqliteFailure& failure) {
         {"prohibited in generated columns",
          "a computed column with a user-defined function or one like GETDATE"},
         {"too many arguments on function ts_pack", "APPLY of a query with more than 127 columns"},
-        {"misuse of aggregate", "an aggregate of columns of an outer query or of the left side of APPLY"}};
+        {"misuse of aggregate", "an aggregate of columns of an outer query in this place"}};
     for (const auto& [part, construct] : kLimits)
         if (text.find(part) != std::string::npos) return unsupported(construct);
     return {kUserDefined, "tsqlbox could not run the statement: " + text + "."};

@@ -81,11 +81,11 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
                           const Translator& translator) override;
     // FunctionSession
     Value variableValue(std::string_view name) override;
-    Value callFunction(std::string_view database, std::string_view key,
-                       std::span<const CellView> arguments) override;
+    Value callFunction(std::string_view database, std::string_view key, Cells arguments) override;
     const Storage& storage() const override { return m_storage; }
     std::string databaseOf(const ObjectName& name) const override;
     Catalogue catalogue(const ObjectName& name) override;
+    Value lookUp(std::string_view query, const std::string& database, Cells arguments) override;
     std::optional<ObjectInfo> object(const ObjectName& name) override;
     std::optional<std::int64_t> lastIdentity(const TableInfo& table) override;
     std::optional<std::int64_t> scopeIdentity() const override { return m_frames.back()->identity; }
@@ -120,8 +120,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     Flow run(const Assign& assign);
     Flow run(const If& node);
     Flow run(const While& node);
-    Flow run(const Break&) { return Flow::Break; }
-    Flow run(const Continue&) { return Flow::Continue; }
+    Flow run(const Jump& jump) { return jump.again ? Flow::Continue : Flow::Break; }
     Flow run(const Label&) { return Flow::Next; }
     Flow run(const Goto& node) {
         m_goto = node.label;
@@ -187,14 +186,15 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     void beginRows(std::span<const Column> columns) {
         if (!m_rowHandler) m_sink->columns(columns);
     }
-    void sendRow(std::span<const Column> columns, std::span<const CellView> cells) {
+    void sendRow(std::span<const Column> columns, Cells cells) {
         m_rowHandler ? (*m_rowHandler)(columns, cells) : m_sink->row(cells);
     }
     Flow selectInto(const Query& query, const ObjectName& name);
     ColumnList insertColumns(const TableInfo& target, const std::vector<std::string>& names,
                              bool defaultValues) const;
     void insertRow(const TableInfo& target, const ColumnList& columns, const std::vector<TypedValue>& cells);
-    void insertRowsOf(const TableInfo& target, const ColumnList& columns, const std::function<void()>& work);
+    void insertRowsOf(const TableInfo& target, const ColumnList& columns, int misfit,  // state of error 213
+                      const std::function<void()>& work);
     TableInfo changedTable(const Change& change, std::string_view verb);
     void updateInSteps(const TableInfo& target, const Translator& translator);
     void change(const TableInfo& target, std::string_view verb, const std::string& sql,
@@ -217,8 +217,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     void setCounter(const std::string& schema, const std::string& name, std::int64_t value);
     std::optional<std::int64_t> counter(const std::string& schema, const std::string& name);
     Value rowVersion(int ahead);  // of the current database; 0: the last one
-    std::vector<ObjectInfo> noteConstraints(Catalogue& catalogue, TableInfo table,
-                                            const CreateTable& definition);
+    std::vector<ObjectInfo> noteConstraints(Catalogue& catalogue, TableInfo table, const CreateTable& create);
     ObjectInfo constraintOf(Catalogue& catalogue, const TableInfo& table, const Constraint& constraint);
     std::string tableBody(Catalogue& catalogue, const TableInfo& table);
     CheckText computed(const TableInfo& table, const TableColumn& column);
@@ -258,8 +257,7 @@ class Executor final : public Session, public NameResolver, public FunctionSessi
     void run(const TransferObject& transfer);
     void place(Catalogue& owner, ObjectInfo object, const std::string& schema, const std::string& name);
     void renameObject(Catalogue& owner, const ObjectInfo& object, const std::string& newName);
-    void renameColumn(Catalogue& owner, const TableInfo& table, TableColumn column,
-                      const std::string& newName);
+    void renameColumn(Catalogue& owner, const TableInfo& table, TableColumn column, const std::string& name);
 
     // ---- triggers (ExecutorTriggers.cpp)
     TableInfo tableOfTrigger(const CreateModule& trigger);

@@ -84,22 +84,21 @@ void Executor::dropDatabase(const std::string& name, bool ifExists) {
 
 // ---- maintenance
 
-void Executor::run(const Maintenance& maintenance) {
-    if (maintenance.table) {
-        const bool isDbcc = !maintenance.dbcc.empty();
-        const TableInfo target =
-            table(*maintenance.table, isDbcc ? kDbccTableUnknown : kStatisticsTableUnknown);
-        if (isDbcc) checkIdentity(target, maintenance);
+void Executor::run(const Maintenance& node) {
+    if (node.table) {
+        const bool isDbcc = !node.dbcc.empty();
+        const TableInfo target = table(*node.table, isDbcc ? kDbccTableUnknown : kStatisticsTableUnknown);
+        if (isDbcc) checkIdentity(target, node);
     }
-    if (maintenance.dbcc == "CHECKDB") {
-        const std::string name = maintenance.database ? evaluateText(*maintenance.database) : m_database;
+    if (node.dbcc == "CHECKDB") {
+        const std::string name = node.database ? evaluateText(*node.database) : m_database;
         PreparedStatement findings(m_connection, "PRAGMA " + m_connection.attach(name) + ".integrity_check");
         int faults = 0;
         for (; findings.step() && findings.text(0) != "ok"; ++faults) inform(kTableError, {findings.text(0)});
-        if (faults > 0 || !maintenance.onlyFaults)
+        if (faults > 0 || !node.onlyFaults)
             inform(kDatabaseChecked, {std::to_string(faults), m_storage.canonicalName(name)});
     }
-    if (!maintenance.dbcc.empty() && !maintenance.onlyFaults) inform(kDbccDone);
+    if (!node.dbcc.empty() && !node.onlyFaults) inform(kDbccDone);
 }
 
 // DBCC CHECKIDENT. A given seed is the next identity of a table that never had one, else the last identity.

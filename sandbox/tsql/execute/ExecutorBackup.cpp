@@ -13,10 +13,9 @@ constexpr std::string_view kFileList =
     R"(LogicalName nvarchar(128) = column1; PhysicalName nvarchar(260) = column2; Type char(1) = column3; FileGroupName
 nvarchar(128) = column4; Size numeric(20) = column5; MaxSize numeric(20) = 35184372080640; FileId bigint = column6;
 CreateLSN numeric(25) = 0; DropLSN numeric(25) = 0; UniqueId uniqueidentifier = NULL; ReadOnlyLSN numeric(25) = 0;
-ReadWriteLSN numeric(25) = 0; BackupSizeInBytes bigint = column5; SourceBlockSize int = 4096; FileGroupId int =
-column6; LogGroupGUID uniqueidentifier = NULL; DifferentialBaseLSN numeric(25) = 0; DifferentialBaseGUID
-uniqueidentifier = NULL; IsReadOnly bit = 0; IsPresent bit = 1; TDEThumbprint varbinary(32) = NULL; SnapshotUrl
-nvarchar(360) = NULL)";
+ReadWriteLSN numeric(25) = 0; BackupSizeInBytes bigint = column5; SourceBlockSize int = 4096; FileGroupId int = column6;
+LogGroupGUID uniqueidentifier = NULL; DifferentialBaseLSN numeric(25) = 0; DifferentialBaseGUID uniqueidentifier = NULL;
+IsReadOnly bit = 0; IsPresent bit = 1; TDEThumbprint varbinary(32) = NULL; SnapshotUrl nvarchar(360) = NULL)";
 constexpr std::string_view kFiles =
     "(VALUES (?1, ?2, 'D', 'PRIMARY', ?3, 1), (?1 || '_log', ?2 || '-wal', 'L', NULL, 0, 2))";
 constexpr std::string_view kHeader =

@@ -61,7 +61,7 @@ void Executor::run(const ChangeCursor& change) {
         cursor.at = 0, cursor.block = 1;
         PreparedStatement statement(m_connection, cursor.query.sql, cursor.parameters);
         constexpr std::size_t kMostRows = 1'000'000;  // all rows are kept in memory
-        const RowHandler keep = [&](std::span<const Column>, std::span<const CellView> cells) {
+        const RowHandler keep = [&](std::span<const Column>, Cells cells) {
             if (cursor.rows.size() == kMostRows)
                 throw unsupported("a cursor over more than " + std::to_string(kMostRows) + " rows");
             std::vector<Value>& row = cursor.rows.emplace_back();

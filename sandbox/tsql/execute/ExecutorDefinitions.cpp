@@ -285,7 +285,7 @@ std::string Executor::tableBody(Catalogue& catalogue, const TableInfo& table) {
         std::string text = quotedName(column.name) + " ";
         if (!column.identity)
             text.append(storageClass(column.type)).append(column.nullable ? "" : " NOT NULL");
-        else if (table.increment != 1)
+        else if (!table.isCountedBySqlite())
             text += "INTEGER PRIMARY KEY";
         else
             text += "INTEGER PRIMARY KEY AUTOINCREMENT CHECK (" +
@@ -551,7 +551,7 @@ void Executor::run(const AlterTable& alter) {
                 std::ranges::count(columns, std::string(), &TableColumn::computed) == 1)
                 throw sqlError(kOnlyDataColumn, {target.column(name)->name, target.name});
             m_connection.run("ALTER TABLE " + target.sqlName() + " DROP COLUMN " + quotedName(name));
-            owner.removeColumns(target.id, name);
+            owner.removeColumn(target.id, name);
         }
     });
 }
@@ -575,8 +575,7 @@ void Executor::addIndex(Catalogue& catalogue, const TableInfo& table, const Crea
 }
 
 void Executor::run(const CreateIndex& create) {
-    define(create.table,
-           [&](Catalogue& owner) { addIndex(owner, table(create.table, kObjectNotFound), create); });
+    define(create.table, [&](auto& owner) { addIndex(owner, table(create.table, kObjectNotFound), create); });
 }
 
 void Executor::run(const AlterIndex& alter) {
@@ -594,12 +593,11 @@ void Executor::run(const Drop& drop) {
         drop.kind == "database" ? dropDatabase(name.name, drop.ifExists) : dropObject(name, drop);
 }
 
-void Executor::dropIndex(const AlterIndex& dropped, bool ifExists) {
-    define(dropped.table, [&](Catalogue& owner) {
-        const auto target = findTable(dropped.table);
-        const auto index =
-            target ? keyNamed(owner.keysOf(target->id), dropped.name, isIndexed) : std::nullopt;
-        const std::string written = asWritten(dropped.table) + "." + dropped.name;
+void Executor::dropIndex(const AlterIndex& drop, bool ifExists) {
+    define(drop.table, [&](Catalogue& owner) {
+        const auto target = findTable(drop.table);
+        const auto index = target ? keyNamed(owner.keysOf(target->id), drop.name, isIndexed) : std::nullopt;
+        const std::string written = asWritten(drop.table) + "." + drop.name;
         if (index && isConstraint(*index))
             throw sqlError(kCannotDropKeyIndex, {written, index->type == kPrimaryKey ? "PRIMARY" : "UNIQUE"});
         if (!index && !ifExists) throw sqlError(kCannotDropMissing, {"index", written}, 7);

@@ -69,14 +69,9 @@ Flow Executor::run(const CreateModule& module) try {
     const auto table = module.isTrigger() ? std::optional(tableOfTrigger(module)) : std::nullopt;
     ObjectName name = module.name;
     if (table) name.schema = table->schemaName;
-    auto columns = parameterColumns(module);
-    if (module.query) {
-        const auto existing = object(name);
-        const StoredModule view{databaseOf(name), name.schema, name.name,
-                                nullptr,          &module,     existing ? existing->id : 0};
-        auto found = viewTable(view).columns;
-        if (!module.function) columns = std::move(found);
-    }
+    const auto before = object(name);
+    StoredModule own{databaseOf(name), name.schema, name.name, nullptr, &module, before ? before->id : 0};
+    const auto columns = module.query ? viewTable(own).columns : std::vector<TableColumn>();
     const Firing firing{table.value_or(TableInfo()), {}, {}};
     Frame frame;
     frame.procedure = module.name.name;
@@ -100,9 +95,9 @@ Flow Executor::run(const CreateModule& module) try {
         const std::string_view verb = tokenize(m_text).front().raw;
         const auto at = static_cast<std::size_t>(verb.data() - m_text.data());
         if (!module.create) object.source.replace(at, verb.size(), "CREATE");
+        if (type == kView) object.stored = module.checksRows ? "CASCADE" : "";
         owner.save(object);
-        owner.removeColumns(object.id);
-        owner.saveColumns(object.id, columns);
+        owner.replaceColumns(object.id, type == kView ? columns : parameterColumns(module));
         if (!owner.isTemporary()) return;
         const auto ofProcedure = std::ranges::find_if(
             m_frames.rbegin(), m_frames.rend(), [](const Frame* each) { return !each->procedure.empty(); });
@@ -145,8 +140,7 @@ std::optional<StoredModule> Executor::module(const ObjectName& name, std::string
     ObjectName key = name;
     if (isTemporary) key.database.clear();
     auto found = visibleObject(key);
-    if ((!found || found->type != type) && name.database.empty() &&
-        lowerAscii(name.name).starts_with("sp_")) {
+    if ((!found || found->type != type) && name.database.empty() && lowerAscii(key.name).starts_with("sp_")) {
         key.database = "master";
         found = object(key);
     }
@@ -251,9 +245,11 @@ void Executor::asCall(const std::function<std::int32_t()>& work) {
 
 std::optional<StoredModule> Executor::moduleOf(const SystemProcedure& procedure, const ObjectName& name) {
     const std::string own(procedure.name);
+    std::string text(procedure.text);
+    if (text.starts_with("$TABLE")) text.replace(0, std::string_view("$TABLE").size(), kOfTable);
     const auto head = parsed("CREATE PROCEDURE " + own + " " + std::string(procedure.parameters) +
                                  " AS DECLARE @procedure sysname = '" + own +
-                                 "', @database sysname = DB_NAME() " + std::string(procedure.text),
+                                 "', @database sysname = DB_NAME() " + text,
                              m_database);
     return StoredModule{databaseOf(name), "sys", own, head, &moduleOf(*head)};
 }
@@ -357,8 +353,7 @@ void Executor::returnOutputs(const CreateModule& module, const Arguments& argume
 }
 
 // SQLite calls this for every row of a query that contains the function.
-Value Executor::callFunction(std::string_view database, std::string_view key,
-                             std::span<const CellView> arguments) {
+Value Executor::callFunction(std::string_view database, std::string_view key, Cells arguments) {
     const ObjectName object{std::string(database), std::string(schemaOf(key)), std::string(bareName(key))};
     const auto function = Executor::module(object, kFunction);
     if (!function) throw sqlError(kInvalidObjectName, {object.name});

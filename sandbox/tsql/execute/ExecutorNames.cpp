@@ -63,8 +63,11 @@ Value Executor::variableValue(std::string_view name) {
 // ---- identities
 
 std::optional<std::int64_t> Executor::lastIdentity(const TableInfo& table) {
-    const auto last = counter(table.schema, table.stored);
-    return last ? std::optional(table.counted(*last)) : last;
+    auto last = counter(table.schema, table.stored);
+    if (last) last = table.counted(*last);
+    const std::int64_t unused = table.seed - table.increment;  // of a table that never had an identity
+    while (last && *last != unused && !fits(*last, table.identityColumn()->type)) *last -= table.increment;
+    return last;
 }
 
 // ---- what is known
@@ -143,7 +146,7 @@ ObjectInfo Executor::newObject(const Catalogue& owner, const ObjectName& name, s
     ObjectInfo object{0, name.name, std::string(type)};
     if (owner.isTemporary()) object.stored = name.name + "@" + std::to_string(owner.lastId() + 1);
     if (name.schema.empty() || owner.isTemporary()) return object;
-    const auto schema = owner.schema("name", name.schema);
+    const auto schema = owner.schema(name.schema);
     if (!schema || schema->isOfSystem()) throw sqlError(kUnknownSchema, {name.schema});
     object.schemaName = schema->name;
     return object;
@@ -179,6 +182,16 @@ std::optional<SystemView> Executor::view(const ObjectName& name) {
     const std::string database = sameWord(name.name, "server_principals") ? "master" : databaseOf(name);
     catalogue({database, {}, {}}), temporary();  // creates the tables that the views read
     return systemView(name.schema, name.name, m_connection.attach(database), database, m_storage);
+}
+
+Value Executor::lookUp(std::string_view query, const std::string& database, Cells arguments) {
+    catalogue({database, {}, {}}), temporary();  // creates the tables that the query may read
+    const std::string sql =
+        inDatabase(std::string(query), m_connection.attach(database), database, m_storage);
+    std::vector<Value> values(arguments.size());
+    std::ranges::transform(arguments, values.begin(), ownedValue);
+    PreparedStatement found(m_connection, sql, values);
+    return found.step() ? ownedValue(found.cell(0)) : Value(Null{});
 }
 
 }  // namespace tsql

@@ -94,7 +94,7 @@ Flow Executor::selectInto(const Query& query, const ObjectName& name) {
     const TableInfo target = createTable(create);
     ColumnList columns;
     for (std::size_t i = 0; i < text.columns.size(); ++i)
-        if (!text.columns[i].newIdentity || target.increment == 1) columns.push_back(&target.columns[i]);
+        if (!text.columns[i].newIdentity || target.isCountedBySqlite()) columns.push_back(&target.columns[i]);
     change(target, "INSERT", translator.insertSelected(target, columns, text), translator);
     noteHighest(target);
     return done(m_rowCount, StatementKind::Insert);
@@ -160,11 +160,11 @@ Flow Executor::runChange(const Node& node, StatementKind kind) {
         beforeWrite();
         Atomic atomic(m_connection, target.schema);
         claim(*node.output->into);
-        const TableInfo into = table(*node.output->into);
-        if (into.schema != kTempSchema && !enabledTriggers(into, "INSERT").empty())
+        const TableInfo to = table(*node.output->into);
+        if (to.schema != kTempSchema && !enabledTriggers(to, "INSERT").empty())
             throw sqlError(kOutputIntoTriggers, {asWritten(*node.output->into)});
         std::int64_t changed = 0;
-        insertRowsOf(into, insertColumns(into, node.output->columns, /*defaultValues=*/false), [&] {
+        insertRowsOf(to, insertColumns(to, node.output->columns, /*defaultValues=*/false), /*misfit=*/1, [&] {
             apply(node, target);
             changed = m_rowCount;
         });
@@ -184,7 +184,8 @@ void Executor::apply(const Insert& insert, const TableInfo& target, Translator* 
         if (insert.execute && m_rowHandler) throw sqlError(kNestedInsertExec);
         if (insert.execute)
             return inTransaction([&] {
-                insertRowsOf(target, columns, [&] { run(std::get<Execute>(insert.execute->node)); });
+                insertRowsOf(target, columns, /*misfit=*/7,
+                             [&] { run(std::get<Execute>(insert.execute->node)); });
             });
         const auto made = translated(insert, merge, target, columns);
         change(target, "INSERT", made->text.sql, made->translator);
@@ -208,7 +209,7 @@ Flow Executor::run(const InsertBulk& bulk) {
         return finished();
     }
     std::int64_t rows = 0;
-    const RowHandler insertOne = [&](std::span<const Column> sent, std::span<const CellView> cells) {
+    const RowHandler insertOne = [&](std::span<const Column> sent, Cells cells) {
         if (cells.size() != columns.size()) throw sqlError(kColumnCountMismatch);
         ColumnList given;
         std::vector<TypedValue> values;
@@ -249,8 +250,8 @@ void Executor::withIdentities(const TableInfo& target, const std::function<void(
         insert();
     } catch (const SqliteFailure& failure) {
         const bool given = sameWord(m_settings.identityInsert, target.fullName());
-        if ((failure.code & 0xFF) == SQLITE_CONSTRAINT && target.identityColumn() && target.increment == 1 &&
-            !given) {
+        if ((failure.code & 0xFF) == SQLITE_CONSTRAINT && target.identityColumn() &&
+            target.isCountedBySqlite() && !given) {
             // A refused row uses up its identity, as the rows before it do.
             m_givenIdentities[{target.schema, target.stored}] =
                 std::max<std::int64_t>(lastIdentity(target).value_or(0),
@@ -269,12 +270,12 @@ void Executor::withIdentities(const TableInfo& target, const std::function<void(
     }
 }
 
-// Counts identities that were given. SQLite counts those of increment 1.
+// Counts identities that were given, unless SQLite does.
 void Executor::noteHighest(const TableInfo& target) {
     const TableColumn* identity = target.identityColumn();
-    if (!identity || target.increment == 1) return;
-    m_connection.run("UPDATE " + target.schema + ".sqlite_sequence SET seq = (SELECT max(seq, max(ifnull(" +
-                         (target.increment < 0 ? "-" : "") + "_rowid_, seq))) FROM " + target.sqlName() +
+    if (!identity || target.isCountedBySqlite()) return;
+    m_connection.run("UPDATE " + target.schema + ".sqlite_sequence SET seq = (SELECT max(seq, ifnull(max(" +
+                         (target.increment < 0 ? "-" : "") + "_rowid_), seq)) FROM " + target.sqlName() +
                          ") WHERE name = ?1",
                      {target.stored});
 }
@@ -288,7 +289,7 @@ std::int64_t Executor::nextIdentity(std::string_view schema, std::string_view ta
         setCounter(std::string(schema), kRowVersions, kBeforeRowVersions);
         return nextIdentity(schema, table, step);
     }
-    m_givenIdentities[{std::string(schema), std::string(table)}] = std::abs(*counted);
+    m_givenIdentities[{std::string(schema), std::string(table)}] = step < 0 ? -*counted : *counted;
     return *counted;
 }
 
@@ -310,11 +311,11 @@ void Executor::insertRow(const TableInfo& target, const ColumnList& columns,
     m_connection.run(sql, m_change.values);
 }
 
-void Executor::insertRowsOf(const TableInfo& target, const ColumnList& columns,
+void Executor::insertRowsOf(const TableInfo& target, const ColumnList& columns, int misfit,
                             const std::function<void()>& work) {
     std::vector<std::vector<TypedValue>> collected;  // `work` may read the target table
     bool misfits = false;                            // a row has another number of columns
-    const RowHandler collect = [&](std::span<const Column> types, std::span<const CellView> cells) {
+    const RowHandler collect = [&](std::span<const Column> types, Cells cells) {
         misfits = misfits || cells.size() != columns.size();
         if (misfits) return;
         auto& row = collected.emplace_back();
@@ -324,7 +325,7 @@ void Executor::insertRowsOf(const TableInfo& target, const ColumnList& columns,
         const Temporarily diverted(m_rowHandler, &collect);
         work();
     }
-    if (misfits) throw sqlError(kColumnCountMismatch);
+    if (misfits) throw sqlError(kColumnCountMismatch, {}, misfit);
     insertAll(target, [&] {
         for (const auto& row : collected) insertRow(target, columns, row);
         return std::ssize(collected);

@@ -27,27 +27,26 @@ bool replaceName(std::vector<std::string>& names, std::string_view name, const s
 
 // Gives an object a schema and a name, also in SQLite and in the foreign keys that reference it. A module
 // keeps its text, which has its old name.
-void Executor::place(Catalogue& owner, ObjectInfo object, const std::string& schema,
-                     const std::string& name) {
-    const bool isTable = object.type == kTable;
-    auto references = isTable ? owner.keysTo(object.id) : std::vector<ObjectInfo>();
-    object.schemaName = schema;
-    object.name = name;
-    if (isTable && !sameText(object.stored, object.key())) {
-        m_connection.run("ALTER TABLE " + owner.schema() + "." + quotedName(object.stored) + " RENAME TO " +
-                         quotedName(object.key()));
-        object.stored = object.key();
+void Executor::place(Catalogue& owner, ObjectInfo moved, const std::string& schema, const std::string& name) {
+    const bool isTable = moved.type == kTable;
+    auto references = isTable ? owner.keysTo(moved.id) : std::vector<ObjectInfo>();
+    moved.schemaName = schema;
+    moved.name = name;
+    if (isTable && !sameText(moved.stored, moved.key())) {
+        m_connection.run("ALTER TABLE " + owner.schema() + "." + quotedName(moved.stored) + " RENAME TO " +
+                         quotedName(moved.key()));
+        moved.stored = moved.key();
     }
-    owner.save(object);
+    owner.save(moved);
     for (auto& key : references) {
-        key.stored = object.stored;
+        key.stored = moved.stored;
         owner.save(key);
     }
 }
 
 void Executor::run(const TransferObject& transfer) {
     define({}, [&](Catalogue& owner) {
-        const auto schema = owner.schema("name", transfer.schema);
+        const auto schema = owner.schema(transfer.schema);
         if (!schema || schema->isOfSystem())
             throw sqlError(kSecurableNotFound, {"alter", "schema", transfer.schema});
         const auto moved = object(transfer.object);
@@ -55,11 +54,13 @@ void Executor::run(const TransferObject& transfer) {
             throw sqlError(kSecurableNotFound, {"find", "object", asWritten(transfer.object)});
         if (sameText(moved->schemaName, schema->name)) return;
         const auto move = [&](const ObjectInfo& each) {
-            if (owner.find(storedName(schema->name, each.name)))
-                throw sqlError(kTransferNameTaken, {each.name});
+            if (owner.find(storedName(schema->name, each.name))) throw sqlError(kNameTaken, {each.name});
             place(owner, each, schema->name, each.name);
         };
         move(*moved);
+        m_connection.run(
+            "DELETE FROM " + owner.schema() + ".tsqlbox_permissions WHERE class = 1 AND major = ?1",
+            {moved->id});
         for (const auto& key : owner.keysOf(moved->id))
             if (key.type != kIndex) move(key);
         for (const auto& trigger : owner.triggersOf(moved->id)) move(trigger);

@@ -26,6 +26,8 @@ TableInfo Executor::tableOfTrigger(const CreateModule& trigger) {
     const bool fits = found && (found->type == kTable || (found->type == kView && trigger.insteadOf));
     if (!fits || databaseOf(trigger.table) != databaseOf(trigger.name))
         throw sqlError(kNoTableForTrigger, {asWritten(trigger.table)});
+    if (found->type == kView && !found->stored.empty())
+        throw sqlError(kTriggerOfCheckedView, {trigger.name.name, found->name});
     if (!trigger.name.schema.empty() && !sameText(trigger.name.schema, found->schemaName))
         throw sqlError(kTriggerInOtherSchema, {trigger.create ? "create" : "alter", trigger.name.name});
     return catalogue(trigger.table).tableOf(*found);

@@ -34,7 +34,7 @@ void Executor::receiveTable(const std::string& variable, const ProcedureCall::Ar
     std::vector<std::string> names;
     for (std::size_t i = 0; i < sent.columns.size(); ++i)
         if (sent.columns[i]) names.push_back(table.columns[i].name);
-    insertRowsOf(table, insertColumns(table, names, /*defaultValues=*/true),
+    insertRowsOf(table, insertColumns(table, names, /*defaultValues=*/true), /*misfit=*/1,
                  [&] { sent.rows(*m_rowHandler); });
 }
 

@@ -14,13 +14,14 @@ class FunctionSession {
     // Value of "@name" or "@@name". Throws SqlError 137.
     virtual Value variableValue(std::string_view name) = 0;
     // Calls the user-defined scalar function with that key in the catalogue of the database.
-    virtual Value callFunction(std::string_view database, std::string_view key,
-                               std::span<const CellView> arguments) = 0;
+    virtual Value callFunction(std::string_view database, std::string_view key, Cells arguments) = 0;
 
     virtual const Storage& storage() const = 0;
     // Database of the name; the current one if the name has none.
     virtual std::string databaseOf(const ObjectName& name) const = 0;
     virtual Catalogue catalogue(const ObjectName& name) = 0;
+    // Returns the first value of a query, which has the placeholders of system views; NULL without a row.
+    virtual Value lookUp(std::string_view query, const std::string& database, Cells arguments) = 0;
     // Returns the table, module or constraint that the name means; empty without one or its database.
     virtual std::optional<ObjectInfo> object(const ObjectName& name) = 0;
     virtual TableInfo table(const ObjectName& name) = 0;  // throws SqlError 208

@@ -211,10 +211,9 @@ Typed emitIdentity(const std::string& number, const SqlType& type) {
 
 SqlType commonType(std::span<const Typed> pieces) {
     std::optional<SqlType> type;
-    for (const Typed& piece : pieces) {
-        if (piece.nullLiteral) continue;
-        type =
-            type ? commonType(operandType({{}, *type}, piece.type), operandType(piece, *type)) : piece.type;
+    for (const Typed& each : pieces) {
+        if (each.nullLiteral) continue;
+        type = type ? commonType(operandType({{}, *type}, each.type), operandType(each, *type)) : each.type;
     }
     return type.value_or(simpleType(TypeId::Int));
 }

@@ -12,7 +12,7 @@ namespace {
 
 // The values as one string without characters that JSON escapes: for each one its kind, as the index in the
 // variant, and its bytes in hexadecimal digits, with commas between them.
-std::string packed(std::span<const CellView> cells) {
+std::string packed(Cells cells) {
     const auto bytesOf = []<typename T>(const T& value) -> std::string {
         if constexpr (requires { value.size(); }) return hexDigits(std::as_bytes(std::span(value)));
         return hexDigits(std::as_bytes(std::span(&value, 1)));

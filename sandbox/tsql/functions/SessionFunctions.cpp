@@ -31,10 +31,9 @@ constexpr std::string_view kDatabaseProperties =
     "Status = ONLINE; IsAutoClose = 0; IsAutoShrink = 0; IsInStandBy = 0; Recovery = SIMPLE; "
     "Updateability = READ_WRITE; UserAccess = MULTI_USER; Collation = SQL_Latin1_General_CP1_CI_AS";
 constexpr std::string_view kServerProperties =
-    "ProductVersion = 15.0.2000.5; ProductLevel = RTM; ProductMajorVersion = 15; ProductMinorVersion = 0; "
-    "ProductBuild = 2000; Edition = tsqlbox; EngineEdition = 3; IsClustered = 0; IsHadrEnabled = 0; "
-    "IsFullTextInstalled = 0; IsIntegratedSecurityOnly = 0; IsSingleUser = 0; "
-    "Collation = SQL_Latin1_General_CP1_CI_AS";
+    R"(ProductVersion = 15.0.2000.5; ProductLevel = RTM; ProductMajorVersion = 15; ProductMinorVersion = 0; ProductBuild
+= 2000; Edition = tsqlbox; EngineEdition = 3; IsClustered = 0; IsHadrEnabled = 0; IsFullTextInstalled = 0;
+IsIntegratedSecurityOnly = 0; IsSingleUser = 0; Collation = SQL_Latin1_General_CP1_CI_AS)";
 
 Value propertyIn(std::string_view properties, std::string_view name) {
     for (const std::string& each : listItems(properties))
@@ -57,26 +56,40 @@ Value objectId(const SqlCall& call) {
     return name.name.starts_with('#') ? -found->id : found->id;
 }
 
-// (id [, database number])
-template <std::string ObjectInfo::*fact>
-Value ofObject(const SqlCall& call) {
-    const auto database = databaseArgument(call, 1);
+// Queries of the catalogue with the placeholders of system views. ?1, ?2 ... are arguments.
+constexpr std::string_view
+    kObjectName = "SELECT ts_bare_name(name) FROM $o WHERE id = ?1 AND type NOT IN ('IX', 'SCHEMA', 'TYPE')",
+    kSchemaOf = "SELECT ts_schema_of(name) FROM $o WHERE id = ?1 AND type NOT IN ('IX', 'SCHEMA', 'TYPE')",
+    kDefinition = "SELECT source FROM $o WHERE id = ?1 AND type IN ('P', 'FN', 'IF', 'TF', 'V', 'TR')",
+    kColumnName = "SELECT name FROM $c WHERE object = ?1 AND ordinal = ?2",
+    kSchemaId = "SELECT id FROM $SCHEMAS WHERE name = ifnull(?1, 'dbo') COLLATE ts_ci",
+    kSchemaName = "SELECT name FROM $SCHEMAS WHERE id = ifnull(?1, 1)",
+    kOfObject = " FROM $o o WHERE id = ?1 AND type NOT IN ('IX', 'SCHEMA', 'TYPE')",
+    kOfColumn = " FROM $c WHERE object = ?1 AND name = ?2 COLLATE ts_ci";
+constexpr std::string_view kObjectProperties =
+    R"(IsUserTable = type = 'U'; IsTable = type = 'U'; IsProcedure = type = 'P'; IsView = type = 'V'; IsInlineFunction =
+type = 'IF'; IsScalarFunction = type = 'FN'; IsTableFunction = type IN ('IF', 'TF'); IsPrimaryKey = type = 'PK';
+IsForeignKey = type = 'F'; IsTrigger = type = 'TR'; IsMSShipped = 0; TableHasIdentity = CASE type WHEN 'U' THEN EXISTS
+(SELECT 1 FROM $c WHERE object = o.id AND identity = 1) END)";
+constexpr std::string_view kColumnProperties =
+    "IsIdentity = identity = 1; AllowsNull = nullable; IsComputed = computed <> ''; ColumnId = ordinal";
+
+// The first arguments, `used` of them, are those of the query. The next may be the number of a database.
+template <const std::string_view& query, std::size_t used, bool ofDatabase = false>
+Value lookedUp(const SqlCall& call) {
+    const auto database = databaseArgument(call, ofDatabase ? used : call.count());
     if (!database) return Null{};
-    return orNull(call.session().catalogue({*database, {}, {}}).findById(call.integer(0)), fact);
+    return call.session().lookUp(query, *database, call.arguments().first(std::min(used, call.count())));
 }
 
-Value objectProperty(const SqlCall& call) {
-    constexpr std::string_view kUserTypes =
-        "IsUserTable = U; IsTable = U; IsProcedure = P; IsView = V; IsInlineFunction = IF; "
-        "IsScalarFunction = FN; IsPrimaryKey = PK; IsTrigger = TR; IsMSShipped = none";
-    const auto found = call.session().catalogue({}).findById(call.integer(0));
-    if (!found) return Null{};
-    if (const Value type = propertyIn(kUserTypes, call.text(1)); !isNull(type))
-        return std::int64_t{type == Value(found->type)};
-    if (!sameWord(call.text(1), "TableHasIdentity"))
-        throw unsupported("OBJECTPROPERTY's '" + std::string(call.text(1)) + "'");
-    if (found->type != kTable) return Null{};
-    return std::int64_t{call.session().catalogue({}).tableOf(*found).identityColumn() != nullptr};
+// The last argument is the name of a property.
+template <const std::string_view& properties, const std::string_view& from>
+Value propertyOf(const SqlCall& call) {
+    const std::size_t last = call.count() - 1;
+    const Value fact = propertyIn(properties, call.text(last));
+    if (isNull(fact)) throw unsupported("the property '" + std::string(call.text(last)) + "'");
+    return call.session().lookUp("SELECT " + std::get<std::string>(fact) + std::string(from),
+                                 call.session().databaseOf({}), call.arguments().first(last));
 }
 
 Value columnLength(const SqlCall& call) {
@@ -85,17 +98,6 @@ Value columnLength(const SqlCall& call) {
     if (!found) return Null{};
     const TableInfo table = call.session().catalogue(name).tableOf(*found);
     return orNull(table.column(call.text(1)), [](auto& column) { return maxLength(column.type); });
-}
-
-Value columnProperty(const SqlCall& call) {
-    for (const auto& column : call.session().catalogue({}).columns(call.integer(0))) {
-        if (!sameText(column.name, call.text(1))) continue;
-        if (sameWord(call.text(2), "IsIdentity")) return std::int64_t{column.identity};
-        if (sameWord(call.text(2), "AllowsNull")) return std::int64_t{column.nullable};
-        if (sameWord(call.text(2), "IsComputed")) return std::int64_t{!column.computed.empty()};
-        throw unsupported("COLUMNPROPERTY's '" + std::string(call.text(2)) + "'");
-    }
-    return Null{};
 }
 
 Value typeNumber(const SqlCall& call) {
@@ -149,25 +151,15 @@ const std::vector<FunctionInfo> kSessionFunctions = {
          return orNull(databaseId(call.session().storage(), name));
      }},
     {"object_id", "~T[T", TypeId::Int, objectId},
-    {"object_name", "~I[I", kName, ofObject<&ObjectInfo::name>},
-    {"objectproperty", "~IT", TypeId::Int, objectProperty},
-    {"object_schema_name", "~I[I", kName, ofObject<&ObjectInfo::schemaName>},
-    {"object_definition", "~I", nvarcharType(SqlType::kMax),
-     [](const SqlCall& call) -> Value {
-         const auto info = call.session().catalogue({}).findById(call.integer(0));
-         const bool isModule = info && info->type != kTable && (info->parent == 0 || info->type == kTrigger);
-         return isModule ? Value(info->source) : Value(Null{});
-     }},
+    {"object_name", "~I[I", kName, lookedUp<kObjectName, 1, /*ofDatabase=*/true>},
+    {"objectproperty", "~IT", TypeId::Int, propertyOf<kObjectProperties, kOfObject>},
+    {"object_schema_name", "~I[I", kName, lookedUp<kSchemaOf, 1, /*ofDatabase=*/true>},
+    {"object_definition", "~I", nvarcharType(SqlType::kMax), lookedUp<kDefinition, 1>},
     {"has_dbaccess", "~T", TypeId::Int,
      [](const SqlCall& call) { return call.session().storage().exists(call.text(0)) ? Value(1) : Null{}; }},
     {"col_length", "~TT", TypeId::SmallInt, columnLength},
-    {"col_name", "~II", kName,
-     [](const SqlCall& call) -> Value {
-         for (const auto& column : call.session().catalogue({}).columns(call.integer(0)))
-             if (column.id == call.integer(1)) return column.name;
-         return Null{};
-     }},
-    {"columnproperty", "~ITT", TypeId::Int, columnProperty},
+    {"col_name", "~II", kName, lookedUp<kColumnName, 2>},
+    {"columnproperty", "~ITT", TypeId::Int, propertyOf<kColumnProperties, kOfColumn>},
     {"type_name", "~I", kName,
      [](const SqlCall& call) -> Value {
          for (const auto& [name, number] : systemTypes())
@@ -176,16 +168,8 @@ const std::vector<FunctionInfo> kSessionFunctions = {
          return orNull(call.session().catalogue({}).findById(id, kUserTypes), &ObjectInfo::name);
      }},
     {"type_id", "~T", TypeId::Int, typeNumber},
-    {"schema_id", "~[T", TypeId::Int,
-     [](const SqlCall& call) -> Value {
-         const std::string name(call.count() ? call.text(0) : kDefaultSchema);
-         return orNull(call.session().catalogue({}).schema("name", name), &SchemaInfo::id);
-     }},
-    {"schema_name", "~[I", kName,
-     [](const SqlCall& call) -> Value {
-         if (call.count() == 0) return std::string(kDefaultSchema);
-         return orNull(call.session().catalogue({}).schema("id", call.integer(0)), &SchemaInfo::name);
-     }},
+    {"schema_id", "~[T", TypeId::Int, lookedUp<kSchemaId, 1>},
+    {"schema_name", "~[I", kName, lookedUp<kSchemaName, 1>},
     {"user_name", "~[I", kName, owner},
     {"current_user", "~", kName, owner},
     {"session_user", "~", kName, owner},

@@ -18,7 +18,7 @@ class SqlCall {
     FunctionSession& session() const { return m_session; }
     std::size_t count() const { return m_count; }
     const CellView& operator[](std::size_t i) const { return m_arguments[i]; }
-    std::span<const CellView> arguments() const { return {m_arguments.data(), m_count}; }
+    Cells arguments() const { return {m_arguments.data(), m_count}; }
     std::string_view text(std::size_t i) const { return std::get<std::string_view>(m_arguments[i]); }
     std::int64_t integer(std::size_t i) const { return std::get<std::int64_t>(m_arguments[i]); }
     double real(std::size_t i) const {

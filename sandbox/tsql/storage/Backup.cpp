@@ -71,9 +71,8 @@ struct TemporaryFile {
         path = name;
     }
     ~TemporaryFile() {
-        std::error_code ignored;
-        for (const char* suffix : {"", "-wal", "-shm", "-journal"})
-            fs::remove(path.string() + suffix, ignored);
+        std::error_code error;
+        for (const char* suffix : {"", "-wal", "-shm", "-journal"}) fs::remove(path.string() + suffix, error);
     }
     TemporaryFile(TemporaryFile&&) = delete;  // neither moved nor copied
 

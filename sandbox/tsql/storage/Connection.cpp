@@ -1,5 +1,7 @@
 #include "storage/Connection.h"
 
+#include <unistd.h>
+
 #include <boost/algorithm/string/replace.hpp>
 #include <cstring>
 #include <thread>
@@ -138,8 +140,11 @@ std::string Connection::attach(std::string_view database) {
     } catch (const SqliteFailure& failure) {
         const int code = failure.code & 0xFF;
         const bool isOther = code == SQLITE_NOTADB;  // a file of another kind
-        if (code != SQLITE_CANTOPEN && code != SQLITE_IOERR && !isOther) throw;
-        const int system = isOther ? 0 : sqlite3_system_errno(handle());
+        if (code != SQLITE_CANTOPEN && code != SQLITE_IOERR && code != SQLITE_READONLY && !isOther) throw;
+        int system =
+            isOther ? 0 : sqlite3_system_errno(handle());  // of its last call, perhaps for another file
+        for (const auto& path : {m_storage.pathOf(database), m_storage.pathOf(database).parent_path()})
+            if (!isOther && ::euidaccess(path.c_str(), R_OK | W_OK) != 0) system = errno;
         const char* const why = isOther ? failure.what() : std::strerror(system);
         throw sqlError(kFileNotOpened, {file, std::to_string(system), why});
     }
@@ -202,9 +207,8 @@ SqlStatements Connection::borrow(std::string_view sql) {
         entry.emplace_front(sql, nullptr);
     }
     const Temporarily compiles(m_compiles, true);
-    const char* tail = nullptr;
     const int code = sqlite3_prepare_v3(handle(), sql.data(), static_cast<int>(sql.size()),
-                                        SQLITE_PREPARE_PERSISTENT, &entry.front().second, &tail);
+                                        SQLITE_PREPARE_PERSISTENT, &entry.front().second, nullptr);
     if (code != SQLITE_OK) throw SqliteFailure(handle());
     return entry;
 }

@@ -261,8 +261,9 @@ struct While {
     ExprPtr condition;
     StatementPtr body;
 };
-struct Break {};
-struct Continue {};
+struct Jump {
+    bool again = false;  // CONTINUE, else BREAK
+};
 struct Label {
     std::string name;
 };
@@ -538,9 +539,9 @@ template <typename Node, typename... Others>
 inline constexpr bool isOneOf = (std::is_same_v<Node, Others> || ...);
 
 struct Statement {
-    using Node = std::variant<Declare, Assign, SetOption, If, While, Break, Continue, Label, Goto, Return,
-                              Compound, TryCatch, Print, RaiseError, Throw, WaitFor, Use, SelectStatement,
-                              Insert, InsertBulk, Update, Delete, Merge, Truncate, CreateTable, AlterTable,
+    using Node = std::variant<Declare, Assign, SetOption, If, While, Jump, Label, Goto, Return, Compound,
+                              TryCatch, Print, RaiseError, Throw, WaitFor, Use, SelectStatement, Insert,
+                              InsertBulk, Update, Delete, Merge, Truncate, CreateTable, AlterTable,
                               CreateIndex, Drop, CreateDatabase, AlterDatabase, AlterIndex, TransferObject,
                               DefineSequence, UserType, CreateModule, Execute, SystemStatement, Transaction,
                               Backup, Restore, Maintenance, DeclareCursor, ChangeCursor, Fetch>;

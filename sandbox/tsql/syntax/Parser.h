@@ -19,8 +19,7 @@ struct Batch {
 // Returns the name, id and text of a user-defined type, if there is one of that name.
 using FindType = std::function<std::optional<UserType>(const ObjectName& name)>;
 // Throws SyntaxError; nothing of the batch may run then. `quotedIdentifiers`: "x" is a name, else a string.
-std::shared_ptr<const Batch> parseBatch(std::string_view text, bool quotedIdentifiers,
-                                        FindType findType = {});
+std::shared_ptr<const Batch> parseBatch(std::string_view text, bool quotedIdentifiers, FindType find = {});
 // A stored expression, such as the default of a column.
 ExprPtr parseExpression(std::string_view text);
 Constraint parseConstraint(std::string_view text);  // ObjectInfo::source

@@ -14,6 +14,7 @@ std::optional<Output> output(Parser& in) {
     if (!in.accept("INTO")) return output;
     output.into = in.tableName();
     if (in.at("(")) output.columns = in.columnNames();
+    in.throwIfAt("OUTPUT", "OUTPUT INTO together with OUTPUT");
     return output;
 }
 
@@ -240,15 +241,15 @@ ColumnDefinition columnDefinition(Parser& in, std::vector<Constraint>& constrain
     const auto option = [&] {
         for (const auto word : {"GENERATED", "MASKED", "ENCRYPTED", "FILESTREAM", "HIDDEN", "INDEX"})
             in.throwIfAt(word, "the option " + std::string(word) + " of a column");
-        if (const auto null = in.acceptFirst({"NOT NULL", "NULL"}); !null.empty()) {
+        if (auto constraint = in.acceptConstraint(/*ofTable=*/false)) {
+            if (constraint->columns.empty()) constraint->columns = {column.name};
+            constraints.push_back(std::move(*constraint));
+        } else if (const auto null = in.acceptFirst({"NOT NULL", "NULL"}); !null.empty()) {
             column.nullable = null == "NULL";
         } else if (in.at("COLLATE")) {
             in.collation();
         } else if (in.accept("IDENTITY")) {
             column.identity = in.at("(") ? in.parenthesized([&] { return in.identity(); }) : Identity{};
-        } else if (auto constraint = in.acceptConstraint(/*ofTable=*/false)) {
-            if (constraint->columns.empty()) constraint->columns = {column.name};
-            constraints.push_back(std::move(*constraint));
         } else if (in.accept("WITH VALUES")) {
             column.withValues = true;
         } else {
@@ -330,6 +331,7 @@ CreateTable tableElements(Parser& in, ObjectName name) {
 Statement::Node createTable(Parser& in) {
     CreateTable node = tableElements(in, in.objectName());
     fileGroup(in);
+    for (const auto word : {"AS EDGE", "AS FILETABLE", "AS NODE"}) in.throwIfAt(word, word);
     in.throwIfAt("WITH (", "options of CREATE TABLE");
     return node;
 }
@@ -561,9 +563,8 @@ Statement::Node defineSequence(Parser& in, bool alter) {
                                             "CYCLE", "RESTART", "CACHE"});
         if (option.empty()) return node;
         auto& value = node.options[option];
-        const bool mayBeAlone =
-            option.starts_with("NO ") || hasWord("CYCLE RESTART CACHE", std::string(option));
-        if (!mayBeAlone || in.peek().kind == TokenKind::Number) value = in.expectInteger();
+        const bool isFlag = option.starts_with("NO ") || hasWord("CYCLE RESTART CACHE", std::string(option));
+        if (!isFlag || in.peek().kind == TokenKind::Number) value = in.expectInteger();
     }
 }
 
@@ -630,8 +631,7 @@ Statement::Node parseDefinition(Parser& in, bool create) {
 Statement::Node parseDrop(Parser& in) {
     std::string kind = lowerAscii(in.acceptFirst({"TABLE", "PROCEDURE", "PROC", "FUNCTION", "INDEX",
                                                   "DATABASE", "VIEW", "SEQUENCE", "TRIGGER", "TYPE"}));
-    if (auto principal = kind.empty() ? parsePrincipal(in, "drop") : std::nullopt)
-        return std::move(*principal);
+    if (auto found = kind.empty() ? parsePrincipal(in, "drop") : std::nullopt) return std::move(*found);
     if (kind.empty()) throwUnsupportedObject(in, "DROP");
     if (kind == "proc") kind = "procedure";
     Drop node{kind, {}, {}, in.accept("IF EXISTS")};
@@ -670,7 +670,8 @@ std::optional<Constraint> Parser::acceptConstraint(bool ofTable) {
     if (named) constraint.name = expectName();
     const std::size_t begin = position();
     const auto* type = acceptOneOf(kTypes);
-    if (!type && !named && !at("REFERENCES")) return std::nullopt;
+    // The name of NULL or NOT NULL has no effect.
+    if (!type && (!named || at("NULL") || at("NOT NULL")) && !at("REFERENCES")) return std::nullopt;
     constraint.type = type ? *type : kForeignKey;
     if (constraint.type == kCheck) {
         accept("NOT FOR REPLICATION");

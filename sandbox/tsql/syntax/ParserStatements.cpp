@@ -268,6 +268,8 @@ Statement::Node execute(Parser& in) {
         node.procedureVariable = in.expectVariable(2);
     else
         node.procedure = in.objectName();
+    if (!in.accept("; 1") && in.at(";") && in.peek(1).kind == TokenKind::Number)
+        in.throwUnsupported("numbered procedures");
     bool goesOn = in.atConstant() || in.atName() || in.at("DEFAULT") || in.at("ON");
     for (; goesOn; goesOn = in.accept(",")) node.arguments.push_back(argument(in, node.arguments));
     in.accept("WITH RECOMPILE");
@@ -346,7 +348,9 @@ Statement::Node dbcc(Parser& in) {
 Statement::Node updateStatistics(Parser& in) {
     Maintenance node;
     node.table = in.objectName();
-    if (in.atName() && !in.at("WITH")) in.expectName();  // of an index
+    const bool several = in.accept("(");  // indexes
+    if (several || in.atName()) in.list([&] { return in.expectName(); });
+    if (several) in.expect(")");
     withOptions(in, "UPDATE STATISTICS",
                 {"FULLSCAN", "RESAMPLE", "NORECOMPUTE", "ALL", "COLUMNS", "INDEX", "SAMPLE"});
     return node;
@@ -362,8 +366,8 @@ constexpr std::pair<std::string_view, Statement::Node (*)(Parser&)> kStatements[
     {"FETCH", fetch},
     {"IF", ifElse},
     {"WHILE", whileLoop},
-    {"BREAK", [](Parser&) -> Statement::Node { return Break{}; }},
-    {"CONTINUE", [](Parser&) -> Statement::Node { return Continue{}; }},
+    {"BREAK", [](Parser&) -> Statement::Node { return Jump{}; }},
+    {"CONTINUE", [](Parser&) -> Statement::Node { return Jump{/*again=*/true}; }},
     {"GOTO",
      [](Parser& in) -> Statement::Node {
          in.m_gotos.emplace_back(in.near(), in.peek().line);
@@ -388,7 +392,11 @@ constexpr std::pair<std::string_view, Statement::Node (*)(Parser&)> kStatements[
     {"RESTORE", restore},
     {"DBCC", dbcc},
     {"UPDATE STATISTICS", updateStatistics},
-    {"CHECKPOINT", [](Parser&) -> Statement::Node { return Maintenance{}; }},
+    {"CHECKPOINT",
+     [](Parser& in) -> Statement::Node {
+         if (in.peek().kind == TokenKind::Number) in.expectInteger();  // its duration
+         return Maintenance{};
+     }},
     {"CREATE", [](Parser& in) { return parseDefinition(in, /*create=*/true); }},
     {"ALTER", [](Parser& in) { return parseDefinition(in, /*create=*/false); }},
     {"DROP", parseDrop},
@@ -410,7 +418,7 @@ void checkInFunction(const Statement& statement, const std::string& verb) {
             const auto* named = std::get_if<NamedTable>(&target.node);
             return named && named->name.name.starts_with('@') && (!node.output || node.output->into);
         }
-        return isOneOf<Node, Declare, Assign, If, While, Break, Continue, Label, Goto, Compound, Return,
+        return isOneOf<Node, Declare, Assign, If, While, Jump, Label, Goto, Compound, Return,
                        Execute, DeclareCursor, ChangeCursor, Fetch>;
     };
     if (std::visit(isTraceless, statement.node)) return;

@@ -208,7 +208,7 @@ class Translator {
 
     // ---- sources of queries (TranslatorSources.cpp)
     std::string from(const std::vector<TableRefPtr>& tables);
-    static bool usesSource(std::string sql, int sources);
+    static int lastSource(std::string sql, int sources);
     // applied: by APPLY, so that the table may use columns of the tables before it.
     std::string tableRef(const TableRef& table, bool applied = false);
     std::string namedTable(const NamedTable& table, const std::string& alias, bool applied);

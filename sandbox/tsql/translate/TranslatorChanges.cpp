@@ -14,7 +14,7 @@ void refuseRowVersions(const ColumnList& columns) {
 ColumnList filledColumns(const TableInfo& target, const ColumnList& columns) {
     ColumnList filled = columns;
     for (const auto& column : target.columns) {
-        const bool isFilled = !column.byDefault.empty() || (column.identity && target.increment != 1) ||
+        const bool isFilled = !column.byDefault.empty() || (column.identity && !target.isCountedBySqlite()) ||
                               (column.isRowVersion() && !target.isShadow);
         if (isFilled && std::ranges::find(columns, &column) == columns.end()) filled.push_back(&column);
     }
@@ -133,7 +133,7 @@ std::string Translator::insertSelected(const TableInfo& target, const ColumnList
                                        const QueryText& text, const ExprPtr& top) {
     std::vector<Typed> cells;
     for (const auto& output : text.columns)
-        if (!output.newIdentity || target.increment == 1) cells.push_back(output.typed());
+        if (!output.newIdentity || target.isCountedBySqlite()) cells.push_back(output.typed());
     const ColumnList all = filledColumns(target, columns);
     return insertText(target, all,
                       "SELECT " + rowText(target, all, cells) + " FROM (" + limited(text.sql, top) + ")");

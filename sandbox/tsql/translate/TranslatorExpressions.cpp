@@ -147,8 +147,7 @@ std::vector<Typed> Translator::callArguments(const Call& call, bool datePart) {
 
 Typed Translator::node(const Call& call) {
     if (!call.name.schema.empty() || !call.name.database.empty()) return userCall(call);
-    if (sameWord(call.name.name, "GROUPING") || sameWord(call.name.name, "GROUPING_ID"))
-        return grouping(call);
+    if (hasWord("GROUPING GROUPING_ID", toUpper(call.name.name))) return grouping(call);
     const FunctionInfo& function = functionNamed(call.name.name);
     const FunctionKind kind = function.kind;
     if (!call.within.empty() && function.name != "string_agg")
@@ -179,10 +178,12 @@ Typed Translator::grouping(const Call& call) {
     return {std::to_string(bits), simpleType(isId ? TypeId::Int : TypeId::TinyInt)};
 }
 
+// An aggregate of outer columns alone belongs to their query. SQLite accepts it only in a select list.
 Typed Translator::aggregateCall(const FunctionInfo& function, const Call& call) {
     if (!m_scope) throw unsupported("an aggregate outside of a query");
     if (m_scope->aggregateDepth > 0) throw sqlError(kAggregateOfAggregate);
-    m_scope->sawAggregate = true;
+    std::vector<std::size_t> loose;  // numbers of columns outside aggregates, from the inner query outwards
+    for (const Scope* each = m_scope; each; each = each->outer) loose.push_back(each->loose.size());
     ++m_scope->aggregateDepth;
     const auto arguments = callArguments(call, /*datePart=*/false);
     Typed result = emitCall(function, arguments, call.distinct);
@@ -197,6 +198,13 @@ Typed Translator::aggregateCall(const FunctionInfo& function, const Call& call) 
         result.sql.insert(result.sql.size() - 1, keys);
     }
     --m_scope->aggregateDepth;
+    const int source = lastSource(result.sql, m_aliases);
+    Scope* owner = m_scope;
+    std::size_t level = 0;
+    for (; source > 0 && owner->outer && owner->outerSources >= source; owner = owner->outer) ++level;
+    owner->sawAggregate = true;
+    owner->loose.resize(loose[level]);
+    if (level > 0) result.sql = "(SELECT " + result.sql + ")";
     return result;
 }
 

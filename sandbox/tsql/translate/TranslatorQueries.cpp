@@ -313,7 +313,7 @@ std::string Translator::orderBy(const std::vector<OrderItem>& items, const Query
         else {
             const Typed typed = value(*item.value);
             key = distinctList ? orderKeyOfDistinct(typed, *distinctList, text) : comparable(typed);
-            if (keys && ((all && !distinctList) || usesSource(key, m_scope->outerSources))) {
+            if (keys && ((all && !distinctList) || lastSource(key, m_scope->outerSources) > 0)) {
                 const std::string name = "k" + std::to_string(&item - items.data());
                 *keys += ", " + std::exchange(key, name) + " AS " + name;
             }
@@ -341,7 +341,7 @@ std::string Translator::rowCount(const Expr& expr, int least, int error) {
     const int sources = m_aliases;
     const Typed rows = value(expr);
     if (!isExact(rows.type.id) || rows.type.scale > 0) throw sqlError(kRowCountNotInteger);
-    if (usesSource(rows.sql, sources)) throw unsupported("a column as the number of TOP or OFFSET");
+    if (lastSource(rows.sql, sources) > 0) throw unsupported("a column as the number of TOP or OFFSET");
     return checkedRowCount(coerce(rows, simpleType(TypeId::BigInt)).sql, least, error);
 }
 

@@ -41,11 +41,11 @@ void requireOneTable(const Query& query, std::string_view name, bool applied) {
 }  // namespace
 
 // Whether the SQL uses, outside of its strings, one of the first sources that nextAlias() has named.
-bool Translator::usesSource(std::string sql, int sources) {
+int Translator::lastSource(std::string sql, int sources) {
     bool quoted = false;
     std::erase_if(sql, [&](char c) { return (quoted = quoted != (c == '\'')); });
     for (; sources > 0 && sql.find("s" + std::to_string(sources) + ".") == std::string::npos;) --sources;
-    return sources > 0;
+    return sources;
 }
 
 std::string Translator::from(const std::vector<TableRefPtr>& tables) {
@@ -128,7 +128,7 @@ std::string Translator::namedTable(const NamedTable& table, const std::string& a
         throw unsupported("changes through a view with triggers for other changes or WITH CHECK OPTION");
     if (stored && !stored->module->rows)
         return storedTable(*stored, arguments, exposed, applied && table.arguments);
-    if (std::ranges::any_of(arguments, [&](auto& each) { return usesSource(each, sources); }))
+    if (std::ranges::any_of(arguments, [&](auto& each) { return lastSource(each, sources) > 0; }))
         throw unsupported("columns as arguments of a table function of several statements");
     if (stored) info = m_names.calledTable(*stored, arguments, *this);
     const std::string sqlAlias = nextAlias();
@@ -138,6 +138,7 @@ std::string Translator::namedTable(const NamedTable& table, const std::string& a
     if (view) {
         info.emplace().columns = view->columns;
         info->schemaName = table.name.schema;
+        info->database = table.name.database;
     } else if (!info) {
         info = m_names.table(table.name);
     }
@@ -288,6 +289,7 @@ std::string Translator::join(const Join& join) {
     const std::size_t middle = m_scope->sources.size();
     const Temporarily onlyOfJoin(m_scope->firstSource, begin);
     std::string right = tableRef(*join.right, join.applies);
+    if (join.applies && m_scope->sawAggregate) throw sqlError(kAggregateOfApplied);
     for (std::size_t i = begin; i < m_scope->sources.size(); ++i)  // NULLs of rows without a match
         if (join.kind == "FULL" || join.kind == (i < middle ? "RIGHT" : "LEFT"))
             for (auto& column : m_scope->sources[i].columns) column.nullable = true;

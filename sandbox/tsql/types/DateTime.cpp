@@ -267,8 +267,7 @@ std::optional<std::string> formatted(const DateTime& value, std::string_view pat
 
 std::optional<DatePart> findDatePart(std::string_view name) {
     const std::string wanted = lowerAscii(name);
-    const auto found =
-        std::ranges::find_if(kParts, [&](auto& facts) { return hasWord(facts.names, wanted); });
+    const auto found = std::ranges::find_if(kParts, [&](auto& each) { return hasWord(each.names, wanted); });
     if (found == std::end(kParts)) return std::nullopt;
     return static_cast<DatePart>(found - std::begin(kParts));
 }

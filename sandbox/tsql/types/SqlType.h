@@ -52,6 +52,7 @@ struct Null {
 // A value in its storage form. Views stay valid until the next row is fetched.
 using Blob = std::basic_string_view<std::byte>;
 using CellView = std::variant<Null, std::int64_t, double, std::string_view, Blob>;
+using Cells = std::span<const CellView>;  // of a row, or the arguments of a function
 
 // Owning counterpart of CellView.
 using Bytes = std::basic_string<std::byte>;
@@ -67,7 +68,7 @@ struct Column {
 };
 
 // Receiver of rows with their columns, and what sends rows to one.
-using RowHandler = std::function<void(std::span<const Column>, std::span<const CellView>)>;
+using RowHandler = std::function<void(std::span<const Column>, Cells)>;
 using RowSource = std::function<void(const RowHandler&)>;
 
 }  // namespace tsql

@@ -244,8 +244,7 @@ class Converter {
                       kDigits[exponential ? style : 0], value);
         std::string result = buffer.data();
         const auto exponent = result.find('e');
-        if (exponent != std::string::npos && result.size() - exponent < 5)
-            result.insert(exponent + 2, 1, '0');
+        if (exponent != result.npos && result.size() - exponent < 5) result.insert(exponent + 2, 1, '0');
         return result;
     }
 

@@ -118,6 +118,11 @@ with engine.connect() as connection:
     connection.rollback()
     assert connection.scalar(sa.select(sa.func.count()).select_from(reading)) == 9
 
+with engine.connect() as connection:  # looks for the name of a temporary table in tempdb
+    connection.execute(sa.text("CREATE TABLE #kept (id int NOT NULL, note nvarchar(20) DEFAULT 'x')"))
+    kept = sa.Table("#kept", sa.MetaData(), autoload_with=connection)
+    assert [column_facts(each)[:2] for each in kept.columns] == [("id", "INTEGER"), ("note", "NVARCHAR(20)")], kept
+
 with engine.connect().execution_options(isolation_level="AUTOCOMMIT") as connection:  # restores READ COMMITTED
     assert connection.default_isolation_level == "READ COMMITTED"
 

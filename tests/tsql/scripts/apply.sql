@@ -57,7 +57,7 @@ SELECT 1 FROM customer c, purchase p CROSS APPLY (SELECT c.id) k (x) --> Msg 410
 SELECT c.id, k.id FROM customer c CROSS APPLY (SELECT TOP (SELECT MIN(customer) + 1 FROM purchase) id FROM purchase ORDER BY id) k WHERE c.id = 1 ORDER BY 2 --> id int | id int = 1 | 10; 1 | 11 (2 rows)
 -- what is refused
 SELECT 1 FROM customer c CROSS APPLY (SELECT TOP (c.id) id FROM purchase) p --> Msg 50000, Level 16, State 1, Line 2: tsqlbox does not support a column as the number of TOP or OFFSET.
-SELECT 1 FROM customer c CROSS APPLY (SELECT SUM(c.id) AS s) p --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support an aggregate of columns of an outer query or of the left side of APPLY.
+SELECT 1 FROM customer c CROSS APPLY (SELECT SUM(c.id) AS s) p --> Msg 4101, Level 15, State 1, Line 1: Aggregates on the right side of an APPLY cannot reference columns from the left side.
 SELECT TOP (c.id) 1 FROM customer c --> Msg 4104, Level 16, State 1, Line 1: The multi-part identifier "c.id" could not be bound.
 SELECT p.id FROM customer c CROSS APPLY dbo.purchasesOf(c.id, c.id) p --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support a column as the number of TOP or OFFSET.
 SELECT 1 FROM customer a CROSS APPLY (customer b JOIN purchase p ON p.customer = b.id) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support APPLY of a join in parentheses.

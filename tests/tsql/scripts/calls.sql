@@ -86,7 +86,7 @@ INSERT #rows EXEC ('CREATE TABLE undone (a int) SELECT 1, 2')
 --> Msg 8164, Level 16, State 1, Line 1: An INSERT EXEC statement cannot be nested. (0 changed)
 --> Msg 3915, Level 16, State 0, Line 1: Cannot use the ROLLBACK statement within an INSERT-EXEC statement. (0 changed)
 --> Msg 3916, Level 16, State 0, Line 1: Cannot use the COMMIT statement within an INSERT-EXEC statement unless BEGIN TRANSACTION is used first. (0 changed) (2 changed)
---> Msg 213, Level 16, State 1, Line 7: Column name or number of supplied values does not match table definition.
+--> Msg 213, Level 16, State 7, Line 7: Column name or number of supplied values does not match table definition.
 SELECT a, OBJECT_ID('undone'), @@TRANCOUNT FROM #rows --> a int? | - int? | - int? = 1 | NULL | 0; 5 | NULL | 0 (2 rows)
 CREATE PROCEDURE seven AS SELECT 1 UNION SELECT 2 RETURN 7 -->
 EXEC seven SELECT @@ROWCOUNT --> - int = 1; 2 (2 rows) --> - int? = 1 (1 rows)

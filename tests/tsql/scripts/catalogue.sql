@@ -77,7 +77,7 @@ ALTER DATABASE SHOP MODIFY NAME = [the store] --> Msg 5021, Level 0, State 1, Li
 SELECT DB_ID('shop') AS gone, DB_NAME(5) AS now, COUNT(*) AS n FROM [the store]..item --> gone int? = NULL | now nvarchar(128)? = the store | n int? = 0 (1 rows)
 USE [the store] --> USE the store --> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'the store'.
 SELECT OBJECTPROPERTY(OBJECT_ID('item'), 'TableHasIdentity') a, OBJECTPROPERTY(OBJECT_ID('item'), 'IsMSShipped') b, OBJECT_ID('other.item') c, SERVERPROPERTY('ProductMajorVersion') d, DATABASEPROPERTYEX(DB_NAME(), 'IsAutoClose') e --> a int? = 1 | b int? = 0 | c int? = NULL | d nvarchar(128)? = 15 | e nvarchar(128)? = 0 (1 rows)
-SELECT OBJECTPROPERTY(OBJECT_ID('item'), 'ExecIsStartup') --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support OBJECTPROPERTY's 'ExecIsStartup'.
+SELECT OBJECTPROPERTY(OBJECT_ID('item'), 'ExecIsStartup') --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support the property 'ExecIsStartup'.
 -- constraints of tables, as clients look for them
 CREATE TABLE pair (a int NOT NULL, [b "c\] int NOT NULL, d int NULL CONSTRAINT CK_d CHECK (d > 0), CONSTRAINT PK_pair PRIMARY KEY (a, [b "c\]), CONSTRAINT UQ_d UNIQUE (d))
 CREATE TABLE child (x int, y int, z int CONSTRAINT FK_z REFERENCES pair (d) ON DELETE CASCADE, CONSTRAINT FK_xy FOREIGN KEY (x, y) REFERENCES pair) -->
@@ -188,3 +188,16 @@ CREATE DATABASE [x$c'$o] -->
 USE [x$c'$o] SELECT name FROM sys.databases WHERE database_id = DB_ID() SELECT COUNT(*) n FROM sys.tables USE master DROP DATABASE [x$c'$o]
 --> USE x$c'$o --> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'x$c'$o'. --> name nvarchar(128)? = x$c'$o (1 rows) --> n int? = 0 (1 rows) --> USE master
 --> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'master'.
+SELECT COUNT(*) AS n, MAX(number) AS most, MAX(low) AS low, MAX(high) AS high FROM master..spt_values WHERE type = 'P' --> n int? = 2048 | most int? = 2047 | low int? = 256 | high int? = 128 (1 rows)
+USE tempdb
+CREATE TABLE #temporary (a int PRIMARY KEY)
+SELECT REPLACE(name, '_', '') AS name, LEN(name) AS length FROM sys.tables WHERE name LIKE '#temporary[_][_][_]%'
+SELECT COUNT(tempdb.INFORMATION_SCHEMA.COLUMNS.COLUMN_NAME) AS n, COL_NAME(OBJECT_ID('tempdb..#temporary'), 1) AS c FROM tempdb.INFORMATION_SCHEMA.COLUMNS WHERE TABLE_NAME = OBJECT_NAME(OBJECT_ID('tempdb..#temporary'))
+EXEC sp_columns '#temporary', @column_name = 'missing'
+EXEC sp_special_columns '#temporary'
+SELECT * FROM spt_values
+--> USE tempdb --> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'tempdb'. --> name nvarchar(4000)? = #temporary000000000002 | length int? = 128 (1 rows)
+--> n int? = 1 | c nvarchar(128)? = a (1 rows)
+--> TABLE_QUALIFIER nvarchar(128)? | TABLE_OWNER nvarchar(128)? | TABLE_NAME nvarchar(128)? | COLUMN_NAME nvarchar(128)? | DATA_TYPE smallint? | TYPE_NAME nvarchar(128)? | PRECISION int? | LENGTH int? | SCALE smallint? | RADIX smallint? | NULLABLE smallint? | REMARKS varchar(254)? | COLUMN_DEF nvarchar(4000)? | SQL_DATA_TYPE smallint? | SQL_DATETIME_SUB smallint? | CHAR_OCTET_LENGTH int? | ORDINAL_POSITION int? | IS_NULLABLE varchar(254)? | SS_DATA_TYPE tinyint? (0 rows)
+--> SCOPE smallint? = 0 | COLUMN_NAME nvarchar(128)? = a | DATA_TYPE smallint? = 4 | TYPE_NAME nvarchar(128)? = int | PRECISION int? = 10 | LENGTH int? = 4 | SCALE smallint? = 0 | PSEUDO_COLUMN smallint? = 1 (1 rows)
+--> Msg 208, Level 16, State 1, Line 7: Invalid object name 'spt_values'.

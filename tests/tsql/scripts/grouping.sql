@@ -49,3 +49,10 @@ SELECT region, SUM(n) AS n FROM sold GROUP BY region WITH ROLLUP HAVING GROUPING
 --> region varchar(10)? | item varchar(10)? | n int? | g int? = NULL | apple | 13 | 2; NULL | pear | 18 | 2 (2 rows) --> n int? | n int? = 3 | 16; 3 | 31 (2 rows)
 --> item varchar(10)? | k int? = NULL | 0; pear | 0; apple | 2 (3 rows)
 --> XML_F52E2B61-18A1-11d1-B105-00805F49916B nvarchar(max)? = <row n="16"/><row region="north" n="3"/><row region="SOUTH" n="12"/> (1 rows)
+-- An aggregate of columns of an outer query belongs to that query.
+CREATE TABLE bid (a int, b int) INSERT bid VALUES (1, 2), (1, 3), (2, 5), (2, 7)
+SELECT o.a FROM bid o GROUP BY o.a HAVING EXISTS (SELECT 1 FROM bid i WHERE i.b < 6 AND i.b = MAX(o.b))
+SELECT o.a, (SELECT MAX(o.b) - MIN(o.b)) AS d, (SELECT COUNT(*) FROM bid i WHERE i.b < MAX(o.b)) AS n FROM bid o GROUP BY o.a
+SELECT (SELECT SUM(o.b)) AS s FROM bid o --> (4 changed) --> a int? = 1 (1 rows) --> a int? | d int? | n int? = 1 | 1 | 1; 2 | 2 | 3 (2 rows) --> s int? = 17 (1 rows)
+SELECT o.a FROM bid o WHERE EXISTS (SELECT 1 FROM bid i WHERE i.a = MAX(o.b)) --> Msg 147, Level 15, State 1, Line 1: An aggregate may not appear in the WHERE clause unless it is in a subquery contained in a HAVING clause or a select list, and the column being aggregated is an outer reference.
+SELECT o.a FROM bid o GROUP BY o.a HAVING EXISTS (SELECT 1 FROM bid i WHERE i.a = MAX(o.b) AND o.b = 1) --> Msg 8121, Level 16, State 1, Line 1: Column 'o.b' is invalid in the HAVING clause because it is not contained in either an aggregate function or the GROUP BY clause.

@@ -107,3 +107,18 @@ CREATE TABLE counted (id int IDENTITY(300,5) NOT NULL, a int) INSERT counted VAL
 ALTER TABLE counted ALTER COLUMN id bigint NOT NULL DBCC CHECKIDENT (counted, RESEED, 3000000000) WITH NO_INFOMSGS INSERT counted VALUES (2) SELECT * FROM counted --> (1 changed) --> id bigint* | a int? = 300 | 1; 3000000005 | 2 (2 rows)
 ALTER TABLE counted ALTER COLUMN id varchar(9) NOT NULL --> Msg 2749, Level 16, State 1, Line 1: Identity column 'id' must be of data type int, bigint, smallint, tinyint, or decimal or numeric with a scale of 0, and constrained to be nonnullable.
 ALTER TABLE counted ALTER COLUMN id int NULL --> Msg 8147, Level 16, State 1, Line 1: Could not create IDENTITY attribute on nullable column 'id', table 'counted'.
+CREATE TABLE Few (id tinyint IDENTITY(205, 50), w int)
+INSERT Few VALUES (1), (2)
+INSERT Few VALUES (3)
+SELECT IDENT_CURRENT('Few') --> (2 changed) --> Msg 8115, Level 16, State 1, Line 3: Arithmetic overflow error converting IDENTITY to data type tinyint. (3621) --> - decimal(38,0)? = 255 (1 rows)
+-- SQLite counts from 1.
+CREATE TABLE Zero (id int IDENTITY(0, 1), w int) INSERT Zero VALUES (1), (2)
+CREATE TABLE Below (id int IDENTITY(-7, 3) PRIMARY KEY, w int CHECK (w > 0)) INSERT Below VALUES (1), (2)
+INSERT Below VALUES (0)
+INSERT Below VALUES (4)
+SELECT Zero.id, Below.id FROM Zero FULL JOIN Below ON Zero.w = Below.w ORDER BY 2
+SELECT IDENT_CURRENT('Zero'), IDENT_CURRENT('Below')
+--> (2 changed) (2 changed)
+--> Msg 547, Level 16, State 0, Line 4: The INSERT statement conflicted with the CHECK constraint "CK__Below__20_22". The conflict occurred in database "master", table "dbo.Below", column 'w'. (3621) (1 changed)
+--> id int*? | id int*? = 0 | -7; 1 | -4; NULL | 2 (3 rows) --> - decimal(38,0)? = 1 | - decimal(38,0)? = 2 (1 rows)
+DECLARE @kept TABLE (id int IDENTITY(10, 5), w int) BEGIN TRAN INSERT Zero VALUES (3) ROLLBACK INSERT @kept VALUES (1), (2) SELECT id FROM @kept --> (1 changed) (2 changed) --> id int* = 10; 15 (2 rows)

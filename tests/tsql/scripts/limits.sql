@@ -52,3 +52,7 @@ SELECT GETDATE() AT TIME ZONE 'UTC' --> Msg 50000, Level 16, State 1, Line 1: ts
 SELECT {fn NOW()} --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support an ODBC escape sequence such as {fn ...}.
 SELECT * FROM sys.tables AS x TABLESAMPLE (1 PERCENT) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support TABLESAMPLE.
 SELECT $IDENTITY FROM sys.tables --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support $IDENTITY.
+SELECT TRIM(BOTH 'x' FROM 'xax') --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support TRIM ( BOTH.
+CREATE TABLE edges (a int) AS EDGE --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support AS EDGE.
+SELECT 1 AS node edge --> Msg 102, Level 15, State 1, Line 1: Incorrect syntax near 'edge'.
+DECLARE @t TABLE (n int) DELETE @t OUTPUT deleted.n INTO @t OUTPUT deleted.n --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support OUTPUT INTO together with OUTPUT.

@@ -76,3 +76,5 @@ DBCC SHRINKFILE (N'shop', TRUNCATEONLY) --> Msg 2706, Level 16, State 6, Line 4:
 DBCC CHECKDB --> Msg 8989, Level 10, State 1, Line 1: CHECKDB found 0 allocation errors and 0 consistency errors in database 'shop'. (2528)
 DBCC OPENTRAN --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support DBCC OPENTRAN.
 DBCC CHECKDB ('shop') --> Msg 8989, Level 10, State 1, Line 1: CHECKDB found 0 allocation errors and 0 consistency errors in database 'shop'. (2528)
+CREATE TABLE measured (a int CONSTRAINT named NOT NULL) CHECKPOINT 5 UPDATE STATISTICS measured (x, y) UPDATE STATISTICS measured x
+INSERT measured VALUES (NULL) --> Msg 515, Level 16, State 2, Line 2: Cannot insert the value NULL into column 'a', table 'shop.dbo.measured'; column does not allow nulls. INSERT fails. (3621)

@@ -46,3 +46,6 @@ DROP TABLE t, shop.[a'b]
 DROP SCHEMA shop
 DROP USER app
 SELECT permission_name, state FROM sys.database_permissions ORDER BY 1 --> permission_name nvarchar(128)? | state char(1)? = ALTER | G; CREATE TABLE | D; VIEW DEFINITION | D (3 rows)
+CREATE TABLE moved (a int) GRANT SELECT ON moved TO public EXEC ('CREATE SCHEMA target')
+ALTER SCHEMA target TRANSFER moved
+SELECT COUNT(*) AS n FROM sys.database_permissions WHERE class = 1 --> n int? = 0 (1 rows)

@@ -42,3 +42,9 @@ DROP FUNCTION f
 SELECT class, OBJECT_NAME(major_id) AS owner, value FROM sys.extended_properties ORDER BY 1
 DROP TABLE shop.[it's]
 SELECT COUNT(*) AS n FROM sys.extended_properties --> class tinyint? | owner nvarchar(128)? | value nvarchar(4000)? = 0 | NULL | 2.0; 1 | it's | its items (2 rows) --> n int? = 1 (1 rows)
+CREATE VIEW seen AS SELECT 1 AS a, 2 AS b -->
+EXEC sp_addextendedproperty 'note', 'of a', 'SCHEMA', 'dbo', 'VIEW', 'seen', 'COLUMN', 'a'
+EXEC sp_addextendedproperty 'note', 'of b', 'SCHEMA', 'dbo', 'VIEW', 'seen', 'COLUMN', 'b' -->
+ALTER VIEW seen AS SELECT 1 AS a, 2 AS c, 3 AS b -->
+SELECT value FROM sys.extended_properties WHERE minor_id > 0
+SELECT name, column_id FROM sys.columns WHERE object_id = OBJECT_ID('seen') ORDER BY column_id --> value nvarchar(4000)? = of a (1 rows) --> name nvarchar(128)? | column_id int? = a | 1; c | 2; b | 3 (3 rows)

@@ -385,3 +385,6 @@ UPDATE STATISTICS u --> disabled (1 changed)
 INSERT doc (title) OUTPUT inserted.title INTO log (what) VALUES ('d') --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support OUTPUT of a change that a trigger replaces.
 UPDATE doc SET title = 'x' OUTPUT inserted.title INTO log (what) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support OUTPUT of a change that a trigger replaces.
 DELETE doc OUTPUT deleted.title INTO log (what) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support OUTPUT of a change that a trigger replaces.
+CREATE VIEW checked AS SELECT name FROM sys.tables WHERE name > '' WITH CHECK OPTION -->
+CREATE TRIGGER instead ON checked INSTEAD OF INSERT AS PRINT 'instead' --> Msg 2112, Level 16, State 1, Line 1, Procedure instead: Cannot create trigger 'instead' on view 'checked' because the view is defined with CHECK OPTION.
+SELECT CHECK_OPTION FROM INFORMATION_SCHEMA.VIEWS WHERE TABLE_NAME = 'checked' --> CHECK_OPTION varchar(7)? = CASCADE (1 rows)
