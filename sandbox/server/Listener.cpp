@@ -8,7 +8,6 @@
 #include <sys/signalfd.h>
 #include <sys/socket.h>
 
-#include <cerrno>
 #include <cstdio>
 #include <thread>
 
@@ -69,7 +68,7 @@ Listener::Listener(const Options& options, const tds::Credentials& credentials, 
                  options.encryption == tds::Encryption::None
                      ? nullptr
                      : openTls(options.tlsFiles, options.selfSignedNames, options.newestTls),
-                 options.keytab.empty() ? nullptr : std::make_unique<tds::Keytab>(options.keytab),
+                 options.keytab.empty() ? nullptr : tds::openKeytab(options.keytab),
                  std::chrono::seconds(options.loginSeconds)},
       m_socket(openListening(options)),
       m_signals(FileDescriptor::adopt(signalfd(-1, &kStopSignals, SFD_CLOEXEC))) {

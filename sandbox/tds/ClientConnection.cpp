@@ -83,7 +83,7 @@ bool ClientConnection::authenticate(Login& login) {
     try {
         SspiContext context(*m_settings.keytab);
         m_response.sspi(context.accept(login.sspi));
-        while (!context.isComplete()) {
+        while (context.client().empty()) {
             m_response.finishLoginStep();
             const Request request = m_channel.readRequest();
             if (request.type != PacketType::SspiMessage)
@@ -117,8 +117,7 @@ void ClientConnection::acceptLogin(const Login& login) {
     m_response.textChange(EnvChange::PacketSize, std::to_string(login.packetSize),
                           std::to_string(kDefaultPacketSize));
     m_response.finish();
-    m_channel.setPacketSize(login.packetSize);
-    m_channel.finishLogin();
+    m_channel.finishLogin(login.packetSize);
 }
 
 // Returns false when the session has ended.
@@ -175,8 +174,7 @@ void ClientConnection::resetSession(bool keepsTransaction) {
 
 // Runs a step and sends its errors to the client. Only an internal error ends the session: the function then
 // returns false. Errors of the connection itself are rethrown.
-template <typename Work>
-bool ClientConnection::reportErrors(Work work) {
+bool ClientConnection::reportErrors(const std::function<bool()>& work) {
     try {
         return work();
     } catch (const tsql::SqlError& problem) {

@@ -41,8 +41,7 @@ class ClientConnection {
     bool execute(const Request& request);
     void resetSession(bool keepsTransaction);
     bool runCalls(ByteView body);
-    template <typename Work>
-    bool reportErrors(Work work);
+    bool reportErrors(const std::function<bool()>& work);
     ByteView withoutHeaders(ByteView data) const;
 
     tsql::Engine& m_engine;

@@ -54,10 +54,9 @@ constexpr int kFractionCharacters = 8;  // of a time as a string, for clients wi
 
 // Empty when there is no such type of that size. size: 0 when TYPE_INFO has none.
 std::optional<WireForm> findForm(std::uint8_t id, std::size_t size) {
-    for (WireForm form : kForms) {
-        if (id != 0 && form.fixedId == id) form = {id, Framing::Fixed, form.size, form.type};
-        if (form.id == id && (form.size == size || form.size == 0 || form.framing == Framing::Fixed))
-            return form;
+    for (const WireForm& form : kForms) {
+        if (id != 0 && form.fixedId == id) return WireForm{id, Framing::Fixed, form.size, form.type};
+        if (form.id == id && (form.size == size || form.size == 0)) return form;
     }
     return std::nullopt;
 }
@@ -96,7 +95,6 @@ void readPrecision(ByteReader& in, SqlType& type) {
 // ---- values
 
 constexpr std::size_t kTextPointerSize = 16;
-constexpr std::size_t kTimeStampSize = 8;
 constexpr std::size_t kDateSize = 3, kOffsetSize = 2;
 constexpr std::size_t kChunkWidth = 4;  // of the length of a chunk
 
@@ -174,7 +172,8 @@ void encode(ByteWriter& out, const WireType& type, const CellView& value) {
         return out.bytes(std::get<tsql::Bytes>(tsql::convertValue(value, type.type, kGuidBytes)));
     if (tsql::isBinary(id)) return out.bytes(storedAs<tsql::Blob>(value));
     const auto text = storedAs<std::string_view>(value);
-    if (tsql::isText(id)) return tsql::isNational(id) ? out.utf16(text) : out.codePage1252(text);
+    if (tsql::isText(id))
+        return (tsql::isNational(id) ? tsql::appendUtf16 : tsql::appendCodePage1252)(out.data(), text);
     const DateTime moment = tsql::fromStorage(text);
     size > 0 ? encodeDateTime(out, moment, size) : encodeScaled(out, moment, type.type);
 }
@@ -221,12 +220,9 @@ Value decodeDecimal(ByteReader in, const SqlType& type) {
     return tsql::exactCell(negative ? -magnitude : magnitude, type);
 }
 
-tsql::Blob blobOf(ByteView data) {
-    return {reinterpret_cast<const std::byte*>(data.data()), data.size()};
-}
-
 Value decode(const WireType& type, ByteView data) {
     ByteReader in(data);
+    const tsql::Blob bytes(reinterpret_cast<const std::byte*>(data.data()), data.size());
     const TypeId id = type.type.id;
     if (id == TypeId::Bit) return std::int64_t{in.u8() != 0};
     if (id == TypeId::TinyInt) return std::int64_t{in.u8()};
@@ -237,8 +233,8 @@ Value decode(const WireType& type, ByteView data) {
         const double value = isReal ? std::bit_cast<float>(in.u32()) : std::bit_cast<double>(in.number(8));
         return std::isfinite(value) ? value : throw ValueError("a number is not finite");
     }
-    if (id == TypeId::UniqueIdentifier) return tsql::convertValue(blobOf(data), kGuidBytes, type.type);
-    if (id == TypeId::VarBinary) return tsql::Bytes(blobOf(data));
+    if (id == TypeId::UniqueIdentifier) return tsql::convertValue(bytes, kGuidBytes, type.type);
+    if (id == TypeId::VarBinary) return tsql::Bytes(bytes);
     if (id == TypeId::NVarChar && data.size() % 2 != 0) throw OddUnicode();
     if (id == TypeId::NVarChar) return utf8FromUtf16(data);
     if (id == TypeId::VarChar) return type.utf8 ? Bytes(data) : utf8FromCodePage1252(data);
@@ -312,7 +308,7 @@ void writeValue(ByteWriter& out, const WireType& type, const CellView& value) {
     if (tsql::isNull(value)) return isLong ? out.u8(0) : out.number(nullLength(width), width);
     if (isLong) {
         out.u8(kTextPointerSize);
-        out.number(0, kTextPointerSize + kTimeStampSize);
+        out.number(0, kTextPointerSize + kTextTimestampSize);
     }
     // PLP with one chunk. An empty chunk is the end mark, hence none follows it.
     const bool isChunked = framing == Framing::Chunks;
