@@ -61,8 +61,8 @@ void blockStopSignals() {
 
 Listener::Listener(const Options& options, const tds::Credentials& credentials, tsql::Engine& engine)
     : m_options(options),
-      m_engine(engine),
-      m_settings{credentials,
+      m_settings{engine,
+                 credentials,
                  tsql::hostName(),
                  options.encryption.value(),
                  options.encryption == tds::Encryption::None
@@ -165,7 +165,7 @@ void Listener::serve(int client, int sessionId) {
         State& state = m_clients.at(sessionId).state;
         if (state == State::AwaitsLogin) state = State::Served;
     };
-    tds::ClientConnection(client, sessionId, m_engine, m_settings, noteLogin).run();
+    tds::ClientConnection(client, sessionId, m_settings, noteLogin).run();
     const std::lock_guard lock(m_mutex);
     m_clients.erase(sessionId);
     m_sessionEnded.notify_all();

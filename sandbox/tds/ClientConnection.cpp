@@ -13,10 +13,9 @@ constexpr std::string_view kLanguage = "us_english";
 
 }  // namespace
 
-ClientConnection::ClientConnection(int socket, int sessionId, tsql::Engine& engine,
-                                   const ConnectionSettings& settings, std::function<void()> loginArrived)
-    : m_engine(engine),
-      m_settings(settings),
+ClientConnection::ClientConnection(int socket, int sessionId, const ConnectionSettings& settings,
+                                   std::function<void()> loginArrived)
+    : m_settings(settings),
       m_sessionId(sessionId),
       m_loginArrived(std::move(loginArrived)),
       m_channel(socket, static_cast<std::uint16_t>(sessionId)),
@@ -40,7 +39,7 @@ bool ClientConnection::logIn() {
     m_response.setVersion(login.version);
     try {
         checkLogin(login);
-        m_session = tsql::openSession(m_engine, m_client, m_initialDatabase, m_sessionId);
+        m_session = tsql::openSession(m_settings.engine, m_client, m_initialDatabase, m_sessionId);
     } catch (const tsql::SqlError& error) {
         refuseLogin(login, error);
         return false;
@@ -166,7 +165,7 @@ void ClientConnection::resetSession(bool keepsTransaction) {
     const std::string previous(m_session->database());
     if (!keepsTransaction || !m_session->resetAroundTransaction(m_initialDatabase)) {
         m_session.reset();  // frees what the new session may need, such as locks
-        m_session = tsql::openSession(m_engine, m_client, m_initialDatabase, m_sessionId);
+        m_session = tsql::openSession(m_settings.engine, m_client, m_initialDatabase, m_sessionId);
     }
     m_response.binaryChange(EnvChange::ResetAcknowledged);
     if (previous != m_initialDatabase) m_response.databaseChanged(previous, m_initialDatabase);

@@ -109,10 +109,9 @@ void Response::columns(std::span<const tsql::Column> columns) {
 void Response::row(std::span<const tsql::CellView> cells) {
     if (cells.size() != m_columnTypes.size())
         throw ValueError("the number of values in a row differs from the number of columns");
-    if (m_pendingDone) writePendingDone(kDoneMore);  // not part of what is removed below
-    const std::size_t start = m_out.size();
+    beginToken(Token::Row);
+    const std::size_t start = m_out.size() - sizeof(Token);
     try {
-        beginToken(Token::Row);
         for (std::size_t i = 0; i < cells.size(); ++i) writeValue(m_out, m_columnTypes[i], cells[i]);
     } catch (const ValueError&) {
         m_out.data().resize(start);

@@ -52,15 +52,6 @@ constexpr std::uint64_t kMaxSizedBytes = 8000;     // of a type that is not (max
 constexpr int kMaxTimeScale = 7;
 constexpr int kFractionCharacters = 8;  // of a time as a string, for clients without the type
 
-// Empty when there is no such type of that size. size: 0 when TYPE_INFO has none.
-std::optional<WireForm> findForm(std::uint8_t id, std::size_t size) {
-    for (const WireForm& form : kForms) {
-        if (id != 0 && form.fixedId == id) return WireForm{id, Framing::Fixed, form.size, form.type};
-        if (form.id == id && (form.size == size || form.size == 0)) return form;
-    }
-    return std::nullopt;
-}
-
 // Type of a variable that can hold values of type `id`.
 TypeId variableType(TypeId id) {
     if (tsql::isBinary(id)) return TypeId::VarBinary;
@@ -288,10 +279,15 @@ WireType readTypeInfo(ByteReader& in) {
     const std::uint8_t id = in.u8();
     const bool hasSize =
         std::ranges::any_of(kForms, [&](const WireForm& each) { return each.id == id && each.size > 0; });
-    const auto form = findForm(id, hasSize ? in.u8() : 0);
-    if (!form && hasSize) throw ProtocolError("the size of a parameter does not fit its type");
-    if (!form) throw tsql::unsupported("parameters of TDS type " + std::to_string(id));
+    const std::size_t size = hasSize ? in.u8() : 0;
+    const auto* const form = std::ranges::find_if(kForms, [&](const WireForm& each) {
+        return each.id == id ? each.size == size : each.fixedId == id && id != 0;
+    });
+    const bool isUnknown = form == std::end(kForms);
+    if (isUnknown && hasSize) throw ProtocolError("the size of a parameter does not fit its type");
+    if (isUnknown) throw tsql::unsupported("parameters of TDS type " + std::to_string(id));
     WireType type{*form, tsql::simpleType(variableType(form->type))};
+    if (form->id != id) type.form.framing = Framing::Fixed;
     if (form->framing == Framing::Short || form->framing == Framing::Long) readLength(in, type);
     if (form->type == TypeId::Xml) {
         if (in.u8() != 0) throw tsql::unsupported("xml parameters with a schema");
