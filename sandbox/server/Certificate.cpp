@@ -1,16 +1,10 @@
 #include "Certificate.h"
 
-#include <fcntl.h>
-#include <openssl/evp.h>
 #include <openssl/pem.h>
 #include <openssl/rand.h>
 #include <openssl/x509v3.h>
 #include <sys/file.h>
-#include <unistd.h>
 
-#include <algorithm>
-#include <cerrno>
-#include <cstdio>
 #include <cstring>
 #include <ctime>
 
@@ -42,11 +36,9 @@ bool isUsable(const CertificateFiles& files, const std::vector<std::string>& nam
     std::time_t renewal = std::time(nullptr) + kRenewalPeriod;
     return certificate && key && X509_check_private_key(certificate.get(), key.get()) == 1 &&
            X509_cmp_time(X509_get0_notAfter(certificate.get()), &renewal) > 0 &&
-           std::all_of(names.begin(), names.end(), [&](const std::string& name) {
-               constexpr int kNoAddress = -2;
-               const int found = X509_check_ip_asc(certificate.get(), name.c_str(), 0);
-               if (found != kNoAddress) return found == 1;
-               return X509_check_host(certificate.get(), name.c_str(), name.size(), 0, nullptr) == 1;
+           std::ranges::all_of(names, [&](const std::string& name) {
+               return X509_check_ip_asc(certificate.get(), name.c_str(), 0) == 1 ||
+                      X509_check_host(certificate.get(), name.c_str(), name.size(), 0, nullptr) == 1;
            });
 }
 

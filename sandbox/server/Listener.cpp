@@ -8,7 +8,6 @@
 #include <sys/signalfd.h>
 #include <sys/socket.h>
 
-#include <cerrno>
 #include <cstdio>
 #include <thread>
 
@@ -62,14 +61,14 @@ void blockStopSignals() {
 
 Listener::Listener(const Options& options, const tds::Credentials& credentials, tsql::Engine& engine)
     : m_options(options),
-      m_engine(engine),
-      m_settings{credentials,
+      m_settings{engine,
+                 credentials,
                  tsql::hostName(),
                  options.encryption.value(),
                  options.encryption == tds::Encryption::None
                      ? nullptr
                      : openTls(options.tlsFiles, options.selfSignedNames, options.newestTls),
-                 options.keytab.empty() ? nullptr : std::make_unique<tds::Keytab>(options.keytab),
+                 options.keytab.empty() ? nullptr : tds::openKeytab(options.keytab),
                  std::chrono::seconds(options.loginSeconds)},
       m_socket(openListening(options)),
       m_signals(FileDescriptor::adopt(signalfd(-1, &kStopSignals, SFD_CLOEXEC))) {
@@ -166,7 +165,7 @@ void Listener::serve(int client, int sessionId) {
         State& state = m_clients.at(sessionId).state;
         if (state == State::AwaitsLogin) state = State::Served;
     };
-    tds::ClientConnection(client, sessionId, m_engine, m_settings, noteLogin).run();
+    tds::ClientConnection(client, sessionId, m_settings, noteLogin).run();
     const std::lock_guard lock(m_mutex);
     m_clients.erase(sessionId);
     m_sessionEnded.notify_all();

@@ -37,7 +37,6 @@ class Listener {
     };
 
     const Options& m_options;
-    tsql::Engine& m_engine;
     tds::ConnectionSettings m_settings;
     FileDescriptor m_socket;
     FileDescriptor m_signals;  // a signalfd

@@ -1,9 +1,7 @@
 #include <malloc.h>
 #include <sys/stat.h>
 
-#include <cerrno>
 #include <cstdio>
-#include <exception>
 #include <fstream>
 
 #include "Listener.h"

@@ -1,7 +1,6 @@
 // Writer of little-endian wire data.
 #pragma once
 
-#include <algorithm>
 #include <bit>
 #include <cstring>
 #include <span>
@@ -11,7 +10,7 @@
 
 namespace tds {
 
-using tsql::appendUtf16, tsql::utf16FromUtf8, tsql::utf8FromCodePage1252, tsql::utf8FromUtf16;
+using tsql::utf16FromUtf8, tsql::utf8FromCodePage1252, tsql::utf8FromUtf16;
 
 // Appends to a buffer that it owns.
 class ByteWriter {
@@ -32,8 +31,6 @@ class ByteWriter {
     void bigEndian(std::uint64_t value, std::size_t width) {
         while (width-- > 0) u8(value >> (8 * width));
     }
-    void utf16(std::string_view utf8) { appendUtf16(m_data, utf8); }
-    void codePage1252(std::string_view utf8) { tsql::appendCodePage1252(m_data, utf8); }
 
     // B_VARCHAR and US_VARCHAR, [MS-TDS] 2.2.5.1.2: UTF-16 behind a length in code units, of one and two
     // bytes. Longer strings are truncated.

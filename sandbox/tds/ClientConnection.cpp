@@ -13,10 +13,9 @@ constexpr std::string_view kLanguage = "us_english";
 
 }  // namespace
 
-ClientConnection::ClientConnection(int socket, int sessionId, tsql::Engine& engine,
-                                   const ConnectionSettings& settings, std::function<void()> loginArrived)
-    : m_engine(engine),
-      m_settings(settings),
+ClientConnection::ClientConnection(int socket, int sessionId, const ConnectionSettings& settings,
+                                   std::function<void()> loginArrived)
+    : m_settings(settings),
       m_sessionId(sessionId),
       m_loginArrived(std::move(loginArrived)),
       m_channel(socket, static_cast<std::uint16_t>(sessionId)),
@@ -40,7 +39,7 @@ bool ClientConnection::logIn() {
     m_response.setVersion(login.version);
     try {
         checkLogin(login);
-        m_session = tsql::openSession(m_engine, m_client, m_initialDatabase, m_sessionId);
+        m_session = tsql::openSession(m_settings.engine, m_client, m_initialDatabase, m_sessionId);
     } catch (const tsql::SqlError& error) {
         refuseLogin(login, error);
         return false;
@@ -83,7 +82,7 @@ bool ClientConnection::authenticate(Login& login) {
     try {
         SspiContext context(*m_settings.keytab);
         m_response.sspi(context.accept(login.sspi));
-        while (!context.isComplete()) {
+        while (context.client().empty()) {
             m_response.finishLoginStep();
             const Request request = m_channel.readRequest();
             if (request.type != PacketType::SspiMessage)
@@ -117,8 +116,7 @@ void ClientConnection::acceptLogin(const Login& login) {
     m_response.textChange(EnvChange::PacketSize, std::to_string(login.packetSize),
                           std::to_string(kDefaultPacketSize));
     m_response.finish();
-    m_channel.setPacketSize(login.packetSize);
-    m_channel.finishLogin();
+    m_channel.finishLogin(login.packetSize);
 }
 
 // Returns false when the session has ended.
@@ -167,7 +165,7 @@ void ClientConnection::resetSession(bool keepsTransaction) {
     const std::string previous(m_session->database());
     if (!keepsTransaction || !m_session->resetAroundTransaction(m_initialDatabase)) {
         m_session.reset();  // frees what the new session may need, such as locks
-        m_session = tsql::openSession(m_engine, m_client, m_initialDatabase, m_sessionId);
+        m_session = tsql::openSession(m_settings.engine, m_client, m_initialDatabase, m_sessionId);
     }
     m_response.binaryChange(EnvChange::ResetAcknowledged);
     if (previous != m_initialDatabase) m_response.databaseChanged(previous, m_initialDatabase);
@@ -175,8 +173,7 @@ void ClientConnection::resetSession(bool keepsTransaction) {
 
 // Runs a step and sends its errors to the client. Only an internal error ends the session: the function then
 // returns false. Errors of the connection itself are rethrown.
-template <typename Work>
-bool ClientConnection::reportErrors(Work work) {
+bool ClientConnection::reportErrors(const std::function<bool()>& work) {
     try {
         return work();
     } catch (const tsql::SqlError& problem) {

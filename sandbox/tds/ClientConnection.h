@@ -10,6 +10,7 @@
 namespace tds {
 
 struct ConnectionSettings {
+    tsql::Engine& engine;
     const Credentials& credentials;
     std::string serverName;
     Encryption encryption = Encryption::None;
@@ -23,7 +24,7 @@ class ClientConnection {
   public:
     // The caller owns the connected socket. All arguments must outlive the connection. `loginArrived` is
     // called when the client has sent its login.
-    ClientConnection(int socket, int sessionId, tsql::Engine& engine, const ConnectionSettings& settings,
+    ClientConnection(int socket, int sessionId, const ConnectionSettings& settings,
                      std::function<void()> loginArrived);
 
     // Serves the client until it leaves or its socket is shut down. Any other end is reported on standard
@@ -41,11 +42,9 @@ class ClientConnection {
     bool execute(const Request& request);
     void resetSession(bool keepsTransaction);
     bool runCalls(ByteView body);
-    template <typename Work>
-    bool reportErrors(Work work);
+    bool reportErrors(const std::function<bool()>& work);
     ByteView withoutHeaders(ByteView data) const;
 
-    tsql::Engine& m_engine;
     const ConnectionSettings& m_settings;
     int m_sessionId;
     std::function<void()> m_loginArrived;

@@ -1,7 +1,5 @@
 #include "Login.h"
 
-#include <utility>
-
 #include "ByteWriter.h"
 
 namespace tds {
@@ -79,8 +77,7 @@ Encryption negotiate(Encryption server, Encryption client) {
 
 Bytes preloginReply(Encryption encryption) {
     ByteWriter version;
-    version.bigEndian(kServerVersion, 4);
-    version.u16(0);  // sub-build
+    version.bigEndian(std::uint64_t{kServerVersion} << 16, 6);  // and the sub-build, 0
     const std::pair<PreloginOption, Bytes> options[] = {{kVersion, version.data()},
                                                         {kEncryption, {static_cast<char>(encryption)}},
                                                         {kInstance, {'\0'}},

@@ -6,8 +6,6 @@
 
 namespace tds {
 
-// ---- PRELOGIN
-
 // Values of the option ENCRYPTION, and what a server offers.
 enum class Encryption : std::uint8_t {
     Login = 0,     // only the login is encrypted, unless the client asks for more
@@ -25,8 +23,6 @@ Encryption negotiate(Encryption server, Encryption client);
 
 // Returns the reply to a PRELOGIN message. MARS is not supported.
 Bytes preloginReply(Encryption encryption);
-
-// ---- LOGIN7
 
 struct Login {
     Version version = Version::V74;

@@ -4,7 +4,6 @@
 #include <sys/socket.h>
 
 #include <cerrno>
-#include <utility>
 
 #include "ByteWriter.h"
 
@@ -39,10 +38,7 @@ std::size_t PacketChannel::maxMessageBytes(PacketType type) const {
 
 PacketChannel::Header PacketChannel::peekHeader() const {
     ByteReader reader(ByteView(m_input).substr(m_inputPosition));
-    Header header{};
-    header.type = static_cast<PacketType>(reader.u8());
-    header.status = reader.u8();
-    header.length = reader.u16BigEndian();
+    const Header header{static_cast<PacketType>(reader.u8()), reader.u8(), reader.u16BigEndian()};
     const std::size_t maxLength = m_loginDeadline ? kMaxPacketSize : m_packetSize;
     if (header.length < kHeaderSize || header.length > maxLength)
         throw ProtocolError("invalid packet length " + std::to_string(header.length));

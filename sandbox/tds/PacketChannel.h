@@ -33,16 +33,17 @@ class PacketChannel {
     PacketChannel(int socket, std::uint16_t sessionId) : m_socket(socket), m_sessionId(sessionId) {}
 
     // From setLoginDeadline() to finishLogin() only the small messages of a login are accepted, and
-    // readRequest() throws ConnectionClosed at the deadline.
+    // readRequest() throws ConnectionClosed at the deadline. packetSize: in bytes, the header included.
     void setLoginDeadline(Clock::time_point deadline) { m_loginDeadline = deadline; }
-    void finishLogin() { m_loginDeadline.reset(); }
+    void finishLogin(std::size_t packetSize) {
+        m_packetSize = packetSize;
+        m_loginDeadline.reset();
+    }
     // Performs the TLS handshake, whose messages are wrapped in PRELOGIN packets, and encrypts everything
     // after it. The context must outlive the channel. Throws ConnectionClosed or ProtocolError.
     void startTls(SSL_CTX& context);
     // Continues without encryption, as after an encrypted login.
     void endTls() { m_tls.reset(); }
-    // Size in bytes, the header included.
-    void setPacketSize(std::size_t bytes) { m_packetSize = bytes; }
 
     // Waits for a whole request. Throws ConnectionClosed or ProtocolError.
     Request readRequest();

@@ -51,9 +51,6 @@ constexpr std::uint32_t kServerVersion = 0x0F0007D0;
 // Bytes, the header included.
 constexpr std::size_t kDefaultPacketSize = 4096, kMinPacketSize = 512, kMaxPacketSize = 32767;
 
-// Severity from which a message is sent as an ERROR token; lower ones are sent as INFO.
-constexpr int kMinErrorSeverity = 11;
-
 // Bits of a DONE token's status.
 constexpr unsigned kDoneFinal = 0x00, kDoneMore = 0x01, kDoneError = 0x02, kDoneCount = 0x10,
                    kDoneAttention = 0x20;

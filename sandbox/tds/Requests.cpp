@@ -1,7 +1,6 @@
 #include "Requests.h"
 
 #include <boost/algorithm/string/replace.hpp>
-#include <iterator>
 
 #include "WireType.h"
 
@@ -11,8 +10,6 @@ namespace {
 using tsql::ProcedureCall;
 
 // ---- rows of bulk loads and tables
-
-constexpr std::size_t kTextTimestampSize = 8;
 
 // Adds the type of a column and returns its flags.
 std::uint16_t readColumn(ByteReader& in, Version version, std::vector<WireType>& types) {
@@ -92,9 +89,7 @@ ProcedureCall::Argument readTable(ByteReader& in, std::string parameter) {
 // ---- procedure calls
 
 constexpr std::uint16_t kNameIsNumber = 0xFFFF;  // instead of the length of a procedure name
-// BatchFlag, the separator of two calls.
-constexpr std::uint8_t kNextCallSince72 = 0xFF;
-constexpr std::uint8_t kNextCallBefore72 = 0x80;
+constexpr std::uint8_t kNextCallSince72 = 0xFF, kNextCallBefore72 = 0x80;  // separators of two calls
 constexpr std::uint8_t kFlagByReference = 0x01, kFlagDefault = 0x02;
 
 // Procedures that can be called by number, from 1.

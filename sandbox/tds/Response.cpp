@@ -6,10 +6,10 @@ namespace {
 constexpr std::string_view kProductName = "Microsoft SQL Server";  // drivers test for it
 constexpr std::uint8_t kInterfaceTransactSql = 1;
 
+constexpr int kMinErrorSeverity = 11;  // lower ones are sent as INFO
 constexpr std::size_t kMaxMessageUnits = 8000;
 
-constexpr unsigned kColumnNullable = 0x01;
-constexpr unsigned kColumnIdentity = 0x10;
+constexpr unsigned kColumnNullable = 0x01, kColumnIdentity = 0x10;
 constexpr std::uint8_t kStatusOutputParameter = 0x01;
 
 // Commands of DONE tokens, in the order of tsql::StatementKind; the call of a procedure.
@@ -87,9 +87,10 @@ void Response::transactionChanged(tsql::TransactionEvent event) {
     binaryChange(change, begins ? current : none, begins ? none : current);
 }
 
-void Response::writeUserTypeAndFlags(unsigned flags) {
-    m_out.number(0, m_version >= Version::V72 ? 4 : 2);
+void Response::writeType(const WireType& type, unsigned flags) {
+    m_out.number(0, m_version >= Version::V72 ? 4 : 2);  // user type
     m_out.u16(flags);
+    writeTypeInfo(m_out, type);
 }
 
 void Response::columns(std::span<const tsql::Column> columns) {
@@ -98,9 +99,7 @@ void Response::columns(std::span<const tsql::Column> columns) {
     m_out.u16(columns.size());
     for (const tsql::Column& column : columns) {
         const WireType& type = m_columnTypes.emplace_back(wireType(column.type, m_version));
-        writeUserTypeAndFlags((column.nullable ? kColumnNullable : 0U) |
-                              (column.identity ? kColumnIdentity : 0U));
-        writeTypeInfo(m_out, type);
+        writeType(type, (column.nullable ? kColumnNullable : 0U) | (column.identity ? kColumnIdentity : 0U));
         // An empty table name: a count of parts since 7.2, a count of characters before.
         if (type.carriesTableName()) m_out.number(0, m_version >= Version::V72 ? 1 : 2);
         m_out.varchar(column.name);
@@ -110,10 +109,9 @@ void Response::columns(std::span<const tsql::Column> columns) {
 void Response::row(std::span<const tsql::CellView> cells) {
     if (cells.size() != m_columnTypes.size())
         throw ValueError("the number of values in a row differs from the number of columns");
-    if (m_pendingDone) writePendingDone(kDoneMore);  // not part of what is removed below
-    const std::size_t start = m_out.size();
+    beginToken(Token::Row);
+    const std::size_t start = m_out.size() - sizeof(Token);
     try {
-        beginToken(Token::Row);
         for (std::size_t i = 0; i < cells.size(); ++i) writeValue(m_out, m_columnTypes[i], cells[i]);
     } catch (const ValueError&) {
         m_out.data().resize(start);
@@ -134,24 +132,23 @@ void Response::returnValue(std::ptrdiff_t ordinal, std::string_view name, const 
     m_out.u16(static_cast<std::uint16_t>(ordinal));
     m_out.varchar(name);
     m_out.u8(kStatusOutputParameter);
-    writeUserTypeAndFlags(kColumnNullable);
-    writeTypeInfo(m_out, sent);
+    writeType(sent, kColumnNullable);
     writeValue(m_out, sent, value);
 }
 
 void Response::statementDone(std::int64_t rowCount, tsql::StatementKind kind) {
-    setPendingDone({m_inCall ? Token::DoneInProc : Token::Done, errorFlag(), rowCount,
-                    kCommands[static_cast<std::size_t>(kind)]});
+    const Token token = m_inCall ? Token::DoneInProc : Token::Done;
+    setPendingDone({token, rowCount, kCommands[static_cast<std::size_t>(kind)]});
 }
 
 void Response::setPendingDone(Done done) {
     if (m_pendingDone) writePendingDone(kDoneMore);
+    if (std::exchange(m_statementFailed, false)) done.status |= kDoneError;
     m_pendingDone = done;
-    m_statementFailed = false;
 }
 
 void Response::writePendingDone(unsigned moreFlag) {
-    const auto [kind, status, rowCount, command] = *m_pendingDone;
+    const auto [kind, rowCount, command, status] = *m_pendingDone;
     m_pendingDone.reset();
     const bool hasCount = rowCount >= 0;
     beginToken(kind);
@@ -180,7 +177,7 @@ bool Response::cancelled() {
 }
 
 void Response::endCall() {
-    setPendingDone({Token::DoneProc, errorFlag(), /*rowCount=*/-1, kCommandExecute});
+    setPendingDone({.kind = Token::DoneProc, .command = kCommandExecute});
     m_inCall = m_callOfBatch = false;
 }
 
@@ -197,7 +194,7 @@ void Response::procedureEnded(std::optional<std::int32_t> status) {
 }
 
 void Response::finish() {
-    if (!m_pendingDone || m_statementFailed) setPendingDone({Token::Done, errorFlag()});
+    if (!m_pendingDone || m_statementFailed) setPendingDone({Token::Done});
     writePendingDone(kDoneFinal);
     m_channel.send(m_out.data(), PacketChannel::Extent::AllAndEnd);
     m_inCall = m_callOfBatch = m_clientGone = false;
@@ -206,7 +203,7 @@ void Response::finish() {
 
 void Response::acknowledgeAttention() {
     m_attention = false;
-    setPendingDone({Token::Done, kDoneAttention});
+    setPendingDone({.kind = Token::Done, .status = kDoneAttention});
     finish();
 }
 

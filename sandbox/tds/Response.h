@@ -58,15 +58,14 @@ class Response final : public tsql::ResultSink {
   private:
     struct Done {
         Token kind;
-        unsigned status;
         std::int64_t rowCount = -1;  // -1: no count
         unsigned command = 0;
+        unsigned status = 0;
     };
     void beginToken(Token token);
     void setPendingDone(Done done);
     void writePendingDone(unsigned moreFlag);
-    void writeUserTypeAndFlags(unsigned flags);
-    unsigned errorFlag() const { return m_statementFailed ? kDoneError : 0U; }
+    void writeType(const WireType& type, unsigned flags);
 
     PacketChannel& m_channel;
     std::string m_serverName;

@@ -28,14 +28,16 @@ void check(OM_uint32 major, OM_uint32 minor, const std::string& what) {
 
 }  // namespace
 
-Keytab::Keytab(const std::filesystem::path& file) {
+std::unique_ptr<Keytab> openKeytab(const std::filesystem::path& file) {
     gss_key_value_element_desc element{"keytab", file.c_str()};
     const gss_key_value_set_desc store{1, &element};
+    auto keytab = std::make_unique<Keytab>();
     OM_uint32 minor = 0;
     const OM_uint32 major =
         gss_acquire_cred_from(&minor, /*desired_name=*/GSS_C_NO_NAME, GSS_C_INDEFINITE, GSS_C_NO_OID_SET,
-                              GSS_C_ACCEPT, &store, &m_credentials.value, nullptr, nullptr);
+                              GSS_C_ACCEPT, &store, &keytab->value, nullptr, nullptr);
     check(major, minor, "the keytab " + file.string() + " cannot be used");
+    return keytab;
 }
 
 Bytes SspiContext::accept(ByteView token) {
@@ -43,9 +45,9 @@ Bytes SspiContext::accept(ByteView token) {
     Buffer output;
     Name client;
     OM_uint32 minor = 0;
-    const OM_uint32 major = gss_accept_sec_context(&minor, &m_context.value, m_keytab.credentials(), &input,
-                                                   GSS_C_NO_CHANNEL_BINDINGS, &client.value, nullptr,
-                                                   &output.value, nullptr, nullptr, nullptr);
+    const OM_uint32 major =
+        gss_accept_sec_context(&minor, &m_context.value, m_keytab.value, &input, GSS_C_NO_CHANNEL_BINDINGS,
+                               &client.value, nullptr, &output.value, nullptr, nullptr, nullptr);
     check(major, minor, "Windows authentication failed");
     if (major == GSS_S_COMPLETE) {
         Buffer name;

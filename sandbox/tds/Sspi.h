@@ -5,6 +5,7 @@
 #include <gssapi/gssapi.h>
 
 #include <filesystem>
+#include <memory>
 
 #include "ByteReader.h"
 
@@ -16,31 +17,21 @@ struct SspiError : std::runtime_error {
 };
 
 // Owner of what GSSAPI has allocated.
-template <typename T, auto Release>
+template <typename T, auto Release, auto... Options>
 struct GssOwner {
     GssOwner() = default;
     GssOwner(GssOwner&&) = delete;  // neither moved nor copied
     ~GssOwner() {
         OM_uint32 minor = 0;
-        Release(&minor, &value);
+        Release(&minor, &value, Options...);
     }
     T value{};
 };
 
 // Keys of the server's service principals. Thread-safe.
-class Keytab {
-  public:
-    // Throws SspiError for a file that cannot be read or has no keys.
-    explicit Keytab(const std::filesystem::path& file);
-    gss_cred_id_t credentials() const { return m_credentials.value; }
-
-  private:
-    GssOwner<gss_cred_id_t, gss_release_cred> m_credentials;
-};
-
-inline void deleteContext(OM_uint32* minor, gss_ctx_id_t* context) {
-    gss_delete_sec_context(minor, context, GSS_C_NO_BUFFER);
-}
+using Keytab = GssOwner<gss_cred_id_t, gss_release_cred>;
+// Throws SspiError for a file that cannot be read or has no keys.
+std::unique_ptr<Keytab> openKeytab(const std::filesystem::path& file);
 
 // Authentication of one client.
 class SspiContext {
@@ -51,13 +42,12 @@ class SspiContext {
     // Accepts the client's next token and returns the token to send back, which may be empty. Throws
     // SspiError.
     Bytes accept(ByteView token);
-    bool isComplete() const { return !m_client.empty(); }
-    // The client's principal, for example "person@EXAMPLE.ORG"; empty until isComplete().
+    // The client's principal, for example "person@EXAMPLE.ORG"; empty until it is known.
     const std::string& client() const { return m_client; }
 
   private:
     const Keytab& m_keytab;
-    GssOwner<gss_ctx_id_t, deleteContext> m_context;
+    GssOwner<gss_ctx_id_t, gss_delete_sec_context, GSS_C_NO_BUFFER> m_context;
     std::string m_client;
 };
 

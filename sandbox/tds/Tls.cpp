@@ -2,8 +2,6 @@
 
 #include <openssl/err.h>
 
-#include <new>
-
 namespace tds {
 namespace {
 

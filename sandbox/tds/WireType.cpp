@@ -52,16 +52,6 @@ constexpr std::uint64_t kMaxSizedBytes = 8000;     // of a type that is not (max
 constexpr int kMaxTimeScale = 7;
 constexpr int kFractionCharacters = 8;  // of a time as a string, for clients without the type
 
-// Empty when there is no such type of that size. size: 0 when TYPE_INFO has none.
-std::optional<WireForm> findForm(std::uint8_t id, std::size_t size) {
-    for (WireForm form : kForms) {
-        if (id != 0 && form.fixedId == id) form = {id, Framing::Fixed, form.size, form.type};
-        if (form.id == id && (form.size == size || form.size == 0 || form.framing == Framing::Fixed))
-            return form;
-    }
-    return std::nullopt;
-}
-
 // Type of a variable that can hold values of type `id`.
 TypeId variableType(TypeId id) {
     if (tsql::isBinary(id)) return TypeId::VarBinary;
@@ -96,7 +86,6 @@ void readPrecision(ByteReader& in, SqlType& type) {
 // ---- values
 
 constexpr std::size_t kTextPointerSize = 16;
-constexpr std::size_t kTimeStampSize = 8;
 constexpr std::size_t kDateSize = 3, kOffsetSize = 2;
 constexpr std::size_t kChunkWidth = 4;  // of the length of a chunk
 
@@ -174,7 +163,8 @@ void encode(ByteWriter& out, const WireType& type, const CellView& value) {
         return out.bytes(std::get<tsql::Bytes>(tsql::convertValue(value, type.type, kGuidBytes)));
     if (tsql::isBinary(id)) return out.bytes(storedAs<tsql::Blob>(value));
     const auto text = storedAs<std::string_view>(value);
-    if (tsql::isText(id)) return tsql::isNational(id) ? out.utf16(text) : out.codePage1252(text);
+    if (tsql::isText(id))
+        return (tsql::isNational(id) ? tsql::appendUtf16 : tsql::appendCodePage1252)(out.data(), text);
     const DateTime moment = tsql::fromStorage(text);
     size > 0 ? encodeDateTime(out, moment, size) : encodeScaled(out, moment, type.type);
 }
@@ -221,12 +211,9 @@ Value decodeDecimal(ByteReader in, const SqlType& type) {
     return tsql::exactCell(negative ? -magnitude : magnitude, type);
 }
 
-tsql::Blob blobOf(ByteView data) {
-    return {reinterpret_cast<const std::byte*>(data.data()), data.size()};
-}
-
 Value decode(const WireType& type, ByteView data) {
     ByteReader in(data);
+    const tsql::Blob bytes(reinterpret_cast<const std::byte*>(data.data()), data.size());
     const TypeId id = type.type.id;
     if (id == TypeId::Bit) return std::int64_t{in.u8() != 0};
     if (id == TypeId::TinyInt) return std::int64_t{in.u8()};
@@ -237,8 +224,8 @@ Value decode(const WireType& type, ByteView data) {
         const double value = isReal ? std::bit_cast<float>(in.u32()) : std::bit_cast<double>(in.number(8));
         return std::isfinite(value) ? value : throw ValueError("a number is not finite");
     }
-    if (id == TypeId::UniqueIdentifier) return tsql::convertValue(blobOf(data), kGuidBytes, type.type);
-    if (id == TypeId::VarBinary) return tsql::Bytes(blobOf(data));
+    if (id == TypeId::UniqueIdentifier) return tsql::convertValue(bytes, kGuidBytes, type.type);
+    if (id == TypeId::VarBinary) return tsql::Bytes(bytes);
     if (id == TypeId::NVarChar && data.size() % 2 != 0) throw OddUnicode();
     if (id == TypeId::NVarChar) return utf8FromUtf16(data);
     if (id == TypeId::VarChar) return type.utf8 ? Bytes(data) : utf8FromCodePage1252(data);
@@ -292,10 +279,15 @@ WireType readTypeInfo(ByteReader& in) {
     const std::uint8_t id = in.u8();
     const bool hasSize =
         std::ranges::any_of(kForms, [&](const WireForm& each) { return each.id == id && each.size > 0; });
-    const auto form = findForm(id, hasSize ? in.u8() : 0);
-    if (!form && hasSize) throw ProtocolError("the size of a parameter does not fit its type");
-    if (!form) throw tsql::unsupported("parameters of TDS type " + std::to_string(id));
+    const std::size_t size = hasSize ? in.u8() : 0;
+    const auto* const form = std::ranges::find_if(kForms, [&](const WireForm& each) {
+        return each.id == id ? each.size == size : each.fixedId == id && id != 0;
+    });
+    const bool isUnknown = form == std::end(kForms);
+    if (isUnknown && hasSize) throw ProtocolError("the size of a parameter does not fit its type");
+    if (isUnknown) throw tsql::unsupported("parameters of TDS type " + std::to_string(id));
     WireType type{*form, tsql::simpleType(variableType(form->type))};
+    if (form->id != id) type.form.framing = Framing::Fixed;
     if (form->framing == Framing::Short || form->framing == Framing::Long) readLength(in, type);
     if (form->type == TypeId::Xml) {
         if (in.u8() != 0) throw tsql::unsupported("xml parameters with a schema");
@@ -312,7 +304,7 @@ void writeValue(ByteWriter& out, const WireType& type, const CellView& value) {
     if (tsql::isNull(value)) return isLong ? out.u8(0) : out.number(nullLength(width), width);
     if (isLong) {
         out.u8(kTextPointerSize);
-        out.number(0, kTextPointerSize + kTimeStampSize);
+        out.number(0, kTextPointerSize + kTextTimestampSize);
     }
     // PLP with one chunk. An empty chunk is the end mark, hence none follows it.
     const bool isChunked = framing == Framing::Chunks;

@@ -18,6 +18,8 @@ struct OddUnicode final : ValueError {
     OddUnicode() : ValueError("Unicode data has an odd number of bytes") {}
 };
 
+constexpr std::size_t kTextTimestampSize = 8;  // behind the pointer of text, ntext and image
+
 // Width in bytes of a value's length field.
 enum class Framing : std::uint8_t {
     Fixed = 0,
