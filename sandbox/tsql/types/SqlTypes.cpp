@@ -40,15 +40,6 @@ constexpr std::array<std::string_view, 13> kConversions = {
     "--iiiiii---e-", "--iiiiii---e-", "iiiiiiiiiiiei", "-------iie---", "-------e-i-e-",
     "-------i--ii-", "i-ieeeei-iiii", "-----------ii"};
 
-void checkLength(TypeId id, int length) {
-    const int most = isNational(id) ? kMaxNational : kMaxBytes;
-    const bool mayBeMax = id == TypeId::VarChar || id == TypeId::NVarChar || id == TypeId::VarBinary;
-    if (length == SqlType::kMax && mayBeMax) return;
-    if (length < 1) throw sqlError(kInvalidLength, {std::to_string(length)});
-    if (length > most)
-        throw sqlError(kSizeExceedsMaximum, {std::to_string(length), baseName(id), std::to_string(most)});
-}
-
 SqlType makeDecimal(std::span<const int> arguments) {
     const int precision = arguments.empty() ? 18 : arguments[0];
     const int scale = arguments.size() < 2 ? 0 : arguments[1];
@@ -139,7 +130,11 @@ SqlType makeType(std::string_view name, std::span<const int> arguments, TypeUse 
     }
     if (!hasLength(id)) throw sqlError(kTypeWithoutWidth, {name});
     type.length = !arguments.empty() ? given : use == TypeUse::Cast ? 30 : 1;
-    checkLength(id, type.length);
+    const int most = isNational(id) ? kMaxNational : kMaxBytes;
+    if (type.length < 1 && (isPadded(id) || type.length != SqlType::kMax))
+        throw sqlError(kInvalidLength, {std::to_string(given)});
+    if (given > most)
+        throw sqlError(kSizeExceedsMaximum, {std::to_string(given), baseName(id), std::to_string(most)});
     return type;
 }
 
@@ -194,8 +189,7 @@ SqlType decimalType(int precision, int scale) {
     return {TypeId::Decimal, 0, static_cast<std::uint8_t>(precision), static_cast<std::uint8_t>(scale)};
 }
 SqlType simpleType(TypeId id) {
-    const bool sized = id == TypeId::Decimal;
-    return {id, id == TypeId::RowVersion ? 8 : 0, static_cast<std::uint8_t>(sized ? 18 : 0),
+    return {id, id == TypeId::RowVersion ? 8 : 0, static_cast<std::uint8_t>(id == TypeId::Decimal ? 18 : 0),
             static_cast<std::uint8_t>(facts(id).scale)};
 }
 
