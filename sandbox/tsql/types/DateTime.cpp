@@ -209,10 +209,8 @@ DateTime fromStorage(std::string_view text) {
 
 bool isInRange(const DateTime& value, const SqlType& type) {
     const bool small = type.id == TypeId::SmallDateTime;
-    const LocalDay first = small                         ? kDay1900
-                           : type.id == TypeId::DateTime ? LocalDay(year(1753) / 1 / 1)
-                                                         : kFirstDay;
-    const LocalDay end(small ? year(2079) / 6 / 7 : year(10000) / 1 / 1);
+    const year firstYear(small ? 1900 : type.id == TypeId::DateTime ? 1753 : 1);
+    const LocalDay first(firstYear / 1 / 1), end(small ? year(2079) / 6 / 7 : year(10000) / 1 / 1);
     return std::min(value.at, value.utc()) >= first && std::max(value.at, value.utc()) < end &&
            std::chrono::abs(value.offset) <= kMostOffset;
 }

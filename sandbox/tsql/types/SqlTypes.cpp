@@ -8,9 +8,7 @@
 namespace tsql {
 namespace {
 
-constexpr int kMaxBytes = 8000;
-constexpr int kMaxNational = 4000;
-constexpr int kMaxDecimal = 38;
+constexpr int kMaxBytes = 8000, kMaxNational = 4000, kMaxDecimal = 38;
 
 struct TypeFacts {
     std::string_view name;
