@@ -26,7 +26,6 @@ SqlType nullIfType(Pieces pieces) {
     return pieces[0].type;
 }
 
-// Whether a character of a pattern is an argument.
 constexpr bool isArgument(char letter) {
     return letter >= 'A' && letter <= 'Z';
 }

@@ -66,7 +66,6 @@ std::string written(std::string_view pattern, const DateTime& value, int scale =
     return text;
 }
 
-// Rounds a time of day to the precision of the type.
 Ticks rounded(Ticks time, const SqlType& type) {
     const std::int64_t ticks = time.count();
     // datetime counts 1/300 s: the last digit of its milliseconds is 0, 3 or 7.

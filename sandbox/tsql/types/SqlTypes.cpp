@@ -1,7 +1,5 @@
 #include "types/SqlTypes.h"
 
-#include <array>
-
 #include "messages/Messages.h"
 #include "types/Text.h"
 
@@ -33,7 +31,7 @@ const TypeFacts& facts(TypeId id) {
 
 constexpr std::string_view kFamilyOrder = "NFDAM2OCTXUBI";
 // ConversionRule from each family (row) to each (column), in kFamilyOrder.
-constexpr std::array<std::string_view, 13> kConversions = {
+constexpr std::string_view kConversions[] = {
     "iii----i---i-", "iii----i---i-", "eeiiiiii---e-", "--ii-iii---e-", "--i-iiii---e-",
     "--iiiiii---e-", "--iiiiii---e-", "iiiiiiiiiiiei", "-------iie---", "-------e-i-e-",
     "-------i--ii-", "i-ieeeei-iiii", "-----------ii"};
@@ -96,8 +94,8 @@ SqlType decimalResult(BinaryOp op, const SqlType& left, const SqlType& right) {
     return decimalType(std::min(sum.precision + 1, kMaxDecimal), sum.scale);
 }
 
-constexpr std::array<std::string_view, 8> kOperatorNames = {"add",    "subtract", "multiply", "divide",
-                                                            "modulo", "'&'",      "'|'",      "'^'"};
+constexpr std::string_view kOperatorNames[] = {"add",    "subtract", "multiply", "divide",
+                                               "modulo", "'&'",      "'|'",      "'^'"};
 
 }  // namespace
 

@@ -1,10 +1,8 @@
 #include "types/Values.h"
 
-#include <array>
 #include <boost/algorithm/hex.hpp>
 #include <charconv>
 #include <cmath>
-#include <cstdio>
 #include <limits>
 
 #include "types/Text.h"
@@ -236,14 +234,14 @@ struct Converter {
 
     // Six digits by default, three digits of exponent.
     std::string floatText() const {
-        std::array<char, 64> buffer{};
+        char buffer[64];
         const double value = real() == 0 ? 0.0 : real();
         constexpr int kDigits[] = {6, 7, 15, 16};  // for styles 0 to 3
         const int form = style != 126 ? style : from.id == TypeId::Real ? 1 : 2;
         const bool exponential = form >= 1 && form <= 3;
-        std::snprintf(buffer.data(), buffer.size(), exponential ? "%.*e" : "%.*g",
-                      kDigits[exponential ? form : 0], value);
-        std::string result = buffer.data();
+        const auto shape = exponential ? std::chars_format::scientific : std::chars_format::general;
+        const int digits = kDigits[exponential ? form : 0];
+        std::string result(buffer, std::to_chars(buffer, std::end(buffer), value, shape, digits).ptr);
         const auto exponent = result.find('e');
         if (exponent != std::string::npos && result.size() - exponent < 5)
             result.insert(exponent + 2, 1, '0');
@@ -275,13 +273,13 @@ struct Converter {
         if (!rest.empty() && rest[0] == '{') rest.remove_prefix(1);
         std::string result = toUpper(rest.substr(0, 36)), digits;
         for (std::size_t i = 0; i < result.size(); ++i)
-            if (std::ranges::find(kDashes, i) == kDashes.end() || result[i] != '-') digits += result[i];
+            if (std::ranges::find(kDashes, i) == std::end(kDashes) || result[i] != '-') digits += result[i];
         if (result.size() != 36 || digits.size() != 32 || !parseHex(digits))
             throw sqlError(kBadUniqueIdentifier);
         return result;
     }
 
-    static constexpr std::array<std::size_t, 4> kDashes = {8, 13, 18, 23};
+    static constexpr std::size_t kDashes[] = {8, 13, 18, 23};
     // The first three groups are little-endian.
     static Bytes reordered(Blob identifier) {
         Bytes result(identifier.substr(0, 16));
