@@ -18,11 +18,6 @@ Value runDateDiff(const SqlCall& call) {
     return difference;
 }
 
-template <auto function>
-Value runOfDate(const SqlCall& call) {
-    return function(call.datePart(), call.dateTime(1));
-}
-
 // YEAR(value) is DATEPART(year, value).
 std::string writePart(const FunctionInfo& function, Pieces pieces, const SqlType&) {
     const auto part = static_cast<std::int64_t>(*findDatePart(function.name));
@@ -120,8 +115,10 @@ const std::vector<FunctionInfo> kDateFunctions = {
      }},
     {"datediff", "PDD", TypeId::Int, runDateDiff<std::int32_t>},
     {"datediff_big", "PDD", TypeId::BigInt, runDateDiff<std::int64_t>},
-    {"datepart", "PD", TypeId::Int, runOfDate<datePart>},
-    {"datename", "PD", nvarcharType(30), runOfDate<dateName>},
+    {"datepart", "PD", TypeId::Int,
+     [](const SqlCall& call) -> Value { return datePart(call.datePart(), call.dateTime(1)); }},
+    {"datename", "PD", nvarcharType(30),
+     [](const SqlCall& call) -> Value { return dateName(call.datePart(), call.dateTime(1)); }},
     {"year", "D", TypeId::Int, writePart},
     {"month", "D", TypeId::Int, writePart},
     {"day", "D", TypeId::Int, writePart},

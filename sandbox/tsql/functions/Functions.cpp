@@ -9,8 +9,6 @@
 namespace tsql {
 namespace {
 
-constexpr std::size_t kAnyNumber = 254;
-
 SqlType resultType(const FunctionInfo& function, Pieces pieces) {
     if (const auto* rule = std::get_if<TypeRule>(&function.result)) return (*rule)(pieces);
     const auto* id = std::get_if<TypeId>(&function.result);
@@ -28,7 +26,6 @@ SqlType nullIfType(Pieces pieces) {
     return pieces[0].type;
 }
 
-// Whether a character of a pattern is an argument.
 constexpr bool isArgument(char letter) {
     return letter >= 'A' && letter <= 'Z';
 }
@@ -206,6 +203,7 @@ Typed argument(const FunctionInfo& function, std::size_t i, char letter, const T
 }
 
 void checkCount(const FunctionInfo& function, std::size_t letters, std::size_t count) {
+    constexpr std::size_t kAnyNumber = 254;
     const std::string_view pattern = function.arguments, required = pattern.substr(0, pattern.find('['));
     const auto least = static_cast<std::size_t>(std::ranges::count_if(required, isArgument));
     const std::size_t most = pattern.find('*') == std::string_view::npos ? letters : kAnyNumber;

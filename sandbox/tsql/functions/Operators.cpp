@@ -276,10 +276,8 @@ Typed emitNegate(const Typed& value) {
 
 Typed emitBitNot(const Typed& value) {
     if (!isInteger(value.type.id)) throw sqlError(kInvalidOperandType, {baseName(value.type.id), "'~'"});
-    const std::string_view all = value.type.id == TypeId::Bit       ? "(1- "
-                                 : value.type.id == TypeId::TinyInt ? "(255- "
-                                                                    : "(-1- ";
-    return {std::string(all) + value.sql + ")", value.type, value.nullLiteral};
+    const int all = value.type.id == TypeId::Bit ? 1 : value.type.id == TypeId::TinyInt ? 255 : -1;
+    return {"(" + std::to_string(all) + "- " + value.sql + ")", value.type, value.nullLiteral};
 }
 
 std::string emitCompare(CompareOp op, const Typed& leftPiece, const Typed& rightPiece) {

@@ -136,7 +136,6 @@ Value ofClient(const SqlCall& call) {
 }
 constexpr auto owner = [](const SqlCall&) -> Value { return "dbo"; };
 constexpr auto isMember = [](const SqlCall&) -> Value { return 1; };
-constexpr auto notInstalled = [](const SqlCall&) -> Value { return 0; };
 const SqlType kName = nvarcharType(128);
 
 }  // namespace
@@ -193,7 +192,7 @@ const std::vector<FunctionInfo> kSessionFunctions = {
      }},
     {"is_srvrolemember", "~T[T", TypeId::Int, isMember},
     {"is_member", "~T", TypeId::Int, isMember},
-    {"fulltextserviceproperty", "~T", TypeId::Int, notInstalled},
+    {"fulltextserviceproperty", "~T", TypeId::Int, [](const SqlCall&) -> Value { return 0; }},
     {"scope_identity", "~", decimalType(38, 0),
      [](const SqlCall& call) { return identityValue(call.session().scopeIdentity()); }},
     {"ident_current", "~T", decimalType(38, 0), currentIdentity},

@@ -153,11 +153,16 @@ Value runPatIndex(const SqlCall& call) {
     return static_cast<std::int64_t>(characterCount(call.text(1)) - characterCount(text)) + 1;
 }
 
-// NULL for a negative count; truncated to `most` characters.
-Value repeated(std::string_view text, std::int64_t count, std::size_t most) {
-    if (count < 0) return Null{};
-    const std::size_t times =
-        text.empty() ? 0 : std::min(static_cast<std::size_t>(count), most / characterCount(text) + 1);
+// (string, count, result type), cut to the length of the type; NULL for a negative count
+Value runReplicate(const SqlCall& call) {
+    const std::string_view text = call.text(0);
+    const auto count = static_cast<std::size_t>(call.integer(1)), characters = characterCount(text);
+    const int length = call.resultType().length;
+    const auto most = static_cast<std::size_t>(length == SqlType::kMax ? kMostOfMax : length);
+    if (call.integer(1) < 0) return Null{};
+    if (length == SqlType::kMax && characters > 0 && count > most / characters)
+        throw unsupported("REPLICATE beyond 100,000,000 characters");
+    const std::size_t times = text.empty() ? 0 : std::min(count, most / characters + 1);
     std::string result;
     result.reserve(times * text.size());
     for (std::size_t i = 0; i < times; ++i) {
@@ -166,16 +171,6 @@ Value repeated(std::string_view text, std::int64_t count, std::size_t most) {
     }
     result.resize(byteOffset(result, most));
     return result;
-}
-
-// (string, count, result type)
-Value runReplicate(const SqlCall& call) {
-    const int length = call.resultType().length;
-    const auto characters = static_cast<std::int64_t>(characterCount(call.text(0)));
-    if (length == SqlType::kMax && characters > 0 && call.integer(1) > kMostOfMax / characters)
-        throw unsupported("REPLICATE beyond 100,000,000 characters");
-    return repeated(call.text(0), call.integer(1),
-                    static_cast<std::size_t>(length == SqlType::kMax ? kMostOfMax : length));
 }
 
 template <auto codeOf>
@@ -298,7 +293,9 @@ const std::vector<FunctionInfo> kTextFunctions = {
     {"patindex", "TS#", countType<1>, runPatIndex},
     {"replicate", "TW=", grownText, runReplicate},
     {"space", "I", varcharType(kLongest),
-     [](const SqlCall& call) { return repeated(" ", call.integer(0), kLongest); }},
+     [](const FunctionInfo&, Pieces pieces, const SqlType& type) {
+         return "ts_replicate(' '," + pieces[0].sql + "," + std::to_string(encodeType(type)) + ")";
+     }},
     {"reverse", "T", varyingText,
      [](const SqlCall& call) -> Value {
          std::u32string characters;

@@ -23,19 +23,17 @@ struct Number {
 };
 
 // Parser of one string. It finds the time and removes it; the rest must be a date.
-class DateReader {
-  public:
-    explicit DateReader(bool isClassic) : m_isClassic(isClassic) {}
+struct DateReader {
+    bool isClassic;         // the type is datetime or smalldatetime, which have no offsets
+    bool isInRange = true;  // whether such a date and time exist
+    DateTime result = {};
 
     bool read(std::string_view text, int style) {
         std::string rest(text.substr(0, kLongest + 1));
-        const bool isPlain = text.find_first_of(m_isClassic ? "\t\n\v\f\r" : "\n\v\f\r") == text.npos;
+        const bool isPlain = text.find_first_of(isClassic ? "\t\n\v\f\r" : "\n\v\f\r") == text.npos;
         return isPlain && rest.size() <= kLongest && takeTime(rest) && takeDate(rest, style);
     }
-    bool isInRange() const { return m_inRange; }  // whether such a date and time exist
-    const DateTime& result() const { return m_result; }
 
-  private:
     // hh[:mm[:ss[.f]]] [AM|PM] [Z|+hh:mm], with : or AM or PM; a T only between yyyy-mm-dd and hh:mm:ss
     bool takeTime(std::string& text) {
         static const std::regex kTime = compiled(
@@ -44,21 +42,21 @@ class DateReader {
         std::smatch found;
         if (text.find_first_of(":mM") == text.npos || !std::regex_search(text, found, kTime)) return true;
         const bool hasT = text[found.position()] == 'T', isIso = found.position() == 10 && text[4] == '-';
-        if ((hasT && !isIso) || (!m_isClassic && found.suffix().length() > 0)) return false;
-        if (hasT && !m_isClassic && found.str().find_first_of(" \tMm") != text.npos) return false;
+        if ((hasT && !isIso) || (!isClassic && found.suffix().length() > 0)) return false;
+        if (hasT && !isClassic && found.str().find_first_of(" \tMm") != text.npos) return false;
         const std::string half = lowerAscii(found.str(6)), offset = found[7];
         const bool inThousandths = found[4] == ":";  // 1:05:07:5
         const auto number = [&](std::size_t part) { return found.length(part) ? std::stoi(found[part]) : 0; };
         int hour = number(1);
         if ((half == "am" && hour > 12) || (half == "pm" && hour == 0)) return false;
         if (!half.empty() && hour <= 12) hour = hour % 12 + (half == "pm" ? 12 : 0);
-        m_inRange = hour < 24 && number(2) < 60 && number(3) < 60;
-        m_result.at += std::chrono::seconds((hour * 60 + number(2)) * 60 + number(3));
+        isInRange = hour < 24 && number(2) < 60 && number(3) < 60;
+        result.at += std::chrono::seconds((hour * 60 + number(2)) * 60 + number(3));
         std::string fraction = found[5];
-        if (fraction.size() > 3 && (inThousandths || m_isClassic)) return false;
+        if (fraction.size() > 3 && (inThousandths || isClassic)) return false;
         if (inThousandths) fraction.insert(0, 3 - fraction.size(), '0');
         fraction.resize(kTickDigits + 1, '0');  // the last one is rounded
-        m_result.at += Ticks((std::stoi(fraction) + 5) / 10);
+        result.at += Ticks((std::stoi(fraction) + 5) / 10);
         text.erase(static_cast<std::size_t>(found.position()), static_cast<std::size_t>(found.length()));
         return offset.size() < 2 || setOffset(offset);
     }
@@ -66,9 +64,9 @@ class DateReader {
     // "+hh:mm"
     bool setOffset(const std::string& offset) {
         const int minutes = std::stoi(offset.substr(offset.find(':') + 1));
-        m_result.offset = std::chrono::minutes(std::stoi(offset.substr(1)) * 60 + minutes);
-        if (offset[0] == '-') m_result.offset *= -1;
-        return !m_isClassic && minutes < 60 && abs(m_result.offset) <= kMostOffset;
+        result.offset = std::chrono::minutes(std::stoi(offset.substr(1)) * 60 + minutes);
+        if (offset[0] == '-') result.offset *= -1;
+        return !isClassic && minutes < 60 && abs(result.offset) <= kMostOffset;
     }
 
     // Numbers, or the name of a month with one or two numbers.
@@ -97,9 +95,9 @@ class DateReader {
         const auto is = [style](std::string_view styles) { return hasWord(styles, std::to_string(style)); };
         const bool isFree = style <= 0, isLong = style >= 20 && style != 22, dayFirst = is(kDayFirst);
         const bool hasOrder = is(kMonthFirst) || dayFirst || is(kYearFirst);
-        if (!hasOrder && !m_isClassic) throw sqlError(kStyleNotFollowed, {std::to_string(style)});
+        if (!hasOrder && !isClassic) throw sqlError(kStyleNotFollowed, {std::to_string(style)});
         if (!hasOrder) return false;
-        if (is(kYearFirst) || (numbers[0].digits == 4 && (m_isClassic || isFree)))
+        if (is(kYearFirst) || (numbers[0].digits == 4 && (isClassic || isFree)))
             std::ranges::rotate(numbers, numbers.begin() + 1);
         return (isFree || (numbers[2].digits == 4) == isLong) &&
                setDay(numbers[2], numbers[dayFirst].value, numbers[!dayFirst].value);
@@ -117,24 +115,19 @@ class DateReader {
         if (year.digits == 3 || year.digits > 4) return false;
         const int century = year.digits > 2 ? 0 : year.value < kTwoDigitCutoff ? 2000 : 1900;
         const auto date = dayOf(century + year.value, month, day);
-        m_inRange = m_inRange && date;
-        m_result.at = date.value_or(kDay1900) + m_result.time();
+        isInRange = isInRange && date;
+        result.at = date.value_or(kDay1900) + result.time();
         return true;
     }
-
-    bool m_isClassic;  // the type is datetime or smalldatetime, which have no offsets
-    bool m_inRange = true;
-    DateTime m_result;
 };
 
 }  // namespace
 
 DateTime parseDateTime(std::string_view text, const SqlType& from, const SqlType& to, int style) {
-    const bool classic = isClassicDate(to.id);
-    DateReader reader(classic);
+    DateReader reader{isClassicDate(to.id)};
     const bool isDate = reader.read(text, style);
-    if (isDate && reader.isInRange()) return reader.result();
-    if (isDate && classic) throw sqlError(kDateOutOfRange, {baseName(from.id), baseName(to.id)});
+    if (isDate && reader.isInRange) return reader.result;
+    if (isDate && reader.isClassic) throw sqlError(kDateOutOfRange, {baseName(from.id), baseName(to.id)});
     throw sqlError(to.id == TypeId::SmallDateTime ? kBadSmallDateTimeText : kBadDateText);
 }
 

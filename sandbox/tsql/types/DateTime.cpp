@@ -66,7 +66,6 @@ std::string written(std::string_view pattern, const DateTime& value, int scale =
     return text;
 }
 
-// Rounds a time of day to the precision of the type.
 Ticks rounded(Ticks time, const SqlType& type) {
     const std::int64_t ticks = time.count();
     // datetime counts 1/300 s: the last digit of its milliseconds is 0, 3 or 7.
@@ -124,22 +123,15 @@ Style styleFor(int number, const SqlType& type, std::string_view target) {
     throw sqlError(kInvalidStyle, {std::to_string(number), baseName(type.id)});
 }
 
-std::int64_t yearOf(LocalDay day) {
-    return int{CivilDate(day).year()};
-}
-
-std::int64_t monthOf(LocalDay day) {
-    return unsigned{CivilDate(day).month()};
-}
-
-std::int64_t dayOfYear(LocalDay day) {
+// Parts of a day that others are computed from; Sundays are counted from the first day, a Monday.
+constexpr auto yearOf = [](LocalDay day) -> std::int64_t { return int{CivilDate(day).year()}; };
+constexpr auto monthOf = [](LocalDay day) -> std::int64_t { return unsigned{CivilDate(day).month()}; };
+constexpr auto dayOfYear = [](LocalDay day) -> std::int64_t {
     return (day - LocalDay(CivilDate(day).year() / 1 / 1)).count() + 1;
-}
-
-// Number of Sundays up to `day`. The first day is a Monday.
-std::int64_t sundayWeeks(LocalDay day) {
+};
+constexpr auto sundaysUntil = [](LocalDay day) -> std::int64_t {
     return floor<std::chrono::weeks>(day - kFirstDay + days(1)).count();
-}
+};
 
 struct PartFacts {
     std::string_view names;                     // the first one is shown
@@ -157,7 +149,7 @@ constexpr PartFacts kParts[] = {
     {"dayofyear dy y", 0, kNanosADay, 0, dayOfYear},
     {"day dd d", 0, kNanosADay, 0, [](LocalDay day) { return std::int64_t{unsigned{CivilDate(day).day()}}; }},
     {"week wk ww", 0, 7 * kNanosADay, 0,
-     [](LocalDay day) { return sundayWeeks(day) - sundayWeeks(day - days(dayOfYear(day) - 1)) + 1; }},
+     [](LocalDay day) { return sundaysUntil(day) - sundaysUntil(day - days(dayOfYear(day) - 1)) + 1; }},
     {"iso_week isowk isoww", 0, kNanosADay, 0,  // an ISO week belongs to the year of its Thursday
      [](LocalDay day) {
          return (dayOfYear(day - (weekday(day) - std::chrono::Monday) + days(3)) - 1) / 7 + 1;
@@ -173,13 +165,9 @@ constexpr PartFacts kParts[] = {
     {"tzoffset tz"},
 };
 
-const PartFacts& factsOf(DatePart part) {
-    return kParts[static_cast<std::size_t>(part)];
-}
-
-Int128 nanosecondsOf(LocalTime at) {  // since 0001-01-01
-    return static_cast<Int128>((at - kFirstDay).count()) * 100;
-}
+constexpr auto factsOf = [](DatePart part) { return kParts[static_cast<std::size_t>(part)]; };
+// Since 0001-01-01.
+constexpr auto nanosecondsOf = [](LocalTime at) { return Int128{(at - kFirstDay).count()} * 100; };
 
 DateTime addMonths(const DateTime& value, std::int64_t months) {
     constexpr std::int64_t kMostMonths = 120'000;  // more leave the calendar in any case
@@ -220,10 +208,8 @@ DateTime fromStorage(std::string_view text) {
 
 bool isInRange(const DateTime& value, const SqlType& type) {
     const bool small = type.id == TypeId::SmallDateTime;
-    const LocalDay first = small                         ? kDay1900
-                           : type.id == TypeId::DateTime ? LocalDay(year(1753) / 1 / 1)
-                                                         : kFirstDay;
-    const LocalDay end(small ? year(2079) / 6 / 7 : year(10000) / 1 / 1);
+    const year firstYear(small ? 1900 : type.id == TypeId::DateTime ? 1753 : 1);
+    const LocalDay first(firstYear / 1 / 1), end(small ? year(2079) / 6 / 7 : year(10000) / 1 / 1);
     return std::min(value.at, value.utc()) >= first && std::max(value.at, value.utc()) < end &&
            std::chrono::abs(value.offset) <= kMostOffset;
 }
@@ -279,7 +265,7 @@ std::string_view nameOf(DatePart part) {
 
 DateTime dateAdd(DatePart part, std::int64_t number, const DateTime& value, const SqlType& type) {
     constexpr Int128 kMost = Ticks(days(4'000'000)).count();  // leaves the calendar in any case
-    const PartFacts& facts = factsOf(part);
+    const PartFacts facts = factsOf(part);
     const Int128 moved = nanosecondsOf(value.at) + static_cast<Int128>(number) * facts.nanoseconds;
     const Int128 ticks = (moved + (moved < 0 ? -50 : 50)) / 100;
     const Int128 kept =
@@ -293,10 +279,10 @@ DateTime dateAdd(DatePart part, std::int64_t number, const DateTime& value, cons
 }
 
 std::int64_t dateDiff(DatePart part, const DateTime& start, const DateTime& end) {
-    const PartFacts& facts = factsOf(part);
+    const PartFacts facts = factsOf(part);
     const auto units = [&](LocalTime at) -> Int128 {
         const LocalDay day = floor<days>(at);
-        if (part == DatePart::Week) return sundayWeeks(day);
+        if (part == DatePart::Week) return sundaysUntil(day);
         if (!facts.months) return nanosecondsOf(at) / facts.nanoseconds;
         return (yearOf(day) * 12 + monthOf(day) - 1) / facts.months;
     };
@@ -306,7 +292,7 @@ std::int64_t dateDiff(DatePart part, const DateTime& start, const DateTime& end)
 }
 
 std::int64_t datePart(DatePart part, const DateTime& value) {
-    const PartFacts& facts = factsOf(part);
+    const PartFacts facts = factsOf(part);
     if (part == DatePart::TzOffset) return value.offset.count();
     return facts.ofDay ? facts.ofDay(value.day())
                        : value.time().count() * 100 / facts.nanoseconds % facts.cycle;

@@ -1,16 +1,12 @@
 #include "types/SqlTypes.h"
 
-#include <array>
-
 #include "messages/Messages.h"
 #include "types/Text.h"
 
 namespace tsql {
 namespace {
 
-constexpr int kMaxBytes = 8000;
-constexpr int kMaxNational = 4000;
-constexpr int kMaxDecimal = 38;
+constexpr int kMaxBytes = 8000, kMaxNational = 4000, kMaxDecimal = 38;
 
 struct TypeFacts {
     std::string_view name;
@@ -35,19 +31,10 @@ const TypeFacts& facts(TypeId id) {
 
 constexpr std::string_view kFamilyOrder = "NFDAM2OCTXUBI";
 // ConversionRule from each family (row) to each (column), in kFamilyOrder.
-constexpr std::array<std::string_view, 13> kConversions = {
+constexpr std::string_view kConversions[] = {
     "iii----i---i-", "iii----i---i-", "eeiiiiii---e-", "--ii-iii---e-", "--i-iiii---e-",
     "--iiiiii---e-", "--iiiiii---e-", "iiiiiiiiiiiei", "-------iie---", "-------e-i-e-",
     "-------i--ii-", "i-ieeeei-iiii", "-----------ii"};
-
-void checkLength(TypeId id, int length) {
-    const int most = isNational(id) ? kMaxNational : kMaxBytes;
-    const bool mayBeMax = id == TypeId::VarChar || id == TypeId::NVarChar || id == TypeId::VarBinary;
-    if (length == SqlType::kMax && mayBeMax) return;
-    if (length < 1) throw sqlError(kInvalidLength, {std::to_string(length)});
-    if (length > most)
-        throw sqlError(kSizeExceedsMaximum, {std::to_string(length), baseName(id), std::to_string(most)});
-}
 
 SqlType makeDecimal(std::span<const int> arguments) {
     const int precision = arguments.empty() ? 18 : arguments[0];
@@ -107,8 +94,8 @@ SqlType decimalResult(BinaryOp op, const SqlType& left, const SqlType& right) {
     return decimalType(std::min(sum.precision + 1, kMaxDecimal), sum.scale);
 }
 
-constexpr std::array<std::string_view, 8> kOperatorNames = {"add",    "subtract", "multiply", "divide",
-                                                            "modulo", "'&'",      "'|'",      "'^'"};
+constexpr std::string_view kOperatorNames[] = {"add",    "subtract", "multiply", "divide",
+                                               "modulo", "'&'",      "'|'",      "'^'"};
 
 }  // namespace
 
@@ -139,7 +126,11 @@ SqlType makeType(std::string_view name, std::span<const int> arguments, TypeUse 
     }
     if (!hasLength(id)) throw sqlError(kTypeWithoutWidth, {name});
     type.length = !arguments.empty() ? given : use == TypeUse::Cast ? 30 : 1;
-    checkLength(id, type.length);
+    const int most = isNational(id) ? kMaxNational : kMaxBytes;
+    if (type.length < 1 && (isPadded(id) || type.length != SqlType::kMax))
+        throw sqlError(kInvalidLength, {std::to_string(given)});
+    if (given > most)
+        throw sqlError(kSizeExceedsMaximum, {std::to_string(given), baseName(id), std::to_string(most)});
     return type;
 }
 
@@ -194,8 +185,7 @@ SqlType decimalType(int precision, int scale) {
     return {TypeId::Decimal, 0, static_cast<std::uint8_t>(precision), static_cast<std::uint8_t>(scale)};
 }
 SqlType simpleType(TypeId id) {
-    const bool sized = id == TypeId::Decimal;
-    return {id, id == TypeId::RowVersion ? 8 : 0, static_cast<std::uint8_t>(sized ? 18 : 0),
+    return {id, id == TypeId::RowVersion ? 8 : 0, static_cast<std::uint8_t>(id == TypeId::Decimal ? 18 : 0),
             static_cast<std::uint8_t>(facts(id).scale)};
 }
 

@@ -9,10 +9,9 @@
 #include "types/Work.h"
 
 namespace tsql {
+namespace {
 
 namespace utf = boost::locale::utf;
-
-namespace {
 
 constexpr std::size_t kFoldTable = 0x10000;  // pairs above the basic plane are rare and not cached
 
