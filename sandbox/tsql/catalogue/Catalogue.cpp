@@ -118,6 +118,10 @@ Catalogue::Catalogue(Connection& connection, std::string database, std::string s
     if (m_connection.hasCatalogue(m_schema)) return;
     const std::string master = isTemporary() ? "sqlite_temp_master" : m_schema + ".sqlite_master";
     if (m_connection.number("SELECT 1 FROM " + master + " WHERE name = 'tsqlbox_object_deleted'")) {
+        const std::string own =
+            "SELECT 1 FROM pragma_table_info('tsqlbox_columns', ?1) WHERE name = 'user_type'";
+        if (!isTemporary() && !m_connection.number(own, {databaseKey(m_database)}))
+            throw unsupported("databases of older builds ('" + m_database + "'): make the data folder anew");
         // A rollback would delete tables that the current transaction has created.
         if (!m_connection.inTransaction()) m_connection.noteCatalogue(m_schema);
         return;
