@@ -155,7 +155,6 @@ struct TableRef {
     int line = 1;
 };
 
-// IDENTITY (seed, increment)
 struct Identity {
     std::int64_t seed = 1, increment = 1;
 };
@@ -237,8 +236,7 @@ struct Declaration {
     bool output = false;
     bool isCursor = false;  // DECLARE @c CURSOR
 };
-// Parameter, or variable declared anywhere in a batch or module: it exists from the beginning, with the value
-// NULL.
+// Parameter, or variable declared anywhere in a batch or module: it exists from the beginning, as NULL.
 using Local = std::pair<std::string, SqlType>;
 struct Declare {
     std::vector<Declaration> variables;

@@ -133,7 +133,6 @@ std::string Parser::expectVariable(int state) {
     return std::string(name.raw);
 }
 
-// [[database.][schema].]name
 ObjectName Parser::objectName() {
     const int line = peek().line;
     std::vector<std::string> parts{at(".") ? std::string() : expectName()};  // ..name, .schema.name

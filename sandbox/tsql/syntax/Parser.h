@@ -1,9 +1,6 @@
 // Recursive-descent parser of a batch. Productions that only one source file uses are functions of that file.
 #pragma once
 
-#include <type_traits>
-
-#include "messages/Messages.h"
 #include "syntax/Ast.h"
 #include "syntax/Lexer.h"
 #include "types/Finally.h"
@@ -44,9 +41,7 @@ class Parser {
         return found == phrases.end() ? std::string_view() : *found;
     }
     bool acceptAny(std::initializer_list<std::string_view> phrases) { return !acceptFirst(phrases).empty(); }
-    void expect(std::string_view phrase) {
-        if (!accept(phrase)) throwSyntaxError();
-    }
+    void expect(std::string_view phrase) { expectAny({phrase}); }
     std::string_view expectAny(std::initializer_list<std::string_view> phrases) {
         const std::string_view phrase = acceptFirst(phrases);
         if (phrase.empty()) throwSyntaxError();
@@ -54,8 +49,7 @@ class Parser {
     }
     bool acceptDescending() { return acceptFirst({"DESC", "ASC"}) == "DESC"; }
     // Consumes the first phrase of `table` that matches. Returns its value, or null if none matches.
-    template <typename Table>
-    auto acceptOneOf(const Table& table) -> decltype(&std::begin(table)->second) {
+    auto acceptOneOf(const auto& table) -> decltype(&std::begin(table)->second) {
         const auto found = std::ranges::find_if(table, [this](const auto& row) { return accept(row.first); });
         return found == std::end(table) ? nullptr : &found->second;
     }
@@ -92,28 +86,23 @@ class Parser {
         if (at(phrase)) throwUnsupported(construct);
     }
 
-    template <typename Item>
-    auto list(Item item, std::string_view separator = ",") {
+    auto list(auto item, std::string_view separator = ",") {
         std::vector<decltype(item())> items;
         do items.push_back(item());
         while (accept(separator));
         return items;
     }
-    template <typename Item>
-    auto parenthesized(Item item) {
+    auto parenthesized(auto item) {
         expect("(");
         auto inner = item();
         expect(")");
         return inner;
     }
     // (item, item ...)
-    template <typename Item>
-    auto inList(Item item) {
+    auto inList(auto item) {
         return parenthesized([&] { return list(item); });
     }
-    std::vector<std::string> columnNames() {
-        return inList([this] { return expectName(); });
-    }
+    std::vector<std::string> columnNames() { return inList(std::bind_front(&Parser::expectName, this)); }
 
     // m_depth inside a recursive production. Throws SyntaxError 191 beyond the limit.
     int nextDepth() const;
@@ -127,9 +116,7 @@ class Parser {
     ExprPtr operators(int loosest);
     ExprPtr unary();
     ExprPtr primary();
-    std::vector<ExprPtr> expressions() {
-        return list([this] { return expression(); });
-    }
+    std::vector<ExprPtr> expressions() { return list(std::bind_front(&Parser::expression, this)); }
     std::vector<ExprPtr> argumentsOf(const ObjectName& function);  // in parentheses
 
     // ---- queries (ParserQueries.cpp)

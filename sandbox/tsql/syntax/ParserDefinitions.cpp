@@ -30,8 +30,6 @@ Insert insert(Parser& in) {
     in.tableHints();
     if (in.at("(") && !in.at("( SELECT") && !in.at("( (")) node.columns = in.columnNames();
     node.output = output(in);
-    node.defaultValues = in.accept("DEFAULT VALUES");
-    if (node.defaultValues) return node;
     if (in.accept("VALUES")) {
         const int line = in.peek().line;
         constexpr std::size_t kMostRows = 1000;
@@ -46,7 +44,8 @@ Insert insert(Parser& in) {
     } else if (in.atQuery()) {
         node.query = in.query();
     } else {
-        in.throwSyntaxError();
+        in.expect("DEFAULT VALUES");
+        node.defaultValues = true;
     }
     return node;
 }
@@ -237,7 +236,7 @@ void defaultValue(Parser& in, Constraint& constraint, bool ofTable) {
 }
 
 ColumnDefinition columnDefinition(Parser& in, std::vector<Constraint>& constraints) {
-    ColumnDefinition column;
+    ColumnDefinition column{in.expectName(), {}};
     const auto option = [&] {
         for (const auto word : {"GENERATED", "MASKED", "ENCRYPTED", "FILESTREAM", "HIDDEN", "INDEX"})
             in.throwIfAt(word, "the option " + std::string(word) + " of a column");
@@ -257,7 +256,6 @@ ColumnDefinition columnDefinition(Parser& in, std::vector<Constraint>& constrain
         }
         return true;
     };
-    column.name = in.expectName();
     if (in.accept("AS")) {
         const std::size_t begin = in.position();
         in.scalar(&Parser::expression);
@@ -400,8 +398,7 @@ void moduleOptions(Parser& in) {
 // The query of a view, RETURN query of a function. It extends to the end of the batch.
 void moduleQuery(Parser& in, CreateModule& module) {
     if (module.function) in.expect("RETURN");
-    module.query =
-        module.function && in.at("(") ? in.parenthesized([&] { return in.subquery(); }) : in.subquery();
+    module.query = in.subquery();
     module.checksRows = in.accept("WITH CHECK OPTION");
     in.accept(";");
     if (in.peek().kind != TokenKind::End) in.throwSyntaxError();
@@ -409,11 +406,9 @@ void moduleQuery(Parser& in, CreateModule& module) {
 
 void parameters(Parser& in, CreateModule& module) {
     const bool bracket = in.accept("(");
+    if (module.function && !bracket) in.throwSyntaxError();
     if (in.atVariable()) module.parameters = in.list([&] { return in.declaration(true); });
-    if (bracket)
-        in.expect(")");
-    else if (module.function)
-        in.throwSyntaxError();
+    if (bracket) in.expect(")");
     if (module.function && !std::ranges::all_of(module.parameters, std::not_fn(&Declaration::table)))
         in.throwUnsupported("table-valued parameters of functions");
 }
@@ -421,9 +416,8 @@ void parameters(Parser& in, CreateModule& module) {
 // The body of a module extends to the end of the batch.
 void moduleBody(Parser& in, CreateModule& module) {
     if (module.function && !in.at("BEGIN")) in.throwSyntaxError();
-    in.m_module = &module;
+    const Temporarily inside(in.m_module, &module);
     module.body = in.statements("");
-    in.m_module = nullptr;
     if (!module.function) return;
     const auto* body = std::get_if<Compound>(&module.body.front()->node);
     if (!body || !std::holds_alternative<Return>(body->statements.back()->node))
@@ -509,10 +503,7 @@ bool acceptIdleSetting(Parser& in) {
 
 Statement::Node alterDatabase(Parser& in) {
     AlterDatabase node{in.accept("CURRENT") ? "" : in.expectName(), {}};
-    if (in.accept("MODIFY NAME =")) {
-        node.newName = in.expectName();
-        return node;
-    }
+    if (in.accept("MODIFY NAME =")) return AlterDatabase{node.name, in.expectName()};
     if (!in.accept("SET")) throwUnsupportedObject(in, "ALTER DATABASE ...");
     do
         if (in.acceptAny({"SINGLE_USER", "RESTRICTED_USER"}))

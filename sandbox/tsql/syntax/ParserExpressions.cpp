@@ -69,10 +69,8 @@ Expr::Node predicate(Parser& in, Predicate kind, ExprPtr left) {
     if (kind == Predicate::Like)
         return Like{left, first, in.accept("ESCAPE") ? asValue(in, in.primary()) : nullptr};
     in.expect("AND");
-    const auto is = [&](CompareOp op, ExprPtr bound) {
-        return makeExpr(left->line, Compare{op, left, bound});
-    };
-    return Logic{/*isAnd=*/true, is(CompareOp::GreaterOrEqual, first), is(CompareOp::LessOrEqual, operand())};
+    first = makeExpr(left->line, Compare{CompareOp::GreaterOrEqual, left, first});
+    return Logic{true, first, makeExpr(left->line, Compare{CompareOp::LessOrEqual, left, operand()})};
 }
 
 // Parses the right side of an operator that is already consumed.
@@ -156,16 +154,13 @@ ExprPtr iif(Parser& in) {
 ExprPtr conversion(Parser& in) {
     const bool convert = in.at("CONVERT") || in.at("TRY_CONVERT");
     const Token& word = in.takeToken();
-    Cast node;
-    node.kind = toUpper(word.raw).starts_with("TRY_") ? Conversion::Try : Conversion::Cast;
+    Cast node{{}, {}, {}, toUpper(word.raw).starts_with("TRY_") ? Conversion::Try : Conversion::Cast};
     in.expect("(");
-    if (convert) {
-        node.type = in.type(TypeUse::Cast);
-        in.expect(",");
-    }
-    node.operand = in.expression();
+    if (!convert) node.operand = in.expression();
     if (!convert) in.expect("AS");
-    if (!convert) node.type = in.type(TypeUse::Cast);
+    node.type = in.type(TypeUse::Cast);
+    if (convert) in.expect(",");
+    if (convert) node.operand = in.expression();
     if (convert && in.accept(",")) node.style = in.expression();
     in.expect(")");
     return makeExpr(word.line, std::move(node));
@@ -261,8 +256,7 @@ ExprPtr Parser::expressionOrCondition() {
     return operators(kOr);
 }
 
-// Only built-in functions accept DISTINCT or ALL. Only functions with a schema accept DEFAULT, which is a
-// null pointer.
+// Only built-in functions accept DISTINCT or ALL; only those with a schema accept DEFAULT, a null pointer.
 std::vector<ExprPtr> Parser::argumentsOf(const ObjectName& function) {
     const bool builtIn = function.schema.empty();
     expect("(");

@@ -103,8 +103,7 @@ QueryPtr selects(Parser& in) {
         Select one = select;
         for (std::size_t i = 0; i < keys.size(); ++i)
             (std::ranges::count(set, i) ? one.groupBy : one.ungrouped).push_back(keys[i]);
-        const auto op = one.distinct ? kUnion : kUnionAll;
-        append(query, op, queryOf(line, std::move(one)));
+        append(query, select.distinct ? kUnion : kUnionAll, queryOf(line, std::move(one)));
     }
     return query;
 }
@@ -146,16 +145,6 @@ std::optional<ForXml> forXml(Parser& in) {
         if (option.empty()) in.throwUnsupported("the option " + toUpper(in.near()) + " of FOR XML");
     }
     return xml;
-}
-
-void offset(Parser& in, Query& query) {
-    if (query.orderBy.empty() || !in.accept("OFFSET")) return;
-    query.offset = in.expression();
-    in.expectAny({"ROWS", "ROW"});
-    if (!in.accept("FETCH")) return;
-    in.expectAny({"NEXT", "FIRST"});
-    query.fetch = in.expression();
-    in.expectAny({"ROWS ONLY", "ROW ONLY"});
 }
 
 // An alias may be a string. Without AS, it must not be a keyword of the next clause.
@@ -222,9 +211,8 @@ std::string quoted(const std::string& name, const std::string& open, const std::
 }
 
 // Text of a query of the table `pivoted`. PIVOT (aggregate(value) FOR key IN (names)): SELECT *,
-// aggregate(CASE key WHEN 'name' THEN value END) AS name ... UNPIVOT (value FOR key IN (names)): SELECT *
-// FROM pivoted CROSS APPLY the rows (name, 'name') whose first value is not NULL. aggregate: empty for
-// UNPIVOT.
+// aggregate(CASE key WHEN 'name' THEN value END) AS name ... UNPIVOT (value FOR key IN (names)), with an
+// empty aggregate: SELECT * FROM pivoted CROSS APPLY the rows (name, 'name') whose first value is not NULL.
 std::string pivotText(const std::string& aggregate, const std::string& value, const std::string& key,
                       const std::vector<std::string>& names) {
     const std::string ofValue = quoted(value, "[", "]"), ofKey = quoted(key, "[", "]");
@@ -309,7 +297,14 @@ QueryPtr Parser::queryBehind(std::vector<CommonTable> with) {
     if (whole && (at("ORDER") || at("FOR XML"))) throwSyntaxError();
     query->with.insert(query->with.begin(), std::move_iterator(with.begin()), std::move_iterator(with.end()));
     if (at("ORDER")) query->orderBy = orderBy();
-    offset(*this, *query);
+    if (!query->orderBy.empty() && accept("OFFSET")) {
+        query->offset = expression();
+        expectAny({"ROWS", "ROW"});
+        if (acceptAny({"FETCH NEXT", "FETCH FIRST"})) {
+            query->fetch = expression();
+            expectAny({"ROWS ONLY", "ROW ONLY"});
+        }
+    }
     if (auto xml = forXml(*this)) query->xml = std::move(xml);
     if (const auto most = options()) query->maxRecursion = most;
     return query;
@@ -330,8 +325,7 @@ std::vector<CommonTable> Parser::commonTables() {
     throwIfAt("XMLNAMESPACES", "WITH XMLNAMESPACES");
     std::set<std::string> names;
     return list([this, &names] {
-        CommonTable table;
-        table.name = expectName();
+        CommonTable table{expectName(), {}, nullptr};
         if (!names.insert(toLower(table.name)).second) throwError(kRepeatedCommonTableName, {table.name});
         if (at("(")) table.columns = columnNames();
         expect("AS");
@@ -400,7 +394,6 @@ ExprPtr Parser::assignedValue(const std::string& variable) {
     return makeExpr(line, Binary{*op, makeExpr(line, VariableRef{variable}), std::move(value)});
 }
 
-// Name of a table or table variable.
 ObjectName Parser::tableName() {
     for (const auto word : {"OPENROWSET", "OPENDATASOURCE", "OPENQUERY", "OPENJSON", "OPENXML", "CHANGETABLE",
                             "FN_LISTEXTENDEDPROPERTY"})

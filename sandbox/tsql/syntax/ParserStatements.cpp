@@ -5,65 +5,7 @@ namespace tsql {
 
 namespace {
 
-// Accepted values (# for any number, * for anything) and the settings that accept them. Most settings that
-// accept both ON and OFF affect only speed, locks or warnings, and have no effect here.
-constexpr std::pair<std::string_view, std::string_view> kSettings[] = {
-    {"ON OFF",
-     "NOCOUNT XACT_ABORT IMPLICIT_TRANSACTIONS QUOTED_IDENTIFIER IDENTITY_INSERT FMTONLY STATISTICS NOEXEC "
-     "PARSEONLY ANSI_PADDING ARITHABORT ARITHIGNORE CURSOR_CLOSE_ON_COMMIT FORCEPLAN NO_BROWSETABLE "
-     "REMOTE_PROC_TRANSACTIONS"},
-    {"ON", "ANSI_NULLS ANSI_NULL_DFLT_ON ANSI_WARNINGS CONCAT_NULL_YIELDS_NULL"},
-    {"OFF", "ANSI_NULL_DFLT_OFF NUMERIC_ROUNDABORT SHOWPLAN_ALL SHOWPLAN_TEXT SHOWPLAN_XML"},
-    {"#", "LOCK_TIMEOUT ROWCOUNT TEXTSIZE QUERY_GOVERNOR_COST_LIMIT"},
-    {"*", "DEADLOCK_PRIORITY"},
-    {"7", "DATEFIRST"},
-    {"MDY", "DATEFORMAT"},
-    {"US_ENGLISH ENGLISH", "LANGUAGE"},
-    {"", "ANSI_DEFAULTS FIPS_FLAGGER OFFSETS"},  // no value is accepted
-};
-
-Statement::Node setCursor(Parser& in);
-
-Statement::Node set(Parser& in) {
-    if (in.atCursorVariable()) return setCursor(in);
-    if (in.atVariable()) {
-        const std::string name = in.expectVariable();
-        return Assign{name, in.assignedValue(name)};
-    }
-    if (in.accept("TRANSACTION ISOLATION LEVEL")) {  // no effect: the storage provides every level
-        in.expectAny({"READ UNCOMMITTED", "READ COMMITTED", "REPEATABLE READ", "SERIALIZABLE", "SNAPSHOT"});
-        return SetOption{};
-    }
-    const auto word = [&] {
-        if (in.peek().kind != TokenKind::Word) in.throwSyntaxError();
-        return toUpper(in.takeToken().raw);
-    };
-    const int line = in.peek().line;
-    SetOption option;
-    option.names = in.list(word);
-    const std::string& first = option.names.front();
-    if (first == "STATISTICS") in.list(word);
-    if (first == "ROWCOUNT" && in.atVariable()) in.throwUnsupported("SET ROWCOUNT @variable");
-    if (first == "IDENTITY_INSERT") option.table = in.objectName();
-    const bool isNumber = (in.at("-") && first != "ROWCOUNT") || in.peek().kind == TokenKind::Number;
-    if (isNumber) option.number = in.expectInteger();
-    const std::string value = isNumber                 ? std::to_string(*option.number)
-                              : in.isString(in.peek()) ? toUpper(in.expectString())
-                                                       : word();
-    option.on = value == "ON";
-    for (const auto& name : option.names) {
-        const auto* setting =
-            std::ranges::find_if(kSettings, [&](const auto& each) { return hasWord(each.second, name); });
-        if (setting == std::end(kSettings)) in.throwError(kUnknownSetOption, {name}, line);
-        if (!hasWord(setting->first, value) && setting->first != "*" && !(setting->first == "#" && isNumber))
-            throw SyntaxError(unsupported("SET " + name + " " + value), line);
-        // The rest of the batch is parsed with the new meaning of "x".
-        if (name == "QUOTED_IDENTIFIER") in.m_quotedIdentifiers = option.on;
-    }
-    return option;
-}
-
-// ---- cursors
+// ---- cursors, variables, settings
 
 // Rows are read when the cursor is opened, so cursors that show later changes are refused.
 Statement::Node cursorDefinition(Parser& in, DeclareCursor node) {
@@ -127,6 +69,62 @@ Statement::Node fetch(Parser& in) {
     return node;
 }
 
+// Accepted values (# for any number, * for anything) and the settings that accept them. Most settings that
+// accept both ON and OFF affect only speed, locks or warnings, and have no effect here.
+constexpr std::pair<std::string_view, std::string_view> kSettings[] = {
+    {"ON OFF",
+     "NOCOUNT XACT_ABORT IMPLICIT_TRANSACTIONS QUOTED_IDENTIFIER IDENTITY_INSERT FMTONLY STATISTICS NOEXEC "
+     "PARSEONLY ANSI_PADDING ARITHABORT ARITHIGNORE CURSOR_CLOSE_ON_COMMIT FORCEPLAN NO_BROWSETABLE "
+     "REMOTE_PROC_TRANSACTIONS"},
+    {"ON", "ANSI_NULLS ANSI_NULL_DFLT_ON ANSI_WARNINGS CONCAT_NULL_YIELDS_NULL"},
+    {"OFF", "ANSI_NULL_DFLT_OFF NUMERIC_ROUNDABORT SHOWPLAN_ALL SHOWPLAN_TEXT SHOWPLAN_XML"},
+    {"#", "LOCK_TIMEOUT ROWCOUNT TEXTSIZE QUERY_GOVERNOR_COST_LIMIT"},
+    {"*", "DEADLOCK_PRIORITY"},
+    {"7", "DATEFIRST"},
+    {"MDY", "DATEFORMAT"},
+    {"US_ENGLISH ENGLISH", "LANGUAGE"},
+    {"", "ANSI_DEFAULTS FIPS_FLAGGER OFFSETS"},  // no value is accepted
+};
+
+Statement::Node set(Parser& in) {
+    if (in.atCursorVariable()) return setCursor(in);
+    if (in.atVariable()) {
+        const std::string name = in.expectVariable();
+        return Assign{name, in.assignedValue(name)};
+    }
+    if (in.accept("TRANSACTION ISOLATION LEVEL")) {  // no effect: the storage provides every level
+        in.expectAny({"READ UNCOMMITTED", "READ COMMITTED", "REPEATABLE READ", "SERIALIZABLE", "SNAPSHOT"});
+        return SetOption{};
+    }
+    const auto word = [&] {
+        if (in.peek().kind != TokenKind::Word) in.throwSyntaxError();
+        return toUpper(in.takeToken().raw);
+    };
+    const int line = in.peek().line;
+    SetOption option;
+    option.names = in.list(word);
+    const std::string& first = option.names.front();
+    if (first == "STATISTICS") in.list(word);
+    if (first == "ROWCOUNT" && in.atVariable()) in.throwUnsupported("SET ROWCOUNT @variable");
+    if (first == "IDENTITY_INSERT") option.table = in.objectName();
+    const bool isNumber = (in.at("-") && first != "ROWCOUNT") || in.peek().kind == TokenKind::Number;
+    if (isNumber) option.number = in.expectInteger();
+    const std::string value = isNumber                 ? std::to_string(*option.number)
+                              : in.isString(in.peek()) ? toUpper(in.expectString())
+                                                       : word();
+    option.on = value == "ON";
+    for (const auto& name : option.names) {
+        const auto* setting =
+            std::ranges::find_if(kSettings, [&](const auto& each) { return hasWord(each.second, name); });
+        if (setting == std::end(kSettings)) in.throwError(kUnknownSetOption, {name}, line);
+        if (!hasWord(setting->first, value) && setting->first != "*" && !(setting->first == "#" && isNumber))
+            throw SyntaxError(unsupported("SET " + name + " " + value), line);
+        // The rest of the batch is parsed with the new meaning of "x".
+        if (name == "QUOTED_IDENTIFIER") in.m_quotedIdentifiers = option.on;
+    }
+    return option;
+}
+
 // ---- flow
 
 Block block(Parser& in) {
@@ -140,7 +138,6 @@ Statement::Node ifElse(Parser& in) {
     return node;
 }
 
-// name :
 Statement::Node label(Parser& in) {
     const int line = in.peek().line;
     if (in.peek().reserved) in.throwSyntaxError();
@@ -475,8 +472,7 @@ StatementPtr Parser::statement() {
     auto statement = std::make_unique<Statement>(Statement{line, (read ? *read : other)(*this)});
     if (m_module && m_module->function) checkInFunction(*statement, verb);
     accept(";");
-    // A batch or module may create a temporary table only once, even if it drops the table in between or
-    // creates it in separate branches.
+    // A batch or module may create a temporary table only once, even in separate branches or after a DROP.
     const auto* create = std::get_if<CreateTable>(&statement->node);
     const auto* select = std::get_if<SelectStatement>(&statement->node);
     const ObjectName* made = create ? &create->table : select && select->into ? &*select->into : nullptr;
