@@ -14,8 +14,7 @@ constexpr std::string_view kTables[] = {
     "CREATE TABLE IF NOT EXISTS $.tsqlbox_objects (id INTEGER PRIMARY KEY AUTOINCREMENT, "
     "name TEXT NOT NULL COLLATE ts_ci, type TEXT NOT NULL, parent INTEGER NOT NULL, stored TEXT NOT NULL, "
     "keys TEXT NOT NULL, created TEXT NOT NULL, source TEXT NOT NULL)",
-    // An empty fallback or computed: the column has no default or is not computed. user_type: id of its
-    // object.
+    // An empty fallback or computed: there is no default, or it is not computed. user_type: id of its object.
     R"(CREATE TABLE IF NOT EXISTS $.tsqlbox_columns (object INTEGER NOT NULL, ordinal INTEGER NOT NULL, name TEXT NOT
 NULL COLLATE ts_ci, type INTEGER NOT NULL, nullable INTEGER NOT NULL, identity INTEGER NOT NULL, fallback TEXT NOT NULL,
 output INTEGER NOT NULL, user_type INTEGER NOT NULL, computed TEXT NOT NULL, persisted INTEGER NOT NULL, PRIMARY KEY
@@ -117,8 +116,8 @@ std::optional<std::int64_t> Sequence::value(std::int64_t given) const {
 Catalogue::Catalogue(Connection& connection, std::string database, std::string schema)
     : m_connection(connection), m_database(std::move(database)), m_schema(std::move(schema)) {
     if (m_connection.hasCatalogue(m_schema)) return;
-    const std::string master = isTemporary() ? "sqlite_temp_master" : m_schema + ".sqlite_master";
-    if (m_connection.number("SELECT 1 FROM " + master + " WHERE name = 'tsqlbox_object_deleted'")) {
+    if (m_connection.number(
+            inSchema("SELECT 1 FROM $.sqlite_master WHERE name = 'tsqlbox_object_deleted'", m_schema))) {
         // A rollback would delete tables that the current transaction has created.
         if (!m_connection.inTransaction()) m_connection.noteCatalogue(m_schema);
         return;
@@ -193,7 +192,7 @@ std::optional<SchemaInfo> Catalogue::schema(const std::string& column, const Val
 }
 
 bool Catalogue::hasTriggers() const {
-    const auto any = inSchema("SELECT 1 FROM $.tsqlbox_objects WHERE type = 'TR' LIMIT 1", m_schema);
+    const auto any = inSchema("SELECT 1 FROM $.tsqlbox_objects WHERE type = 'TR'", m_schema);
     return m_connection.number(any).has_value();
 }
 
@@ -209,16 +208,13 @@ std::vector<TableColumn> Catalogue::columns(std::int64_t object) const {
         "SELECT name, type, nullable, identity, fallback, output, user_type, ordinal, computed, persisted "
         "FROM $.tsqlbox_columns WHERE object = ?1 ORDER BY ordinal",
         id);
+    const auto flag = [&](int column) { return rows.integer(column) != 0; };
     std::vector<TableColumn> columns;
-    while (rows.step())
+    while (rows.step()) {
+        const Column column{rows.text(0), decodeType(rows.integer(1)), flag(2), flag(3)};
         columns.push_back(
-            {{rows.text(0), decodeType(rows.integer(1)), rows.integer(2) != 0, rows.integer(3) != 0},
-             rows.text(4),
-             rows.integer(5) != 0,
-             rows.integer(6),
-             rows.integer(7),
-             rows.text(8),
-             rows.integer(9) != 0});
+            {column, rows.text(4), flag(5), rows.integer(6), rows.integer(7), rows.text(8), flag(9)});
+    }
     return columns;
 }
 

@@ -1,6 +1,5 @@
-// Catalogue of a database: its tables, modules, constraints and indexes, stored in two tables of its SQLite
-// file. The catalogue of #tables is in the temporary schema of the connection. System views are queries over
-// it.
+// Catalogue of a database: its tables, modules, constraints and indexes, stored in tables of its SQLite file.
+// The catalogue of #tables is in the temporary schema of the connection. System views are queries over it.
 #pragma once
 
 #include "storage/Connection.h"
@@ -78,8 +77,7 @@ struct TableInfo {
     std::int64_t counted(std::int64_t identity) const { return increment < 0 ? -identity : identity; }
 };
 
-// Conditions on the types of objects.
-// Two in a list at most: SQLite would make a temporary table of more for each query.
+// Conditions on types. Two in a list at most: SQLite would make a temporary table of more for each query.
 inline constexpr std::string_view kUserTypes = "IN ('TYPE', 'TT')",
                                   kObjects = "NOT IN ('IX', 'SCHEMA') AND o.type NOT IN ('TYPE', 'TT')";
 inline constexpr std::int64_t kBuiltInTypes = 256;  // their numbers in sys.types; those of objects follow

@@ -47,8 +47,7 @@ std::string orphans(const Catalogue& catalogue, const TableInfo& table, const Ob
 }
 
 bool anyRow(Connection& connection, const TableInfo& table, const std::string& condition) {
-    return connection.number("SELECT 1 FROM " + table.sqlName() + " WHERE " + condition + " LIMIT 1")
-        .has_value();
+    return connection.number("SELECT 1 FROM " + table.sqlName() + " WHERE " + condition).has_value();
 }
 
 SqlError conflict(std::string_view verb, std::string_view type, const TableInfo& table,
@@ -95,13 +94,12 @@ std::string duplicateValue(Connection& connection, const RowChange& change, cons
 
 namespace {
 
-// SQLite does not report which foreign key failed: one that a new row violates, or one that references this
-// table.
+// SQLite does not report which foreign key failed: one that a new row violates, or one to this table.
 SqlError brokenReference(Connection& connection, const Catalogue& catalogue, const RowChange& change) {
     for (const auto& key : catalogue.keysOf(change.target.id)) {
         if (change.newRows.empty() || key.type != kForeignKey || isDisabled(key)) continue;
         const std::string broken = "WITH " + change.newRows + " SELECT 1 FROM incoming WHERE " +
-                                   orphans(catalogue, change.target, key, "incoming") + " LIMIT 1";
+                                   orphans(catalogue, change.target, key, "incoming");
         if (connection.number(broken, change.values))
             return foreignKeyConflict(change.statement(), catalogue, key);
     }
@@ -122,8 +120,7 @@ SqlError brokenReference(Connection& connection, const Catalogue& catalogue, con
     return conflict(change.statement(), type, *catalogue.table(key.table), key);
 }
 
-// columns: "t.a, t.b", or "index 'name@id'" for a filtered index, "index 'name@id@nulls'" for that of rows
-// with NULL.
+// columns: "t.a, t.b", or "index 'name@id'" of a filter, "index 'name@id@nulls'" of the rows with NULL.
 SqlError duplicateKey(Connection& connection, const Catalogue& catalogue, const RowChange& change,
                       std::string columns) {
     const TableInfo& target = change.target;

@@ -189,8 +189,7 @@ std::optional<std::int64_t> Connection::number(const std::string& sql, const std
     return statement.step() ? std::optional(statement.integer(0)) : std::nullopt;
 }
 
-// A statement in use, as in a recursive function, is not in the cache of idle statements and is prepared
-// again.
+// A statement in use, as in a recursive function, is not in the cache of idle ones and is prepared again.
 SqlStatements Connection::borrow(std::string_view sql) {
     SqlStatements entry;
     const auto found = std::ranges::find_if(m_idle, [&](const auto& idle) { return idle.first == sql; });
