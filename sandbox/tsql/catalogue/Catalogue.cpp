@@ -116,8 +116,7 @@ std::optional<std::int64_t> Sequence::value(std::int64_t given) const {
 Catalogue::Catalogue(Connection& connection, std::string database, std::string schema)
     : m_connection(connection), m_database(std::move(database)), m_schema(std::move(schema)) {
     if (m_connection.hasCatalogue(m_schema)) return;
-    if (m_connection.number(
-            inSchema("SELECT 1 FROM $.sqlite_master WHERE name = 'tsqlbox_object_deleted'", m_schema))) {
+    if (query("SELECT 1 FROM $.sqlite_master WHERE name = 'tsqlbox_object_deleted'").step()) {
         // A rollback would delete tables that the current transaction has created.
         if (!m_connection.inTransaction()) m_connection.noteCatalogue(m_schema);
         return;
@@ -154,18 +153,6 @@ std::optional<ObjectInfo> Catalogue::latest(const std::string& where, const Valu
     return found.empty() ? std::nullopt : std::optional(std::move(found.back()));
 }
 
-std::optional<ObjectInfo> Catalogue::find(std::string_view key, std::string_view types) const {
-    return latest("o.name = ?1 AND o.type " + std::string(types), std::string(key));
-}
-
-std::optional<ObjectInfo> Catalogue::findById(std::int64_t id, std::string_view types) const {
-    return latest("o.id = ?1 AND o.type " + std::string(types), id);
-}
-
-std::optional<ObjectInfo> Catalogue::userOfType(std::int64_t type) const {
-    return latest("o.id IN (SELECT object FROM $.tsqlbox_columns WHERE user_type = ?1)", type);
-}
-
 TableInfo Catalogue::tableOf(const ObjectInfo& object) const {
     const auto& identity = object.columns;  // older tables have no increment
     const auto number = [&](std::size_t i) { return identity.size() > i ? std::stoll(identity[i]) : 1; };
@@ -174,7 +161,7 @@ TableInfo Catalogue::tableOf(const ObjectInfo& object) const {
 }
 
 std::optional<TableInfo> Catalogue::table(std::string_view key) const {
-    const auto found = latest("o.name = ?1 AND o.type = 'U'", std::string(key));
+    const auto found = find(key, "= 'U'");
     return found ? std::optional(tableOf(*found)) : std::nullopt;
 }
 
@@ -189,17 +176,6 @@ std::optional<SchemaInfo> Catalogue::schema(const std::string& column, const Val
     auto rows = query(
         "SELECT name, id FROM " + std::string(kSchemas) + " WHERE " + column + " = ?1 COLLATE ts_ci", value);
     return rows.step() ? std::optional(SchemaInfo{rows.text(0), rows.integer(1)}) : std::nullopt;
-}
-
-bool Catalogue::hasTriggers() const {
-    const auto any = inSchema("SELECT 1 FROM $.tsqlbox_objects WHERE type = 'TR'", m_schema);
-    return m_connection.number(any).has_value();
-}
-
-std::vector<ObjectInfo> Catalogue::keysTo(std::int64_t table) const {
-    return objects(
-        "o.type = 'F' AND o.stored = (SELECT r.name FROM $.tsqlbox_objects r WHERE r.id = ?1) COLLATE ts_ci",
-        table);
 }
 
 std::vector<TableColumn> Catalogue::columns(std::int64_t object) const {
@@ -224,9 +200,8 @@ std::int64_t Catalogue::lastId() const {
 
 void Catalogue::save(ObjectInfo& object) {
     const std::string created = toStorage(timeNow(), simpleType(TypeId::DateTime));
-    run("INSERT INTO $.tsqlbox_objects (id, name, type, parent, stored, keys, created, source) VALUES "
-        "(nullif(?1, 0), ?2, ?3, ?4, ?5, ?6, ?7, ?8) ON CONFLICT (id) DO UPDATE SET name = ?2, stored = ?5, "
-        "keys = ?6, source = ?8",
+    run(R"(INSERT INTO $.tsqlbox_objects (id, name, type, parent, stored, keys, created, source) VALUES (nullif(?1, 0),
+?2, ?3, ?4, ?5, ?6, ?7, ?8) ON CONFLICT (id) DO UPDATE SET name = ?2, stored = ?5, keys = ?6, source = ?8)",
         {object.id, object.key(), object.type, object.parent, object.stored, commaList(object.columns),
          created, object.source});
     if (!object.id) object.id = sqlite3_last_insert_rowid(m_connection.handle());

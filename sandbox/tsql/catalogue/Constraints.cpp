@@ -104,18 +104,17 @@ SqlError brokenReference(Connection& connection, const Catalogue& catalogue, con
             return foreignKeyConflict(change.statement(), catalogue, key);
     }
     auto others = catalogue.keysTo(change.target.id);
-    const auto actionOf = [&](const ObjectInfo& key) {
-        const Constraint constraint = parseConstraint(key.source);
-        return change.verb == "DELETE" ? constraint.onDelete : constraint.onUpdate;
-    };
+    const auto onChange = change.verb == "DELETE" ? &Constraint::onDelete : &Constraint::onUpdate;
     std::erase_if(others, [&](const ObjectInfo& key) {  // no row prevents the change; NULL references nothing
-        const std::string own = "(" + quotedNames(key.columns) + ")", action = actionOf(key);
+        const std::string own = "(" + quotedNames(key.columns) + ")";
+        const std::string action = parseConstraint(key.source).*onChange;
         return (action != kNoAction && action != "SET DEFAULT") || isDisabled(key) ||
                !anyRow(connection, *catalogue.table(key.table), own + " = " + own);
     });
     if (others.size() != 1) return conflict(change.statement(), "REFERENCE", change.target, {});
     const ObjectInfo& key = others.front();
-    if (actionOf(key) != kNoAction) return foreignKeyConflict(change.statement(), catalogue, key);
+    if (parseConstraint(key.source).*onChange != kNoAction)
+        return foreignKeyConflict(change.statement(), catalogue, key);
     const char* const type = sameText(key.table, key.stored) ? "SAME TABLE REFERENCE" : "REFERENCE";
     return conflict(change.statement(), type, *catalogue.table(key.table), key);
 }

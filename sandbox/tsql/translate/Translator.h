@@ -93,8 +93,7 @@ class Translator {
 
     // Returns the values of a row. Those after `cells` are defaults.
     std::string rowText(const TableInfo& target, const ColumnList& columns, Pieces cells);
-    // Return SQLite's statement that changes `target`. record: temporary table of the changed rows, for
-    // OUTPUT.
+    // Return SQLite's statement that changes `target`. record: temporary table with the rows, for OUTPUT.
     std::string change(const TableInfo& target, const Insert& insert, const ColumnList& columns);
     std::string change(const TableInfo& target, const Update& update, const std::string& record);
     std::string change(const TableInfo& target, const Delete& statement);

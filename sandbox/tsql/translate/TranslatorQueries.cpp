@@ -142,9 +142,8 @@ QueryText Translator::select(const Select& select, const Query& query) {
     // SQLite detects grouping only in the select list.
     if (grouped && select.groupBy.empty() && !listHasAggregate) rows = " FROM (SELECT count(*)" + rows + ")";
     const bool comparesBytes = select.distinct && hasVarBinary(text);
-    text.sql = comparesBytes
-                   ? distinctRows("SELECT " + list + rows, text)
-                   : std::string("SELECT ") + (select.distinct ? "DISTINCT " : "") + list + keys + rows;
+    text.sql = (select.distinct && !comparesBytes ? "SELECT DISTINCT " : "SELECT ") + list + keys + rows;
+    if (comparesBytes) text.sql = distinctRows(text.sql, text);
     text.sql = select.placesRows() ? placed(select, text, orderSql) : text.sql + orderSql + limitSql;
     if (!keys.empty() && !select.placesRows())
         text.sql = "SELECT " + commaList(text.columns, &OutputColumn::alias) + " FROM (" + text.sql + ")";
