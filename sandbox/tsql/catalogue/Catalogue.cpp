@@ -207,10 +207,6 @@ void Catalogue::save(ObjectInfo& object) {
     if (!object.id) object.id = sqlite3_last_insert_rowid(m_connection.handle());
 }
 
-void Catalogue::remove(std::int64_t object) {
-    run("DELETE FROM $.tsqlbox_objects WHERE id = ?1 OR parent = ?1", {object});
-}
-
 void Catalogue::saveColumns(std::int64_t object, const std::vector<TableColumn>& columns) {
     for (const auto& column : columns)
         run(R"(INSERT INTO $.tsqlbox_columns SELECT ?1, iif(?2, ?2, coalesce(max(ordinal), 0) + 1), ?3, ?4, ?5, ?6, ?7, ?8,
@@ -218,10 +214,6 @@ void Catalogue::saveColumns(std::int64_t object, const std::vector<TableColumn>&
 nullable = ?5, fallback = ?7, user_type = ?9)",
             {object, column.id, column.name, encodeType(column.type), column.nullable, column.identity,
              column.byDefault, column.output, column.userType, column.computed, column.persisted});
-}
-
-void Catalogue::removeColumns(std::int64_t object, std::string_view name) {
-    run("DELETE FROM $.tsqlbox_columns WHERE object = ?1 AND ?2 IN ('', name)", {object, std::string(name)});
 }
 
 }  // namespace tsql

@@ -186,10 +186,15 @@ class Catalogue {
 
     // Inserts an object whose id is 0 and sets its id, or updates an existing object.
     void save(ObjectInfo& object);
-    void remove(std::int64_t object);  // with its columns, keys and indexes
+    void remove(std::int64_t object) {  // with its columns, keys and indexes
+        run("DELETE FROM $.tsqlbox_objects WHERE id = ?1 OR parent = ?1", {object});
+    }
     // As save(), for columns.
     void saveColumns(std::int64_t object, const std::vector<TableColumn>& columns);
-    void removeColumns(std::int64_t object, std::string_view name = {});  // all, or one
+    void removeColumns(std::int64_t object, std::string_view name = {}) {  // all, or one
+        run("DELETE FROM $.tsqlbox_columns WHERE object = ?1 AND ?2 IN ('', name)",
+            {object, std::string(name)});
+    }
 
   private:
     std::vector<ObjectInfo> objects(const std::string& where, const Value& value) const;

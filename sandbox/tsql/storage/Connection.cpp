@@ -170,15 +170,6 @@ void Connection::detach(std::string_view database) {
     m_storage.use(key, -1);
 }
 
-void Connection::detachAllBut(std::string_view database) {
-    for (const auto& key : std::list(m_attached))
-        if (key != databaseKey(database)) detach(key);
-}
-
-void Connection::readSchemas() {
-    for (const auto& key : m_attached) number("SELECT 1 FROM " + quotedName(key) + ".sqlite_master LIMIT 1");
-}
-
 void Connection::run(const std::string& sql, const std::vector<Value>& values) {
     PreparedStatement statement(*this, sql, values);
     while (statement.step()) continue;

@@ -72,9 +72,14 @@ class Connection {
     // then does SQLite wait for another writer.
     void lock(std::string_view database);
     void detach(std::string_view database);
-    void readSchemas();                                    // of all databases, if they have changed
+    void readSchemas() {  // of all databases, if they have changed
+        for (const auto& key : m_attached) number("SELECT 1 FROM " + quotedName(key) + ".sqlite_master");
+    }
     std::uint64_t detaches() const { return m_detaches; }  // number of databases that were detached
-    void detachAllBut(std::string_view database);
+    void detachAllBut(std::string_view database) {
+        for (const auto& key : std::list(m_attached))
+            if (key != databaseKey(database)) detach(key);
+    }
 
     // Remember the attached schemas in which the tables of the catalogue exist.
     bool hasCatalogue(const std::string& schema) const { return m_catalogues.contains(schema); }

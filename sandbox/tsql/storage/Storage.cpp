@@ -151,9 +151,4 @@ void Storage::rename(std::string_view name, std::string_view newName) {
     fs::rename(before, m_directory / (encodeName(newName) + std::string(kExtension)));
 }
 
-int Storage::use(const std::string& key, int change) {
-    const std::lock_guard lock(m_mutex);
-    return m_uses[key] += change;
-}
-
 }  // namespace tsql

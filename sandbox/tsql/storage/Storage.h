@@ -77,7 +77,10 @@ class Storage {
 
     // Counts the sessions that have a database attached, by its databaseKey(). A database in use by others
     // can be neither dropped nor restored.
-    int use(const std::string& key, int change);
+    int use(const std::string& key, int change) {
+        const std::lock_guard guard(m_mutex);
+        return m_uses[key] += change;
+    }
     // Changes before and after a session changes a catalogue.
     std::uint64_t catalogueVersion() const { return m_catalogueVersion; }
     void noteCatalogueChange() { ++m_catalogueVersion; }
