@@ -4,27 +4,13 @@ CREATE TABLE simAllZephraRel (id int NOT NULL PRIMARY KEY, parentId int NOT NULL
 CREATE TABLE TNet (id int NOT NULL PRIMARY KEY, name varchar(64) NOT NULL)
 -- Row 2 is this site. A package can be bound to a site's number (Plexum ID).
 CREATE TABLE app_plexum (id int NOT NULL PRIMARY KEY, name varchar(64) NOT NULL, number int NOT NULL)
-CREATE TABLE DataNode (
-    id int NOT NULL PRIMARY KEY,
-    name nvarchar(64) NOT NULL,
-    zone varchar(16) NOT NULL,
-    enabled bit NOT NULL DEFAULT 1
-)
+CREATE TABLE DataNode (id int NOT NULL PRIMARY KEY, name nvarchar(64) NOT NULL, zone varchar(16) NOT NULL,
+    enabled bit NOT NULL DEFAULT 1)
 -- severity: 1 information, 2 warning, 3 error.
-CREATE TABLE EventLog (
-    id int IDENTITY(1,1) NOT NULL PRIMARY KEY,
-    nodeId int NOT NULL,
-    happened datetime NOT NULL,
-    severity int NOT NULL,
-    message nvarchar(400) NOT NULL
-)
-CREATE TABLE AuditTrail (
-    id int IDENTITY(1,1) NOT NULL PRIMARY KEY,
-    happened datetime NOT NULL DEFAULT GETDATE(),
-    userId int NOT NULL,
-    action varchar(64) NOT NULL,
-    detail nvarchar(400) NULL
-)
+CREATE TABLE EventLog (id int IDENTITY(1,1) NOT NULL PRIMARY KEY, nodeId int NOT NULL, happened datetime NOT NULL,
+    severity int NOT NULL, message nvarchar(400) NOT NULL)
+CREATE TABLE AuditTrail (id int IDENTITY(1,1) NOT NULL PRIMARY KEY, happened datetime NOT NULL DEFAULT GETDATE(),
+    userId int NOT NULL, action varchar(64) NOT NULL, detail nvarchar(400) NULL)
 CREATE TABLE AuditPeriod (period char(7) NOT NULL CONSTRAINT PK_AuditPeriod PRIMARY KEY, entries int NOT NULL)
 GO
 

@@ -14,8 +14,7 @@ constexpr std::string_view kTables[] = {
     "CREATE TABLE IF NOT EXISTS $.tsqlbox_objects (id INTEGER PRIMARY KEY AUTOINCREMENT, "
     "name TEXT NOT NULL COLLATE ts_ci, type TEXT NOT NULL, parent INTEGER NOT NULL, stored TEXT NOT NULL, "
     "keys TEXT NOT NULL, created TEXT NOT NULL, source TEXT NOT NULL)",
-    // An empty fallback or computed: the column has no default or is not computed. user_type: id of its
-    // object.
+    // An empty fallback or computed: there is no default, or it is not computed. user_type: id of its object.
     R"(CREATE TABLE IF NOT EXISTS $.tsqlbox_columns (object INTEGER NOT NULL, ordinal INTEGER NOT NULL, name TEXT NOT
 NULL COLLATE ts_ci, type INTEGER NOT NULL, nullable INTEGER NOT NULL, identity INTEGER NOT NULL, fallback TEXT NOT NULL,
 output INTEGER NOT NULL, user_type INTEGER NOT NULL, computed TEXT NOT NULL, persisted INTEGER NOT NULL, PRIMARY KEY
@@ -116,8 +115,7 @@ std::optional<std::int64_t> Sequence::value(std::int64_t given) const {
 Catalogue::Catalogue(Connection& connection, std::string database, std::string schema)
     : m_connection(connection), m_database(std::move(database)), m_schema(std::move(schema)) {
     if (m_connection.hasCatalogue(m_schema)) return;
-    const std::string master = isTemporary() ? "sqlite_temp_master" : m_schema + ".sqlite_master";
-    if (m_connection.number("SELECT 1 FROM " + master + " WHERE name = 'tsqlbox_object_deleted'")) {
+    if (query("SELECT 1 FROM $.sqlite_master WHERE name = 'tsqlbox_object_deleted'").step()) {
         const std::string own =
             "SELECT 1 FROM pragma_table_info('tsqlbox_columns', ?1) WHERE name = 'user_type'";
         if (!isTemporary() && !m_connection.number(own, {databaseKey(m_database)}))
@@ -158,29 +156,15 @@ std::optional<ObjectInfo> Catalogue::latest(const std::string& where, const Valu
     return found.empty() ? std::nullopt : std::optional(std::move(found.back()));
 }
 
-std::optional<ObjectInfo> Catalogue::find(std::string_view key, std::string_view types) const {
-    return latest("o.name = ?1 AND o.type " + std::string(types), std::string(key));
-}
-
-std::optional<ObjectInfo> Catalogue::findById(std::int64_t id, std::string_view types) const {
-    return latest("o.id = ?1 AND o.type " + std::string(types), id);
-}
-
-std::optional<ObjectInfo> Catalogue::userOfType(std::int64_t type) const {
-    return latest("o.id IN (SELECT object FROM $.tsqlbox_columns WHERE user_type = ?1)", type);
-}
-
 TableInfo Catalogue::tableOf(const ObjectInfo& object) const {
     const auto& identity = object.columns;  // older tables have no increment
     const auto number = [&](std::size_t i) { return identity.size() > i ? std::stoll(identity[i]) : 1; };
-    const auto fires = inSchema("SELECT 1 FROM $.tsqlbox_objects WHERE type = 'TR' LIMIT 1", m_schema);
-    return {object.id,         m_database, object.name, m_schema,
-            object.stored,     number(0),  number(1),   columns(object.id),
-            object.schemaName, false,      {},          m_connection.number(fires).has_value()};
+    return {object.id,          m_database,        object.name, m_schema, object.stored, number(0), number(1),
+            columns(object.id), object.schemaName, false,       {},       hasTriggers()};
 }
 
 std::optional<TableInfo> Catalogue::table(std::string_view key) const {
-    const auto found = latest("o.name = ?1 AND o.type = 'U'", std::string(key));
+    const auto found = find(key, "= 'U'");
     return found ? std::optional(tableOf(*found)) : std::nullopt;
 }
 
@@ -196,28 +180,19 @@ std::optional<SchemaInfo> Catalogue::schema(const Value& key) const {
     return row.step() ? std::optional(SchemaInfo{row.text(0), row.integer(1)}) : std::nullopt;
 }
 
-std::vector<ObjectInfo> Catalogue::keysTo(std::int64_t table) const {
-    return objects(
-        "o.type = 'F' AND o.stored = (SELECT r.name FROM $.tsqlbox_objects r WHERE r.id = ?1) COLLATE ts_ci",
-        table);
-}
-
 std::vector<TableColumn> Catalogue::columns(std::int64_t object) const {
     const Value id(object);
     auto rows = query(
         "SELECT name, type, nullable, identity, fallback, output, user_type, ordinal, computed, persisted "
         "FROM $.tsqlbox_columns WHERE object = ?1 ORDER BY ordinal",
         id);
+    const auto flag = [&](int column) { return rows.integer(column) != 0; };
     std::vector<TableColumn> columns;
-    while (rows.step())
+    while (rows.step()) {
+        const Column column{rows.text(0), decodeType(rows.integer(1)), flag(2), flag(3)};
         columns.push_back(
-            {{rows.text(0), decodeType(rows.integer(1)), rows.integer(2) != 0, rows.integer(3) != 0},
-             rows.text(4),
-             rows.integer(5) != 0,
-             rows.integer(6),
-             rows.integer(7),
-             rows.text(8),
-             rows.integer(9) != 0});
+            {column, rows.text(4), flag(5), rows.integer(6), rows.integer(7), rows.text(8), flag(9)});
+    }
     return columns;
 }
 
@@ -227,16 +202,11 @@ std::int64_t Catalogue::lastId() const {
 
 void Catalogue::save(ObjectInfo& object) {
     const std::string created = toStorage(timeNow(), simpleType(TypeId::DateTime));
-    run("INSERT INTO $.tsqlbox_objects (id, name, type, parent, stored, keys, created, source) VALUES "
-        "(nullif(?1, 0), ?2, ?3, ?4, ?5, ?6, ?7, ?8) ON CONFLICT (id) DO UPDATE SET name = ?2, stored = ?5, "
-        "keys = ?6, source = ?8",
+    run(R"(INSERT INTO $.tsqlbox_objects (id, name, type, parent, stored, keys, created, source) VALUES (nullif(?1, 0),
+?2, ?3, ?4, ?5, ?6, ?7, ?8) ON CONFLICT (id) DO UPDATE SET name = ?2, stored = ?5, keys = ?6, source = ?8)",
         {object.id, object.key(), object.type, object.parent, object.stored, commaList(object.columns),
          created, object.source});
     if (!object.id) object.id = sqlite3_last_insert_rowid(m_connection.handle());
-}
-
-void Catalogue::remove(std::int64_t object) {
-    run("DELETE FROM $.tsqlbox_objects WHERE id = ?1 OR parent = ?1", {object});
 }
 
 void Catalogue::saveColumns(std::int64_t object, const std::vector<TableColumn>& columns) {
@@ -246,10 +216,6 @@ void Catalogue::saveColumns(std::int64_t object, const std::vector<TableColumn>&
 nullable = ?5, fallback = ?7, user_type = ?9)",
             {object, column.id, column.name, encodeType(column.type), column.nullable, column.identity,
              column.byDefault, column.output, column.userType, column.computed, column.persisted});
-}
-
-void Catalogue::removeColumn(std::int64_t object, std::string_view name) {
-    run("DELETE FROM $.tsqlbox_columns WHERE object = ?1 AND name = ?2", {object, std::string(name)});
 }
 
 // A column of the same name in the same place is the same.

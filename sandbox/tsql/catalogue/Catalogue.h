@@ -1,6 +1,5 @@
-// Catalogue of a database: its tables, modules, constraints and indexes, stored in two tables of its SQLite
-// file. The catalogue of #tables is in the temporary schema of the connection. System views are queries over
-// it.
+// Catalogue of a database: its tables, modules, constraints and indexes, stored in tables of its SQLite file.
+// The catalogue of #tables is in the temporary schema of the connection. System views are queries over it.
 #pragma once
 
 #include "storage/Connection.h"
@@ -79,8 +78,7 @@ struct TableInfo {
     bool isCountedBySqlite() const { return increment == 1 && seed > 0; }  // which begins at 1
 };
 
-// Conditions on the types of objects.
-// Two in a list at most: SQLite would make a temporary table of more for each query.
+// Conditions on types. Two in a list at most: SQLite would make a temporary table of more for each query.
 inline constexpr std::string_view kUserTypes = "IN ('TYPE', 'TT')",
                                   kObjects = "NOT IN ('IX', 'SCHEMA') AND o.type NOT IN ('TYPE', 'TT')";
 inline constexpr std::int64_t kBuiltInTypes = 256;  // their numbers in sys.types; those of objects follow
@@ -159,9 +157,15 @@ class Catalogue {
     const std::string& schema() const { return m_schema; }
     bool isTemporary() const { return m_schema == kTempSchema; }
     // Return an object of these types, kObjects or kUserTypes; of several with that key the newest one.
-    std::optional<ObjectInfo> find(std::string_view key, std::string_view types = kObjects) const;
-    std::optional<ObjectInfo> findById(std::int64_t id, std::string_view types = kObjects) const;
-    std::optional<ObjectInfo> userOfType(std::int64_t type) const;  // that has columns or parameters of it
+    std::optional<ObjectInfo> find(std::string_view key, std::string_view types = kObjects) const {
+        return latest("o.name = ?1 AND o.type " + std::string(types), std::string(key));
+    }
+    std::optional<ObjectInfo> findById(std::int64_t id, std::string_view types = kObjects) const {
+        return latest("o.id = ?1 AND o.type " + std::string(types), id);
+    }
+    std::optional<ObjectInfo> userOfType(std::int64_t type) const {  // that has columns or parameters of it
+        return latest("o.id IN (SELECT object FROM $.tsqlbox_columns WHERE user_type = ?1)", type);
+    }
     std::optional<TableInfo> table(std::string_view key) const;
     TableInfo tableOf(const ObjectInfo& object) const;
     TableInfo ownTable(const std::string& name) const;  // of the catalogue itself, for system procedures
@@ -170,25 +174,34 @@ class Catalogue {
     std::vector<ObjectInfo> keysOf(std::int64_t table) const {  // constraints and indexes
         return objects("o.parent = ?1 AND o.type <> 'TR'", table);
     }
-    std::vector<ObjectInfo> keysTo(std::int64_t table) const;  // foreign keys that reference it
+    std::vector<ObjectInfo> keysTo(std::int64_t table) const {  // foreign keys that reference it
+        return objects(
+            "o.type = 'F' AND o.stored = (SELECT name FROM $.tsqlbox_objects WHERE id = ?1) COLLATE ts_ci",
+            table);
+    }
     std::vector<ObjectInfo> triggersOf(std::int64_t table) const {
         return objects("o.parent = ?1 AND o.type = 'TR'", table);
     }
+    bool hasTriggers() const { return query("SELECT 1 FROM $.tsqlbox_objects WHERE type = 'TR'").step(); }
     std::int64_t lastId() const;
 
     // Inserts an object whose id is 0 and sets its id, or updates an existing object.
     void save(ObjectInfo& object);
-    void remove(std::int64_t object);  // with its columns, keys and indexes
+    void remove(std::int64_t object) {  // with its columns, keys and indexes
+        run("DELETE FROM $.tsqlbox_objects WHERE id = ?1 OR parent = ?1", {object});
+    }
     // As save(), for columns.
     void saveColumns(std::int64_t object, const std::vector<TableColumn>& columns);
-    void removeColumn(std::int64_t object, std::string_view name);
+    void removeColumn(std::int64_t object, std::string_view name) {
+        run("DELETE FROM $.tsqlbox_columns WHERE object = ?1 AND name = ?2", {object, std::string(name)});
+    }
     void replaceColumns(std::int64_t object, std::vector<TableColumn> made);
 
   private:
     std::vector<ObjectInfo> objects(const std::string& where, const Value& value) const;
     std::optional<ObjectInfo> latest(const std::string& where, const Value& value) const;
     // value: of ?1; it must outlive the query. $ is replaced by the schema.
-    PreparedStatement query(std::string_view sql, const Value& value) const;
+    PreparedStatement query(std::string_view sql, const Value& value = {}) const;
     void run(std::string_view sql, const std::vector<Value>& values = {});
 
     Connection& m_connection;

@@ -47,8 +47,7 @@ std::string orphans(const Catalogue& catalogue, const TableInfo& table, const Ob
 }
 
 bool anyRow(Connection& connection, const TableInfo& table, const std::string& condition) {
-    return connection.number("SELECT 1 FROM " + table.sqlName() + " WHERE " + condition + " LIMIT 1")
-        .has_value();
+    return connection.number("SELECT 1 FROM " + table.sqlName() + " WHERE " + condition).has_value();
 }
 
 SqlError conflict(std::string_view verb, std::string_view type, const TableInfo& table,
@@ -95,35 +94,32 @@ std::string duplicateValue(Connection& connection, const RowChange& change, cons
 
 namespace {
 
-// SQLite does not report which foreign key failed: one that a new row violates, or one that references this
-// table.
+// SQLite does not report which foreign key failed: one that a new row violates, or one to this table.
 SqlError brokenReference(Connection& connection, const Catalogue& catalogue, const RowChange& change) {
     for (const auto& key : catalogue.keysOf(change.target.id)) {
         if (change.newRows.empty() || key.type != kForeignKey || isDisabled(key)) continue;
         const std::string broken = "WITH " + change.newRows + " SELECT 1 FROM incoming WHERE " +
-                                   orphans(catalogue, change.target, key, "incoming") + " LIMIT 1";
+                                   orphans(catalogue, change.target, key, "incoming");
         if (connection.number(broken, change.values))
             return foreignKeyConflict(change.statement(), catalogue, key);
     }
     auto others = catalogue.keysTo(change.target.id);
-    const auto actionOf = [&](const ObjectInfo& key) {
-        const Constraint constraint = parseConstraint(key.source);
-        return change.verb == "DELETE" ? constraint.onDelete : constraint.onUpdate;
-    };
+    const auto onChange = change.verb == "DELETE" ? &Constraint::onDelete : &Constraint::onUpdate;
     std::erase_if(others, [&](const ObjectInfo& key) {  // no row prevents the change; NULL references nothing
-        const std::string own = "(" + quotedNames(key.columns) + ")", action = actionOf(key);
+        const std::string own = "(" + quotedNames(key.columns) + ")";
+        const std::string action = parseConstraint(key.source).*onChange;
         return (action != kNoAction && action != "SET DEFAULT") || isDisabled(key) ||
                !anyRow(connection, *catalogue.table(key.table), own + " = " + own);
     });
     if (others.size() != 1) return conflict(change.statement(), "REFERENCE", change.target, {});
     const ObjectInfo& key = others.front();
-    if (actionOf(key) != kNoAction) return foreignKeyConflict(change.statement(), catalogue, key);
+    if (parseConstraint(key.source).*onChange != kNoAction)
+        return foreignKeyConflict(change.statement(), catalogue, key);
     const char* const type = sameText(key.table, key.stored) ? "SAME TABLE REFERENCE" : "REFERENCE";
     return conflict(change.statement(), type, *catalogue.table(key.table), key);
 }
 
-// columns: "t.a, t.b", or "index 'name@id'" for a filtered index, "index 'name@id@nulls'" for that of rows
-// with NULL.
+// columns: "t.a, t.b", or "index 'name@id'" of a filter, "index 'name@id@nulls'" of the rows with NULL.
 SqlError duplicateKey(Connection& connection, const Catalogue& catalogue, const RowChange& change,
                       std::string columns) {
     const TableInfo& target = change.target;

@@ -17,8 +17,7 @@ struct RowChange {
 
 // Returns the columns that a foreign key references. Throws SqlError 1767 and others for an impossible key.
 std::vector<std::string> referencedColumns(const Catalogue& catalogue, const ObjectInfo& key);
-// Returns the SQL condition for rows whose foreign key references no row. rows: name of the key's table or of
-// the new rows.
+// SQL condition for rows whose foreign key references no row. rows: the key's table, or its new rows.
 std::string orphans(const Catalogue& catalogue, const TableInfo& table, const ObjectInfo& key,
                     const std::string& rows);
 bool anyRow(Connection& connection, const TableInfo& table, const std::string& condition);

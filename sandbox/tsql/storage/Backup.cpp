@@ -22,15 +22,11 @@ namespace fs = std::filesystem;
 // checksum. SQLite's header has the application id at offset 68.
 constexpr std::string_view kApplication = "TSQL";
 constexpr int kApplicationId = 0x5453514C;
-constexpr std::size_t kApplicationAt = 68;
-constexpr std::size_t kChecksum = crypto_generichash_BYTES;
-constexpr std::size_t kBlock = 1 << 16;
+constexpr std::size_t kApplicationAt = 68, kChecksum = crypto_generichash_BYTES, kBlock = 1 << 16;
 
 constexpr const char* kNoJournal = "PRAGMA journal_mode = OFF";  // an incomplete copy is deleted
 
-constexpr int kPagesAtATime = 1024;
-constexpr int kTriesToLock = 100;
-constexpr int kPauseMilliseconds = 100;
+constexpr int kPagesAtATime = 1024, kTriesToLock = 100, kPauseMilliseconds = 100;
 
 [[noreturn]] void throwCannotOpen(const fs::path& file, int error) {
     throw sqlError(kBackupDeviceNotOpened, {file.string(), std::to_string(error), std::strerror(error)});

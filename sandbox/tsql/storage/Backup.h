@@ -33,8 +33,7 @@ BackupHeader backupDatabase(
     const Storage& storage, std::string_view database, const std::filesystem::path& file,
     const Progress& progress = [](int) {}, const std::string& name = {}, const std::string& description = {});
 
-// Reads the description of a backup. Throws SqlError 3201 (cannot be opened), 3241 (not a backup of tsqlbox),
-// 3203 (damaged).
+// Throws SqlError 3201 (the file cannot be opened), 3241 (it is not a backup of tsqlbox), 3203 (damaged).
 BackupHeader readBackupHeader(
     const std::filesystem::path& file, const Progress& progress = [](int) {});
 

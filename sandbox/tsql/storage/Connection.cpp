@@ -175,15 +175,6 @@ void Connection::detach(std::string_view database) {
     m_storage.use(key, -1);
 }
 
-void Connection::detachAllBut(std::string_view database) {
-    for (const auto& key : std::list(m_attached))
-        if (key != databaseKey(database)) detach(key);
-}
-
-void Connection::readSchemas() {
-    for (const auto& key : m_attached) number("SELECT 1 FROM " + quotedName(key) + ".sqlite_master LIMIT 1");
-}
-
 void Connection::run(const std::string& sql, const std::vector<Value>& values) {
     PreparedStatement statement(*this, sql, values);
     while (statement.step()) continue;
@@ -194,8 +185,7 @@ std::optional<std::int64_t> Connection::number(const std::string& sql, const std
     return statement.step() ? std::optional(statement.integer(0)) : std::nullopt;
 }
 
-// A statement in use, as in a recursive function, is not in the cache of idle statements and is prepared
-// again.
+// A statement in use, as in a recursive function, is not in the cache of idle ones and is prepared again.
 SqlStatements Connection::borrow(std::string_view sql) {
     SqlStatements entry;
     const auto found = std::ranges::find_if(m_idle, [&](const auto& idle) { return idle.first == sql; });

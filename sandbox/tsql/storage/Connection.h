@@ -30,8 +30,7 @@ class PreparedStatement {
   public:
     PreparedStatement(Connection& connection, std::string_view sql);
     // The values, which must outlive the steps, are those of ?1, ?2 ... version: of the catalogues, for which
-    // the SQL is. If they have another one, SqliteFailure SQLITE_AUTH is thrown, at the first step at the
-    // latest.
+    // the SQL is. For another one, SqliteFailure SQLITE_AUTH is thrown, at the first step at the latest.
     PreparedStatement(Connection& connection, std::string_view sql, std::span<const Value> values,
                       const std::optional<std::uint64_t>& version = {});
     ~PreparedStatement();
@@ -55,8 +54,7 @@ class PreparedStatement {
 
 class Connection {
   public:
-    // `cancelled` is called while a statement runs or waits for a lock. True ends the statement. `noteWait`
-    // is called while it waits.
+    // While a statement runs or waits for a lock, it ends if `cancelled` is true; `noteWait`: while it waits.
     Connection(Storage& storage, std::function<bool()> cancelled, std::function<void()> noteWait);
     ~Connection();
 
@@ -68,16 +66,20 @@ class Connection {
     bool hasSnapshot() { return sqlite3_txn_state(handle(), nullptr) != SQLITE_TXN_NONE; }
     bool hasSeveral() const { return m_attached.size() > 1; }  // databases
 
-    // Attaches the database unless it is attached, and returns the quoted name of its schema. Throws SqlError
-    // 911.
+    // Attaches the database if it is not, and returns the quoted name of its schema. Throws SqlError 911.
     std::string attach(std::string_view database);
     // Acquires the write lock of a database. To be called before the transaction reads the database: only
     // then does SQLite wait for another writer.
     void lock(std::string_view database);
     void detach(std::string_view database);
-    void readSchemas();  // of all databases, if they have changed
+    void readSchemas() {  // of all databases, if they have changed
+        for (const auto& key : m_attached) number("SELECT 1 FROM " + quotedName(key) + ".sqlite_master");
+    }
     std::uint64_t detaches() const { return m_detaches; }  // number of databases that were detached
-    void detachAllBut(std::string_view database);
+    void detachAllBut(std::string_view database) {
+        for (const auto& key : std::list(m_attached))
+            if (key != databaseKey(database)) detach(key);
+    }
 
     // Remember the attached schemas in which the tables of the catalogue exist.
     bool hasCatalogue(const std::string& schema) const { return m_catalogues.contains(schema); }
@@ -120,8 +122,7 @@ class Connection {
 // Savepoint that makes several SQLite statements atomic. Without commit(), the destructor undoes them.
 class Atomic {
   public:
-    // Acquires the write lock of the schema before anything is read: only then does SQLite wait for another
-    // writer.
+    // Acquires the write lock of the schema first, as Connection::lock() does.
     Atomic(Connection& connection, const std::string& schema) : Atomic(connection) {
         m_connection.run("DELETE FROM " + schema + ".tsqlbox_objects WHERE 0");
     }

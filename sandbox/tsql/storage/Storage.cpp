@@ -3,7 +3,6 @@
 #include <sodium.h>
 #include <sys/stat.h>
 
-#include <array>
 #include <cctype>
 
 #include "types/Text.h"
@@ -15,7 +14,7 @@ namespace {
 namespace fs = std::filesystem;
 
 // In the order of their numbers.
-constexpr std::array<std::string_view, 4> kSystemDatabases = {"master", "tempdb", "model", "msdb"};
+constexpr std::string_view kSystemDatabases[] = {"master", "tempdb", "model", "msdb"};
 constexpr std::string_view kExtension = ".db";
 constexpr std::size_t kMaxName = 128;
 
@@ -37,6 +36,10 @@ std::string decodeName(std::string_view file) {
         if (byte) file.remove_prefix(byte->size() * 2);
     }
     return name;
+}
+
+bool isSystemDatabase(std::string_view name) {
+    return std::ranges::any_of(kSystemDatabases, std::bind_front(sameText, name));
 }
 
 void removeFiles(const fs::path& file) {
@@ -146,15 +149,6 @@ void Storage::rename(std::string_view name, std::string_view newName) {
     const fs::path before = pathOf(name);
     openDatabaseFile(before);  // closing the last connection deletes the journal
     fs::rename(before, m_directory / (encodeName(newName) + std::string(kExtension)));
-}
-
-bool Storage::isSystemDatabase(std::string_view name) {
-    return std::ranges::any_of(kSystemDatabases, std::bind_front(sameText, name));
-}
-
-int Storage::use(const std::string& key, int change) {
-    const std::lock_guard lock(m_mutex);
-    return m_uses[key] += change;
 }
 
 }  // namespace tsql

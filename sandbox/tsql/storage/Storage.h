@@ -65,22 +65,22 @@ class Storage {
     std::string canonicalName(std::string_view name) const;
     // Path of the database's file, whether or not it exists.
     std::filesystem::path pathOf(std::string_view name) const;
-    // Whether BACKUP may write the file: it is below the directory or a backup folder, or its folder does not
-    // exist.
+    // Whether BACKUP may write the file: below the directory or a backup folder, or in none that exists.
     bool isBackupPlace(const std::filesystem::path& file) const;
 
     // Throws SqlError 1801 (exists) and 1802 (cannot be created).
     void create(std::string_view name);
-    // Throws SqlError 3701 (does not exist) and 3708 (system database). The caller must have detached the
-    // database.
+    // For a database that the caller has detached. Throws SqlError 3701 (missing) and 3708 (of the system).
     void drop(std::string_view name);
-    // Throws SqlError 1801 (exists) and 5058 (system database). The caller must have detached the database.
+    // Likewise. Throws SqlError 1801 (exists) and 5058 (of the system).
     void rename(std::string_view name, std::string_view newName);
-    static bool isSystemDatabase(std::string_view name);
 
     // Counts the sessions that have a database attached, by its databaseKey(). A database in use by others
     // can be neither dropped nor restored.
-    int use(const std::string& key, int change);
+    int use(const std::string& key, int change) {
+        const std::lock_guard guard(m_mutex);
+        return m_uses[key] += change;
+    }
     // Changes before and after a session changes a catalogue.
     std::uint64_t catalogueVersion() const { return m_catalogueVersion; }
     void noteCatalogueChange() { ++m_catalogueVersion; }

@@ -93,8 +93,7 @@ class Translator {
 
     // Returns the values of a row. Those after `cells` are defaults.
     std::string rowText(const TableInfo& target, const ColumnList& columns, Pieces cells);
-    // Return the SQLite statement that changes `target`. record: temporary table with the changed rows, for
-    // OUTPUT.
+    // Return SQLite's statement that changes `target`. record: temporary table with the rows, for OUTPUT.
     std::string change(const TableInfo& target, const Insert& insert, const ColumnList& columns);
     std::string change(const TableInfo& target, const Update& update, const std::string& record);
     std::string change(const TableInfo& target, const Delete& statement);
@@ -105,8 +104,7 @@ class Translator {
     // For one row: values of the types of `row`, bound as ?1, ?2 ...
     std::string insertParameters(const TableInfo& target, const ColumnList& columns,
                                  const std::vector<TypedValue>& row);
-    // Returns the table that `change` changes through a view, common or derived table. Throws SqlError 4403
-    // and 4426 (there is none).
+    // Returns the table that `change` changes through a query. Throws SqlError 4403 and 4426 (there is none).
     TableInfo tableBehind(const TableRef& query, const Change& change);
     // The last UPDATE as several statements, for rows that take over each other's keys.
     std::vector<std::string> updateInSteps() const { return m_steps; }
@@ -190,7 +188,7 @@ class Translator {
     Typed aggregateCall(const FunctionInfo& function, const Call& call);
     Typed windowCall(const FunctionInfo& function, const Call& call);
     Typed grouping(const Call& call);
-    std::vector<Typed> callArguments(const Call& call, bool datePart);
+    Typed plainCall(const FunctionInfo& function, const Call& call);
     std::vector<Typed> values(const std::vector<ExprPtr>& exprs);
     static std::string liveValue(const std::string& key) { return "ts_variable(" + quotedText(key) + ")"; }
     static bool isNamed(const Source& source, std::span<const std::string> qualifier);
@@ -241,7 +239,6 @@ class Translator {
     std::string rowCount(const Expr& expr, int least, int error);
     std::string changeLimit(const ExprPtr& top);
     std::string placed(const Select& select, const QueryText& text, const std::string& order);
-    std::optional<std::size_t> outputPosition(const Expr& expr, const QueryText& text) const;
     std::string limit(const Select* select, const Query& query);
     void refuseLooseColumns(int error, bool grouped);
     std::string nextAlias();

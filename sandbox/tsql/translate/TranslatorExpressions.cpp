@@ -134,15 +134,16 @@ Typed Translator::node(const Cast& cast) {
     return emitConvert(operand, cast.type, cast.style ? &style : nullptr, cast.kind);
 }
 
-std::vector<Typed> Translator::callArguments(const Call& call, bool datePart) {
+// The call without its OVER and WITHIN GROUP.
+Typed Translator::plainCall(const FunctionInfo& function, const Call& call) {
     std::vector<Typed> arguments;
     for (const auto& argument : call.arguments) {
         const auto* name = std::get_if<ColumnRef>(&argument->node);
-        const bool isWord = datePart && arguments.empty() && name && name->path.size() == 1;
+        const bool isWord = function.takesDatePart() && arguments.empty() && name && name->path.size() == 1;
         arguments.push_back(isWord ? Typed{name->path.front(), {}} : value(*argument));
     }
     if (call.star) arguments.push_back({"*", {}});
-    return arguments;
+    return emitCall(function, arguments, call.distinct);
 }
 
 Typed Translator::node(const Call& call) {
@@ -156,7 +157,7 @@ Typed Translator::node(const Call& call) {
     if (kind == FunctionKind::Aggregate) return aggregateCall(function, call);
     const bool chooses = function.name == "nullif" || function.arguments.find('R') != std::string_view::npos;
     const Temporarily inner(m_nextValue, chooses ? kNextValueInCase : m_nextValue);
-    return emitCall(function, callArguments(call, function.takesDatePart()), call.distinct);
+    return plainCall(function, call);
 }
 
 // GROUPING(key), GROUPING_ID(key, ...): 1, as bits, for keys of other grouping sets
@@ -185,8 +186,7 @@ Typed Translator::aggregateCall(const FunctionInfo& function, const Call& call) 
     std::vector<std::size_t> loose;  // numbers of columns outside aggregates, from the inner query outwards
     for (const Scope* each = m_scope; each; each = each->outer) loose.push_back(each->loose.size());
     ++m_scope->aggregateDepth;
-    const auto arguments = callArguments(call, /*datePart=*/false);
-    Typed result = emitCall(function, arguments, call.distinct);
+    Typed result = plainCall(function, call);
     if (!call.within.empty()) {
         std::string keys;
         for (auto& item : call.within) {
@@ -222,7 +222,7 @@ Typed Translator::windowCall(const FunctionInfo& function, const Call& call) {
     if (!m_scope || !m_scope->windows) throw sqlError(kWindowNotAllowedHere);
     if (!m_scope->nullKeys.empty()) throw unsupported("window functions with GROUPING SETS, CUBE or ROLLUP");
     m_scope->windows = false;
-    Typed result = emitCall(function, callArguments(call, /*datePart=*/false));
+    Typed result = plainCall(function, call);
     const std::string partition = commaList(values(call.over->partition), comparable);
     std::string keys;
     for (const auto& item : call.over->order) {

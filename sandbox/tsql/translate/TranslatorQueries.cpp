@@ -46,6 +46,27 @@ const Select& firstSelect(const SetOperation& operation) {
     return select ? *select : firstSelect(std::get<SetOperation>(operation.left->body));
 }
 
+// Returns the output column that an ORDER BY item denotes by number or name, if it does.
+std::optional<std::size_t> outputPosition(const Expr& expr, const QueryText& text) {
+    if (const auto* literal = std::get_if<Literal>(&expr.node)) {
+        const TypedValue& constant = literal->constant;
+        if (constant.type.id != TypeId::Int || isNull(constant.value)) return std::nullopt;
+        const std::int64_t position = std::get<std::int64_t>(constant.value);
+        if (position < 1 || position > static_cast<std::int64_t>(text.columns.size()))
+            throw sqlError(kOrderByPositionOutOfRange, {std::to_string(position)});
+        return static_cast<std::size_t>(position - 1);
+    }
+    const auto* name = std::get_if<ColumnRef>(&expr.node);
+    if (!name || name->path.size() != 1) return std::nullopt;
+    std::optional<std::size_t> position;
+    for (std::size_t i = 0; i < text.columns.size(); ++i)
+        if (sameText(text.columns[i].name, name->path.front())) {
+            if (position) throw sqlError(kAmbiguousColumnName, {name->path.front()});
+            position = i;
+        }
+    return position;
+}
+
 // Returns the position of a qualified column in a list, unless a star comes before it.
 std::optional<std::size_t> positionInList(const Expr& expr, const Select& select) {
     const auto* wanted = std::get_if<ColumnRef>(&expr.node);
@@ -121,9 +142,8 @@ QueryText Translator::select(const Select& select, const Query& query) {
     // SQLite detects grouping only in the select list.
     if (grouped && select.groupBy.empty() && !listHasAggregate) rows = " FROM (SELECT count(*)" + rows + ")";
     const bool comparesBytes = select.distinct && hasVarBinary(text);
-    text.sql = comparesBytes
-                   ? distinctRows("SELECT " + list + rows, text)
-                   : std::string("SELECT ") + (select.distinct ? "DISTINCT " : "") + list + keys + rows;
+    text.sql = (select.distinct && !comparesBytes ? "SELECT DISTINCT " : "SELECT ") + list + keys + rows;
+    if (comparesBytes) text.sql = distinctRows(text.sql, text);
     text.sql = select.placesRows() ? placed(select, text, orderSql) : text.sql + orderSql + limitSql;
     if (!keys.empty() && !select.placesRows())
         text.sql = "SELECT " + commaList(text.columns, &OutputColumn::alias) + " FROM (" + text.sql + ")";
@@ -267,27 +287,6 @@ std::string Translator::groupBy(const Select& select) {
             m_scope->nullKeys.insert(key);
     m_scope->loose.clear();
     return sql;
-}
-
-// Returns the output column that an ORDER BY item denotes by number or name, if it does.
-std::optional<std::size_t> Translator::outputPosition(const Expr& expr, const QueryText& text) const {
-    if (const auto* literal = std::get_if<Literal>(&expr.node)) {
-        const TypedValue& constant = literal->constant;
-        if (constant.type.id != TypeId::Int || isNull(constant.value)) return std::nullopt;
-        const std::int64_t position = std::get<std::int64_t>(constant.value);
-        if (position < 1 || position > static_cast<std::int64_t>(text.columns.size()))
-            throw sqlError(kOrderByPositionOutOfRange, {std::to_string(position)});
-        return static_cast<std::size_t>(position - 1);
-    }
-    const auto* name = std::get_if<ColumnRef>(&expr.node);
-    if (!name || name->path.size() != 1) return std::nullopt;
-    std::optional<std::size_t> position;
-    for (std::size_t i = 0; i < text.columns.size(); ++i)
-        if (sameText(text.columns[i].name, name->path.front())) {
-            if (position) throw sqlError(kAmbiguousColumnName, {name->path.front()});
-            position = i;
-        }
-    return position;
 }
 
 std::string Translator::orderBy(const std::vector<OrderItem>& items, const QueryText& text,

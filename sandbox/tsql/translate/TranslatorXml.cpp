@@ -70,13 +70,11 @@ QueryText Translator::forXml(const QueryText& rows, const ForXml& xml) const {
               quotedText("</" + row + ">") + " END";
     std::string all = "group_concat(" + one + ", '')";
     if (!root.empty()) all = inTag(root, all);
-    QueryText text;
-    text.sql = "SELECT " + all + " AS c1 FROM (SELECT " + attributes + " AS a, " + content + " AS c FROM (" +
-               rows.sql + ")) HAVING count(*) > 0";
     const SqlType type = xml.typed ? simpleType(TypeId::Xml) : nvarcharType(SqlType::kMax);
-    text.columns.push_back({{"XML_F52E2B61-18A1-11d1-B105-00805F49916B", type, true, false}, "c1"});
-    text.oneRow = true;
-    return text;
+    return {"SELECT " + all + " AS c1 FROM (SELECT " + attributes + " AS a, " + content + " AS c FROM (" +
+                rows.sql + ")) HAVING count(*) > 0",
+            {{{"XML_F52E2B61-18A1-11d1-B105-00805F49916B", type, true, false}, "c1"}},
+            /*oneRow=*/true};
 }
 
 }  // namespace tsql
