@@ -177,7 +177,9 @@ std::optional<Flow> Executor::attempted(int line, const std::function<Flow()>& w
     } catch (const SqliteFailure& failure) {
         if (failure.code != SQLITE_AUTH) return fail(errorOf(failure), line), Flow::Next;
         forget();
-        m_connection.readSchemas();
+        // In a transaction SQLite does so itself; reading would keep the transaction from waiting for
+        // writers.
+        if (!m_connection.inTransaction()) m_connection.readSchemas();
         m_change.verb.clear();
         return std::nullopt;
     } catch (const std::bad_alloc&) {
