@@ -41,7 +41,7 @@ struct DateReader {
             R"(\s*([AaPp][Mm])?\s*(Z|[-+]\s*\d\d?:\d\d?)?(?!\S))");
         std::smatch found;
         if (text.find_first_of(":mM") == text.npos || !std::regex_search(text, found, kTime)) return true;
-        const bool hasT = text[found.position()] == 'T', isIso = found.position() == 10 && text[4] == '-';
+        const bool hasT = *found[0].first == 'T', isIso = found.position() == 10 && text[4] == '-';
         if ((hasT && !isIso) || (!isClassic && found.suffix().length() > 0)) return false;
         if (hasT && !isClassic && found.str().find_first_of(" \tMm") != text.npos) return false;
         const std::string half = lowerAscii(found.str(6)), offset = found[7];
@@ -98,7 +98,7 @@ struct DateReader {
         if (!hasOrder && !isClassic) throw sqlError(kStyleNotFollowed, {std::to_string(style)});
         if (!hasOrder) return false;
         if (is(kYearFirst) || (numbers[0].digits == 4 && (isClassic || isFree)))
-            std::ranges::rotate(numbers, numbers.begin() + 1);
+            std::rotate(numbers.begin(), numbers.begin() + 1, numbers.end());
         return (isFree || (numbers[2].digits == 4) == isLong) &&
                setDay(numbers[2], numbers[dayFirst].value, numbers[!dayFirst].value);
     }
