@@ -47,6 +47,8 @@ Flow Executor::run(const DeclareCursor& declare) {
         throw sqlError(kNotAllowedHere, {"Variable assignment", "a cursor declaration"});
     place = std::make_shared<Cursor>(
         Cursor{made->text, parameterValues(made->translator), declare.scroll, declare.counted});
+    place->declared = declare.query;
+    place->version = m_storage.catalogueVersion();
     return finished(1);
 }
 
@@ -57,6 +59,9 @@ void Executor::run(const ChangeCursor& change) {
     if (change.verb == CursorVerb::Open) {
         beginImplicitly();
         if (cursor.open) throw sqlError(kCursorAlreadyOpen);
+        const std::uint64_t version = m_storage.catalogueVersion();
+        if (cursor.declared && std::exchange(cursor.version, version) != version)
+            cursor.query = translated(*cursor.declared)->text;
         cursor.rows.clear();
         cursor.at = 0, cursor.block = 1;
         PreparedStatement statement(m_connection, cursor.query.sql, cursor.parameters);

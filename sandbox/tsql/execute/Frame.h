@@ -15,8 +15,10 @@ struct Cursor {
     bool counted = false;
     bool open = false;
     std::vector<std::vector<Value>> rows = {};
-    std::int64_t at = 0;     // row, from 1; 0: before the first row
-    std::int64_t block = 1;  // rows from there on that the last fetch has returned; at least 1
+    std::int64_t at = 0;        // row, from 1; 0: before the first row
+    std::int64_t block = 1;     // rows from there on that the last fetch has returned; at least 1
+    QueryPtr declared = {};     // null: opened by its declaration
+    std::uint64_t version = 0;  // of the catalogues, for which `query` is
 
     // Moves to a block of rows and returns it. The position is that of its first row, 0, or rows + 1 (after
     // the last row).

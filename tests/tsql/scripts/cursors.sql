@@ -171,3 +171,4 @@ EXEC sp_cursorfetch @c, 1024
 DROP TABLE #read -->
 CREATE FUNCTION frees () RETURNS int AS BEGIN DEALLOCATE g RETURN 1 END -->
 DECLARE g CURSOR FOR SELECT dbo.frees() OPEN g FETCH g --> Msg 16916, Level 16, State 1, Line 1: A cursor with the name 'g' does not exist.
+CREATE TABLE changing (a int) INSERT changing VALUES (12) DECLARE ch CURSOR FOR SELECT a FROM changing ALTER TABLE changing ALTER COLUMN a money OPEN ch FETCH ch DEALLOCATE ch --> (1 changed) --> a money? = 12.0000 (1 rows)
