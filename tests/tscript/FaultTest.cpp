@@ -58,8 +58,10 @@ TEST_F(Faults, ALostOutputIsAFailureAndTheRowIsClosed) {
         const std::string run = inQuotes(TSCRIPT_PROGRAM) + " " + words;
         return runAfter("(ulimit -f " + blocks + "; " + run + ") 2>&1 | cat; exit", {}).output;
     };
+#ifndef __SANITIZE_THREAD__  // its runtime writes a file of its own
     EXPECT_NE(withSmallDisk("0", "each --stores " + inQuotes(store()) + " -- run None").find("are lost: "),
               std::string::npos);
+#endif
     const std::string backup = "db backup dorvas /" + std::string(800, 'x') + " --verify";
     EXPECT_NE(withSmallDisk("1", backup).find("cannot be written: File too large"), std::string::npos)
         << withSmallDisk("1", backup);
