@@ -42,8 +42,7 @@ SELECT SPECIFIC_NAME, ORDINAL_POSITION, PARAMETER_MODE, IS_RESULT, PARAMETER_NAM
 SELECT * FROM sys.nosuch --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support sys.nosuch.
 -- what SQL Server has and tsqlbox has not is refused by name, when it is read
 SELECT is_encrypted FROM sys.databases --> Msg 50000, Level 16, State 1, Line 2: tsqlbox does not support the column is_encrypted of sys.databases.
-IF 1 = 0 SELECT * FROM sys.dm_os_sys_info
-SELECT * FROM sys.dm_exec_sql_text(0x01) --> Msg 50000, Level 16, State 1, Line 2: tsqlbox does not support sys.dm_exec_sql_text.
+IF 1 = 0 SELECT * FROM sys.dm_os_sys_info SELECT * FROM sys.dm_exec_sql_text(0x01) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support sys.dm_exec_sql_text.
 SELECT * FROM sysaltfiles --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support sysaltfiles.
 SELECT * FROM item(1) --> Msg 215, Level 16, State 1, Line 1: Parameters supplied for object 'item' which is not a function. If the parameters are intended as a table hint, a WITH keyword is required.
 SELECT ROUTINE_NAME, DATA_TYPE, NUMERIC_PRECISION, NUMERIC_SCALE FROM INFORMATION_SCHEMA.ROUTINES ORDER BY 1 --> ROUTINE_NAME nvarchar(128)? | DATA_TYPE nvarchar(128)? | NUMERIC_PRECISION tinyint? | NUMERIC_SCALE int? = restock | NULL | NULL | NULL; twice | decimal | 9 | 2 (2 rows)
@@ -109,11 +108,9 @@ CREATE TABLE Remarks (a int, b int CONSTRAINT fk_remarks REFERENCES Described (i
 CREATE INDEX ix_remarks ON Remarks (b DESC, a) -->
 DECLARE @columns TABLE (q sysname, o sysname, t sysname, name sysname, type smallint, typeName sysname, p int, length int, scale smallint,
 radix smallint, nullable smallint, remarks varchar(254), fallback nvarchar(4000), t3 smallint, sub smallint, octets int, ordinal int,
-isNullable varchar(3), ss tinyint)
-INSERT @columns EXEC sp_columns 'Desc%', 'dbo'
+isNullable varchar(3), ss tinyint) INSERT @columns EXEC sp_columns 'Desc%', 'dbo'
 SELECT o, t, name, type, typeName, p, length, scale, radix, nullable, fallback, t3, sub, octets, isNullable FROM @columns ORDER BY ordinal
-DELETE @columns
-INSERT @columns EXEC sp_columns 'Described', @column_name = '[rt]a%', @ODBCVer = 3
+DELETE @columns INSERT @columns EXEC sp_columns 'Described', @column_name = '[rt]a%', @ODBCVer = 3
 SELECT name, type, p, radix FROM @columns ORDER BY ordinal
 --> (6 changed)
 --> o nvarchar(128) | t nvarchar(128) | name nvarchar(128) | type smallint? | typeName nvarchar(128) | p int? | length int? | scale smallint? | radix smallint? | nullable smallint? | fallback nvarchar(4000)? | t3 smallint? | sub smallint? | octets int? | isNullable varchar(3)?
@@ -125,20 +122,13 @@ SELECT name, type, p, radix FROM @columns ORDER BY ordinal
 CREATE PROCEDURE asked @a int, @b nvarchar(20) OUTPUT, @c decimal(9, 2) = 1, @d datetime = NULL AS RETURN 3 -->
 CREATE FUNCTION asked_too (@x varchar(max)) RETURNS float AS BEGIN RETURN 1 END -->
 CREATE TABLE keyed (a int NULL UNIQUE, b nvarchar(10) NOT NULL, c date NOT NULL)
-CREATE UNIQUE INDEX ux_keyed ON keyed (c, b)
-CREATE UNIQUE INDEX ux_filtered ON Remarks (a) WHERE a > 0
-EXEC sp_sproc_columns 'asked'
-EXEC sp_sproc_columns 'asked[_]%', 'dbo', @ODBCVer = 3
+CREATE UNIQUE INDEX ux_keyed ON keyed (c, b) CREATE UNIQUE INDEX ux_filtered ON Remarks (a) WHERE a > 0
+EXEC sp_sproc_columns 'asked' EXEC sp_sproc_columns 'asked[_]%', 'dbo', @ODBCVer = 3
 EXEC sp_sproc_columns 'asked', @column_name = '@d', @ODBCVer = 3, @fUsePattern = 0
-EXEC sp_sproc_columns 'aske_', @fUsePattern = 0
-EXEC sp_special_columns Described
-EXEC sp_special_columns keyed
-EXEC sp_special_columns keyed, @nullable = 'O', @ODBCVer = 3
-EXEC sp_special_columns keyed, 'dbo', @col_type = 'V'
-EXEC sp_special_columns Remarks
-EXEC sp_special_columns Remarks, NULL, 'msdb'
-DROP TABLE keyed DROP INDEX ux_filtered ON Remarks
-DROP PROCEDURE asked DROP FUNCTION asked_too
+EXEC sp_sproc_columns 'aske_', @fUsePattern = 0 EXEC sp_special_columns Described EXEC sp_special_columns keyed
+EXEC sp_special_columns keyed, @nullable = 'O', @ODBCVer = 3 EXEC sp_special_columns keyed, 'dbo', @col_type = 'V'
+EXEC sp_special_columns Remarks EXEC sp_special_columns Remarks, NULL, 'msdb'
+DROP TABLE keyed DROP INDEX ux_filtered ON Remarks DROP PROCEDURE asked DROP FUNCTION asked_too
 --> PROCEDURE_QUALIFIER nvarchar(128)? | PROCEDURE_OWNER nvarchar(128)? | PROCEDURE_NAME nvarchar(134)? | COLUMN_NAME nvarchar(128)? | COLUMN_TYPE smallint? | DATA_TYPE smallint? | TYPE_NAME nvarchar(128)? | PRECISION int? | LENGTH int? | SCALE smallint? | RADIX smallint? | NULLABLE smallint? | REMARKS varchar(254)? | COLUMN_DEF nvarchar(4000)? | SQL_DATA_TYPE smallint? | SQL_DATETIME_SUB smallint? | CHAR_OCTET_LENGTH int? | ORDINAL_POSITION int? | IS_NULLABLE varchar(254)? | SS_DATA_TYPE tinyint?
 --> the store | dbo | asked;1 | @RETURN_VALUE | 5 | 4 | int | 10 | 4 | 0 | 10 | 0 | NULL | NULL | 4 | NULL | NULL | 0 | NO | NULL
 --> the store | dbo | asked;1 | @a | 1 | 4 | int | 10 | 4 | 0 | 10 | 1 | NULL | NULL | 4 | NULL | NULL | 1 | YES | NULL
@@ -157,18 +147,10 @@ DROP PROCEDURE asked DROP FUNCTION asked_too
 --> SCOPE smallint? | COLUMN_NAME nvarchar(128)? | DATA_TYPE smallint? | TYPE_NAME nvarchar(128)? | PRECISION int? | LENGTH int? | SCALE smallint? | PSEUDO_COLUMN smallint? (0 rows)
 --> SCOPE smallint? | COLUMN_NAME nvarchar(128)? | DATA_TYPE smallint? | TYPE_NAME nvarchar(128)? | PRECISION int? | LENGTH int? | SCALE smallint? | PSEUDO_COLUMN smallint? (0 rows)
 --> Msg 15250, Level 16, State 1, Line 1, Procedure sp_special_columns: The database name component of the object qualifier must be the name of the current database.
-EXEC sp_tables 'remark_', NULL, NULL, '''VIEW'',''TABLE'''
-EXEC sp_tables 'remark_', @fUsePattern = 0
-EXEC sp_tables '', '%', ''
-EXEC sp_tables '', '', '', '%'
-EXEC sp_pkeys Described
-EXEC sp_fkeys Described
-EXEC sp_fkeys @fktable_name = Remarks, @fktable_owner = 'nobody'
-EXEC sp_statistics Remarks
-EXEC sp_statistics Remarks, @is_unique = 'Y'
-EXEC sp_columns Remarks, NULL, 'msdb'
-EXEC sp_fkeys
-EXEC msdb..sp_tables
+EXEC sp_tables 'remark_', NULL, NULL, '''VIEW'',''TABLE''' EXEC sp_tables 'remark_', @fUsePattern = 0
+EXEC sp_tables '', '%', '' EXEC sp_tables '', '', '', '%' EXEC sp_pkeys Described EXEC sp_fkeys Described
+EXEC sp_fkeys @fktable_name = Remarks, @fktable_owner = 'nobody' EXEC sp_statistics Remarks
+EXEC sp_statistics Remarks, @is_unique = 'Y' EXEC sp_columns Remarks, NULL, 'msdb' EXEC sp_fkeys EXEC msdb..sp_tables
 --> TABLE_QUALIFIER nvarchar(128)? = the store | TABLE_OWNER nvarchar(128)? = dbo | TABLE_NAME nvarchar(128)? = Remarks | TABLE_TYPE varchar(32)? = TABLE | REMARKS varchar(254)? = NULL (1 rows)
 --> TABLE_QUALIFIER nvarchar(128)? | TABLE_OWNER nvarchar(128)? | TABLE_NAME nvarchar(128)? | TABLE_TYPE varchar(32)? | REMARKS varchar(254)? (0 rows)
 --> TABLE_QUALIFIER nvarchar(128)? | TABLE_OWNER nvarchar(128)? | TABLE_NAME nvarchar(128)? | TABLE_TYPE varchar(32)? | REMARKS varchar(254)? --> NULL | dbo | NULL | NULL | NULL
@@ -189,15 +171,12 @@ USE [x$c'$o] SELECT name FROM sys.databases WHERE database_id = DB_ID() SELECT C
 --> USE x$c'$o --> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'x$c'$o'. --> name nvarchar(128)? = x$c'$o (1 rows) --> n int? = 0 (1 rows) --> USE master
 --> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'master'.
 SELECT COUNT(*) AS n, MAX(number) AS most, MAX(low) AS low, MAX(high) AS high FROM master..spt_values WHERE type = 'P' --> n int? = 2048 | most int? = 2047 | low int? = 256 | high int? = 128 (1 rows)
-USE tempdb
-CREATE TABLE #temporary (a int PRIMARY KEY)
+USE tempdb CREATE TABLE #temporary (a int PRIMARY KEY)
 SELECT REPLACE(name, '_', '') AS name, LEN(name) AS length FROM sys.tables WHERE name LIKE '#temporary[_][_][_]%'
 SELECT COUNT(tempdb.INFORMATION_SCHEMA.COLUMNS.COLUMN_NAME) AS n, COL_NAME(OBJECT_ID('tempdb..#temporary'), 1) AS c FROM tempdb.INFORMATION_SCHEMA.COLUMNS WHERE TABLE_NAME = OBJECT_NAME(OBJECT_ID('tempdb..#temporary'))
-EXEC sp_columns '#temporary', @column_name = 'missing'
-EXEC sp_special_columns '#temporary'
-SELECT * FROM spt_values
+EXEC sp_columns '#temporary', @column_name = 'missing' EXEC sp_special_columns '#temporary' SELECT * FROM spt_values
 --> USE tempdb --> Msg 5701, Level 0, State 1, Line 1: Changed database context to 'tempdb'. --> name nvarchar(4000)? = #temporary000000000002 | length int? = 128 (1 rows)
 --> n int? = 1 | c nvarchar(128)? = a (1 rows)
 --> TABLE_QUALIFIER nvarchar(128)? | TABLE_OWNER nvarchar(128)? | TABLE_NAME nvarchar(128)? | COLUMN_NAME nvarchar(128)? | DATA_TYPE smallint? | TYPE_NAME nvarchar(128)? | PRECISION int? | LENGTH int? | SCALE smallint? | RADIX smallint? | NULLABLE smallint? | REMARKS varchar(254)? | COLUMN_DEF nvarchar(4000)? | SQL_DATA_TYPE smallint? | SQL_DATETIME_SUB smallint? | CHAR_OCTET_LENGTH int? | ORDINAL_POSITION int? | IS_NULLABLE varchar(254)? | SS_DATA_TYPE tinyint? (0 rows)
 --> SCOPE smallint? = 0 | COLUMN_NAME nvarchar(128)? = a | DATA_TYPE smallint? = 4 | TYPE_NAME nvarchar(128)? = int | PRECISION int? = 10 | LENGTH int? = 4 | SCALE smallint? = 0 | PSEUDO_COLUMN smallint? = 1 (1 rows)
---> Msg 208, Level 16, State 1, Line 7: Invalid object name 'spt_values'.
+--> Msg 208, Level 16, State 1, Line 4: Invalid object name 'spt_values'.

@@ -82,10 +82,7 @@ ALTER TABLE #tmp ADD x int NULL CHECK (x > 0) -->
 INSERT #tmp VALUES (2, 0) --> Msg 547, Level 16, State 0, Line 1: The INSERT statement conflicted with the CHECK constraint "CK__#tmp__1_3". The conflict occurred in database "tempdb", table "dbo.#tmp", column 'x'. (3621)
 CREATE TABLE u (id int NOT NULL CONSTRAINT PK_u PRIMARY KEY, nm varchar(10) NULL, ref int NULL CONSTRAINT FK_u REFERENCES u (id)) -->
 INSERT u VALUES (1, 'a', NULL), (2, 'b', 1), (3, 'c', NULL) --> (3 changed)
-DECLARE @by int
-SET @by = 1
-UPDATE u SET id = 2 WHERE nm = 'c'
-UPDATE u SET id = id + @by WHERE id > 1 --> Msg 2627, Level 14, State 1, Line 3: Violation of PRIMARY KEY constraint 'PK_u'. Cannot insert duplicate key in object 'dbo.u'. The duplicate key value is (2). (3621) (2 changed)
+DECLARE @by int SET @by = 1 UPDATE u SET id = 2 WHERE nm = 'c' UPDATE u SET id = id + @by WHERE id > 1 --> Msg 2627, Level 14, State 1, Line 1: Violation of PRIMARY KEY constraint 'PK_u'. Cannot insert duplicate key in object 'dbo.u'. The duplicate key value is (2). (3621) (2 changed)
 UPDATE u SET ref = 77 WHERE id = 3 --> Msg 547, Level 16, State 0, Line 1: The UPDATE statement conflicted with the FOREIGN KEY SAME TABLE constraint "FK_u". The conflict occurred in database "master", table "dbo.u", column 'id'. (3621)
 UPDATE x SET id = 4 FROM u x WHERE x.nm = 'b' --> Msg 2627, Level 14, State 1, Line 1: Violation of PRIMARY KEY constraint 'PK_u'. Cannot insert duplicate key in object 'dbo.u'. The duplicate key value is (4). (3621)
 DELETE u WHERE id = 1 --> Msg 547, Level 16, State 0, Line 1: The DELETE statement conflicted with the SAME TABLE REFERENCE constraint "FK_u". The conflict occurred in database "master", table "dbo.u", column 'ref'. (3621)
@@ -203,44 +200,31 @@ CREATE TABLE of_filtered (code varchar(9) REFERENCES filtered (code)) --> Msg 17
 DROP INDEX ux_code ON filtered ALTER TABLE filtered DROP COLUMN gone -->
 ALTER TABLE filtered ADD INDEX ix_more (code) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support ALTER TABLE ... ADD INDEX.
 DECLARE @t TABLE (a int, b bit, UNIQUE (a, b), INDEX ux_b UNIQUE (a) WHERE b = 1)
-INSERT @t VALUES (1, 0), (1, 1), (2, 1)
-INSERT @t VALUES (2, 1)
-UPDATE @t SET b = 1 WHERE a = 1 AND b = 0
+INSERT @t VALUES (1, 0), (1, 1), (2, 1) INSERT @t VALUES (2, 1) UPDATE @t SET b = 1 WHERE a = 1 AND b = 0
 SELECT a, b FROM @t
---> (3 changed) --> Msg 2601, Level 14, State 1, Line 3: Cannot insert duplicate key row in object 'dbo.@t' with unique index 'ux_b'. (3621)
---> Msg 2601, Level 14, State 1, Line 4: Cannot insert duplicate key row in object 'dbo.@t' with unique index 'ux_b'. (3621) --> a int? | b bit? = 1 | 0; 1 | 1; 2 | 1 (3 rows)
+--> (3 changed) --> Msg 2601, Level 14, State 1, Line 2: Cannot insert duplicate key row in object 'dbo.@t' with unique index 'ux_b'. (3621)
+--> Msg 2601, Level 14, State 1, Line 2: Cannot insert duplicate key row in object 'dbo.@t' with unique index 'ux_b'. (3621) --> a int? | b bit? = 1 | 0; 1 | 1; 2 | 1 (3 rows)
 CREATE TABLE Owner (id int PRIMARY KEY, name varchar(10))
 CREATE TABLE Car (id int PRIMARY KEY, owner int NULL CONSTRAINT FK_CarOwner REFERENCES Owner ON DELETE SET NULL ON UPDATE CASCADE,
-  wheels int CONSTRAINT CK_Wheels CHECK (wheels > 0))
-INSERT Owner VALUES (1, 'a'), (2, 'b'), (3, 'c')
+  wheels int CONSTRAINT CK_Wheels CHECK (wheels > 0)) INSERT Owner VALUES (1, 'a'), (2, 'b'), (3, 'c')
 INSERT Car VALUES (10, 1, 4), (11, 2, 4), (12, 3, 4) --> (3 changed) (3 changed)
-UPDATE Owner SET id = id * 10 WHERE id <> 3
-DELETE Owner WHERE id = 20
-SELECT * FROM Car --> (2 changed) (1 changed) --> id int | owner int? | wheels int? = 10 | 10 | 4; 11 | NULL | 4; 12 | 3 | 4 (3 rows)
-UPDATE Owner SET id = id + 27 WHERE id IN (10, 3)
-SELECT * FROM Car --> (2 changed) --> id int | owner int? | wheels int? = 10 | 37 | 4; 11 | NULL | 4; 12 | 30 | 4 (3 rows)
+UPDATE Owner SET id = id * 10 WHERE id <> 3 DELETE Owner WHERE id = 20 SELECT * FROM Car --> (2 changed) (1 changed) --> id int | owner int? | wheels int? = 10 | 10 | 4; 11 | NULL | 4; 12 | 3 | 4 (3 rows)
+UPDATE Owner SET id = id + 27 WHERE id IN (10, 3) SELECT * FROM Car --> (2 changed) --> id int | owner int? | wheels int? = 10 | 37 | 4; 11 | NULL | 4; 12 | 30 | 4 (3 rows)
 CREATE VIEW CarState AS SELECT name, is_disabled, is_not_trusted FROM sys.foreign_keys WHERE parent_object_id = OBJECT_ID('Car')
 UNION ALL SELECT name, is_disabled, is_not_trusted FROM sys.check_constraints WHERE parent_object_id = OBJECT_ID('Car') -->
-ALTER TABLE Car NOCHECK CONSTRAINT ALL
-INSERT Car VALUES (13, 99, -1)
-SELECT * FROM CarState
+ALTER TABLE Car NOCHECK CONSTRAINT ALL INSERT Car VALUES (13, 99, -1) SELECT * FROM CarState
 SELECT delete_referential_action_desc, update_referential_action FROM sys.foreign_keys WHERE name = 'FK_CarOwner'
 --> (1 changed) --> name nvarchar(128)? | is_disabled bit? | is_not_trusted bit? = FK_CarOwner | 1 | 1; CK_Wheels | 1 | 1 (2 rows)
 --> delete_referential_action_desc nvarchar(60)? = SET_NULL | update_referential_action tinyint? = 1 (1 rows)
 ALTER TABLE Car WITH CHECK CHECK CONSTRAINT CK_Wheels, FK_CarOwner --> Msg 547, Level 16, State 0, Line 1: The ALTER TABLE statement conflicted with the FOREIGN KEY constraint "FK_CarOwner". The conflict occurred in database "master", table "dbo.Owner", column 'id'.
-ALTER TABLE Car CHECK CONSTRAINT CK_Wheels
-ALTER TABLE Car CHECK CONSTRAINT FK_CarOwner
-UPDATE Car SET id = 14 WHERE id = 13
-UPDATE Car SET wheels = -2 WHERE id = 14
-INSERT Car VALUES (15, 98, 4)
+ALTER TABLE Car CHECK CONSTRAINT CK_Wheels ALTER TABLE Car CHECK CONSTRAINT FK_CarOwner
+UPDATE Car SET id = 14 WHERE id = 13 UPDATE Car SET wheels = -2 WHERE id = 14 INSERT Car VALUES (15, 98, 4)
 SELECT * FROM CarState
 --> (1 changed)
---> Msg 547, Level 16, State 0, Line 4: The UPDATE statement conflicted with the CHECK constraint "CK_Wheels". The conflict occurred in database "master", table "dbo.Car", column 'wheels'. (3621)
---> Msg 547, Level 16, State 0, Line 5: The INSERT statement conflicted with the FOREIGN KEY constraint "FK_CarOwner". The conflict occurred in database "master", table "dbo.Owner", column 'id'. (3621)
+--> Msg 547, Level 16, State 0, Line 2: The UPDATE statement conflicted with the CHECK constraint "CK_Wheels". The conflict occurred in database "master", table "dbo.Car", column 'wheels'. (3621)
+--> Msg 547, Level 16, State 0, Line 2: The INSERT statement conflicted with the FOREIGN KEY constraint "FK_CarOwner". The conflict occurred in database "master", table "dbo.Owner", column 'id'. (3621)
 --> name nvarchar(128)? | is_disabled bit? | is_not_trusted bit? = FK_CarOwner | 0 | 1; CK_Wheels | 0 | 1 (2 rows)
-DELETE Car WHERE id = 14
-ALTER TABLE Car WITH CHECK CHECK CONSTRAINT ALL
-ALTER TABLE Car NOCHECK CONSTRAINT nothing --> (1 changed) --> Msg 4917, Level 16, State 0, Line 3: Constraint 'nothing' does not exist. --> Msg 4916, Level 16, State 0, Line 3: Could not enable or disable the constraint. See previous errors.
+DELETE Car WHERE id = 14 ALTER TABLE Car WITH CHECK CHECK CONSTRAINT ALL ALTER TABLE Car NOCHECK CONSTRAINT nothing --> (1 changed) --> Msg 4917, Level 16, State 0, Line 1: Constraint 'nothing' does not exist. --> Msg 4916, Level 16, State 0, Line 1: Could not enable or disable the constraint. See previous errors.
 SELECT * FROM CarState
 DECLARE @pk sysname = (SELECT name FROM sys.key_constraints WHERE parent_object_id = OBJECT_ID('Car'))
 EXEC ('ALTER TABLE Car NOCHECK CONSTRAINT [' + @pk + ']')
@@ -248,8 +232,7 @@ EXEC ('ALTER TABLE Car NOCHECK CONSTRAINT [' + @pk + ']')
 --> Msg 11415, Level 16, State 1, Line 1: Object 'PK__Car__73_74' cannot be disabled or enabled. This action applies only to foreign key and check constraints.
 --> Msg 4916, Level 16, State 0, Line 1: Could not enable or disable the constraint. See previous errors.
 UPDATE Car SET wheels = -5 --> Msg 547, Level 16, State 0, Line 1: The UPDATE statement conflicted with the CHECK constraint "CK_Wheels". The conflict occurred in database "master", table "dbo.Car", column 'wheels'. (3621)
-ALTER TABLE Car WITH NOCHECK ADD CONSTRAINT CK_Few CHECK (wheels < 4)
-UPDATE Car SET wheels = wheels WHERE id = 10 --> Msg 547, Level 16, State 0, Line 2: The UPDATE statement conflicted with the CHECK constraint "CK_Few". The conflict occurred in database "master", table "dbo.Car", column 'wheels'. (3621)
+ALTER TABLE Car WITH NOCHECK ADD CONSTRAINT CK_Few CHECK (wheels < 4) UPDATE Car SET wheels = wheels WHERE id = 10 --> Msg 547, Level 16, State 0, Line 1: The UPDATE statement conflicted with the CHECK constraint "CK_Few". The conflict occurred in database "master", table "dbo.Car", column 'wheels'. (3621)
 UPDATE Car SET id = id + 1 WHERE id = 12
 SELECT is_not_trusted, is_disabled FROM sys.check_constraints WHERE name = 'CK_Few'
 ALTER TABLE Car WITH CHECK ADD CONSTRAINT CK_More CHECK (wheels > 4)
@@ -258,46 +241,34 @@ ALTER TABLE Car WITH CHECK ADD CONSTRAINT CK_More CHECK (wheels > 4)
 CREATE TABLE Strict (owner int NOT NULL REFERENCES Owner ON UPDATE SET NULL) --> Msg 1761, Level 16, State 0, Line 1: Cannot create the foreign key "" with the SET NULL referential action, because one or more referencing columns are not nullable. (1750)
 CREATE TABLE Strict (owner int NOT NULL REFERENCES Owner ON UPDATE SET DEFAULT) --> Msg 1762, Level 16, State 0, Line 1: Cannot create the foreign key "" with the SET DEFAULT referential action, because one or more referencing not-nullable columns lack a default constraint. (1750)
 ALTER TABLE Car WITH NOCHECK DROP CONSTRAINT CK_Few --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support ALTER TABLE DROP.
-ALTER TABLE Car NOCHECK CONSTRAINT FK_CarOwner
-TRUNCATE TABLE Owner --> Msg 4712, Level 16, State 1, Line 2: Cannot truncate table 'Owner' because it is being referenced by a FOREIGN KEY constraint.
-DELETE Owner
-SELECT owner FROM Car --> (2 changed) --> owner int? = 37; NULL; 30 (3 rows)
+ALTER TABLE Car NOCHECK CONSTRAINT FK_CarOwner TRUNCATE TABLE Owner --> Msg 4712, Level 16, State 1, Line 1: Cannot truncate table 'Owner' because it is being referenced by a FOREIGN KEY constraint.
+DELETE Owner SELECT owner FROM Car --> (2 changed) --> owner int? = 37; NULL; 30 (3 rows)
 DROP TABLE Car, Owner -->
 CREATE TABLE Owner (id int PRIMARY KEY, name varchar(10))
 CREATE TABLE Car (id int PRIMARY KEY, owner int NULL CONSTRAINT FK_CarOwner REFERENCES Owner ON DELETE SET NULL ON UPDATE CASCADE)
-INSERT Owner VALUES (30, 'a'), (37, 'b'), (38, 'c')
-INSERT Car VALUES (10, 30), (11, 37), (12, 38)
-UPDATE Owner SET id = 67 - id WHERE id < 38
-SELECT * FROM Owner SELECT * FROM Car --> (3 changed) (3 changed) (2 changed) --> id int | name varchar(10)? = 37 | a; 30 | b; 38 | c (3 rows) --> id int | owner int? = 10 | 37; 11 | 30; 12 | 38 (3 rows)
-UPDATE Owner SET id = id + 1
-SELECT * FROM Owner SELECT * FROM Car --> (3 changed) --> id int | name varchar(10)? = 38 | a; 31 | b; 39 | c (3 rows) --> id int | owner int? = 10 | 38; 11 | 31; 12 | 39 (3 rows)
+INSERT Owner VALUES (30, 'a'), (37, 'b'), (38, 'c') INSERT Car VALUES (10, 30), (11, 37), (12, 38)
+UPDATE Owner SET id = 67 - id WHERE id < 38 SELECT * FROM Owner SELECT * FROM Car --> (3 changed) (3 changed) (2 changed) --> id int | name varchar(10)? = 37 | a; 30 | b; 38 | c (3 rows) --> id int | owner int? = 10 | 37; 11 | 30; 12 | 38 (3 rows)
+UPDATE Owner SET id = id + 1 SELECT * FROM Owner SELECT * FROM Car --> (3 changed) --> id int | name varchar(10)? = 38 | a; 31 | b; 39 | c (3 rows) --> id int | owner int? = 10 | 38; 11 | 31; 12 | 39 (3 rows)
 CREATE TABLE Boat (id int PRIMARY KEY, owner int NULL CONSTRAINT FK_Boat REFERENCES Owner ON UPDATE SET NULL)
 INSERT Boat VALUES (1, 31), (2, 38), (3, 39)
 UPDATE Owner SET id = CASE WHEN id = 39 THEN 40 WHEN id = 38 THEN 39 ELSE id END
 SELECT * FROM Owner SELECT * FROM Car SELECT * FROM Boat --> (3 changed) --> Msg 50000, Level 16, State 1, Line 3: tsqlbox does not support ON UPDATE SET NULL for rows that take over each other's keys.
-UPDATE Owner SET id = 41 WHERE id = 39
-SELECT * FROM Boat --> (1 changed) --> id int | owner int? = 1 | 31; 2 | 38; 3 | NULL (3 rows)
+UPDATE Owner SET id = 41 WHERE id = 39 SELECT * FROM Boat --> (1 changed) --> id int | owner int? = 1 | 31; 2 | 38; 3 | NULL (3 rows)
 -- SET DEFAULT; a row that is older than its column has NULL
 CREATE TABLE Town (id int PRIMARY KEY)
 CREATE TABLE Home (id int, town int NOT NULL DEFAULT 0 CONSTRAINT FK_Home REFERENCES Town ON DELETE SET DEFAULT ON UPDATE SET DEFAULT)
-INSERT Town VALUES (0), (1), (2), (3)
-INSERT Home VALUES (1, 1), (2, 2), (3, 3) --> (4 changed) (3 changed)
+INSERT Town VALUES (0), (1), (2), (3) INSERT Home VALUES (1, 1), (2, 2), (3, 3) --> (4 changed) (3 changed)
 ALTER TABLE Home ADD former int NULL
 ALTER TABLE Home ADD CONSTRAINT DF_Former DEFAULT 0 FOR former, CONSTRAINT FK_Former FOREIGN KEY (former) REFERENCES Town ON DELETE SET DEFAULT -->
-UPDATE Home SET former = 3 WHERE id = 3
-DELETE Town WHERE id IN (1, 3)
-UPDATE Town SET id = 9 WHERE id = 2
+UPDATE Home SET former = 3 WHERE id = 3 DELETE Town WHERE id IN (1, 3) UPDATE Town SET id = 9 WHERE id = 2
 SELECT * FROM Home SELECT name, delete_referential_action, update_referential_action_desc FROM sys.foreign_keys WHERE name LIKE 'FK_[HF]o%'
 --> (1 changed) (2 changed) (1 changed) --> id int? | town int | former int? = 1 | 0 | NULL; 2 | 0 | NULL; 3 | 0 | 0 (3 rows)
 --> name nvarchar(128)? | delete_referential_action tinyint? | update_referential_action_desc nvarchar(60)? = FK_follow | 1 | NO_ACTION; FK_Home | 3 | SET_DEFAULT; FK_Former | 3 | NO_ACTION (3 rows)
-ALTER TABLE Home DROP CONSTRAINT DF_Former, FK_Former
-DELETE Town WHERE id = 0
-SELECT * FROM Town
---> Msg 547, Level 16, State 0, Line 2: The DELETE statement conflicted with the FOREIGN KEY constraint "FK_Home". The conflict occurred in database "master", table "dbo.Town", column 'id'. (3621)
+ALTER TABLE Home DROP CONSTRAINT DF_Former, FK_Former DELETE Town WHERE id = 0 SELECT * FROM Town
+--> Msg 547, Level 16, State 0, Line 1: The DELETE statement conflicted with the FOREIGN KEY constraint "FK_Home". The conflict occurred in database "master", table "dbo.Town", column 'id'. (3621)
 --> id int = 0; 9 (2 rows)
 CREATE TABLE fixed (k varchar(5) PRIMARY KEY, u varchar(5) NOT NULL UNIQUE, n int NULL)
-CREATE INDEX fixed_n ON fixed (n)
-ALTER TABLE fixed ALTER COLUMN k varchar(5) NOT NULL
+CREATE INDEX fixed_n ON fixed (n) ALTER TABLE fixed ALTER COLUMN k varchar(5) NOT NULL
 ALTER TABLE fixed ALTER COLUMN u varchar(9) NOT NULL
 BEGIN TRY ALTER TABLE fixed ALTER COLUMN k varchar(9) NOT NULL END TRY BEGIN CATCH PRINT ERROR_MESSAGE() END CATCH
 BEGIN TRY ALTER TABLE fixed ALTER COLUMN n int NOT NULL END TRY BEGIN CATCH PRINT ERROR_MESSAGE() END CATCH

@@ -19,8 +19,7 @@ CREATE VIEW nowhere.v AS SELECT 1 AS a --> Msg 2760, Level 16, State 1, Line 1, 
 CREATE TABLE [stock room].part (item int NOT NULL CONSTRAINT FK_sales REFERENCES sales.item (id), plain int CONSTRAINT FK_plain REFERENCES item, own int CONSTRAINT FK_own REFERENCES [stock room].part (k), k int CONSTRAINT PK_part PRIMARY KEY) -->
 CREATE UNIQUE INDEX ix_n ON sales.item (n) -->
 CREATE INDEX ix_n ON sales.item (n) --> Msg 1913, Level 16, State 1, Line 1: The operation failed because an index or statistics with name 'ix_n' already exists on table 'sales.item'.
-INSERT sales.item (code, n) VALUES ('a', 1), ('b', 2)
-INSERT item VALUES (5, 'five'), (6, 'six')
+INSERT sales.item (code, n) VALUES ('a', 1), ('b', 2) INSERT item VALUES (5, 'five'), (6, 'six')
 INSERT [Stock Room].part VALUES (5, 6, 1, 1)
 SELECT sales.item.id, sales.item.code, dbo.item.nm FROM sales.item JOIN dbo.item ON sales.item.id = dbo.item.id ORDER BY sales.item.id --> (2 changed) (2 changed) (1 changed) --> id int* | code varchar(9) | nm varchar(9)? = 5 | a | five; 6 | b | six (2 rows)
 SELECT item.id FROM sales.item, dbo.item --> Msg 209, Level 16, State 1, Line 1: Ambiguous column name 'id'.
@@ -47,22 +46,15 @@ TRUNCATE TABLE sales.item --> Msg 4712, Level 16, State 1, Line 1: Cannot trunca
 DROP INDEX ix_none ON sales.item --> Msg 3701, Level 11, State 7, Line 1: Cannot drop the index 'sales.item.ix_none', because it does not exist or you do not have permission.
 DROP INDEX sales.item.ix_n -->
 ALTER TABLE sales.item ADD note varchar(5) NULL CONSTRAINT DF_note DEFAULT 'x' WITH VALUES
-ALTER TABLE sales.item DROP CONSTRAINT CK_n
-SET IDENTITY_INSERT sales.item ON
-INSERT sales.item (id, code, n) VALUES (40, 'd', -1)
-SET IDENTITY_INSERT sales.item OFF
-INSERT sales.item (code, n) VALUES ('e', 3)
-SELECT *, IDENT_CURRENT('sales.item') AS last FROM sales.item
-DBCC CHECKIDENT ('sales.item', RESEED, 50)
-UPDATE STATISTICS sales.item
+ALTER TABLE sales.item DROP CONSTRAINT CK_n SET IDENTITY_INSERT sales.item ON
+INSERT sales.item (id, code, n) VALUES (40, 'd', -1) SET IDENTITY_INSERT sales.item OFF
+INSERT sales.item (code, n) VALUES ('e', 3) SELECT *, IDENT_CURRENT('sales.item') AS last FROM sales.item
+DBCC CHECKIDENT ('sales.item', RESEED, 50) UPDATE STATISTICS sales.item
 --> (1 changed) (1 changed) --> id int* | code varchar(9) | n int? | note varchar(5)? | last decimal(38,0)? = 5 | a | 1 | x | 41; 6 | b | 8 | x | 41; 40 | d | -1 | x | 41; 41 | e | 3 | x | 41 (4 rows)
---> Msg 7998, Level 0, State 1, Line 8: Checking identity information: current identity value '41'. (2528)
+--> Msg 7998, Level 0, State 1, Line 5: Checking identity information: current identity value '41'. (2528)
 ALTER TABLE sales.nothing ADD a int --> Msg 4902, Level 16, State 1, Line 1: Cannot find the object "sales.nothing" because it does not exist or you do not have permissions.
-CREATE PROCEDURE sales.list @more bit = 0 AS
-SELECT 'list' AS what, COUNT(*) AS n FROM item
-IF @more = 1 EXEC helper
-IF @more = 1 EXEC ('SELECT COUNT(*) AS dynamic FROM item')
-SELECT COUNT(*) AS n FROM plain --> Msg 2007, Level 0, State 1, Line 1, Procedure list: The module 'list' depends on the missing object 'helper'. The module will still be created; however, it cannot run successfully until the object exists.
+CREATE PROCEDURE sales.list @more bit = 0 AS SELECT 'list' AS what, COUNT(*) AS n FROM item IF @more = 1 EXEC helper
+IF @more = 1 EXEC ('SELECT COUNT(*) AS dynamic FROM item') SELECT COUNT(*) AS n FROM plain --> Msg 2007, Level 0, State 1, Line 1, Procedure list: The module 'list' depends on the missing object 'helper'. The module will still be created; however, it cannot run successfully until the object exists.
 CREATE TABLE plain (a int) -->
 CREATE PROCEDURE helper AS SELECT OBJECT_SCHEMA_NAME(@@PROCID) AS helper -->
 CREATE PROCEDURE sales.helper AS SELECT OBJECT_SCHEMA_NAME(@@PROCID) + '.' + OBJECT_NAME(@@PROCID) AS helper -->
@@ -71,20 +63,12 @@ CREATE FUNCTION sales.codes (@least int) RETURNS TABLE AS RETURN SELECT code FRO
 CREATE VIEW sales.v AS SELECT id, code FROM item WHERE n > 2 -->
 CREATE VIEW v AS SELECT code FROM sales.v -->
 ALTER VIEW sales.v AS SELECT code FROM dbo.v --> Msg 4429, Level 16, State 1, Line 1, Procedure v: View or function 'v' contains a self-reference. Views or functions cannot reference themselves directly or indirectly.
-CREATE PROCEDURE sales.work AS
-SET NOCOUNT ON
-CREATE TABLE made (x int)
-SELECT OBJECT_SCHEMA_NAME(OBJECT_ID('made')) AS made
-DROP TABLE made
-ALTER TABLE item ADD note varchar(5) NULL
-SELECT COL_LENGTH('item', 'note') AS dbo, COL_LENGTH('sales.other', 'note') AS sales
-ALTER TABLE item DROP COLUMN note
-UPDATE item SET note = 'y' WHERE id = 40
-DELETE item WHERE id = 40
-INSERT item (code, n) VALUES ('f', 4)
+CREATE PROCEDURE sales.work AS SET NOCOUNT ON CREATE TABLE made (x int)
+SELECT OBJECT_SCHEMA_NAME(OBJECT_ID('made')) AS made DROP TABLE made ALTER TABLE item ADD note varchar(5) NULL
+SELECT COL_LENGTH('item', 'note') AS dbo, COL_LENGTH('sales.other', 'note') AS sales ALTER TABLE item DROP COLUMN note
+UPDATE item SET note = 'y' WHERE id = 40 DELETE item WHERE id = 40 INSERT item (code, n) VALUES ('f', 4)
 EXEC sp_executesql N'SELECT COUNT(*) AS dynamic FROM item' -->
-EXEC sales.work
-EXEC sales.list 1
+EXEC sales.work EXEC sales.list 1
 --> made nvarchar(128)? = dbo --> dbo smallint? = 5 | sales smallint? = NULL --> dynamic int? = 2 --> what varchar(4) = list | n int? = 4 (1 rows) --> helper nvarchar(257)? = sales.helper (1 rows)
 --> dynamic int? = 2 (1 rows) --> n int? = 0 (1 rows)
 list --> Msg 2812, Level 16, State 62, Line 1: Could not find stored procedure 'list'.
@@ -95,8 +79,7 @@ SELECT dbo.price(6) --> Msg 4121, Level 16, State 1, Line 1: Cannot find either 
 SELECT sales.price() --> Msg 313, Level 16, State 1, Line 1: An insufficient number of arguments were supplied for the procedure or function sales.price.
 ALTER PROCEDURE sales.none AS RETURN 1 --> Msg 208, Level 16, State 6, Line 1, Procedure none: Invalid object name 'sales.none'.
 ALTER VIEW sales.v AS SELECT id, code FROM item -->
-EXEC sp_helptext 'sales.v'
-EXEC sp_helpindex 'sales.item'
+EXEC sp_helptext 'sales.v' EXEC sp_helpindex 'sales.item'
 --> Text nvarchar(255)? = CREATE VIEW sales.v AS SELECT id, code FROM item -->  --> index_name nvarchar(128)? | index_description varchar(210)? | index_keys nvarchar(2078)?
 --> PK_item | clustered, unique, primary key located on PRIMARY | id --> UQ_code | nonclustered, unique, unique key located on PRIMARY | code (2 rows)
 SELECT name, schema_id, SCHEMA_ID(name) AS id FROM sys.schemas ORDER BY 2
@@ -125,56 +108,40 @@ SELECT COL_LENGTH('sales.item', 'code') AS a, OBJECT_ID('sales.') AS b, OBJECT_I
 --> a smallint? = 9 | b int? = NULL | c int? = NULL | d nvarchar(128)? = NULL | e nvarchar(max)? = CREATE VIEW sales.v AS SELECT id, code FROM item -->  | f int? = 1 (1 rows)
 DROP SCHEMA sales --> Msg 3729, Level 16, State 1, Line 1: Cannot drop schema 'sales' because it is being referenced by object 'item'.
 DROP SCHEMA nowhere --> Msg 15151, Level 16, State 1, Line 1: Cannot drop the schema 'nowhere', because it does not exist or you do not have permission.
-DROP SCHEMA IF EXISTS nowhere
-DROP SCHEMA dbo --> Msg 15150, Level 16, State 1, Line 2: Cannot drop the schema 'dbo'.
+DROP SCHEMA IF EXISTS nowhere DROP SCHEMA dbo --> Msg 15150, Level 16, State 1, Line 1: Cannot drop the schema 'dbo'.
 ALTER SCHEMA nowhere TRANSFER sales.item --> Msg 15151, Level 16, State 1, Line 1: Cannot alter the schema 'nowhere', because it does not exist or you do not have permission.
 ALTER SCHEMA sales TRANSFER dbo.nothing --> Msg 15151, Level 16, State 1, Line 1: Cannot find the object 'dbo.nothing', because it does not exist or you do not have permission.
 ALTER SCHEMA dbo TRANSFER sales.item --> Msg 15530, Level 16, State 1, Line 1: The object with name "item" already exists.
-ALTER SCHEMA [Stock Room] TRANSFER OBJECT::sales.item
-ALTER SCHEMA sales TRANSFER [Stock Room].part
+ALTER SCHEMA [Stock Room] TRANSFER OBJECT::sales.item ALTER SCHEMA sales TRANSFER [Stock Room].part
 ALTER SCHEMA dbo TRANSFER sales.price -->
 ALTER SCHEMA dbo TRANSFER shop.sales.helper --> Msg 15151, Level 16, State 1, Line 1: Cannot find the object 'shop.sales.helper', because it does not exist or you do not have permission.
 ALTER SCHEMA dbo TRANSFER TYPE::sales.t --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support TRANSFER TYPE.
 SELECT SCHEMA_NAME(schema_id) AS s, name FROM sys.objects WHERE name LIKE '%item' OR name LIKE '%part' OR name LIKE 'FK%' OR name IN ('price', 'UQ_code') ORDER BY 2, 1
-INSERT sales.part VALUES (6, 6, 1, 2)
-SELECT item, k FROM sales.part
+INSERT sales.part VALUES (6, 6, 1, 2) SELECT item, k FROM sales.part
 --> s nvarchar(128)? | name nvarchar(128)? --> sales | FK_own --> sales | FK_plain --> sales | FK_sales --> dbo | item --> Stock Room | item --> sales | part --> dbo | PK_item --> Stock Room | PK_item
 --> sales | PK_part --> dbo | price --> Stock Room | UQ_code (11 rows) (1 changed) --> item int | k int = 5 | 1; 6 | 2 (2 rows)
 INSERT sales.part VALUES (7, 6, 1, 3) --> Msg 547, Level 16, State 0, Line 1: The INSERT statement conflicted with the FOREIGN KEY constraint "FK_sales". The conflict occurred in database "shop", table "Stock Room.item", column 'id'. (3621)
 INSERT sales.part VALUES (6, 6, 9, 3) --> Msg 547, Level 16, State 0, Line 1: The INSERT statement conflicted with the FOREIGN KEY SAME TABLE constraint "FK_own". The conflict occurred in database "shop", table "sales.part", column 'k'. (3621)
 DROP TABLE [Stock Room].item --> Msg 3726, Level 16, State 1, Line 1: Could not drop object 'Stock Room.item' because it is referenced by a FOREIGN KEY constraint.
 CREATE TABLE checked (a int CONSTRAINT CK_a CHECK (a > LEN('x')), b int)
-CREATE UNIQUE INDEX ix_b ON checked (b) WHERE b > 0
-INSERT checked VALUES (2, 1)
-ALTER SCHEMA sales TRANSFER checked
-ALTER TABLE sales.checked ADD c int
-INSERT sales.checked VALUES (3, 1, NULL) --> (1 changed) --> Msg 2601, Level 14, State 1, Line 6: Cannot insert duplicate key row in object 'sales.checked' with unique index 'ix_b'. (3621)
+CREATE UNIQUE INDEX ix_b ON checked (b) WHERE b > 0 INSERT checked VALUES (2, 1) ALTER SCHEMA sales TRANSFER checked
+ALTER TABLE sales.checked ADD c int INSERT sales.checked VALUES (3, 1, NULL) --> (1 changed) --> Msg 2601, Level 14, State 1, Line 3: Cannot insert duplicate key row in object 'sales.checked' with unique index 'ix_b'. (3621)
 INSERT sales.checked VALUES (1, 2, NULL) --> Msg 547, Level 16, State 0, Line 1: The INSERT statement conflicted with the CHECK constraint "CK_a". The conflict occurred in database "shop", table "sales.checked", column 'a'. (3621)
 DROP TABLE sales.checked -->
 DELETE [stock room].item WHERE id = 6 --> Msg 547, Level 16, State 0, Line 1: The DELETE statement conflicted with the REFERENCE constraint "FK_sales". The conflict occurred in database "shop", table "sales.part", column 'item'. (3621)
 BEGIN TRANSACTION -->
 CREATE SCHEMA brief -->
-CREATE TABLE brief.t (a int)
-INSERT brief.t VALUES (1)
-SELECT a INTO brief.u FROM brief.t
-SELECT * FROM brief.u
-ROLLBACK
-SELECT SCHEMA_ID('brief') AS id --> (1 changed) (1 changed) --> a int? = 1 (1 rows) --> id int? = NULL (1 rows)
-SELECT 1 AS [a] INTO [sales].[x]
-DROP TABLE sales.part, [Stock Room].item, sales.x
-DROP SCHEMA [Stock Room]
-DROP PROCEDURE sales.list, sales.helper, sales.work
-DROP VIEW sales.v
-DROP FUNCTION IF EXISTS sales.codes
-DROP SCHEMA sales
-SELECT name FROM sys.schemas WHERE schema_id > 4 --> (1 changed) --> name nvarchar(128)? (0 rows)
+CREATE TABLE brief.t (a int) INSERT brief.t VALUES (1) SELECT a INTO brief.u FROM brief.t SELECT * FROM brief.u
+ROLLBACK SELECT SCHEMA_ID('brief') AS id --> (1 changed) (1 changed) --> a int? = 1 (1 rows) --> id int? = NULL (1 rows)
+SELECT 1 AS [a] INTO [sales].[x] DROP TABLE sales.part, [Stock Room].item, sales.x DROP SCHEMA [Stock Room]
+DROP PROCEDURE sales.list, sales.helper, sales.work DROP VIEW sales.v DROP FUNCTION IF EXISTS sales.codes
+DROP SCHEMA sales SELECT name FROM sys.schemas WHERE schema_id > 4 --> (1 changed) --> name nvarchar(128)? (0 rows)
 CREATE TABLE [ab] (a int) --> Msg 50000, Level 16, State 1, Line 1: tsqlbox does not support names with the character U+0001.
 CREATE SCHEMA [] --> Msg 1038, Level 15, State 4, Line 1: An object or column name is missing or empty. For SELECT INTO statements, verify each column has a name.
 -- what a module finds in dbo is not in its own schema
 CREATE SCHEMA inside -->
 CREATE TABLE dbo.Found (d int) -->
 CREATE PROCEDURE inside.look AS SELECT * FROM Found -->
-EXEC inside.look
-SELECT * FROM inside.Found --> d int? (0 rows) --> Msg 208, Level 16, State 1, Line 2: Invalid object name 'inside.Found'.
+EXEC inside.look SELECT * FROM inside.Found --> d int? (0 rows) --> Msg 208, Level 16, State 1, Line 1: Invalid object name 'inside.Found'.
 CREATE TABLE inside.Found (e int) -->
 EXEC inside.look --> e int? (0 rows)
