@@ -20,7 +20,7 @@ RunView::RunView(const TScriptRun_t& journalRun, double staleHours)
     const bool isRunning = state == RunState::kRunning;
     const std::int64_t until = isRunning ? std::time(nullptr) : run.endTime;
     seconds = run.startTime == 0 ? 0 : std::max<std::int64_t>(until - run.startTime, 0);
-    if (isRunning && static_cast<double>(seconds) > staleHours * kSecondsPerHour)
+    if (isRunning && static_cast<double>(seconds) >= staleHours * kSecondsPerHour)
         state = RunState::kAbandoned;
 }
 
